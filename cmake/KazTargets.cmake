@@ -1,0 +1,44 @@
+# Rules every target of this tree follows.
+
+add_library(kaz_build_rules INTERFACE)
+target_compile_features(kaz_build_rules INTERFACE cxx_std_20)
+target_compile_options(kaz_build_rules INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
+  -Woverloaded-virtual -Wcast-align -Wformat=2 -Wimplicit-fallthrough -Wswitch-enum
+  $<$<BOOL:${KAZ_WERROR}>:-Werror>)
+
+# One folder is one layer is one target. A layer's headers are found only by the targets that name it in USES:
+# links are private, so nothing is inherited, and an include that skips a layer does not build.
+#
+#   kaz_add_layer(NAME SOURCES file... USES target... [PUBLIC_USES target...])
+function(kaz_add_layer name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;USES;PUBLIC_USES")
+  add_library(${name} STATIC ${arg_SOURCES})
+  target_include_directories(${name} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
+  target_link_libraries(${name} PRIVATE kaz_build_rules ${arg_USES} PUBLIC ${arg_PUBLIC_USES})
+  set_target_properties(${name} PROPERTIES
+    POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON CXX_EXTENSIONS OFF)
+endfunction()
+
+# A shared library with a fixed SONAME version, linked without undefined symbols and bound at load time.
+#
+#   kaz_add_shared_library(NAME SOURCES file... USES target... [PUBLIC_USES target...] INCLUDES dir... [MAP file])
+function(kaz_add_shared_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "MAP" "SOURCES;USES;PUBLIC_USES;INCLUDES")
+  add_library(${name} SHARED ${arg_SOURCES})
+  foreach(dir IN LISTS arg_INCLUDES)
+    target_include_directories(${name} PUBLIC "$<BUILD_INTERFACE:${dir}>")
+  endforeach()
+  target_include_directories(${name} PUBLIC "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
+  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:kaz_build_rules> ${arg_USES} PUBLIC ${arg_PUBLIC_USES})
+  set_target_properties(${name} PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION 0
+    CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON CXX_EXTENSIONS OFF)
+  # Sanitizer run-times are resolved from the executable, so only plain builds can insist on -z defs.
+  target_link_options(${name} PRIVATE -Wl,-z,relro -Wl,-z,now -Wl,--as-needed
+    $<$<NOT:$<BOOL:${KAZ_SANITIZED}>>:-Wl,-z,defs>)
+  if(arg_MAP)
+    target_link_options(${name} PRIVATE "-Wl,--version-script=${arg_MAP}")
+    set_target_properties(${name} PROPERTIES LINK_DEPENDS "${arg_MAP}")
+  endif()
+endfunction()

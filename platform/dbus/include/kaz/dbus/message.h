@@ -1,0 +1,63 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <memory>
+#include <string>
+
+namespace kaz::dbus {
+
+// The address of a remote object.
+struct MessageEndpoint {
+    std::string destination;  // bus name
+    std::string path;
+    std::string interface;
+};
+
+struct MessageUnref {
+    void operator()(sd_bus_message* message) const noexcept { sd_bus_message_unref(message); }
+};
+using MessagePtr = std::unique_ptr<sd_bus_message, MessageUnref>;
+
+// A method call under construction: the message, null when it could not be created, and whether all arguments
+// could be appended so far. Belongs to one thread, the loop's.
+class [[gnu::visibility("default")]] MessageBuilder {
+  public:
+    // Takes over one reference on `message`.
+    explicit MessageBuilder(MessagePtr message) noexcept;
+
+    sd_bus_message* message() const noexcept {
+        return message_.get();
+    }
+
+    // Records that an argument could not be appended. The first text is kept.
+    void fail(std::string error);
+    bool ok() const noexcept {
+        return error_.empty();
+    }
+    const std::string& error() const noexcept {
+        return error_;
+    }
+
+    // The arguments hold a secret: the message's memory is wiped when it is freed, and the text of an error
+    // reply, which may repeat an argument, is kept out of the log.
+    void markSensitive() noexcept;
+    bool sensitive() const noexcept {
+        return sensitive_;
+    }
+
+  private:
+    MessagePtr message_;
+    std::string error_;
+    bool sensitive_ = false;
+};
+
+// A received message, being read. The record does not own the message: the reply that sendMessage() returns
+// is to be released with sd_bus_message_unref() by its caller, the signal that a handler is given by the
+// loop.
+struct MessageDecoder {
+    sd_bus_message* message = nullptr;  // null when the call failed
+    bool ok = true;                     // cleared by the first read that fails
+};
+
+}  // namespace kaz::dbus

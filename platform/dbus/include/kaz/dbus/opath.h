@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+namespace kaz::dbus {
+
+// A D-Bus object path as a value. Holds any text; whether it is a valid path shows when it is used.
+class [[gnu::visibility("default")]] OPath {
+  public:
+    OPath() = default;
+    OPath(std::string path);  // NOLINT(google-explicit-constructor): a path is written as a text
+    OPath(const char* path);  // NOLINT(google-explicit-constructor); null counts as no text
+
+    // True for no text and for "/", by which services say "no such object".
+    bool emptyPath() const noexcept;
+
+    const std::string& str() const noexcept {
+        return path_;
+    }
+    const char* c_str() const noexcept {
+        return path_.c_str();
+    }
+
+    friend bool operator==(const OPath&, const OPath&) = default;
+
+  private:
+    std::string path_;
+};
+
+}  // namespace kaz::dbus
