@@ -1,0 +1,67 @@
+#pragma once
+
+#include <spdlog/common.h>
+
+#include <chrono>
+#include <functional>
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace spdlog {
+class logger;
+}
+
+namespace kaz::test {
+
+struct LogRecord {
+    spdlog::level::level_enum level = spdlog::level::off;
+    std::string text;  // the message alone, without time or level
+
+    friend bool operator==(const LogRecord&, const LogRecord&) = default;
+};
+
+// Prints `warning: "text"`, for failure messages.
+std::ostream& operator<<(std::ostream& out, const LogRecord& record);
+
+// The process's default logger for as long as this object lives; afterwards the former one is back. Keeps
+// every record of every level, in order. Any thread may log and ask, but create and destroy it while no other
+// thread logs.
+class RecordingLog {
+  public:
+    using Records = std::vector<LogRecord>;
+    static constexpr std::chrono::seconds generousLimit{30};
+
+    RecordingLog();
+    ~RecordingLog();
+    RecordingLog(const RecordingLog&) = delete;
+    RecordingLog& operator=(const RecordingLog&) = delete;
+    RecordingLog(RecordingLog&&) = delete;
+    RecordingLog& operator=(RecordingLog&&) = delete;
+
+    Records records() const;
+    std::vector<std::string> texts() const;
+    std::vector<std::string> texts(spdlog::level::level_enum level) const;
+
+    // Whether any record has `part` in its text.
+    bool contains(std::string_view part) const;
+
+    // Blocks until the predicate holds for the records so far. False when it does not within the limit.
+    bool waitFor(const std::function<bool(const Records&)>& predicate,
+                 std::chrono::milliseconds limit = generousLimit) const;
+
+    // Blocks until there is a record of this level with `part` in its text. False when none comes in time.
+    bool waitForText(spdlog::level::level_enum level, std::string_view part,
+                     std::chrono::milliseconds limit = generousLimit) const;
+
+    void clear();
+
+  private:
+    class Sink;
+    std::shared_ptr<Sink> sink_;
+    std::shared_ptr<spdlog::logger> former_;
+};
+
+}  // namespace kaz::test
