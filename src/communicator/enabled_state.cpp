@@ -1,0 +1,34 @@
+// The user's on/off choice in the device's configuration file.
+#include "dbus_communicator.h"
+
+#include <kaz/util/kaz_config.h>
+#include <spdlog/spdlog.h>
+
+namespace kaz::wifi {
+namespace {
+
+constexpr const char* enabledKey = "wifi";
+
+}  // namespace
+
+// A missing value means on: a device without a choice has Wi-Fi. A value that nobody wrote here means off.
+bool DbusCommunicator::readEnabledConfiguration() {
+    const auto configuration = util::readKazConfig();
+    const auto entry = configuration.find(enabledKey);
+    if (entry == configuration.end() || entry->second == "on") {
+        return true;
+    }
+    if (entry->second != "off") {
+        spdlog::warn("Wifi set to \"{}\", which we can't parse. Leaving wifi off.", entry->second);
+    }
+    return false;
+}
+
+void DbusCommunicator::writeEnabledConfiguration(bool enabled) {
+    const char* const value = enabled ? "on" : "off";
+    if (!util::updateKazConfig(enabledKey, value)) {
+        spdlog::warn("Couldn't write {}={} to config.", enabledKey, value);
+    }
+}
+
+}  // namespace kaz::wifi

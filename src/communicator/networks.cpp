@@ -1,0 +1,120 @@
+// The networks in the supplicant's configuration, and its connection.
+#include "bus_names.h"
+#include "configured_network.h"
+#include "configured_ssid.h"
+#include "dbus_communicator.h"
+#include "network_settings.h"
+
+#include <spdlog/spdlog.h>
+
+#include <utility>
+
+namespace kaz::wifi {
+
+std::unique_ptr<Communicator::ConfiguredNetwork> DbusCommunicator::addNetworkSync(
+    const ConnectionSettings& settings) {
+    if (!mayUseSupplicant("add network")) {
+        return nullptr;
+    }
+    dbus::Reply reply = supplicantInterface().callWithSecrets("AddNetwork", networkSettings(settings));
+    const auto network = reply.read<dbus::OPath>();
+    if (!network) {
+        return nullptr;
+    }
+    spdlog::debug("Added network {}", network->str());
+    return std::make_unique<ConfiguredNetwork>(*this, *network, settings.ssid);
+}
+
+bool DbusCommunicator::selectNetworkSync(const dbus::OPath& network) {
+    if (!mayUseSupplicant("select network")) {
+        return false;
+    }
+    if (!supplicantInterface().call("SelectNetwork", network)) {
+        return false;
+    }
+    spdlog::debug("Selected network {}", network.str());
+    return true;
+}
+
+bool DbusCommunicator::removeNetworkSync(const dbus::OPath& network) {
+    if (!mayUseSupplicant("remove network")) {
+        return false;
+    }
+    if (!supplicantInterface().call("RemoveNetwork", network)) {
+        return false;
+    }
+    spdlog::debug("Removed network {}", network.str());
+    return true;
+}
+
+bool DbusCommunicator::setNetworkEnabledSync(const dbus::OPath& network, bool enabled) {
+    return mayUseSupplicant("enable network") && supplicantNetwork(network).set("Enabled", enabled);
+}
+
+// The supplicant keeps all settings that the dictionary does not name.
+bool DbusCommunicator::setNetworkPrioritySync(const dbus::OPath& network, int priority) {
+    return supplicantNetwork(network).set("Properties", dbus::Variant::Map{{"priority", priority}});
+}
+
+std::optional<std::string> DbusCommunicator::getConfiguredSsidForNetworkSync(const dbus::OPath& network) {
+    if (!mayUseSupplicant("get network ssid")) {
+        return std::nullopt;
+    }
+    dbus::Reply reply = supplicantNetwork(network).get("Properties");
+    const auto properties = reply.read<ConfiguredSsid>();
+    if (!properties) {
+        spdlog::warn("Couldn't get SSID for {}. Error {}", network.str(), properties.error());
+        return std::nullopt;
+    }
+    if (!properties->ssid) {
+        spdlog::warn("Couldn't get SSID for {}, no value set.", network.str());
+        return std::nullopt;
+    }
+    auto ssid = decodeConfiguredSsid(*properties->ssid);
+    if (!ssid) {
+        spdlog::warn("Couldn't decode SSID for {} ({})", network.str(),
+                     makeSsidRedactable(*properties->ssid));
+    }
+    return ssid;
+}
+
+std::vector<std::unique_ptr<Communicator::ConfiguredNetwork>>
+DbusCommunicator::getAllConfiguredNetworksSync() {
+    if (!mayUseSupplicant("list configured networks")) {
+        return {};
+    }
+    dbus::Reply reply = supplicantInterface().get("Networks");
+    const auto paths = reply.read<std::vector<dbus::OPath>>();
+    if (!paths) {
+        return {};
+    }
+    std::vector<std::unique_ptr<Communicator::ConfiguredNetwork>> networks;
+    networks.reserve(paths->size());
+    for (const dbus::OPath& path : *paths) {
+        networks.push_back(
+            std::make_unique<ConfiguredNetwork>(*this, path, getConfiguredSsidForNetworkSync(path)));
+    }
+    return networks;
+}
+
+bool DbusCommunicator::saveNetworkConfigurationSync() {
+    if (!mayUseSupplicant("save configuration")) {
+        return false;
+    }
+    if (!supplicantInterface().call("SaveConfig")) {
+        spdlog::error("Couldn't save wpa_supplicant config");
+        return false;
+    }
+    spdlog::debug("Saved new wpa_supplicant config");
+    return true;
+}
+
+bool DbusCommunicator::disconnectSync() {
+    return mayUseSupplicant("disconnect") && supplicantInterface().call("Disconnect");
+}
+
+bool DbusCommunicator::reconnectSync() {
+    return mayUseSupplicant("reconnect") && supplicantInterface().call("Reconnect");
+}
+
+}  // namespace kaz::wifi

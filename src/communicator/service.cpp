@@ -1,0 +1,69 @@
+// The supplicant's unit in systemd, and the link in systemd-networkd.
+#include "bus_names.h"
+#include "dbus_communicator.h"
+
+#include <spdlog/spdlog.h>
+
+namespace kaz::wifi {
+
+bool DbusCommunicator::startStopSupplicantSync(bool start) {
+    spdlog::debug("Turning wpa_supplicant {}.", start ? "on" : "off");
+    const std::string unit = bus::systemd::supplicantUnit;
+    const dbus::RemoteObject systemd = systemdManager();
+    if (start) {
+        // A unit that failed too often in a row would not start again.
+        systemd.call("ResetFailedUnit", unit);
+    }
+    return static_cast<bool>(
+        systemd.call(start ? "StartUnit" : "StopUnit", unit, std::string(bus::systemd::jobMode)));
+}
+
+void DbusCommunicator::connectToSystemdSync() {
+    const dbus::OPath unit = systemdLoadUnitSync();
+    spdlog::debug("Dbus path of wpa_supplicant within systemd daemon is {}", unit.str());
+    // systemd sends no unit signals before anybody asked for them.
+    systemdManager().call("Subscribe");
+    subscribe(bus::systemd::service, unit, bus::propertiesInterface, bus::propertiesChanged, false,
+              &DbusCommunicator::onSignalUnitPropertiesChanged);
+    connectOrDisconnectFromSupplicantSync(systemdGetUnitActiveStateSync(unit));
+}
+
+dbus::OPath DbusCommunicator::systemdLoadUnitSync() {
+    dbus::Reply reply = systemdManager().call("LoadUnit", std::string(bus::systemd::supplicantUnit));
+    return reply.read<dbus::OPath>().value_or(dbus::OPath("/"));
+}
+
+std::string DbusCommunicator::systemdGetUnitActiveStateSync(const dbus::OPath& unit) {
+    dbus::Reply reply =
+        remoteObject(bus::systemd::service, unit, bus::systemd::unitInterface).get("ActiveState");
+    return reply.read<std::string>().value_or(std::string());
+}
+
+void DbusCommunicator::onSignalUnitPropertiesChanged(dbus::MessageDecoder& decoder) {
+    const auto interface = dbus::read<std::string>(decoder);
+    if (!interface || *interface != bus::systemd::unitInterface) {
+        return;
+    }
+    const auto properties = dbus::read<SystemdUnitProperty>(decoder);
+    if (properties && properties->activeState) {
+        connectOrDisconnectFromSupplicantSync(*properties->activeState);
+    }
+}
+
+void DbusCommunicator::onSignalNetworkdLinkPropertiesChanged(dbus::MessageDecoder& decoder) {
+    const auto interface = dbus::read<std::string>(decoder);
+    const auto properties = dbus::read<dbus::NetworkdLinkProperties>(decoder);
+    if (interface && properties && *interface == bus::networkd::managerInterface) {
+        emitNetworkdLinkProperties(*properties);
+    }
+}
+
+void DbusCommunicator::emitNetworkdLinkProperties(const dbus::NetworkdLinkProperties& properties) {
+    if (!properties.onlineState) {
+        return;
+    }
+    spdlog::debug("OnlineState={}", *properties.onlineState);
+    networkdOnlineHandler(*properties.onlineState == "online");
+}
+
+}  // namespace kaz::wifi

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "message_io.h"
+#include "reply.h"
+#include "variant.h"
+
+#include <kaz/dbus/calls.h>
+#include <systemd/sd-bus.h>
+
+#include <string>
+
+namespace kaz::dbus {
+
+// One interface of one object of a service. Every operation is a blocking call on the loop thread; its
+// outcome is the reply, or none. Made for the moment of the call: it does not keep the connection.
+class RemoteObject {
+  public:
+    RemoteObject(sd_bus* bus, MessageEndpoint endpoint);
+
+    template <typename... Arguments>
+    Reply call(const char* member, const Arguments&... arguments) const {
+        MessageBuilder builder = makeDbusCall(bus_, endpoint_, member);
+        (write(builder, arguments), ...);
+        return send(builder);
+    }
+
+    // A call whose arguments hold secrets: they are wiped from memory and kept out of the log.
+    template <typename... Arguments>
+    Reply callWithSecrets(const char* member, const Arguments&... arguments) const {
+        MessageBuilder builder = makeDbusCall(bus_, endpoint_, member);
+        builder.markSensitive();
+        (write(builder, arguments), ...);
+        return send(builder);
+    }
+
+    // The reply holds the value in a variant.
+    Reply get(const char* property) const;
+
+    // True when the new value was accepted.
+    bool set(const char* property, const Variant& value) const;
+
+  private:
+    Reply send(MessageBuilder& builder) const;
+
+    sd_bus* bus_;
+    MessageEndpoint endpoint_;
+};
+
+}  // namespace kaz::dbus

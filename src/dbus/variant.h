@@ -1,0 +1,53 @@
+#pragma once
+
+#include "codec_result.h"
+#include "value_codec.h"
+
+#include <systemd/sd-bus.h>
+
+#include <functional>
+#include <map>
+#include <string>
+
+namespace kaz::dbus {
+
+// A value of any type that can be sent, carried with its D-Bus signature: int (i), bool (b), std::string (s)
+// or a dictionary of variants (a{sv}). Owns a copy of the value and wipes a text's memory at its end, since
+// the text may be a passphrase.
+class Variant {
+  public:
+    using Map = std::map<std::string, Variant>;
+
+    // Only these very types: a conversion would send something else than what was meant, a literal as a bool.
+    Variant(int value);                 // NOLINT(google-explicit-constructor)
+    Variant(bool value);                // NOLINT(google-explicit-constructor)
+    Variant(std::string&& value);       // NOLINT(google-explicit-constructor)
+    Variant(const std::string& value);  // NOLINT(google-explicit-constructor)
+    Variant(const char* value);         // NOLINT(google-explicit-constructor); a text
+    Variant(Map value);                 // NOLINT(google-explicit-constructor)
+    template <typename T>
+    Variant(T) = delete;
+
+    const std::string& signature() const noexcept { return signature_; }
+
+    // Appends the value, without the variant around it. An exception on the way becomes the error's text.
+    CodecResult<void> writeValue(sd_bus_message* message) const;
+
+  private:
+    using Writer = std::function<CodecResult<void>(sd_bus_message*)>;
+
+    Variant(std::string signature, Writer writer);
+
+    std::string signature_;
+    Writer writer_;
+};
+
+// Appends a variant (v). When its value cannot be written the container is left open.
+template <>
+CodecResult<void> write(sd_bus_message* message, const Variant& value);
+
+// Appends a property dictionary (a{sv}), in ascending order of the keys.
+template <>
+CodecResult<void> write(sd_bus_message* message, const Variant::Map& value);
+
+}  // namespace kaz::dbus
