@@ -7,6 +7,18 @@ target_compile_options(kaz_build_rules INTERFACE
   -Woverloaded-virtual -Wcast-align -Wformat=2 -Wimplicit-fallthrough -Wswitch-enum
   $<$<BOOL:${KAZ_WERROR}>:-Werror>)
 
+# What leaves this machine names no path of it, and is hardened as far as the processor allows.
+if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  include(CheckCXXCompilerFlag)
+  foreach(flag IN ITEMS -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
+    string(MAKE_C_IDENTIFIER "kaz_has${flag}" known)
+    check_cxx_compiler_flag(${flag} ${known})
+    target_compile_options(kaz_build_rules INTERFACE $<$<BOOL:${${known}}>:${flag}>)
+  endforeach()
+  target_compile_options(kaz_build_rules INTERFACE
+    "-ffile-prefix-map=${PROJECT_BINARY_DIR}=build" "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=${PROJECT_NAME}")
+endif()
+
 # One folder is one layer is one target. A layer's headers are found only by the targets that name it in USES:
 # links are private, so nothing is inherited, and an include that skips a layer does not build.
 #
@@ -25,11 +37,13 @@ endfunction()
 #   kaz_add_shared_library(NAME SOURCES file... USES target... [PUBLIC_USES target...] INCLUDES dir... [MAP file])
 function(kaz_add_shared_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "MAP" "SOURCES;USES;PUBLIC_USES;INCLUDES")
-  add_library(${name} SHARED ${arg_SOURCES})
+  add_library(${name} SHARED ${arg_SOURCES} ${arg_MAP})
   foreach(dir IN LISTS arg_INCLUDES)
     target_include_directories(${name} PUBLIC "$<BUILD_INTERFACE:${dir}>")
   endforeach()
   target_include_directories(${name} PUBLIC "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
+  # What a library uses inside is no business of those who link it, so none of it is exported.
+  list(TRANSFORM arg_USES REPLACE "(.+)" "$<BUILD_INTERFACE:\\1>")
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:kaz_build_rules> ${arg_USES} PUBLIC ${arg_PUBLIC_USES})
   set_target_properties(${name} PROPERTIES
     VERSION ${PROJECT_VERSION} SOVERSION 0
