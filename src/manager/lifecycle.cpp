@@ -1,0 +1,133 @@
+// Start and end, the idle pass, the on/off switch, the supplicant coming and going.
+#include "manager_impl.h"
+
+#include <spdlog/spdlog.h>
+
+#include <exception>
+#include <utility>
+
+namespace kaz::wifi {
+
+ManagerImpl::ManagerImpl() : ManagerImpl(createCommunicator(), std::make_shared<TimeProviderWallClock>()) {}
+
+ManagerImpl::ManagerImpl(std::unique_ptr<Communicator> communicator,
+                         std::shared_ptr<TimeProvider> timeProvider)
+    : communicator_(std::move(communicator)), connectionInfoHelper_(std::move(timeProvider)) {
+    enabled_ = communicator_->readEnabledConfiguration();
+    wireCommunicator();
+    communicator_->pushTaskAsync_([this] { signalEventLoopIdle(); });
+    communicator_->startEventLoop();
+}
+
+void ManagerImpl::wireCommunicator() {
+    communicator_->wifiServiceStatusChangeHandler = [this] { signalWifiServiceStatusChange(); };
+    communicator_->scanningDoneHandler = [this](bool success) { signalScanningDone(success); };
+    communicator_->networkSelectedHandler = [this](const std::optional<std::string>& ssid) {
+        signalNetworkSelected(ssid);
+    };
+    communicator_->supplicantPropertiesHandler =
+        [this](Communicator::SupplicantInterfaceProperties properties) {
+            signalSupplicantPropertiesChanged(std::move(properties));
+        };
+    communicator_->setIdleTask([this] { return signalEventLoopIdle(); });
+    communicator_->setTimerCompletedTask([this] { signalTimerCompleted(); });
+    communicator_->networkdOnlineHandler = [this](bool online) {
+        connectionInfoHelper_.setNetworkdIsOnline(online);
+    };
+}
+
+ManagerImpl::~ManagerImpl() {
+    communicator_->stopEventLoop();
+    // The loop runs one last idle pass, through communicator_. Its destructor waits for that, so the pointer
+    // has to stay in place until it returns: reset() would clear it first.
+    std::default_delete<Communicator>()(communicator_.get());
+    static_cast<void>(communicator_.release());
+}
+
+void ManagerImpl::setEnabled(bool on) {
+    spdlog::info("Turning wifi {}", on ? "on" : "off");
+    if (enabled_.exchange(on) != on) {
+        communicator_->pushTaskAsync_([this] { taskCallEnabledChangedCallback(); });
+    }
+    communicator_->writeEnabledConfiguration(on);
+    // Also when nothing changed: asking again is how a user retries.
+    communicator_->pushTaskAsync_([this, on] { communicator_->startStopSupplicantSync(on); });
+}
+
+void ManagerImpl::onEnabledChanged(std::function<void()> callback) {
+    replaceCallback(enabledChangedCallback_, std::move(callback));
+}
+
+std::optional<std::chrono::milliseconds> ManagerImpl::signalEventLoopIdle() {
+    taskUpdateConnectionInfo();
+    taskUpdateNetworks();
+    taskSaveConfiguration();
+    return connectionInfoHelper_.getActiveTimeout();
+}
+
+void ManagerImpl::taskSaveConfiguration() {
+    // Never save with all other networks disabled: the device would know only one network after a restart.
+    if (saveNeeded_ && !othersDisabled_) {
+        saveNeeded_ = false;
+        communicator_->saveNetworkConfigurationSync();
+    }
+}
+
+void ManagerImpl::signalTimerCompleted() {
+    if (const auto signal = communicator_->signalPollSync()) {
+        connectionInfoHelper_.setSignalStrength(*signal);
+    }
+}
+
+void ManagerImpl::signalWifiServiceStatusChange() {
+    const bool up = communicator_->isSupplicantOn();
+    if (up) {
+        taskUpdateEapMethods();
+        taskUpdateConfiguredNetworks();
+    } else {
+        scanning_ = false;
+        bssList_.clear();
+        configuredSsids_.clear();
+        networksDirty_ = true;
+        othersDisabled_ = false;
+    }
+    connectionInfoHelper_.setSupplicantState(up);
+    const bool stored = communicator_->readEnabledConfiguration();
+    const bool enabledChanged = enabled_.exchange(stored) != stored;
+    const bool initializedChanged = wifiStackInitialized_.exchange(up) != up;
+    if (enabledChanged || initializedChanged) {
+        taskCallEnabledChangedCallback();
+    }
+}
+
+void ManagerImpl::taskCallEnabledChangedCallback() {
+    notify(enabledChangedCallback_);
+}
+
+void ManagerImpl::replaceCallback(Callback& target, Callback callback) {
+    const std::lock_guard lock(mutex_);
+    target = std::move(callback);
+}
+
+void ManagerImpl::notify(const Callback& callback) {
+    std::unique_lock lock(mutex_);
+    const Callback copy = callback;
+    lock.unlock();
+    invoke(copy);
+}
+
+// A callback is foreign code: what it throws must not keep our own work from being finished.
+void ManagerImpl::invoke(const Callback& callback) {
+    if (!callback) {
+        return;
+    }
+    try {
+        callback();
+    } catch (const std::exception& error) {
+        spdlog::error("A callback threw an exception: {}", error.what());
+    } catch (...) {
+        spdlog::error("A callback threw an exception of unknown type");
+    }
+}
+
+}  // namespace kaz::wifi

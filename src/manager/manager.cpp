@@ -1,0 +1,81 @@
+#include <wifi/manager.h>
+
+#include "manager_impl.h"
+
+#include <utility>
+
+namespace kaz::wifi {
+
+Manager::Manager() : impl_(std::make_unique<ManagerImpl>()) {}
+
+Manager::~Manager() = default;
+
+void Manager::setEnabled(bool enabled) {
+    impl_->setEnabled(enabled);
+}
+
+bool Manager::isEnabled() const {
+    return impl_->isEnabled();
+}
+
+bool Manager::isWifiStackInitialized() const {
+    return impl_->isWifiStackInitialized();
+}
+
+void Manager::onEnabledChanged(std::function<void()> callback) {
+    impl_->onEnabledChanged(std::move(callback));
+}
+
+void Manager::scan() {
+    impl_->scan();
+}
+
+bool Manager::isScanning() const {
+    return impl_->isScanning();
+}
+
+void Manager::onScanningChanged(std::function<void()> callback) {
+    impl_->onScanningChanged(std::move(callback));
+}
+
+std::vector<WifiNetwork> Manager::networks() {
+    return impl_->networks();
+}
+
+void Manager::onNetworksListChanged(std::function<void()> callback) {
+    impl_->onNetworksListChanged(std::move(callback));
+}
+
+std::set<std::string> Manager::eapMethods() const {
+    return impl_->eapMethods();
+}
+
+std::set<std::string> Manager::phase2Methods() const {
+    return impl_->phase2Methods();
+}
+
+ConnectResult Manager::connect(const ConnectionSettings& settings) {
+    return impl_->connect(settings);
+}
+
+void Manager::connectConfigured(const std::string& ssid) {
+    impl_->connectConfigured(ssid);
+}
+
+void Manager::disconnect() {
+    impl_->disconnect();
+}
+
+void Manager::forgetNetwork(const std::string& ssid) {
+    impl_->forgetNetwork(ssid);
+}
+
+ConnectionInfo Manager::connectionInfo() const {
+    return impl_->connectionInfo();
+}
+
+void Manager::onConnectionInfoChanged(std::function<void()> callback) {
+    impl_->onConnectionInfoChanged(std::move(callback));
+}
+
+}  // namespace kaz::wifi
