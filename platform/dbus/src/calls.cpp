@@ -1,0 +1,93 @@
+#include <kaz/dbus/calls.h>
+#include <kaz/dbus/dbus_error.h>
+
+#include <utility>
+
+#include "handles.h"
+#include "log.h"
+
+namespace kaz::dbus {
+namespace {
+
+constexpr uint64_t replyTimeout = 10'000'000;  // us
+constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
+
+struct CallError {
+    CallError() = default;
+    ~CallError() { sd_bus_error_free(&error); }
+    CallError(const CallError&) = delete;
+    CallError& operator=(const CallError&) = delete;
+    CallError(CallError&&) = delete;
+    CallError& operator=(CallError&&) = delete;
+
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+};
+
+MessageBuilder makePropertyCall(sd_bus* bus, MessageEndpoint endpoint, const char* member,
+                                const std::string& property) {
+    const std::string interface = std::exchange(endpoint.interface, propertiesInterface);
+    MessageBuilder builder = makeDbusCall(bus, std::move(endpoint), member);
+    if (builder.message() != nullptr) {
+        const int result =
+            sd_bus_message_append(builder.message(), "ss", interface.c_str(), property.c_str());
+        if (result < 0) {
+            builder.fail(DbusError(result).error());
+        }
+    }
+    return builder;
+}
+
+void logFailure(const MessageBuilder& call, const sd_bus_error& error) {
+    const char* member = textOf(sd_bus_message_get_member(call.message()));
+    const char* destination = textOf(sd_bus_message_get_destination(call.message()));
+    if (call.sensitive()) {
+        log(spdlog::level::warn, "Call of {} at {} failed: {}", member, destination, textOf(error.name));
+    } else {
+        log(spdlog::level::warn, "Call of {} at {} failed: {}: {}", member, destination, textOf(error.name),
+            textOf(error.message));
+    }
+}
+
+}  // namespace
+
+MessageBuilder makeDbusCall(sd_bus* bus, MessageEndpoint endpoint, const std::string& member) {
+    if (bus == nullptr || endpoint.path.empty()) {
+        return MessageBuilder(nullptr);
+    }
+    sd_bus_message* message = nullptr;
+    const int result =
+        sd_bus_message_new_method_call(bus, &message, endpoint.destination.c_str(), endpoint.path.c_str(),
+                                       endpoint.interface.c_str(), member.c_str());
+    if (result < 0) {
+        log(spdlog::level::warn, "Cannot make a call of {} at {}: {}", member, endpoint.destination,
+            DbusError(result).error());
+    }
+    return MessageBuilder(MessagePtr(message));
+}
+
+MessageBuilder makeDbusGetProperty(sd_bus* bus, MessageEndpoint endpoint, const std::string& property) {
+    return makePropertyCall(bus, std::move(endpoint), "Get", property);
+}
+
+MessageBuilder makeDbusSetProperty(sd_bus* bus, MessageEndpoint endpoint, const std::string& property) {
+    return makePropertyCall(bus, std::move(endpoint), "Set", property);
+}
+
+MessageDecoder sendMessage(sd_bus* bus, MessageBuilder& builder) {
+    if (bus == nullptr || builder.message() == nullptr) {
+        return {};
+    }
+    CallError failure;
+    sd_bus_message* reply = nullptr;
+    const int result = sd_bus_call(bus, builder.message(), replyTimeout, &failure.error, &reply);
+    if (result < 0) {
+        if (sd_bus_error_is_set(&failure.error) == 0) {
+            sd_bus_error_set_errno(&failure.error, result);
+        }
+        logFailure(builder, failure.error);
+        return {};
+    }
+    return {reply};
+}
+
+}  // namespace kaz::dbus

@@ -1,0 +1,208 @@
+#include <kaz/dbus/dbus_error.h>
+#include <kaz/dbus/event_loop.h>
+#include <pthread.h>
+
+#include <condition_variable>
+#include <csignal>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "clock.h"
+#include "connection.h"
+#include "handles.h"
+#include "idle_task.h"
+#include "log.h"
+#include "task_queue.h"
+#include "timer.h"
+
+namespace kaz::dbus {
+namespace {
+
+using std::chrono::milliseconds;
+
+// How long after the stop a call in flight may still take.
+constexpr milliseconds grace{1000};
+
+EventPtr makeEvent() {
+    sd_event* event = nullptr;
+    checked(sd_event_new(&event), "sd_event_new");
+    return EventPtr(event);
+}
+
+// While this lives, threads start with their signals blocked: the handlers of the host program run on its own
+// threads. Faults are not blocked, they belong to the thread that makes them.
+class SignalsBlocked {
+  public:
+    SignalsBlocked() noexcept {
+        sigset_t blocked;
+        ::sigfillset(&blocked);
+        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS}) {
+            ::sigdelset(&blocked, fault);
+        }
+        ::pthread_sigmask(SIG_SETMASK, &blocked, &former_);
+    }
+    ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
+    SignalsBlocked(const SignalsBlocked&) = delete;
+    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+    SignalsBlocked(SignalsBlocked&&) = delete;
+    SignalsBlocked& operator=(SignalsBlocked&&) = delete;
+
+  private:
+    sigset_t former_{};
+};
+
+}  // namespace
+
+// The parts of a turn, of which sd-event picks one: a task, a message of the bus, an expiry of the timer. All
+// have the same priority, and among those sd-event prefers the one that has waited longest. The idle task is
+// run between turns.
+class EventLoop::Impl {
+  public:
+    ~Impl();
+    Impl() = default;
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+    Impl(Impl&&) = delete;
+    Impl& operator=(Impl&&) = delete;
+
+    void start();
+    void stop() noexcept;
+
+  private:
+    void run() noexcept;
+    void turn() noexcept;
+    void waitForEnd() noexcept;
+
+    EventPtr event_ = makeEvent();
+
+  public:
+    TaskQueue tasks{event_.get()};  // outlives the rest: whatever dies may still push
+    Timer timer{event_.get()};
+    IdleTask idle;
+    Connection connection;
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    Clock::time_point stoppedAt_;
+    bool ended_ = false;
+    std::thread thread_;
+};
+
+EventLoop::Impl::~Impl() {
+    stop();
+    if (thread_.joinable()) {
+        waitForEnd();
+    }
+    tasks.drop();
+}
+
+void EventLoop::Impl::start() {
+    const std::lock_guard lock(mutex_);
+    if (!thread_.joinable() && !tasks.closed()) {
+        const SignalsBlocked blocked;
+        thread_ = std::thread([this] { run(); });
+    }
+}
+
+void EventLoop::Impl::stop() noexcept {
+    const std::lock_guard lock(mutex_);
+    if (!tasks.closed()) {
+        stoppedAt_ = Clock::now();
+        tasks.close();
+    }
+}
+
+void EventLoop::Impl::run() noexcept {
+    ::pthread_setname_np(::pthread_self(), "kazdbus");
+    if (!tasks.closed()) {
+        connection.open(event_.get());
+    }
+    idle.noteEvent(Clock::now());
+    while (!tasks.closed()) {
+        turn();
+    }
+    tasks.drop();
+    idle.run();
+    connection.close();
+    const std::lock_guard lock(mutex_);
+    ended_ = true;
+    changed_.notify_all();
+}
+
+void EventLoop::Impl::turn() noexcept {
+    const int dispatched = sd_event_run(event_.get(), idle.sleep(Clock::now()));
+    if (dispatched < 0) {
+        log(spdlog::level::err, "Event loop: {}", DbusError(dispatched).error());
+        std::this_thread::sleep_for(milliseconds(100));
+    }
+    connection.endTurn();
+    const auto now = Clock::now();
+    const bool quiet = dispatched == 0 && idle.due(now);
+    if (dispatched > 0) {
+        idle.noteEvent(now);
+    }
+    if (!tasks.closed() && (quiet || idle.overdue(now))) {
+        idle.run();
+        connection.endTurn();
+    }
+}
+
+void EventLoop::Impl::waitForEnd() noexcept {
+    std::unique_lock lock(mutex_);
+    if (!changed_.wait_until(lock, stoppedAt_ + grace, [this] { return ended_; })) {
+        connection.abandon();
+    }
+    lock.unlock();
+    thread_.join();
+}
+
+EventLoop::EventLoop() : impl_(std::make_unique<Impl>()) {}
+
+EventLoop::~EventLoop() = default;
+
+void EventLoop::startEventLoopAsync() {
+    impl_->start();
+}
+
+void EventLoop::stopEventLoopAsync() {
+    impl_->stop();
+}
+
+void EventLoop::pushTaskAsync(std::function<void()> task) {
+    impl_->tasks.push(std::move(task));
+}
+
+void EventLoop::setIdleTaskSync(std::function<std::optional<milliseconds>()> task) {
+    impl_->idle.set(std::move(task));
+}
+
+void EventLoop::configureTimerSync(bool enable, milliseconds period) {
+    impl_->timer.configure(enable, period);
+}
+
+void EventLoop::setTimerCompletedTask(std::function<void()> task) {
+    impl_->timer.setTask(std::move(task));
+}
+
+void EventLoop::registerSignalHandlerSync(const char* sender, const char* path, const char* interface,
+                                          const char* member, bool temporary,
+                                          std::function<void(MessageDecoder&)> handler) {
+    SignalMatch match{textOf(sender), textOf(path), textOf(interface), textOf(member)};
+    if (!match.path.empty()) {
+        impl_->connection.signals().add(std::move(match), temporary, std::move(handler));
+    }
+}
+
+void EventLoop::removeTemporarySignalHandlersSync() {
+    impl_->connection.signals().removeTemporary();
+}
+
+sd_bus* EventLoop::getSdBusHandle() const {
+    return impl_->connection.bus();
+}
+
+}  // namespace kaz::dbus

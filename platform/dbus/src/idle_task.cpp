@@ -1,0 +1,52 @@
+#include "idle_task.h"
+
+#include <utility>
+
+#include "guard.h"
+
+namespace kaz::dbus {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds patience{100};
+constexpr milliseconds shortestPeriod{10};  // of passes that ask for the next at once
+
+}  // namespace
+
+void IdleTask::set(Task task) {
+    task_ = std::make_shared<const Task>(std::move(task));
+}
+
+void IdleTask::noteEvent(Clock::time_point now) noexcept {
+    dueAt_ = dueAt_ ? std::min(*dueAt_, now) : now;
+}
+
+bool IdleTask::overdue(Clock::time_point now) const noexcept {
+    return dueAt_ && *dueAt_ + patience <= now;
+}
+
+uint64_t IdleTask::sleep(Clock::time_point now) const noexcept {
+    return dueAt_ ? toMicroseconds(std::max(*dueAt_ - now, Clock::duration::zero())) : UINT64_MAX;
+}
+
+void IdleTask::run() noexcept {
+    std::optional<milliseconds> answer;
+    if (const auto task = task_; task && *task) {
+        runGuarded("idle task", [&] { answer = (*task)(); });
+    }
+    dueAt_ = nextPass(answer);
+}
+
+std::optional<Clock::time_point> IdleTask::nextPass(std::optional<milliseconds> answer) noexcept {
+    const bool hurriedBefore = std::exchange(hurried_, answer && *answer <= milliseconds::zero());
+    if (!answer) {
+        return std::nullopt;
+    }
+    if (!hurried_) {
+        return Clock::now() + std::min<milliseconds>(*answer, longestDelay);
+    }
+    return Clock::now() + (hurriedBefore ? shortestPeriod : milliseconds::zero());
+}
+
+}  // namespace kaz::dbus

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <mutex>
+
+#include "handles.h"
+
+namespace kaz::dbus {
+
+// Lets another thread break the connection on which the loop thread may be blocked: whatever waits for the
+// socket fails at once, and so does every later use of it. May be used from any thread.
+class KillSwitch {
+  public:
+    // The socket to break. When the switch was thrown before, it is broken at once.
+    void guard(int socket) noexcept;
+    void release() noexcept;
+
+    void pull() noexcept;
+    bool pulled() const noexcept;
+
+  private:
+    mutable std::mutex mutex_;
+    Fd socket_;  // a duplicate, so that its number cannot be reused while another thread holds it
+    bool pulled_ = false;
+};
+
+}  // namespace kaz::dbus

@@ -1,0 +1,87 @@
+#include "name_owner.h"
+
+#include <kaz/dbus/dbus_error.h>
+#include <kaz/dbus/message.h>
+
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+#include "log.h"
+
+namespace kaz::dbus {
+namespace {
+
+constexpr const char* busName = "org.freedesktop.DBus";
+constexpr const char* busPath = "/org/freedesktop/DBus";
+
+}  // namespace
+
+NameOwner::NameOwner(std::string name) : name_(std::move(name)) {}
+
+void NameOwner::attach(sd_bus* bus) {
+    // In this order: a change after the answer is not missed.
+    int result = subscribe(bus);
+    if (result >= 0) {
+        result = ask(bus);
+    }
+    if (result < 0) {
+        log(spdlog::level::warn, "Cannot follow the owner of {}: {}", name_, DbusError(result).error());
+    }
+}
+
+void NameOwner::detach() noexcept {
+    slot_.reset();
+    owner_.clear();
+}
+
+bool NameOwner::sent(sd_bus_message* message) const noexcept {
+    return !owner_.empty() && owner_ == textOf(sd_bus_message_get_sender(message));
+}
+
+int NameOwner::subscribe(sd_bus* bus) {
+    if (sd_bus_service_name_is_valid(name_.c_str()) <= 0) {
+        return -EINVAL;
+    }
+    const std::string match = std::string("type='signal',sender='") + busName + "',path='" + busPath +
+                              "',interface='" + busName + "',member='NameOwnerChanged',arg0='" + name_ + "'";
+    sd_bus_slot* slot = nullptr;
+    const int result = sd_bus_add_match(bus, &slot, match.c_str(), &NameOwner::onChanged, this);
+    slot_.reset(slot);
+    return result;
+}
+
+int NameOwner::ask(sd_bus* bus) {
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_message* reply = nullptr;
+    int result = sd_bus_call_method(bus, busName, busPath, busName, "GetNameOwner", &error, &reply, "s",
+                                    name_.c_str());
+    const MessagePtr owned(reply);
+    const bool nobody = sd_bus_error_has_name(&error, SD_BUS_ERROR_NAME_HAS_NO_OWNER) > 0;
+    sd_bus_error_free(&error);
+    if (result < 0) {
+        return nobody ? 0 : result;
+    }
+    const char* owner = "";
+    result = sd_bus_message_read_basic(reply, SD_BUS_TYPE_STRING, &owner);
+    owner_ = owner;
+    return result;
+}
+
+int NameOwner::onChanged(sd_bus_message* message, void* owner, sd_bus_error* /*error*/) {
+    auto* self = static_cast<NameOwner*>(owner);
+    const std::string_view sender = textOf(sd_bus_message_get_sender(message));
+    if (sender != busName) {
+        log(spdlog::level::debug, "Dropping a NameOwnerChanged of {} that {} sent", self->name_, sender);
+        return 0;
+    }
+    const char* name = nullptr;
+    const char* former = nullptr;
+    const char* present = nullptr;
+    if (sd_bus_message_read(message, "sss", &name, &former, &present) >= 0) {
+        self->owner_ = present;
+    }
+    return 0;
+}
+
+}  // namespace kaz::dbus

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+
+#include "handles.h"
+
+namespace kaz::dbus {
+
+// Who owns a bus name at the moment, followed for as long as this object lives and is attached. Bus and
+// client library alone do not keep a process from sending us a signal under the path of a service it is not.
+class NameOwner {
+  public:
+    explicit NameOwner(std::string name);
+    ~NameOwner() = default;
+    NameOwner(const NameOwner&) = delete;
+    NameOwner& operator=(const NameOwner&) = delete;
+    NameOwner(NameOwner&&) = delete;
+    NameOwner& operator=(NameOwner&&) = delete;
+
+    // Starts to follow on this connection; asks for the present owner and waits for the answer. A failure is
+    // logged, and the owner stays unknown until it changes.
+    void attach(sd_bus* bus);
+    void detach() noexcept;
+
+    const std::string& name() const noexcept { return name_; }
+
+    // False also while the name has no owner.
+    bool sent(sd_bus_message* message) const noexcept;
+
+  private:
+    static int onChanged(sd_bus_message* message, void* owner, sd_bus_error* error);
+    int subscribe(sd_bus* bus);
+    int ask(sd_bus* bus);
+
+    std::string name_;
+    std::string owner_;  // unique name, empty while there is none
+    SlotPtr slot_;
+};
+
+}  // namespace kaz::dbus

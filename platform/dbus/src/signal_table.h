@@ -1,0 +1,58 @@
+#pragma once
+
+#include <kaz/dbus/message.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "handles.h"
+
+namespace kaz::dbus {
+
+class NameOwner;
+
+struct SignalMatch {
+    std::string sender;
+    std::string path;
+    std::string interface;
+    std::string member;
+};
+
+// The handlers of bus signals. They outlive the connection: attached to another, they are subscribed again.
+// Handlers may add and remove handlers; one added hears no signal that came before it.
+class SignalTable {
+  public:
+    using Handler = std::function<void(MessageDecoder&)>;
+
+    SignalTable() = default;
+    ~SignalTable();
+    SignalTable(const SignalTable&) = delete;
+    SignalTable& operator=(const SignalTable&) = delete;
+    SignalTable(SignalTable&&) = delete;
+    SignalTable& operator=(SignalTable&&) = delete;
+
+    void attach(sd_bus* bus);
+    void detach() noexcept;
+
+    void add(SignalMatch match, bool temporary, Handler handler);
+    void removeTemporary();
+
+    // To be called after each turn of the loop.
+    void endTurn() noexcept { ++turn_; }
+
+  private:
+    struct Entry;
+
+    static int onSignal(sd_bus_message* message, void* entry, sd_bus_error* error);
+    std::shared_ptr<NameOwner> ownerOf(const std::string& name);
+    void subscribe(Entry& entry);
+
+    sd_bus* bus_ = nullptr;
+    uint64_t turn_ = 0;
+    std::vector<std::shared_ptr<Entry>> entries_;
+};
+
+}  // namespace kaz::dbus

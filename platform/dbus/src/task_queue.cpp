@@ -1,0 +1,82 @@
+#include "task_queue.h"
+
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "guard.h"
+
+namespace kaz::dbus {
+namespace {
+
+Fd makeWakeUp() {
+    Fd fd(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    checked(fd ? 0 : -errno, "eventfd");
+    return fd;
+}
+
+}  // namespace
+
+TaskQueue::TaskQueue(sd_event* event) : wakeUp_(makeWakeUp()) {
+    sd_event_source* source = nullptr;
+    checked(sd_event_add_io(event, &source, wakeUp_.get(), EPOLLIN, &TaskQueue::onReady, this),
+            "sd_event_add_io");
+    source_.reset(source);
+}
+
+void TaskQueue::push(Task task) {
+    const std::lock_guard lock(mutex_);
+    if (closed_) {
+        return;
+    }
+    tasks_.push_back(std::move(task));
+    if (tasks_.size() == 1) {
+        wake();
+    }
+}
+
+void TaskQueue::close() noexcept {
+    const std::lock_guard lock(mutex_);
+    closed_ = true;
+    wake();
+}
+
+void TaskQueue::drop() noexcept {
+    std::deque<Task> dropped;  // dies after the lock is gone: what a task holds may push again
+    const std::lock_guard lock(mutex_);
+    dropped.swap(tasks_);
+}
+
+int TaskQueue::onReady(sd_event_source* /*source*/, int /*fd*/, uint32_t /*events*/, void* queue) {
+    static_cast<TaskQueue*>(queue)->runOne();
+    return 0;
+}
+
+void TaskQueue::runOne() {
+    Task task;
+    {
+        const std::lock_guard lock(mutex_);
+        if (closed_ || tasks_.empty()) {
+            return;
+        }
+        task = std::move(tasks_.front());
+        tasks_.pop_front();
+        if (tasks_.empty()) {
+            sleep();
+        }
+    }
+    runGuarded("task", task);
+}
+
+void TaskQueue::wake() noexcept {
+    ::eventfd_write(wakeUp_.get(), 1);
+}
+
+void TaskQueue::sleep() noexcept {
+    eventfd_t ignored = 0;
+    ::eventfd_read(wakeUp_.get(), &ignored);
+}
+
+}  // namespace kaz::dbus

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <atomic>
+#include <deque>
+#include <functional>
+#include <mutex>
+
+#include "handles.h"
+
+namespace kaz::dbus {
+
+// Tasks for the loop, first in, first out. Each turn of the loop runs one, so that other sources of the same
+// priority get theirs in between. push(), close() and closed() may be called from any thread.
+class TaskQueue {
+  public:
+    using Task = std::function<void()>;
+
+    explicit TaskQueue(sd_event* event);
+
+    void push(Task task);
+
+    // From now on no task begins, and what is pushed is dropped. Wakes the loop.
+    void close() noexcept;
+    bool closed() const noexcept { return closed_; }
+
+    // Destroys what is queued.
+    void drop() noexcept;
+
+  private:
+    static int onReady(sd_event_source* source, int fd, uint32_t events, void* queue);
+    void runOne();
+    void wake() noexcept;
+    void sleep() noexcept;
+
+    mutable std::mutex mutex_;
+    std::deque<Task> tasks_;
+    std::atomic<bool> closed_ = false;
+    Fd wakeUp_;  // readable while there are tasks, and for good once closed
+    SourcePtr source_;
+};
+
+}  // namespace kaz::dbus
