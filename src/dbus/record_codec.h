@@ -10,6 +10,7 @@
 
 #include "value_codec.h"
 
+#include <array>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -37,28 +38,49 @@ concept Record = requires {
 
 namespace detail {
 
-int enterDictionary(sd_bus_message* message);
+// How the entries of a dictionary are typed, which decides how much has to be looked up for each of them.
+enum class EntryType {
+    stringToVariant,  // {sv}, as good as always
+    other,
+};
+
+// Enters the dictionary, whatever it holds.
+int enterDictionary(sd_bus_message* message, EntryType& entries);
+
 // Above zero: inside the next entry; zero: there is none; below: an error.
-int enterNextEntry(sd_bus_message* message);
+int enterNextEntry(sd_bus_message* message, EntryType entries);
+
+CodecResult<std::string_view> readKey(sd_bus_message* message, EntryType entries);
+CodecResult<void> skipValue(sd_bus_message* message, EntryType entries);
+
+template <typename T>
+CodecResult<void> fillField(T& target, sd_bus_message* message, EntryType entries) {
+    if (entries == EntryType::other) {
+        return fillHelper(target, message);
+    }
+    CodecResult<T> value = readVariant<T>(message);
+    if (!value) {
+        return CodecError(std::move(value.error()));
+    }
+    target = std::move(*value);
+    return {};
+}
 
 // Reads the value of the entry `key` into its field, or skips it.
 template <Record R>
-CodecResult<void> readValue(R& record, std::string_view key, sd_bus_message* message) {
+CodecResult<void> readValue(R& record, std::string_view key, sd_bus_message* message, EntryType entries) {
     CodecResult<void> filled;
     const auto fillIfMeant = [&](const auto& candidate) {
         if (candidate.key != key) {
             return false;
         }
-        filled = fillHelper(record.*candidate.member, message);
+        filled = fillField(record.*candidate.member, message, entries);
         return true;
     };
     const bool known = std::apply([&](const auto&... candidates) { return (fillIfMeant(candidates) || ...); },
                                   RecordFields<R>::table);
     if (!known) {
-        if (const int r = sd_bus_message_skip(message, nullptr); r < 0) {
-            return sdBusError(r);
-        }
-        return {};
+        return skipValue(message, entries);
     }
     if (!filled) {
         return nestedError("Value decoding error: ", filled.error());
@@ -67,12 +89,12 @@ CodecResult<void> readValue(R& record, std::string_view key, sd_bus_message* mes
 }
 
 template <Record R>
-CodecResult<void> readEntry(R& record, sd_bus_message* message) {
-    const CodecResult<std::string_view> key = dbus::read<std::string_view>(message);
+CodecResult<void> readEntry(R& record, sd_bus_message* message, EntryType entries) {
+    const CodecResult<std::string_view> key = readKey(message, entries);
     if (!key) {
         return nestedError("Key error: ", key.error());
     }
-    if (auto value = readValue(record, *key, message); !value) {
+    if (auto value = readValue(record, *key, message, entries); !value) {
         return value;
     }
     if (const int r = exitContainer(message); r < 0) {
@@ -85,22 +107,23 @@ CodecResult<void> readEntry(R& record, sd_bus_message* message) {
 
 template <Record R>
 struct Wire<R> {
+    static constexpr std::array signature{'a', '{', 's', 'v', '}', '\0'};
+
     static CodecResult<R> read(sd_bus_message* message) {
-        if (const int r = detail::enterDictionary(message); r < 0) {
+        detail::EntryType entries{};
+        if (const int r = detail::enterDictionary(message, entries); r < 0) {
             return sdBusError(r);
         }
         R record{};
-        for (;;) {
-            const int entry = detail::enterNextEntry(message);
-            if (entry == 0) {
-                break;
-            }
-            if (entry < 0) {
-                return sdBusError(entry);
-            }
-            if (auto filled = detail::readEntry(record, message); !filled) {
+        int entry = detail::enterNextEntry(message, entries);
+        while (entry > 0) {
+            if (auto filled = detail::readEntry(record, message, entries); !filled) {
                 return CodecError(std::move(filled.error()));
             }
+            entry = detail::enterNextEntry(message, entries);
+        }
+        if (entry < 0) {
+            return sdBusError(entry);
         }
         if (const int r = detail::exitContainer(message); r < 0) {
             return sdBusError(r);

@@ -28,18 +28,24 @@ int enterVariant(sd_bus_message* message) {
     return sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, contents);
 }
 
+int enterVariantOf(sd_bus_message* message, const char* signature) {
+    return sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, signature);
+}
+
+int enterArrayOf(sd_bus_message* message, const char* elementSignature) {
+    return sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, elementSignature);
+}
+
 int exitContainer(sd_bus_message* message) {
     return sd_bus_message_exit_container(message);
 }
 
-bool anotherElement(sd_bus_message* message) {
-    const char* contents = nullptr;
-    return sd_bus_message_peek_type(message, nullptr, &contents) > 0;
+int takeBasic(sd_bus_message* message, char type, void* value) {
+    return sd_bus_message_read_basic(message, type, value);
 }
 
-int readBasic(sd_bus_message* message, char type, void* value) {
-    const int r = sd_bus_message_read_basic(message, type, value);
-    return r == 0 ? -ENXIO : r;
+CodecError takeError(int result) {
+    return sdBusError(result == 0 ? -ENXIO : result);
 }
 
 }  // namespace detail

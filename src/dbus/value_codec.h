@@ -10,7 +10,7 @@
 //   std::string_view (read only)        s, valid as long as the message
 //   OPath                               o
 //   std::optional<U>                    that of U; a read never gives an empty one
-//   std::vector<U>, std::set<U>         aX with X that of U
+//   std::vector<U>, std::set<U>         aX with X that of U, a basic type
 //   a record (record_codec.h)           a{sv}
 //
 // Errors are values: an sd-bus failure gives the bare text of its code, and each level around it adds a
@@ -22,7 +22,9 @@
 #include <kaz/dbus/opath.h>
 #include <systemd/sd-bus.h>
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <set>
 #include <string>
@@ -70,22 +72,40 @@ namespace detail {
 // Steps that do not depend on the type read. The int results are sd-bus return codes.
 int peekType(sd_bus_message* message, char& type);
 int enterVariant(sd_bus_message* message);
+int enterVariantOf(sd_bus_message* message, const char* signature);
+int enterArrayOf(sd_bus_message* message, const char* elementSignature);
 int exitContainer(sd_bus_message* message);
-bool anotherElement(sd_bus_message* message);
 
-// Reads a basic value; a missing one is an error, never an unset `value`.
-int readBasic(sd_bus_message* message, char type, void* value);
+// Above zero: `value` was read; zero: there is none; below: an error.
+int takeBasic(sd_bus_message* message, char type, void* value);
+
+// The end of a message where a value has to be is an error.
+CodecError takeError(int result);
+
+// The signature of an array of elements with this one.
+template <std::size_t size>
+constexpr std::array<char, size + 1> arrayOf(const std::array<char, size>& element) {
+    std::array<char, size + 1> signature{SD_BUS_TYPE_ARRAY};
+    std::copy(element.begin(), element.end(), signature.begin() + 1);
+    return signature;
+}
 
 template <typename T, char code>
 struct BasicWire {
     static constexpr std::array signature{code, '\0'};
 
-    static CodecResult<T> read(sd_bus_message* message) {
-        T value{};
-        if (const int r = readBasic(message, code, &value); r < 0) {
-            return sdBusError(r);
-        }
-        return value;
+    static int take(sd_bus_message* message, T& value) { return takeBasic(message, code, &value); }
+};
+
+// sd-bus writes a whole int.
+struct BoolWire {
+    static constexpr std::array signature{static_cast<char>(SD_BUS_TYPE_BOOLEAN), '\0'};
+
+    static int take(sd_bus_message* message, bool& value) {
+        int wide = 0;
+        const int r = takeBasic(message, SD_BUS_TYPE_BOOLEAN, &wide);
+        value = wide != 0;
+        return r;
     }
 };
 
@@ -93,30 +113,46 @@ template <typename T, char code>
 struct TextWire {
     static constexpr std::array signature{code, '\0'};
 
-    static CodecResult<T> read(sd_bus_message* message) {
+    static int take(sd_bus_message* message, T& value) {
         const char* text = nullptr;
-        if (const int r = readBasic(message, code, static_cast<void*>(&text)); r < 0) {
-            return sdBusError(r);
+        const int r = takeBasic(message, code, static_cast<void*>(&text));
+        if (r > 0) {
+            value = T(text);
         }
-        return T(text);
+        return r;
     }
 };
 
+template <typename T, typename Take>
+struct SingleWire : Take {
+    static CodecResult<T> read(sd_bus_message* message) {
+        T value{};
+        if (const int r = Take::take(message, value); r <= 0) {
+            return takeError(r);
+        }
+        return value;
+    }
+};
+
+// An array of basic values.
 template <typename Container, typename Element>
 struct ArrayWire {
+    static constexpr auto signature = arrayOf(Wire<Element>::signature);
+
     static CodecResult<Container> read(sd_bus_message* message) {
-        if (const int r =
-                sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, Wire<Element>::signature.data());
-            r < 0) {
+        if (const int r = enterArrayOf(message, Wire<Element>::signature.data()); r < 0) {
             return sdBusError(r);
         }
         Container values;
-        while (anotherElement(message)) {
-            CodecResult<Element> element = dbus::read<Element>(message);
-            if (!element) {
-                return nestedError("Unable to read from array: ", element.error());
-            }
-            values.insert(values.end(), std::move(*element));
+        Element element{};
+        int taken = Wire<Element>::take(message, element);
+        while (taken > 0) {
+            values.insert(values.end(), std::move(element));
+            element = Element{};
+            taken = Wire<Element>::take(message, element);
+        }
+        if (taken < 0) {
+            return nestedError("Unable to read from array: ", takeError(taken).value());
         }
         if (const int r = exitContainer(message); r < 0) {
             return sdBusError(r);
@@ -128,34 +164,27 @@ struct ArrayWire {
 }  // namespace detail
 
 template <>
-struct Wire<int> : detail::BasicWire<int, SD_BUS_TYPE_INT32> {};
+struct Wire<int> : detail::SingleWire<int, detail::BasicWire<int, SD_BUS_TYPE_INT32>> {};
 template <>
-struct Wire<short> : detail::BasicWire<short, SD_BUS_TYPE_INT16> {};
+struct Wire<short> : detail::SingleWire<short, detail::BasicWire<short, SD_BUS_TYPE_INT16>> {};
 template <>
-struct Wire<unsigned char> : detail::BasicWire<unsigned char, SD_BUS_TYPE_BYTE> {};
+struct Wire<unsigned char>
+    : detail::SingleWire<unsigned char, detail::BasicWire<unsigned char, SD_BUS_TYPE_BYTE>> {};
 template <>
-struct Wire<std::string> : detail::TextWire<std::string, SD_BUS_TYPE_STRING> {};
+struct Wire<bool> : detail::SingleWire<bool, detail::BoolWire> {};
 template <>
-struct Wire<std::string_view> : detail::TextWire<std::string_view, SD_BUS_TYPE_STRING> {};
+struct Wire<std::string>
+    : detail::SingleWire<std::string, detail::TextWire<std::string, SD_BUS_TYPE_STRING>> {};
 template <>
-struct Wire<OPath> : detail::TextWire<OPath, SD_BUS_TYPE_OBJECT_PATH> {};
-
+struct Wire<std::string_view>
+    : detail::SingleWire<std::string_view, detail::TextWire<std::string_view, SD_BUS_TYPE_STRING>> {};
 template <>
-struct Wire<bool> {
-    static constexpr std::array signature{static_cast<char>(SD_BUS_TYPE_BOOLEAN), '\0'};
-
-    // sd-bus writes a whole int.
-    static CodecResult<bool> read(sd_bus_message* message) {
-        int value = 0;
-        if (const int r = detail::readBasic(message, SD_BUS_TYPE_BOOLEAN, &value); r < 0) {
-            return sdBusError(r);
-        }
-        return value != 0;
-    }
-};
+struct Wire<OPath> : detail::SingleWire<OPath, detail::TextWire<OPath, SD_BUS_TYPE_OBJECT_PATH>> {};
 
 template <typename T>
 struct Wire<std::optional<T>> {
+    static constexpr auto signature = Wire<T>::signature;
+
     static CodecResult<std::optional<T>> read(sd_bus_message* message) {
         CodecResult<T> value = Wire<T>::read(message);
         if (!value) {
@@ -174,8 +203,37 @@ struct Wire<std::set<T>> : detail::ArrayWire<std::set<T>, T> {};
 // Bytes lie in the message as they are wanted, so they are copied in one piece.
 template <>
 struct Wire<std::vector<unsigned char>> {
+    static constexpr auto signature = detail::arrayOf(Wire<unsigned char>::signature);
+
     static CodecResult<std::vector<unsigned char>> read(sd_bus_message* message);
 };
+
+namespace detail {
+
+// Reads the value after its variant was entered.
+template <typename T, typename Read>
+CodecResult<T> readInVariant(sd_bus_message* message, Read readValue) {
+    CodecResult<T> inner = readValue(message);
+    if (!inner) {
+        return nestedError("Unable to read from variant: ", inner.error());
+    }
+    if (const int r = exitContainer(message); r < 0) {
+        return sdBusError(r);
+    }
+    return inner;
+}
+
+// As dbus::read where the next value is known to be a variant. Nearly always it holds the wanted type itself,
+// and entering it as such saves looking first; where it does not, the general way finds out what is wrong.
+template <typename T>
+CodecResult<T> readVariant(sd_bus_message* message) {
+    if (enterVariantOf(message, Wire<T>::signature.data()) > 0) {
+        return readInVariant<T>(message, Wire<T>::read);
+    }
+    return dbus::read<T>(message);
+}
+
+}  // namespace detail
 
 template <typename T>
 CodecResult<T> read(sd_bus_message* message) {
@@ -189,14 +247,7 @@ CodecResult<T> read(sd_bus_message* message) {
     if (const int r = detail::enterVariant(message); r < 0) {
         return sdBusError(r);
     }
-    CodecResult<T> inner = read<T>(message);
-    if (!inner) {
-        return nestedError("Unable to read from variant: ", inner.error());
-    }
-    if (const int r = detail::exitContainer(message); r < 0) {
-        return sdBusError(r);
-    }
-    return inner;
+    return detail::readInVariant<T>(message, read<T>);
 }
 
 }  // namespace kaz::dbus
