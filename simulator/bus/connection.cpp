@@ -1,0 +1,158 @@
+#include "connection.h"
+
+#include <cstring>
+#include <utility>
+
+#include "message_json.h"
+#include "spoilt_reply.h"
+
+namespace kaz::sim {
+namespace {
+
+Bus connect(const Environment& environment) {
+    sd_bus* raw = nullptr;
+    check(sd_bus_new(&raw), "sd_bus_new");
+    Bus bus(raw);
+    check(sd_bus_set_address(raw, environment.busAddress.c_str()), "sd_bus_set_address");
+    check(sd_bus_set_bus_client(raw, 1), "sd_bus_set_bus_client");
+    check(sd_bus_start(raw), "cannot connect to the bus");
+    check(sd_bus_attach_event(raw, environment.scheduler.event(), SD_EVENT_PRIORITY_NORMAL), "attach");
+    return bus;
+}
+
+const char* uniqueName(sd_bus* bus) {
+    const char* name = nullptr;
+    check(sd_bus_get_unique_name(bus, &name), "unique name");
+    return name;
+}
+
+bool isCall(sd_bus_message* message) {
+    const char* const interface = sd_bus_message_get_interface(message);
+    return sd_bus_message_is_method_call(message, nullptr, nullptr) > 0 && interface != nullptr &&
+           std::strcmp(interface, "org.freedesktop.DBus.Peer") != 0;
+}
+
+// Passes the reply of a forwarded call on to who made the call first.
+int relay(sd_bus_message* answer, void* data, sd_bus_error*) {
+    auto* const call = static_cast<sd_bus_message*>(data);
+    if (sd_bus_message_is_method_error(answer, nullptr) > 0) {
+        return sd_bus_reply_method_error(call, sd_bus_message_get_error(answer));
+    }
+    sd_bus_message* raw = nullptr;
+    check(sd_bus_message_new_method_return(call, &raw), "new reply");
+    const Message copy(raw);
+    check(sd_bus_message_copy(copy.get(), answer, 1), "copy");
+    return sd_bus_send(nullptr, copy.get(), nullptr);
+}
+
+}  // namespace
+
+Connection::Connection(const Environment& environment, std::string peer, std::function<void()> onCrash)
+    : environment_(environment),
+      peer_(std::move(peer)),
+      onCrash_(std::move(onCrash)),
+      bus_(connect(environment)) {
+    if (peer_.empty()) {
+        return;
+    }
+    sd_bus_slot* slot = nullptr;
+    check(sd_bus_add_filter(
+              bus_.get(), &slot,
+              [](sd_bus_message* message, void* self, sd_bus_error*) {
+                  return static_cast<Connection*>(self)->received(message);
+              },
+              this),
+          "sd_bus_add_filter");
+    filter_.reset(slot);
+}
+
+Connection::~Connection() = default;
+
+void Connection::own(const char* name) {
+    check(sd_bus_request_name(bus_.get(), name, 0), name);
+}
+
+void Connection::flush() {
+    sd_bus_flush(bus_.get());
+}
+
+Slot Connection::serve(const std::string& path, const char* interface, const sd_bus_vtable* vtable,
+                       void* object) {
+    sd_bus_slot* slot = nullptr;
+    check(sd_bus_add_object_vtable(bus_.get(), &slot, path.c_str(), interface, vtable, object), interface);
+    return Slot(slot);
+}
+
+int Connection::received(sd_bus_message* message) {
+    const char* const sender = sd_bus_message_get_sender(message);
+    const bool comesBack =
+        forwarder_ && sender != nullptr && std::strcmp(sender, uniqueName(forwarder_.get())) == 0;
+    if (!isCall(message) || comesBack) {
+        return 0;
+    }
+    const Call call{peer_, sd_bus_message_get_path(message), sd_bus_message_get_interface(message),
+                    sd_bus_message_get_member(message), argumentsAsJson(message)};
+    environment_.log.add(call);
+    const auto fault = environment_.faults.strike(call);
+    if (fault) {
+        suffer(*fault, message);
+    }
+    return fault ? 1 : 0;
+}
+
+void Connection::suffer(const Fault& fault, sd_bus_message* call) {
+    switch (fault.kind) {
+        case FaultKind::noReply:
+            return;
+        case FaultKind::delay:
+            serveLater(fault, call);
+            return;
+        case FaultKind::crash:
+            if (onCrash_) {
+                crash_ = environment_.scheduler.soon(onCrash_);
+            }
+            return;
+        case FaultKind::error:
+        case FaultKind::wrongType:
+        case FaultKind::wrongNesting:
+        case FaultKind::emptyValue:
+        case FaultKind::noBody:
+        case FaultKind::vanished:
+            spoiltReply(fault, call);
+            return;
+    }
+}
+
+void Connection::serveLater(const Fault& fault, sd_bus_message* call) {
+    if (!forwarder_) {
+        forwarder_ = connect(environment_);
+    }
+    const unsigned number = delays_++;
+    delayed_.emplace(number,
+                     environment_.scheduler.afterRealTime(
+                         fault.delay, [this, number, kept = std::shared_ptr<sd_bus_message>(share(call))] {
+                             forward(kept.get());
+                             delayed_.erase(number);
+                         }));
+}
+
+void Connection::forward(sd_bus_message* call) {
+    sd_bus_message* raw = nullptr;
+    check(sd_bus_message_new_method_call(forwarder_.get(), &raw, uniqueName(bus_.get()),
+                                         sd_bus_message_get_path(call), sd_bus_message_get_interface(call),
+                                         sd_bus_message_get_member(call)),
+          "new call");
+    const Message again(raw);
+    check(sd_bus_message_rewind(call, 1), "rewind");
+    check(sd_bus_message_copy(again.get(), call, 1), "copy");
+    sd_bus_slot* slot = nullptr;
+    check(sd_bus_call_async(forwarder_.get(), &slot, again.get(), relay, sd_bus_message_ref(call), 0),
+          "call");
+    const Slot owned(slot);
+    check(sd_bus_slot_set_destroy_callback(
+              slot, [](void* data) { sd_bus_message_unref(static_cast<sd_bus_message*>(data)); }),
+          "slot");
+    check(sd_bus_slot_set_floating(slot, 1), "slot");
+}
+
+}  // namespace kaz::sim

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+#include "handles.h"
+
+namespace kaz::sim {
+
+// A function that is going to run; destroying this calls it off.
+class Timer {
+  public:
+    Timer() = default;
+
+    bool pending() const noexcept { return state_ != nullptr && state_->source != nullptr; }
+    void cancel() noexcept { state_.reset(); }
+
+  private:
+    friend class Scheduler;
+
+    struct State {
+        EventSource source;
+        std::function<void()> task;
+
+        static int run(void* data);
+    };
+
+    std::unique_ptr<State> state_;
+};
+
+// Simulated time: every delay is multiplied by one factor. Loop thread only.
+class Scheduler {
+  public:
+    Scheduler(sd_event* event, double timeScale) : event_(event), timeScale_(timeScale) {}
+
+    // The task may replace or cancel its own timer.
+    [[nodiscard]] Timer after(std::chrono::milliseconds delay, std::function<void()> task) const;
+
+    // Real milliseconds, whatever the scale.
+    [[nodiscard]] Timer afterRealTime(std::chrono::milliseconds delay, std::function<void()> task) const;
+
+    // Once everything that is ready now has been dealt with.
+    [[nodiscard]] Timer soon(std::function<void()> task) const;
+
+    // Milliseconds of simulated time since some moment of the past.
+    std::chrono::milliseconds now() const;
+
+    sd_event* event() const noexcept { return event_; }
+
+  private:
+    [[nodiscard]] Timer at(std::chrono::microseconds delay, std::function<void()> task) const;
+
+    sd_event* event_;
+    double timeScale_;
+};
+
+}  // namespace kaz::sim

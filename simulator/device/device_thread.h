@@ -1,0 +1,54 @@
+#pragma once
+
+#include <deque>
+#include <future>
+#include <mutex>
+#include <thread>
+#include <type_traits>
+#include <utility>
+
+#include "device.h"
+#include "simulated_device.h"
+
+namespace kaz::sim {
+
+// The thread of a simulated device and the way onto it.
+class SimulatedDevice::Thread {
+  public:
+    // Returns when the device is ready; throws what its making threw.
+    explicit Thread(Options options);
+    ~Thread();
+    Thread(const Thread&) = delete;
+    Thread& operator=(const Thread&) = delete;
+    Thread(Thread&&) = delete;
+    Thread& operator=(Thread&&) = delete;
+
+    // Runs the function on the device's thread and hands back what it returns or throws. The thread survives
+    // every exception.
+    template <typename Function>
+    auto run(Function&& function) {
+        using Result = std::invoke_result_t<Function, Device&>;
+        std::packaged_task<Result(Device&)> task(std::forward<Function>(function));
+        auto result = task.get_future();
+        post([&task](Device& device) { task(device); });
+        return result.get();
+    }
+
+    CallLog& log() noexcept { return log_; }
+
+  private:
+    using Task = std::function<void(Device&)>;
+
+    void main(Options options, std::promise<void>& ready);
+    void post(Task task);
+    void runTasks(Device& device);
+
+    CallLog log_;
+    std::mutex mutex_;
+    std::deque<Task> tasks_;
+    bool stopping_ = false;
+    int wakeUp_ = -1;
+    std::thread thread_;
+};
+
+}  // namespace kaz::sim

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+
+#include "connection.h"
+#include "property_signals.h"
+#include "times.h"
+
+namespace kaz::sim {
+
+// systemd-networkd's manager: online a while after the link is up, offline at once when it is down.
+class Networkd {
+  public:
+    Networkd(const Environment& environment, const Times& times);
+
+    void linkIs(bool up);
+
+    // Whatever the link does; until the link changes again.
+    void setOnlineState(std::string state);
+
+    const std::string& onlineState() const noexcept { return onlineState_; }
+
+  private:
+    static const sd_bus_vtable vtable_[];
+
+    void appendOnlineState(sd_bus_message* out) const;
+    void operationalState(sd_bus_message* out) const;
+    void carrierState(sd_bus_message* out) const;
+
+    const Environment& environment_;
+    const Times& times_;
+    bool up_ = false;
+    std::string onlineState_ = "offline";
+    Connection connection_;
+    PropertySignals signals_;
+    Slot slot_;
+    Timer dhcp_;
+};
+
+}  // namespace kaz::sim

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+
+#include "connection.h"
+#include "service_process.h"
+#include "supplicant.h"
+
+namespace kaz::sim {
+
+// The simulated supplicant as a process that starts, ends and crashes.
+class SimulatedService : public ServiceProcess {
+  public:
+    // Everything referred to outlives this. `stateChanged` follows the supplicant's state, also when it ends.
+    SimulatedService(const Environment& environment, const Neighbourhood& neighbourhood,
+                     InterfaceObject::Storage& storage, std::function<void()> stateChanged);
+
+    void start(std::function<void()> ready) override;
+    void stop(std::function<void()> gone) override;
+    void kill() override;
+
+    // Runs at once, for a device that was on before anybody looked.
+    void launch();
+
+    // Null while it does not run.
+    Supplicant* supplicant() noexcept { return supplicant_.get(); }
+
+  private:
+    void end();
+
+    const Environment& environment_;
+    const Neighbourhood& neighbourhood_;
+    InterfaceObject::Storage& storage_;
+    std::function<void()> stateChanged_;
+    std::unique_ptr<Supplicant> supplicant_;
+    Timer transition_;
+};
+
+}  // namespace kaz::sim

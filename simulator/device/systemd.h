@@ -1,0 +1,57 @@
+#pragma once
+
+#include <set>
+#include <string>
+
+#include "connection.h"
+#include "property_signals.h"
+#include "unit.h"
+
+namespace kaz::sim {
+
+// systemd's manager with the one unit this device has. As with the real one, nobody who did not subscribe
+// hears of anything.
+class Systemd {
+  public:
+    static constexpr const char* unitName = "wpa_supplicant.service";
+
+    Systemd(const Environment& environment, const Times& times, ServiceProcess& process);
+
+    Unit& unit() noexcept { return unit_; }
+
+  private:
+    static const sd_bus_vtable managerVtable_[];
+    static const sd_bus_vtable unitVtable_[];
+    static const sd_bus_vtable serviceVtable_[];
+
+    void loadUnit(sd_bus_message* call);
+    void subscribe(sd_bus_message* call);
+    void unsubscribe(sd_bus_message* call);
+    void startUnit(sd_bus_message* call);
+    void stopUnit(sd_bus_message* call);
+    void restartUnit(sd_bus_message* call);
+    void resetFailedUnit(sd_bus_message* call);
+    void runJob(sd_bus_message* call, void (Unit::*operation)(Unit::Done));
+    void jobRemoved(unsigned job, bool done);
+
+    void id(sd_bus_message* out) const;
+    void description(sd_bus_message* out) const;
+    void loadState(sd_bus_message* out) const;
+    void activeState(sd_bus_message* out) const;
+    void subState(sd_bus_message* out) const;
+    void result(sd_bus_message* out) const;
+    void unitChanged();
+
+    const Environment& environment_;
+    Connection connection_;
+    Unit unit_;
+    PropertySignals serviceSignals_;
+    PropertySignals unitSignals_;
+    Slot managerSlot_;
+    Slot unitSlot_;
+    Slot serviceSlot_;
+    std::set<std::string> subscribers_;
+    unsigned jobs_ = 0;
+};
+
+}  // namespace kaz::sim

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+
+#include "bss_table.h"
+#include "connection.h"
+#include "property_signals.h"
+
+namespace kaz::sim {
+
+// A BSS on the bus.
+class BssObject {
+  public:
+    // The entry and the scheduler outlive this.
+    BssObject(Connection& connection, const Scheduler& scheduler, std::string path, const Bss& bss);
+
+    const std::string& path() const noexcept { return path_; }
+    PropertySignals& properties() noexcept { return properties_; }
+
+  private:
+    static const sd_bus_vtable vtable_[];
+
+    void ssid(sd_bus_message* out) const;
+    void bssid(sd_bus_message* out) const;
+    void privacy(sd_bus_message* out) const;
+    void mode(sd_bus_message* out) const;
+    void signal(sd_bus_message* out) const;
+    void frequency(sd_bus_message* out) const;
+    void rates(sd_bus_message* out) const;
+    void wpa(sd_bus_message* out) const;
+    void rsn(sd_bus_message* out) const;
+    void wps(sd_bus_message* out) const;
+    void elements(sd_bus_message* out) const;
+    void age(sd_bus_message* out) const;
+
+    const Scheduler& scheduler_;
+    const Bss& bss_;
+    std::string path_;
+    PropertySignals properties_;
+    Slot slot_;
+};
+
+}  // namespace kaz::sim

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "access_point.h"
+#include "network_config.h"
+
+namespace kaz::sim {
+
+// Whether the network's settings fit the kind of security that the access point offers.
+bool suits(const NetworkConfig& network, const AccessPoint& accessPoint);
+
+enum class Admission {
+    granted,
+    refusedAtAuthentication,  // SAE and WEP: before there is an association
+    refusedAtHandshake,       // a pre-shared key: the four-way handshake never ends
+    refusedByServer,          // EAP
+};
+
+// What the access point makes of the network's keys. They suit one another.
+Admission admission(const NetworkConfig& network, const AccessPoint& accessPoint);
+
+// The connection's key management as CurrentAuthMode names it.
+std::string authMode(const NetworkConfig& network, const AccessPoint& accessPoint);
+
+}  // namespace kaz::sim

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "bss_object.h"
+#include "config_file.h"
+#include "network_object.h"
+#include "station.h"
+
+namespace kaz::sim {
+
+// The supplicant's network interface on the bus, with its networks and BSSs.
+class InterfaceObject {
+  public:
+    static constexpr const char* path = "/fi/w1/wpa_supplicant1/Interfaces/0";
+
+    // What outlives a restart of the supplicant.
+    struct Storage {
+        std::filesystem::path file;  // where SaveConfig writes; empty for nowhere
+        SavedConfig config;
+    };
+
+    // Everything referred to outlives this. Begins with the stored networks.
+    InterfaceObject(Connection& connection, const Scheduler& scheduler, const Neighbourhood& neighbourhood,
+                    Storage& storage, std::function<void()> stateChanged);
+
+    void start() { station_.start(); }
+    Station& station() noexcept { return station_; }
+    const NetworkList& networks() const noexcept { return networks_; }
+
+    // As at the end of the daemon: tells that the networks go.
+    void withdraw();
+
+    // That many PropertiesChanged signals of the interface, as fast as they can be written.
+    void storm(unsigned signals);
+
+    // For signals of others that carry all properties of this object.
+    const PropertySource& properties() const noexcept { return properties_.source(); }
+
+  private:
+    static const sd_bus_vtable vtable_[];
+
+    // methods.cpp
+    void scan(sd_bus_message* call);
+    void signalPoll(sd_bus_message* call);
+    void disconnect(sd_bus_message* call);
+    void addNetwork(sd_bus_message* call);
+    void reassociate(sd_bus_message* call);
+    void reconnect(sd_bus_message* call);
+    void removeNetwork(sd_bus_message* call);
+    void removeAllNetworks(sd_bus_message* call);
+    void selectNetwork(sd_bus_message* call);
+    void flushBss(sd_bus_message* call);
+    void saveConfig(sd_bus_message* call);
+    Network& networkOf(sd_bus_message* call);
+    void remove(Network& network);
+
+    // properties.cpp
+    void capabilities(sd_bus_message* out) const;
+    void state(sd_bus_message* out) const;
+    void scanning(sd_bus_message* out) const;
+    void apScan(sd_bus_message* out) const;
+    void bssExpireAge(sd_bus_message* out) const;
+    void bssExpireCount(sd_bus_message* out) const;
+    void country(sd_bus_message* out) const;
+    void ifname(sd_bus_message* out) const;
+    void driver(sd_bus_message* out) const;
+    void configFile(sd_bus_message* out) const;
+    void currentBss(sd_bus_message* out) const;
+    void currentNetwork(sd_bus_message* out) const;
+    void currentAuthMode(sd_bus_message* out) const;
+    void bsss(sd_bus_message* out) const;
+    void networkPaths(sd_bus_message* out) const;
+    void scanInterval(sd_bus_message* out) const;
+    void disconnectReason(sd_bus_message* out) const;
+    void authStatusCode(sd_bus_message* out) const;
+    void updateConfig(sd_bus_message* out) const;
+    void setUpdateConfig(sd_bus_message* in);
+
+    Station::Events stationEvents();
+    Network& publish(NetworkConfig config);
+    void changed(const char* property);
+    template <typename... Arguments>
+    void emit(const char* member, const char* types, Arguments... arguments);
+    void emitAdded(const char* member, const PropertySource& object);
+    static std::string bssPath(unsigned id);
+
+    Connection& connection_;
+    const Scheduler& scheduler_;
+    const Neighbourhood& neighbourhood_;
+    Storage& storage_;
+    std::function<void()> stateChanged_;
+    NetworkList networks_;
+    std::map<unsigned, std::unique_ptr<NetworkObject>> networkObjects_;
+    std::map<unsigned, std::unique_ptr<BssObject>> bssObjects_;
+    PropertySignals properties_;
+    Station station_;
+    Slot slot_;
+};
+
+}  // namespace kaz::sim

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <vector>
+
+#include "network_config.h"
+
+namespace kaz::sim {
+
+// A configured network and what experience says about it.
+struct Network {
+    unsigned id = 0;
+    NetworkConfig config;
+    unsigned failures = 0;                     // in a row
+    std::chrono::milliseconds pausedUntil{0};  // simulated time; refused us too recently to be tried again
+};
+
+class NetworkList {
+  public:
+    // The id is one more than the greatest in use, so that it may be one that was used before.
+    Network& add(NetworkConfig config);
+
+    Network* find(unsigned id);
+    const Network* find(unsigned id) const;
+    bool remove(unsigned id);
+
+    const std::vector<std::unique_ptr<Network>>& all() const noexcept { return networks_; }
+
+  private:
+    std::vector<std::unique_ptr<Network>> networks_;
+};
+
+}  // namespace kaz::sim

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "connection.h"
+#include "network_list.h"
+#include "property_signals.h"
+
+namespace kaz::sim {
+
+// A configured network on the bus.
+class NetworkObject {
+  public:
+    static std::string pathOf(const std::string& interfacePath, unsigned id);
+
+    // The network and everything else referred to outlive this.
+    NetworkObject(Connection& connection, const Scheduler& scheduler, std::string path, Network& network,
+                  const std::vector<std::string>& eapMethods, std::function<void(bool enabled)> setEnabled);
+
+    const std::string& path() const noexcept { return path_; }
+    PropertySignals& properties() noexcept { return properties_; }
+
+  private:
+    static const sd_bus_vtable vtable_[];
+
+    void shown(sd_bus_message* out) const;
+    void change(sd_bus_message* in);
+    void enabled(sd_bus_message* out) const;
+    void setEnabled(sd_bus_message* in);
+
+    Network& network_;
+    const std::vector<std::string>& eapMethods_;
+    std::function<void(bool)> setEnabled_;
+    std::string path_;
+    PropertySignals properties_;
+    Slot slot_;
+};
+
+}  // namespace kaz::sim

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "handles.h"
+#include "setting.h"
+
+namespace kaz::sim {
+
+// Reads an a{sv} of network settings. Throws std::system_error when the message holds something else.
+Settings readSettings(sd_bus_message* message);
+
+}  // namespace kaz::sim

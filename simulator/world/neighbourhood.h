@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "access_point.h"
+#include "setting.h"
+#include "times.h"
+
+namespace kaz::sim {
+
+// What a device finds when it is switched on: the access points around it and its own set-up.
+struct Neighbourhood {
+    std::vector<AccessPoint> accessPoints;
+    std::vector<Settings> configuredNetworks;
+    std::vector<std::string> eapMethods = {"MD5", "TLS", "MSCHAPV2", "PEAP", "TTLS",
+                                           "GTC", "OTP", "FAST",     "PWD"};
+    Times times;
+    bool unitActive = true;
+    bool updateConfig = true;
+    bool announceOwnChoice = false;  // NetworkSelected also for networks the supplicant picked by itself
+
+    // The access point with that BSSID, or null.
+    AccessPoint* find(std::string_view bssid);
+    const AccessPoint* find(std::string_view bssid) const;
+
+    // A locally administered BSSID that no access point here has.
+    std::string freeBssid() const;
+};
+
+}  // namespace kaz::sim

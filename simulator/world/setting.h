@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace kaz::sim {
+
+// A value of a kind that the supplicant takes for no setting at all.
+struct UnusableSetting {
+    bool operator==(const UnusableSetting&) const = default;
+};
+
+// Bytes as such, against the text of a string.
+struct ByteSetting {
+    std::string bytes;
+
+    bool operator==(const ByteSetting&) const = default;
+};
+
+using Setting = std::variant<UnusableSetting, std::string, std::int64_t, ByteSetting>;
+
+// One network's settings by name, in the order they were given.
+using Settings = std::vector<std::pair<std::string, Setting>>;
+
+}  // namespace kaz::sim

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "handles.h"
+
+namespace kaz::sim::test {
+
+constexpr std::chrono::seconds generous{20};
+
+// The error that a call was answered with; what() is its text.
+class CallFailed : public std::runtime_error {
+  public:
+    CallFailed(std::string name, const std::string& text)
+        : std::runtime_error(text), name_(std::move(name)) {}
+    const std::string& name() const noexcept { return name_; }
+
+  private:
+    std::string name_;
+};
+
+struct Signal {
+    std::string sender;
+    std::string path;
+    std::string interface;
+    std::string member;
+    nlohmann::json arguments;
+};
+
+struct Target {
+    std::string service;
+    std::string path;
+    std::string interface;
+};
+
+// A client of the simulated services that hears every signal on the bus.
+class BusClient {
+  public:
+    explicit BusClient(const std::string& address);
+
+    // The reply's arguments as a JSON array. Throws CallFailed.
+    template <typename... Arguments>
+    nlohmann::json call(const Target& target, const char* member, const char* types = "",
+                        Arguments... arguments) {
+        const Message message = newCall(target, member);
+        check(sd_bus_message_append(message.get(), types, arguments...), "append");
+        return send(message.get());
+    }
+
+    nlohmann::json get(const Target& target, const char* property);
+
+    // Waits until the condition holds, taking in signals meanwhile.
+    bool waitUntil(const std::function<bool()>& condition);
+
+    // Waits for a signal with that member for which the condition holds, and drops it and what came before.
+    bool waitForSignal(const std::string& member, const std::function<bool(const Signal&)>& condition);
+
+    // Every value that one property of an interface took in PropertiesChanged signals so far.
+    std::vector<nlohmann::json> valuesOf(const std::string& property) const;
+
+    // Members of all signals so far, in order.
+    std::vector<Signal>& signals() noexcept { return signals_; }
+
+    std::string ownerOf(const char* name);
+
+    Message newCall(const Target& target, const char* member);
+    nlohmann::json send(sd_bus_message* message);
+
+    sd_bus* bus() noexcept { return bus_.get(); }
+
+  private:
+    Bus bus_;
+    Slot match_;
+    std::vector<Signal> signals_;
+};
+
+}  // namespace kaz::sim::test
