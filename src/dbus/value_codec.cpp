@@ -53,7 +53,12 @@ CodecError takeError(int result) {
 CodecResult<std::vector<unsigned char>> Wire<std::vector<unsigned char>>::read(sd_bus_message* message) {
     const void* bytes = nullptr;
     std::size_t size = 0;
-    if (const int r = sd_bus_message_read_array(message, SD_BUS_TYPE_BYTE, &bytes, &size); r < 0) {
+    const int r = sd_bus_message_read_array(message, SD_BUS_TYPE_BYTE, &bytes, &size);
+    if (r == -EOPNOTSUPP) {
+        // A sender of the other byte order: sd-bus hands out no arrays as they lie there, not even of bytes.
+        return detail::ArrayWire<std::vector<unsigned char>, unsigned char>::read(message);
+    }
+    if (r < 0) {
         return sdBusError(r);
     }
     const auto* first = static_cast<const unsigned char*>(bytes);
