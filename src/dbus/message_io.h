@@ -26,8 +26,8 @@ CodecResult<T> read(MessageDecoder& decoder) {
     return value;
 }
 
-// Appends one argument. A failure is logged at warning level and fails the builder, which is still sent as
-// far as it was built. Does nothing for a builder without a message.
+// Appends one argument. A failure is logged at warning level and fails the builder. Does nothing for a
+// builder without a message.
 template <typename T>
 void write(MessageBuilder& builder, const T& value) {
     if (builder.message() == nullptr) {

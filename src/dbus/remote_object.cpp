@@ -19,6 +19,11 @@ bool RemoteObject::set(const char* property, const Variant& value) const {
 }
 
 Reply RemoteObject::send(MessageBuilder& builder) const {
+    // What was built may not be a message: sd-bus notes the type of a text before it refuses the text, and
+    // the bus disconnects whoever sends that.
+    if (!builder.ok()) {
+        return Reply(MessageDecoder{});
+    }
     return Reply(sendMessage(bus_, builder));
 }
 

@@ -12,7 +12,8 @@
 namespace kaz::dbus {
 
 // One interface of one object of a service. Every operation is a blocking call on the loop thread; its
-// outcome is the reply, or none. Made for the moment of the call: it does not keep the connection.
+// outcome is the reply, or none. A call with an argument that cannot be sent fails without being made. Made
+// for the moment of the call: it does not keep the connection.
 class RemoteObject {
   public:
     RemoteObject(sd_bus* bus, MessageEndpoint endpoint);
