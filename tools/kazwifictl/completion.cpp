@@ -1,0 +1,66 @@
+#include "completion.h"
+
+#include <algorithm>
+
+#include "network_table.h"
+#include "options.h"
+#include "ssid_text.h"
+
+namespace kaz::ctl {
+namespace {
+
+std::vector<std::string> ssids(const View& view, bool savedOnly) {
+    std::vector<std::string> names;
+    for (const NetworkRow& row : networkRows(view.networks, view.connection)) {
+        if (isPlain(row.ssid) && (row.saved || !savedOnly)) {
+            names.push_back(row.ssid);
+        }
+    }
+    return names;
+}
+
+std::vector<std::string> options(std::string_view command) {
+    if (command == "connect") {
+        return {
+            "--anonymous-identity", "--eap",  "--hex",      "--hidden", "--identity", "--keep", "--phase2",
+            "--password-file",      "--wait", "--security", "--help"};
+    }
+    if (command == "forget") {
+        return {"--hex", "--help"};
+    }
+    return command == "list" ? std::vector<std::string>{"--names", "--help"}
+                             : std::vector<std::string>{"--help"};
+}
+
+std::vector<std::string> candidates(const std::vector<std::string>& before, std::string_view start,
+                                    const View& view) {
+    if (before.empty()) {
+        std::vector<std::string> names = commandNames();
+        names.insert(names.end(), {"help", "quit"});
+        return names;
+    }
+    if (start.substr(0, 1) == "-") {
+        return options(before.front());
+    }
+    if (before.back() == "--security") {
+        return {"open", "wep", "wpa", "wpa2", "wpa3", "enterprise"};
+    }
+    if (before.front() == "connect" || before.front() == "forget") {
+        return ssids(view, before.front() == "forget");
+    }
+    return {};
+}
+
+}  // namespace
+
+std::vector<std::string> completions(const std::vector<std::string>& before, std::string_view start,
+                                     const View& view) {
+    std::vector<std::string> result = candidates(before, start, view);
+    result.erase(
+        std::remove_if(result.begin(), result.end(),
+                       [&](const std::string& each) { return each.compare(0, start.size(), start) != 0; }),
+        result.end());
+    return result;
+}
+
+}  // namespace kaz::ctl

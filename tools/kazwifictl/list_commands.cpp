@@ -1,0 +1,86 @@
+#include <fmt/format.h>
+
+#include "command_failed.h"
+#include "commands.h"
+#include "documents.h"
+#include "network_table.h"
+#include "ssid_text.h"
+
+namespace kaz::ctl {
+
+using std::chrono::milliseconds;
+
+namespace {
+
+constexpr milliseconds scanStartLimit{5000};
+constexpr milliseconds scanLimit{30000};
+constexpr milliseconds resultsSettle{150};
+constexpr milliseconds resultsLimit{1000};
+
+// The supplicant reports the results of a scan beside its end, a few milliseconds apart, and nothing when
+// nothing has changed. No event ends this wait, so silence has to.
+void takeResults(Session& session) {
+    const auto deadline = Clock::now() + resultsLimit;
+    Session::Wake wake = Session::Wake::event;
+    while (wake == Session::Wake::event) {
+        wake = session.next(std::min(deadline, Clock::now() + resultsSettle));
+    }
+    if (wake == Session::Wake::interrupted) {
+        throw Interrupted(*session.signal());
+    }
+}
+
+std::string namesText(const std::vector<NetworkRow>& rows) {
+    std::string text;
+    for (const NetworkRow& row : rows) {
+        text += isPlain(row.ssid) ? row.ssid + '\n' : std::string();
+    }
+    return text;
+}
+
+Report listReport(const View& view, const Options& options, const Output& output) {
+    const std::vector<NetworkRow> rows = networkRows(view.networks, view.connection);
+    return {options.namesOnly ? namesText(rows) : networkTable(rows, output.terminal()),
+            {{"networks", networksJson(rows)}},
+            std::nullopt};
+}
+
+Report scanAndList(const std::string& what, const Options& options, Workspace& place, Output& output) {
+    Session& session = place.act(what, Workspace::Need::stack);
+    output.sayForNow("scanning...");
+    lookAround(session, what);
+    place.finish();
+    return listReport(session.view(), options, output);
+}
+
+}  // namespace
+
+void lookAround(Session& session, const std::string& what) {
+    if (!session.view().scanning) {
+        session.device().scan();
+        await(session, scanStartLimit, [](const View& view) { return view.scanning; },
+              {ExitCode::failed, what, "the supplicant does not begin a scan",
+               "once more in a moment; it may be busy connecting"});
+    }
+    await(session, scanLimit, [](const View& view) { return !view.scanning; },
+          {ExitCode::timedOut, what, "the scan does not end", "kazwifictl off, then kazwifictl on"});
+    if (!session.view().running) {
+        throw CommandFailed({ExitCode::noStack, what, "wpa_supplicant stopped meanwhile", "kazwifictl on"});
+    }
+    takeResults(session);
+}
+
+Report listNetworks(const Options& options, Workspace& place, Output& output) {
+    const std::string what = "cannot list the networks";
+    const View view = place.look(what, Workspace::Need::stack);
+    const bool nothingKnown =
+        view.networks.empty() && view.connection.status == wifi::ConnectionInfo::Status::disconnected;
+    return nothingKnown && !options.namesOnly ? scanAndList(what, options, place, output)
+                                              : listReport(view, options, output);
+}
+
+Report scanNetworks(const Options& options, Workspace& place, Output& output) {
+    return scanAndList("cannot scan", options, place, output);
+}
+
+}  // namespace kaz::ctl

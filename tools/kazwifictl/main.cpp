@@ -1,0 +1,120 @@
+#include <signal.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <clocale>
+#include <exception>
+#include <iterator>
+#include <memory>
+#include <system_error>
+
+#include "background.h"
+#include "command_failed.h"
+#include "commands.h"
+#include "interrupts.h"
+#include "library_log.h"
+#include "live_workspace.h"
+#include "one_shot.h"
+#include "options.h"
+#include "output.h"
+#include "prompt.h"
+#include "simulation.h"
+
+namespace {
+
+using namespace kaz::ctl;
+
+// The result, or the signal to die of.
+struct End {
+    ExitCode code = ExitCode::done;
+    int signal = 0;
+};
+
+ExitCode runOneShot(const Options& options, Interrupts& interrupts, LibraryLog& log, Output& output,
+                    Background* background) {
+    OneShot place(makeManagerDevice, interrupts, log, options.startWait, background);
+    return runCommand(options, place, output);
+}
+
+ExitCode runLive(const Options& options, Interrupts& interrupts, LibraryLog& log, Output& output) {
+    LiveWorkspace place(makeManagerDevice, interrupts, log, options.startWait);
+    const ExitCode code = runPrompt(options, place, output);
+    place.close();
+    return code;
+}
+
+End run(const Options& options, Background* background) {
+    Interrupts interrupts;
+    LibraryLog log(options.verbose);
+    Output output(options.colour, options.json);
+    End end;
+    try {
+        end.code = options.command == Command::prompt
+                       ? runLive(options, interrupts, log, output)
+                       : runOneShot(options, interrupts, log, output, background);
+    } catch (const Interrupted& interrupted) {
+        output.say("");
+        end.signal = interrupted.signal();
+    }
+    if (output.error() == EPIPE) {
+        end.signal = SIGPIPE;  // which is ignored, so that nothing is left half-way
+    } else if (!output.good()) {
+        output.complain({ExitCode::failed,
+                         "cannot write the results",
+                         std::generic_category().message(output.error()),
+                         {}});
+        end.code = ExitCode::failed;
+    }
+    return end;
+}
+
+int finish(const End& end) {
+    if (end.signal != 0) {
+        dieOf(end.signal);
+    }
+    return static_cast<int>(end.code);
+}
+
+int show(const Failure& failure) {
+    Output(ColourChoice::never, false).complain(failure);
+    return static_cast<int>(failure.code);
+}
+
+int start(const Options& options, const std::vector<std::string>& arguments) {
+    if (options.simulate) {
+        return show(runSimulated(*options.simulate, arguments));
+    }
+    if (options.command == Command::prompt && ::isatty(STDIN_FILENO) != 1) {
+        return show({ExitCode::usage, "no command given", "the standard input is no terminal for a prompt",
+                     "kazwifictl --help"});
+    }
+    // The gauges are the business of the device's own program, whose file this one would overwrite.
+    ::unsetenv("KAZ_METRICS_FILE");
+    ::signal(SIGPIPE, SIG_IGN);
+    std::unique_ptr<Background> background;
+    if (options.command == Command::connect && options.connect.wait.count() == 0) {
+        background = std::make_unique<Background>();
+    }
+    return finish(run(options, background.get()));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::setlocale(LC_CTYPE, "");
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    try {
+        const Parsed parsed = parseCommandLine(arguments);
+        if (const auto* failure = std::get_if<Failure>(&parsed)) {
+            return show(*failure);
+        }
+        if (const auto* message = std::get_if<Message>(&parsed)) {
+            Output(ColourChoice::never, false).say(message->text);
+            return 0;
+        }
+        return start(std::get<Options>(parsed), arguments);
+    } catch (const std::exception& error) {
+        return show({ExitCode::failed, "cannot go on", error.what(), {}});
+    }
+}

@@ -1,0 +1,37 @@
+#include "command_failed.h"
+#include "commands.h"
+#include "monitor.h"
+#include "observation.h"
+
+namespace kaz::ctl {
+namespace {
+
+using WallClock = ChangeWriter::WallClock;
+
+// The first state arrives in a few pieces. A piece that comes later is shown as a change.
+constexpr std::chrono::milliseconds firstStateSettles{150};
+
+WallClock::time_point wallTimeOf(Clock::time_point time) {
+    return WallClock::now() - std::chrono::duration_cast<WallClock::duration>(Clock::now() - time);
+}
+
+}  // namespace
+
+Report monitorChanges(const Options& /*options*/, Workspace& place, Output& output) {
+    Session& session = place.act("cannot monitor", Workspace::Need::nothing);
+    ChangeWriter writer(output);
+    Session::Wake wake = Session::Wake::event;
+    while (wake == Session::Wake::event) {
+        wake = session.next(Clock::now() + firstStateSettles);
+    }
+    if (wake == Session::Wake::timedOut) {
+        output.put(writer.begin(session.view(), WallClock::now()));
+        const Observation observation(session, [&](const Event& event) {
+            output.put(writer.change(session.view(), event, wallTimeOf(event.time)));
+        });
+        session.until(Clock::time_point::max(), [&](const View&) { return !output.good(); });
+    }
+    return {};
+}
+
+}  // namespace kaz::ctl

@@ -1,0 +1,188 @@
+#include "session.h"
+
+#include <poll.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <utility>
+
+namespace kaz::ctl {
+
+using wifi::ConnectionInfo;
+
+namespace {
+
+// An SSID has at most 32 bytes, so there is no network of this name.
+const std::string& fenceSsid() {
+    static const std::string name = "kazwifictl: no network has a name as long as this";
+    return name;
+}
+
+// A supplicant that runs is being followed well before this; asking the long way takes longer.
+constexpr std::chrono::milliseconds headStart{300};
+
+// For poll(): the time left, rounded up so that a deadline has passed when poll() returns.
+int millisecondsUntil(Clock::time_point deadline) {
+    constexpr std::chrono::milliseconds anHour{3'600'000};
+    const auto now = Clock::now();
+    if (deadline <= now) {
+        return 0;
+    }
+    return static_cast<int>(deadline - now > anHour
+                                ? anHour.count()
+                                : std::chrono::ceil<std::chrono::milliseconds>(deadline - now).count());
+}
+
+// Threads begin with the signals of their maker; those of the device are to leave them to this one.
+class AllSignalsBlocked {
+  public:
+    AllSignalsBlocked() {
+        sigset_t all;
+        ::sigfillset(&all);
+        ::pthread_sigmask(SIG_SETMASK, &all, &former_);
+    }
+    ~AllSignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
+    AllSignalsBlocked(const AllSignalsBlocked&) = delete;
+    AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
+    AllSignalsBlocked(AllSignalsBlocked&&) = delete;
+    AllSignalsBlocked& operator=(AllSignalsBlocked&&) = delete;
+
+  private:
+    sigset_t former_{};
+};
+
+std::unique_ptr<Device> madeQuietly(const DeviceFactory& make) {
+    const AllSignalsBlocked blocked;
+    return make();
+}
+
+Event eventAbout(Device::Aspect aspect, Device& device) {
+    const auto now = Clock::now();
+    switch (aspect) {
+        case Device::Aspect::power:
+            return {now, PowerChange{device.isEnabled(), device.isWifiStackInitialized()}};
+        case Device::Aspect::scanning:
+            return {now, ScanningChange{device.isScanning()}};
+        case Device::Aspect::networks:
+            return {now, NetworksChange{device.networks()}};
+        case Device::Aspect::connection:
+            break;
+    }
+    return {now, ConnectionChange{device.connectionInfo()}};
+}
+
+}  // namespace
+
+Session::Session(const DeviceFactory& make, Interrupts& interrupts)
+    : interrupts_(interrupts), device_(madeQuietly(make)) {
+    Device& device = *device_;
+    device.listen([this, &device](Device::Aspect aspect) { inbox_.push(eventAbout(aspect, device)); });
+    // What changed before the listener was there is known from here, what changes from now on arrives.
+    view_ = {device.isEnabled(), device.isWifiStackInitialized(), device.isScanning(), device.networks(),
+             device.connectionInfo()};
+}
+
+Session::~Session() = default;
+
+Session::Wake Session::next(Clock::time_point deadline) {
+    for (;;) {
+        std::array<pollfd, 2> waited{{{inbox_.fd(), POLLIN, 0}, {interrupts_.fd(), POLLIN, 0}}};
+        const int timeout = millisecondsUntil(deadline);
+        ::poll(waited.data(), waited.size(), timeout);
+        if (waited[1].revents != 0) {
+            if (const auto signal = interrupts_.take()) {
+                signal_ = signal;
+                return Wake::interrupted;
+            }
+        }
+        if (waited[0].revents != 0) {
+            if (auto event = inbox_.take()) {
+                deliver(std::move(*event));
+                return Wake::event;
+            }
+        }
+        if (timeout == 0) {
+            return Wake::timedOut;
+        }
+    }
+}
+
+Session::Wake Session::until(Clock::time_point deadline, const Condition& done) {
+    while (!done(view_)) {
+        if (const Wake wake = next(deadline); wake != Wake::event) {
+            return wake;
+        }
+    }
+    return Wake::event;
+}
+
+void Session::takeAll() {
+    while (auto event = inbox_.take()) {
+        deliver(std::move(*event));
+    }
+}
+
+Session::Start Session::start(std::chrono::milliseconds limit, bool patient) {
+    const auto now = Clock::now();
+    const auto deadline = now + limit;
+    const auto running = [](const View& view) { return view.running; };
+    Wake wake = until(now + std::min(headStart, limit), running);
+    if (wake == Wake::timedOut) {
+        wake = fence(std::max(limit, headStart));
+        if (wake == Wake::timedOut) {
+            return Start::noAnswer;
+        }
+        const bool worthWaiting = patient && view_.enabled;
+        if (wake == Wake::event && !view_.running && worthWaiting) {
+            wake = until(deadline, running);
+        }
+    }
+    if (wake == Wake::interrupted) {
+        return Start::interrupted;
+    }
+    return view_.running ? Start::running : Start::notRunning;
+}
+
+Session::Wake Session::fence(std::chrono::milliseconds limit) {
+    fenceReached_ = false;
+    device_->connectConfigured(fenceSsid());
+    return until(Clock::now() + limit, [this](const View&) { return fenceReached_; });
+}
+
+void Session::close() {
+    device_.reset();
+    takeAll();
+}
+
+void Session::deliver(Event event) {
+    if (!withoutFence(event)) {
+        return;
+    }
+    if (observer_) {
+        observer_(event);
+    }
+    view_.apply(event);
+}
+
+// Whether anything of the event remains when a fence is taken out of it.
+bool Session::withoutFence(Event& event) {
+    auto* connection = std::get_if<ConnectionChange>(&event.change);
+    if (connection == nullptr) {
+        return true;
+    }
+    ConnectionInfo& info = connection->info;
+    if (info.ssid == fenceSsid()) {
+        fenceReached_ = true;
+        return false;
+    }
+    if (info.disconnectSsid == fenceSsid()) {
+        info.disconnectSsid = view_.connection.disconnectSsid;
+        info.disconnectReason = view_.connection.disconnectReason;
+        info.disconnectTime = view_.connection.disconnectTime;
+    }
+    return !(info == view_.connection);
+}
+
+}  // namespace kaz::ctl
