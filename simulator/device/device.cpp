@@ -25,23 +25,91 @@ InterfaceObject::Storage storageOf(const Neighbourhood& neighbourhood, const std
 
 }  // namespace
 
-Device::Device(sd_event* event, const std::string& busAddress, Neighbourhood neighbourhood, double timeScale,
-               const std::filesystem::path& configFile, CallLog& log)
-    : neighbourhood_(std::move(neighbourhood)),
-      environment_{busAddress, Scheduler(event, timeScale), faults_, log},
-      storage_(storageOf(neighbourhood_, configFile)),
-      networkd_(std::make_unique<Networkd>(environment_, neighbourhood_.times)),
-      service_(environment_, neighbourhood_, storage_, [this] { followLink(); }) {
-    if (neighbourhood_.unitActive) {
-        service_.launch();
+Device::Device(sd_event* event, Options options, CallLog& log)
+    : neighbourhood_(std::move(options.neighbourhood)),
+      environment_{options.busAddress, Scheduler(event, options.timeScale), faults_, log},
+      storage_(storageOf(neighbourhood_, options.configFile)),
+      networkd_(std::make_unique<Networkd>(environment_, neighbourhood_.times)) {
+    if (options.realSupplicant) {
+        process_ = std::make_unique<RealService>(environment_, storage_.file,
+                                                 [this](bool up) { networkd_->linkIs(up); });
+    } else {
+        auto simulated = std::make_unique<SimulatedService>(environment_, neighbourhood_, storage_,
+                                                            [this] { followLink(); });
+        simulated_ = simulated.get();
+        process_ = std::move(simulated);
     }
-    systemd_ = std::make_unique<Systemd>(environment_, neighbourhood_.times, service_);
-    if (neighbourhood_.unitActive) {
+    if (simulated_ != nullptr && neighbourhood_.unitActive) {
+        simulated_->launch();
+    }
+    systemd_ = std::make_unique<Systemd>(environment_, neighbourhood_.times, *process_);
+    if (simulated_ != nullptr && neighbourhood_.unitActive) {
         unit().force({"active", "running"});
+    } else if (neighbourhood_.unitActive) {
+        ready_ = false;
+        unit().start([this](bool) { ready_ = true; });
     }
+    control_ = std::make_unique<Control>(environment_, *this);
 }
 
 Device::~Device() = default;
+
+std::string Device::addAccessPoint(AccessPoint accessPoint) {
+    if (accessPoint.bssid.empty()) {
+        accessPoint.bssid = neighbourhood_.freeBssid();
+    } else if (neighbourhood_.find(accessPoint.bssid) != nullptr) {
+        throw std::invalid_argument("there is an access point " + accessPoint.bssid + " already");
+    }
+    std::string bssid = accessPoint.bssid;
+    neighbourhood_.accessPoints.push_back(std::move(accessPoint));
+    accessPointsChanged();
+    return bssid;
+}
+
+bool Device::removeAccessPoint(const std::string& bssid) {
+    const auto removed = std::erase_if(neighbourhood_.accessPoints, [&](const AccessPoint& accessPoint) {
+        return accessPoint.bssid == bssid;
+    });
+    accessPointsChanged();
+    return removed > 0;
+}
+
+bool Device::alterAccessPoint(const std::string& bssid, const std::function<void(AccessPoint&)>& alter) {
+    AccessPoint* const accessPoint = neighbourhood_.find(bssid);
+    if (accessPoint == nullptr) {
+        return false;
+    }
+    alter(*accessPoint);
+    accessPoint->bssid = bssid;
+    return true;
+}
+
+void Device::deauthenticate(int reason) {
+    if (Supplicant* const running = supplicant()) {
+        running->station().deauthenticated(reason);
+    }
+}
+
+void Device::dropLink() {
+    if (Supplicant* const running = supplicant()) {
+        running->station().connectionLost();
+    }
+}
+
+void Device::storm(unsigned signals) {
+    if (Supplicant* const running = supplicant()) {
+        running->interface().storm(signals);
+    }
+}
+
+void Device::restartSupplicant() {
+    unit().restart([](bool) {});
+}
+
+std::string Device::supplicantState() {
+    Supplicant* const running = supplicant();
+    return running == nullptr ? std::string() : std::string(toText(running->station().state()));
+}
 
 void Device::accessPointsChanged() {
     if (Supplicant* const running = supplicant()) {

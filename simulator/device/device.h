@@ -1,50 +1,76 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 
 #include "connection.h"
+#include "control.h"
 #include "networkd.h"
+#include "real_service.h"
 #include "simulated_service.h"
 #include "systemd.h"
 
 namespace kaz::sim {
 
-// All services of a device, on one event loop.
+// All services of a device on one event loop, and everything that may be done to them.
 class Device {
   public:
-    Device(sd_event* event, const std::string& busAddress, Neighbourhood neighbourhood, double timeScale,
-           const std::filesystem::path& configFile, CallLog& log);
+    struct Options {
+        std::string busAddress;
+        Neighbourhood neighbourhood;
+        double timeScale = 1.0;
+        std::filesystem::path configFile;
+        bool realSupplicant = false;
+    };
+
+    // The event and the log outlive the device.
+    Device(sd_event* event, Options options, CallLog& log);
     ~Device();
     Device(const Device&) = delete;
     Device& operator=(const Device&) = delete;
     Device(Device&&) = delete;
     Device& operator=(Device&&) = delete;
 
-    Neighbourhood& neighbourhood() noexcept { return neighbourhood_; }
+    // False as long as a unit that is to be active is not.
+    bool ready() const noexcept { return ready_; }
+
+    std::string addAccessPoint(AccessPoint accessPoint);
+    bool removeAccessPoint(const std::string& bssid);
+    bool alterAccessPoint(const std::string& bssid, const std::function<void(AccessPoint&)>& alter);
+
+    void deauthenticate(int reason);
+    void dropLink();
+    void storm(unsigned signals);
+    void crashSupplicant() { process_->kill(); }
+    void restartSupplicant();
+
+    // Empty while no simulated supplicant runs.
+    std::string supplicantState();
+
     Faults& faults() noexcept { return faults_; }
     CallLog& log() noexcept { return environment_.log; }
     Unit& unit() noexcept { return systemd_->unit(); }
     Networkd& networkd() noexcept { return *networkd_; }
-    ServiceProcess& process() noexcept { return service_; }
-
-    // Null while it does not run.
-    Supplicant* supplicant() noexcept { return service_.supplicant(); }
-
-    // To be called after a change of the neighbourhood.
-    void accessPointsChanged();
 
   private:
+    void accessPointsChanged();
     void followLink();
+
+    // Null while none runs, and always with the real one.
+    Supplicant* supplicant() { return simulated_ == nullptr ? nullptr : simulated_->supplicant(); }
 
     Neighbourhood neighbourhood_;
     Faults faults_;
     Environment environment_;
     InterfaceObject::Storage storage_;
+    bool ready_ = true;
     std::unique_ptr<Networkd> networkd_;
-    SimulatedService service_;
+    SimulatedService* simulated_ = nullptr;
+    std::unique_ptr<ServiceProcess> process_;
     std::unique_ptr<Systemd> systemd_;
+    std::unique_ptr<Control> control_;
 };
 
 }  // namespace kaz::sim

@@ -59,8 +59,10 @@ SimulatedDevice::Thread::~Thread() {
 void SimulatedDevice::Thread::main(Options options, std::promise<void>& ready) {
     try {
         const Event event = newEvent();
-        Device device(event.get(), options.busAddress, std::move(options.neighbourhood), options.timeScale,
-                      options.configFile, log_);
+        Device device(event.get(),
+                      {options.busAddress, std::move(options.neighbourhood), options.timeScale,
+                       options.configFile, options.realSupplicant},
+                      log_);
         const auto woken = [this, &device] { runTasks(device); };
         sd_event_source* source = nullptr;
         check(sd_event_add_io(
@@ -72,6 +74,9 @@ void SimulatedDevice::Thread::main(Options options, std::promise<void>& ready) {
                   const_cast<void*>(static_cast<const void*>(&woken))),
               "sd_event_add_io");
         const EventSource tasks(source);
+        while (!device.ready()) {
+            check(sd_event_run(event.get(), UINT64_MAX), "sd_event_run");
+        }
         ready.set_value();
         for (bool stop = false; !stop;) {
             check(sd_event_run(event.get(), UINT64_MAX), "sd_event_run");

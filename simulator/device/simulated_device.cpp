@@ -1,6 +1,5 @@
 #include "simulated_device.h"
 
-#include <future>
 #include <utility>
 
 #include "device.h"
@@ -12,38 +11,17 @@ SimulatedDevice::SimulatedDevice(Options options) : thread_(std::make_unique<Thr
 
 SimulatedDevice::~SimulatedDevice() = default;
 
-std::string SimulatedDevice::addAccessPoint(AccessPoint accessPoint) {
-    return thread_->run([&](Device& device) {
-        auto& all = device.neighbourhood();
-        if (accessPoint.bssid.empty()) {
-            accessPoint.bssid = all.freeBssid();
-        }
-        std::string bssid = accessPoint.bssid;
-        all.accessPoints.push_back(std::move(accessPoint));
-        device.accessPointsChanged();
-        return bssid;
-    });
+std::string SimulatedDevice::addAccessPoint(const AccessPoint& accessPoint) {
+    return thread_->run([&](Device& device) { return device.addAccessPoint(accessPoint); });
 }
 
 bool SimulatedDevice::removeAccessPoint(const std::string& bssid) {
-    return thread_->run([&](Device& device) {
-        const bool removed = std::erase_if(device.neighbourhood().accessPoints,
-                                           [&](const AccessPoint& ap) { return ap.bssid == bssid; }) > 0;
-        device.accessPointsChanged();
-        return removed;
-    });
+    return thread_->run([&](Device& device) { return device.removeAccessPoint(bssid); });
 }
 
 bool SimulatedDevice::alterAccessPoint(const std::string& bssid,
                                        const std::function<void(AccessPoint&)>& alter) {
-    return thread_->run([&](Device& device) {
-        AccessPoint* const accessPoint = device.neighbourhood().find(bssid);
-        if (accessPoint != nullptr) {
-            alter(*accessPoint);
-            device.accessPointsChanged();
-        }
-        return accessPoint != nullptr;
-    });
+    return thread_->run([&](Device& device) { return device.alterAccessPoint(bssid, alter); });
 }
 
 bool SimulatedDevice::setSignal(const std::string& bssid, std::int16_t dBm) {
@@ -51,19 +29,11 @@ bool SimulatedDevice::setSignal(const std::string& bssid, std::int16_t dBm) {
 }
 
 void SimulatedDevice::deauthenticate(int reason) {
-    thread_->run([&](Device& device) {
-        if (Supplicant* const supplicant = device.supplicant()) {
-            supplicant->station().deauthenticated(reason);
-        }
-    });
+    thread_->run([reason](Device& device) { device.deauthenticate(reason); });
 }
 
 void SimulatedDevice::dropLink() {
-    thread_->run([](Device& device) {
-        if (Supplicant* const supplicant = device.supplicant()) {
-            supplicant->station().connectionLost();
-        }
-    });
+    thread_->run([](Device& device) { device.dropLink(); });
 }
 
 void SimulatedDevice::setOnlineState(const std::string& state) {
@@ -71,11 +41,11 @@ void SimulatedDevice::setOnlineState(const std::string& state) {
 }
 
 void SimulatedDevice::crashSupplicant() {
-    thread_->run([](Device& device) { device.process().kill(); });
+    thread_->run([](Device& device) { device.crashSupplicant(); });
 }
 
 void SimulatedDevice::restartSupplicant() {
-    thread_->run([](Device& device) { device.unit().restart([](bool) {}); });
+    thread_->run([](Device& device) { device.restartSupplicant(); });
 }
 
 void SimulatedDevice::setAutoRestart(bool restart) {
@@ -87,11 +57,7 @@ void SimulatedDevice::setUnitState(const std::string& active, const std::string&
 }
 
 void SimulatedDevice::storm(unsigned signals) {
-    thread_->run([signals](Device& device) {
-        if (Supplicant* const supplicant = device.supplicant()) {
-            supplicant->interface().storm(signals);
-        }
-    });
+    thread_->run([signals](Device& device) { device.storm(signals); });
 }
 
 FaultId SimulatedDevice::orderFault(const Fault& fault) {
@@ -120,10 +86,7 @@ bool SimulatedDevice::waitForCalls(const std::function<bool(const std::vector<Ca
 }
 
 std::string SimulatedDevice::supplicantState() const {
-    return thread_->run([](Device& device) {
-        Supplicant* const supplicant = device.supplicant();
-        return supplicant == nullptr ? std::string() : std::string(toText(supplicant->station().state()));
-    });
+    return thread_->run([](Device& device) { return device.supplicantState(); });
 }
 
 std::string SimulatedDevice::unitState() const {

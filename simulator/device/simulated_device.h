@@ -23,6 +23,11 @@ class SimulatedDevice {
         Neighbourhood neighbourhood;
         double timeScale = 1.0;            // 0.01: everything simulated is a hundred times faster
         std::filesystem::path configFile;  // read at start if it exists, written by SaveConfig; may be empty
+
+        // Starts and stops the wpa_supplicant daemon of this machine, with its wired driver on a network of
+        // its own, instead of simulating one. Access points and whatever else belongs to the simulated radio
+        // have no effect then.
+        bool realSupplicant = false;
     };
 
     // Returns when all services are on the bus; with `unitActive` the supplicant too. Throws std::exception
@@ -35,7 +40,7 @@ class SimulatedDevice {
     SimulatedDevice& operator=(SimulatedDevice&&) = delete;
 
     // The air. An access point without a BSSID gets one; the result is it. False for an unknown BSSID.
-    std::string addAccessPoint(AccessPoint accessPoint);
+    std::string addAccessPoint(const AccessPoint& accessPoint);
     bool removeAccessPoint(const std::string& bssid);
     bool alterAccessPoint(const std::string& bssid, const std::function<void(AccessPoint&)>& alter);
     bool setSignal(const std::string& bssid, std::int16_t dBm);

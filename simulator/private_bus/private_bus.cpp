@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <system_error>
 
@@ -21,7 +22,6 @@ constexpr const char* policy =
     R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-BUS Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
-  <type>system</type>
   <listen>%ADDRESS%</listen>
   <auth>EXTERNAL</auth>
   <policy context="default">
@@ -54,11 +54,24 @@ void writePolicy(const std::string& file, const std::string& address) {
     std::ofstream(file) << text;
 }
 
-[[noreturn]] void execDaemon(pid_t parent, const std::string& configArgument, int readyFd) {
+// The daemon's complaints are worth reading only when it does not start.
+int openLog(const std::string& file) {
+    constexpr mode_t ownerOnly = 0600;
+    return ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, ownerOnly);
+}
+
+std::string contentsOf(const std::string& file) {
+    std::ifstream in(file);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+[[noreturn]] void execDaemon(pid_t parent, const std::string& configArgument, int readyFd, int logFd) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent) {
         ::_exit(126);  // the parent died before it could be watched
     }
+    ::dup2(logFd, STDERR_FILENO);
+    ::setsid();  // a Ctrl-C at the terminal is not meant for the bus
     sigset_t none;
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -71,12 +84,21 @@ void writePolicy(const std::string& file, const std::string& address) {
 }  // namespace
 
 PrivateBus::PrivateBus() : folder_(makeFolder()), address_("unix:path=" + folder_ + "/socket") {
-    writePolicy(folder_ + "/bus.conf", address_);
-    start();
+    try {
+        writePolicy(folder_ + "/bus.conf", address_);
+        start();
+    } catch (...) {
+        removeFolder();
+        throw;
+    }
 }
 
 PrivateBus::~PrivateBus() {
     kill();
+    removeFolder();
+}
+
+void PrivateBus::removeFolder() const noexcept {
     std::error_code ignored;
     std::filesystem::remove_all(folder_, ignored);
 }
@@ -105,19 +127,22 @@ void PrivateBus::start() {
         throw std::system_error(errno, std::generic_category(), "pipe2");
     }
     const std::string configArgument = "--config-file=" + folder_ + "/bus.conf";
+    const int log = openLog(folder_ + "/log");
     const pid_t parent = ::getpid();
     daemon_ = ::fork();
     if (daemon_ == 0) {
         ::fcntl(ready[1], F_SETFD, 0);
-        execDaemon(parent, configArgument, ready[1]);
+        execDaemon(parent, configArgument, ready[1], log);
     }
     ::close(ready[1]);
+    ::close(log);
     char first = 0;
     const bool listening = daemon_ > 0 && ::read(ready[0], &first, 1) == 1;
     ::close(ready[0]);
     if (!listening) {
         kill();
-        throw std::runtime_error("dbus-daemon does not start; is it installed?");
+        throw std::runtime_error("dbus-daemon does not start; is it installed? " +
+                                 contentsOf(folder_ + "/log"));
     }
 }
 

@@ -31,6 +31,7 @@ class PrivateBus {
 
   private:
     void start();
+    void removeFolder() const noexcept;
 
     std::string folder_;
     std::string address_;

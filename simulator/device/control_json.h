@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "call_log.h"
+#include "faults.h"
+
+namespace kaz::sim {
+
+// The texts of the control interface. Throws std::runtime_error for a text that is no fault.
+Fault faultFromJson(std::string_view text);
+std::string callsAsJson(const std::vector<Call>& calls);
+
+}  // namespace kaz::sim

@@ -1,0 +1,174 @@
+#include "real_service.h"
+
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <fstream>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "confined_process.h"
+
+namespace kaz::sim {
+namespace {
+
+constexpr const char* busName = "fi.w1.wpa_supplicant1";
+constexpr std::chrono::seconds patience{5};
+
+std::filesystem::path makeFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "kaz-supplicant-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) {
+        throw std::system_error(errno, std::generic_category(), "cannot make " + pattern);
+    }
+    return pattern;
+}
+
+// The text of "State" in a PropertiesChanged signal of the interface; empty when it is not in it.
+std::string stateIn(sd_bus_message* signal) {
+    const char* interface = nullptr;
+    check(sd_bus_message_read(signal, "s", &interface), "read");
+    check(sd_bus_message_enter_container(signal, 'a', "{sv}"), "enter");
+    std::string state;
+    while (check(sd_bus_message_enter_container(signal, 'e', "sv"), "enter") > 0) {
+        const char* name = nullptr;
+        check(sd_bus_message_read(signal, "s", &name), "read");
+        if (std::string_view(name) == "State") {
+            const char* text = nullptr;
+            check(sd_bus_message_read(signal, "v", "s", &text), "read");
+            state = text;
+        } else {
+            check(sd_bus_message_skip(signal, "v"), "skip");
+        }
+        check(sd_bus_message_exit_container(signal), "exit");
+    }
+    return state;
+}
+
+}  // namespace
+
+RealService::RealService(const Environment& environment, std::filesystem::path configFile,
+                         std::function<void(bool)> linkChanged)
+    : environment_(environment),
+      folder_(configFile.empty() ? makeFolder() : std::filesystem::path()),
+      configFile_(configFile.empty() ? folder_ / "wpa_supplicant.conf" : std::move(configFile)),
+      linkChanged_(std::move(linkChanged)),
+      connection_(environment, "") {
+    if (!std::filesystem::exists(configFile_)) {
+        std::ofstream(configFile_) << "ap_scan=0\nupdate_config=1\n";
+    }
+    sd_bus_slot* slot = nullptr;
+    check(sd_bus_match_signal(
+              connection_.bus(), &slot, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+              "org.freedesktop.DBus", "NameOwnerChanged",
+              [](sd_bus_message* signal, void* self, sd_bus_error*) {
+                  const char* name = nullptr;
+                  const char* before = nullptr;
+                  const char* owner = nullptr;
+                  check(sd_bus_message_read(signal, "sss", &name, &before, &owner), "read");
+                  if (std::string_view(name) == busName) {
+                      static_cast<RealService*>(self)->nameOwnerChanged(owner);
+                  }
+                  return 0;
+              },
+              this),
+          "match");
+    ownerMatch_.reset(slot);
+    check(sd_bus_match_signal(
+              connection_.bus(), &slot, busName, nullptr, "org.freedesktop.DBus.Properties",
+              "PropertiesChanged",
+              [](sd_bus_message* signal, void* self, sd_bus_error*) {
+                  static_cast<RealService*>(self)->propertiesChanged(signal);
+                  return 0;
+              },
+              this),
+          "match");
+    propertiesMatch_.reset(slot);
+}
+
+RealService::~RealService() {
+    end_.reset();
+    if (process_ > 0) {
+        ::kill(process_, SIGKILL);
+        ::waitpid(process_, nullptr, 0);
+    }
+    std::error_code ignored;
+    if (!folder_.empty()) {
+        std::filesystem::remove_all(folder_, ignored);
+    }
+}
+
+void RealService::start(std::function<void()> ready) {
+    ready_ = std::move(ready);
+    launch();
+    impatience_ = environment_.scheduler.afterRealTime(patience, [this] { kill(); });
+}
+
+void RealService::stop(std::function<void()> gone) {
+    if (process_ < 0) {
+        gone();
+        return;
+    }
+    ready_ = nullptr;
+    gone_ = std::move(gone);
+    ::kill(process_, SIGTERM);
+    impatience_ = environment_.scheduler.afterRealTime(patience, [this] { ::kill(process_, SIGKILL); });
+}
+
+void RealService::kill() {
+    if (process_ > 0) {
+        ::kill(process_, SIGKILL);
+    }
+}
+
+void RealService::launch() {
+    // The namespace has no other network, and loses both ends of the pair when its last process ends.
+    const std::string script =
+        "ip link add kaz0 type veth peer name kaz1 && ip link set kaz0 up && ip link set kaz1 up && "
+        "exec wpa_supplicant -u -i kaz0 -D wired -c \"$1\" >/dev/null";
+    process_ = startConfined({"sh", "-c", script, "sh", configFile_.string()},
+                             {{"DBUS_SYSTEM_BUS_ADDRESS", environment_.busAddress}});
+    sd_event_source* source = nullptr;
+    check(sd_event_add_child(
+              environment_.scheduler.event(), &source, process_, WEXITED,
+              [](sd_event_source*, const siginfo_t* end, void* self) {
+                  static_cast<RealService*>(self)->ended(end->si_code == CLD_EXITED && end->si_status == 0);
+                  return 0;
+              },
+              this),
+          "sd_event_add_child");
+    end_.reset(source);
+}
+
+void RealService::ended(bool cleanly) {
+    process_ = -1;
+    end_.reset();
+    impatience_.cancel();
+    ready_ = nullptr;
+    linkChanged_(false);
+    if (const auto gone = std::exchange(gone_, nullptr)) {
+        gone();
+    } else {
+        exited(cleanly);
+    }
+}
+
+void RealService::nameOwnerChanged(const std::string& owner) {
+    if (owner.empty()) {
+        linkChanged_(false);
+    } else if (const auto ready = std::exchange(ready_, nullptr)) {
+        impatience_.cancel();
+        ready();
+    }
+}
+
+void RealService::propertiesChanged(sd_bus_message* signal) {
+    const std::string state = stateIn(signal);
+    if (!state.empty()) {
+        linkChanged_(state == "completed");
+    }
+}
+
+}  // namespace kaz::sim

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "connection.h"
+#include "service_process.h"
+
+namespace kaz::sim {
+
+// The wpa_supplicant daemon of this machine, with its wired driver on one end of a veth pair, in a network
+// namespace of its own that ends with it. The daemon is killed when this object, its thread or the process
+// ends. Needs root, or a kernel that lets users make namespaces.
+class RealService : public ServiceProcess {
+  public:
+    // The daemon reads and saves its configuration in that file, which is made when there is none; without a
+    // name, in a folder of its own. `linkChanged` follows whether the daemon's State is "completed".
+    RealService(const Environment& environment, std::filesystem::path configFile,
+                std::function<void(bool up)> linkChanged);
+    ~RealService() override;
+    RealService(const RealService&) = delete;
+    RealService& operator=(const RealService&) = delete;
+    RealService(RealService&&) = delete;
+    RealService& operator=(RealService&&) = delete;
+
+    void start(std::function<void()> ready) override;
+    void stop(std::function<void()> gone) override;
+    void kill() override;
+
+  private:
+    void launch();
+    void ended(bool cleanly);
+    void nameOwnerChanged(const std::string& owner);
+    void propertiesChanged(sd_bus_message* signal);
+
+    const Environment& environment_;
+    std::filesystem::path folder_;
+    std::filesystem::path configFile_;
+    std::function<void(bool)> linkChanged_;
+    Connection connection_;
+    Slot ownerMatch_;
+    Slot propertiesMatch_;
+    pid_t process_ = -1;
+    EventSource end_;
+    Timer impatience_;
+    std::function<void()> ready_;
+    std::function<void()> gone_;
+};
+
+}  // namespace kaz::sim

@@ -1,0 +1,119 @@
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+#include <optional>
+
+#include "child.h"
+#include "neighbourhood_json.h"
+#include "private_bus.h"
+#include "simulated_device.h"
+#include "temporary_folder.h"
+
+namespace kaz::sim {
+namespace {
+
+struct Arguments {
+    std::string neighbourhood;
+    std::string bus;
+    std::string configFile;
+    std::vector<std::string> command;
+    double timeScale = 1.0;
+    bool realSupplicant = false;
+};
+
+sigset_t handledSignals() {
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    ::sigaddset(&signals, SIGINT);
+    ::sigaddset(&signals, SIGTERM);
+    ::sigaddset(&signals, SIGCHLD);
+    return signals;
+}
+
+int waitForSignal() {
+    const sigset_t signals = handledSignals();
+    int signal = 0;
+    while (::sigwait(&signals, &signal) != 0 || signal == SIGCHLD) {
+    }
+    return 0;
+}
+
+// A SIGINT of the terminal reaches the command too, and it is the command that decides what it means.
+int waitForChild(pid_t child) {
+    const sigset_t signals = handledSignals();
+    int status = 0;
+    while (::waitpid(child, &status, WNOHANG) == 0) {
+        int signal = 0;
+        if (::sigwait(&signals, &signal) == 0 && signal == SIGTERM) {
+            ::kill(child, SIGTERM);
+        }
+    }
+    return exitStatus(status);
+}
+
+// Where the command keeps the user's choice of Wi-Fi on or off, unless its caller has said so.
+void keepConfigurationIn(const TemporaryFolder& folder) {
+    constexpr int keepExisting = 0;
+    ::setenv("KAZ_CONFIG_FILE", (folder.path() / "kaz.conf").c_str(), keepExisting);
+}
+
+int run(const Arguments& arguments) {
+    const sigset_t signals = handledSignals();
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    std::optional<PrivateBus> bus;
+    if (arguments.bus.empty()) {
+        bus.emplace();
+    }
+    const std::string address = bus ? bus->address() : arguments.bus;
+    SimulatedDevice::Options options{.busAddress = address,
+                                     .neighbourhood = {},
+                                     .timeScale = arguments.timeScale,
+                                     .configFile = arguments.configFile,
+                                     .realSupplicant = arguments.realSupplicant};
+    if (!arguments.neighbourhood.empty()) {
+        options.neighbourhood = readNeighbourhood(arguments.neighbourhood);
+    }
+    const SimulatedDevice device(std::move(options));
+    if (arguments.command.empty()) {
+        std::cout << address << std::endl;  // readers wait for this line
+        return waitForSignal();
+    }
+    const TemporaryFolder folder;
+    keepConfigurationIn(folder);
+    ::setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
+    return waitForChild(startChild(arguments.command));
+}
+
+}  // namespace
+}  // namespace kaz::sim
+
+int main(int argc, char** argv) {
+    kaz::sim::Arguments arguments;
+    CLI::App app("A simulated device: systemd, networkd and wpa_supplicant on a message bus.",
+                 "kaz-device-sim");
+    app.add_option("--neighbourhood", arguments.neighbourhood, "JSON file with the access points around")
+        ->check(CLI::ExistingFile);
+    app.add_option("--time-scale", arguments.timeScale,
+                   "factor on all simulated times; 0.01 is 100 times faster")
+        ->check(CLI::PositiveNumber);
+    app.add_option("--bus", arguments.bus, "address of the bus to use instead of starting one");
+    app.add_option("--config-file", arguments.configFile, "the supplicant's configuration file");
+    app.add_flag("--real-supplicant", arguments.realSupplicant,
+                 "run the wpa_supplicant daemon on a wired network of its own instead of simulating one");
+    app.add_option("--exec", arguments.command, "run this command on the device and end with it")
+        ->expected(1, -1)
+        ->take_all();
+    app.footer(
+        "Without --exec the address of the bus is printed, and the device runs until SIGTERM or SIGINT.");
+    CLI11_PARSE(app, argc, argv);
+    try {
+        return kaz::sim::run(arguments);
+    } catch (const std::exception& error) {
+        std::cerr << "kaz-device-sim: " << error.what() << '\n';
+        return EXIT_FAILURE;
+    }
+}
