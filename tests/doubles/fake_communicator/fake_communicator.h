@@ -1,0 +1,78 @@
+#pragma once
+
+#include "communicator.h"
+#include "fake_wifi_stack.h"
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace kaz::test {
+
+// A communicator without a bus and without a thread. Tasks wait until the test runs them; the handlers are
+// called by the test. Every call is recorded in the stack under its name, with its arguments but for the
+// functions; of connection settings only the SSID.
+//
+// Selecting a network disables all others, and removing one takes it out of the configuration, as in a
+// supplicant. An operation on a network that is gone fails.
+class FakeCommunicator : public wifi::Communicator {
+  public:
+    explicit FakeCommunicator(std::shared_ptr<FakeWifiStack> stack);
+
+    // Drops what is queued and runs the idle task one last time, as the event loop does when it ends.
+    ~FakeCommunicator() override;
+
+    FakeCommunicator(const FakeCommunicator&) = delete;
+    FakeCommunicator& operator=(const FakeCommunicator&) = delete;
+    FakeCommunicator(FakeCommunicator&&) = delete;
+    FakeCommunicator& operator=(FakeCommunicator&&) = delete;
+
+    std::size_t queuedTasks() const { return tasks_.size(); }
+    void runOneTask();
+    void runTasks();  // those queued meanwhile too
+    void dropTasks() { tasks_.clear(); }
+    std::optional<std::chrono::milliseconds> runIdlePass();
+    void expireTimer();
+
+    // Sees the settings of every addNetworkSync().
+    std::function<void(const wifi::ConnectionSettings&)> onAddNetwork;
+
+    void startEventLoop() override;
+    void stopEventLoop() override;
+    bool isSupplicantOn() override;
+    void pushTaskAsync_(std::function<void()> task) override;
+    void configureTimerSync(bool enable, std::chrono::milliseconds interval) override;
+    void setTimerCompletedTask(std::function<void()> task) override;
+    void setIdleTask(std::function<std::optional<std::chrono::milliseconds>()> task) override;
+    bool readEnabledConfiguration() override;
+    void writeEnabledConfiguration(bool enabled) override;
+    bool saveNetworkConfigurationSync() override;
+    bool startStopSupplicantSync(bool start) override;
+    bool scanSync() override;
+    std::unique_ptr<ConfiguredNetwork> addNetworkSync(const wifi::ConnectionSettings& settings) override;
+    bool reconnectSync() override;
+    bool disconnectSync() override;
+    std::optional<int> signalPollSync() override;
+    std::set<std::string> eapMethodsSync() override;
+    std::vector<std::unique_ptr<ConfiguredNetwork>> getAllConfiguredNetworksSync() override;
+
+  protected:
+    FakeWifiStack& stack() { return *stack_; }
+    void runLastIdlePass();
+
+  private:
+    class Network;
+
+    std::shared_ptr<FakeWifiStack> stack_;
+    std::deque<std::function<void()>> tasks_;
+    std::function<std::optional<std::chrono::milliseconds>()> idleTask_;
+    std::function<void()> timerTask_;
+};
+
+}  // namespace kaz::test

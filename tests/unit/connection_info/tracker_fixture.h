@@ -1,0 +1,48 @@
+#pragma once
+
+#include "communicator.h"
+#include "connection_info_helper.h"
+#include "fake_clock.h"
+#include "recording_log.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kaz::test {
+
+using wifi::ConnectionInfo;
+using Bss = wifi::Communicator::BssProperties;
+using SupplicantStatus = wifi::Communicator::SupplicantConnectionStatus;
+
+// The record in one line, for example `connected 'Home' -52` or
+// `disconnected '' -100, causedByUser 'Home' @ 1500 ms`. Times count from the usual start of the clock.
+std::string describe(const ConnectionInfo& info);
+
+Bss bss(const std::string& ssid, int signal = -50);
+
+// A tracker, its clock, and the log from the beginning.
+class TrackerTest : public ::testing::Test {
+  protected:
+    static constexpr auto noReportYet = SupplicantStatus{};
+
+    // Brings the tracker into a published state, one second before the present time, with the BSS at -50 dBm.
+    void becomeConnecting(const std::string& ssid);  // the supplicant's doing: there is no attempt
+    void becomeConnectingIP(const std::string& ssid);
+    void becomeConnected(const std::string& ssid);
+
+    // What the supplicant says when the link to the BSS is up.
+    void reportSuccess(const std::string& ssid);
+
+    std::string published() { return describe(tracker.getConnectionInfo()); }
+    std::optional<std::chrono::milliseconds> timeLeft() const { return tracker.getActiveTimeout(); }
+
+    std::shared_ptr<FakeClock> clock = std::make_shared<FakeClock>();
+    wifi::ConnectionInfoHelper tracker{clock};
+    RecordingLog log;
+};
+
+}  // namespace kaz::test
