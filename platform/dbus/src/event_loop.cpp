@@ -56,9 +56,9 @@ class SignalsBlocked {
 
 }  // namespace
 
-// The parts of a turn, of which sd-event picks one: a task, a message of the bus, an expiry of the timer. All
-// have the same priority, and among those sd-event prefers the one that has waited longest. The idle task is
-// run between turns.
+// A turn is one message of the bus or one expiry of the timer, as sd-event picks, then one task, then, when
+// there was neither, the idle task. sd-event alone would not do: it prefers the source that has waited
+// longest, but of a bus with messages read ahead it forgets how long that has waited.
 class EventLoop::Impl {
   public:
     ~Impl();
@@ -139,13 +139,14 @@ void EventLoop::Impl::turn() noexcept {
         log(spdlog::level::err, "Event loop: {}", DbusError(dispatched).error());
         std::this_thread::sleep_for(milliseconds(100));
     }
+    const bool ran = tasks.runOne();
     connection.endTurn();
     const auto now = Clock::now();
-    const bool quiet = dispatched == 0 && idle.due(now);
-    if (dispatched > 0) {
+    const bool quiet = dispatched <= 0 && !ran;
+    if (!quiet) {
         idle.noteEvent(now);
     }
-    if (!tasks.closed() && (quiet || idle.overdue(now))) {
+    if (!tasks.closed() && (quiet ? idle.due(now) : idle.overdue(now))) {
         idle.run();
         connection.endTurn();
     }

@@ -17,13 +17,17 @@ Fd makeWakeUp() {
     return fd;
 }
 
+int justWake(sd_event_source* /*source*/, int /*fd*/, uint32_t /*events*/, void* /*data*/) {
+    return 0;
+}
+
 }  // namespace
 
 TaskQueue::TaskQueue(sd_event* event) : wakeUp_(makeWakeUp()) {
     sd_event_source* source = nullptr;
-    checked(sd_event_add_io(event, &source, wakeUp_.get(), EPOLLIN, &TaskQueue::onReady, this),
-            "sd_event_add_io");
+    checked(sd_event_add_io(event, &source, wakeUp_.get(), EPOLLIN, &justWake, nullptr), "sd_event_add_io");
     source_.reset(source);
+    checked(sd_event_source_set_priority(source, SD_EVENT_PRIORITY_IDLE), "sd_event_source_set_priority");
 }
 
 void TaskQueue::push(Task task) {
@@ -49,17 +53,12 @@ void TaskQueue::drop() noexcept {
     dropped.swap(tasks_);
 }
 
-int TaskQueue::onReady(sd_event_source* /*source*/, int /*fd*/, uint32_t /*events*/, void* queue) {
-    static_cast<TaskQueue*>(queue)->runOne();
-    return 0;
-}
-
-void TaskQueue::runOne() {
+bool TaskQueue::runOne() noexcept {
     Task task;
     {
         const std::lock_guard lock(mutex_);
         if (closed_ || tasks_.empty()) {
-            return;
+            return false;
         }
         task = std::move(tasks_.front());
         tasks_.pop_front();
@@ -68,6 +67,7 @@ void TaskQueue::runOne() {
         }
     }
     runGuarded("task", task);
+    return true;
 }
 
 void TaskQueue::wake() noexcept {

@@ -9,8 +9,8 @@
 
 namespace kaz::dbus {
 
-// Tasks for the loop, first in, first out. Each turn of the loop runs one, so that other sources of the same
-// priority get theirs in between. push(), close() and closed() may be called from any thread.
+// Tasks for the loop, first in, first out. While there are any, sd_event_run() does not sleep; the tasks
+// themselves run between its calls. push(), close() and closed() may be called from any thread.
 class TaskQueue {
   public:
     using Task = std::function<void()>;
@@ -23,12 +23,13 @@ class TaskQueue {
     void close() noexcept;
     bool closed() const noexcept { return closed_; }
 
+    // Runs the first task. False when there is none, or none may begin.
+    bool runOne() noexcept;
+
     // Destroys what is queued.
     void drop() noexcept;
 
   private:
-    static int onReady(sd_event_source* source, int fd, uint32_t events, void* queue);
-    void runOne();
     void wake() noexcept;
     void sleep() noexcept;
 

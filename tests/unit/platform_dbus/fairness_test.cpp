@@ -1,0 +1,140 @@
+#include <atomic>
+#include <functional>
+#include <thread>
+
+#include "loop_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+using std::chrono::milliseconds;
+
+// Something that is always ready, and what must get its turn all the same.
+class EventLoopFairness : public LoopTest {
+  protected:
+    void SetUp() override {
+        loop->setIdleTaskSync([this]() -> std::optional<milliseconds> {
+            ++idlePasses;
+            return std::nullopt;
+        });
+        loop->setTimerCompletedTask([this] { ++expiries; });
+    }
+
+    // A task that pushes itself again, for ever.
+    void floodWithTasks() {
+        loop->pushTaskAsync([this] {
+            ++tasks;
+            floodWithTasks();
+        });
+    }
+
+    Counter tasks;
+    Counter handled;
+    Counter idlePasses;
+    Counter expiries;
+};
+
+TEST_F(EventLoopFairness, EndlessTasksDoNotHoldBackSignals) {
+    BusPeer peer;
+    peer.own(peerName);
+    const Running running = start();
+    registerForChanged(false, [this](dbus::MessageDecoder&) { ++handled; });
+    floodWithTasks();
+    ASSERT_TRUE(tasks.reaches(100));
+    for (std::size_t i = 1; i <= 20; ++i) {
+        peer.emit(changed, "");
+        EXPECT_TRUE(handled.reaches(i));
+    }
+}
+
+TEST_F(EventLoopFairness, EndlessTasksDoNotHoldBackTheTimer) {
+    const Running running = start();
+    floodWithTasks();
+    onLoop([this] { loop->configureTimerSync(true, milliseconds(5)); });
+    EXPECT_TRUE(expiries.reaches(10));
+}
+
+TEST_F(EventLoopFairness, EndlessTasksDoNotHoldBackTheIdleTask) {
+    const Running running = start();
+    floodWithTasks();
+    ASSERT_TRUE(tasks.reaches(100));
+    const auto before = idlePasses.value();
+    EXPECT_TRUE(idlePasses.reaches(before + 3));
+}
+
+TEST_F(EventLoopFairness, EndlessTasksDoNotHoldBackTheStop) {
+    const Running running = start();
+    floodWithTasks();
+    ASSERT_TRUE(tasks.reaches(100));
+    end();
+}
+
+// A peer that keeps at least a hundred signals waiting for the loop.
+class EventLoopInASignalStorm : public EventLoopFairness {
+  protected:
+    void SetUp() override {
+        EventLoopFairness::SetUp();
+        peer.own(peerName);
+        loop->startEventLoopAsync();
+        registerForChanged(false, [this](dbus::MessageDecoder&) {
+            ++handled;
+            std::this_thread::sleep_for(milliseconds(1));
+        });
+        storm_ = std::thread([this] { rage(); });
+        EXPECT_TRUE(handled.reaches(1));
+    }
+
+    void TearDown() override {
+        calm_ = true;
+        storm_.join();
+        end();
+        EXPECT_GE(lowest_, 100U) << "the storm was to be without a pause";
+    }
+
+    BusPeer peer;
+
+  private:
+    void rage() {
+        std::size_t sent = 0;
+        while (sent < 1000) {
+            peer.emit(changed, "");
+            ++sent;
+        }
+        while (!calm_) {
+            const std::size_t waiting = sent - handled.value();
+            lowest_ = std::min(lowest_, waiting);
+            if (waiting < 1000) {
+                peer.emit(changed, "");
+                ++sent;
+            } else {
+                std::this_thread::yield();
+            }
+        }
+    }
+
+    std::atomic<bool> calm_ = false;
+    std::size_t lowest_ = SIZE_MAX;
+    std::thread storm_;
+};
+
+TEST_F(EventLoopInASignalStorm, RunsTasks) {
+    for (int i = 0; i < 20; ++i) {
+        const auto before = handled.value();
+        // Between taking the value and pushing, and in turn with the task, the loop handles a few signals.
+        const auto after = onLoop([this] { return handled.value(); });
+        EXPECT_LT(after - before, 500U);
+    }
+}
+
+TEST_F(EventLoopInASignalStorm, RunsTheIdleTask) {
+    const auto before = idlePasses.value();
+    EXPECT_TRUE(idlePasses.reaches(before + 3));
+}
+
+TEST_F(EventLoopInASignalStorm, RunsTheTimer) {
+    onLoop([this] { loop->configureTimerSync(true, milliseconds(10)); });
+    EXPECT_TRUE(expiries.reaches(5));
+}
+
+}  // namespace
+}  // namespace kaz::test

@@ -1,0 +1,167 @@
+#include <unistd.h>
+
+#include <atomic>
+#include <vector>
+
+#include "loop_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+class EventLoopLifecycle : public LoopTest {
+  protected:
+    // A task that counts its run, and something that shows whether the task still exists.
+    std::weak_ptr<int> pushWitness() {
+        const auto held = std::make_shared<int>();
+        loop->pushTaskAsync([this, held] { ++ran; });
+        return held;
+    }
+
+    Counter ran;
+};
+
+TEST_F(EventLoopLifecycle, DestroyedWithoutAStartDestroysItsTasks) {
+    const auto task = pushWitness();
+    EXPECT_FALSE(task.expired());
+    end();
+    EXPECT_TRUE(task.expired());
+    EXPECT_EQ(ran.value(), 0U);
+}
+
+TEST_F(EventLoopLifecycle, StoppedBeforeTheStartNeverRunsAnything) {
+    Counter idlePasses;
+    loop->setIdleTaskSync([&]() -> std::optional<std::chrono::milliseconds> {
+        ++idlePasses;
+        return std::nullopt;
+    });
+    const auto task = pushWitness();
+    loop->stopEventLoopAsync();
+    loop->startEventLoopAsync();
+    end();
+    EXPECT_TRUE(task.expired());
+    EXPECT_EQ(ran.value(), 0U);
+    EXPECT_EQ(idlePasses.value(), 0U);
+}
+
+TEST_F(EventLoopLifecycle, StartedTwiceHasOneThread) {
+    const Running running = start();
+    const pid_t first = loopThread();
+    loop->startEventLoopAsync();
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(loopThread(), first);
+    }
+}
+
+TEST_F(EventLoopLifecycle, MayBeStoppedTwice) {
+    const Running running = start();
+    onLoop([] {});
+    loop->stopEventLoopAsync();
+    loop->stopEventLoopAsync();
+    end();
+    EXPECT_TRUE(log.texts(spdlog::level::err).empty());
+}
+
+TEST_F(EventLoopLifecycle, MayBeStoppedFromATask) {
+    const Running running = start();
+    onLoop([&] { loop->stopEventLoopAsync(); });
+    EXPECT_TRUE(pushWitness().expired());
+    end();
+    EXPECT_EQ(ran.value(), 0U);
+}
+
+TEST_F(EventLoopLifecycle, DropsTasksPushedAfterTheStopQuietly) {
+    const Running running = start();
+    onLoop([] {});
+    loop->stopEventLoopAsync();
+    log.clear();
+    EXPECT_TRUE(pushWitness().expired());
+    end();
+    EXPECT_EQ(ran.value(), 0U);
+    EXPECT_TRUE(log.records().empty());
+}
+
+TEST_F(EventLoopLifecycle, FinishesTheTaskInProgressDropsTheRestAndRunsTheIdleTaskOnceMore) {
+    std::promise<void> entered;
+    std::promise<void> proceed;
+    std::vector<std::string> order;
+    loop->setIdleTaskSync([&]() -> std::optional<std::chrono::milliseconds> {
+        order.emplace_back("idle");
+        return std::nullopt;
+    });
+    loop->pushTaskAsync([&] {
+        entered.set_value();
+        proceed.get_future().wait();
+        order.emplace_back("task");
+    });
+    const auto queued = pushWitness();
+    const Running running = start();
+    entered.get_future().wait();
+    loop->stopEventLoopAsync();
+    EXPECT_FALSE(queued.expired());
+    proceed.set_value();
+    end();
+    EXPECT_EQ(order, (std::vector<std::string>{"task", "idle"}));
+    EXPECT_TRUE(queued.expired());
+    EXPECT_EQ(ran.value(), 0U);
+}
+
+// Pushes once more when it dies, as an object may that owes a last step.
+struct PushesWhenItDies {
+    PushesWhenItDies(dbus::EventLoop& target, std::atomic<pid_t>& where) : loop(target), destroyedOn(where) {}
+    ~PushesWhenItDies() {
+        destroyedOn = ::gettid();
+        loop.pushTaskAsync([] { ADD_FAILURE() << "runs after the stop"; });
+    }
+    PushesWhenItDies(const PushesWhenItDies&) = delete;
+    PushesWhenItDies& operator=(const PushesWhenItDies&) = delete;
+    PushesWhenItDies(PushesWhenItDies&&) = delete;
+    PushesWhenItDies& operator=(PushesWhenItDies&&) = delete;
+    dbus::EventLoop& loop;
+    std::atomic<pid_t>& destroyedOn;
+};
+
+TEST_F(EventLoopLifecycle, DestroysDroppedTasksOnTheLoopThreadAndTheyMayPushAgain) {
+    std::atomic<pid_t> destroyedOn = 0;
+    std::promise<void> entered;
+    std::promise<void> proceed;
+    const Running running = start();
+    const pid_t thread = loopThread();
+    loop->pushTaskAsync([&] {
+        entered.set_value();
+        proceed.get_future().wait();
+    });
+    loop->pushTaskAsync([held = std::make_shared<PushesWhenItDies>(*loop, destroyedOn)] {});
+    entered.get_future().wait();
+    loop->stopEventLoopAsync();
+    proceed.set_value();
+    end();
+    EXPECT_EQ(destroyedOn, thread);
+}
+
+TEST_F(EventLoopLifecycle, LetsWhatItHoldsPushWhileItDies) {
+    std::atomic<pid_t> destroyedOn = 0;
+    const auto held = [&] { return std::make_shared<PushesWhenItDies>(*loop, destroyedOn); };
+    loop->setIdleTaskSync(
+        [h = held()]() -> std::optional<std::chrono::milliseconds> { return std::nullopt; });
+    loop->setTimerCompletedTask([h = held()] {});
+    loop->registerSignalHandlerSync(peerName, peerPath, peerInterface, "Changed", false,
+                                    [h = held()](dbus::MessageDecoder&) {});
+    loop->pushTaskAsync([h = held()] {});
+    end();
+    EXPECT_EQ(destroyedOn, ::gettid());
+}
+
+TEST_F(EventLoopLifecycle, MayBeStoppedFromAnotherThreadWhileItRuns) {
+    for (int i = 0; i < 20; ++i) {
+        loop = std::make_unique<dbus::EventLoop>();
+        loop->startEventLoopAsync();
+        std::thread stopper([this] { loop->stopEventLoopAsync(); });
+        const auto task = pushWitness();
+        stopper.join();
+        end();
+        EXPECT_TRUE(task.expired());
+    }
+}
+
+}  // namespace
+}  // namespace kaz::test

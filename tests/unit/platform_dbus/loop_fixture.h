@@ -1,0 +1,77 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <kaz/dbus/event_loop.h>
+#include <private_bus.h>
+#include <recording_log.h>
+
+#include <functional>
+#include <future>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "bus_peer.h"
+#include "waiting.h"
+
+namespace kaz::test {
+
+// A bus of our own that is the system bus, and a loop that the test starts.
+class LoopTest : public ::testing::Test {
+  protected:
+    LoopTest();
+
+    // Ends the loop with the scope, so that what its tasks refer to is to be declared before it.
+    class Running {
+      public:
+        explicit Running(LoopTest& test) : test_(test) {}
+        ~Running() { test_.end(); }
+        Running(const Running&) = delete;
+        Running& operator=(const Running&) = delete;
+        Running(Running&&) = delete;
+        Running& operator=(Running&&) = delete;
+
+      private:
+        LoopTest& test_;
+    };
+    [[nodiscard]] Running start();
+
+    // Destroys the loop. Its tasks may use the pointer until it is gone, which reset() would not let them.
+    void end();
+
+    // Runs the function on the loop thread and gives its result back.
+    template <typename Function>
+    auto onLoop(Function function) -> decltype(function()) {
+        auto task = std::make_shared<std::packaged_task<decltype(function())()>>(std::move(function));
+        auto result = task->get_future();
+        loop->pushTaskAsync([task] { (*task)(); });
+        if (result.wait_for(limit) != std::future_status::ready) {
+            throw std::runtime_error("the loop does not run its tasks");
+        }
+        return result.get();
+    }
+
+    pid_t loopThread();
+    std::string loopUniqueName();
+
+    // One call of the test's peer from the loop thread: whether a reply came.
+    bool callFromLoop(const std::string& member, const std::string& argument = "");
+
+    static constexpr const char* peerName = "test.Peer";
+    static constexpr const char* peerPath = "/test/peer";
+    static constexpr const char* peerInterface = "test.Peer.Interface";
+    const BusPeer::Signal changed{peerPath, peerInterface, "Changed"};
+
+    // Subscribes to `changed` on the loop thread.
+    void registerForChanged(bool temporary, std::function<void(dbus::MessageDecoder&)> handler);
+
+    RecordingLog log;
+    sim::PrivateBus bus;
+    std::unique_ptr<dbus::EventLoop> loop;
+};
+
+// The string that the message holds next.
+std::string readString(dbus::MessageDecoder& decoder);
+
+}  // namespace kaz::test

@@ -1,0 +1,226 @@
+#include <fcntl.h>
+#include <kaz/dbus/calls.h>
+#include <stdlib.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "loop_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+
+// What the end of a loop does about peers that never answer.
+class EventLoopShutdown : public LoopTest {
+  protected:
+    void SetUp() override {
+        loop->setIdleTaskSync([this]() -> std::optional<milliseconds> {
+            ++idlePasses;
+            return std::nullopt;
+        });
+    }
+
+    steady_clock::duration destroy() {
+        const auto from = steady_clock::now();
+        end();
+        return steady_clock::now() - from;
+    }
+
+    // A task that calls someone who never answers.
+    void pushHungCall() {
+        loop->pushTaskAsync([this] {
+            auto call =
+                dbus::makeDbusCall(loop->getSdBusHandle(), {peerName, peerPath, peerInterface}, "Ignore");
+            EXPECT_EQ(dbus::sendMessage(loop->getSdBusHandle(), call).message, nullptr);
+            passesAtTheEndOfTheCall = idlePasses.value();
+            ++hungCalls;
+        });
+    }
+
+    Counter idlePasses;
+    Counter hungCalls;
+    std::size_t passesAtTheEndOfTheCall = 0;
+};
+
+TEST_F(EventLoopShutdown, IsImmediateWhenNothingHangs) {
+    const Running running = start();
+    ASSERT_TRUE(fallsAsleep(loopThread()));
+    EXPECT_LT(destroy(), milliseconds(900));
+}
+
+TEST_F(EventLoopShutdown, GivesTheCallInFlightASecondAndRunsTheLastIdlePass) {
+    BusPeer peer;
+    peer.own(peerName);
+    Counter never;
+    const Running running = start();
+    pushHungCall();
+    loop->pushTaskAsync([&] { ++never; });
+    ASSERT_TRUE(peer.waitForCall("Ignore()"));
+    const auto elapsed = destroy();
+    EXPECT_GE(elapsed, milliseconds(900));
+    EXPECT_LT(elapsed, seconds(3));
+    EXPECT_EQ(hungCalls.value(), 1U);
+    EXPECT_EQ(idlePasses.value(), passesAtTheEndOfTheCall + 1);
+    EXPECT_EQ(never.value(), 0U);
+    EXPECT_TRUE(log.texts(spdlog::level::err).empty());
+}
+
+TEST_F(EventLoopShutdown, CountsTheSecondFromTheStop) {
+    BusPeer peer;
+    peer.own(peerName);
+    const Running running = start();
+    pushHungCall();
+    ASSERT_TRUE(peer.waitForCall("Ignore()"));
+    const auto stopped = steady_clock::now();
+    loop->stopEventLoopAsync();
+    ASSERT_TRUE(eventually([&] { return steady_clock::now() - stopped > milliseconds(800); }));
+    loop->stopEventLoopAsync();
+    EXPECT_LT(destroy(), milliseconds(700));
+}
+
+TEST_F(EventLoopShutdown, FailsCallsOfTheTaskAndOfTheLastIdlePassTooAfterTheSecond) {
+    BusPeer peer;
+    peer.own(peerName);
+    const Running running = start();
+    onLoop([this] {
+        loop->setIdleTaskSync([this]() -> std::optional<milliseconds> {
+            for (int i = 0; i < 3; ++i) {
+                auto call =
+                    dbus::makeDbusCall(loop->getSdBusHandle(), {peerName, peerPath, peerInterface}, "Ignore");
+                EXPECT_EQ(dbus::sendMessage(loop->getSdBusHandle(), call).message, nullptr);
+            }
+            ++idlePasses;
+            return std::nullopt;
+        });
+    });
+    ASSERT_TRUE(peer.waitForCall("Ignore()"));
+    const auto elapsed = destroy();
+    EXPECT_GE(elapsed, milliseconds(900));
+    EXPECT_LT(elapsed, seconds(3));
+    EXPECT_GE(idlePasses.value(), 2U);
+}
+
+TEST_F(EventLoopShutdown, LetsTheLastIdlePassMakeItsCalls) {
+    BusPeer peer;
+    peer.own(peerName);
+    std::atomic<bool> replied = false;
+    const Running running = start();
+    onLoop([&] {
+        loop->setIdleTaskSync([&]() -> std::optional<milliseconds> {
+            auto call =
+                dbus::makeDbusCall(loop->getSdBusHandle(), {peerName, peerPath, peerInterface}, "Set");
+            const dbus::MessagePtr reply(dbus::sendMessage(loop->getSdBusHandle(), call).message);
+            replied = reply != nullptr;
+            return std::nullopt;
+        });
+        loop->stopEventLoopAsync();
+    });
+    end();
+    EXPECT_TRUE(replied);
+    EXPECT_EQ(peer.calls(), (std::vector<std::string>{"Set()"}));
+}
+
+TEST_F(EventLoopShutdown, SendsWhatIsStillQueued) {
+    constexpr std::size_t count = 8;
+    const std::string large(1 << 20, 'x');  // more than the socket takes at once
+    BusPeer peer;
+    peer.own(peerName);
+    peer.receive(changed);
+    const Running running = start();
+    onLoop([&] {
+        loop->setIdleTaskSync([&]() -> std::optional<milliseconds> {
+            for (std::size_t i = 0; i < count; ++i) {
+                sd_bus_emit_signal(loop->getSdBusHandle(), peerPath, peerInterface, "Changed", "s",
+                                   large.c_str());
+            }
+            return std::nullopt;
+        });
+        loop->stopEventLoopAsync();
+    });
+    end();
+    EXPECT_TRUE(eventually([&] { return peer.received() == count; }));
+}
+
+// Something that lets the loop connect, and then says nothing.
+class MuteBroker {
+  public:
+    MuteBroker() : path_(folder() + "/socket"), listener_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        path_.copy(address.sun_path, sizeof address.sun_path - 1);
+        EXPECT_EQ(::bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(::listen(listener_, 8), 0);
+        ::setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + path_).c_str(), 1);
+    }
+    ~MuteBroker() {
+        ::close(connection_);
+        ::close(listener_);
+        std::filesystem::remove_all(std::filesystem::path(path_).parent_path());
+    }
+    MuteBroker(const MuteBroker&) = delete;
+    MuteBroker& operator=(const MuteBroker&) = delete;
+    MuteBroker(MuteBroker&&) = delete;
+    MuteBroker& operator=(MuteBroker&&) = delete;
+
+    // Waits for the loop and for the first byte that it says.
+    bool hears() {
+        connection_ = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+        char first = 0;
+        return connection_ >= 0 && ::read(connection_, &first, 1) == 1;
+    }
+
+  private:
+    static std::string folder() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "kaz-mute-XXXXXX").string();
+        return ::mkdtemp(pattern.data());
+    }
+
+    std::string path_;
+    int listener_;
+    int connection_ = -1;
+};
+
+TEST_F(EventLoopShutdown, TakesASecondWhenTheBusDoesNotLetTheLoopIn) {
+    MuteBroker broker;
+    Counter never;
+    loop->pushTaskAsync([&] { ++never; });
+    const Running running = start();
+    ASSERT_TRUE(broker.hears());
+    const auto elapsed = destroy();
+    EXPECT_LT(elapsed, seconds(3));
+    EXPECT_EQ(never.value(), 0U);
+    EXPECT_EQ(idlePasses.value(), 1U);
+}
+
+TEST_F(EventLoopShutdown, TakesASecondAlsoWhenItIsAskedForBeforeTheLoopConnects) {
+    MuteBroker broker;
+    loop->startEventLoopAsync();
+    EXPECT_LT(destroy(), seconds(3));
+}
+
+TEST_F(EventLoopShutdown, WaitsForATaskThatTakesLongerThanASecond) {
+    std::atomic<bool> finished = false;
+    Counter entered;
+    const Running running = start();
+    loop->pushTaskAsync([&] {
+        ++entered;
+        std::this_thread::sleep_for(milliseconds(1300));
+        finished = true;
+    });
+    ASSERT_TRUE(entered.reaches(1));
+    destroy();
+    EXPECT_TRUE(finished);
+}
+
+}  // namespace
+}  // namespace kaz::test

@@ -1,0 +1,137 @@
+#include <pthread.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "loop_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+class EventLoopTasks : public LoopTest {};
+
+TEST_F(EventLoopTasks, RunInTheOrderTheyWerePushed) {
+    std::vector<int> order;
+    std::vector<int> expected;
+    const Running running = start();
+    for (int i = 0; i < 1000; ++i) {
+        loop->pushTaskAsync([&order, i] { order.push_back(i); });
+        expected.push_back(i);
+    }
+    onLoop([] {});
+    EXPECT_EQ(order, expected);
+}
+
+TEST_F(EventLoopTasks, PushedBeforeTheStartRunOnceTheLoopStartsBeforeLaterTasks) {
+    std::vector<std::string> order;
+    loop->pushTaskAsync([&] { order.emplace_back("before the start, first"); });
+    loop->pushTaskAsync([&] { order.emplace_back("before the start, second"); });
+    EXPECT_TRUE(order.empty());
+    const Running running = start();
+    onLoop([&] { order.emplace_back("after the start"); });
+    EXPECT_EQ(order, (std::vector<std::string>{"before the start, first", "before the start, second",
+                                               "after the start"}));
+}
+
+TEST_F(EventLoopTasks, FindTheConnectionOpenFromTheFirstOn) {
+    std::promise<bool> connected;
+    loop->pushTaskAsync([&] { connected.set_value(loop->getSdBusHandle() != nullptr); });
+    ASSERT_EQ(loop->getSdBusHandle(), nullptr);
+    const Running running = start();
+    EXPECT_TRUE(connected.get_future().get());
+}
+
+TEST_F(EventLoopTasks, OfSeveralThreadsKeepTheOrderOfEachThread) {
+    constexpr int perThread = 500;
+    std::array<std::vector<int>, 4> orders;
+    const Running running = start();
+    std::vector<std::thread> threads;
+    for (auto& order : orders) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < perThread; ++i) {
+                loop->pushTaskAsync([&order, i] { order.push_back(i); });
+            }
+        });
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    onLoop([] {});
+    std::vector<int> expected;
+    for (int i = 0; i < perThread; ++i) {
+        expected.push_back(i);
+    }
+    for (const auto& order : orders) {
+        EXPECT_EQ(order, expected);
+    }
+}
+
+TEST_F(EventLoopTasks, PushedFromATaskRunAfterIt) {
+    std::vector<std::string> order;
+    Counter ran;
+    loop->pushTaskAsync([&] {
+        loop->pushTaskAsync([&] {
+            order.emplace_back("inner");
+            ++ran;
+        });
+        order.emplace_back("outer");
+    });
+    const Running running = start();
+    ASSERT_TRUE(ran.reaches(1));
+    EXPECT_EQ(order, (std::vector<std::string>{"outer", "inner"}));
+}
+
+TEST_F(EventLoopTasks, AreDestroyedOnTheLoopThreadBeforeTheNextRuns) {
+    struct Held {
+        explicit Held(std::atomic<pid_t>& where) : destroyedOn(where) {}
+        ~Held() { destroyedOn = ::gettid(); }
+        Held(const Held&) = delete;
+        Held& operator=(const Held&) = delete;
+        Held(Held&&) = delete;
+        Held& operator=(Held&&) = delete;
+        std::atomic<pid_t>& destroyedOn;
+    };
+    std::atomic<pid_t> destroyedOn = 0;
+    const Running running = start();
+    const pid_t thread = loopThread();
+    loop->pushTaskAsync([held = std::make_shared<Held>(destroyedOn)] {});
+    EXPECT_EQ(onLoop([&] { return destroyedOn.load(); }), thread);
+}
+
+TEST_F(EventLoopTasks, RunOnAThreadWithANameAndWithoutTheHostsSignals) {
+    const Running running = start();
+    const auto [name, mask] = onLoop([] {
+        std::array<char, 16> text{};
+        ::pthread_getname_np(::pthread_self(), text.data(), text.size());
+        sigset_t blocked;
+        ::pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+        return std::pair(std::string(text.data()), blocked);
+    });
+    EXPECT_EQ(name, "kazdbus");
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGCHLD, SIGUSR1, SIGALRM, SIGPIPE, SIGRTMIN}) {
+        EXPECT_EQ(::sigismember(&mask, signal), 1) << strsignal(signal);
+    }
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
+        EXPECT_EQ(::sigismember(&mask, fault), 0) << strsignal(fault);
+    }
+}
+
+TEST_F(EventLoopTasks, LeaveTheSignalsOfTheStartingThreadAsTheyWere) {
+    sigset_t before;
+    ::pthread_sigmask(SIG_SETMASK, nullptr, &before);
+    const Running running = start();
+    sigset_t after;
+    ::pthread_sigmask(SIG_SETMASK, nullptr, &after);
+    for (const int signal : {SIGINT, SIGTERM, SIGCHLD, SIGUSR1}) {
+        EXPECT_EQ(::sigismember(&after, signal), ::sigismember(&before, signal)) << strsignal(signal);
+    }
+}
+
+}  // namespace
+}  // namespace kaz::test
