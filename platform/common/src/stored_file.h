@@ -1,0 +1,53 @@
+// Reading a file whole and replacing it whole. What fails is thrown as FileError.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "file_descriptor.h"
+
+namespace kaz::util {
+
+struct FileAccess {
+    mode_t mode;
+    uid_t owner;
+    gid_t group;
+};
+
+struct StoredFile {
+    std::string text;
+    FileAccess access;
+};
+
+// Sets owner and group, or the group alone where this process may not give files away. False when it may do
+// neither.
+bool giveTo(const FileDescriptor& file, uid_t owner, gid_t group);
+
+// The folder a path lies in; "." for a bare name.
+std::filesystem::path folderOf(const std::filesystem::path& path);
+
+// The path a symbolic link leads to, through any number of links, whether there is a file or not.
+std::filesystem::path followLinks(std::filesystem::path path);
+
+// Creates a folder and those above it, as far as they are missing.
+void makeFolders(const std::filesystem::path& folder);
+
+// Nothing when there is no such file. What is not a regular file, or larger than the limit, is an error.
+std::optional<StoredFile> readFile(const std::filesystem::path& path, std::size_t limit);
+
+// Puts a new file in the place of the old one, so that there is either at any moment, and waits until it is
+// on disk. A file without former access gets that of any new file. To be called by one writer at a time: the
+// text goes through a file named like the target with ".tmp" appended, and one left by a dead writer is
+// removed.
+void replaceFile(const std::filesystem::path& target, std::string_view text,
+                 const std::optional<FileAccess>& access);
+
+// Waits until a file that is in its place is on disk.
+void flushFile(const std::filesystem::path& path);
+
+}  // namespace kaz::util

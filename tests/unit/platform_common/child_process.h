@@ -1,0 +1,57 @@
+#pragma once
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <functional>
+#include <stdexcept>
+#include <system_error>
+
+namespace kaz::test {
+
+// A copy of this process that runs a function and ends with what it returned as exit status; 99 when it
+// threw. Killed at the end of scope at the latest. Fork while there is one thread only.
+class ChildProcess {
+  public:
+    explicit ChildProcess(const std::function<int()>& body) : pid_(::fork()) {
+        if (pid_ < 0) {
+            throw std::system_error(errno, std::generic_category(), "fork");
+        }
+        if (pid_ == 0) {
+            int status = 99;
+            try {
+                status = body();
+            } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): the status tells
+            }
+            ::_exit(status);
+        }
+    }
+    ~ChildProcess() {
+        if (pid_ > 0) {
+            ::kill(pid_, SIGKILL);
+            wait();
+        }
+    }
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+    ChildProcess(ChildProcess&&) = delete;
+    ChildProcess& operator=(ChildProcess&&) = delete;
+
+    void sendKill() const { ::kill(pid_, SIGKILL); }
+
+    // The exit status, or minus the signal that ended it.
+    int wait() {
+        int status = 0;
+        while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+        }
+        pid_ = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    }
+
+  private:
+    pid_t pid_;
+};
+
+}  // namespace kaz::test

@@ -1,0 +1,112 @@
+// The order in which an update reaches the disk, and what a step that fails leaves.
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <stdio.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <vector>
+
+#include "config_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+// The steps of this thread that were seen, and the number of the one that is to fail, from 1.
+struct Disk {
+    std::vector<std::string> steps;
+    std::size_t failing = 0;
+};
+
+thread_local Disk* watched = nullptr;
+
+bool isToFail(std::string_view step, const std::filesystem::path& path) {
+    watched->steps.push_back(fmt::format("{} {}", step, path.filename().native()));
+    return watched->steps.size() == watched->failing;
+}
+
+std::filesystem::path pathOf(int fd) {
+    return std::filesystem::read_symlink(fmt::format("/proc/self/fd/{}", fd));
+}
+
+}  // namespace
+}  // namespace kaz::test
+
+// In the place of the C library's, for all libraries of this program.
+extern "C" int fsync(int fd) {
+    if (kaz::test::watched != nullptr && kaz::test::isToFail("flush", kaz::test::pathOf(fd))) {
+        errno = EIO;
+        return -1;
+    }
+    return static_cast<int>(::syscall(SYS_fsync, fd));
+}
+
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the C library calls one "new"
+extern "C" int rename(const char* from, const char* to) noexcept {
+    if (kaz::test::watched != nullptr && kaz::test::isToFail("rename to", to)) {
+        errno = EIO;
+        return -1;
+    }
+    return static_cast<int>(::syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
+namespace kaz::test {
+namespace {
+
+class ConfigDurability : public ConfigFixture {
+  protected:
+    std::vector<std::string> updateWithFailingStep(std::size_t failing, bool& updated) {
+        Disk disk{{}, failing};
+        watched = &disk;
+        updated = util::updateKazConfig("wifi", "off");
+        watched = nullptr;
+        return disk.steps;
+    }
+
+    std::string folderName() const { return folder().path().filename(); }
+};
+
+TEST_F(ConfigDurability, TheNewFileIsOnDiskBeforeItReplacesTheOldOneAndItsFolderAfter) {
+    bool updated = false;
+    const auto steps = updateWithFailingStep(0, updated);
+    EXPECT_TRUE(updated);
+    EXPECT_THAT(steps,
+                ::testing::ElementsAre("flush kaz.conf.tmp", "rename to kaz.conf", "flush " + folderName()));
+}
+
+TEST_F(ConfigDurability, TheFoldersAboveCreatedOnesReachTheDiskToo) {
+    useFile(folder() / "a/b/kaz.conf");
+    bool updated = false;
+    const auto steps = updateWithFailingStep(0, updated);
+    EXPECT_TRUE(updated);
+    EXPECT_THAT(steps, ::testing::ElementsAre("flush " + folderName(), "flush a", "flush kaz.conf.tmp",
+                                              "rename to kaz.conf", "flush b"));
+}
+
+TEST_F(ConfigDurability, AValueThatIsThereAlreadyIsOnDiskWhenTheUpdateReturns) {
+    write("wifi=off\n");
+    bool updated = false;
+    const auto steps = updateWithFailingStep(0, updated);
+    EXPECT_TRUE(updated);
+    EXPECT_THAT(steps, ::testing::ElementsAre("flush kaz.conf", "flush " + folderName()));
+}
+
+TEST_F(ConfigDurability, AStepThatFailsIsAFailedUpdate) {
+    for (const std::size_t failing : {1U, 2U, 3U}) {
+        SCOPED_TRACE(failing);
+        write("wifi=on\n");
+        log().clear();
+        bool updated = true;
+        EXPECT_EQ(updateWithFailingStep(failing, updated).size(), failing)
+            << "nothing follows the failed step";
+        EXPECT_FALSE(updated);
+        EXPECT_THAT(log().texts(spdlog::level::warn), ::testing::ElementsAre(::testing::HasSubstr("error")));
+        EXPECT_EQ(text(), failing == 3 ? "wifi=off\n" : "wifi=on\n");
+        EXPECT_EQ(folder().content(), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
+    }
+}
+
+}  // namespace
+}  // namespace kaz::test
