@@ -5,15 +5,15 @@ namespace kaz::ctl {
 std::string helpText() {
     return R"(usage: kazwifictl [OPTION...] [COMMAND [ARGUMENT...]]
 
-  status             what Wi-Fi is doing            on, off   switch Wi-Fi
-  list               the networks in range          scan      look again, then list
-  connect SSID       connect; asks for a password   disconnect
-  forget SSID        delete a saved network         monitor   show every change
-Without a command: a prompt that takes all of these. `COMMAND --help` tells more.
+  status          what Wi-Fi is doing           on, off     switch Wi-Fi
+  list            the networks in range         scan        look anew and list
+  connect SSID    connect; asks for a password  disconnect  end the connection
+  forget SSID     delete a saved network        monitor     show every change
+Without a command: a prompt that takes all of these. COMMAND --help tells more.
 
-  --json             results as JSON                --color auto|always|never
-  --simulate[=FILE]  act on a simulated device      -v, --verbose   log to stderr
-  --start-wait SECONDS  wait for Wi-Fi to start (5) --version, -h, --help
+  --json                results as JSON         --color auto|always|never
+  --simulate[=FILE]     on a simulated device   -v, --verbose  log to stderr
+  --start-wait SECONDS  for Wi-Fi to start (5)  --version, -h, --help
 
 Examples:
   kazwifictl list
@@ -29,10 +29,10 @@ Exit status: 0 done, 1 failed, 2 usage, 3 time-out, 4 no Wi-Fi, 5 not found,
 }
 
 std::string promptHelpText() {
-    return R"(  status             what Wi-Fi is doing            on, off   switch Wi-Fi
-  list               the networks in range          scan      look again, then list
-  connect SSID       connect; asks for a password   disconnect
-  forget SSID        delete a saved network         monitor   show every change
+    return R"(  status          what Wi-Fi is doing           on, off     switch Wi-Fi
+  list            the networks in range         scan        look anew and list
+  connect SSID    connect; asks for a password  disconnect  end the connection
+  forget SSID     delete a saved network        monitor     show every change
   help               this text                      quit      or Ctrl-D
 COMMAND --help tells more. Tab completes commands and SSIDs.
 )";

@@ -81,10 +81,7 @@ int show(const Failure& failure) {
     return static_cast<int>(failure.code);
 }
 
-int start(const Options& options, const std::vector<std::string>& arguments) {
-    if (options.simulate) {
-        return show(runSimulated(*options.simulate, arguments));
-    }
+int start(const Options& options) {
     if (options.command == Command::prompt && ::isatty(STDIN_FILENO) != 1) {
         return show({ExitCode::usage, "no command given", "the standard input is no terminal for a prompt",
                      "kazwifictl --help"});
@@ -92,11 +89,17 @@ int start(const Options& options, const std::vector<std::string>& arguments) {
     // The gauges are the business of the device's own program, whose file this one would overwrite.
     ::unsetenv("KAZ_METRICS_FILE");
     ::signal(SIGPIPE, SIG_IGN);
+    std::unique_ptr<Simulation> simulation;
+    if (options.simulate) {
+        simulation = std::make_unique<Simulation>(*options.simulate);
+    }
     std::unique_ptr<Background> background;
     if (options.command == Command::connect && options.connect.wait.count() == 0) {
         background = std::make_unique<Background>();
     }
-    return finish(run(options, background.get()));
+    const End end = run(options, background.get());
+    simulation.reset();
+    return finish(end);
 }
 
 }  // namespace
@@ -113,7 +116,9 @@ int main(int argc, char** argv) {
             Output(ColourChoice::never, false).say(message->text);
             return 0;
         }
-        return start(std::get<Options>(parsed), arguments);
+        return start(std::get<Options>(parsed));
+    } catch (const CommandFailed& failed) {
+        return show(failed.failure());
     } catch (const std::exception& error) {
         return show({ExitCode::failed, "cannot go on", error.what(), {}});
     }

@@ -58,6 +58,7 @@ class Parser {
     void addSsid(CLI::App* command);
     Parsed finish();
     Failure usage(const std::string& why, const std::string& advice = {}) const;
+    Failure notExpected() const;
     Message help() const;
 
     Options options_;
@@ -98,7 +99,7 @@ void Parser::addPlainCommands() {
 }
 
 void Parser::addSsid(CLI::App* command) {
-    command->add_option("SSID", options_.ssid, "The network's name")->required();
+    command->add_option("SSID", options_.ssid, "The network's name")->type_name("")->required();
     command->add_flag("--hex", raw_.hex, "SSID is given in hexadecimal digits");
 }
 
@@ -106,16 +107,19 @@ void Parser::addConnect() {
     CLI::App* sub = command(Command::connect, "Connect to a network. A saved one needs only its name.");
     ConnectOptions& connect = options_.connect;
     addSsid(sub);
-    sub->add_option("--security", raw_.security, std::string(securityNames()));
+    sub->add_option("--security", raw_.security, std::string(securityNames()))->type_name("WORD");
     sub->add_flag("--hidden", connect.hidden, "The network does not announce its name");
     raw_.passwordFileGiven =
-        sub->add_option("--password-file", raw_.passwordFile, "Its first line is the password; - is stdin");
-    sub->add_option("--identity", connect.identity, "EAP identity");
-    sub->add_option("--anonymous-identity", connect.anonymousIdentity, "EAP outer identity");
-    sub->add_option("--eap", connect.eapMethod, "MSCHAPV2, PEAP, PWD or TTLS");
-    sub->add_option("--phase2", connect.phase2Method, "GTC, MSCHAP, MSCHAPV2 or PAP");
-    sub->add_option("--wait", raw_.wait, "Seconds until an attempt is given up; 0: do not wait (30)")
-        ->check(CLI::Range(0.0, 86400.0));
+        sub->add_option("--password-file", raw_.passwordFile, "Its first line is the password; - is stdin")
+            ->type_name("FILE");
+    sub->add_option("--identity", connect.identity, "EAP identity")->type_name("NAME");
+    sub->add_option("--anonymous-identity", connect.anonymousIdentity, "EAP outer identity")
+        ->type_name("NAME");
+    sub->add_option("--eap", connect.eapMethod, "MSCHAPV2, PEAP, PWD or TTLS")->type_name("METHOD");
+    sub->add_option("--phase2", connect.phase2Method, "GTC, MSCHAP, MSCHAPV2 or PAP")->type_name("METHOD");
+    sub->add_option("--wait", raw_.wait, "Seconds to wait; 0: do not (30)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 86400.0).name(""));
     sub->add_flag("--keep", connect.keep, "Keep a new network saved although connecting fails");
     sub->footer(
         "Examples: kazwifictl connect Home\n"
@@ -132,12 +136,32 @@ Failure Parser::usage(const std::string& why, const std::string& advice) const {
             harmless(why, true), advice.empty() ? help : advice};
 }
 
+// What was given too much may be a password, so it is not repeated unless it looks like an option.
+Failure Parser::notExpected() const {
+    const std::vector<std::string> extras = app_.remaining(true);
+    const auto option = std::find_if(extras.begin(), extras.end(),
+                                     [](const std::string& extra) { return extra.substr(0, 1) == "-"; });
+    if (option != extras.end()) {
+        const std::string name = option->substr(0, option->find('='));
+        const bool password = name == "--password" || name == "-p";
+        return usage(fmt::format("there is no option {}", name),
+                     password
+                         ? "--password-file FILE; a password is never an argument, where others can read it"
+                         : "");
+    }
+    const auto subs = app_.get_subcommands();
+    if (subs.empty() && !extras.empty()) {
+        return usage(fmt::format("there is no command \"{}\"", extras.front()));
+    }
+    return usage("there is an argument too many", "a name with blanks in quotes");
+}
+
 Message Parser::help() const {
     const auto subs = app_.get_subcommands();
     if (subs.empty()) {
         return {prompt_ ? promptHelpText() : helpText()};
     }
-    return {subs.front()->help()};
+    return {subs.front()->help(prompt_ ? "" : "kazwifictl")};
 }
 
 Parsed Parser::parse(const std::vector<std::string>& arguments) {
@@ -148,6 +172,8 @@ Parsed Parser::parse(const std::vector<std::string>& arguments) {
         return help();
     } catch (const CLI::CallForVersion& version) {
         return Message{version.what() + std::string("\n")};
+    } catch (const CLI::ExtrasError&) {
+        return notExpected();
     } catch (const CLI::ParseError& error) {
         return usage(error.what());
     }

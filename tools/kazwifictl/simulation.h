@@ -1,19 +1,35 @@
 #pragma once
 
+#include <sys/types.h>
+
+#include <filesystem>
 #include <optional>
 #include <string>
-#include <vector>
-
-#include "failure.h"
 
 namespace kaz::ctl {
 
-// Runs this program again, without --simulate, over a simulated device of its own, in place of this process.
-// `neighbourhood` is a file that tells what the device finds around it; empty: the built-in one. Returns only
-// when that cannot be done.
-Failure runSimulated(const std::string& neighbourhood, const std::vector<std::string>& arguments);
+// A simulated device that is this process's own: until the end of this object, or of the process however it
+// ends, the system bus and the configuration file of this process are those of the simulation.
+class Simulation {
+  public:
+    // `neighbourhood` is a file that tells what the device finds around it; empty: a flat in town. Returns
+    // when the device is there. Before any thread is started. Throws CommandFailed.
+    explicit Simulation(const std::string& neighbourhood);
+    ~Simulation();
+    Simulation(const Simulation&) = delete;
+    Simulation& operator=(const Simulation&) = delete;
+    Simulation(Simulation&&) = delete;
+    Simulation& operator=(Simulation&&) = delete;
 
-// The program of the simulated device: beside this one or in the build folder that it lies in, in the libexec
+  private:
+    Simulation() = default;  // complete, so that what fails later is cleaned up
+    void start(const std::string& program, const std::string& neighbourhood);
+
+    std::filesystem::path folder_;
+    pid_t simulator_ = -1;
+};
+
+// The program of the simulated device: beside this one or in the build folder that it lies in, in a libexec
 // folder, or in PATH. Nothing when it is nowhere.
 std::optional<std::string> findSimulator();
 
