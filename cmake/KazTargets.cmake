@@ -16,7 +16,8 @@ if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     target_compile_options(kaz_build_rules INTERFACE $<$<BOOL:${${known}}>:${flag}>)
   endforeach()
   target_compile_options(kaz_build_rules INTERFACE
-    "-ffile-prefix-map=${PROJECT_BINARY_DIR}=build" "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=${PROJECT_NAME}")
+    "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=/usr/src/${PROJECT_NAME}"
+    "-ffile-prefix-map=${PROJECT_BINARY_DIR}=/usr/src/${PROJECT_NAME}/build")
 endif()
 
 # One folder is one layer is one target. A layer's headers are found only by the targets that name it in USES:
