@@ -1,0 +1,39 @@
+#include "call_log.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kaz::test {
+
+void CallLog::add(std::string call) {
+    const std::lock_guard lock(mutex_);
+    calls_.push_back(std::move(call));
+    changed_.notify_all();
+}
+
+CallLog::Calls CallLog::calls() const {
+    const std::lock_guard lock(mutex_);
+    return calls_;
+}
+
+CallLog::Calls CallLog::take() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(calls_, {});
+}
+
+bool CallLog::waitFor(const std::function<bool(const Calls&)>& predicate,
+                      std::chrono::milliseconds limit) const {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, limit, [&] { return predicate(calls_); });
+}
+
+bool CallLog::waitForCall(std::string_view part, std::chrono::milliseconds limit) const {
+    return waitFor(
+        [&](const Calls& calls) {
+            return std::any_of(calls.begin(), calls.end(),
+                               [&](const std::string& call) { return call.find(part) != std::string::npos; });
+        },
+        limit);
+}
+
+}  // namespace kaz::test

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kaz::test {
+
+// What happened, in order, each as a line of text. Any thread may add and ask.
+class CallLog {
+  public:
+    using Calls = std::vector<std::string>;
+    static constexpr std::chrono::seconds generousLimit{30};
+
+    void add(std::string call);
+    Calls calls() const;
+
+    // The calls since the last take().
+    Calls take();
+
+    // Blocks until the predicate holds for the calls since the last take(). False when it does not within the
+    // limit.
+    bool waitFor(const std::function<bool(const Calls&)>& predicate,
+                 std::chrono::milliseconds limit = generousLimit) const;
+
+    // Blocks until a call contains this text.
+    bool waitForCall(std::string_view part, std::chrono::milliseconds limit = generousLimit) const;
+
+  private:
+    mutable std::mutex mutex_;
+    mutable std::condition_variable changed_;
+    Calls calls_;
+};
+
+}  // namespace kaz::test

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "call_log.h"
+
+#include <memory>
+#include <string>
+
+namespace kaz::test {
+
+class BusThread;
+
+// Listens in on a bus and notes, in the order in which the bus handles them, all method calls of all
+// connections that begin their life after this, and the match rules they add and remove:
+//
+//   call com.example.Service /path the.interface.Member(...)
+//   match the.interface.Member of com.example.Service /path
+//   unmatch the.interface.Member of com.example.Service /path
+//
+// Calls of the bus itself other than for match rules on signals of others are left out.
+class RecordingBus {
+  public:
+    // Listens on return.
+    RecordingBus(const std::string& address, CallLog& log);
+    ~RecordingBus();
+    RecordingBus(const RecordingBus&) = delete;
+    RecordingBus& operator=(const RecordingBus&) = delete;
+    RecordingBus(RecordingBus&&) = delete;
+    RecordingBus& operator=(RecordingBus&&) = delete;
+
+  private:
+    std::unique_ptr<BusThread> connection_;
+};
+
+}  // namespace kaz::test

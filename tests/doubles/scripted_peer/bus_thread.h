@@ -1,0 +1,55 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace kaz::test {
+
+// A bus connection and the thread that serves it. What cannot be opened throws std::runtime_error.
+class BusThread {
+  public:
+    using Job = std::function<void(sd_bus*)>;
+    // Runs on the thread for every message that arrives.
+    using Receiver = std::function<void(sd_bus_message*)>;
+
+    // `prepare` runs on the caller's thread, on the connected bus, before the thread starts.
+    BusThread(const std::string& address, const Job& prepare, Receiver receiver);
+    ~BusThread();
+    BusThread(const BusThread&) = delete;
+    BusThread& operator=(const BusThread&) = delete;
+    BusThread(BusThread&&) = delete;
+    BusThread& operator=(BusThread&&) = delete;
+
+    // Runs the job on the thread and waits until it is done and all it sent has left.
+    void run(const Job& job);
+
+  private:
+    struct CloseBus {
+        void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
+    };
+
+    void serve();
+    void processMessages();
+    void runJobs();
+    void sleep() const;
+    void wake() const;
+
+    std::unique_ptr<sd_bus, CloseBus> bus_;
+    Receiver receiver_;
+    int wakeUp_ = -1;
+    std::mutex mutex_;
+    std::vector<std::function<void()>> jobs_;
+    bool ending_ = false;
+    std::thread thread_;
+};
+
+// Throws std::runtime_error with `what` for a negative sd-bus return code.
+void requireSuccess(int result, const char* what);
+
+}  // namespace kaz::test
