@@ -1,0 +1,47 @@
+#pragma once
+
+#include "stub_bus.h"
+#include "value_codec.h"
+
+#include <gtest/gtest.h>
+#include <systemd/sd-bus.h>
+
+#include <string>
+
+namespace kaz::dbus {
+
+// The bare text of an sd-bus failure.
+std::string errorText(int code);
+
+inline const std::string wrongType = errorText(-ENXIO);  // also for reading past the end
+inline const std::string badMessage = errorText(-EBADMSG);
+inline const std::string invalidArgument = errorText(-EINVAL);
+inline const std::string notPermitted = errorText(-EPERM);
+
+// Overwrites the first byte of the text (a string, or an object path) in a sealed message, so that the text
+// is not a valid one any more: nothing that a sender's library would send.
+void corruptText(sd_bus_message* message, const std::string& text);
+
+class CodecTest : public testing::Test {
+  protected:
+    // Reads one value of a message that holds these, as sd_bus_message_append() takes them.
+    template <typename T, typename... Values>
+    CodecResult<T> readFrom(const char* types, Values... values) {
+        return read<T>(bus.sealed(types, values...).get());
+    }
+
+    // The text of the error with which that fails.
+    template <typename T, typename... Values>
+    std::string errorFrom(const char* types, Values... values) {
+        return errorOf(readFrom<T>(types, values...));
+    }
+
+    template <typename T>
+    static std::string errorOf(const CodecResult<T>& result) {
+        return result ? "(no error)" : result.error();
+    }
+
+    test::StubBus bus;
+};
+
+}  // namespace kaz::dbus
