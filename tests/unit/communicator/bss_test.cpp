@@ -1,0 +1,148 @@
+// What the radio sees: scans, access points, signal strength; and EAP methods.
+#include "communicator_fixture.h"
+#include "report_text.h"
+
+namespace kaz::wifi {
+namespace {
+
+const Answer broken = errorReply("fi.w1.wpa_supplicant1.UnknownError", "x");
+
+class Bss : public CommunicatorTest {
+  protected:
+    Bss() { startAttached(); }
+
+    std::string read(const std::string& path) {
+        const auto bss = onLoop([&] { return communicator->getBssPropertiesSync(path); });
+        return bss ? bssText(*bss) : "nothing";
+    }
+
+    std::optional<int> poll(Answer answer) {
+        supplicant.onCall(interfacePath, interfaceInterface, "SignalPoll", std::move(answer));
+        forget();
+        return onLoop([&] { return communicator->signalPollSync(); });
+    }
+
+    std::set<std::string> eapMethods(Answer answer) {
+        supplicant.onGet(rootPath, rootInterface, "EapMethods", std::move(answer));
+        forget();
+        return onLoop([&] { return communicator->eapMethodsSync(); });
+    }
+};
+
+TEST_F(Bss, IsScannedForPassively) {
+    supplicant.onCall(interfacePath, interfaceInterface, "Scan", reply(""));
+    EXPECT_TRUE(onLoop([&] { return communicator->scanSync(); }));
+    EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("Scan", R"({"Type": <"passive">})")));
+    EXPECT_THAT(takeLog(), IsEmpty());
+    supplicant.onCall(interfacePath, interfaceInterface, "Scan", broken);
+    EXPECT_FALSE(onLoop([&] { return communicator->scanSync(); }));
+}
+
+TEST_F(Bss, IsReadWithOneGetAll) {
+    supplicant.onGetAll(bssPath, bssInterface,
+                        reply("a{sv}", 6, "BSSID", "ay", 6, 1, 2, 3, 4, 5, 6, "SSID", "ay", 4, 'H', 'o', 'm',
+                              'e', "Signal", "n", -61, "Privacy", "b", 1, "RSN", "a{sv}", 2, "KeyMgmt", "as",
+                              2, "wpa-psk", "sae", "Group", "s", "ccmp", "Age", "u", 3U));
+    EXPECT_EQ(read(bssPath), R"("Home" -61 dBm rsnPsk)");
+    EXPECT_THAT(takeCalls(), ElementsAre(getAllText(bssPath, bssInterface)));
+    EXPECT_THAT(takeLog(), IsEmpty());
+}
+
+TEST_F(Bss, WithoutPropertiesIsHiddenOpenAndOfSignalZero) {
+    supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 0));
+    EXPECT_EQ(read(bssPath), R"("" 0 dBm none)");
+}
+
+TEST_F(Bss, ThatHidesItsSsidHasAnEmptyOne) {
+    supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 1, "SSID", "ay", 3, 0, 0, 0));
+    EXPECT_EQ(read(bssPath), R"("" 0 dBm none)");
+    supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 1, "SSID", "ay", 1, ' '));
+    EXPECT_EQ(read(bssPath), R"("" 0 dBm none)");
+    supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 1, "SSID", "ay", 2, ' ', ' '));
+    EXPECT_EQ(read(bssPath), R"("  " 0 dBm none)");
+}
+
+TEST_F(Bss, HasTheWholeRangeOfSignals) {
+    for (const int signal : {-32768, -100, 0, 32767}) {
+        supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 1, "Signal", "n", signal));
+        EXPECT_EQ(read(bssPath), "\"\" " + std::to_string(signal) + " dBm none");
+    }
+}
+
+TEST_F(Bss, ThatIsGoneGivesNothing) {
+    EXPECT_EQ(read(bssPath), "nothing");
+    EXPECT_THAT(takeCalls(), ElementsAre(getAllText(bssPath, bssInterface)));
+}
+
+TEST_F(Bss, ThatCannotBeDecodedGivesNothingAndOneWarning) {
+    supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 2, "Privacy", "b", 1, "Signal", "i", -61));
+    EXPECT_EQ(read(bssPath), "nothing");
+    EXPECT_THAT(takeLog(),
+                ElementsAre(warning("Error while decoding dbus data. Details: Value decoding error: "
+                                    "Unable to read from variant: No such device or address")));
+}
+
+TEST_F(Bss, ListKeepsTheOrderOfThePathsAndEverySsid) {
+    supplicant.onGetAll("/b/1", bssInterface, reply("a{sv}", 1, "Signal", "n", -1));
+    supplicant.onGetAll("/b/2", bssInterface, reply("a{sv}", 1, "Signal", "n", -2));
+    supplicant.onGetAll("/b/3", bssInterface, reply("a{sv}", 1, "Signal", "s", "x"));
+    const auto list = onLoop([&] {
+        return communicator->decodeBssPaths({"/b/2", "/b/gone", "/b/3", "/b/1", "/b/2"});
+    });
+    ASSERT_EQ(list.size(), 3U);
+    EXPECT_EQ(list[0].signal, -2);
+    EXPECT_EQ(list[1].signal, -1);
+    EXPECT_EQ(list[2].signal, -2);
+    EXPECT_THAT(onLoop([&] { return communicator->decodeBssPaths({}); }), IsEmpty());
+}
+
+TEST_F(Bss, SignalIsPolled) {
+    EXPECT_EQ(poll(reply("a{sv}", 3, "linkspeed", "i", 65, "rssi", "i", -58, "noise", "i", -95)), -58);
+    EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("SignalPoll")));
+    EXPECT_THAT(takeLog(), IsEmpty());
+    EXPECT_EQ(poll(reply("v", "a{sv}", 1, "rssi", "i", 0)), 0);
+}
+
+TEST_F(Bss, SignalIsUnknownWithAWarningWhenThePollHasNoRssi) {
+    EXPECT_EQ(poll(reply("a{sv}", 1, "linkspeed", "i", 65)), std::nullopt);
+    EXPECT_THAT(takeLog(),
+                ElementsAre(warning("SignalPoll succeeded, but didn't return signal strength (rssi)")));
+}
+
+TEST_F(Bss, SignalIsUnknownWhenThePollFails) {
+    EXPECT_EQ(poll(broken), std::nullopt);
+    EXPECT_FALSE(log.contains("SignalPoll succeeded"));
+    EXPECT_FALSE(log.contains("Error while decoding"));
+}
+
+TEST_F(Bss, SignalIsUnknownWhenThePollCannotBeDecoded) {
+    EXPECT_EQ(poll(reply("a{sv}", 1, "rssi", "s", "-58")), std::nullopt);
+    EXPECT_THAT(takeLog(),
+                ElementsAre(warning("Error while decoding dbus data. Details: Value decoding error: "
+                                    "Unable to read from variant: No such device or address")));
+}
+
+TEST_F(Bss, EapMethodsAreReadSortedAndEachOnce) {
+    EXPECT_THAT(eapMethods(reply("v", "as", 4, "TTLS", "PEAP", "TTLS", "MD5")),
+                ElementsAre("MD5", "PEAP", "TTLS"));
+    EXPECT_THAT(takeCalls(), ElementsAre(getText(rootPath, rootInterface, "EapMethods")));
+    EXPECT_THAT(takeLog(), IsEmpty());
+    EXPECT_THAT(eapMethods(reply("v", "as", 0)), IsEmpty());
+    EXPECT_THAT(takeLog(), IsEmpty());
+}
+
+TEST_F(Bss, EapMethodsAreNoneWithARecordWhenTheyCannotBeRead) {
+    EXPECT_THAT(eapMethods(broken), IsEmpty());
+    EXPECT_EQ(takeLog().back(), warning("Unable to load eapMethods"));
+}
+
+TEST_F(Bss, EapMethodsAreNoneWithTwoRecordsWhenTheyCannotBeDecoded) {
+    EXPECT_THAT(eapMethods(reply("v", "s", "PEAP")), IsEmpty());
+    EXPECT_THAT(takeLog(),
+                ElementsAre(warning("Error while decoding dbus data. Details: Unable to read from variant: "
+                                    "No such device or address"),
+                            warning("Unable to load eapMethods")));
+}
+
+}  // namespace
+}  // namespace kaz::wifi

@@ -1,0 +1,149 @@
+#include "communicator_fixture.h"
+
+#include "report_text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kaz::wifi {
+namespace {
+
+const std::string settleMark = "settle-";
+
+std::string quoted(const std::string& text) {
+    return '"' + text + '"';
+}
+
+// The bus has to be the system bus before the communicator and the daemons are made.
+const sim::PrivateBus& asSystemBus(const sim::PrivateBus& bus) {
+    bus.becomeSystemBus();
+    return bus;
+}
+
+}  // namespace
+
+std::string callText(const std::string& path, const std::string& member, const std::string& arguments) {
+    return path + ' ' + member + '(' + arguments + ')';
+}
+
+std::string getText(const std::string& path, const std::string& interface, const std::string& property) {
+    return callText(path, propertiesInterface + ".Get", quoted(interface) + ", " + quoted(property));
+}
+
+std::string setText(const std::string& path, const std::string& interface, const std::string& property,
+                    const std::string& value) {
+    return callText(path, propertiesInterface + ".Set",
+                    quoted(interface) + ", " + quoted(property) + ", " + value);
+}
+
+std::string getAllText(const std::string& path, const std::string& interface) {
+    return callText(path, propertiesInterface + ".GetAll", quoted(interface));
+}
+
+std::string interfaceCall(const std::string& member, const std::string& arguments) {
+    return callText(interfacePath, interfaceInterface + '.' + member, arguments);
+}
+
+ConnectionSettings openNetwork(const std::string& ssid) {
+    ConnectionSettings settings;
+    settings.ssid = ssid;
+    return settings;
+}
+
+LogRecord debug(std::string text) {
+    return {spdlog::level::debug, std::move(text)};
+}
+
+LogRecord warning(std::string text) {
+    return {spdlog::level::warn, std::move(text)};
+}
+
+LogRecord error(std::string text) {
+    return {spdlog::level::err, std::move(text)};
+}
+
+CommunicatorTest::CommunicatorTest()
+    : systemd(asSystemBus(bus).address(), "org.freedesktop.systemd1", calls),
+      supplicant(bus.address(), "fi.w1.wpa_supplicant1", calls),
+      networkd(bus.address(), "org.freedesktop.network1", calls),
+      communicator(std::make_unique<DbusCommunicator>()) {
+    systemd.onCall(systemdPath, systemdInterface, "LoadUnit", reply("o", unitPath));
+    systemd.onCall(systemdPath, systemdInterface, "Subscribe", reply(""));
+    supplicant.onGet(rootPath, rootInterface, "Interfaces", reply("v", "ao", 1, interfacePath));
+    supplicant.onGetAll(interfacePath, interfaceInterface, reply("a{sv}", 0));
+    networkd.onGetAll(networkdPath, networkdInterface, reply("a{sv}", 0));
+    assignHandlers();
+}
+
+CommunicatorTest::~CommunicatorTest() = default;
+
+void CommunicatorTest::assignHandlers() {
+    communicator->wifiServiceStatusChangeHandler = [this] {
+        calls.add(std::string("status changed: ") + (communicator->isSupplicantOn() ? "on" : "off"));
+    };
+    communicator->scanningDoneHandler = [this](bool success) {
+        calls.add(std::string("scanning done: ") + (success ? "true" : "false"));
+    };
+    communicator->networkSelectedHandler = [this](const std::optional<std::string>& ssid) {
+        calls.add("network selected: " + (ssid ? quoted(*ssid) : "unknown"));
+    };
+    communicator->networkdOnlineHandler = [this](bool online) {
+        calls.add(std::string("networkd online: ") + (online ? "true" : "false"));
+    };
+    communicator->supplicantPropertiesHandler =
+        [this](const Communicator::SupplicantInterfaceProperties& report) {
+            calls.add("report: " + reportText(report));
+        };
+}
+
+void CommunicatorTest::start(const std::string& activeState) {
+    systemd.onGet(unitPath, unitInterface, "ActiveState", reply("v", "s", activeState));
+    communicator->startEventLoop();
+    onLoop([] {});
+}
+
+void CommunicatorTest::startAttached() {
+    start("active");
+    forget();
+}
+
+void CommunicatorTest::startDetached() {
+    start("inactive");
+    forget();
+}
+
+void CommunicatorTest::forget() {
+    calls.take();
+    log.clear();
+}
+
+void CommunicatorTest::emitUnitState(const std::string& activeState) {
+    systemd.emit(unitPath, propertiesInterface, "PropertiesChanged",
+                 values("sa{sv}as", unitInterface, 1, "ActiveState", "s", activeState, 0));
+}
+
+void CommunicatorTest::emitOnlineState(const std::string& onlineState) {
+    networkd.emit(networkdPath, propertiesInterface, "PropertiesChanged",
+                  values("sa{sv}as", networkdInterface, 1, "OnlineState", "s", onlineState, 0));
+}
+
+void CommunicatorTest::settle() {
+    const std::string mark = settleMark + std::to_string(++settled_);
+    emitFromInterface("EAP", "ss", mark, "");
+    EXPECT_TRUE(log.waitForText(spdlog::level::debug, mark + ','));
+    onLoop([] {});
+}
+
+test::CallLog::Calls CommunicatorTest::takeCalls() {
+    return calls.take();
+}
+
+test::RecordingLog::Records CommunicatorTest::takeLog() {
+    auto records = log.records();
+    log.clear();
+    std::erase_if(records,
+                  [](const LogRecord& record) { return record.text.find(settleMark) != std::string::npos; });
+    return records;
+}
+
+}  // namespace kaz::wifi

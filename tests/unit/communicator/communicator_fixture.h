@@ -1,0 +1,132 @@
+#pragma once
+
+#include "dbus_communicator.h"
+#include "private_bus.h"
+#include "recording_log.h"
+#include "scripted_peer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <future>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+namespace kaz::wifi {
+
+using test::Answer;
+using test::errorReply;
+using test::LogRecord;
+using test::noReply;
+using test::reply;
+using test::values;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+inline const std::string unitPath = "/org/freedesktop/systemd1/unit/wpa_5fsupplicant_2eservice";
+inline const std::string rootPath = "/fi/w1/wpa_supplicant1";
+inline const std::string interfacePath = "/fi/w1/wpa_supplicant1/Interfaces/7";
+inline const std::string networkPath = interfacePath + "/Networks/0";
+inline const std::string bssPath = interfacePath + "/BSSs/0";
+inline const std::string systemdPath = "/org/freedesktop/systemd1";
+inline const std::string networkdPath = "/org/freedesktop/network1";
+
+inline const std::string interfaceInterface = "fi.w1.wpa_supplicant1.Interface";
+inline const std::string networkInterface = "fi.w1.wpa_supplicant1.Network";
+inline const std::string bssInterface = "fi.w1.wpa_supplicant1.BSS";
+inline const std::string rootInterface = "fi.w1.wpa_supplicant1";
+inline const std::string systemdInterface = "org.freedesktop.systemd1.Manager";
+inline const std::string unitInterface = "org.freedesktop.systemd1.Unit";
+inline const std::string networkdInterface = "org.freedesktop.network1.Manager";
+inline const std::string propertiesInterface = "org.freedesktop.DBus.Properties";
+
+// How a peer notes the calls it receives.
+std::string callText(const std::string& path, const std::string& member, const std::string& arguments = "");
+std::string getText(const std::string& path, const std::string& interface, const std::string& property);
+std::string setText(const std::string& path, const std::string& interface, const std::string& property,
+                    const std::string& value);
+std::string getAllText(const std::string& path, const std::string& interface);
+
+// A call at the supplicant's interface.
+std::string interfaceCall(const std::string& member, const std::string& arguments = "");
+
+ConnectionSettings openNetwork(const std::string& ssid);
+
+LogRecord debug(std::string text);
+LogRecord warning(std::string text);
+LogRecord error(std::string text);
+
+// A communicator between three scripted daemons on a bus of its own. The daemons know: a unit; one interface,
+// without properties; networkd, without properties. The calls of all three and of the handlers stand in one
+// log, in their order.
+class CommunicatorTest : public testing::Test {
+  protected:
+    CommunicatorTest();
+    ~CommunicatorTest() override;
+    CommunicatorTest(const CommunicatorTest&) = delete;
+    CommunicatorTest& operator=(const CommunicatorTest&) = delete;
+    CommunicatorTest(CommunicatorTest&&) = delete;
+    CommunicatorTest& operator=(CommunicatorTest&&) = delete;
+
+    // Makes all handlers note what they are called with.
+    void assignHandlers();
+
+    // Starts the loop, the unit being in this state, and waits for the end of the first task.
+    void start(const std::string& activeState);
+
+    // The same, and forgets what was noted and logged meanwhile.
+    void startAttached();
+    void startDetached();
+    void forget();
+
+    // Runs a function on the loop thread and gives its result.
+    template <typename Function>
+    auto onLoop(Function function) {
+        using Result = std::invoke_result_t<Function>;
+        std::packaged_task<Result()> task(std::move(function));
+        std::future<Result> result = task.get_future();
+        communicator->pushTaskAsync_([&task] { task(); });
+        if (result.wait_for(test::CallLog::generousLimit) != std::future_status::ready) {
+            ADD_FAILURE() << "The loop is stuck.";
+            std::abort();
+        }
+        return result.get();
+    }
+
+    // Signals of the daemons.
+    void emitUnitState(const std::string& activeState);
+    void emitOnlineState(const std::string& onlineState);
+    template <typename... Values>
+    void emitFromInterface(const std::string& member, const std::string& types, Values... given) {
+        supplicant.emit(interfacePath, interfaceInterface, member, values(types, given...));
+    }
+    // The changed properties, each as key, type and value.
+    template <typename... Values>
+    void emitPropertiesChanged(int count, Values... given) {
+        supplicant.emit(interfacePath, propertiesInterface, "PropertiesChanged",
+                        values("sa{sv}as", interfaceInterface, count, given..., 0));
+    }
+
+    // Blocks until all signals of the supplicant emitted so far were handled.
+    void settle();
+
+    // The calls since the last take, but without those of settle().
+    test::CallLog::Calls takeCalls();
+    // Likewise the log.
+    test::RecordingLog::Records takeLog();
+
+    test::RecordingLog log;
+    sim::PrivateBus bus;
+    test::CallLog calls;
+    test::ScriptedPeer systemd;
+    test::ScriptedPeer supplicant;
+    test::ScriptedPeer networkd;
+    std::unique_ptr<DbusCommunicator> communicator;
+
+  private:
+    int settled_ = 0;
+};
+
+}  // namespace kaz::wifi

@@ -1,0 +1,84 @@
+// What the seam promises whoever stands behind it.
+#include "communicator.h"
+
+#include "configured_network.h"
+#include "report_text.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <type_traits>
+
+namespace kaz::wifi {
+namespace {
+
+using Change = Communicator::PropertyChange;
+using Report = Communicator::SupplicantInterfaceProperties;
+using Status = Communicator::SupplicantConnectionStatus;
+
+static_assert(Communicator::NoSignaldBm == -100);
+static_assert(std::is_same_v<decltype(Communicator::NoSignaldBm), const std::int16_t>);
+
+static_assert(std::is_same_v<std::underlying_type_t<Status>, std::int32_t>);
+static_assert(static_cast<int>(Status::InterfaceDisabled) == 1);
+static_assert(static_cast<int>(Status::Disconnected) == 2);
+static_assert(static_cast<int>(Status::Connecting) == 3);
+static_assert(static_cast<int>(Status::Connected) == 4);
+
+static_assert(std::is_same_v<std::underlying_type_t<Change>, std::int32_t>);
+static_assert(static_cast<int>(Change::Unchanged) == 0);
+static_assert(static_cast<int>(Change::Set) == 1);
+static_assert(static_cast<int>(Change::Cleared) == 2);
+
+TEST(CommunicatorHandlers, SwallowWhatComesBeforeTheyAreAssigned) {
+    const auto communicator = createCommunicator();
+    communicator->wifiServiceStatusChangeHandler();
+    communicator->scanningDoneHandler(true);
+    communicator->networkSelectedHandler("Home");
+    communicator->networkSelectedHandler(std::nullopt);
+    communicator->supplicantPropertiesHandler(Report{});
+}
+
+TEST(CommunicatorHandlers, LeaveTheOneForNetworkdWithoutADefault) {
+    const auto communicator = createCommunicator();
+    EXPECT_FALSE(communicator->networkdOnlineHandler);
+    DbusCommunicator unassigned;
+    EXPECT_THROW(unassigned.emitNetworkdLinkProperties({"online"}), std::bad_function_call);
+    EXPECT_THROW(unassigned.emitNetworkdLinkProperties({"offline"}), std::bad_function_call);
+    EXPECT_NO_THROW(unassigned.emitNetworkdLinkProperties({}));
+}
+
+TEST(CommunicatorReport, SaysNothingAtFirst) {
+    const Report report;
+    EXPECT_EQ(reportText(report), "nothing");
+    EXPECT_EQ(report.currentBss.securityMode, SecurityMode::none);
+}
+
+TEST(CommunicatorNetwork, HasTheSameIdForTheSamePathWhateverItsSsid) {
+    DbusCommunicator owner;
+    using Network = DbusCommunicator::ConfiguredNetwork;
+    Network known(owner, "/networks/0", "Home");
+    Network renamed(owner, "/networks/0", "Office");
+    Network unknown(owner, "/networks/0", std::nullopt);
+    Network other(owner, "/networks/1", "Home");
+    EXPECT_EQ(known.id(), renamed.id());
+    EXPECT_EQ(known.id(), unknown.id());
+    EXPECT_NE(known.id(), other.id());
+    EXPECT_EQ(known.id(), std::hash<std::string>{}("/networks/0"));
+    EXPECT_EQ(known.getSsid(), "Home");
+    EXPECT_EQ(unknown.getSsid(), std::nullopt);
+}
+
+TEST(CommunicatorNetwork, KeepsAnSsidOfAnyBytes) {
+    DbusCommunicator owner;
+    const std::string bytes("\0\xff\"", 3);
+    DbusCommunicator::ConfiguredNetwork network(owner, "/networks/0", bytes);
+    EXPECT_EQ(network.getSsid(), bytes);
+}
+
+TEST(CommunicatorStart, IsDetached) {
+    EXPECT_FALSE(createCommunicator()->isSupplicantOn());
+}
+
+}  // namespace
+}  // namespace kaz::wifi

@@ -1,0 +1,120 @@
+// When subscriptions are made and dropped, seen by an eavesdropper on the bus.
+#include "communicator_fixture.h"
+#include "recording_bus.h"
+
+namespace kaz::wifi {
+namespace {
+
+class MatchRules : public CommunicatorTest {
+  protected:
+    MatchRules() {
+        communicator->wifiServiceStatusChangeHandler = [this] { mark("status-changed"); };
+    }
+
+    // Leaves a trace on the bus, from the loop thread.
+    void mark(const std::string& name) {
+        communicator->setNetworkPrioritySync(dbus::OPath("/mark"), static_cast<int>(marks.size()));
+        marks.push_back(name);
+    }
+
+    // What happened on the bus since the start, marks by their names.
+    std::vector<std::string> traffic() {
+        onLoop([&] { mark("end"); });
+        const std::string mine = "call fi.w1.wpa_supplicant1 /mark ";
+        const auto count = [&](const test::CallLog::Calls& seen) {
+            return std::count_if(seen.begin(), seen.end(),
+                                 [&](const std::string& line) { return line.starts_with(mine); });
+        };
+        EXPECT_TRUE(seenOnBus.waitFor([&](const auto& seen) { return count(seen) == std::ssize(marks); }));
+        std::vector<std::string> result;
+        auto name = marks.begin();
+        for (const std::string& line : seenOnBus.calls()) {
+            result.push_back(line.starts_with(mine) ? *name++ : line);
+        }
+        return result;
+    }
+
+    static std::string supplicantMatch(const std::string& verb, const std::string& signal) {
+        return verb + ' ' + signal + " of fi.w1.wpa_supplicant1 " + interfacePath;
+    }
+
+    const std::string networkdMatch =
+        " org.freedesktop.DBus.Properties.PropertiesChanged of org.freedesktop.network1 " + networkdPath;
+    const std::string unitMatch =
+        "match org.freedesktop.DBus.Properties.PropertiesChanged of org.freedesktop.systemd1 ";
+
+    std::vector<std::string> marks;
+    test::CallLog seenOnBus;
+    test::RecordingBus recordingBus{bus.address(), seenOnBus};
+};
+
+TEST_F(MatchRules, AreAddedAtTheStartAfterSubscribeAndBeforeTheFirstActiveState) {
+    start("inactive");
+    EXPECT_THAT(
+        traffic(),
+        ElementsAre("call org.freedesktop.systemd1 " +
+                        callText(systemdPath, systemdInterface + ".LoadUnit", "\"wpa_supplicant.service\""),
+                    "call org.freedesktop.systemd1 " + callText(systemdPath, systemdInterface + ".Subscribe"),
+                    unitMatch + unitPath,
+                    "call org.freedesktop.systemd1 " + getText(unitPath, unitInterface, "ActiveState"),
+                    "end"));
+}
+
+TEST_F(MatchRules, AreAddedInOrderOnAttach) {
+    start("active");
+    const auto all = traffic();
+    ASSERT_GT(all.size(), 4U);
+    EXPECT_THAT(std::vector<std::string>(all.begin() + 4, all.end()),
+                ElementsAre("call fi.w1.wpa_supplicant1 " + getText(rootPath, rootInterface, "Interfaces"),
+                            supplicantMatch("match", interfaceInterface + ".ScanDone"),
+                            supplicantMatch("match", interfaceInterface + ".EAP"),
+                            supplicantMatch("match", interfaceInterface + ".NetworkSelected"),
+                            supplicantMatch("match", propertiesInterface + ".PropertiesChanged"),
+                            "call fi.w1.wpa_supplicant1 " + getAllText(interfacePath, interfaceInterface),
+                            "match" + networkdMatch,
+                            "call org.freedesktop.network1 " + getAllText(networkdPath, networkdInterface),
+                            "status-changed", "end"));
+}
+
+TEST_F(MatchRules, OfTheAttachmentAreDroppedOnDetachAfterTheStatusHandlerAndThoseOnly) {
+    start("active");
+    onLoop([&] {
+        mark("detaching");
+        communicator->connectOrDisconnectFromSupplicantSync("inactive");
+    });
+    const auto all = traffic();
+    const auto detaching = std::find(all.begin(), all.end(), "detaching");
+    ASSERT_NE(detaching, all.end());
+    const std::vector<std::string> since(detaching, all.end());
+    EXPECT_THAT(since, testing::UnorderedElementsAre(
+                           "detaching", "status-changed",
+                           supplicantMatch("unmatch", interfaceInterface + ".ScanDone"),
+                           supplicantMatch("unmatch", interfaceInterface + ".EAP"),
+                           supplicantMatch("unmatch", interfaceInterface + ".NetworkSelected"),
+                           supplicantMatch("unmatch", propertiesInterface + ".PropertiesChanged"),
+                           "unmatch" + networkdMatch, "end"));
+    EXPECT_EQ(since[1], "status-changed");
+}
+
+TEST_F(MatchRules, AreNotAddedWithoutAnInterface) {
+    supplicant.onGet(rootPath, rootInterface, "Interfaces", reply("v", "ao", 0));
+    start("active");
+    const auto all = traffic();
+    ASSERT_GT(all.size(), 4U);
+    EXPECT_THAT(
+        std::vector<std::string>(all.begin() + 4, all.end()),
+        ElementsAre("call fi.w1.wpa_supplicant1 " + getText(rootPath, rootInterface, "Interfaces"), "end"));
+}
+
+TEST_F(MatchRules, AndTheStateAreAboutTheRootWhenTheUnitCannotBeLoaded) {
+    systemd.onCall(systemdPath, systemdInterface, "LoadUnit",
+                   errorReply("org.freedesktop.systemd1.LoadFailed", "x"));
+    start("active");
+    const auto all = traffic();
+    ASSERT_EQ(all.size(), 5U);
+    EXPECT_EQ(all[2], unitMatch + '/');
+    EXPECT_EQ(all[3], "call org.freedesktop.systemd1 " + getText("/", unitInterface, "ActiveState"));
+}
+
+}  // namespace
+}  // namespace kaz::wifi

@@ -1,0 +1,101 @@
+#include "communicator_fixture.h"
+
+#include <functional>
+
+namespace kaz::wifi {
+namespace {
+
+class Networkd : public CommunicatorTest {
+  protected:
+    template <typename... Values>
+    void emitChange(const std::string& types, Values... given) {
+        networkd.emit(networkdPath, propertiesInterface, "PropertiesChanged", values(types, given...));
+    }
+
+    // Blocks until all signals of networkd emitted so far were handled.
+    void settleNetworkd() {
+        emitOnlineState("end");
+        EXPECT_TRUE(log.waitForText(spdlog::level::debug, "OnlineState=end"));
+        onLoop([] {});
+    }
+};
+
+TEST_F(Networkd, IsOnlineForExactlyThatValue) {
+    startAttached();
+    emitOnlineState("online");
+    for (const char* value :
+         {"", "offline", "partial", "unknown", "Online", "ONLINE", "online ", "onlin", "onlinee"}) {
+        emitOnlineState(value);
+    }
+    settleNetworkd();
+    const auto reports = takeCalls();
+    ASSERT_EQ(reports.size(), 11U);
+    EXPECT_EQ(reports.front(), "networkd online: true");
+    EXPECT_EQ(std::count(reports.begin(), reports.end(), "networkd online: false"), 10);
+    const auto logged = takeLog();
+    ASSERT_EQ(logged.size(), 11U);
+    EXPECT_EQ(logged[0], debug("OnlineState=online"));
+    EXPECT_EQ(logged[1], debug("OnlineState="));
+    EXPECT_EQ(logged[2], debug("OnlineState=offline"));
+}
+
+TEST_F(Networkd, TellsNothingWithoutAnOnlineState) {
+    startAttached();
+    emitChange("sa{sv}as", networkdInterface, 0, 0);
+    emitChange("sa{sv}as", networkdInterface, 1, "AddressState", "s", "routable", 1, "OnlineState");
+    settleNetworkd();
+    EXPECT_THAT(takeCalls(), ElementsAre("networkd online: false"));
+    EXPECT_THAT(takeLog(), ElementsAre(debug("OnlineState=end")));
+}
+
+TEST_F(Networkd, IsIgnoredForAnotherInterface) {
+    startAttached();
+    for (const char* interface : {"org.freedesktop.network1.Link", "org.freedesktop.network1.manager", ""}) {
+        emitChange("sa{sv}as", interface, 1, "OnlineState", "s", "online", 0);
+    }
+    settleNetworkd();
+    EXPECT_THAT(takeCalls(), ElementsAre("networkd online: false"));
+    EXPECT_THAT(takeLog(), ElementsAre(debug("OnlineState=end")));
+}
+
+TEST_F(Networkd, IsLoggedAndDroppedWhenItCannotBeDecoded) {
+    startAttached();
+    emitChange("i", 1);
+    emitChange("s", networkdInterface);
+    emitChange("sa{sv}as", networkdInterface, 1, "OnlineState", "b", 1, 0);
+    settleNetworkd();
+    EXPECT_THAT(takeCalls(), ElementsAre("networkd online: false"));
+    const std::string failed = "Error while decoding dbus data. Details: ";
+    const std::string reason = "No such device or address";
+    EXPECT_THAT(takeLog(),
+                ElementsAre(warning(failed + reason), warning(failed + reason),
+                            warning(failed + "Value decoding error: Unable to read from variant: " + reason),
+                            debug("OnlineState=end")));
+}
+
+TEST_F(Networkd, IsReadOnceOnAttach) {
+    networkd.onGetAll(networkdPath, networkdInterface, reply("a{sv}", 1, "OnlineState", "s", "partial"));
+    start("active");
+    const auto all = calls.calls();
+    ASSERT_GT(all.size(), 2U);
+    EXPECT_THAT(std::vector<std::string>(all.end() - 3, all.end()),
+                ElementsAre(getAllText(networkdPath, networkdInterface), "networkd online: false",
+                            "status changed: on"));
+}
+
+TEST_F(Networkd, RaisesWithoutAHandlerAndTheLoopGoesOn) {
+    communicator->networkdOnlineHandler = nullptr;
+    startAttached();
+    EXPECT_THROW(onLoop([&] { communicator->emitNetworkdLinkProperties({"online"}); }),
+                 std::bad_function_call);
+    emitOnlineState("online");
+    EXPECT_TRUE(log.waitFor([](const auto& records) {
+        return std::any_of(records.begin(), records.end(),
+                           [](const LogRecord& record) { return record.level == spdlog::level::err; });
+    }));
+    settle();
+    EXPECT_TRUE(communicator->isSupplicantOn());
+}
+
+}  // namespace
+}  // namespace kaz::wifi

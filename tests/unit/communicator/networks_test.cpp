@@ -1,0 +1,181 @@
+// The networks in the supplicant's configuration, and its connection.
+#include "communicator_fixture.h"
+
+#include <functional>
+
+namespace kaz::wifi {
+namespace {
+
+const dbus::OPath network(networkPath);
+const Answer broken = errorReply("fi.w1.wpa_supplicant1.UnknownError", "x");
+
+class Networks : public CommunicatorTest {
+  protected:
+    Networks() { startAttached(); }
+
+    void onInterface(const std::string& member, Answer answer) {
+        supplicant.onCall(interfacePath, interfaceInterface, member, std::move(answer));
+    }
+    void onNetworkProperties(Answer answer) {
+        supplicant.onGet(networkPath, networkInterface, "Properties", std::move(answer));
+    }
+
+    std::optional<std::string> configuredSsid() {
+        forget();
+        return onLoop([&] { return communicator->getConfiguredSsidForNetworkSync(network); });
+    }
+    std::optional<std::string> configuredSsid(const std::string& text) {
+        onNetworkProperties(reply("v", "a{sv}", 2, "priority", "s", "1", "ssid", "s", text));
+        return configuredSsid();
+    }
+
+    bool run(const std::function<bool(DbusCommunicator&)>& operation) {
+        forget();
+        return onLoop([&] { return operation(*communicator); });
+    }
+};
+
+TEST_F(Networks, AreSelectedByTheirPath) {
+    const auto select = [](DbusCommunicator& c) { return c.selectNetworkSync(network); };
+    onInterface("SelectNetwork", reply(""));
+    EXPECT_TRUE(run(select));
+    EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("SelectNetwork", "o\"" + networkPath + '"')));
+    EXPECT_THAT(takeLog(), ElementsAre(debug("Selected network " + networkPath)));
+    onInterface("SelectNetwork", broken);
+    EXPECT_FALSE(run(select));
+    EXPECT_FALSE(log.contains("Selected network"));
+}
+
+TEST_F(Networks, AreRemovedByTheirPath) {
+    const auto remove = [](DbusCommunicator& c) { return c.removeNetworkSync(network); };
+    onInterface("RemoveNetwork", reply(""));
+    EXPECT_TRUE(run(remove));
+    EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("RemoveNetwork", "o\"" + networkPath + '"')));
+    EXPECT_THAT(takeLog(), ElementsAre(debug("Removed network " + networkPath)));
+    onInterface("RemoveNetwork", broken);
+    EXPECT_FALSE(run(remove));
+    EXPECT_FALSE(log.contains("Removed network"));
+}
+
+TEST_F(Networks, AreEnabledAndDisabledByAVariantOfTypeB) {
+    supplicant.onSet(networkPath, networkInterface, "Enabled", reply(""));
+    EXPECT_TRUE(run([](auto& c) { return c.setNetworkEnabledSync(network, true); }));
+    EXPECT_THAT(takeCalls(), ElementsAre(setText(networkPath, networkInterface, "Enabled", "<true>")));
+    EXPECT_TRUE(run([](auto& c) { return c.setNetworkEnabledSync(network, false); }));
+    EXPECT_THAT(takeCalls(), ElementsAre(setText(networkPath, networkInterface, "Enabled", "<false>")));
+    EXPECT_THAT(takeLog(), IsEmpty());
+    supplicant.onSet(networkPath, networkInterface, "Enabled", broken);
+    EXPECT_FALSE(run([](auto& c) { return c.setNetworkEnabledSync(network, true); }));
+}
+
+TEST_F(Networks, ArePrioritisedByADictionaryWithThatOneEntry) {
+    supplicant.onSet(networkPath, networkInterface, "Properties", reply(""));
+    for (const int priority : {2, 1, 0, -1}) {
+        EXPECT_TRUE(run([=](auto& c) { return c.setNetworkPrioritySync(network, priority); }));
+        EXPECT_THAT(takeCalls(),
+                    ElementsAre(setText(networkPath, networkInterface, "Properties",
+                                        "<{\"priority\": <i" + std::to_string(priority) + ">}>")));
+    }
+    EXPECT_THAT(takeLog(), IsEmpty());
+    supplicant.onSet(networkPath, networkInterface, "Properties", broken);
+    EXPECT_FALSE(run([](auto& c) { return c.setNetworkPrioritySync(network, 1); }));
+}
+
+TEST_F(Networks, AreSavedAndEitherOutcomeIsLogged) {
+    const auto save = [](DbusCommunicator& c) { return c.saveNetworkConfigurationSync(); };
+    onInterface("SaveConfig", reply(""));
+    EXPECT_TRUE(run(save));
+    EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("SaveConfig")));
+    EXPECT_THAT(takeLog(), ElementsAre(debug("Saved new wpa_supplicant config")));
+    onInterface("SaveConfig", broken);
+    EXPECT_FALSE(run(save));
+    EXPECT_EQ(log.records().back(), error("Couldn't save wpa_supplicant config"));
+    EXPECT_FALSE(log.contains("Saved"));
+}
+
+TEST_F(Networks, AreLeftAndJoinedAgainWithoutARecord) {
+    onInterface("Disconnect", reply(""));
+    onInterface("Reconnect", reply(""));
+    EXPECT_TRUE(run([](auto& c) { return c.disconnectSync(); }));
+    EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("Disconnect")));
+    EXPECT_TRUE(run([](auto& c) { return c.reconnectSync(); }));
+    EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("Reconnect")));
+    EXPECT_THAT(takeLog(), IsEmpty());
+    onInterface("Disconnect", errorReply("fi.w1.wpa_supplicant1.NotConnected", "x"));
+    onInterface("Reconnect", broken);
+    EXPECT_FALSE(run([](auto& c) { return c.disconnectSync(); }));
+    EXPECT_FALSE(run([](auto& c) { return c.reconnectSync(); }));
+}
+
+TEST_F(Networks, TellTheirSsidInQuotesOrInHexadecimalDigits) {
+    EXPECT_EQ(configuredSsid("\"Home\""), "Home");
+    EXPECT_THAT(takeCalls(), ElementsAre(getText(networkPath, networkInterface, "Properties")));
+    EXPECT_EQ(configuredSsid("486f6d65"), "Home");
+    EXPECT_EQ(configuredSsid(""), "");
+    EXPECT_EQ(configuredSsid("00ff22"), std::string("\0\xff\"", 3));
+    EXPECT_THAT(takeLog(), IsEmpty());
+}
+
+TEST_F(Networks, HaveNoSsidWhenItsTextCannotBeDecoded) {
+    EXPECT_EQ(configuredSsid("486"), std::nullopt);
+    EXPECT_THAT(takeLog(),
+                ElementsAre(warning("Couldn't decode SSID for " + networkPath + " (ssid=\"486\")")));
+    EXPECT_EQ(configuredSsid("\""), std::nullopt);
+    EXPECT_THAT(takeLog(),
+                ElementsAre(warning("Couldn't decode SSID for " + networkPath + " (ssid=\"\\\"\")")));
+}
+
+TEST_F(Networks, HaveNoSsidWhenThePropertiesDoNotTellIt) {
+    onNetworkProperties(reply("v", "a{sv}", 1, "SSID", "s", "\"Home\""));
+    EXPECT_EQ(configuredSsid(), std::nullopt);
+    EXPECT_THAT(takeLog(), ElementsAre(warning("Couldn't get SSID for " + networkPath + ", no value set.")));
+}
+
+TEST_F(Networks, HaveNoSsidWhenThePropertiesCannotBeDecoded) {
+    onNetworkProperties(reply("v", "a{sv}", 1, "ssid", "ay", 1, 'H'));
+    EXPECT_EQ(configuredSsid(), std::nullopt);
+    const std::string reason =
+        "Unable to read from variant: Value decoding error: Unable to read from variant: "
+        "No such device or address";
+    EXPECT_THAT(takeLog(),
+                ElementsAre(warning("Error while decoding dbus data. Details: " + reason),
+                            warning("Couldn't get SSID for " + networkPath + ". Error " + reason)));
+}
+
+TEST_F(Networks, HaveNoSsidWhenThePropertiesCannotBeRead) {
+    onNetworkProperties(errorReply("org.freedesktop.DBus.Error.UnknownObject", "x"));
+    EXPECT_EQ(configuredSsid(), std::nullopt);
+    const auto records = takeLog();
+    ASSERT_EQ(records.size(), 2U);  // the first is about the call
+    EXPECT_EQ(records[1], warning("Couldn't get SSID for " + networkPath + ". Error Already failed"));
+}
+
+TEST_F(Networks, AreListedInTheSupplicantsOrderEvenWithoutAnSsid) {
+    supplicant.onGet(interfacePath, interfaceInterface, "Networks",
+                     reply("v", "ao", 3, "/n/2", "/n/0", "/n/1"));
+    supplicant.onGet("/n/2", networkInterface, "Properties", reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
+    supplicant.onGet("/n/1", networkInterface, "Properties", reply("v", "a{sv}", 1, "ssid", "s", "4f"));
+    forget();
+    const auto networks = onLoop([&] { return communicator->getAllConfiguredNetworksSync(); });
+    EXPECT_THAT(takeCalls(), ElementsAre(getText(interfacePath, interfaceInterface, "Networks"),
+                                         getText("/n/2", networkInterface, "Properties"),
+                                         getText("/n/0", networkInterface, "Properties"),
+                                         getText("/n/1", networkInterface, "Properties")));
+    ASSERT_EQ(networks.size(), 3U);
+    EXPECT_EQ(networks[0]->getSsid(), "Home");
+    EXPECT_EQ(networks[1]->getSsid(), std::nullopt);
+    EXPECT_EQ(networks[2]->getSsid(), "O");
+    EXPECT_EQ(networks[1]->id(), std::hash<std::string>{}("/n/0"));
+}
+
+TEST_F(Networks, AreAnEmptyListWhenTheSupplicantHasNoneOrDoesNotTell) {
+    for (const Answer& answer : {reply("v", "ao", 0), broken, reply("v", "as", 1, "/n/0"), reply("")}) {
+        supplicant.onGet(interfacePath, interfaceInterface, "Networks", answer);
+        forget();
+        EXPECT_THAT(onLoop([&] { return communicator->getAllConfiguredNetworksSync(); }), IsEmpty());
+        EXPECT_THAT(takeCalls(), ElementsAre(getText(interfacePath, interfaceInterface, "Networks")));
+    }
+}
+
+}  // namespace
+}  // namespace kaz::wifi

@@ -1,0 +1,178 @@
+// The supplicant's unit in systemd.
+#include "communicator_fixture.h"
+
+namespace kaz::wifi {
+namespace {
+
+const std::string decodingFailed = "Error while decoding dbus data. Details: ";
+
+class Service : public CommunicatorTest {
+  protected:
+    static std::string managerCall(const std::string& member, const std::string& arguments) {
+        return callText(systemdPath, systemdInterface + '.' + member, arguments);
+    }
+
+    bool turn(bool on) {
+        return onLoop([&] { return communicator->startStopSupplicantSync(on); });
+    }
+
+    void answerJobs() {
+        for (const char* member : {"StartUnit", "StopUnit"}) {
+            systemd.onCall(systemdPath, systemdInterface, member,
+                           reply("o", "/org/freedesktop/systemd1/job/1"));
+        }
+        systemd.onCall(systemdPath, systemdInterface, "ResetFailedUnit", reply(""));
+    }
+
+    // Blocks until all signals of systemd emitted so far were handled.
+    void settleSystemd() {
+        emitUnitState(communicator->isSupplicantOn() ? "inactive" : "active");
+        EXPECT_TRUE(calls.waitForCall("status changed"));
+        onLoop([] {});
+    }
+
+    const std::string unit = "\"wpa_supplicant.service\"";
+};
+
+TEST_F(Service, IsTurnedOnByResetFailedUnitThenStartUnit) {
+    answerJobs();
+    startDetached();
+    EXPECT_TRUE(turn(true));
+    EXPECT_THAT(takeCalls(), ElementsAre(managerCall("ResetFailedUnit", unit),
+                                         managerCall("StartUnit", unit + ", \"replace\"")));
+    EXPECT_THAT(takeLog(), ElementsAre(debug("Turning wpa_supplicant on.")));
+    EXPECT_FALSE(communicator->isSupplicantOn()) << "the unit's signal tells that it runs";
+}
+
+TEST_F(Service, IsTurnedOffByStopUnitOnly) {
+    answerJobs();
+    startAttached();
+    EXPECT_TRUE(turn(false));
+    EXPECT_THAT(takeCalls(), ElementsAre(managerCall("StopUnit", unit + ", \"replace\"")));
+    EXPECT_THAT(takeLog(), ElementsAre(debug("Turning wpa_supplicant off.")));
+    EXPECT_TRUE(communicator->isSupplicantOn());
+}
+
+TEST_F(Service, IsTurnedOnEvenWhenResetFailedUnitFails) {
+    answerJobs();
+    systemd.onCall(systemdPath, systemdInterface, "ResetFailedUnit",
+                   errorReply("org.freedesktop.systemd1.NoSuchUnit", "x"));
+    startDetached();
+    EXPECT_TRUE(turn(true));
+    EXPECT_THAT(takeCalls(), ElementsAre(managerCall("ResetFailedUnit", unit),
+                                         managerCall("StartUnit", unit + ", \"replace\"")));
+}
+
+TEST_F(Service, TellsWhenSystemdRefuses) {
+    answerJobs();
+    for (const char* member : {"StartUnit", "StopUnit"}) {
+        systemd.onCall(systemdPath, systemdInterface, member,
+                       errorReply("org.freedesktop.DBus.Error.InteractiveAuthorizationRequired", "x"));
+    }
+    startDetached();
+    EXPECT_FALSE(turn(true));
+    EXPECT_FALSE(turn(false));
+}
+
+TEST_F(Service, DoesNotReadTheJob) {
+    systemd.onCall(systemdPath, systemdInterface, "StopUnit", reply("i", 1));
+    startDetached();
+    EXPECT_TRUE(turn(false));
+    EXPECT_THAT(log.texts(spdlog::level::warn), IsEmpty());
+}
+
+TEST_F(Service, IsLookedUpAtTheRootWhenItCannotBeLoaded) {
+    systemd.onCall(systemdPath, systemdInterface, "LoadUnit",
+                   errorReply("org.freedesktop.systemd1.LoadFailed", "x"));
+    start("active");
+    EXPECT_THAT(calls.calls(), ElementsAre(managerCall("LoadUnit", unit), managerCall("Subscribe", ""),
+                                           getText("/", unitInterface, "ActiveState")));
+    EXPECT_THAT(log.texts(spdlog::level::debug),
+                ElementsAre("Dbus path of wpa_supplicant within systemd daemon is /"));
+    EXPECT_FALSE(communicator->isSupplicantOn());
+}
+
+TEST_F(Service, IsLookedUpAtTheRootWhenItsPathCannotBeDecoded) {
+    systemd.onCall(systemdPath, systemdInterface, "LoadUnit", reply("s", "/unit"));
+    start("active");
+    EXPECT_THAT(calls.calls(), ElementsAre(managerCall("LoadUnit", unit), managerCall("Subscribe", ""),
+                                           getText("/", unitInterface, "ActiveState")));
+    EXPECT_EQ(log.records().at(0), warning(decodingFailed + "No such device or address"));
+    EXPECT_EQ(log.records().at(1), debug("Dbus path of wpa_supplicant within systemd daemon is /"));
+}
+
+TEST_F(Service, IsFollowedEvenWhenSubscribeFails) {
+    systemd.onCall(systemdPath, systemdInterface, "Subscribe",
+                   errorReply("org.freedesktop.DBus.Error.Failed", "x"));
+    startDetached();
+    emitUnitState("active");
+    EXPECT_TRUE(calls.waitForCall("status changed: on"));
+}
+
+TEST_F(Service, HasAnEmptyStateWhenThatCannotBeRead) {
+    startDetached();
+    for (const Answer& answer :
+         {errorReply("org.freedesktop.DBus.Error.UnknownProperty", "x"), reply("v", "i", 1), reply("")}) {
+        systemd.onGet(unitPath, unitInterface, "ActiveState", answer);
+        onLoop([&] { communicator->connectToSystemdSync(); });
+        EXPECT_FALSE(communicator->isSupplicantOn());
+    }
+}
+
+TEST_F(Service, IsFollowedThroughItsSignals) {
+    startDetached();
+    emitUnitState("activating");
+    emitUnitState("active");
+    EXPECT_TRUE(calls.waitForCall("status changed: on"));
+    EXPECT_TRUE(communicator->isSupplicantOn());
+    emitUnitState("deactivating");
+    emitUnitState("failed");
+    EXPECT_TRUE(calls.waitForCall("status changed: off"));
+    EXPECT_FALSE(communicator->isSupplicantOn());
+}
+
+TEST_F(Service, SignalsOfAnyOtherInterfaceOfTheUnitAreIgnoredEvenWithAnActiveState) {
+    startDetached();
+    for (const char* interface : {"org.freedesktop.systemd1.Service", "org.freedesktop.systemd1.unit",
+                                  "org.freedesktop.systemd1.Unit2", ""}) {
+        systemd.emit(unitPath, propertiesInterface, "PropertiesChanged",
+                     values("sa{sv}as", interface, 1, "ActiveState", "s", "failed", 0));
+        systemd.emit(unitPath, propertiesInterface, "PropertiesChanged",
+                     values("sa{sv}as", interface, 1, "ActiveState", "i", 1, 0));
+    }
+    settleSystemd();
+    EXPECT_EQ(takeCalls().back(), "status changed: on");
+    EXPECT_THAT(log.texts(spdlog::level::warn), IsEmpty());
+}
+
+TEST_F(Service, SignalsWithoutAnActiveStateChangeNothing) {
+    startAttached();
+    systemd.emit(unitPath, propertiesInterface, "PropertiesChanged",
+                 values("sa{sv}as", unitInterface, 1, "SubState", "s", "dead", 1, "ActiveState"));
+    systemd.emit(unitPath, propertiesInterface, "PropertiesChanged", values("sa{sv}as", unitInterface, 0, 0));
+    emitUnitState("reloading");
+    settleSystemd();
+    EXPECT_THAT(takeCalls(), ElementsAre("status changed: off"));
+    EXPECT_THAT(takeLog(), ElementsAre(debug("wpa_supplicant is stopped")));
+}
+
+TEST_F(Service, SignalsThatCannotBeDecodedAreLoggedAndDropped) {
+    startAttached();
+    systemd.emit(unitPath, propertiesInterface, "PropertiesChanged", values("i", 1));
+    systemd.emit(unitPath, propertiesInterface, "PropertiesChanged", values(""));
+    systemd.emit(unitPath, propertiesInterface, "PropertiesChanged", values("s", unitInterface));
+    systemd.emit(unitPath, propertiesInterface, "PropertiesChanged",
+                 values("sa{sv}as", unitInterface, 1, "ActiveState", "i", 1, 0));
+    settleSystemd();
+    EXPECT_THAT(takeCalls(), ElementsAre("status changed: off"));
+    const std::string reason = "No such device or address";
+    EXPECT_THAT(
+        takeLog(),
+        ElementsAre(warning(decodingFailed + reason), warning(decodingFailed + reason),
+                    warning(decodingFailed + reason),
+                    warning(decodingFailed + "Value decoding error: Unable to read from variant: " + reason),
+                    debug("wpa_supplicant is stopped")));
+}
+
+}  // namespace
+}  // namespace kaz::wifi

@@ -1,0 +1,126 @@
+// ScanDone, EAP and NetworkSelected.
+#include "communicator_fixture.h"
+
+namespace kaz::wifi {
+namespace {
+
+const std::string decodingFailed = "Error while decoding dbus data. Details: No such device or address";
+const std::string scanEnded = "PropertiesChanged: Scanning=false (via ScanDone)";
+
+class SupplicantSignals : public CommunicatorTest {
+  protected:
+    void configureNetwork(Answer properties) {
+        supplicant.onGet(networkPath, networkInterface, "Properties", std::move(properties));
+    }
+    const std::string askForSsid = getText(networkPath, networkInterface, "Properties");
+};
+
+TEST_F(SupplicantSignals, ScanDoneReportsItsSuccessAndThenTheEndOfTheScan) {
+    startAttached();
+    emitFromInterface("ScanDone", "b", 1);
+    emitFromInterface("ScanDone", "b", 0);
+    settle();
+    EXPECT_THAT(takeCalls(), ElementsAre("scanning done: true", "report: scanning=false",
+                                         "scanning done: false", "report: scanning=false"));
+    EXPECT_THAT(takeLog(), ElementsAre(debug(scanEnded), debug(scanEnded)));
+}
+
+TEST_F(SupplicantSignals, ScanDoneThatCannotBeDecodedReportsAFailedScan) {
+    startAttached();
+    emitFromInterface("ScanDone", "s", "true");
+    emitFromInterface("ScanDone", "");
+    settle();
+    EXPECT_THAT(takeCalls(), ElementsAre("scanning done: false", "report: scanning=false",
+                                         "scanning done: false", "report: scanning=false"));
+    EXPECT_THAT(takeLog(), ElementsAre(warning(decodingFailed), debug(scanEnded), warning(decodingFailed),
+                                       debug(scanEnded)));
+}
+
+TEST_F(SupplicantSignals, ScanDoneCallsItsHandlersAroundTheLogRecord) {
+    std::vector<std::size_t> recordsAtCall;
+    communicator->scanningDoneHandler = [&](bool) { recordsAtCall.push_back(log.records().size()); };
+    communicator->supplicantPropertiesHandler = [&](const auto&) {
+        recordsAtCall.push_back(log.records().size());
+    };
+    startAttached();
+    recordsAtCall.clear();
+    emitFromInterface("ScanDone", "b", 1);
+    settle();
+    EXPECT_THAT(recordsAtCall, ElementsAre(0U, 1U));
+}
+
+TEST_F(SupplicantSignals, EapIsLoggedAndGoesNoFurther) {
+    startAttached();
+    emitFromInterface("EAP", "ss", "started", "");
+    emitFromInterface("EAP", "ss", "accept proposed method", "PEAP");
+    emitFromInterface("EAP", "ss", "", "x");
+    settle();
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_THAT(takeLog(), ElementsAre(debug("EAP: Status: started, parameter: <empty>"),
+                                       debug("EAP: Status: accept proposed method, parameter: PEAP"),
+                                       debug("EAP: Status: , parameter: x")));
+}
+
+TEST_F(SupplicantSignals, EapThatCannotBeDecodedIsLoggedOnlyAsSuch) {
+    startAttached();
+    emitFromInterface("EAP", "is", 1, "x");
+    emitFromInterface("EAP", "s", "started");
+    emitFromInterface("EAP", "");
+    settle();
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_THAT(takeLog(),
+                ElementsAre(warning(decodingFailed), warning(decodingFailed), warning(decodingFailed)));
+}
+
+TEST_F(SupplicantSignals, NetworkSelectedReportsTheSsid) {
+    configureNetwork(reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
+    startAttached();
+    emitFromInterface("NetworkSelected", "o", networkPath);
+    settle();
+    EXPECT_THAT(takeCalls(), ElementsAre(askForSsid, "network selected: \"Home\""));
+    EXPECT_THAT(takeLog(), IsEmpty());
+}
+
+TEST_F(SupplicantSignals, NetworkSelectedForANetworkWhoseSsidCannotBeReadReportsAnEmptyOne) {
+    configureNetwork(reply("v", "a{sv}", 0));
+    startAttached();
+    emitFromInterface("NetworkSelected", "o", networkPath);
+    settle();
+    EXPECT_THAT(takeCalls(), ElementsAre(askForSsid, "network selected: unknown"));
+    EXPECT_THAT(takeLog(), ElementsAre(warning("Couldn't get SSID for " + networkPath + ", no value set."),
+                                       error("NetworkSelected " + networkPath + ", but couldn't get SSID")));
+}
+
+TEST_F(SupplicantSignals, NetworkSelectedForANetworkThatIsGoneReportsAnEmptySsid) {
+    startAttached();
+    emitFromInterface("NetworkSelected", "o", networkPath);
+    settle();
+    EXPECT_THAT(takeCalls(), ElementsAre(askForSsid, "network selected: unknown"));
+    EXPECT_THAT(log.texts(spdlog::level::err),
+                ElementsAre("NetworkSelected " + networkPath + ", but couldn't get SSID"));
+}
+
+TEST_F(SupplicantSignals, NetworkSelectedWithoutAPathReportsNothing) {
+    startAttached();
+    emitFromInterface("NetworkSelected", "s", networkPath);
+    emitFromInterface("NetworkSelected", "");
+    settle();
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    const auto pathless = warning("Got NetworkSelected without object path");
+    EXPECT_THAT(takeLog(), ElementsAre(warning(decodingFailed), pathless, warning(decodingFailed), pathless));
+}
+
+TEST_F(SupplicantSignals, ThatArriveBeforeTheHandlersAreAssignedAreSwallowed) {
+    communicator = std::make_unique<DbusCommunicator>();
+    configureNetwork(reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
+    startAttached();
+    emitFromInterface("ScanDone", "b", 1);
+    emitFromInterface("NetworkSelected", "o", networkPath);
+    emitPropertiesChanged(1, "State", "s", "completed");
+    settle();
+    EXPECT_THAT(takeCalls(), ElementsAre(askForSsid));
+    EXPECT_THAT(takeLog(), ElementsAre(debug(scanEnded), debug("PropertiesChanged: State=completed")));
+}
+
+}  // namespace
+}  // namespace kaz::wifi
