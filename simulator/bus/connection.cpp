@@ -5,6 +5,7 @@
 
 #include "message_json.h"
 #include "spoilt_reply.h"
+#include "vtable.h"
 
 namespace kaz::sim {
 namespace {
@@ -33,16 +34,18 @@ bool isCall(sd_bus_message* message) {
 }
 
 // Passes the reply of a forwarded call on to who made the call first.
-int relay(sd_bus_message* answer, void* data, sd_bus_error*) {
+int relay(sd_bus_message* answer, void* data, sd_bus_error* error) {
     auto* const call = static_cast<sd_bus_message*>(data);
     if (sd_bus_message_is_method_error(answer, nullptr) > 0) {
         return sd_bus_reply_method_error(call, sd_bus_message_get_error(answer));
     }
-    sd_bus_message* raw = nullptr;
-    check(sd_bus_message_new_method_return(call, &raw), "new reply");
-    const Message copy(raw);
-    check(sd_bus_message_copy(copy.get(), answer, 1), "copy");
-    return sd_bus_send(nullptr, copy.get(), nullptr);
+    return vtable::guarded(error, [&] {
+        sd_bus_message* raw = nullptr;
+        check(sd_bus_message_new_method_return(call, &raw), "new reply");
+        const Message copy(raw);
+        check(sd_bus_message_copy(raw, answer, 1), "copy");
+        check(sd_bus_send(nullptr, raw, nullptr), "send");
+    });
 }
 
 }  // namespace
@@ -58,8 +61,11 @@ Connection::Connection(const Environment& environment, std::string peer, std::fu
     sd_bus_slot* slot = nullptr;
     check(sd_bus_add_filter(
               bus_.get(), &slot,
-              [](sd_bus_message* message, void* self, sd_bus_error*) {
-                  return static_cast<Connection*>(self)->received(message);
+              [](sd_bus_message* message, void* self, sd_bus_error* error) {
+                  int handled = 0;
+                  const int result = vtable::guarded(
+                      error, [&] { handled = static_cast<Connection*>(self)->received(message) ? 1 : 0; });
+                  return result < 0 ? result : handled;
               },
               this),
           "sd_bus_add_filter");
@@ -83,12 +89,12 @@ Slot Connection::serve(const std::string& path, const char* interface, const sd_
     return Slot(slot);
 }
 
-int Connection::received(sd_bus_message* message) {
+bool Connection::received(sd_bus_message* message) {
     const char* const sender = sd_bus_message_get_sender(message);
     const bool comesBack =
         forwarder_ && sender != nullptr && std::strcmp(sender, uniqueName(forwarder_.get())) == 0;
     if (!isCall(message) || comesBack) {
-        return 0;
+        return false;
     }
     const Call call{peer_, sd_bus_message_get_path(message), sd_bus_message_get_interface(message),
                     sd_bus_message_get_member(message), argumentsAsJson(message)};
@@ -97,7 +103,7 @@ int Connection::received(sd_bus_message* message) {
     if (fault) {
         suffer(*fault, message);
     }
-    return fault ? 1 : 0;
+    return fault.has_value();
 }
 
 void Connection::suffer(const Fault& fault, sd_bus_message* call) {

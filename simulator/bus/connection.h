@@ -41,7 +41,7 @@ class Connection {
     sd_bus* bus() const noexcept { return bus_.get(); }
 
   private:
-    int received(sd_bus_message* message);
+    bool received(sd_bus_message* message);
     void suffer(const Fault& fault, sd_bus_message* call);
     void serveLater(const Fault& fault, sd_bus_message* call);
     void forward(sd_bus_message* call);

@@ -2,6 +2,7 @@
 
 #include <time.h>
 
+#include <exception>
 #include <utility>
 
 namespace kaz::sim {
@@ -10,7 +11,11 @@ int Timer::State::run(void* data) {
     auto* const state = static_cast<State*>(data);
     const auto due = std::exchange(state->task, nullptr);
     state->source.reset();
-    due();  // may destroy the state
+    try {
+        due();  // may destroy the state
+    } catch (const std::exception&) {
+        return 0;  // a bus that has gone; whoever waits for the service notices
+    }
     return 0;
 }
 

@@ -34,7 +34,7 @@ class Scheduler {
   public:
     Scheduler(sd_event* event, double timeScale) : event_(event), timeScale_(timeScale) {}
 
-    // The task may replace or cancel its own timer.
+    // The task may replace or cancel its own timer. What it throws is dropped.
     [[nodiscard]] Timer after(std::chrono::milliseconds delay, std::function<void()> task) const;
 
     // Real milliseconds, whatever the scale.

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "confined_process.h"
+#include "vtable.h"
 
 namespace kaz::sim {
 namespace {
@@ -49,6 +50,12 @@ std::string stateIn(sd_bus_message* signal) {
 
 }  // namespace
 
+template <void (RealService::*Handle)(sd_bus_message*)>
+int RealService::handler(sd_bus_message* signal, void* self, sd_bus_error* error) noexcept {
+    vtable::guarded(error, [&] { (static_cast<RealService*>(self)->*Handle)(signal); });
+    return 0;
+}
+
 RealService::RealService(const Environment& environment, std::filesystem::path configFile,
                          std::function<void(bool)> linkChanged)
     : environment_(environment),
@@ -59,33 +66,10 @@ RealService::RealService(const Environment& environment, std::filesystem::path c
     if (!std::filesystem::exists(configFile_)) {
         std::ofstream(configFile_) << "ap_scan=0\nupdate_config=1\n";
     }
-    sd_bus_slot* slot = nullptr;
-    check(sd_bus_match_signal(
-              connection_.bus(), &slot, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-              "org.freedesktop.DBus", "NameOwnerChanged",
-              [](sd_bus_message* signal, void* self, sd_bus_error*) {
-                  const char* name = nullptr;
-                  const char* before = nullptr;
-                  const char* owner = nullptr;
-                  check(sd_bus_message_read(signal, "sss", &name, &before, &owner), "read");
-                  if (std::string_view(name) == busName) {
-                      static_cast<RealService*>(self)->nameOwnerChanged(owner);
-                  }
-                  return 0;
-              },
-              this),
-          "match");
-    ownerMatch_.reset(slot);
-    check(sd_bus_match_signal(
-              connection_.bus(), &slot, busName, nullptr, "org.freedesktop.DBus.Properties",
-              "PropertiesChanged",
-              [](sd_bus_message* signal, void* self, sd_bus_error*) {
-                  static_cast<RealService*>(self)->propertiesChanged(signal);
-                  return 0;
-              },
-              this),
-          "match");
-    propertiesMatch_.reset(slot);
+    ownerMatch_ = hear("org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged",
+                       handler<&RealService::nameOwnerChanged>);
+    propertiesMatch_ = hear(busName, "org.freedesktop.DBus.Properties", "PropertiesChanged",
+                            handler<&RealService::propertiesChanged>);
 }
 
 RealService::~RealService() {
@@ -155,8 +139,23 @@ void RealService::ended(bool cleanly) {
     }
 }
 
-void RealService::nameOwnerChanged(const std::string& owner) {
-    if (owner.empty()) {
+Slot RealService::hear(const char* sender, const char* interface, const char* member,
+                       sd_bus_message_handler_t callback) {
+    sd_bus_slot* slot = nullptr;
+    check(sd_bus_match_signal(connection_.bus(), &slot, sender, nullptr, interface, member, callback, this),
+          member);
+    return Slot(slot);
+}
+
+void RealService::nameOwnerChanged(sd_bus_message* signal) {
+    const char* name = nullptr;
+    const char* before = nullptr;
+    const char* owner = nullptr;
+    check(sd_bus_message_read(signal, "sss", &name, &before, &owner), "read");
+    if (std::string_view(name) != busName) {
+        return;
+    }
+    if (std::string_view(owner).empty()) {
         linkChanged_(false);
     } else if (const auto ready = std::exchange(ready_, nullptr)) {
         impatience_.cancel();

@@ -33,7 +33,11 @@ class RealService : public ServiceProcess {
   private:
     void launch();
     void ended(bool cleanly);
-    void nameOwnerChanged(const std::string& owner);
+    template <void (RealService::*Handle)(sd_bus_message*)>
+    static int handler(sd_bus_message* signal, void* self, sd_bus_error* error) noexcept;
+    Slot hear(const char* sender, const char* interface, const char* member,
+              sd_bus_message_handler_t callback);
+    void nameOwnerChanged(sd_bus_message* signal);
     void propertiesChanged(sd_bus_message* signal);
 
     const Environment& environment_;

@@ -15,7 +15,7 @@ class ServiceProcess {
     // Asks it to end; `gone` is called once it has. Also while it is still starting.
     virtual void stop(std::function<void()> gone) = 0;
 
-    // Ends it the hard way.
+    // Ends it the hard way if it runs.
     virtual void kill() = 0;
 
     // Called when it ends though nobody stopped it.

@@ -30,6 +30,9 @@ void SimulatedService::stop(std::function<void()> gone) {
 }
 
 void SimulatedService::kill() {
+    if (!supplicant_ && !transition_.pending()) {
+        return;
+    }
     transition_.cancel();
     end();
     exited(false);

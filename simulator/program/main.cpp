@@ -3,9 +3,11 @@
 #include <sys/wait.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <optional>
+#include <string_view>
 
 #include "child.h"
 #include "neighbourhood_json.h"
@@ -99,17 +101,28 @@ int main(int argc, char** argv) {
         ->check(CLI::ExistingFile);
     app.add_option("--time-scale", arguments.timeScale,
                    "factor on all simulated times; 0.01 is 100 times faster")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                double factor = 0;
+                return CLI::detail::lexical_cast(text, factor) && factor > 0 ? ""
+                                                                             : "must be a number above 0";
+            },
+            "FACTOR"));
     app.add_option("--bus", arguments.bus, "address of the bus to use instead of starting one");
     app.add_option("--config-file", arguments.configFile, "the supplicant's configuration file");
     app.add_flag("--real-supplicant", arguments.realSupplicant,
                  "run the wpa_supplicant daemon on a wired network of its own instead of simulating one");
-    app.add_option("--exec", arguments.command, "run this command on the device and end with it")
-        ->expected(1, -1)
-        ->take_all();
+    app.add_option("--exec", arguments.command, "run this command, with all that follows, and end with it")
+        ->expected(1, -1);
     app.footer(
         "Without --exec the address of the bus is printed, and the device runs until SIGTERM or SIGINT.");
-    CLI11_PARSE(app, argc, argv);
+    // What comes after --exec is the command's, also when it looks like an option of ours.
+    char** const end = argv + argc;
+    char** const exec = std::find(argv, end, std::string_view("--exec"));
+    CLI11_PARSE(app, static_cast<int>((exec + 1 == end ? end : exec) - argv), argv);
+    if (exec != end) {
+        arguments.command.assign(exec + 1, end);
+    }
     try {
         return kaz::sim::run(arguments);
     } catch (const std::exception& error) {

@@ -158,7 +158,7 @@ void InterfaceObject::changed(const char* property) {
 
 template <typename... Arguments>
 void InterfaceObject::emit(const char* member, const char* types, Arguments... arguments) {
-    check(sd_bus_emit_signal(connection_.bus(), path, interface, member, types, arguments...), member);
+    sd_bus_emit_signal(connection_.bus(), path, interface, member, types, arguments...);
 }
 
 void InterfaceObject::emitAdded(const char* member, const PropertySource& object) {
@@ -167,7 +167,7 @@ void InterfaceObject::emitAdded(const char* member, const PropertySource& object
     const Message signal(raw);
     check(sd_bus_message_append(raw, "o", object.path.c_str()), "append path");
     appendProperties(raw, object, {});
-    check(sd_bus_send(connection_.bus(), raw, nullptr), member);
+    sd_bus_send(connection_.bus(), raw, nullptr);
 }
 
 std::string InterfaceObject::bssPath(unsigned id) {

@@ -83,6 +83,7 @@ class InterfaceObject {
     Station::Events stationEvents();
     Network& publish(NetworkConfig config);
     void changed(const char* property);
+    // A signal that cannot be sent is lost: the radio goes on when the bus has gone.
     template <typename... Arguments>
     void emit(const char* member, const char* types, Arguments... arguments);
     void emitAdded(const char* member, const PropertySource& object);

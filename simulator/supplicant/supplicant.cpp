@@ -69,7 +69,13 @@ void Supplicant::eapMethods(sd_bus_message* out) const {
 }
 
 void Supplicant::interfaces(sd_bus_message* out) const {
-    check(sd_bus_message_append(out, "ao", 1, InterfaceObject::path), "append");
+    check(sd_bus_message_open_container(out, 'a', "o"), "open array");
+    check(sd_bus_message_append_basic(out, 'o', InterfaceObject::path), "append");
+    for (unsigned number = 1; number <= neighbourhood_.moreInterfaces; ++number) {
+        const std::string path = "/fi/w1/wpa_supplicant1/Interfaces/" + std::to_string(number);
+        check(sd_bus_message_append_basic(out, 'o', path.c_str()), "append");
+    }
+    check(sd_bus_message_close_container(out), "close array");
 }
 
 }  // namespace kaz::sim

@@ -19,6 +19,7 @@ struct Neighbourhood {
     Times times;
     bool unitActive = true;
     bool updateConfig = true;
+    unsigned moreInterfaces = 0;     // listed by the supplicant after the one that is simulated
     bool announceOwnChoice = false;  // NetworkSelected also for networks the supplicant picked by itself
 
     // The access point with that BSSID, or null.

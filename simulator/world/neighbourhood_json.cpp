@@ -174,6 +174,7 @@ Neighbourhood neighbourhoodFromJson(std::string_view text) {
         {"times", [](Neighbourhood& n, const json& v) { fillTimes(n.times, v); }},
         {"unit_active", [](Neighbourhood& n, const json& v) { n.unitActive = v.get<bool>(); }},
         {"update_config", [](Neighbourhood& n, const json& v) { n.updateConfig = v.get<bool>(); }},
+        {"more_interfaces", [](Neighbourhood& n, const json& v) { n.moreInterfaces = v.get<unsigned>(); }},
         {"announce_own_choice", [](Neighbourhood& n, const json& v) { n.announceOwnChoice = v.get<bool>(); }},
     };
     Neighbourhood neighbourhood;

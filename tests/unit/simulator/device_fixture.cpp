@@ -1,6 +1,6 @@
 #include "device_fixture.h"
 
-#include <type_traits>
+#include <algorithm>
 
 namespace kaz::sim::test {
 
@@ -12,6 +12,18 @@ AccessPoint accessPoint(const std::string& ssid, Security security, const std::s
     return result;
 }
 
+Settings openNetwork(const std::string& ssid) {
+    return {{"ssid", ssid}, {"key_mgmt", "NONE"}, {"auth_alg", "OPEN"}};
+}
+
+Settings pskNetwork(const std::string& ssid, const std::string& psk) {
+    return {{"ssid", ssid}, {"key_mgmt", "WPA-PSK"}, {"psk", psk}, {"ieee80211w", std::int64_t{1}}};
+}
+
+Settings saeNetwork(const std::string& ssid, const std::string& password) {
+    return {{"ssid", ssid}, {"key_mgmt", "SAE"}, {"sae_password", password}, {"ieee80211w", std::int64_t{2}}};
+}
+
 Target networkAt(const std::string& path) {
     return {"fi.w1.wpa_supplicant1", path, "fi.w1.wpa_supplicant1.Network"};
 }
@@ -19,6 +31,32 @@ Target networkAt(const std::string& path) {
 Target bssAt(const std::string& path) {
     return {"fi.w1.wpa_supplicant1", path, "fi.w1.wpa_supplicant1.BSS"};
 }
+
+namespace {
+
+void appendBytes(sd_bus_message* call, const std::string& key, const std::string& bytes) {
+    check(sd_bus_message_open_container(call, 'e', "sv"), "open");
+    check(sd_bus_message_append(call, "s", key.c_str()), "append");
+    check(sd_bus_message_open_container(call, 'v', "ay"), "open");
+    check(sd_bus_message_append_array(call, 'y', bytes.data(), bytes.size()), "append");
+    check(sd_bus_message_close_container(call), "close");
+    check(sd_bus_message_close_container(call), "close");
+}
+
+void appendSetting(sd_bus_message* call, const std::string& key, const Setting& value) {
+    if (const auto* const text = std::get_if<std::string>(&value)) {
+        check(sd_bus_message_append(call, "{sv}", key.c_str(), "s", text->c_str()), "append");
+    } else if (const auto* const number = std::get_if<std::int64_t>(&value)) {
+        check(sd_bus_message_append(call, "{sv}", key.c_str(), "i", static_cast<std::int32_t>(*number)),
+              "append");
+    } else if (const auto* const bytes = std::get_if<ByteSetting>(&value)) {
+        appendBytes(call, key, bytes->bytes);
+    } else {
+        check(sd_bus_message_append(call, "{sv}", key.c_str(), "b", 1), "append");
+    }
+}
+
+}  // namespace
 
 void DeviceTest::start(SimulatedDevice::Options options) {
     constexpr double fast = 0.01;
@@ -43,23 +81,7 @@ std::string DeviceTest::addNetwork(const Settings& settings) {
     const Message call = client_->newCall(supplicantInterface, "AddNetwork");
     check(sd_bus_message_open_container(call.get(), 'a', "{sv}"), "open");
     for (const auto& [key, value] : settings) {
-        if (const auto* const text = std::get_if<std::string>(&value)) {
-            check(sd_bus_message_append(call.get(), "{sv}", key.c_str(), "s", text->c_str()), "append");
-        } else if (const auto* const number = std::get_if<std::int64_t>(&value)) {
-            check(sd_bus_message_append(call.get(), "{sv}", key.c_str(), "i",
-                                        static_cast<std::int32_t>(*number)),
-                  "append");
-        } else if (const auto* const bytes = std::get_if<ByteSetting>(&value)) {
-            check(sd_bus_message_open_container(call.get(), 'e', "sv"), "open");
-            check(sd_bus_message_append(call.get(), "s", key.c_str()), "append");
-            check(sd_bus_message_open_container(call.get(), 'v', "ay"), "open");
-            check(sd_bus_message_append_array(call.get(), 'y', bytes->bytes.data(), bytes->bytes.size()),
-                  "append");
-            check(sd_bus_message_close_container(call.get()), "close");
-            check(sd_bus_message_close_container(call.get()), "close");
-        } else {
-            check(sd_bus_message_append(call.get(), "{sv}", key.c_str(), "b", 1), "append");
-        }
+        appendSetting(call.get(), key, value);
     }
     check(sd_bus_message_close_container(call.get()), "close");
     return client_->send(call.get()).at(0);
@@ -74,6 +96,18 @@ bool DeviceTest::reaches(const std::string& state) {
         return signal.interface == "org.freedesktop.DBus.Properties" &&
                signal.path == supplicantInterface.path && signal.arguments.at(1).value("State", "") == state;
     });
+}
+
+nlohmann::json DeviceTest::scan() {
+    client_->call(supplicantInterface, "Scan", "a{sv}", 1, "Type", "s", "passive");
+    EXPECT_TRUE(client_->waitForSignal("ScanDone", [](const Signal&) { return true; }));
+    return client_->get(supplicantInterface, "BSSs");
+}
+
+std::size_t DeviceTest::countCalls(const std::string& member) const {
+    const auto calls = device_->calls();
+    return static_cast<std::size_t>(
+        std::count_if(calls.begin(), calls.end(), [&](const Call& call) { return call.member == member; }));
 }
 
 }  // namespace kaz::sim::test

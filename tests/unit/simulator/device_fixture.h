@@ -14,7 +14,6 @@
 
 namespace kaz::sim::test {
 
-inline const Target properties{"", "", "org.freedesktop.DBus.Properties"};
 inline const Target supplicantRoot{"fi.w1.wpa_supplicant1", "/fi/w1/wpa_supplicant1",
                                    "fi.w1.wpa_supplicant1"};
 inline const Target supplicantInterface{"fi.w1.wpa_supplicant1", "/fi/w1/wpa_supplicant1/Interfaces/0",
@@ -27,6 +26,9 @@ inline const Target systemdUnit{"org.freedesktop.systemd1",
 inline const Target networkdManager{"org.freedesktop.network1", "/org/freedesktop/network1",
                                     "org.freedesktop.network1.Manager"};
 
+inline const Target simulatorControl{"com.kazwifi.Simulator1", "/com/kazwifi/Simulator1",
+                                     "com.kazwifi.Simulator1"};
+
 AccessPoint accessPoint(const std::string& ssid, Security security, const std::string& password = "");
 
 // A device on a bus of its own, a hundred times faster than life, and a client.
@@ -36,14 +38,39 @@ class DeviceTest : public ::testing::Test {
     void start(SimulatedDevice::Options options = {});
     void start(std::vector<AccessPoint> accessPoints);
 
+    // The object path of the new network.
     std::string addNetwork(const Settings& settings);
     void select(const std::string& network);
+
+    // Waits for the signal that tells of the state, and drops what came before it.
     bool reaches(const std::string& state);
+
+    // Scans once and returns the paths of the BSSs.
+    nlohmann::json scan();
+
+    // The name of the error the call is answered with; empty when it succeeds.
+    template <typename... Arguments>
+    std::string errorOf(const Target& target, const char* member, const char* types = "",
+                        Arguments... arguments) {
+        try {
+            client_->call(target, member, types, arguments...);
+            return {};
+        } catch (const CallFailed& failed) {
+            return failed.name();
+        }
+    }
+
+    // How many calls of that member the device has received.
+    std::size_t countCalls(const std::string& member) const;
 
     PrivateBus bus_;
     std::optional<SimulatedDevice> device_;
     std::optional<BusClient> client_;
 };
+
+Settings openNetwork(const std::string& ssid);
+Settings pskNetwork(const std::string& ssid, const std::string& psk);
+Settings saeNetwork(const std::string& ssid, const std::string& password);
 
 Target networkAt(const std::string& path);
 Target bssAt(const std::string& path);

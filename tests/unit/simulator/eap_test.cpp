@@ -1,0 +1,67 @@
+#include "device_fixture.h"
+
+namespace kaz::sim::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::Pair;
+
+class Eap : public DeviceTest {
+  protected:
+    void startCampus() {
+        AccessPoint campus = accessPoint("Campus", Security::eap);
+        campus.accounts = {{"ada", "engine", "PEAP", "MSCHAPV2"}};
+        start({campus});
+    }
+
+    static Settings login(const std::string& identity, const std::string& password) {
+        return {{"ssid", "Campus"},     {"key_mgmt", "WPA-EAP"}, {"identity", identity},
+                {"password", password}, {"eap", "PEAP"},         {"phase2", "auth=MSCHAPV2"}};
+    }
+
+    std::vector<std::pair<std::string, std::string>> eapSignals() {
+        std::vector<std::pair<std::string, std::string>> result;
+        for (const Signal& signal : client_->signals()) {
+            if (signal.member == "EAP") {
+                result.emplace_back(signal.arguments.at(0), signal.arguments.at(1));
+            }
+        }
+        return result;
+    }
+};
+
+TEST_F(Eap, LetsInWhoIsKnown) {
+    startCampus();
+    select(addNetwork(login("ada", "engine")));
+    ASSERT_TRUE(client_->waitUntil([&] {
+        const auto states = client_->valuesOf("State");
+        return !states.empty() && states.back() == "completed";
+    }));
+    EXPECT_THAT(eapSignals(), ElementsAre(Pair("started", ""), Pair("accept proposed method", "PEAP"),
+                                          Pair("remote certificate verification", "success"),
+                                          Pair("completion", "success")));
+    EXPECT_EQ(client_->get(supplicantInterface, "CurrentAuthMode"), "WPA2/IEEE 802.1X/EAP");
+}
+
+TEST_F(Eap, RefusesWhoIsNotAndSendsHimAway) {
+    startCampus();
+    select(addNetwork(login("ada", "difference")));
+    ASSERT_TRUE(client_->waitUntil([&] {
+        const auto states = client_->valuesOf("State");
+        return !states.empty() && states.back() == "disconnected";
+    }));
+    EXPECT_THAT(eapSignals(), ElementsAre(Pair("started", ""), Pair("accept proposed method", "PEAP"),
+                                          Pair("completion", "failure")));
+    EXPECT_EQ(client_->get(supplicantInterface, "DisconnectReason"), 23);
+}
+
+TEST_F(Eap, MethodsAreThoseOfTheDevice) {
+    SimulatedDevice::Options options;
+    options.neighbourhood.eapMethods = {"TLS", "PEAP", "PEAP"};
+    start(std::move(options));
+    EXPECT_EQ(client_->get(supplicantRoot, "EapMethods"), nlohmann::json({"TLS", "PEAP", "PEAP"}));
+    EXPECT_THROW(addNetwork({{"ssid", "a"}, {"eap", "TTLS"}}), CallFailed);
+}
+
+}  // namespace
+}  // namespace kaz::sim::test

@@ -1,0 +1,225 @@
+#include "faults.h"
+
+#include <thread>
+
+#include "device_fixture.h"
+
+namespace kaz::sim::test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::Field;
+
+Fault faultOf(const std::string& member, FaultKind kind) {
+    Fault fault;
+    fault.peer = "supplicant";
+    fault.member = member;
+    fault.kind = kind;
+    return fault;
+}
+
+Call callOf(const std::string& member, const std::string& arguments = "[]") {
+    return {"supplicant", "/path", "interface", member, arguments};
+}
+
+TEST(Faults, StrikeOnlyWhatTheyWereOrderedFor) {
+    Faults faults;
+    Fault fault = faultOf("Get", FaultKind::error);
+    fault.path = "/path";
+    fault.argument = "State";
+    const FaultId id = faults.order(fault);
+    EXPECT_FALSE(faults.strike({"systemd", "/path", "i", "Get", "[\"State\"]"}));
+    EXPECT_FALSE(faults.strike({"supplicant", "/other", "i", "Get", "[\"State\"]"}));
+    EXPECT_FALSE(faults.strike({"supplicant", "/path", "i", "Set", "[\"State\"]"}));
+    EXPECT_FALSE(faults.strike({"supplicant", "/path", "i", "Get", "[\"Status\"]"}));
+    EXPECT_EQ(faults.timesFired(id), 0U);
+    EXPECT_TRUE(faults.strike({"supplicant", "/path", "i", "Get", "[\"i\", \"State\"]"}));
+    EXPECT_EQ(faults.timesFired(id), 1U);
+}
+
+TEST(Faults, StrikeTheNthCallOnlyWhenOneIsNamed) {
+    Faults faults;
+    Fault second = faultOf("Scan", FaultKind::error);
+    second.nth = 2;
+    const FaultId id = faults.order(second);
+    EXPECT_FALSE(faults.strike(callOf("Scan")));
+    EXPECT_TRUE(faults.strike(callOf("Scan")));
+    EXPECT_FALSE(faults.strike(callOf("Scan")));
+    EXPECT_EQ(faults.timesFired(id), 1U);
+}
+
+TEST(Faults, StrikeNoMoreOnceCleared) {
+    Faults faults;
+    const FaultId id = faults.order(faultOf("Scan", FaultKind::error));
+    EXPECT_TRUE(faults.strike(callOf("Scan")));
+    faults.clear();
+    EXPECT_FALSE(faults.strike(callOf("Scan")));
+    EXPECT_EQ(faults.timesFired(id), 1U);
+    EXPECT_EQ(faults.timesFired(id + 1), 0U);
+}
+
+class FaultyDevice : public DeviceTest {
+  protected:
+    // What the property's Get is answered with under the fault: the error's name, or the signature.
+    std::string answerTo(const Target& target, const char* member, const char* types = "",
+                         const char* first = "", const char* second = "") {
+        const Message call = client_->newCall(target, member);
+        check(sd_bus_message_append(call.get(), types, first, second), "append");
+        sd_bus_error error = SD_BUS_ERROR_NULL;
+        sd_bus_message* raw = nullptr;
+        constexpr std::uint64_t limit = 200'000;  // µs; only a fault that swallows the reply lasts that long
+        if (sd_bus_call(client_->bus(), call.get(), limit, &error, &raw) < 0) {
+            std::string name = error.name;
+            sd_bus_error_free(&error);
+            return name;
+        }
+        const Message reply(raw);
+        const char* contents = nullptr;
+        char type = 0;
+        check(sd_bus_message_peek_type(raw, &type, &contents), "peek");
+        return type == 'v' ? std::string("v") + contents : sd_bus_message_get_signature(raw, 1);
+    }
+
+    const Target properties_{supplicantInterface.service, supplicantInterface.path,
+                             "org.freedesktop.DBus.Properties"};
+};
+
+TEST_F(FaultyDevice, AnswersAsOrderedAndCounts) {
+    start({accessPoint("Cafe", Security::open)});
+    struct Row {
+        FaultKind kind;
+        const char* answer;
+    };
+    const Row rows[] = {
+        {FaultKind::error, "com.example.Broken"},
+        {FaultKind::wrongType, "a{sv}"},
+        {FaultKind::wrongNesting, "a(ss)"},
+        {FaultKind::emptyValue, "a{sv}"},
+        {FaultKind::noBody, ""},
+        {FaultKind::vanished, "org.freedesktop.DBus.Error.UnknownMethod"},
+    };
+    for (const Row& row : rows) {
+        Fault fault = faultOf("GetAll", row.kind);
+        fault.errorName = "com.example.Broken";
+        const FaultId id = device_->orderFault(fault);
+        EXPECT_EQ(answerTo(properties_, "GetAll", "s", supplicantInterface.interface.c_str()), row.answer);
+        EXPECT_EQ(device_->timesFired(id), 1U);
+        device_->clearFaults();
+    }
+    EXPECT_EQ(answerTo(properties_, "GetAll", "s", supplicantInterface.interface.c_str()), "a{sv}");
+}
+
+TEST_F(FaultyDevice, SpoilsOnePropertyAmongMany) {
+    start({accessPoint("Cafe", Security::open)});
+    struct Row {
+        FaultKind kind;
+        const char* property;
+        const char* answer;
+    };
+    const Row rows[] = {
+        {FaultKind::wrongType, "Networks", "vu"},    {FaultKind::wrongNesting, "Networks", "va(ss)"},
+        {FaultKind::emptyValue, "Networks", "vao"},  {FaultKind::emptyValue, "State", "vs"},
+        {FaultKind::emptyValue, "Something", "vas"},
+    };
+    for (const Row& row : rows) {
+        Fault fault = faultOf("Get", row.kind);
+        fault.argument = row.property;
+        device_->orderFault(fault);
+        EXPECT_EQ(answerTo(properties_, "Get", "ss", supplicantInterface.interface.c_str(), row.property),
+                  row.answer);
+        EXPECT_EQ(answerTo(properties_, "Get", "ss", supplicantInterface.interface.c_str(), "Scanning"),
+                  "vb");
+        device_->clearFaults();
+    }
+}
+
+TEST_F(FaultyDevice, SwallowsACallWithoutDoingIt) {
+    start({accessPoint("Cafe", Security::open)});
+    const FaultId id = device_->orderFault(faultOf("RemoveAllNetworks", FaultKind::noReply));
+    addNetwork(openNetwork("Cafe"));
+    EXPECT_EQ(answerTo(supplicantInterface, "RemoveAllNetworks"), "org.freedesktop.DBus.Error.Timeout");
+    EXPECT_EQ(device_->timesFired(id), 1U);
+    EXPECT_EQ(client_->get(supplicantInterface, "Networks").size(), 1U);
+}
+
+TEST_F(FaultyDevice, ServesADelayedCallOnceAndLater) {
+    start({accessPoint("Cafe", Security::open)});
+    Fault fault = faultOf("AddNetwork", FaultKind::delay);
+    fault.delay = std::chrono::milliseconds(50);
+    device_->orderFault(fault);
+    const auto before = std::chrono::steady_clock::now();
+    const std::string path = addNetwork(openNetwork("Cafe"));
+    EXPECT_GE(std::chrono::steady_clock::now() - before, fault.delay);
+    EXPECT_EQ(client_->get(networkAt(path), "Properties").at("ssid"), "\"Cafe\"");
+    EXPECT_EQ(countCalls("AddNetwork"), 1U);
+    EXPECT_THROW(addNetwork(pskNetwork("Home", "short")), CallFailed);
+}
+
+TEST_F(FaultyDevice, ForgetsDelayedCallsWhenTheSupplicantCrashes) {
+    start({accessPoint("Cafe", Security::open)});
+    Fault fault = faultOf("SaveConfig", FaultKind::delay);
+    fault.delay = std::chrono::hours(1);
+    device_->orderFault(fault);
+    const Message call = client_->newCall(supplicantInterface, "SaveConfig");
+    check(sd_bus_send(client_->bus(), call.get(), nullptr), "send");
+    ASSERT_TRUE(device_->waitForCalls(
+        [](const auto& calls) { return !calls.empty() && calls.back().member == "SaveConfig"; }, generous));
+    device_->crashSupplicant();
+    EXPECT_EQ(device_->unitState(), "failed");
+}
+
+TEST_F(FaultyDevice, CrashesInsteadOfAnswering) {
+    start({accessPoint("Cafe", Security::open)});
+    device_->orderFault(faultOf("Scan", FaultKind::crash));
+    EXPECT_EQ(errorOf(supplicantInterface, "Scan", "a{sv}", 1, "Type", "s", "passive"),
+              "org.freedesktop.DBus.Error.NoReply");
+    EXPECT_EQ(device_->unitState(), "failed");
+    EXPECT_EQ(client_->ownerOf("fi.w1.wpa_supplicant1"), "");
+}
+
+TEST_F(FaultyDevice, LogsCallsWithTheirArguments) {
+    start({accessPoint("Cafe", Security::open)});
+    device_->forgetCalls();
+    addNetwork(pskNetwork("Home", "correct horse"));
+    const auto calls = device_->calls();
+    ASSERT_EQ(calls.size(), 1U);
+    EXPECT_EQ(calls.front().peer, "supplicant");
+    EXPECT_EQ(calls.front().path, supplicantInterface.path);
+    EXPECT_EQ(calls.front().interface, supplicantInterface.interface);
+    EXPECT_EQ(calls.front().member, "AddNetwork");
+    EXPECT_EQ(nlohmann::json::parse(calls.front().arguments),
+              nlohmann::json::parse(
+                  R"([{"ssid": "Home", "key_mgmt": "WPA-PSK", "psk": "correct horse", "ieee80211w": 1}])"));
+}
+
+TEST_F(FaultyDevice, StormsAsOrdered) {
+    start({accessPoint("Cafe", Security::open)});
+    ASSERT_TRUE(client_->waitUntil([&] { return client_->get(supplicantInterface, "State") == "inactive"; }));
+    client_->signals().clear();
+    device_->storm(500);
+    EXPECT_TRUE(client_->waitUntil([&] { return client_->valuesOf("State").size() == 500; }));
+}
+
+TEST_F(FaultyDevice, OutlivesItsBus) {
+    start({accessPoint("Cafe", Security::open)});
+    select(addNetwork(openNetwork("Cafe")));
+    bus_.kill();
+    const auto end = std::chrono::steady_clock::now() + generous;
+    while (device_->supplicantState() != "completed" && std::chrono::steady_clock::now() < end) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(device_->supplicantState(), "completed");
+    device_->crashSupplicant();
+    EXPECT_EQ(device_->unitState(), "failed");
+}
+
+TEST_F(FaultyDevice, ListsMoreInterfacesThanItHas) {
+    SimulatedDevice::Options options;
+    options.neighbourhood.moreInterfaces = 1;
+    start(std::move(options));
+    EXPECT_EQ(client_->get(supplicantRoot, "Interfaces"),
+              nlohmann::json({supplicantInterface.path, "/fi/w1/wpa_supplicant1/Interfaces/1"}));
+}
+
+}  // namespace
+}  // namespace kaz::sim::test

@@ -1,0 +1,107 @@
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "device_fixture.h"
+
+namespace kaz::sim::test {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+class SaveConfig : public DeviceTest {
+  protected:
+    SaveConfig() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "kaz-test-XXXXXX").string();
+        folder_ = ::mkdtemp(pattern.data());
+    }
+    ~SaveConfig() override { std::filesystem::remove_all(folder_); }
+    SaveConfig(const SaveConfig&) = delete;
+    SaveConfig& operator=(const SaveConfig&) = delete;
+    SaveConfig(SaveConfig&&) = delete;
+    SaveConfig& operator=(SaveConfig&&) = delete;
+
+    std::filesystem::path file() const { return folder_ / "wpa_supplicant.conf"; }
+
+    std::string contents() const {
+        std::ifstream in(file());
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+
+    void startWithFile() {
+        SimulatedDevice::Options options;
+        options.configFile = file();
+        start(std::move(options));
+    }
+
+    void restart() {
+        client_->call(systemdManager, "RestartUnit", "ss", "wpa_supplicant.service", "replace");
+        ASSERT_TRUE(client_->waitUntil([&] { return device_->unitState() == "active"; }));
+    }
+
+    std::filesystem::path folder_;
+};
+
+TEST_F(SaveConfig, WritesTheNetworksToTheFile) {
+    startWithFile();
+    addNetwork(pskNetwork("Home", "correct horse"));
+    addNetwork({{"ssid", "incomplete"}, {"key_mgmt", "WPA-PSK"}});
+    EXPECT_FALSE(std::filesystem::exists(file()));
+    client_->call(supplicantInterface, "SaveConfig");
+    EXPECT_THAT(contents(), AllOf(HasSubstr("update_config=1\n"),
+                                  HasSubstr("network={\n\tssid=\"Home\"\n\tpsk=\"correct horse\"\n"),
+                                  HasSubstr("\tdisabled=1\n"), Not(HasSubstr("incomplete"))));
+}
+
+TEST_F(SaveConfig, KeepsTheSavedNetworksOverARestartAndNoOthers) {
+    startWithFile();
+    addNetwork(openNetwork("saved"));
+    client_->call(supplicantInterface, "SaveConfig");
+    addNetwork(openNetwork("unsaved"));
+    restart();
+    EXPECT_EQ(client_->get(supplicantInterface, "Networks").size(), 1U);
+    EXPECT_EQ(client_->get(networkAt(supplicantInterface.path + "/Networks/0"), "Properties").at("ssid"),
+              "\"saved\"");
+}
+
+TEST_F(SaveConfig, IsReadByTheNextDevice) {
+    startWithFile();
+    addNetwork(openNetwork("saved"));
+    client_->call(supplicantInterface, "SaveConfig");
+    device_.reset();
+    startWithFile();
+    EXPECT_EQ(client_->get(supplicantInterface, "Networks").size(), 1U);
+}
+
+TEST_F(SaveConfig, IsRememberedWithoutAFile) {
+    start(std::vector<AccessPoint>{});
+    addNetwork(openNetwork("saved"));
+    client_->call(supplicantInterface, "SaveConfig");
+    restart();
+    EXPECT_EQ(client_->get(supplicantInterface, "Networks").size(), 1U);
+}
+
+TEST_F(SaveConfig, IsRefusedWhenTheConfigurationMayNotBeUpdated) {
+    SimulatedDevice::Options options;
+    options.configFile = file();
+    options.neighbourhood.updateConfig = false;
+    start(std::move(options));
+    EXPECT_EQ(errorOf(supplicantInterface, "SaveConfig"), "fi.w1.wpa_supplicant1.UnknownError");
+    client_->call({supplicantInterface.service, supplicantInterface.path, "org.freedesktop.DBus.Properties"},
+                  "Set", "ssv", "fi.w1.wpa_supplicant1.Interface", "UpdateConfig", "s", "1");
+    EXPECT_EQ(errorOf(supplicantInterface, "SaveConfig"), "");
+}
+
+TEST_F(SaveConfig, FailsWhenTheFileCannotBeWritten) {
+    SimulatedDevice::Options options;
+    options.configFile = folder_ / "no folder" / "file";
+    start(std::move(options));
+    EXPECT_EQ(errorOf(supplicantInterface, "SaveConfig"), "fi.w1.wpa_supplicant1.UnknownError");
+}
+
+}  // namespace
+}  // namespace kaz::sim::test
