@@ -24,8 +24,9 @@ namespace kaz::dbus {
 
 // Sends the call and blocks until the reply is here, at most 10 s, or until the loop gives up on its way out.
 // A call that failed, on the bus or by an error reply, is logged at warning level with member, destination
-// and the error's name and text, and yields a decoder without a message. A builder without a message yields
-// the same, unlogged.
+// and the error's name and text (a sensitive call only with the name), and yields a decoder without a
+// message. A builder without a message and a null bus yield the same, unlogged. A builder that is not ok() is
+// sent as far as it got.
 [[gnu::visibility("default")]] MessageDecoder sendMessage(sd_bus* bus, MessageBuilder& builder);
 
 }  // namespace kaz::dbus

@@ -13,9 +13,12 @@ namespace kaz::dbus {
 // first out), handlers of bus signals, the task of one timer, and an idle task.
 //
 // Tasks, signals and the timer take turns: neither endless tasks nor a storm of signals keeps the others from
-// running. The idle task runs when nothing else is ready. The loop never wakes up without a cause.
+// running. The idle task runs when nothing else is ready, and when there is no such moment, 100 ms after the
+// event that called for it. The loop never wakes up without a cause.
 //
 // An exception that leaves a task or handler is logged at error level; the loop goes on.
+//
+// Without a bus, or when the bus goes away, the log gets one error; tasks, timer and idle task go on.
 //
 // pushTaskAsync and stopEventLoopAsync may be called from any thread. Everything else is to be called before
 // the start or on the loop thread.
@@ -25,8 +28,9 @@ class [[gnu::visibility("default")]] EventLoop {
     EventLoop();
 
     // Stops the loop if it runs and waits for its thread. 1000 ms after the stop was asked for, a bus call
-    // that is still waiting for its reply fails, and so does every call after it. Must not run on the loop
-    // thread.
+    // that is still waiting for its reply fails, and so does every call after it. Until this returns, the
+    // task in progress and the last idle pass may run. What they use must be alive, and lead here: mind that
+    // std::unique_ptr::reset() clears its pointer before it destroys. Must not run on the loop thread.
     ~EventLoop();
 
     EventLoop(const EventLoop&) = delete;
@@ -43,21 +47,24 @@ class [[gnu::visibility("default")]] EventLoop {
     // nothing; a loop stopped before its start never runs anything.
     void stopEventLoopAsync();
 
+    // After the stop, the task is dropped quietly.
     void pushTaskAsync(std::function<void()> task);
 
     // The idle task returns the delay after which it is to run again even if nothing happens; zero or less
-    // means at once. Without a delay it runs again only after something else did.
+    // means at once, though no faster than every 10 ms when it says so each time. Without a delay it runs
+    // again only after something else did.
     void setIdleTaskSync(std::function<std::optional<std::chrono::milliseconds>()> task);
 
     // Arms the timer, which then expires every `period` until it is disarmed; arming it again restarts the
-    // period. Monotonic clock.
+    // period. A period below 1 ms counts as 1 ms. Monotonic clock; expiries missed while a task ran long are
+    // not made up for.
     void configureTimerSync(bool enable, std::chrono::milliseconds period);
     void setTimerCompletedTask(std::function<void()> task);
 
     // Subscribes to a signal. Only signals sent by the owner of the name `sender` reach the handler; the
     // owner is followed when it changes. A temporary handler lives until removeTemporarySignalHandlersSync(),
     // any other as long as the loop. An empty path is refused quietly. Handlers may add and remove handlers,
-    // themselves included.
+    // themselves included; one that is added hears only later signals.
     void registerSignalHandlerSync(const char* sender, const char* path, const char* interface,
                                    const char* member, bool temporary,
                                    std::function<void(MessageDecoder&)> handler);
@@ -67,7 +74,7 @@ class [[gnu::visibility("default")]] EventLoop {
     sd_bus* getSdBusHandle() const;
 
   private:
-    class Impl;
+    class [[gnu::visibility("hidden")]] Impl;
     std::unique_ptr<Impl> impl_;
 };
 
