@@ -1,0 +1,204 @@
+#include <algorithm>
+
+#include "device_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+using wifi::ConnectionInfo;
+using wifi::ConnectionSettings;
+using wifi::ConnectResult;
+using wifi::SecurityMode;
+using Status = ConnectionInfo::Status;
+using Reason = ConnectionInfo::DisconnectReason;
+
+class Connecting : public DeviceFixture {
+  protected:
+    void connect(const ConnectionSettings& settings) {
+        ASSERT_EQ(manager().connect(settings), ConnectResult::ok);
+        ASSERT_TRUE(user().waitForStatus(Status::connected, settings.ssid));
+    }
+
+    void connectHome() { connect(settings("Home", SecurityMode::rsnPsk, homePassword)); }
+};
+
+TEST_F(Connecting, ToAWpa2NetworkGoesThroughEveryStage) {
+    start();
+    manager().scan();
+    ASSERT_TRUE(user().waitForNetwork("Home"));
+    user().forgetHistory();
+    connectHome();
+
+    std::vector<Status> stages;
+    for (const ConnectionInfo& info : user().history()) {
+        EXPECT_EQ(info.ssid, "Home");
+        if (stages.empty() || stages.back() != info.status) {
+            stages.push_back(info.status);
+        }
+    }
+    EXPECT_EQ(stages, (std::vector{Status::connectingWifi, Status::connectingIP, Status::connected}));
+    EXPECT_EQ(manager().connectionInfo().signal, -50);
+}
+
+TEST_F(Connecting, TakesTheNetworkOffTheListAndSavesItWithItsPriority) {
+    start();
+    manager().scan();
+    ASSERT_TRUE(user().waitForNetwork("Home"));
+    connectHome();
+    ASSERT_TRUE(user().waitUntil([&] { return !user().network("Home"); }));
+    ASSERT_TRUE(waitForSaved("ssid=\"Home\""));
+    ASSERT_TRUE(waitForSaved("priority=2"));
+}
+
+TEST_F(Connecting, WorksForEveryKindOfNetwork) {
+    ConnectionSettings office = settings("Office", SecurityMode::enterprise, "wonderland");
+    office.identity = "alice";
+    office.eapMethod = "PEAP";
+    office.phase2Method = "MSCHAPV2";
+    ConnectionSettings hidden = settings("Hidden", SecurityMode::rsnPsk, "hidden away");
+    hidden.hidden = true;
+    start();
+    for (const ConnectionSettings& target : {
+             settings("Cafe", SecurityMode::none),
+             settings("Old", SecurityMode::wep, "12345"),
+             settings("Neighbour", SecurityMode::rsnPsk, "next door"),
+             settings("Future", SecurityMode::sae, "tomorrow"),
+             office,
+             hidden,
+         }) {
+        SCOPED_TRACE(target.ssid);
+        ASSERT_NO_FATAL_FAILURE(connect(target));
+    }
+    EXPECT_EQ(callsOf("AddNetwork").size(), 6U);
+}
+
+TEST_F(Connecting, WithAWrongKeyEndsDisconnectedAndEnablesTheOthersAgain) {
+    start();
+    connect(settings("Cafe", SecurityMode::none));
+    ASSERT_TRUE(waitForSaved("ssid=\"Cafe\""));
+    device().forgetCalls();
+
+    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, "wrong password")), ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connectingWifi, "Home"));
+    ASSERT_TRUE(user().waitUntil([&] {
+        const auto history = user().history();
+        return std::any_of(history.begin(), history.end(), [](const ConnectionInfo& info) {
+            return info.status == Status::disconnected && info.disconnectSsid == "Home" &&
+                   info.disconnectReason == Reason::causedBySystem;
+        });
+    }));
+    ASSERT_TRUE(device().waitForCalls(
+        [](const auto& calls) {
+            return std::any_of(calls.begin(), calls.end(),
+                               [](const sim::Call& call) { return call.member == "SaveConfig"; });
+        },
+        WifiUser::generousLimit));
+    EXPECT_EQ(savedConfiguration().find("disabled=1"), std::string::npos) << savedConfiguration();
+}
+
+TEST_F(Connecting, AgainWithNewSettingsLeavesOneConfiguration) {
+    start();
+    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, "wrong password")), ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connectingWifi, "Home"));
+    connectHome();
+    ASSERT_TRUE(waitForSaved("priority=2"));
+    const std::string saved = savedConfiguration();
+    EXPECT_EQ(saved.find("ssid=\"Home\""), saved.rfind("ssid=\"Home\"")) << saved;
+    EXPECT_EQ(callsOf("RemoveNetwork").size(), 1U);
+}
+
+TEST_F(Connecting, FromOneNetworkToAnotherRecordsTheEndOfTheFirst) {
+    start();
+    connect(settings("Cafe", SecurityMode::none));
+    connectHome();
+    const ConnectionInfo info = manager().connectionInfo();
+    EXPECT_EQ(info.disconnectSsid, "Cafe");
+    EXPECT_EQ(info.disconnectReason, Reason::causedByUser);
+    ASSERT_TRUE(waitForSaved("priority=1"));
+}
+
+TEST_F(Connecting, ToAConfiguredNetworkNeedsItsNameOnly) {
+    start();
+    connectHome();
+    connect(settings("Cafe", SecurityMode::none));
+    ASSERT_TRUE(user().waitUntil([&] {
+        const auto home = user().network("Home");
+        return home && home->configured;
+    }));
+    manager().connectConfigured("Home");
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+}
+
+TEST_F(Connecting, ToAnUnknownConfiguredNetworkIsGivenUpAfterTwoSeconds) {
+    start();
+    manager().connectConfigured("Nowhere");
+    ASSERT_TRUE(user().waitForStatus(Status::connectingWifi, "Nowhere"));
+    ASSERT_TRUE(user().waitForStatus(Status::disconnected));
+    EXPECT_EQ(manager().connectionInfo().disconnectSsid, "Nowhere");
+    EXPECT_EQ(manager().connectionInfo().disconnectReason, Reason::causedBySystem);
+    EXPECT_TRUE(log().waitForText(
+        spdlog::level::warn,
+        R"(Tried connecting to configured network, but it isn't known to us. ssid="Nowhere")"));
+}
+
+TEST_F(Connecting, IsUndoneByDisconnect) {
+    start();
+    connectHome();
+    manager().disconnect();
+    ASSERT_TRUE(user().waitForStatus(Status::disconnected));
+    EXPECT_EQ(manager().connectionInfo().disconnectSsid, "Home");
+    EXPECT_EQ(manager().connectionInfo().disconnectReason, Reason::causedByUser);
+    ASSERT_TRUE(user().waitForNetwork("Home"));
+}
+
+TEST_F(Connecting, SurvivesTheLossOfTheLink) {
+    start();
+    connectHome();
+    user().forgetHistory();
+    device().deauthenticate(3);
+    ASSERT_TRUE(user().waitUntil([&] {
+        const auto history = user().history();
+        return std::any_of(history.begin(), history.end(), [](const ConnectionInfo& info) {
+            return info.disconnectSsid == "Home" && info.disconnectReason == Reason::causedBySystem;
+        });
+    }));
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+}
+
+TEST_F(Connecting, AcceptsOnlyTheEapMethodsOnOffer) {
+    start();
+    EXPECT_EQ(manager().eapMethods(), (std::set<std::string>{"MSCHAPV2", "PEAP", "PWD", "TTLS"}));
+    ConnectionSettings office = settings("Office", SecurityMode::enterprise, "wonderland");
+    office.eapMethod = "TLS";
+    EXPECT_EQ(manager().connect(office), ConnectResult::eapMethodUnsupported);
+    EXPECT_TRUE(callsOf("AddNetwork").empty());
+}
+
+TEST_F(Connecting, KeepsPasswordsOutOfTheLog) {
+    ConnectionSettings office = settings("Office", SecurityMode::enterprise, "wonderland");
+    office.identity = "alice";
+    office.anonymousIdentity = "somebody";
+    start();
+    connectHome();
+    connect(office);
+    for (const char* secret : {homePassword, "wonderland", "alice", "somebody"}) {
+        EXPECT_FALSE(log().contains(secret)) << secret;
+    }
+}
+
+TEST_F(Connecting, KeepsPasswordsOutOfTheLogWhenTheSupplicantRepeatsThem) {
+    start();
+    sim::Fault fault;
+    fault.peer = "supplicant";
+    fault.member = "AddNetwork";
+    fault.errorText = std::string("bad psk ") + homePassword;
+    const auto ordered = device().orderFault(fault);
+    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connectingWifi, "Home"));
+    ASSERT_TRUE(user().waitForStatus(Status::disconnected));
+    EXPECT_EQ(device().timesFired(ordered), 1U);
+    EXPECT_FALSE(log().contains(homePassword));
+}
+
+}  // namespace
+}  // namespace kaz::test

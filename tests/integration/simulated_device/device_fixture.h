@@ -1,0 +1,61 @@
+#pragma once
+
+#include "neighbourhood.h"
+#include "private_bus.h"
+#include "recording_log.h"
+#include "simulated_device.h"
+#include "temporary_folder.h"
+#include "wifi_user.h"
+
+#include <gtest/gtest.h>
+#include <wifi/types.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kaz::test {
+
+// A simulated device with a handful of networks around it, and one user of the library on it.
+class DeviceFixture : public ::testing::Test {
+  protected:
+    DeviceFixture();
+    ~DeviceFixture() override;
+
+    // Change this before start().
+    sim::Neighbourhood neighbourhood;
+
+    // Switches the device on, then starts the user and waits until it follows the supplicant (where that
+    // runs).
+    void start();
+
+    sim::SimulatedDevice& device() { return *device_; }
+    WifiUser& user() { return *user_; }
+    wifi::Manager& manager() { return user_->manager(); }
+    const RecordingLog& log() const { return log_; }
+
+    // A new user, after the former one left.
+    void restartUser();
+
+    // The supplicant's configuration file; empty while it was never saved.
+    std::string savedConfiguration() const;
+    // Waits until it is saved with this in it.
+    bool waitForSaved(const std::string& part);
+
+    // The calls the supplicant received for this member, in order.
+    std::vector<sim::Call> callsOf(const std::string& member) const;
+
+    static wifi::ConnectionSettings settings(const std::string& ssid, wifi::SecurityMode mode,
+                                             const std::string& password = {});
+
+    static constexpr const char* homePassword = "correct horse";
+
+  private:
+    RecordingLog log_;
+    TemporaryFolder folder_;
+    sim::PrivateBus bus_;
+    std::unique_ptr<sim::SimulatedDevice> device_;
+    std::unique_ptr<WifiUser> user_;
+};
+
+}  // namespace kaz::test

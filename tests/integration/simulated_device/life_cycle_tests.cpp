@@ -1,0 +1,109 @@
+#include <algorithm>
+#include <chrono>
+
+#include "device_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+using wifi::ConnectResult;
+using wifi::SecurityMode;
+using Status = wifi::ConnectionInfo::Status;
+
+class LifeCycle : public DeviceFixture {};
+
+TEST_F(LifeCycle, OffAndOnStopsAndStartsTheSupplicant) {
+    start();
+    manager().setEnabled(false);
+    ASSERT_TRUE(user().waitForStack(false));
+    EXPECT_FALSE(manager().isEnabled());
+    EXPECT_EQ(device().unitState(), "inactive");
+    ASSERT_TRUE(user().waitUntil([&] { return manager().networks().empty(); }));
+
+    manager().setEnabled(true);
+    ASSERT_TRUE(user().waitForStack(true));
+    EXPECT_TRUE(manager().isEnabled());
+}
+
+TEST_F(LifeCycle, TheChoiceSurvivesTheUser) {
+    start();
+    manager().setEnabled(false);
+    ASSERT_TRUE(user().waitForStack(false));
+    user().leave();
+    WifiUser next;
+    EXPECT_FALSE(next.manager().isEnabled());
+}
+
+TEST_F(LifeCycle, FollowsASupplicantThatCrashesAndIsStartedAgain) {
+    start();
+    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+    ASSERT_TRUE(waitForSaved("ssid=\"Home\""));
+
+    device().crashSupplicant();
+    ASSERT_TRUE(user().waitForStack(false));
+    ASSERT_TRUE(user().waitForStatus(Status::disconnected));
+
+    manager().setEnabled(true);
+    ASSERT_TRUE(user().waitForStack(true));
+    // It finds its saved network by itself, and we follow.
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+}
+
+// The unit passes through transitional states only, so nothing tells of a supplicant that is gone: what the
+// new one reports has to be enough.
+TEST_F(LifeCycle, FollowsASupplicantThatIsRestarted) {
+    start();
+    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+    ASSERT_TRUE(waitForSaved("priority=2"));
+    user().forgetHistory();
+    device().restartSupplicant();
+    ASSERT_TRUE(user().waitUntil([&] {
+        const auto history = user().history();
+        const auto lost = std::find_if(history.begin(), history.end(),
+                                       [](const auto& info) { return info.status != Status::connected; });
+        return std::any_of(lost, history.end(), [](const auto& info) {
+            return info.status == Status::connected && info.ssid == "Home";
+        });
+    }));
+    ASSERT_EQ(manager().connect(settings("Cafe", SecurityMode::none)), ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Cafe"));
+}
+
+TEST_F(LifeCycle, AUserWhoComesLaterFindsTheConnection) {
+    start();
+    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+    restartUser();
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+}
+
+TEST_F(LifeCycle, LeavingTakesAboutASecondWhenThePeerNeverAnswers) {
+    start();
+    sim::Fault silence;
+    silence.peer = "supplicant";
+    silence.member = "Scan";
+    silence.kind = sim::FaultKind::noReply;
+    const auto ordered = device().orderFault(silence);
+    manager().scan();
+    ASSERT_TRUE(device().waitForCalls(
+        [](const auto& calls) { return !calls.empty() && calls.back().member == "Scan"; },
+        WifiUser::generousLimit));
+    const auto before = std::chrono::steady_clock::now();
+    user().leave();
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
+    EXPECT_EQ(device().timesFired(ordered), 1U);
+}
+
+TEST_F(LifeCycle, AStormOfSignalsLosesNothing) {
+    start();
+    device().storm(20000);
+    manager().scan();
+    ASSERT_TRUE(user().waitForNetwork("Home"));
+    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+}
+
+}  // namespace
+}  // namespace kaz::test

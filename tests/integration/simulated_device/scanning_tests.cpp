@@ -1,0 +1,83 @@
+#include <algorithm>
+
+#include "device_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+using wifi::SecurityMode;
+using wifi::WifiNetwork;
+
+class Scanning : public DeviceFixture {};
+
+TEST_F(Scanning, ListsTheNetworksInRangeStrongestFirstWithTheirSecurity) {
+    start();
+    manager().scan();
+    ASSERT_TRUE(user().waitUntil([&] { return manager().networks().size() == 6; }));
+
+    const std::vector<WifiNetwork> expected{
+        {"Home", -50, SecurityMode::rsnPsk, false},      {"Office", -66, SecurityMode::enterprise, false},
+        {"Cafe", -70, SecurityMode::none, false},        {"Future", -75, SecurityMode::unsupported, false},
+        {"Neighbour", -80, SecurityMode::rsnPsk, false}, {"Old", -85, SecurityMode::wep, false},
+    };
+    EXPECT_EQ(manager().networks(), expected);
+}
+
+TEST_F(Scanning, IsReportedWhileItLastsAndAsksPassively) {
+    start();
+    manager().scan();
+    ASSERT_TRUE(user().waitUntil([&] { return user().scanningCallbacks() >= 2 && !manager().isScanning(); }));
+    const auto scans = callsOf("Scan");
+    ASSERT_FALSE(scans.empty());
+    EXPECT_NE(scans.front().arguments.find("passive"), std::string::npos) << scans.front().arguments;
+}
+
+TEST_F(Scanning, FollowsAccessPointsThatComeGoAndMove) {
+    start();
+    manager().scan();
+    ASSERT_TRUE(user().waitForNetwork("Cafe"));
+
+    sim::AccessPoint newcomer;
+    newcomer.ssid = std::string("\xff\0\"\\\n", 5);  // bytes, not text
+    newcomer.signal = -40;
+    const std::string bssid = device().addAccessPoint(newcomer);
+    manager().scan();
+    ASSERT_TRUE(user().waitForNetwork(newcomer.ssid));
+    EXPECT_EQ(manager().networks().front().ssid, newcomer.ssid);
+
+    ASSERT_TRUE(device().removeAccessPoint(bssid));
+    ASSERT_TRUE(user().waitUntil([&] {
+        if (user().network(newcomer.ssid)) {
+            manager().scan();  // the supplicant forgets a BSS only after some scans without it
+            return false;
+        }
+        return true;
+    }));
+}
+
+TEST_F(Scanning, ShowsOneEntryForTwoAccessPointsOfOneNetwork) {
+    sim::AccessPoint second = neighbourhood.accessPoints.front();
+    second.bssid = neighbourhood.freeBssid();
+    second.signal = -45;
+    neighbourhood.accessPoints.push_back(second);
+    start();
+    manager().scan();
+    ASSERT_TRUE(user().waitUntil([&] {
+        const auto cafe = user().network("Cafe");
+        return cafe && cafe->signal == -45;
+    }));
+    const auto list = manager().networks();
+    EXPECT_EQ(std::count_if(list.begin(), list.end(), [](const auto& entry) { return entry.ssid == "Cafe"; }),
+              1);
+}
+
+TEST_F(Scanning, WithoutSupplicantDoesNothing) {
+    neighbourhood.unitActive = false;
+    start();
+    manager().scan();
+    ASSERT_TRUE(log().waitForText(spdlog::level::debug, "Can't scan, wpa_supplicant isn't running."));
+    EXPECT_TRUE(manager().networks().empty());
+}
+
+}  // namespace
+}  // namespace kaz::test

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <wifi/manager.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kaz::test {
+
+// A user-interface process in small: a Manager, and a thread that waits for what its callbacks announce.
+class WifiUser {
+  public:
+    static constexpr std::chrono::seconds generousLimit{60};
+
+    WifiUser();
+    ~WifiUser();
+    WifiUser(const WifiUser&) = delete;
+    WifiUser& operator=(const WifiUser&) = delete;
+    WifiUser(WifiUser&&) = delete;
+    WifiUser& operator=(WifiUser&&) = delete;
+
+    wifi::Manager& manager() { return *manager_; }
+
+    // Ends the Manager, as a process that exits does.
+    void leave();
+
+    // Blocks until the condition holds; it is looked at now and after every callback. False when it does not
+    // within the limit.
+    bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit = generousLimit);
+
+    bool waitForStack(bool up);
+    bool waitForStatus(wifi::ConnectionInfo::Status status, const std::string& ssid = {});
+    bool waitForNetwork(const std::string& ssid);
+
+    // The entry of the published list.
+    std::optional<wifi::WifiNetwork> network(const std::string& ssid);
+
+    // Every distinct connection info published so far, in order.
+    std::vector<wifi::ConnectionInfo> history();
+    void forgetHistory();
+
+    int enabledCallbacks();
+    int scanningCallbacks();
+
+  private:
+    template <typename Note>
+    void announce(Note note) {
+        {
+            const std::lock_guard lock(mutex_);
+            note();
+            ++announcements_;
+        }
+        changed_.notify_all();
+    }
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    unsigned announcements_ = 0;
+    std::vector<wifi::ConnectionInfo> history_;
+    int enabledCallbacks_ = 0;
+    int scanningCallbacks_ = 0;
+    std::unique_ptr<wifi::Manager> manager_;
+};
+
+}  // namespace kaz::test
