@@ -48,7 +48,7 @@ class ConnectCommand {
     void request(Session& session);
     Report follow(Session& session);
     bool watch(Session& session, const Attempt& attempt);
-    Report end(Session& session, const Attempt& attempt);
+    Report end(Session& session, Attempt attempt);
     void callOff(Session& session);
     void giveUpNew(Session& session);
     Failure refusal(ConnectResult verdict, Session& session) const;
@@ -190,7 +190,8 @@ bool ConnectCommand::watch(Session& session, const Attempt& attempt) {
     return true;
 }
 
-Report ConnectCommand::end(Session& session, const Attempt& attempt) {
+// `attempt` is a copy: what calling off does to the connection is no part of it.
+Report ConnectCommand::end(Session& session, Attempt attempt) {
     const bool unfinished = !attempt.outcome() && !attempt.linkIsUp();
     const bool failed = attempt.outcome() && attempt.outcome() != Attempt::Outcome::connected;
     const bool linkWasUp = attempt.linkIsUp() || attempt.outcome() == Attempt::Outcome::lost;

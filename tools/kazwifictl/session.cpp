@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace kaz::ctl {
@@ -14,10 +15,11 @@ using wifi::ConnectionInfo;
 
 namespace {
 
-// An SSID has at most 32 bytes, so there is no network of this name.
-const std::string& fenceSsid() {
-    static const std::string name = "kazwifictl: no network has a name as long as this";
-    return name;
+// An SSID has at most 32 bytes, so there is no network of such a name.
+constexpr std::string_view fencePrefix = "kazwifictl: no network has a name as long as this ";
+
+bool isFence(std::string_view ssid) {
+    return ssid.substr(0, fencePrefix.size()) == fencePrefix;
 }
 
 // A supplicant that runs is being followed well before this; asking the long way takes longer.
@@ -146,9 +148,10 @@ Session::Start Session::start(std::chrono::milliseconds limit, bool patient) {
 }
 
 Session::Wake Session::fence(std::chrono::milliseconds limit) {
-    fenceReached_ = false;
-    device_->connectConfigured(fenceSsid());
-    return until(Clock::now() + limit, [this](const View&) { return fenceReached_; });
+    // Every fence has a name of its own, or two in a row might leave the record as it is, and show nothing.
+    const std::string name = std::string(fencePrefix) + std::to_string(++fences_);
+    device_->connectConfigured(name);
+    return until(Clock::now() + limit, [&](const View&) { return reached_ == name; });
 }
 
 void Session::close() {
@@ -173,11 +176,11 @@ bool Session::withoutFence(Event& event) {
         return true;
     }
     ConnectionInfo& info = connection->info;
-    if (info.ssid == fenceSsid()) {
-        fenceReached_ = true;
+    if (isFence(info.ssid)) {
+        reached_ = info.ssid;
         return false;
     }
-    if (info.disconnectSsid == fenceSsid()) {
+    if (isFence(info.disconnectSsid)) {
         info.disconnectSsid = view_.connection.disconnectSsid;
         info.disconnectReason = view_.connection.disconnectReason;
         info.disconnectTime = view_.connection.disconnectTime;

@@ -24,6 +24,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "device.h"
 #include "event.h"
@@ -93,7 +94,8 @@ class Session {
     View view_;
     Observer observer_;
     std::optional<int> signal_;
-    bool fenceReached_ = false;
+    unsigned fences_ = 0;
+    std::string reached_;  // the last fence seen
     std::unique_ptr<Device> device_;  // ends first: it writes to the inbox until then
 };
 

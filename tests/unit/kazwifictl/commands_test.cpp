@@ -1,0 +1,364 @@
+#include "commands.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+
+#include "command_failed.h"
+#include "fake_device.h"
+#include "live_workspace.h"
+#include "one_shot.h"
+#include "secret_file.h"
+
+namespace kaz::ctl {
+namespace {
+
+using std::chrono::milliseconds;
+using test::connectedTo;
+using test::FakeWorld;
+using test::makeFake;
+using test::network;
+using test::SecretFile;
+using wifi::ConnectionInfo;
+using wifi::SecurityMode;
+using Status = ConnectionInfo::Status;
+
+const std::vector<FakeWorld::Step> success{{Status::connectingIP, "Home", -50},
+                                           {Status::connected, "Home", -50}};
+const std::vector<FakeWorld::Step> refusal{{Status::disconnected, "", 0}};
+
+// Commands as a program runs them that ends afterwards, over a device slow enough that leaving too early
+// shows.
+class CommandsTest : public testing::Test {
+  protected:
+    CommandsTest() {
+        world.slowness = milliseconds(10);
+        world.inRange = {network("Home", -50, SecurityMode::rsnPsk),
+                         network("Cafe", -60, SecurityMode::none)};
+        options.startWait = milliseconds(20000);
+    }
+
+    Report run(Report (*command)(const Options&, Workspace&, Output&)) {
+        OneShot place(makeFake(world), interrupts, log, options.startWait, nullptr);
+        try {
+            return command(options, place, output);
+        } catch (const CommandFailed& failed) {
+            Report report;
+            report.failure = failed.failure();
+            return report;
+        }
+    }
+
+    Report connect(const std::string& ssid, const std::string& password = "correct horse") {
+        const SecretFile file(password + "\n");
+        options.command = Command::connect;
+        options.ssid = ssid;
+        options.connect.passwordFile = file.path();
+        return run(connectTo);
+    }
+
+    Report forget(const std::string& ssid) {
+        options.ssid = ssid;
+        return run(forgetNetwork);
+    }
+
+    static ExitCode codeOf(const Report& report) {
+        return report.failure ? report.failure->code : ExitCode::done;
+    }
+
+    FakeWorld world;
+    Interrupts interrupts;
+    LibraryLog log{false};
+    Options options;
+    Output output{ColourChoice::never, true};  // silent but for documents, which these tests do not show
+};
+
+TEST_F(CommandsTest, ListShowsTheNetworkInUseAndTheOthers) {
+    world.connection = connectedTo("Home", -50);
+    const Report report = run(listNetworks);
+    EXPECT_EQ(codeOf(report), ExitCode::done);
+    ASSERT_EQ(report.members.at("networks").size(), 2U);
+    EXPECT_EQ(report.members.at("networks").at(0).at("ssid"), "Home");
+    EXPECT_EQ(report.members.at("networks").at(0).at("status"), "connected");
+    EXPECT_FALSE(world.did("scan"));
+}
+
+TEST_F(CommandsTest, ListLooksAroundWhenNothingIsKnown) {
+    world.inRange.clear();
+    EXPECT_EQ(codeOf(run(listNetworks)), ExitCode::done);
+    EXPECT_TRUE(world.did("scan"));
+}
+
+TEST_F(CommandsTest, ListNamesOnlyWhatCanBeTyped) {
+    world.inRange.push_back(network("\x1b[31m", -40, SecurityMode::none));
+    options.namesOnly = true;
+    EXPECT_EQ(run(listNetworks).text, "Home\nCafe\n");
+}
+
+TEST_F(CommandsTest, NoStackIsReportedWithItsReason) {
+    world.running = false;
+    options.startWait = milliseconds(400);
+    const Report on = run(listNetworks);
+    EXPECT_EQ(codeOf(on), ExitCode::noStack);
+    EXPECT_NE(on.failure->why.find("wpa_supplicant"), std::string::npos);
+    world.storedChoice = false;
+    const Report off = run(scanNetworks);
+    EXPECT_EQ(codeOf(off), ExitCode::noStack);
+    EXPECT_EQ(off.failure->why, "Wi-Fi is switched off");
+    EXPECT_EQ(off.failure->advice, "kazwifictl on");
+}
+
+TEST_F(CommandsTest, StatusIsNoFailureWhenWifiIsOffByChoice) {
+    world.running = false;
+    world.storedChoice = false;
+    const Report report = run(showStatus);
+    EXPECT_EQ(codeOf(report), ExitCode::done);
+    EXPECT_EQ(report.text, "Wi-Fi       off\n");
+    world.storedChoice = true;
+    EXPECT_EQ(codeOf(run(showStatus)), ExitCode::noStack);
+}
+
+TEST_F(CommandsTest, ScanFailsWhenTheSupplicantDoesNotBegin) {
+    world.scansBegin = false;
+    EXPECT_EQ(codeOf(run(scanNetworks)), ExitCode::failed);
+}
+
+TEST_F(CommandsTest, OffHasStoppedTheSupplicantWhenItReturns) {
+    const Report report = run(switchOff);
+    EXPECT_EQ(codeOf(report), ExitCode::done);
+    EXPECT_TRUE(world.did("stop"));
+    EXPECT_FALSE(world.storedChoice);
+    EXPECT_EQ(report.members.at("changed"), true);
+}
+
+TEST_F(CommandsTest, OffAsksASupplicantToStopThatDoesNotRunYet) {
+    world.running = false;
+    EXPECT_EQ(codeOf(run(switchOff)), ExitCode::done);
+    EXPECT_TRUE(world.did("stop"));
+}
+
+TEST_F(CommandsTest, OffTimesOutWhenTheSupplicantStays) {
+    world.startsAndStops = false;
+    options.startWait = milliseconds(400);
+    EXPECT_EQ(codeOf(run(switchOff)), ExitCode::timedOut);
+}
+
+TEST_F(CommandsTest, OnHasStartedTheSupplicantWhenItReturns) {
+    world.running = false;
+    world.storedChoice = false;
+    EXPECT_EQ(codeOf(run(switchOn)), ExitCode::done);
+    EXPECT_TRUE(world.did("start"));
+    EXPECT_TRUE(world.storedChoice);
+}
+
+TEST_F(CommandsTest, OnFailsWhenTheSupplicantDoesNotStart) {
+    world.running = false;
+    world.startsAndStops = false;
+    options.startWait = milliseconds(400);
+    EXPECT_EQ(codeOf(run(switchOn)), ExitCode::noStack);
+}
+
+TEST_F(CommandsTest, OnAndOffFailWhenTheChoiceCannotBeStored) {
+    world.canStore = false;
+    const Report report = run(switchOff);
+    EXPECT_EQ(codeOf(report), ExitCode::failed);
+    EXPECT_NE(report.failure->why.find("configuration file"), std::string::npos);
+}
+
+TEST_F(CommandsTest, ConnectIsSavedWhenItReturns) {
+    world.afterConnect["Home"] = success;
+    const Report report = connect("Home");
+    EXPECT_EQ(codeOf(report), ExitCode::done);
+    EXPECT_EQ(report.members.at("outcome"), "connected");
+    EXPECT_EQ(report.members.at("signal_dbm"), -50);
+    EXPECT_EQ(report.members.at("stages").size(), 2U);
+    EXPECT_EQ(world.password, "correct horse");
+    EXPECT_TRUE(world.did("save"));
+}
+
+TEST_F(CommandsTest, ConnectUsesWhatIsSavedWhenNothingElseIsAskedFor) {
+    world.saved = {"Home"};
+    world.afterConnect["Home"] = success;
+    options.ssid = "Home";
+    EXPECT_EQ(codeOf(run(connectTo)), ExitCode::done);
+    EXPECT_TRUE(world.did("select Home"));
+    EXPECT_FALSE(world.did("connect Home"));
+}
+
+TEST_F(CommandsTest, ConnectLeavesNothingOfANewNetworkThatRefuses) {
+    world.afterConnect["Home"] = refusal;
+    const Report report = connect("Home");
+    EXPECT_EQ(codeOf(report), ExitCode::failed);
+    EXPECT_EQ(report.members.at("outcome"), "refused");
+    EXPECT_EQ(report.members.at("saved"), false);
+    EXPECT_NE(report.failure->why.find("password"), std::string::npos);
+    EXPECT_TRUE(world.did("forget Home"));
+    EXPECT_EQ(world.everything().back(), "save");
+}
+
+TEST_F(CommandsTest, ConnectKeepsARefusedNetworkWhenAskedTo) {
+    world.afterConnect["Home"] = refusal;
+    options.connect.keep = true;
+    EXPECT_EQ(connect("Home").members.at("saved"), true);
+    EXPECT_FALSE(world.did("forget Home"));
+    EXPECT_TRUE(world.did("save"));
+}
+
+TEST_F(CommandsTest, ConnectKeepsASavedNetworkThatRefuses) {
+    world.saved = {"Home"};
+    world.afterConnect["Home"] = refusal;
+    options.ssid = "Home";
+    EXPECT_EQ(codeOf(run(connectTo)), ExitCode::failed);
+    EXPECT_FALSE(world.did("forget Home"));
+}
+
+TEST_F(CommandsTest, ConnectCallsAnAttemptOffWhenItsTimeIsUp) {
+    options.connect.wait = milliseconds(100);
+    const Report report = connect("Home");
+    EXPECT_EQ(codeOf(report), ExitCode::timedOut);
+    EXPECT_TRUE(world.did("forget Home"));
+    EXPECT_EQ(world.everything().back(), "save");
+}
+
+TEST_F(CommandsTest, ConnectKeepsALinkThatOnlyLacksAnAddress) {
+    world.afterConnect["Home"] = {success.front()};
+    options.connect.wait = milliseconds(400);
+    const Report report = connect("Home");
+    EXPECT_EQ(codeOf(report), ExitCode::timedOut);
+    EXPECT_NE(report.failure->why.find("no address"), std::string::npos);
+    EXPECT_FALSE(world.did("forget Home"));
+    EXPECT_TRUE(world.did("save"));
+}
+
+TEST_F(CommandsTest, ConnectIsRefusedWithTheRuleThatWasBroken) {
+    const Report report = connect("Home", "short");
+    EXPECT_EQ(codeOf(report), ExitCode::refused);
+    EXPECT_EQ(report.failure->why, "the password is shorter than 8 bytes");
+    EXPECT_FALSE(world.did("connect Home"));
+    EXPECT_EQ(codeOf(connect(std::string(33, 'x'))), ExitCode::refused);
+    EXPECT_EQ(codeOf(connect("")), ExitCode::refused);
+    options.connect.security = SecurityMode::unsupported;
+    EXPECT_EQ(codeOf(connect("Home")), ExitCode::refused);
+}
+
+TEST_F(CommandsTest, ConnectSaysWhichEapMethodsThereAre) {
+    options.connect.security = SecurityMode::enterprise;
+    options.connect.identity = "me";
+    options.connect.eapMethod = "MD5";
+    const Report report = connect("Home");
+    EXPECT_EQ(codeOf(report), ExitCode::refused);
+    EXPECT_EQ(report.failure->advice, "--eap with one of PEAP, TTLS");
+}
+
+TEST_F(CommandsTest, ConnectDoesNotFindWhatIsNeitherInRangeNorSaved) {
+    world.afterConnect["Elsewhere"] = refusal;
+    options.ssid = "Elsewhere";
+    world.connection = connectedTo("Home", -50);
+    world.afterConnect["Elsewhere"] = {
+        {Status::connected, "Home", -50}};  // the library goes back to what it had
+    EXPECT_EQ(codeOf(run(connectTo)), ExitCode::notFound);
+    EXPECT_TRUE(world.did("scan"));
+}
+
+TEST_F(CommandsTest, ConnectDoesNothingWhenItIsThereAlready) {
+    world.connection = connectedTo("Home", -50);
+    options.ssid = "Home";
+    const Report report = run(connectTo);
+    EXPECT_EQ(codeOf(report), ExitCode::done);
+    EXPECT_EQ(report.members.at("outcome"), "already-connected");
+    EXPECT_TRUE(world.everything().empty());
+}
+
+TEST_F(CommandsTest, ConnectInterruptedLeavesNothingHalfDone) {
+    const SecretFile file("correct horse\n");
+    options.ssid = "Home";
+    options.connect.passwordFile = file.path();
+    OneShot place(makeFake(world), interrupts, log, options.startWait, nullptr);
+    std::thread user([this] {
+        std::unique_lock lock(world.mutex);
+        world.changed.wait(lock, [this] {
+            return std::find(world.done.begin(), world.done.end(), "connect Home") != world.done.end();
+        });
+        ::kill(::getpid(), SIGINT);
+    });
+    EXPECT_THROW(connectTo(options, place, output), Interrupted);
+    user.join();
+    EXPECT_TRUE(world.did("forget Home"));
+    EXPECT_EQ(world.everything().back(), "save");
+}
+
+TEST_F(CommandsTest, DisconnectHasHappenedWhenItReturns) {
+    world.connection = connectedTo("Home", -50);
+    const Report report = run(disconnectFrom);
+    EXPECT_EQ(codeOf(report), ExitCode::done);
+    EXPECT_EQ(report.members.at("ssid"), "Home");
+    EXPECT_TRUE(world.did("disconnect"));
+}
+
+TEST_F(CommandsTest, DisconnectWithoutAConnectionChangesNothing) {
+    EXPECT_EQ(run(disconnectFrom).members.at("changed"), false);
+    EXPECT_FALSE(world.did("disconnect"));
+}
+
+TEST_F(CommandsTest, ForgetIsSavedWhenItReturnsWhereverTheNetworkIs) {
+    world.saved = {"Home", "Cafe", "Far away"};
+    world.connection = connectedTo("Home", -50);
+    for (const std::string ssid : {"Cafe", "Far away", "Home"}) {
+        world.done.clear();
+        EXPECT_EQ(codeOf(forget(ssid)), ExitCode::done) << ssid;
+        EXPECT_TRUE(world.did("forget " + ssid)) << ssid;
+        EXPECT_EQ(world.everything().back(), "save") << ssid;
+    }
+}
+
+TEST_F(CommandsTest, ForgetDoesNotFindANetworkThatIsListedAsNotSaved) {
+    EXPECT_EQ(codeOf(forget("Home")), ExitCode::notFound);
+    EXPECT_FALSE(world.did("forget Home"));
+}
+
+TEST_F(CommandsTest, ForgetFailsWhenTheNetworkStays) {
+    world.saved = {"Home"};
+    world.removalFails = true;
+    EXPECT_EQ(codeOf(forget("Home")), ExitCode::failed);
+}
+
+TEST_F(CommandsTest, ForgetRefusesANameThatCannotBe) {
+    EXPECT_EQ(codeOf(forget("")), ExitCode::refused);
+    EXPECT_EQ(codeOf(forget(std::string(33, 'x'))), ExitCode::refused);
+}
+
+TEST_F(CommandsTest, APromptKeepsOneDeviceForAllItsCommands) {
+    int made = 0;
+    const DeviceFactory counting = [&] {
+        ++made;
+        return makeFake(world)();
+    };
+    world.saved = {"Home"};
+    world.afterConnect["Home"] = success;
+    LiveWorkspace place(counting, interrupts, log, options.startWait);
+    options.ssid = "Home";
+    EXPECT_EQ(codeOf(connectTo(options, place, output)), ExitCode::done);
+    EXPECT_EQ(listNetworks(options, place, output).members.at("networks").at(0).at("status"), "connected");
+    EXPECT_EQ(codeOf(disconnectFrom(options, place, output)), ExitCode::done);
+    EXPECT_EQ(codeOf(forgetNetwork(options, place, output)), ExitCode::done);
+    place.close();
+    EXPECT_EQ(made, 1);
+    EXPECT_TRUE(world.did("forget Home"));
+}
+
+TEST_F(CommandsTest, APromptSeesRequestsThroughBeforeItEnds) {
+    world.saved = {"Far away"};
+    world.connection = connectedTo("Home", -50);
+    LiveWorkspace place(makeFake(world), interrupts, log, options.startWait);
+    options.ssid = "Far away";
+    EXPECT_EQ(forgetNetwork(options, place, output).text, "Asked to forget \"Far away\".\n");
+    place.close();
+    EXPECT_TRUE(world.did("forget Far away"));
+    EXPECT_EQ(world.everything().back(), "save");
+}
+
+}  // namespace
+}  // namespace kaz::ctl

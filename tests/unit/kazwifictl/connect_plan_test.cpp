@@ -1,0 +1,115 @@
+#include "connect_plan.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "fake_device.h"
+
+namespace kaz::ctl {
+namespace {
+
+using test::connectedTo;
+using test::network;
+using wifi::SecurityMode;
+
+View someView() {
+    View view;
+    view.running = true;
+    view.networks = {
+        network("Cafe", -60, SecurityMode::none), network("Home", -50, SecurityMode::rsnPsk, true),
+        network("Office", -55, SecurityMode::rsnPsk), network("Campus", -70, SecurityMode::enterprise)};
+    return view;
+}
+
+std::string nameOfPlan(const ConnectPlan& plan) {
+    if (const auto* failure = std::get_if<Failure>(&plan)) {
+        return std::string(nameOf(failure->code)) + ": " + failure->why;
+    }
+    if (const auto* settings = std::get_if<UseSettings>(&plan)) {
+        return "settings " + std::to_string(static_cast<int>(settings->settings.securityMode));
+    }
+    if (const auto* saved = std::get_if<UseSaved>(&plan)) {
+        return saved->inRange ? "saved" : "saved?";
+    }
+    return std::holds_alternative<AlreadyConnected>(plan) ? "already" : "look";
+}
+
+ConnectOptions withSecurity(SecurityMode mode) {
+    ConnectOptions options;
+    options.security = mode;
+    return options;
+}
+
+ConnectOptions hidden() {
+    ConnectOptions options;
+    options.hidden = true;
+    return options;
+}
+
+ConnectOptions withFile() {
+    ConnectOptions options;
+    options.passwordFile = "-";
+    return options;
+}
+
+TEST(ConnectPlan, FollowsFromWhatIsKnownAndAskedFor) {
+    struct Case {
+        std::string ssid;
+        ConnectOptions options;
+        bool looked;
+        std::string plan;
+    };
+    const std::vector<Case> cases{
+        {"Home", {}, false, "saved"},
+        {"Office", {}, false, "settings 3"},
+        {"Cafe", {}, false, "settings 0"},
+        {"Home", withFile(), false, "settings 3"},
+        {"Home", withSecurity(SecurityMode::sae), false, "settings 4"},
+        {"Campus", {}, false, "usage: an enterprise network asks who you are"},
+        {"Elsewhere", {}, false, "look"},
+        {"Elsewhere", {}, true, "saved?"},
+        {"Elsewhere", withFile(), false, "look"},
+        {"Elsewhere", withFile(), true, "not-found: no network of this name is in range"},
+        {"Elsewhere", withSecurity(SecurityMode::rsnPsk), false, "settings 3"},
+        {"Elsewhere", hidden(), false, "usage: the security of a hidden network is in no list"},
+    };
+    for (const Case& each : cases) {
+        EXPECT_EQ(nameOfPlan(planConnect(each.ssid, each.options, someView(), each.looked)), each.plan)
+            << each.ssid << (each.looked ? " after a look" : "");
+    }
+}
+
+TEST(ConnectPlan, LeavesAConnectionAloneThatIsThere) {
+    View view = someView();
+    view.connection = connectedTo("Mine", -40);
+    EXPECT_EQ(nameOfPlan(planConnect("Mine", {}, view, false)), "already");
+    EXPECT_EQ(nameOfPlan(planConnect("Mine", withFile(), view, false)),
+              "usage: the security of the network in use is in no list");
+    EXPECT_EQ(nameOfPlan(planConnect("Mine", withSecurity(SecurityMode::rsnPsk), view, false)), "settings 3");
+    view.connection.status = wifi::ConnectionInfo::Status::connectingIP;
+    EXPECT_EQ(nameOfPlan(planConnect("Mine", {}, view, false)), "saved");
+}
+
+TEST(ConnectPlan, FillsInEverythingThatWasGiven) {
+    ConnectOptions options;
+    options.identity = "ada";
+    options.anonymousIdentity = "anon";
+    options.eapMethod = "PEAP";
+    options.phase2Method = "MSCHAPV2";
+    options.hidden = true;
+    const ConnectPlan plan = planConnect("Campus", options, someView(), false);
+    ASSERT_TRUE(std::holds_alternative<UseSettings>(plan));
+    const auto& settings = std::get<UseSettings>(plan).settings;
+    EXPECT_EQ(settings.ssid, "Campus");
+    EXPECT_EQ(settings.securityMode, SecurityMode::enterprise);
+    EXPECT_EQ(settings.identity, "ada");
+    EXPECT_EQ(settings.anonymousIdentity, "anon");
+    EXPECT_EQ(settings.eapMethod, "PEAP");
+    EXPECT_EQ(settings.phase2Method, "MSCHAPV2");
+    EXPECT_TRUE(settings.hidden);
+    EXPECT_TRUE(settings.password.empty());
+}
+
+}  // namespace
+}  // namespace kaz::ctl

@@ -1,0 +1,134 @@
+#include "documents.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+
+#include "connect_report.h"
+#include "fake_device.h"
+
+namespace kaz::ctl {
+namespace {
+
+using namespace std::chrono_literals;
+using test::connectedTo;
+using test::network;
+using wifi::ConnectionInfo;
+using wifi::SecurityMode;
+
+TEST(Documents, HaveAHeadAndOnFailureAnError) {
+    const Failure failure{ExitCode::notFound, "what", "why", "this"};
+    EXPECT_EQ(oneLine(document(Command::forget, ssidMembers("Home"), &failure)),
+              R"({"format":1,"command":"forget","ok":false,"ssid":"Home","ssid_hex":"486f6d65",)"
+              R"("error":{"code":5,"name":"not-found","what":"what","why":"why","try":"this"}})"
+              "\n");
+}
+
+TEST(Documents, DescribeNetworks) {
+    const auto rows = networkRows({network("Café", -60, SecurityMode::sae, true)}, connectedTo("Home", -48));
+    EXPECT_EQ(
+        oneLine(networksJson(rows)),
+        R"([{"ssid":"Home","ssid_hex":"486f6d65","signal_dbm":-48,"bars":4,"security":null,"saved":true,)"
+        R"("status":"connected"},{"ssid":"Caf\u00e9","ssid_hex":"436166c3a9","signal_dbm":-60,"bars":3,)"
+        R"("security":"wpa3","saved":true,"status":"disconnected"}])"
+        "\n");
+}
+
+TEST(Documents, DescribeTheConnection) {
+    ConnectionInfo info;
+    EXPECT_EQ(
+        oneLine(connectionJson(info, Clock::now())),
+        R"({"status":"disconnected","ssid":null,"ssid_hex":null,"signal_dbm":null,"last_disconnect":null})"
+        "\n");
+    const auto now = Clock::now();
+    info = connectedTo("Home", -48);
+    info.disconnectSsid = "Cafe";
+    info.disconnectReason = ConnectionInfo::DisconnectReason::causedByUser;
+    info.disconnectTime = now - 1500ms;
+    EXPECT_EQ(oneLine(connectionJson(info, now)),
+              R"({"status":"connected","ssid":"Home","ssid_hex":"486f6d65","signal_dbm":-48,)"
+              R"("last_disconnect":{"ssid":"Cafe","ssid_hex":"43616665","by":"user","ms_ago":1500}})"
+              "\n");
+}
+
+TEST(Documents, CarryEveryByteOfAnSsid) {
+    EXPECT_EQ(oneLine(ssidMembers(std::string("a\0\xff", 3))),
+              R"({"ssid":"a\u0000\ufffd","ssid_hex":"6100ff"})"
+              "\n");
+}
+
+TEST(ErrorLine, SaysWhatAndWhyAndWhatToTryOnOneLine) {
+    EXPECT_EQ(errorLine({ExitCode::failed, "cannot scan", "it is dark", "a lamp"}),
+              "kazwifictl: cannot scan: it is dark; try: a lamp");
+    EXPECT_EQ(errorLine({ExitCode::failed, "cannot scan", {}, {}}), "kazwifictl: cannot scan");
+}
+
+class ConnectReportTest : public testing::Test {
+  protected:
+    static Attempt endedBy(ConnectionInfo::Status status, std::chrono::milliseconds after) {
+        const auto start = Clock::time_point(1h);
+        Attempt attempt("Home", start);
+        ConnectionInfo info;
+        info.status = ConnectionInfo::Status::connectingWifi;
+        info.ssid = "Home";
+        attempt.see({start, ConnectionChange{info}});
+        info.status = status;
+        info.disconnectTime = start + after;
+        info.ssid = status == ConnectionInfo::Status::disconnected ? "" : "Home";
+        attempt.see({start + after, ConnectionChange{info}});
+        return attempt;
+    }
+
+    ConnectReportTest() {
+        facts.ssid = "Home";
+        facts.name = "\"Home\"";
+        facts.what = "cannot connect to \"Home\"";
+        facts.security = SecurityMode::rsnPsk;
+        facts.wait = 30s;
+    }
+
+    ConnectFacts facts;
+    Output output{ColourChoice::never, true};
+};
+
+TEST_F(ConnectReportTest, NamesTheLikelyCauseOfARefusal) {
+    const Attempt refused = endedBy(ConnectionInfo::Status::disconnected, 4s);
+    EXPECT_EQ(connectReport(refused, facts, output).failure->why,
+              "it refused: the password is probably wrong");
+    facts.hints.disconnectReason = -15;
+    EXPECT_EQ(connectReport(refused, facts, output).failure->why, "it refused: the password is wrong");
+    facts.security = SecurityMode::enterprise;
+    facts.hints.disconnectReason.reset();
+    EXPECT_NE(connectReport(refused, facts, output).failure->why.find("identity"), std::string::npos);
+}
+
+TEST_F(ConnectReportTest, BelievesAReasonMoreThanTheClock) {
+    const Attempt silent = endedBy(ConnectionInfo::Status::disconnected, 2s);
+    EXPECT_EQ(connectReport(silent, facts, output).members.at("outcome"), "not-answering");
+    facts.hints.disconnectReason = 3;  // said when the connection before was left
+    EXPECT_EQ(connectReport(silent, facts, output).members.at("outcome"), "not-answering");
+    facts.hints.disconnectReason = 15;
+    EXPECT_EQ(connectReport(silent, facts, output).members.at("outcome"), "refused");
+}
+
+TEST_F(ConnectReportTest, FailsWhenTheConnectionCouldNotBeSaved) {
+    const Attempt connected = endedBy(ConnectionInfo::Status::connected, 2s);
+    EXPECT_FALSE(connectReport(connected, facts, output).failure);
+    facts.hints.saveFailed = true;
+    const Report report = connectReport(connected, facts, output);
+    ASSERT_TRUE(report.failure);
+    EXPECT_EQ(report.failure->code, ExitCode::failed);
+    EXPECT_EQ(report.members.at("outcome"), "connected");
+    EXPECT_EQ(report.members.at("saved"), false);
+}
+
+TEST_F(ConnectReportTest, SaysThatANetworkWasNotKept) {
+    facts.kept = false;
+    const Report report = connectReport(endedBy(ConnectionInfo::Status::disconnected, 4s), facts, output);
+    EXPECT_EQ(report.text, "\"Home\" is not saved.\n");
+    EXPECT_EQ(report.members.at("saved"), false);
+}
+
+}  // namespace
+}  // namespace kaz::ctl

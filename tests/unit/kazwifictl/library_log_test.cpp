@@ -1,0 +1,50 @@
+#include "library_log.h"
+
+#include <gtest/gtest.h>
+#include <spdlog/spdlog.h>
+
+#include <string>
+
+namespace kaz::ctl {
+namespace {
+
+TEST(LibraryLog, PicksUpWhatTheLibraryTellsNowhereElse) {
+    LibraryLog log(false);
+    EXPECT_FALSE(log.hints().saveFailed);
+    spdlog::error("Couldn't save wpa_supplicant config");
+    spdlog::error("Unable to remove network, configuration not found. ssid=\"Home\"");
+    spdlog::debug("PropertiesChanged: DisconnectReason=-15(4-way handshake timeout) ");
+    EXPECT_TRUE(log.hints().saveFailed);
+    EXPECT_TRUE(log.hints().nothingForgotten);
+    EXPECT_EQ(log.hints().disconnectReason, -15);
+    log.forgetHints();
+    EXPECT_FALSE(log.hints().saveFailed);
+    EXPECT_EQ(log.hints().disconnectReason, std::nullopt);
+}
+
+TEST(LibraryLog, IsSilentUnlessVerbose) {
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    {
+        const LibraryLog log(false);
+        spdlog::error("something went wrong");
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(LibraryLog, ShowsRecordsWithoutTheirEscapeSequences) {
+    testing::internal::CaptureStderr();
+    {
+        const LibraryLog log(true);
+        spdlog::debug("Connecting to ssid=\"\x1b[31m\u202eHome\n\"");
+    }
+    const std::string shown = testing::internal::GetCapturedStderr();
+    EXPECT_NE(shown.find(R"(debug    Connecting to ssid="\x1b[31m\u{202e}Home\x0a")"), std::string::npos)
+        << shown;
+    EXPECT_EQ(shown.find('\x1b'), std::string::npos);
+    EXPECT_EQ(std::count(shown.begin(), shown.end(), '\n'), 1);
+}
+
+}  // namespace
+}  // namespace kaz::ctl

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+namespace kaz::test {
+
+// A file with a text in it, for as long as the object lives.
+class SecretFile {
+  public:
+    explicit SecretFile(const std::string& text)
+        : path_((std::filesystem::temp_directory_path() / "secret-XXXXXX").string()) {
+        const int fd = ::mkstemp(path_.data());
+        static_cast<void>(!::write(fd, text.data(), text.size()));
+        ::close(fd);
+    }
+    ~SecretFile() { ::unlink(path_.c_str()); }
+    SecretFile(const SecretFile&) = delete;
+    SecretFile& operator=(const SecretFile&) = delete;
+    SecretFile(SecretFile&&) = delete;
+    SecretFile& operator=(SecretFile&&) = delete;
+
+    const std::string& path() const { return path_; }
+
+  private:
+    std::string path_;
+};
+
+}  // namespace kaz::test

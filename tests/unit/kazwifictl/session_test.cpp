@@ -1,0 +1,162 @@
+#include "session.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <vector>
+
+#include "fake_device.h"
+
+namespace kaz::ctl {
+namespace {
+
+using std::chrono::milliseconds;
+using test::connectedTo;
+using test::FakeWorld;
+using test::makeFake;
+using test::network;
+using wifi::ConnectionInfo;
+using wifi::SecurityMode;
+
+constexpr milliseconds generous{20000};
+
+class SessionTest : public testing::Test {
+  protected:
+    FakeWorld world;
+    Interrupts interrupts;
+};
+
+TEST_F(SessionTest, StartsWhenTheSupplicantIsBeingFollowed) {
+    Session session(makeFake(world), interrupts);
+    EXPECT_EQ(session.start(generous, true), Session::Start::running);
+    EXPECT_TRUE(session.view().running);
+}
+
+TEST_F(SessionTest, KnowsThatTheSupplicantDoesNotRunWithoutWaitingForIt) {
+    world.running = false;
+    world.storedChoice = false;
+    Session session(makeFake(world), interrupts);
+    const auto before = Clock::now();
+    EXPECT_EQ(session.start(generous, true), Session::Start::notRunning);
+    EXPECT_LT(Clock::now() - before, generous);
+}
+
+TEST_F(SessionTest, WaitsForASupplicantThatIsSwitchedOnOnlyWhenPatient) {
+    world.running = false;
+    Session session(makeFake(world), interrupts);
+    EXPECT_EQ(session.start(milliseconds(400), false), Session::Start::notRunning);
+    const auto before = Clock::now();
+    EXPECT_EQ(session.start(milliseconds(400), true), Session::Start::notRunning);
+    EXPECT_GE(Clock::now() - before, milliseconds(400));
+}
+
+TEST_F(SessionTest, HasTheWholeFirstStateAfterItsEnd) {
+    world.slowness = milliseconds(20);  // so that the first state is not published yet when the start is over
+    world.connection = connectedTo("Home", -50);
+    world.inRange = {network("Office", -60, SecurityMode::rsnPsk)};
+    for (int i = 0; i < 5; ++i) {
+        Session session(makeFake(world), interrupts);
+        ASSERT_EQ(session.start(generous, true), Session::Start::running);
+        session.close();
+        EXPECT_EQ(session.view().connection.ssid, "Home");
+        EXPECT_EQ(session.view().networks.size(), 1U);
+    }
+}
+
+// The reason why there is a fence: without it the end of the device drops what has not begun.
+TEST_F(SessionTest, LosesARequestThatHasNotBegunWhenItEnds) {
+    world.slowness = milliseconds(50);
+    {
+        Session session(makeFake(world), interrupts);
+        session.start(generous, true);
+        session.device().forgetNetwork("Home");
+        session.close();
+    }
+    EXPECT_FALSE(world.did("forget Home"));
+}
+
+TEST_F(SessionTest, HasCarriedOutAndSavedEverythingBehindAFence) {
+    world.slowness = milliseconds(50);
+    world.saved = {"Home"};
+    {
+        Session session(makeFake(world), interrupts);
+        session.start(generous, true);
+        session.device().forgetNetwork("Home");
+        EXPECT_EQ(session.fence(generous), Session::Wake::event);
+        EXPECT_TRUE(world.did("forget Home"));
+        session.close();
+    }
+    EXPECT_TRUE(world.did("save"));
+    EXPECT_FALSE(world.did("select Home"));
+}
+
+TEST_F(SessionTest, ShowsNothingOfItsFences) {
+    world.connection = connectedTo("Home", -50);
+    Session session(makeFake(world), interrupts);
+    session.start(generous, true);
+    session.until(Clock::now() + generous, [](const View& view) { return !view.connection.ssid.empty(); });
+    std::vector<Event> events;
+    session.observe([&](const Event& event) { events.push_back(event); });
+    EXPECT_EQ(session.fence(generous), Session::Wake::event);
+    EXPECT_EQ(session.fence(generous), Session::Wake::event);
+    session.device().disconnect();
+    session.until(Clock::now() + generous, [](const View& view) {
+        return view.connection.status == ConnectionInfo::Status::disconnected;
+    });
+    session.close();
+    for (const Event& event : events) {
+        const auto* change = std::get_if<ConnectionChange>(&event.change);
+        if (change != nullptr) {
+            EXPECT_EQ(change->info.ssid.find("kazwifictl"), std::string::npos);
+            EXPECT_EQ(change->info.disconnectSsid.find("kazwifictl"), std::string::npos);
+        }
+    }
+    EXPECT_EQ(session.view().connection.status, ConnectionInfo::Status::disconnected);
+}
+
+TEST_F(SessionTest, GivesUpAWaitAtItsDeadline) {
+    Session session(makeFake(world), interrupts);
+    session.start(generous, true);
+    const auto wake = session.until(Clock::now() + milliseconds(30), [](const View&) { return false; });
+    EXPECT_EQ(wake, Session::Wake::timedOut);
+}
+
+TEST_F(SessionTest, LeavesAWaitOnASignal) {
+    Session session(makeFake(world), interrupts);
+    session.start(generous, true);
+    ::kill(::getpid(), SIGTERM);
+    EXPECT_EQ(session.until(Clock::now() + generous, [](const View&) { return false; }),
+              Session::Wake::interrupted);
+    EXPECT_EQ(session.signal(), SIGTERM);
+}
+
+TEST_F(SessionTest, KeepsSignalsAwayFromTheThreadsOfTheDevice) {
+    sigset_t seen;
+    ::sigemptyset(&seen);
+    const DeviceFactory factory = [&] {
+        ::pthread_sigmask(SIG_BLOCK, nullptr, &seen);
+        return makeFake(world)();
+    };
+    const Session session(factory, interrupts);
+    EXPECT_EQ(sigismember(&seen, SIGTSTP), 1);
+    EXPECT_EQ(sigismember(&seen, SIGWINCH), 1);
+    sigset_t now;
+    ::pthread_sigmask(SIG_BLOCK, nullptr, &now);
+    EXPECT_EQ(sigismember(&now, SIGTSTP), 0);
+}
+
+TEST(Interrupts, LetSignalsThroughAgainAtTheEnd) {
+    sigset_t before;
+    ::pthread_sigmask(SIG_BLOCK, nullptr, &before);
+    { const Interrupts interrupts; }
+    sigset_t after;
+    ::pthread_sigmask(SIG_BLOCK, nullptr, &after);
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+        EXPECT_EQ(sigismember(&before, signal), sigismember(&after, signal)) << signal;
+    }
+}
+
+}  // namespace
+}  // namespace kaz::ctl

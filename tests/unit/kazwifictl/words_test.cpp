@@ -1,0 +1,77 @@
+#include "words.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "signal_strength.h"
+
+namespace kaz::ctl {
+namespace {
+
+using wifi::ConnectResult;
+using wifi::SecurityMode;
+
+constexpr std::array modes{SecurityMode::none,       SecurityMode::wep, SecurityMode::wpaPsk,
+                           SecurityMode::rsnPsk,     SecurityMode::sae, SecurityMode::enterprise,
+                           SecurityMode::unsupported};
+
+TEST(Words, NameEverySecurityDifferently) {
+    std::set<std::string_view> words;
+    std::set<std::string_view> names;
+    for (const SecurityMode mode : modes) {
+        words.insert(securityInWords(mode));
+        names.insert(securityName(mode));
+    }
+    EXPECT_EQ(words.size(), modes.size());
+    EXPECT_EQ(names.size(), modes.size());
+}
+
+TEST(Words, UnderstandTheNamesTheyGive) {
+    for (const SecurityMode mode : modes) {
+        if (mode != SecurityMode::unsupported) {
+            EXPECT_EQ(securityFromName(securityName(mode)), mode) << securityName(mode);
+        }
+    }
+    EXPECT_EQ(securityFromName("WPA2-PSK"), SecurityMode::rsnPsk);
+    EXPECT_EQ(securityFromName("SAE"), SecurityMode::sae);
+    EXPECT_EQ(securityFromName("unsupported"), std::nullopt);
+    EXPECT_EQ(securityFromName(""), std::nullopt);
+}
+
+TEST(Words, TellWhichRuleWasBroken) {
+    for (int verdict = 1; verdict <= 8; ++verdict) {
+        EXPECT_FALSE(brokenRule(static_cast<ConnectResult>(verdict), SecurityMode::rsnPsk).empty())
+            << verdict;
+    }
+    EXPECT_EQ(brokenRule(ConnectResult::passwordTooShort, SecurityMode::sae), "the password is empty");
+    EXPECT_EQ(brokenRule(ConnectResult::passwordTooShort, SecurityMode::rsnPsk),
+              "the password is shorter than 8 bytes");
+}
+
+TEST(Words, GuessTheCauseFromAReasonOnlyWhereItSaysEnough) {
+    EXPECT_EQ(causeFromReason(-15), "the password is wrong");
+    EXPECT_EQ(causeFromReason(15), "the password is wrong");
+    EXPECT_EQ(causeFromReason(3), std::nullopt);  // "leaving", said when changing networks
+    EXPECT_EQ(causeFromReason(-3), std::nullopt);
+}
+
+TEST(SignalStrength, HasFourBars) {
+    const std::vector<std::pair<int, int>> cases{{-40, 4}, {-55, 4}, {-56, 3}, {-67, 3}, {-68, 2},
+                                                 {-75, 2}, {-76, 1}, {-85, 1}, {-86, 0}, {-100, 0}};
+    for (const auto& [dBm, bars] : cases) {
+        EXPECT_EQ(barsOf(dBm), bars) << dBm;
+    }
+    EXPECT_EQ(barsText(-60, true), "▂▄▆_");
+    EXPECT_EQ(barsText(-60, false), "###.");
+    EXPECT_EQ(barsText(-90, false), "....");
+}
+
+TEST(SignalStrength, IsUnknownWhereTheLibraryKnowsNone) {
+    EXPECT_EQ(knownSignal(wifi::NoSignaldBm), std::nullopt);
+    EXPECT_EQ(knownSignal(0), std::nullopt);
+    EXPECT_EQ(knownSignal(-50), -50);
+}
+
+}  // namespace
+}  // namespace kaz::ctl
