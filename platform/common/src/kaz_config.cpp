@@ -21,6 +21,17 @@ std::filesystem::path configPath() {
     return chosen != nullptr && *chosen != '\0' ? chosen : kazConfigPath;
 }
 
+// The host may have shut its logging down, or log through something that throws.
+void warn(const char* failure, const char* reason) noexcept {
+    try {
+        if (const auto logger = spdlog::default_logger()) {
+            logger->warn("Couldn't {} the configuration: {}", failure, reason);
+        }
+    } catch (...) {
+        // There is nobody left to tell.
+    }
+}
+
 void update(const std::string& key, const std::string& value) {
     const auto target = followLinks(configPath());
     if (!target.has_filename()) {
@@ -47,21 +58,21 @@ std::map<std::string, std::string> readKazConfig() {
         const auto file = readFile(configPath(), sizeLimit);
         return file ? parseConfig(file->text) : std::map<std::string, std::string>();
     } catch (const std::exception& error) {
-        spdlog::warn("Couldn't read the configuration: {}", error.what());
+        warn("read", error.what());
         return {};
     }
 }
 
 bool updateKazConfig(const std::string& key, const std::string& value) {
     if (const char* reason = refusal(key, value)) {
-        spdlog::warn("Couldn't change the configuration: {}", reason);
+        warn("change", reason);
         return false;
     }
     try {
         update(key, value);
         return true;
     } catch (const std::exception& error) {
-        spdlog::warn("Couldn't change the configuration: {}", error.what());
+        warn("change", error.what());
         return false;
     }
 }
