@@ -1,3 +1,4 @@
+#include <child_process.h>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -5,17 +6,16 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <waiting.h>
 
 #include <array>
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <future>
 #include <memory>
 #include <thread>
 #include <vector>
 
-#include "child_process.h"
 #include "config_fixture.h"
 
 namespace kaz::test {
@@ -23,17 +23,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using Entries = std::map<std::string, std::string>;
-
-bool comesTrue(const std::function<bool()>& condition) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > limit) {
-            return false;
-        }
-        std::this_thread::yield();
-    }
-    return true;
-}
 
 // Another writer's lock.
 class HeldLock {
@@ -74,7 +63,7 @@ TEST_F(ConfigConcurrency, AnUpdateWaitsForAnotherWriterAndKeepsWhatThatOneWrote)
     write("a=1\n");
     auto other = std::make_unique<HeldLock>(folder() / "kaz.conf.lock");
     auto result = std::async(std::launch::async, [] { return util::updateKazConfig("wifi", "off"); });
-    ASSERT_TRUE(comesTrue([&] { return other->isWaitedFor(); }));
+    ASSERT_TRUE(eventually([&] { return other->isWaitedFor(); }));
     EXPECT_EQ(util::readKazConfig(), (Entries{{"a", "1"}})) << "reading does not wait";
     write("a=2\n");
     other.reset();
@@ -87,11 +76,11 @@ TEST_F(ConfigConcurrency, ALockFileThatWasRemovedWhileItWasWaitedForIsNoLock) {
     const fs::path lock = folder() / "kaz.conf.lock";
     auto first = std::make_unique<HeldLock>(lock);
     auto result = std::async(std::launch::async, [] { return util::updateKazConfig("wifi", "off"); });
-    ASSERT_TRUE(comesTrue([&] { return first->isWaitedFor(); }));
+    ASSERT_TRUE(eventually([&] { return first->isWaitedFor(); }));
     fs::remove(lock);
     auto second = std::make_unique<HeldLock>(lock);
     first.reset();
-    ASSERT_TRUE(comesTrue([&] { return second->isWaitedFor(); }));
+    ASSERT_TRUE(eventually([&] { return second->isWaitedFor(); }));
     write("a=2\n");
     second.reset();
     EXPECT_TRUE(result.get());
@@ -102,7 +91,7 @@ TEST_F(ConfigConcurrency, AChildForkedDuringAnUpdateDoesNotKeepTheLock) {
     write("a=1\n");
     auto other = std::make_unique<HeldLock>(folder() / "kaz.conf.lock");
     auto result = std::async(std::launch::async, [] { return util::updateKazConfig("wifi", "off"); });
-    ASSERT_TRUE(comesTrue([&] { return other->isWaitedFor(); }));
+    ASSERT_TRUE(eventually([&] { return other->isWaitedFor(); }));
     const ChildProcess child([] { return ::pause(); });
     other.reset();
     EXPECT_TRUE(result.get());
@@ -225,7 +214,7 @@ class ConfigKilledWriters : public ConfigConcurrency {
             }));
         }
         for (std::size_t writer = 0; writer < writerCount; ++writer) {
-            ASSERT_TRUE(comesTrue([&] {
+            ASSERT_TRUE(eventually([&] {
                 checkWhileWritersRun(board);
                 return HasFatalFailure() || board[writer].done >= before[writer] + 2;
             }));

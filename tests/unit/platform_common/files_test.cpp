@@ -1,10 +1,10 @@
 // Where the file is, and what it keeps when it is replaced.
+#include <child_process.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <vector>
 
-#include "child_process.h"
 #include "config_fixture.h"
 
 namespace kaz::test {

@@ -1,5 +1,6 @@
 // Files that cannot be read or replaced. The old content, a secret of somebody else's, stays and is not
 // logged.
+#include <child_process.h>
 #include <gmock/gmock.h>
 #include <sched.h>
 #include <signal.h>
@@ -10,7 +11,6 @@
 
 #include <functional>
 
-#include "child_process.h"
 #include "config_fixture.h"
 
 namespace kaz::test {

@@ -1,0 +1,258 @@
+#include <child_process.h>
+#include <file_writer.h>
+#include <gmock/gmock.h>
+#include <pthread.h>
+#include <recording_log.h>
+#include <signal.h>
+#include <temporary_folder.h>
+#include <waiting.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <filesystem>
+#include <future>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace kaz::metrics_reporting {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using test::eventually;
+using test::readFile;
+
+std::ptrdiff_t threadCount() {
+    return std::distance(fs::directory_iterator("/proc/self/task"), {});
+}
+
+class MetricsFileWriter : public ::testing::Test {
+  protected:
+    const test::TemporaryFolder& folder() const { return folder_; }
+    fs::path file() const { return folder_ / "metrics.prom"; }
+    test::RecordingLog& log() { return log_; }
+
+    // Renders the number of this rendering.
+    FileWriter::Render counting() {
+        return [this] { return std::to_string(++renderings_); };
+    }
+    int renderings() const { return renderings_; }
+
+  private:
+    test::TemporaryFolder folder_;
+    test::RecordingLog log_;
+    std::atomic<int> renderings_ = 0;
+};
+
+TEST_F(MetricsFileWriter, StartsNoThreadAndWritesNothingBeforeTheFirstChange) {
+    const auto before = threadCount();
+    FileWriter writer(file(), 0s, counting());
+    EXPECT_EQ(threadCount(), before);
+    writer.close();
+    EXPECT_EQ(renderings(), 0);
+    EXPECT_FALSE(fs::exists(file()));
+}
+
+TEST_F(MetricsFileWriter, WritesTheFirstChangeWithoutWaitingForTheInterval) {
+    FileWriter writer(file(), 24h, counting());
+    writer.noteChange();
+    EXPECT_TRUE(eventually([&] { return readFile(file()) == "1"; }));
+}
+
+TEST_F(MetricsFileWriter, WritesLaterChangesTogetherAndTheLastWhenItIsClosed) {
+    FileWriter writer(file(), 24h, counting());
+    writer.noteChange();
+    ASSERT_TRUE(eventually([&] { return readFile(file()) == "1"; }));
+    for (int change = 0; change < 1000; ++change) {
+        writer.noteChange();
+    }
+    writer.close();
+    EXPECT_EQ(readFile(file()), "2");
+}
+
+TEST_F(MetricsFileWriter, WritesNothingMoreWhenItIsClosedWithoutAChange) {
+    FileWriter writer(file(), 0s, counting());
+    writer.noteChange();
+    ASSERT_TRUE(eventually([&] { return readFile(file()) == "1"; }));
+    writer.close();
+    EXPECT_EQ(renderings(), 1);
+}
+
+TEST_F(MetricsFileWriter, WritesNothingOnceItIsClosed) {
+    {
+        FileWriter writer(file(), 0s, counting());
+        writer.noteChange();
+        writer.close();
+        fs::remove(file());
+        const int before = renderings();
+        const auto threads = threadCount();
+        writer.noteChange();
+        EXPECT_EQ(threadCount(), threads);
+        writer.close();
+        EXPECT_EQ(renderings(), before);
+    }
+    EXPECT_FALSE(fs::exists(file()));
+}
+
+TEST_F(MetricsFileWriter, LetsTheIntervalPassBetweenTwoWrites) {
+    constexpr auto interval = 40ms;
+    constexpr std::size_t wanted = 5;
+    std::mutex mutex;
+    std::vector<std::chrono::steady_clock::time_point> times;
+    FileWriter writer(file(), interval, [&] {
+        const std::lock_guard lock(mutex);
+        times.push_back(std::chrono::steady_clock::now());
+        return std::string();
+    });
+    ASSERT_TRUE(eventually([&] {
+        writer.noteChange();
+        const std::lock_guard lock(mutex);
+        return times.size() >= wanted;
+    }));
+    const std::lock_guard lock(mutex);
+    for (std::size_t number = 1; number < wanted; ++number) {
+        EXPECT_GE(times[number] - times[number - 1], interval) << number;
+    }
+}
+
+TEST_F(MetricsFileWriter, WritesAgainWhatChangedDuringAWrite) {
+    std::atomic<int> value = 1;
+    std::promise<void> rendering;
+    std::promise<void> goOn;
+    std::once_flag first;
+    FileWriter writer(file(), 0s, [&] {
+        const std::string text = std::to_string(value);
+        std::call_once(first, [&] {
+            rendering.set_value();
+            goOn.get_future().wait();
+        });
+        return text;
+    });
+    writer.noteChange();
+    rendering.get_future().wait();
+    value = 2;
+    writer.noteChange();
+    goOn.set_value();
+    EXPECT_TRUE(eventually([&] { return readFile(file()) == "2"; }));
+}
+
+TEST_F(MetricsFileWriter, LosesNoChangeOfAnyThread) {
+    constexpr int threadsOfChange = 4;
+    constexpr int changes = 5000;
+    std::atomic<int> sum = 0;
+    FileWriter writer(file(), 1ms, [&] { return std::to_string(sum); });
+    std::vector<std::thread> threads;
+    for (int number = 0; number < threadsOfChange; ++number) {
+        threads.emplace_back([&] {
+            for (int change = 0; change < changes; ++change) {
+                sum.fetch_add(1, std::memory_order_relaxed);
+                writer.noteChange();
+            }
+        });
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    EXPECT_TRUE(eventually([&] { return readFile(file()) == std::to_string(threadsOfChange * changes); }));
+}
+
+TEST_F(MetricsFileWriter, CanBeClosedWhileOthersNoteChanges) {
+    for (int round = 0; round < 50; ++round) {
+        FileWriter writer(file(), 0s, counting());
+        std::atomic<bool> done = false;
+        std::thread changer([&] {
+            while (!done) {
+                writer.noteChange();
+            }
+        });
+        writer.close();
+        done = true;
+        changer.join();
+    }
+}
+
+TEST_F(MetricsFileWriter, TakesNoSignalsOfItsHost) {
+    std::promise<bool> blocked;
+    std::once_flag first;
+    FileWriter writer(file(), 24h, [&] {
+        ::sigset_t mask{};
+        ::pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+        std::call_once(first, [&] {
+            blocked.set_value(::sigismember(&mask, SIGTERM) == 1 && ::sigismember(&mask, SIGINT) == 1);
+        });
+        return std::string();
+    });
+    writer.noteChange();
+    EXPECT_TRUE(blocked.get_future().get());
+    ::sigset_t mask{};
+    ::pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+    EXPECT_EQ(::sigismember(&mask, SIGTERM), 0) << "of the thread that noted the change";
+}
+
+TEST_F(MetricsFileWriter, WarnsOnceUntilAWriteSucceeds) {
+    const fs::path missing = folder() / "missing";
+    FileWriter writer(missing / "metrics.prom", 0s, counting());
+    const auto writeTimes = [&](int times) {
+        const int before = renderings();
+        return eventually([&] {
+            writer.noteChange();
+            return renderings() > before + times;
+        });
+    };
+    ASSERT_TRUE(writeTimes(3));
+    EXPECT_THAT(log().texts(), ::testing::ElementsAre(::testing::AllOf(
+                                   ::testing::StartsWith("Couldn't write metrics to " + missing.string()),
+                                   ::testing::HasSubstr("No such file or directory"))));
+    fs::create_directory(missing);
+    ASSERT_TRUE(eventually([&] {
+        writer.noteChange();
+        return fs::exists(missing / "metrics.prom");
+    }));
+    ASSERT_TRUE(writeTimes(1));
+    EXPECT_EQ(log().records().size(), 1U);
+    fs::rename(missing, folder() / "moved");
+    ASSERT_TRUE(log().waitFor([&](const auto& records) {
+        writer.noteChange();
+        return records.size() == 2;
+    }));
+    ASSERT_TRUE(writeTimes(3));
+    EXPECT_EQ(log().texts(spdlog::level::warn).size(), 2U);
+}
+
+TEST_F(MetricsFileWriter, OutlivesATextThatCannotBeMade) {
+    std::atomic<bool> broken = true;
+    FileWriter writer(file(), 0s, [&]() -> std::string {
+        if (broken) {
+            throw std::runtime_error("no text today");
+        }
+        return "text";
+    });
+    writer.noteChange();
+    EXPECT_TRUE(log().waitForText(spdlog::level::warn, "no text today"));
+    broken = false;
+    writer.noteChange();
+    EXPECT_TRUE(eventually([&] { return readFile(file()) == "text"; }));
+}
+
+TEST_F(MetricsFileWriter, LeavesTheFileToTheParentOfAForkedProcess) {
+    FileWriter writer(file(), 24h, counting());
+    writer.noteChange();
+    ASSERT_TRUE(eventually([&] { return readFile(file()) == "1"; }));
+    test::ChildProcess child([&] {
+        writer.noteChange();
+        writer.close();
+        return renderings();
+    });
+    EXPECT_EQ(child.wait(), 1) << "rendered nothing more";
+    EXPECT_EQ(readFile(file()), "1");
+    writer.noteChange();
+    writer.close();
+    EXPECT_EQ(readFile(file()), "2");
+}
+
+}  // namespace
+}  // namespace kaz::metrics_reporting
