@@ -1,0 +1,29 @@
+// The settings of a network hold its passphrase. A program of its own, for its own operator new and delete.
+#include "freed_memory_watch.h"
+#include "network_settings.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace kaz::wifi {
+namespace {
+
+TEST(SettingsSecrets, AreWipedForEverySecurityMode) {
+    const std::string passphrase = "correct horse battery staple, and then some";
+    for (const SecurityMode mode : {SecurityMode::none, SecurityMode::wep, SecurityMode::wpaPsk,
+                                    SecurityMode::rsnPsk, SecurityMode::sae, SecurityMode::enterprise,
+                                    SecurityMode::enterpriseVariant, SecurityMode::unsupported}) {
+        ConnectionSettings settings;
+        settings.securityMode = mode;
+        settings.password = passphrase;
+        settings.identity = passphrase;
+        settings.anonymousIdentity = passphrase;
+        const test::FreedMemoryWatch watch(passphrase);
+        EXPECT_FALSE(networkSettings(settings).empty());
+        EXPECT_EQ(watch.leaks(), 0U) << static_cast<int>(mode);
+    }
+}
+
+}  // namespace
+}  // namespace kaz::wifi
