@@ -83,11 +83,11 @@ void Attempt::seeConnection(const ConnectionInfo& info, Clock::time_point time) 
         end(Outcome::other, time);
         return;
     }
-    signal_ = knownSignal(info.signal);
     if (info.status == Status::connectingWifi) {
         status_ = info.status;
         return;
     }
+    signal_ = knownSignal(info.signal);
     if (!linkIsUp()) {
         endStage(Stage::Kind::join, time);
     }

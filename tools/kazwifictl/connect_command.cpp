@@ -47,6 +47,7 @@ class ConnectCommand {
     void fetchPassword();
     void request(Session& session);
     Report follow(Session& session);
+    std::string beginning() const;
     bool watch(Session& session, const Attempt& attempt);
     Report end(Session& session, Attempt attempt);
     void callOff(Session& session);
@@ -160,14 +161,22 @@ Report ConnectCommand::follow(Session& session) {
         lines.show(attempt);
     });
     request(session);
-    const std::string_view how = saved_ ? "saved" : securityInWords(settings_.securityMode);
-    output_.say(fmt::format("Connecting to {} ({})\n", output_.style().bold(name_), how));
+    output_.say(beginning());
     try {
         return watch(session, attempt) ? end(session, attempt) : startedReport(options_.ssid, name_);
     } catch (const Interrupted&) {
         callOff(session);
         throw;
     }
+}
+
+std::string ConnectCommand::beginning() const {
+    const std::string name = output_.style().bold(name_);
+    if (saved_ && !inRange_) {
+        return fmt::format("Trying {}, which is not in range; it may be saved\n", name);
+    }
+    return fmt::format("Connecting to {} ({})\n", name,
+                       saved_ ? "saved" : securityInWords(settings_.securityMode));
 }
 
 // False when the command is to return although the attempt goes on.

@@ -80,6 +80,11 @@ Failure timedOut(const Attempt& attempt, const ConnectFacts& facts) {
 }
 
 Failure notAnswering(const ConnectFacts& facts) {
+    if (validUtf8(facts.ssid) != facts.ssid || facts.ssid.find('\0') != std::string::npos) {
+        return {ExitCode::failed, facts.what,
+                "it does not answer; its name is no text, and the library hands names on as text",
+                "another name for the network"};
+    }
     if (facts.saved && !facts.inRange) {
         return {ExitCode::notFound, facts.what,
                 "it is not in range, and no saved network of this name answers",
@@ -158,7 +163,8 @@ Report connectReport(const Attempt& attempt, const ConnectFacts& facts, const Ou
     Report report;
     report.members = ssidMembers(facts.ssid);
     report.members["outcome"] = outcomeName(outcomeOf(attempt, facts));
-    report.members["saved"] = facts.kept && !facts.hints.saveFailed;
+    const bool unknown = facts.saved && !facts.inRange && attempt.outcome() != Outcome::connected;
+    report.members["saved"] = unknown ? Json() : Json(facts.kept && !facts.hints.saveFailed);
     report.members["signal_dbm"] = attempt.signal() ? Json(*attempt.signal()) : Json();
     report.members["ms"] = inMilliseconds(attempt.total());
     report.members["stages"] = stagesJson(attempt.stages());

@@ -51,6 +51,9 @@ ExitCode runCommand(const Options& options, Workspace& place, Output& output) {
         report = reportOf(options, place, output);
     } catch (const CommandFailed& failed) {
         report.failure = failed.failure();
+        if (options.command == Command::connect || options.command == Command::forget) {
+            report.members = ssidMembers(options.ssid);
+        }
     }
     return present(report, options.command, output);
 }

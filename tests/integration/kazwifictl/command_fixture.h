@@ -1,0 +1,69 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "neighbourhood.h"
+#include "private_bus.h"
+#include "running_program.h"
+#include "simulated_device.h"
+#include "temporary_folder.h"
+
+namespace kaz::test {
+
+// What a finished run of kazwifictl left.
+struct Finished {
+    Ending ending;
+    std::string out;
+    std::string err;
+};
+
+// kazwifictl, as it is installed, over a simulated device.
+class CommandFixture : public ::testing::Test {
+  protected:
+    CommandFixture();
+
+    // Change these before start().
+    sim::Neighbourhood neighbourhood;
+    double timeScale = 0.02;
+
+    // Switches the device on.
+    void start();
+    sim::SimulatedDevice& device() { return *device_; }
+
+    Finished run(const std::vector<std::string>& arguments, const std::string& input = {});
+    // Also whether that ended with `status`.
+    Finished runs(int status, const std::vector<std::string>& arguments, const std::string& input = {});
+    std::unique_ptr<RunningProgram> inTerminal(const std::vector<std::string>& arguments,
+                                               unsigned short columns = 80);
+    std::unique_ptr<RunningProgram> withPipes(const std::vector<std::string>& arguments);
+
+    // Adds a network to the supplicant's configuration, as if saved before the start.
+    void save(const std::string& ssid, const std::string& password);
+
+    // Connects to "Home", and fails the test when that fails.
+    void connectHome();
+
+    bool wasCalled(const std::string& member) const;
+    // The supplicant's configuration file.
+    std::string savedConfiguration() const;
+    std::filesystem::path file(const std::string& name) const { return folder_ / name; }
+
+    // In what every run finds; an empty value removes a variable.
+    Environment environment;
+
+  private:
+    std::vector<std::string> command(const std::vector<std::string>& arguments) const;
+
+    TemporaryFolder folder_;
+    sim::PrivateBus bus_;
+    std::unique_ptr<sim::SimulatedDevice> device_;
+};
+
+sim::AccessPoint accessPoint(const std::string& ssid, sim::Security security, std::int16_t signal,
+                             const std::string& password = {});
+
+}  // namespace kaz::test

@@ -1,0 +1,136 @@
+// Every exit status, and that an error is one line on stderr.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "command_fixture.h"
+#include "waiting.h"
+
+namespace kaz::test {
+namespace {
+
+class ExitStatus : public CommandFixture {
+  protected:
+    void fails(int status, const std::vector<std::string>& arguments, const std::string& because,
+               const std::string& input = {}) {
+        const Finished result = runs(status, arguments, input);
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        EXPECT_EQ(result.err.rfind("kazwifictl: ", 0), 0U) << result.err;
+        EXPECT_NE(result.err.find(because), std::string::npos) << result.err;
+    }
+};
+
+TEST_F(ExitStatus, Is0WhenItIsDone) {
+    start();
+    runs(0, {"scan"});
+    connectHome();
+    runs(0, {"status"});
+    runs(0, {"list"});
+    runs(0, {"connect", "Home"});
+    runs(0, {"disconnect"});
+    runs(0, {"disconnect"});
+    runs(0, {"forget", "Home"});
+    runs(0, {"off"});
+    runs(0, {"off"});
+    runs(0, {"on"});
+    runs(0, {"on"});
+    runs(0, {"--help"});
+    runs(0, {"--version"});
+}
+
+TEST_F(ExitStatus, Is1WhenItFailed) {
+    start();
+    runs(0, {"scan"});
+    fails(1, {"connect", "Home", "--password-file", "-"}, "the password is wrong", "wrong password\n");
+    fails(1, {"connect", "Home", "--password-file", "/nonexistent"}, "No such file");
+    fails(1, {"connect", "Campus", "--identity", "ada", "--eap", "PEAP", "--phase2", "MSCHAPV2"},
+          "it refused", "no such engine\n");
+}
+
+TEST_F(ExitStatus, Is1WhenNothingCanBeSaved) {
+    neighbourhood.updateConfig = false;
+    start();
+    runs(0, {"scan"});
+    fails(1, {"connect", "Home"}, "connected, but not saved", "correct horse\n");
+    fails(1, {"forget", "Home"}, "only until the next start");
+    environment["KAZ_CONFIG_FILE"] = "/proc/nonexistent/kaz.conf";
+    fails(1, {"off"}, "could not be written");
+}
+
+TEST_F(ExitStatus, Is2ForWhatItDoesNotUnderstand) {
+    start();
+    fails(2, {"nonsense"}, "there is no command \"nonsense\"");
+    fails(2, {"connect"}, "SSID is required");
+    fails(2, {"connect", "Home", "--password", "correct horse"}, "never an argument");
+    fails(2, {"connect", "Speakeasy", "--hidden"}, "--security");
+    runs(0, {"scan"});
+    fails(2, {"connect", "Campus"}, "--identity");
+}
+
+TEST_F(ExitStatus, Is3WhenTheTimeIsUp) {
+    neighbourhood.times.dhcp = std::chrono::hours(1);
+    start();
+    runs(0, {"scan"});
+    fails(3, {"connect", "Home", "--wait", "1"}, "there is no address after 1 s", "correct horse\n");
+    EXPECT_NE(savedConfiguration().find("Home"), std::string::npos) << "the link was up";
+    runs(0, {"forget", "Home"});
+    device().setUnitState("deactivating", "stop");  // and nothing more
+}
+
+TEST_F(ExitStatus, Is3WhenAnAttemptTakesTooLong) {
+    timeScale = 1;
+    neighbourhood.times.scan = std::chrono::milliseconds(50);
+    neighbourhood.times.handshake = std::chrono::hours(1);
+    start();
+    runs(0, {"scan"});
+    fails(3, {"connect", "Home", "--wait", "1"}, "it is not done after 1 s", "correct horse\n");
+    EXPECT_EQ(savedConfiguration().find("Home"), std::string::npos) << savedConfiguration();
+    EXPECT_TRUE(wasCalled("SaveConfig"));
+}
+
+TEST_F(ExitStatus, Is4WhenThereIsNoWifi) {
+    neighbourhood.unitActive = false;
+    start();
+    for (const std::string command : {"list", "scan", "disconnect", "status"}) {
+        fails(4, {command, "--start-wait", "1"}, "wpa_supplicant");
+    }
+    fails(4, {"connect", "Home", "--start-wait", "1"}, "wpa_supplicant", "correct horse\n");
+    fails(4, {"forget", "Home", "--start-wait", "1"}, "wpa_supplicant");
+    runs(0, {"off"});
+    fails(4, {"list"}, "Wi-Fi is switched off; try: kazwifictl on");
+    runs(0, {"status"});
+}
+
+TEST_F(ExitStatus, Is4WithoutABus) {
+    environment["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=/nonexistent/bus";
+    fails(4, {"list", "--start-wait", "1"}, "cannot list the networks");
+}
+
+TEST_F(ExitStatus, Is5ForANetworkThatIsNotThere) {
+    start();
+    runs(0, {"scan"});
+    fails(5, {"connect", "Elsewhere"}, "not in range");
+    fails(5, {"connect", "Elsewhere", "--password-file", "-"}, "not", "some password\n");
+    fails(5, {"forget", "Elsewhere"}, "no network of this name is saved");
+    fails(5, {"forget", "Vault"}, "no network of this name is saved");
+}
+
+TEST_F(ExitStatus, Is6ForSettingsThatBreakARule) {
+    start();
+    runs(0, {"scan"});
+    fails(6, {"connect", "Home"}, "shorter than 8 bytes", "short\n");
+    fails(6, {"connect", "Home"}, "longer than 63 bytes", std::string(64, 'x') + "\n");
+    fails(6, {"connect", "Old Router in the cellar"}, "5 or 13 characters", "four\n");
+    fails(6, {"connect", "Vault", "--security", "wpa3"}, "the password is empty", "\n");
+    fails(6, {"connect", "Vault"}, "not supported");
+    fails(6, {"connect", std::string(33, 'x')}, "longer than 32 bytes");
+    fails(6, {"connect", ""}, "the SSID is empty");
+    fails(6, {"connect", "Campus", "--identity", "ada", "--eap", "MD5"}, "EAP method", "engine no 2\n");
+    fails(6, {"connect", "Campus", "--identity", "ada", "--phase2", "X"}, "inner method", "engine no 2\n");
+    fails(6, {"forget", ""}, "the SSID is empty");
+    EXPECT_FALSE(wasCalled("AddNetwork"));
+}
+
+}  // namespace
+}  // namespace kaz::test

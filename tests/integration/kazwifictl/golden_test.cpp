@@ -1,0 +1,164 @@
+// What each command writes, compared with the files in golden/. KAZ_UPDATE_GOLDEN=1 writes them anew; look at
+// the difference before committing it.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "command_fixture.h"
+#include "temporary_folder.h"
+
+namespace kaz::test {
+namespace {
+
+// Times differ from run to run.
+std::string masked(const std::string& text) {
+    static const std::vector<std::pair<std::regex, std::string>> masks{
+        {std::regex(R"(\d+\.\d s\b)"), "N.N s"},
+        {std::regex(R"(\s+N\.N s)"), " N.N s"},
+        {std::regex(R"("ms(_ago)?":\d+)"), "\"ms$1\":N"},
+        {std::regex(R"(\d\d:\d\d:\d\d\.\d{3})"), "HH:MM:SS.mmm"},
+        {std::regex(R"(\d{4}-\d\d-\d\dT)"), "YYYY-MM-DDT"},
+        // Whether the supplicant looks around once more before it joins depends on how old its results are.
+        {std::regex(R"(  searched N\.N s\n)"), ""},
+        {std::regex(R"(\{"stage":"search","ms":N\},?)"), ""},
+    };
+    std::string result = text;
+    for (const auto& [pattern, replacement] : masks) {
+        result = std::regex_replace(result, pattern, replacement);
+    }
+    return result;
+}
+
+void expectGolden(const std::string& name, const std::string& text) {
+    const std::filesystem::path path = std::filesystem::path(KAZWIFICTL_GOLDEN) / name;
+    if (::getenv("KAZ_UPDATE_GOLDEN") != nullptr) {
+        writeFile(path, masked(text));
+    }
+    EXPECT_EQ(masked(text), readFile(path)) << "in " << name;
+}
+
+std::string everythingOf(const Finished& run) {
+    return run.out + (run.err.empty() ? "" : "--- stderr\n" + run.err) + "--- status " +
+           std::to_string(run.ending.status) + "\n";
+}
+
+enum class Form { plain, colour, narrow, json };
+
+std::string_view nameOf(Form form) {
+    switch (form) {
+        case Form::plain:
+            return "plain";
+        case Form::colour:
+            return "colour";
+        case Form::narrow:
+            return "narrow";
+        case Form::json:
+            return "json";
+    }
+    return "";
+}
+
+struct Case {
+    std::string name;
+    std::vector<std::string> arguments;
+    std::string input;
+    bool connected = false;  // before the command runs
+};
+
+std::vector<Case> cases() {
+    return {
+        {"status", {"status"}, "", true},
+        {"status-disconnected", {"status"}, ""},
+        {"on", {"on"}, ""},
+        {"off", {"off"}, ""},
+        {"scan", {"scan"}, ""},
+        {"list", {"list"}, "", true},
+        {"connect", {"connect", "Home"}, "correct horse\n"},
+        {"connect-refused", {"connect", "Home"}, "wrong password\n"},
+        {"connect-unknown", {"connect", "Elsewhere"}, ""},
+        {"disconnect", {"disconnect"}, "", true},
+        {"disconnect-already", {"disconnect"}, ""},
+        {"forget", {"forget", "Home"}, "", true},
+        {"forget-unknown", {"forget", "Vault"}, ""},
+    };
+}
+
+class Golden : public CommandFixture, public testing::WithParamInterface<std::tuple<Case, Form>> {
+  protected:
+    std::string output(const Case& each, Form form) {
+        std::vector<std::string> arguments = each.arguments;
+        if (form == Form::json) {
+            arguments.emplace_back("--json");
+        } else if (form == Form::colour) {
+            arguments.insert(arguments.end(), {"--color", "always"});
+        }
+        return form == Form::narrow ? narrow(each) : everythingOf(run(arguments, each.input));
+    }
+
+  private:
+    std::string narrow(const Case& each) {
+        std::vector<std::string> arguments = each.arguments;
+        arguments.insert(arguments.end(), {"--color", "never"});
+        const auto program = inTerminal(arguments, 48);
+        if (!each.input.empty()) {
+            EXPECT_TRUE(program->waitFor("Password for"));
+            program->send(each.input);
+        }
+        const Ending ending = program->wait();
+        return screenOf(program->out()) + "--- status " + std::to_string(ending.status) + "\n";
+    }
+};
+
+TEST_P(Golden, OutputIsAsItWas) {
+    const auto& [each, form] = GetParam();
+    start();
+    runs(0, {"scan"});
+    if (each.connected) {
+        connectHome();
+    }
+    expectGolden(each.name + "." + std::string(nameOf(form)), output(each, form));
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryCommand, Golden,
+                         testing::Combine(testing::ValuesIn(cases()),
+                                          testing::Values(Form::plain, Form::colour, Form::narrow,
+                                                          Form::json)),
+                         [](const auto& which) {
+                             std::string name = std::get<0>(which.param).name + "_" +
+                                                std::string(nameOf(std::get<1>(which.param)));
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
+
+class GoldenMonitor : public CommandFixture, public testing::WithParamInterface<Form> {};
+
+TEST_P(GoldenMonitor, OutputIsAsItWas) {
+    const Form form = GetParam();
+    start();
+    runs(0, {"scan"});
+    connectHome();
+    std::vector<std::string> arguments{"monitor"};
+    if (form == Form::json) {
+        arguments.emplace_back("--json");
+    } else {
+        arguments.insert(arguments.end(), {"--color", form == Form::colour ? "always" : "never"});
+    }
+    const auto program = form == Form::narrow ? inTerminal(arguments, 48) : withPipes(arguments);
+    ASSERT_TRUE(program->waitFor("cellar"));
+    runs(0, {"off"});
+    ASSERT_TRUE(program->waitFor("cellar")) << program->out();
+    program->sendSignal(SIGINT);
+    const Ending ending = program->wait();
+    expectGolden("monitor." + std::string(nameOf(form)),
+                 screenOf(program->out()) + "--- status " + std::to_string(ending.status) + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryForm, GoldenMonitor,
+                         testing::Values(Form::plain, Form::colour, Form::narrow, Form::json),
+                         [](const auto& which) { return std::string(nameOf(which.param)); });
+
+}  // namespace
+}  // namespace kaz::test

@@ -1,0 +1,137 @@
+// SSIDs that a stranger made to do harm.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "command_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+using namespace std::string_literals;
+
+std::vector<std::string> hostileSsids() {
+    return {
+        "\x1b[2J\x1b[31mred"s,       // clears the screen, changes the colour
+        "\x1b]0;title\x07"s,         // sets the window's title
+        "over\rwrite\nline\tx"s,     // moves the cursor
+        "\u202egnp.exe"s,            // reverses what follows
+        "\u2066\u2067mixed"s,        // isolates
+        "\xff\xfe broken \xc3"s,     // is not UTF-8
+        "日日日日日日日日日日"s,     // as wide as 30 bytes can be
+        "NUL\0in it"s,               // ends C strings
+        "\u009b31mC1"s,              // CSI in one character
+        "$(reboot) `id` ; rm -rf"s,  // is for shells
+        std::string(32, '\x01'),
+        " leading and trailing "s,
+        "\\x1b is not an escape"s,
+        "zalgo\u0301\u0302\u0303\u0304\u0305\u0306"s,
+    };
+}
+
+std::string hexOf(const std::string& bytes) {
+    static const char* digits = "0123456789abcdef";
+    std::string hex;
+    for (const char byte : bytes) {
+        hex += digits[static_cast<unsigned char>(byte) / 16];
+        hex += digits[static_cast<unsigned char>(byte) % 16];
+    }
+    return hex;
+}
+
+// The library can name to the supplicant only what D-Bus can carry as text.
+bool isText(const std::string& ssid) {
+    return ssid.find('\0') == std::string::npos && ssid.find('\xff') == std::string::npos;
+}
+
+class HostileSsid : public CommandFixture {
+  protected:
+    HostileSsid() {
+        neighbourhood.accessPoints.clear();
+        std::int16_t signal = -40;
+        for (const std::string& ssid : hostileSsids()) {
+            neighbourhood.accessPoints.push_back(accessPoint(ssid, sim::Security::open, signal));
+            signal = static_cast<std::int16_t>(signal - 2);
+        }
+    }
+
+    // Nothing but printable ASCII, line breaks and characters beyond ASCII that print.
+    static void expectHarmless(const std::string& text) {
+        for (const std::string& bad : {"\x1b"s, "\x07"s, "\r"s, "\t"s, "\0"s, "\x01"s, "\u202e"s, "\u2066"s,
+                                       "\u2067"s, "\u009b"s, "\xff"s}) {
+            EXPECT_EQ(text.find(bad), std::string::npos) << hexOf(bad) << " in\n" << text;
+        }
+    }
+};
+
+TEST_F(HostileSsid, DoesNoHarmInAnyOutput) {
+    start();
+    const std::string list = runs(0, {"scan"}).out;
+    expectHarmless(list);
+    EXPECT_NE(list.find("\\x1b[2J\\x1b[31mred"), std::string::npos) << list;
+    EXPECT_NE(list.find("\\u{202e}gnp.exe"), std::string::npos) << list;
+    EXPECT_NE(list.find("NUL\\x00in it"), std::string::npos) << list;
+    expectHarmless(runs(0, {"list", "--names"}).out);
+    for (const std::string& ssid : hostileSsids()) {
+        const bool text = isText(ssid);
+        const Finished connected = runs(text ? 0 : 1, {"-v", "connect", "--hex", hexOf(ssid)});
+        const Finished forgotten = runs(text ? 0 : 5, {"-v", "forget", "--hex", hexOf(ssid)});
+        for (const std::string& output : {connected.out, connected.err, forgotten.out, forgotten.err}) {
+            expectHarmless(output);
+        }
+    }
+}
+
+TEST_F(HostileSsid, DoesNoHarmInTheStatus) {
+    start();
+    runs(0, {"scan"});
+    runs(0, {"connect", "--hex", hexOf(hostileSsids().front())});
+    const std::string status = runs(0, {"status"}).out;
+    expectHarmless(status);
+    EXPECT_NE(status.find("connected to \"\\x1b[2J"), std::string::npos) << status;
+}
+
+TEST_F(HostileSsid, KeepsTheTableStraight) {
+    start();
+    runs(0, {"scan"});
+    const auto program = inTerminal({"list", "--color", "never"}, 60);
+    program->wait();
+    const std::string screen = screenOf(program->out());
+    std::size_t lines = 0;
+    for (std::size_t from = 0; from < screen.size(); ++lines) {
+        const std::size_t to = screen.find('\n', from);
+        const std::string line = screen.substr(from, to - from);
+        EXPECT_NE(line.find(lines == 0 ? "SECURITY" : "open"), std::string::npos) << line;
+        from = to + 1;
+    }
+    EXPECT_EQ(lines, hostileSsids().size() + 1);
+}
+
+TEST_F(HostileSsid, IsInJsonByteForByte) {
+    start();
+    const std::string out = runs(0, {"scan", "--json"}).out;
+    expectHarmless(out);
+    const auto networks = nlohmann::json::parse(out).at("networks");
+    ASSERT_EQ(networks.size(), hostileSsids().size());
+    for (std::size_t i = 0; i < networks.size(); ++i) {
+        EXPECT_EQ(networks.at(i).at("ssid_hex"), hexOf(hostileSsids().at(i)));
+    }
+}
+
+TEST_F(HostileSsid, DoesNoHarmInAMonitor) {
+    start();
+    runs(0, {"scan"});
+    const auto program = withPipes({"monitor", "-v"});
+    ASSERT_TRUE(program->waitFor("zalgo"));
+    runs(0, {"connect", "--hex", hexOf(hostileSsids().front())});
+    ASSERT_TRUE(program->waitFor("connected to \"\\x1b[2J")) << program->out();
+    program->sendSignal(SIGTERM);
+    EXPECT_EQ(program->wait().status, 0);
+    expectHarmless(program->out());
+    expectHarmless(program->err());
+}
+
+}  // namespace
+}  // namespace kaz::test

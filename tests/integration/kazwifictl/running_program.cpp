@@ -1,0 +1,224 @@
+#include "running_program.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+namespace kaz::test {
+namespace {
+
+constexpr int generousLimit = 60'000;  // ms
+
+// Everything a child needs, made before the fork: after it only system calls are safe.
+class Image {
+  public:
+    Image(const std::vector<std::string>& command, const Environment& environment) : words_(command) {
+        for (char** entry = environ; *entry != nullptr; ++entry) {
+            const std::string text = *entry;
+            const std::string name = text.substr(0, text.find('='));
+            if (environment.count(name) == 0) {
+                variables_.push_back(text);
+            }
+        }
+        for (const auto& [name, value] : environment) {
+            if (!value.empty()) {
+                variables_.push_back(name + "=" + value);
+            }
+        }
+        pointTo(words_, argv_);
+        pointTo(variables_, envp_);
+    }
+
+    [[noreturn]] void become() {
+        sigset_t none;
+        ::sigemptyset(&none);
+        ::sigprocmask(SIG_SETMASK, &none, nullptr);
+        ::execve(argv_.front(), argv_.data(), envp_.data());
+        ::_exit(127);
+    }
+
+  private:
+    static void pointTo(std::vector<std::string>& texts, std::vector<char*>& pointers) {
+        for (std::string& text : texts) {
+            pointers.push_back(text.data());
+        }
+        pointers.push_back(nullptr);
+    }
+
+    std::vector<std::string> words_;
+    std::vector<std::string> variables_;
+    std::vector<char*> argv_;
+    std::vector<char*> envp_;
+};
+
+std::pair<int, int> makePipe() {
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        throw std::system_error(errno, std::generic_category(), "pipe2");
+    }
+    return {ends[0], ends[1]};
+}
+
+void closeOnce(int& fd) {
+    if (fd >= 0) {
+        ::close(fd);
+        fd = -1;
+    }
+}
+
+}  // namespace
+
+RunningProgram::RunningProgram(const std::vector<std::string>& command, const Environment& environment) {
+    Image image(command, environment);
+    const auto [inRead, inWrite] = makePipe();
+    const auto [outRead, outWrite] = makePipe();
+    const auto [errRead, errWrite] = makePipe();
+    pid_ = ::fork();
+    if (pid_ == 0) {
+        ::dup2(inRead, STDIN_FILENO);
+        ::dup2(outWrite, STDOUT_FILENO);
+        ::dup2(errWrite, STDERR_FILENO);
+        ::setsid();  // no terminal to ask at
+        image.become();
+    }
+    ::close(inRead);
+    ::close(outWrite);
+    ::close(errWrite);
+    input_ = inWrite;
+    output_ = outRead;
+    errors_ = errRead;
+}
+
+RunningProgram::RunningProgram(const std::vector<std::string>& command, const Environment& environment,
+                               Terminal terminal) {
+    Image image(command, environment);
+    winsize size{};
+    size.ws_col = terminal.columns;
+    size.ws_row = terminal.rows;
+    int slave = -1;
+    if (::openpty(&output_, &slave, nullptr, nullptr, &size) != 0) {
+        throw std::system_error(errno, std::generic_category(), "openpty");
+    }
+    ::fcntl(output_, F_SETFD, FD_CLOEXEC);
+    pid_ = ::fork();
+    if (pid_ == 0) {
+        ::setsid();
+        ::ioctl(slave, TIOCSCTTY, 0);
+        for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+            ::dup2(slave, standard);
+        }
+        ::close(slave);
+        image.become();
+    }
+    ::close(slave);
+}
+
+RunningProgram::~RunningProgram() {
+    if (pid_ > 0) {
+        ::kill(pid_, SIGKILL);
+        ::waitpid(pid_, nullptr, 0);
+    }
+    closeOnce(input_);
+    closeOnce(output_);
+    closeOnce(errors_);
+}
+
+void RunningProgram::send(const std::string& text) const {
+    const int fd = input_ >= 0 ? input_ : output_;
+    if (::write(fd, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        throw std::system_error(errno, std::generic_category(), "write");
+    }
+}
+
+void RunningProgram::endInput() {
+    closeOnce(input_);
+}
+
+void RunningProgram::sendSignal(int signal) const {
+    ::kill(pid_, signal);
+}
+
+bool RunningProgram::readSome() {
+    std::array<pollfd, 2> waited{{{output_, POLLIN, 0}, {errors_, POLLIN, 0}}};
+    if (::poll(waited.data(), waited.size(), generousLimit) <= 0) {
+        return false;
+    }
+    std::array<char, 4096> buffer{};
+    bool open = false;
+    for (const pollfd& each : waited) {
+        if (each.fd < 0 || each.revents == 0) {
+            open = open || each.fd >= 0;
+            continue;
+        }
+        const ssize_t count = ::read(each.fd, buffer.data(), buffer.size());
+        if (count > 0) {
+            open = true;
+            (each.fd == output_ ? out_ : err_).append(buffer.data(), static_cast<std::size_t>(count));
+        } else {  // a terminal that nobody holds any more answers with an error
+            closeOnce(each.fd == output_ ? output_ : errors_);
+        }
+    }
+    return open || output_ >= 0 || errors_ >= 0;
+}
+
+bool RunningProgram::waitFor(const std::string& text) {
+    for (;;) {
+        const std::size_t found = out_.find(text, seen_);
+        if (found != std::string::npos) {
+            seen_ = found + text.size();
+            return true;
+        }
+        if (output_ < 0 || !readSome()) {
+            return false;
+        }
+    }
+}
+
+Ending RunningProgram::wait() {
+    endInput();
+    while ((output_ >= 0 || errors_ >= 0) && readSome()) {
+    }
+    int status = 0;
+    while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+    }
+    pid_ = -1;
+    return WIFEXITED(status) ? Ending{WEXITSTATUS(status), 0} : Ending{-1, WTERMSIG(status)};
+}
+
+bool RunningProgram::waitForStop() const {
+    int status = 0;
+    return ::waitpid(pid_, &status, WUNTRACED) == pid_ && WIFSTOPPED(status);
+}
+
+bool RunningProgram::echoes() const {
+    termios settings{};
+    ::tcgetattr(output_, &settings);
+    return (settings.c_lflag & ECHO) != 0;
+}
+
+std::string screenOf(const std::string& output) {
+    const std::string overwrite = "\r\x1b[K";
+    std::string screen;
+    for (std::size_t i = 0; i < output.size(); ++i) {
+        if (output.compare(i, overwrite.size(), overwrite) == 0) {
+            screen.erase(screen.rfind('\n') == std::string::npos ? 0 : screen.rfind('\n') + 1);
+            i += overwrite.size() - 1;
+        } else if (output[i] != '\r') {
+            screen += output[i];
+        }
+    }
+    return screen;
+}
+
+}  // namespace kaz::test
