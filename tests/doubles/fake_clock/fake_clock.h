@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 
 namespace kaz::test {
 
@@ -15,13 +16,15 @@ class FakeClock final : public wifi::TimeProvider {
     // Well after the clock's zero, which stands for never.
     static constexpr TimePoint usualStart{std::chrono::seconds(1000)};
 
-    explicit FakeClock(TimePoint start = usualStart) : now_(start.time_since_epoch()) {}
+    TimePoint get() override { return TimePoint(std::chrono::nanoseconds(now_.fetch_add(tick_))); }
+    void advance(std::chrono::nanoseconds by) { now_ += by.count(); }
 
-    TimePoint get() override { return TimePoint(now_.load()); }
-    void advance(std::chrono::nanoseconds by) { now_ = now_.load() + by; }
+    // From now on every reading is later than the one before, so that the order of two readings shows.
+    void tickWithEveryReading() { tick_ = 1; }
 
   private:
-    std::atomic<std::chrono::nanoseconds> now_;
+    std::atomic<std::int64_t> now_{std::chrono::nanoseconds(usualStart.time_since_epoch()).count()};
+    std::atomic<std::int64_t> tick_ = 0;
 };
 
 }  // namespace kaz::test

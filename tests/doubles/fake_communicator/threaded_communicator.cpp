@@ -21,7 +21,7 @@ ThreadedCommunicator::ThreadedCommunicator(std::shared_ptr<FakeWifiStack> stack)
     : FakeCommunicator(std::move(stack)) {}
 
 ThreadedCommunicator::~ThreadedCommunicator() {
-    ThreadedCommunicator::stopEventLoop();
+    askToStop();
     if (thread_.joinable()) {
         thread_.join();
     }
@@ -33,6 +33,11 @@ void ThreadedCommunicator::startEventLoop() {
 }
 
 void ThreadedCommunicator::stopEventLoop() {
+    askToStop();
+    FakeCommunicator::stopEventLoop();
+}
+
+void ThreadedCommunicator::askToStop() {
     const std::lock_guard lock(mutex_);
     stopping_ = true;
     changed_.notify_all();

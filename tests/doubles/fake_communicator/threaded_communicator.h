@@ -34,6 +34,7 @@ class ThreadedCommunicator final : public FakeCommunicator {
     void onLoop(const std::function<void()>& function);
 
   private:
+    void askToStop();
     void run();
     void runQueuedTask(std::unique_lock<std::mutex>& lock);
     std::optional<std::chrono::milliseconds> runIdlePassUnlocked(std::unique_lock<std::mutex>& lock);

@@ -1,0 +1,180 @@
+// What a callback may do, and what it may not spoil.
+#include "engine_fixture.h"
+
+#include <algorithm>
+#include <functional>
+#include <stdexcept>
+
+namespace kaz::test {
+namespace {
+
+using Registration = void (wifi::ManagerImpl::*)(std::function<void()>);
+
+class Callback : public EngineTest {
+  protected:
+    Callback() { startWithSupplicant(); }
+
+    // Makes each callback fire once: scanning, enabled, connection and networks.
+    void changeEverything() {
+        reportScanning(!engine->isScanning());
+        engine->setEnabled(!engine->isEnabled());
+        online_ = !online_;
+        reportOnline(online_);
+        reportLinkUp("Home");
+        reportBssList({{"Cafe", online_ ? -50 : -60, SecurityMode::none}});
+        settle();
+    }
+
+    const std::vector<Registration> registrations{
+        &wifi::ManagerImpl::onEnabledChanged, &wifi::ManagerImpl::onNetworksListChanged,
+        &wifi::ManagerImpl::onScanningChanged, &wifi::ManagerImpl::onConnectionInfoChanged};
+
+  private:
+    bool online_ = false;
+};
+
+TEST_F(Callback, FiresOnceForEachOfItsChanges) {
+    changeEverything();
+    EXPECT_EQ(takeCallbacks(), (Callbacks{1, 1, 1, 1}));
+    changeEverything();
+    EXPECT_EQ(takeCallbacks(), (Callbacks{1, 1, 1, 1}));
+}
+
+TEST_F(Callback, MayCallEveryGetterWithoutADeadlock) {
+    int calls = 0;
+    const auto callEverything = [&] {
+        static_cast<void>(engine->networks());
+        static_cast<void>(engine->connectionInfo());
+        static_cast<void>(engine->eapMethods());
+        static_cast<void>(engine->phase2Methods());
+        static_cast<void>(engine->isEnabled() || engine->isScanning() || engine->isWifiStackInitialized());
+        ++calls;
+    };
+    for (const Registration on : registrations) {
+        (*engine.*on)(callEverything);
+    }
+    changeEverything();
+    EXPECT_EQ(calls, 4);
+}
+
+TEST_F(Callback, MayMakeEveryRequest) {
+    for (const Registration on : registrations) {
+        // Once, because requests change the connection, which calls back.
+        (*engine.*on)([this, on] {
+            (*engine.*on)(nullptr);
+            engine->scan();
+            engine->setEnabled(true);
+            EXPECT_EQ(engine->connect(settingsFor("Office")), ConnectResult::ok);
+            engine->connectConfigured("Office");
+            engine->disconnect();
+            engine->forgetNetwork("Office");
+        });
+    }
+    changeEverything();
+    settle();
+    const Calls calls = takeCalls();
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "scanSync"), 4) << "each request was served";
+}
+
+TEST_F(Callback, IsInvokedWithoutTheLockAndSoAreAllCallsOfTheCommunicator) {
+    stack->configure("Home");
+    int calls = 0;
+    stack->onCall = [&](const std::string& /*call*/) {
+        static_cast<void>(engine->networks());
+        engine->onScanningChanged([] {});
+        ++calls;
+    };
+    changeEverything();
+    EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
+    settle();
+    reportLinkUp("Home");
+    settle();
+    supplicantComes();
+    supplicantGoes();
+    communicator->expireTimer();
+    EXPECT_GT(calls, 10);
+}
+
+TEST_F(Callback, ReplacedFromInsideItselfFinishesAndIsNotCalledAgain) {
+    for (const Registration on : registrations) {
+        int former = 0;
+        int latter = 0;
+        const auto alive = std::make_shared<int>(7);
+        (*engine.*on)([&, on, alive] {
+            (*engine.*on)([&latter] { ++latter; });
+            EXPECT_EQ(*alive, 7) << "the running copy still owns what it captured";
+            ++former;
+        });
+        changeEverything();
+        EXPECT_EQ(former, 1);
+        EXPECT_EQ(latter, 0);
+        EXPECT_EQ(alive.use_count(), 1) << "and gave it back afterwards";
+        changeEverything();
+        EXPECT_EQ(former, 1);
+        EXPECT_EQ(latter, 1);
+        (*engine.*on)(nullptr);
+    }
+}
+
+TEST_F(Callback, IsSwitchedOffByAnEmptyFunction) {
+    for (const Registration on : registrations) {
+        (*engine.*on)(nullptr);
+    }
+    changeEverything();
+    EXPECT_EQ(takeCallbacks(), Callbacks{});
+}
+
+TEST_F(Callback, ReplacedByAnotherIsDestroyedAtOnce) {
+    for (const Registration on : registrations) {
+        const auto captured = std::make_shared<int>(7);
+        (*engine.*on)([captured] {});
+        EXPECT_EQ(captured.use_count(), 2);
+        (*engine.*on)([] {});
+        EXPECT_EQ(captured.use_count(), 1);
+    }
+}
+
+TEST_F(Callback, ThatThrowsIsLoggedAndSpoilsNothing) {
+    for (const Registration on : registrations) {
+        (*engine.*on)([] { throw std::runtime_error("no luck"); });
+    }
+    stack->configure("Home");
+    communicator->networkSelectedHandler("Home");
+    reportBssList({{"Home", -50, SecurityMode::none}, {"Cafe", -60, SecurityMode::none}});
+    settle();
+    EXPECT_EQ(log.texts(spdlog::level::err),
+              (std::vector<std::string>{"A callback threw an exception: no luck",
+                                        "A callback threw an exception: no luck"}));
+    EXPECT_EQ(engine->networks(), (std::vector<WifiNetwork>{{"Cafe", -60, SecurityMode::none, false}}));
+    takeCalls();
+    reportScanning(true);
+    reportLinkUp("Home");
+    settle();
+    EXPECT_EQ(state(), R"(status=connectingIP, ssid="Home", signal=-50)");
+    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 2)",
+                                  "saveNetworkConfigurationSync"}));
+    engine->setEnabled(false);
+    takeCalls();
+    settle();
+    EXPECT_EQ(takeCalls(), Calls{"startStopSupplicantSync(false)"});
+    EXPECT_EQ(log.texts(spdlog::level::err).size(), 5U);
+}
+
+TEST_F(Callback, ThatThrowsSomethingElseIsLoggedToo) {
+    engine->onScanningChanged([] { throw 42; });
+    reportScanning(true);
+    EXPECT_EQ(log.records(),
+              (RecordingLog::Records{{spdlog::level::err, "A callback threw an exception of unknown type"}}));
+}
+
+TEST_F(Callback, ThatThrowsWhileATaskPublishesDoesNotStopTheTask) {
+    engine->onConnectionInfoChanged([] { throw std::runtime_error("no luck"); });
+    EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
+    takeCalls();
+    communicator->runTasks();
+    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home)", "selectSync(1)",
+                                  "getAllConfiguredNetworksSync", "getAllConfiguredNetworksSync"}));
+}
+
+}  // namespace
+}  // namespace kaz::test

@@ -1,0 +1,273 @@
+// Connecting to new and to configured networks.
+#include "engine_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Stored = FakeWifiStack::Network;
+
+class Connect : public EngineTest {
+  protected:
+    Connect() { startWithSupplicant(); }
+
+    void connect(const ConnectionSettings& settings) {
+        EXPECT_EQ(engine->connect(settings), ConnectResult::ok);
+        takeCalls();
+        communicator->runTasks();
+    }
+};
+
+class ConnectConfigured : public EngineTest {
+  protected:
+    void connect(const std::string& ssid) {
+        engine->connectConfigured(ssid);
+        takeCalls();
+        communicator->runTasks();
+    }
+};
+
+TEST_F(Connect, AddsSelectsAndListsInThisOrder) {
+    connect(settingsFor("Home"));
+    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home)", "selectSync(1)",
+                                  "getAllConfiguredNetworksSync", "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(stack->networks, (std::vector<Stored>{{1, "Home", true, 0}}));
+}
+
+TEST_F(Connect, RemovesOlderConfigurationsOfTheSameNetworkOnceTheNewOneIsSelected) {
+    stack->configure("Home");
+    stack->configure("Cafe");
+    stack->configure("Home");
+    stack->configure(std::nullopt);
+    stack->configure("home");
+    connect(settingsFor("Home"));
+    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home)", "selectSync(6)",
+                                  "getAllConfiguredNetworksSync", "removeSync(1)", "removeSync(3)",
+                                  "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(stack->networks, (std::vector<Stored>{{2, "Cafe", false, 0},
+                                                    {4, std::nullopt, false, 0},
+                                                    {5, "home", false, 0},
+                                                    {6, "Home", true, 0}}));
+}
+
+TEST_F(Connect, TwiceToTheSameNetworkLeavesOneConfiguration) {
+    connect(settingsFor("Home"));
+    takeCalls();
+    connect(settingsFor("Home", SecurityMode::sae));
+    EXPECT_EQ(takeCalls(), (Calls{"addNetworkSync(Home)", "selectSync(2)", "getAllConfiguredNetworksSync",
+                                  "removeSync(1)", "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(stack->networks, (std::vector<Stored>{{2, "Home", true, 0}}));
+}
+
+TEST_F(Connect, CarriesOnWhenAnOlderConfigurationCannotBeRemoved) {
+    stack->configure("Home");
+    stack->configure("Home");
+    stack->failing = {"removeSync"};
+    connect(settingsFor("Home"));
+    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home)", "selectSync(3)",
+                                  "getAllConfiguredNetworksSync", "removeSync(1) fails",
+                                  "removeSync(2) fails", "getAllConfiguredNetworksSync"}));
+}
+
+TEST_F(Connect, IsPublishedBeforeTheSupplicantIsTouched) {
+    std::string published;
+    stack->onCall = [&](const std::string& call) {
+        if (call == "addNetworkSync(Home)") {
+            published = state();
+        }
+    };
+    connect(settingsFor("Home"));
+    EXPECT_EQ(published, R"(status=connectingWifi, ssid="Home")");
+    EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
+}
+
+TEST_F(Connect, HandsOnACopyOfAllSettings) {
+    ConnectionSettings settings{"Home",     SecurityMode::enterprise, true, "password", "identity", "", "PAP",
+                                "anonymous"};
+    ConnectionSettings seen;
+    communicator->onAddNetwork = [&](const ConnectionSettings& given) { seen = given; };
+    EXPECT_EQ(engine->connect(settings), ConnectResult::ok);
+    settings = ConnectionSettings();
+    communicator->runTasks();
+    EXPECT_EQ(seen.ssid, "Home");
+    EXPECT_EQ(seen.securityMode, SecurityMode::enterprise);
+    EXPECT_TRUE(seen.hidden);
+    EXPECT_EQ(seen.password, "password");
+    EXPECT_EQ(seen.identity, "identity");
+    EXPECT_EQ(seen.eapMethod, "");
+    EXPECT_EQ(seen.phase2Method, "PAP");
+    EXPECT_EQ(seen.anonymousIdentity, "anonymous");
+}
+
+TEST_F(Connect, IsLoggedBeforeAndAfterAdding) {
+    connect(settingsFor("Home"));
+    EXPECT_EQ(log.records(),
+              (RecordingLog::Records{
+                  {spdlog::level::debug, R"(Connecting to ssid="Home")"},
+                  {spdlog::level::debug, R"(connectionInfo changed: status=connectingWifi, ssid="Home")"},
+                  {spdlog::level::info, R"(Connecting to ssid="Home")"}}));
+}
+
+TEST_F(Connect, ToAHiddenNetworkLogsThatToo) {
+    ConnectionSettings settings = settingsFor("Home");
+    settings.hidden = true;
+    connect(settings);
+    EXPECT_EQ(log.records(),
+              (RecordingLog::Records{
+                  {spdlog::level::debug, R"(Connecting to ssid="Home")"},
+                  {spdlog::level::debug, R"(connectionInfo changed: status=connectingWifi, ssid="Home")"},
+                  {spdlog::level::debug, R"(Assuming that network might be hidden. ssid="Home")"},
+                  {spdlog::level::info, R"(Connecting to ssid="Home")"}}));
+}
+
+TEST_F(Connect, LogsNamesInRedactableFormAndNoSecretAtAll) {
+    ConnectionSettings settings{std::string("a\"b\\\0\xff", 6),
+                                SecurityMode::enterprise,
+                                true,
+                                "secret password",
+                                "secret identity",
+                                "",
+                                "PAP",
+                                "secret anonymous identity"};
+    connect(settings);
+    communicator->networkSelectedHandler(settings.ssid);
+    engine->connectConfigured(settings.ssid);
+    engine->forgetNetwork(settings.ssid);
+    settle();
+    EXPECT_FALSE(log.records().empty());
+    const std::string redactable("ssid=\"a\\\"b\\\\\0\xff\"", 15);
+    for (const std::string& text : log.texts()) {
+        EXPECT_EQ(text.find("secret"), std::string::npos) << text;
+        std::string rest = text;
+        for (auto at = rest.find(redactable); at != std::string::npos; at = rest.find(redactable)) {
+            rest.erase(at, redactable.size());
+        }
+        EXPECT_EQ(rest.find('\xff'), std::string::npos) << "a bare SSID in: " << text;
+    }
+}
+
+TEST_F(Connect, ThatCannotBeAddedStopsAndIsGivenUpByItsTimeOut) {
+    stack->failing = {"addNetworkSync"};
+    connect(settingsFor("Home"));
+    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home) fails"}));
+    EXPECT_EQ(settle(), 2000ms);
+    clock->advance(2s);
+    EXPECT_EQ(settle(), std::nullopt);
+    EXPECT_EQ(state(), R"(status=disconnected, disconnectReason=causedBySystem, disconnectssid="Home")");
+    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(false, 60000)"});
+}
+
+TEST_F(Connect, ThatCannotBeSelectedKeepsTheOthersAndTheirStates) {
+    stack->configure("Home");
+    stack->failing = {"selectSync"};
+    connect(settingsFor("Home"));
+    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home)",
+                                  "selectSync(2) fails", "getAllConfiguredNetworksSync"}))
+        << "the only listing is that of the configured names";
+    EXPECT_EQ(stack->networks.size(), 2U);
+    clock->advance(2s);
+    settle();
+    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(false, 60000)"}) << "there is nothing to enable again";
+}
+
+TEST_F(Connect, MarksTheNetworkAsConfigured) {
+    reportBssList({{"Home", -50, SecurityMode::rsnPsk}});
+    connect(settingsFor("Home"));
+    engine->disconnect();
+    settle();
+    EXPECT_EQ(engine->networks(), (std::vector<WifiNetwork>{{"Home", -50, SecurityMode::rsnPsk, true}}));
+}
+
+TEST_F(Connect, EndsAnExistingConnectionAsTheUsersDoing) {
+    becomeConnected("Old");
+    connect(settingsFor("Home"));
+    EXPECT_EQ(state(), R"(status=connectingWifi, ssid="Home")");
+    EXPECT_EQ(engine->connectionInfo().disconnectReason, ConnectionInfo::DisconnectReason::causedByUser);
+    EXPECT_EQ(engine->connectionInfo().disconnectSsid, "Old");
+    EXPECT_EQ(takeCalls().front(), "addNetworkSync(Home)") << "the timer runs on";
+}
+
+TEST_F(ConnectConfigured, SelectsTheFirstOfTwoConfigurationsAndRemovesTheOther) {
+    stack->configure(std::nullopt);
+    stack->configure("Cafe");
+    stack->configure("Home");
+    stack->configure("Home");
+    startWithSupplicant();
+    connect("Home");
+    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "getAllConfiguredNetworksSync",
+                                  "selectSync(3)", "getAllConfiguredNetworksSync", "removeSync(4)"}));
+    EXPECT_EQ(
+        stack->networks,
+        (std::vector<Stored>{{1, std::nullopt, false, 0}, {2, "Cafe", false, 0}, {3, "Home", true, 0}}));
+}
+
+TEST_F(ConnectConfigured, IsLogged) {
+    stack->configure("Home");
+    startWithSupplicant();
+    connect("Home");
+    EXPECT_EQ(log.records(),
+              (RecordingLog::Records{
+                  {spdlog::level::debug, R"(Connecting to configured network ssid="Home")"},
+                  {spdlog::level::debug, R"(connectionInfo changed: status=connectingWifi, ssid="Home")"},
+                  {spdlog::level::info, R"(Connecting to ssid="Home")"}}));
+}
+
+TEST_F(ConnectConfigured, IsPublishedBeforeTheSupplicantIsTouched) {
+    stack->configure("Home");
+    startWithSupplicant();
+    std::string published;
+    stack->onCall = [&](const std::string& call) {
+        if (call == "getAllConfiguredNetworksSync" && published.empty()) {
+            published = state();
+        }
+    };
+    connect("Home");
+    EXPECT_EQ(published, R"(status=connectingWifi, ssid="Home")");
+}
+
+TEST_F(ConnectConfigured, ThatCannotBeSelectedStopsThere) {
+    stack->configure("Home");
+    stack->configure("Home");
+    stack->failing = {"selectSync"};
+    startWithSupplicant();
+    connect("Home");
+    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "getAllConfiguredNetworksSync",
+                                  "selectSync(1) fails"}))
+        << "the second configuration is not tried";
+}
+
+TEST_F(ConnectConfigured, OfAnUnknownNetworkWarnsAndIsPublishedUntilItsTimeOut) {
+    stack->configure("Cafe");
+    stack->configure(std::nullopt);
+    startWithSupplicant();
+    connect("Home");
+    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(
+        log.records().back(),
+        (LogRecord{spdlog::level::warn,
+                   R"(Tried connecting to configured network, but it isn't known to us. ssid="Home")"}));
+    EXPECT_EQ(state(), R"(status=connectingWifi, ssid="Home")");
+    EXPECT_EQ(settle(), 2000ms);
+    clock->advance(2s);
+    settle();
+    EXPECT_EQ(state(), R"(status=disconnected, disconnectReason=causedBySystem, disconnectssid="Home")");
+}
+
+TEST_F(ConnectConfigured, WithoutAListingIsAnUnknownNetwork) {
+    stack->configure("Home");
+    startWithSupplicant();
+    stack->failing = {"getAllConfiguredNetworksSync"};
+    connect("Home");
+    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "getAllConfiguredNetworksSync fails"}));
+    EXPECT_EQ(log.texts(spdlog::level::warn).size(), 1U);
+}
+
+TEST_F(ConnectConfigured, PostsWithoutAnyCheck) {
+    startWithSupplicant();
+    engine->connectConfigured("");
+    engine->connectConfigured(std::string(100, 'x'));
+    EXPECT_EQ(takeCalls(), (Calls{"pushTaskAsync_", "pushTaskAsync_"}));
+}
+
+}  // namespace
+}  // namespace kaz::test

@@ -1,0 +1,175 @@
+// The publication of the connection state, and the timer that polls the signal.
+#include "engine_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class ConnectionRefresh : public EngineTest {
+  protected:
+    ConnectionRefresh() { startWithSupplicant(); }
+};
+
+class SignalPoll : public EngineTest {
+  protected:
+    SignalPoll() { startWithSupplicant(); }
+};
+
+TEST_F(ConnectionRefresh, HappensInTheIdlePass) {
+    reportLinkUp("Home");
+    EXPECT_EQ(engine->connectionInfo(), ConnectionInfo());
+    EXPECT_EQ(takeCallbacks(), Callbacks{});
+    communicator->runIdlePass();
+    EXPECT_EQ(state(), R"(status=connectingIP, ssid="Home", signal=-50)");
+    EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
+}
+
+TEST_F(ConnectionRefresh, CollectsABurstOfReportsInOneCallback) {
+    for (int i = 0; i < 10; ++i) {
+        reportLinkUp("Home");
+        reportStatus(SupplicantStatus::Connecting);
+        reportOnline(i % 2 == 0);
+    }
+    settle();
+    EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
+}
+
+TEST_F(ConnectionRefresh, PublishesBeforeItsCallback) {
+    ConnectionInfo seen;
+    engine->onConnectionInfoChanged([&] { seen = engine->connectionInfo(); });
+    reportLinkUp("Home");
+    settle();
+    EXPECT_EQ(seen.ssid, "Home");
+    EXPECT_EQ(seen, engine->connectionInfo());
+}
+
+TEST_F(ConnectionRefresh, IsLogged) {
+    reportLinkUp("Home");
+    settle();
+    EXPECT_EQ(
+        log.records(),
+        (RecordingLog::Records{{spdlog::level::debug,
+                                R"(connectionInfo changed: status=connectingIP, ssid="Home", signal=-50)"}}));
+}
+
+TEST_F(ConnectionRefresh, LogsTheNewStateBeforeItActsOnIt) {
+    std::size_t recordsAtTimer = 0;
+    stack->onCall = [&](const std::string& call) {
+        if (call == "configureTimerSync(true, 60000)") {
+            recordsAtTimer = log.records().size();
+        }
+    };
+    reportLinkUp("Home");
+    settle();
+    EXPECT_EQ(recordsAtTimer, 1U);
+}
+
+TEST_F(ConnectionRefresh, WithNothingNewDoesNothingAtAll) {
+    becomeConnected("Home");
+    reportBss("Home");
+    reportStatus(SupplicantStatus::Connected);
+    reportOnline(true);
+    settle();
+    EXPECT_EQ(takeCalls(), Calls{});
+    EXPECT_EQ(takeCallbacks(), Callbacks{});
+    EXPECT_EQ(takeGaugeReports(), GaugeReports{});
+    EXPECT_TRUE(log.records().empty());
+}
+
+TEST_F(ConnectionRefresh, IsTriggeredByEveryFieldOnItsOwn) {
+    becomeConnected("Home");
+    reportBss("Home", -51);
+    settle();
+    EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1}) << "signal";
+    reportOnline(false);
+    settle();
+    EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1}) << "status";
+    reportStatus(SupplicantStatus::Disconnected);
+    settle();
+    takeCallbacks();
+    clock->advance(1s);
+    engine->forgetNetwork("Home");
+    settle();
+    EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1}) << "reason and time of the disconnect";
+}
+
+TEST_F(ConnectionRefresh, ShowsTheActsOfTheSupplicantOnlyAfterThemToTheCallback) {
+    stack->configure("Home");
+    communicator->networkSelectedHandler("Home");
+    settle();
+    std::vector<std::string> order;
+    engine->onConnectionInfoChanged([&] { order.emplace_back("callback"); });
+    stack->onCall = [&](const std::string& call) { order.push_back(call); };
+    reportLinkUp("Home");
+    settle();
+    EXPECT_EQ(order, (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 2)", "callback",
+                            "saveNetworkConfigurationSync"}));
+}
+
+TEST_F(ConnectionRefresh, GivesUpAnExpiredAttempt) {
+    engine->connectConfigured("Home");
+    settle();
+    clock->advance(2s);
+    forget();
+    communicator->runIdlePass();
+    EXPECT_EQ(
+        log.records().front(),
+        (LogRecord{spdlog::level::warn,
+                   R"(No response from wpa_supplicant, assuming we are disconnected from ssid="Home")"}));
+    EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
+}
+
+TEST_F(SignalPoll, RunsExactlyWhileNotDisconnected) {
+    reportBss("Home");
+    reportStatus(SupplicantStatus::Connecting);
+    settle();
+    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(true, 60000)"}) << "with the first change, too";
+    reportStatus(SupplicantStatus::Connected);
+    settle();
+    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "saveNetworkConfigurationSync"}))
+        << "no second arming";
+    reportOnline(true);
+    settle();
+    EXPECT_EQ(takeCalls(), Calls{});
+    reportStatus(SupplicantStatus::Disconnected);
+    settle();
+    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(false, 60000)"});
+    engine->forgetNetwork("Home");
+    settle();
+    EXPECT_EQ(takeCalls(),
+              (Calls{"pushTaskAsync_", "getAllConfiguredNetworksSync", "saveNetworkConfigurationSync"}))
+        << "disconnected as before";
+}
+
+TEST_F(SignalPoll, UpdatesTheSignalAtTheNextIdlePass) {
+    becomeConnected("Home");
+    stack->signalPoll = -33;
+    communicator->expireTimer();
+    EXPECT_EQ(takeCalls(), Calls{"signalPollSync"});
+    EXPECT_EQ(engine->connectionInfo().signal, -50);
+    settle();
+    EXPECT_EQ(engine->connectionInfo().signal, -33);
+    EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
+}
+
+TEST_F(SignalPoll, WithoutAResultLeavesTheSignal) {
+    becomeConnected("Home");
+    stack->signalPoll = -33;
+    stack->failing = {"signalPollSync"};
+    communicator->expireTimer();
+    settle();
+    EXPECT_EQ(takeCalls(), Calls{"signalPollSync fails"});
+    EXPECT_EQ(engine->connectionInfo().signal, -50);
+    EXPECT_EQ(takeCallbacks(), Callbacks{});
+}
+
+TEST_F(SignalPoll, WithoutABssIsIgnored) {
+    stack->signalPoll = -33;
+    communicator->expireTimer();
+    settle();
+    EXPECT_EQ(engine->connectionInfo(), ConnectionInfo());
+}
+
+}  // namespace
+}  // namespace kaz::test

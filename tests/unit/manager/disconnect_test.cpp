@@ -1,0 +1,192 @@
+// Disconnecting, forgetting, and networks that the supplicant selects.
+#include "engine_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Stored = FakeWifiStack::Network;
+
+class Disconnect : public EngineTest {};
+
+class Forget : public EngineTest {
+  protected:
+    void forgetNetwork(const std::string& ssid) {
+        engine->forgetNetwork(ssid);
+        EXPECT_EQ(takeCalls(), Calls{"pushTaskAsync_"});
+        communicator->runTasks();
+    }
+};
+
+class NetworkSelected : public EngineTest {
+  protected:
+    NetworkSelected() { startWithSupplicant(); }
+};
+
+TEST_F(Disconnect, PublishesBeforeItTellsTheSupplicant) {
+    startWithSupplicant();
+    becomeConnected("Home");
+    engine->disconnect();
+    EXPECT_EQ(takeCalls(), Calls{"pushTaskAsync_"});
+    std::string published;
+    stack->onCall = [&](const std::string& call) {
+        if (call == "disconnectSync") {
+            published = state();
+        }
+    };
+    communicator->runTasks();
+    EXPECT_EQ(published, R"(status=disconnected, disconnectReason=causedByUser, disconnectssid="Home")");
+    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(false, 60000)", "disconnectSync"}));
+    EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
+    EXPECT_EQ(log.records().front(), (LogRecord{spdlog::level::info, "Disconnecting"}));
+}
+
+TEST_F(Disconnect, WithoutAConnectionStillTellsTheSupplicant) {
+    startWithSupplicant();
+    stack->failing = {"disconnectSync"};
+    engine->disconnect();
+    settle();
+    EXPECT_EQ(takeCalls(), (Calls{"pushTaskAsync_", "disconnectSync fails"}));
+    EXPECT_EQ(state(), "status=disconnected, disconnectReason=unknown");
+}
+
+TEST_F(Disconnect, KeepsTheConfiguration) {
+    stack->configure("Home");
+    startWithSupplicant();
+    becomeConnected("Home");
+    engine->disconnect();
+    settle();
+    EXPECT_EQ(stack->networks.size(), 1U);
+}
+
+TEST_F(Forget, RemovesTheConfigurationRefreshesTheNamesAndSaves) {
+    stack->configure("Cafe");
+    stack->configure("Home");
+    startWithSupplicant();
+    forgetNetwork("Home");
+    EXPECT_EQ(takeCalls(),
+              (Calls{"getAllConfiguredNetworksSync", "removeSync(2)", "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(stack->networks, (std::vector<Stored>{{1, "Cafe", true, 0}}));
+    EXPECT_EQ(log.records(), (RecordingLog::Records{{spdlog::level::info, R"(Forgetting ssid="Home")"}}));
+    communicator->runIdlePass();
+    EXPECT_EQ(takeCalls(), Calls{"saveNetworkConfigurationSync"});
+}
+
+TEST_F(Forget, RemovesBothOfTwoConfigurations) {
+    stack->configure("Home");
+    stack->configure("Cafe");
+    stack->configure("Home");
+    stack->configure(std::nullopt);
+    startWithSupplicant();
+    forgetNetwork("Home");
+    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "removeSync(1)", "removeSync(3)",
+                                  "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(stack->networks.size(), 2U);
+}
+
+TEST_F(Forget, CarriesOnWhenAConfigurationCannotBeRemoved) {
+    stack->configure("Home");
+    stack->configure("Home");
+    stack->failing = {"removeSync"};
+    startWithSupplicant();
+    forgetNetwork("Home");
+    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "removeSync(1) fails",
+                                  "removeSync(2) fails", "getAllConfiguredNetworksSync"}));
+    EXPECT_TRUE(log.texts(spdlog::level::err).empty()) << "it was found";
+    communicator->runIdlePass();
+    EXPECT_EQ(takeCalls(), Calls{"saveNetworkConfigurationSync"});
+}
+
+TEST_F(Forget, OfAnUnknownNetworkIsAnErrorAndSavesAllTheSame) {
+    stack->configure("Cafe");
+    stack->configure(std::nullopt);
+    startWithSupplicant();
+    forgetNetwork("Home");
+    EXPECT_EQ(takeCalls(), Calls{"getAllConfiguredNetworksSync"});
+    EXPECT_EQ(log.records(),
+              (RecordingLog::Records{{spdlog::level::info, R"(Forgetting ssid="Home")"},
+                                     {spdlog::level::err,
+                                      R"(Unable to remove network, configuration not found. ssid="Home")"}}));
+    communicator->runIdlePass();
+    EXPECT_EQ(takeCalls(), Calls{"saveNetworkConfigurationSync"});
+}
+
+TEST_F(Forget, OfTheNetworkInUseIsADisconnectThatIsPublishedFirst) {
+    stack->configure("Home");
+    startWithSupplicant();
+    becomeConnected("Home");
+    std::string published;
+    stack->onCall = [&](const std::string& call) {
+        if (call == "getAllConfiguredNetworksSync" && published.empty()) {
+            published = state();
+        }
+    };
+    forgetNetwork("Home");
+    EXPECT_EQ(published, R"(status=disconnected, disconnectReason=causedByUser, disconnectssid="Home")");
+    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(false, 60000)", "getAllConfiguredNetworksSync",
+                                  "removeSync(1)", "getAllConfiguredNetworksSync"}));
+}
+
+TEST_F(Forget, OfTheNetworkThatJustDroppedMakesTheDropTheUsers) {
+    startWithSupplicant();
+    becomeConnected("Home");
+    reportStatus(SupplicantStatus::Disconnected);
+    settle();
+    EXPECT_EQ(state(), R"(status=disconnected, disconnectReason=causedBySystem, disconnectssid="Home")");
+    forget();
+    forgetNetwork("Home");
+    EXPECT_EQ(state(), R"(status=disconnected, disconnectReason=causedByUser, disconnectssid="Home")");
+}
+
+TEST_F(Forget, OfANetworkInRangeListsItAsNotConfigured) {
+    stack->configure("Home");
+    startWithSupplicant();
+    reportBssList({{"Home", -50, SecurityMode::rsnPsk}});
+    settle();
+    ASSERT_TRUE(engine->networks().front().configured);
+    forget();
+    forgetNetwork("Home");
+    settle();
+    EXPECT_FALSE(engine->networks().front().configured);
+    EXPECT_EQ(takeCallbacks(), Callbacks{.networks = 1});
+}
+
+TEST_F(Forget, OfAnEmptyNameDoesNothingAtAll) {
+    startWithSupplicant();
+    engine->forgetNetwork("");
+    EXPECT_EQ(takeCalls(), Calls{});
+    EXPECT_EQ(communicator->queuedTasks(), 0U);
+    settle();
+    EXPECT_EQ(takeCalls(), Calls{});
+    EXPECT_TRUE(log.records().empty());
+}
+
+TEST_F(NetworkSelected, ByTheSupplicantIsAnAttempt) {
+    communicator->networkSelectedHandler("Home");
+    EXPECT_EQ(log.records(),
+              (RecordingLog::Records{{spdlog::level::debug, R"(NetworkSelected is ssid="Home")"}}));
+    EXPECT_EQ(state(), "status=disconnected, disconnectReason=unknown") << "not before the idle pass";
+    EXPECT_EQ(settle(), 2000ms);
+    EXPECT_EQ(state(), R"(status=connectingWifi, ssid="Home")");
+    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(true, 60000)"});
+}
+
+TEST_F(NetworkSelected, WithoutAnSsidChangesNothing) {
+    becomeConnected("Home");
+    communicator->networkSelectedHandler(std::nullopt);
+    EXPECT_TRUE(log.records().empty());
+    EXPECT_EQ(settle(), std::nullopt);
+    EXPECT_EQ(state(), R"(status=connected, ssid="Home", signal=-50)");
+    EXPECT_EQ(takeCallbacks(), Callbacks{});
+}
+
+TEST_F(NetworkSelected, AsTheUserWantedIsNoNewAttempt) {
+    engine->connectConfigured("Home");
+    settle();
+    clock->advance(500ms);
+    communicator->networkSelectedHandler("Home");
+    EXPECT_EQ(settle(), 1500ms);
+}
+
+}  // namespace
+}  // namespace kaz::test

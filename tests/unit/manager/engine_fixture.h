@@ -1,0 +1,100 @@
+#pragma once
+
+#include "communicator.h"
+#include "fake_clock.h"
+#include "fake_communicator.h"
+#include "fake_metrics.h"
+#include "fake_wifi_stack.h"
+#include "manager_impl.h"
+#include "recording_log.h"
+
+#include <gtest/gtest.h>
+#include <wifi/types.h>
+
+#include <chrono>
+#include <iosfwd>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kaz::test {
+
+using wifi::ConnectionInfo;
+using wifi::ConnectionSettings;
+using wifi::ConnectResult;
+using wifi::SecurityMode;
+using wifi::WifiNetwork;
+using Bss = wifi::Communicator::BssProperties;
+using PropertyChange = wifi::Communicator::PropertyChange;
+using SupplicantStatus = wifi::Communicator::SupplicantConnectionStatus;
+using SupplicantReport = wifi::Communicator::SupplicantInterfaceProperties;
+
+using Calls = std::vector<std::string>;
+using GaugeReports = std::vector<GaugeReport>;
+
+// How often each callback was invoked.
+struct Callbacks {
+    int enabled = 0;
+    int networks = 0;
+    int scanning = 0;
+    int connection = 0;
+
+    friend bool operator==(const Callbacks&, const Callbacks&) = default;
+};
+std::ostream& operator<<(std::ostream& out, const Callbacks& callbacks);
+
+// Settings for a network with a password that is valid for the mode.
+ConnectionSettings settingsFor(const std::string& ssid, SecurityMode mode = SecurityMode::rsnPsk);
+
+// An engine on a fake communicator: everything it does, it does when the test says so and on its thread.
+class EngineTest : public ::testing::Test {
+  protected:
+    EngineTest();
+    ~EngineTest() override;
+    EngineTest(const EngineTest&) = delete;
+    EngineTest& operator=(const EngineTest&) = delete;
+    EngineTest(EngineTest&&) = delete;
+    EngineTest& operator=(EngineTest&&) = delete;
+
+    // Constructs the engine and settles it. What happened until then is forgotten.
+    void start();
+    // The same, and lets the supplicant come.
+    void startWithSupplicant();
+
+    // Runs the queued tasks and then an idle pass, as a loop with nothing else to do would. Returns the delay
+    // that the idle pass asked for.
+    std::optional<std::chrono::milliseconds> settle();
+
+    void supplicantComes();
+    void supplicantGoes();
+    void report(const SupplicantReport& report) { communicator->supplicantPropertiesHandler(report); }
+    void reportStatus(SupplicantStatus status);
+    void reportBss(const std::string& ssid, int signal = -50);
+    void reportBssList(std::vector<Bss> list);
+    void reportScanning(bool scanning);
+    void reportLinkUp(const std::string& ssid);
+    void reportOnline(bool online) { communicator->networkdOnlineHandler(online); }
+
+    // Reports and settles until the engine is connected to the network, then forgets what happened.
+    void becomeConnected(const std::string& ssid);
+
+    // What happened since these were last called.
+    Calls takeCalls() { return stack->takeCalls(); }
+    Callbacks takeCallbacks();
+    void forget();
+
+    // The published state in one line.
+    std::string state() const;
+
+    RecordingLog log;
+    std::shared_ptr<FakeWifiStack> stack = std::make_shared<FakeWifiStack>();
+    std::shared_ptr<FakeClock> clock = std::make_shared<FakeClock>();
+    FakeCommunicator* communicator = nullptr;  // the engine's
+    std::unique_ptr<wifi::ManagerImpl> engine;
+
+  private:
+    Callbacks callbacks_;
+};
+
+}  // namespace kaz::test

@@ -1,0 +1,142 @@
+// What the engine reports to the gauges, and in which order.
+#include "engine_fixture.h"
+
+#include <algorithm>
+
+namespace kaz::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class Gauges : public EngineTest {
+  protected:
+    Gauges() { startWithSupplicant(); }
+
+    GaugeReports reportsOfNextPass() {
+        settle();
+        return takeGaugeReports();
+    }
+
+    const GaugeReport up{"quarn.wifi.connected", 1.0};
+    const GaugeReport notUp{"quarn.wifi.connected", 0.0};
+    const GaugeReport signal{"quarn.wifi.signal-strength-dbm", -50.0};
+    const GaugeReport success{"quarn.wifi.connection-attempt.success", 1.0};
+    const GaugeReport fail{"quarn.wifi.connection-attempt.fail", 1.0};
+    const GaugeReport total{"quarn.wifi.connection-attempt.total", 1.0};
+};
+
+TEST_F(Gauges, HearNothingBeforeAnythingHappened) {
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(reportsOfNextPass(), GaugeReports{});
+    }
+}
+
+TEST_F(Gauges, HearOfTheFirstChangeButNeverOfASuccessInIt) {
+    reportOnline(true);
+    reportLinkUp("Home");
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{up, signal}));
+}
+
+TEST_F(Gauges, HearNothingOfARefreshWithoutAChange) {
+    reportLinkUp("Home");
+    settle();
+    takeGaugeReports();
+    reportLinkUp("Home");
+    EXPECT_EQ(reportsOfNextPass(), GaugeReports{});
+}
+
+TEST_F(Gauges, HearOfAFailureAndTheTotalOnce) {
+    communicator->networkSelectedHandler("Home");
+    EXPECT_EQ(reportsOfNextPass(), GaugeReports{notUp});
+    clock->advance(2s);
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{notUp, fail, total}));
+    EXPECT_EQ(reportsOfNextPass(), GaugeReports{});
+}
+
+TEST_F(Gauges, HearOfASuccessAndTheTotalWhenTheAddressIsBeingObtainedAndNotAgain) {
+    communicator->networkSelectedHandler("Home");
+    settle();
+    takeGaugeReports();
+    reportLinkUp("Home");
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{notUp, signal, success, total}));
+    reportOnline(true);
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{up, signal}));
+    reportOnline(false);
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{notUp, signal}));
+}
+
+TEST_F(Gauges, HearOfASuccessStraightToConnected) {
+    reportOnline(true);
+    communicator->networkSelectedHandler("Home");
+    settle();
+    takeGaugeReports();
+    reportLinkUp("Home");
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{up, signal, success, total}));
+}
+
+TEST_F(Gauges, HearOfASuccessAgainOnAnotherNetwork) {
+    becomeConnected("A");
+    reportOnline(false);
+    reportBss("B");
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{notUp, signal, success, total}));
+}
+
+TEST_F(Gauges, HearOfASuccessAfterADropOnTheSameNetwork) {
+    becomeConnected("A");
+    reportStatus(SupplicantStatus::Connecting);
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{notUp}));
+    reportStatus(SupplicantStatus::Connected);
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{up, signal, success, total}));
+}
+
+TEST_F(Gauges, HearOfNoFailureWhenAConnectionDrops) {
+    becomeConnected("Home");
+    reportStatus(SupplicantStatus::Disconnected);
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{notUp}));
+}
+
+TEST_F(Gauges, HearOfAnUnknownSignalAsItIs) {
+    communicator->networkSelectedHandler("Home");
+    settle();
+    takeGaugeReports();
+    reportBss("Home", -100);
+    reportStatus(SupplicantStatus::Connected);
+    EXPECT_EQ(reportsOfNextPass(),
+              (GaugeReports{notUp, {"quarn.wifi.signal-strength-dbm", -100.0}, success, total}));
+}
+
+TEST_F(Gauges, HearOfEveryNewSignalOfAConnection) {
+    becomeConnected("Home");
+    stack->signalPoll = -61;
+    communicator->expireTimer();
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{up, {"quarn.wifi.signal-strength-dbm", -61.0}}));
+}
+
+TEST_F(Gauges, HearEverythingBeforeTheSupplicantIsAskedToReact) {
+    communicator->networkSelectedHandler("Home");
+    settle();
+    takeGaugeReports();
+    GaugeReports reported;
+    stack->onCall = [&](const std::string& call) {
+        if (call == "getAllConfiguredNetworksSync") {
+            reported = takeGaugeReports();
+        }
+    };
+    reportLinkUp("Home");
+    EXPECT_EQ(reportsOfNextPass(), GaugeReports{});
+    EXPECT_EQ(reported, (GaugeReports{notUp, signal, success, total}));
+}
+
+TEST_F(Gauges, HearOfAFailureBeforeTheTimerIsDisarmed) {
+    communicator->networkSelectedHandler("Home");
+    settle();
+    clock->advance(2s);
+    takeGaugeReports();
+    GaugeReports reported;
+    stack->onCall = [&](const std::string& /*call*/) { reported = takeGaugeReports(); };
+    communicator->runIdlePass();
+    EXPECT_EQ(reported, (GaugeReports{notUp, fail, total}));
+}
+
+}  // namespace
+}  // namespace kaz::test

@@ -1,0 +1,237 @@
+// The published list of networks in range.
+#include "engine_fixture.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <map>
+#include <random>
+
+namespace kaz::test {
+namespace {
+
+using Networks = std::vector<WifiNetwork>;
+
+class NetworkList : public EngineTest {
+  protected:
+    NetworkList() { startWithSupplicant(); }
+
+    void publish(std::vector<Bss> list) {
+        reportBssList(std::move(list));
+        settle();
+    }
+};
+
+class Scanning : public EngineTest {
+  protected:
+    Scanning() { startWithSupplicant(); }
+};
+
+constexpr auto none = SecurityMode::none;
+constexpr auto wpaPsk = SecurityMode::wpaPsk;
+constexpr auto rsnPsk = SecurityMode::rsnPsk;
+
+TEST_F(NetworkList, TakesTheStrongestSignalAndTheFirstSecurityModeOfEqualNames) {
+    publish({{"A", -70, rsnPsk}, {"A", -50, none}, {"A", -60, wpaPsk}});
+    EXPECT_EQ(engine->networks(), (Networks{{"A", -50, rsnPsk, false}}));
+}
+
+TEST_F(NetworkList, IsSortedBySignalWithTheStrongestFirst) {
+    publish({{"A", -70, none}, {"B", -30, none}, {"C", -50, none}, {"A", -40, none}, {"D", 3, none}});
+    EXPECT_EQ(engine->networks(), (Networks{{"D", 3, none, false},
+                                            {"B", -30, none, false},
+                                            {"A", -40, none, false},
+                                            {"C", -50, none, false}}));
+}
+
+TEST_F(NetworkList, LeavesOutAccessPointsWithoutAName) {
+    publish({{"", -10, none}, {"A", -70, none}, {"", -20, rsnPsk}});
+    EXPECT_EQ(engine->networks(), (Networks{{"A", -70, none, false}}));
+    publish({{"", -10, none}});
+    EXPECT_TRUE(engine->networks().empty());
+}
+
+TEST_F(NetworkList, TellsNamesApartByEveryByte) {
+    const std::string nul("A\0", 2);
+    publish(
+        {{"A", -10, none}, {nul, -20, none}, {"a", -30, none}, {"A ", -40, none}, {"\xff\xfe", -50, none}});
+    EXPECT_EQ(engine->networks(), (Networks{{"A", -10, none, false},
+                                            {nul, -20, none, false},
+                                            {"a", -30, none, false},
+                                            {"A ", -40, none, false},
+                                            {"\xff\xfe", -50, none, false}}));
+}
+
+TEST_F(NetworkList, IsRebuiltNoEarlierThanInTheNextIdlePass) {
+    reportBssList({{"A", -70, none}});
+    EXPECT_TRUE(engine->networks().empty());
+    EXPECT_EQ(takeCallbacks(), Callbacks{});
+    settle();
+    EXPECT_EQ(engine->networks().size(), 1U);
+    EXPECT_EQ(takeCallbacks(), Callbacks{.networks = 1});
+}
+
+TEST_F(NetworkList, IsPublishedBeforeItsCallbackAndLogged) {
+    Networks seen;
+    engine->onNetworksListChanged([&] { seen = engine->networks(); });
+    publish({{"A", -70, none}, {"B", -60, none}});
+    EXPECT_EQ(seen, engine->networks());
+    EXPECT_EQ(seen.size(), 2U);
+    EXPECT_EQ(log.records(),
+              (RecordingLog::Records{{spdlog::level::debug, "Network list changed, size: 2"}}));
+    EXPECT_EQ(takeCalls(), Calls{}) << "the supplicant is not asked";
+}
+
+TEST_F(NetworkList, ThatComesOutTheSameAsBeforeFiresNoCallback) {
+    publish({{"A", -70, none}, {"B", -60, none}});
+    forget();
+    publish({{"B", -60, none}, {"A", -70, none}});
+    publish({{"B", -60, none}, {"", -10, none}, {"A", -80, none}, {"A", -70, rsnPsk}});
+    EXPECT_EQ(takeCallbacks(), Callbacks{});
+    EXPECT_TRUE(log.records().empty());
+}
+
+TEST_F(NetworkList, FiresItsCallbackForAChangeOfAnyField) {
+    publish({{"A", -70, none}});
+    const std::vector<std::vector<Bss>> changes{
+        {{"A", -71, none}}, {{"A", -71, rsnPsk}}, {{"B", -71, rsnPsk}}, {}, {{"B", -71, rsnPsk}}};
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        forget();
+        publish(changes[i]);
+        EXPECT_EQ(takeCallbacks(), Callbacks{.networks = 1}) << "change " << i;
+    }
+    stack->configure("B");
+    forget();
+    supplicantComes();
+    settle();
+    EXPECT_EQ(engine->networks(), (Networks{{"B", -71, rsnPsk, true}}));
+    EXPECT_EQ(takeCallbacks(), (Callbacks{.networks = 1}));
+}
+
+TEST_F(NetworkList, MarksConfiguredNetworks) {
+    stack->configure("A");
+    stack->configure("A");
+    stack->configure(std::nullopt);
+    supplicantComes();
+    publish({{"A", -70, none}, {"B", -60, none}});
+    EXPECT_EQ(engine->networks(), (Networks{{"B", -60, none, false}, {"A", -70, none, true}}));
+}
+
+TEST_F(NetworkList, LeavesOutConfiguredNetworksThatAreNotInRange) {
+    stack->configure("Far away");
+    supplicantComes();
+    publish({{"A", -70, none}});
+    EXPECT_EQ(engine->networks(), (Networks{{"A", -70, none, false}}));
+}
+
+TEST_F(NetworkList, LeavesOutTheNetworkInUseUntilItIsDisconnected) {
+    publish({{"A", -70, none}, {"B", -60, none}});
+    reportOnline(true);
+    reportLinkUp("A");
+    settle();
+    ASSERT_EQ(state(), R"(status=connected, ssid="A", signal=-50)");
+    EXPECT_EQ(engine->networks(), (Networks{{"B", -60, none, false}}));
+    forget();
+    reportStatus(SupplicantStatus::Disconnected);
+    EXPECT_EQ(engine->networks().size(), 1U);
+    settle();
+    EXPECT_EQ(engine->networks(), (Networks{{"B", -60, none, false}, {"A", -70, none, false}}));
+    EXPECT_EQ(takeCallbacks(), (Callbacks{.networks = 1, .connection = 1}));
+}
+
+TEST_F(NetworkList, LeavesOutTheNetworkBeingConnectedTo) {
+    publish({{"A", -70, none}, {"B", -60, none}});
+    engine->connectConfigured("A");
+    settle();
+    EXPECT_EQ(engine->networks(), (Networks{{"B", -60, none, false}}));
+    engine->connectConfigured("B");
+    settle();
+    EXPECT_EQ(engine->networks(), (Networks{{"A", -70, none, false}}));
+}
+
+TEST_F(NetworkList, OnlyOfTheNetworkInUseIsEmpty) {
+    publish({{"A", -70, none}, {"A", -60, none}});
+    reportLinkUp("A");
+    settle();
+    EXPECT_TRUE(engine->networks().empty());
+}
+
+TEST_F(NetworkList, IsEmptiedByAClearedReport) {
+    publish({{"A", -70, none}});
+    forget();
+    SupplicantReport cleared;
+    cleared.bssListChange = PropertyChange::Cleared;
+    report(cleared);
+    EXPECT_EQ(engine->networks().size(), 1U);
+    settle();
+    EXPECT_TRUE(engine->networks().empty());
+    EXPECT_EQ(takeCallbacks(), Callbacks{.networks = 1});
+    EXPECT_EQ(log.texts(), std::vector<std::string>{"Network list changed, size: 0"});
+}
+
+TEST_F(NetworkList, IsUntouchedByAReportThatDoesNotMentionIt) {
+    publish({{"A", -70, none}});
+    SupplicantReport other;
+    other.bssList = {{"B", -70, none}};
+    report(other);
+    settle();
+    EXPECT_EQ(engine->networks(), (Networks{{"A", -70, none, false}}));
+}
+
+TEST_F(NetworkList, KeepsItsRulesForAnyAccessPoints) {
+    std::mt19937_64 random(20240229);
+    const auto pick = [&](int count) { return std::uniform_int_distribution<int>(0, count - 1)(random); };
+    for (int round = 0; round < 500; ++round) {
+        std::vector<Bss> list;
+        std::map<std::string, WifiNetwork> expected;
+        for (int i = pick(60); i > 0; --i) {
+            const Bss bss{std::string(static_cast<std::size_t>(pick(3)), static_cast<char>(pick(8) - 4)),
+                          -pick(100), static_cast<SecurityMode>(pick(8))};
+            list.push_back(bss);
+            if (!bss.ssid.empty()) {
+                WifiNetwork& network =
+                    expected.try_emplace(bss.ssid, WifiNetwork{bss.ssid, bss.signal, bss.securityMode, false})
+                        .first->second;
+                network.signal = std::max(network.signal, bss.signal);
+            }
+        }
+        publish(list);
+        const Networks networks = engine->networks();
+        EXPECT_TRUE(std::is_sorted(networks.begin(), networks.end(),
+                                   [](const auto& a, const auto& b) { return a.signal > b.signal; }))
+            << "round " << round;
+        EXPECT_EQ(networks.size(), expected.size()) << "round " << round;
+        for (const WifiNetwork& network : networks) {
+            EXPECT_EQ(expected[network.ssid], network) << "round " << round;
+        }
+    }
+}
+
+TEST_F(Scanning, IsAskedForByATask) {
+    engine->scan();
+    EXPECT_EQ(takeCalls(), Calls{"pushTaskAsync_"});
+    communicator->runTasks();
+    EXPECT_EQ(takeCalls(), Calls{"scanSync"});
+    EXPECT_FALSE(engine->isScanning()) << "that is for the supplicant to say";
+    EXPECT_EQ(takeCallbacks(), Callbacks{});
+}
+
+TEST_F(Scanning, ThatIsRefusedChangesNothing) {
+    stack->failing = {"scanSync"};
+    engine->scan();
+    settle();
+    EXPECT_EQ(takeCalls(), (Calls{"pushTaskAsync_", "scanSync fails"}));
+    EXPECT_EQ(takeCallbacks(), Callbacks{});
+}
+
+TEST_F(Scanning, ThatIsDoneIsOnlyLogged) {
+    communicator->scanningDoneHandler(true);
+    communicator->scanningDoneHandler(false);
+    EXPECT_EQ(log.records(), (RecordingLog::Records{{spdlog::level::debug, "Scan done, status: true"},
+                                                    {spdlog::level::debug, "Scan done, status: false"}}));
+    settle();
+    EXPECT_EQ(takeCalls(), Calls{});
+    EXPECT_EQ(takeCallbacks(), Callbacks{});
+}
+
+}  // namespace
+}  // namespace kaz::test

@@ -1,0 +1,130 @@
+// No memory is given back with a password in it, however a connect task ends.
+#include "fake_clock.h"
+#include "fake_communicator.h"
+#include "freed_memory_watch.h"
+#include "manager_impl.h"
+#include "recording_log.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace kaz::test {
+namespace {
+
+// Both forms of std::string: the short ones lie inside the object.
+class SecretsOfAConnectTask : public ::testing::TestWithParam<std::string> {
+  protected:
+    SecretsOfAConnectTask() {
+        auto owned = std::make_unique<FakeCommunicator>(stack);
+        communicator = owned.get();
+        engine = std::make_unique<wifi::ManagerImpl>(std::move(owned), std::make_shared<FakeClock>());
+        communicator->runTasks();
+        settings.ssid = "Home";
+        settings.securityMode = wifi::SecurityMode::enterprise;
+    }
+
+    // Every member in turn is the secret one.
+    template <typename Test>
+    void forEachSecretMember(const Test& test) {
+        using Settings = wifi::ConnectionSettings;
+        for (const auto member : {&Settings::password, &Settings::identity, &Settings::anonymousIdentity}) {
+            settings.*member = GetParam();
+            test();
+            settings.*member = "";
+        }
+    }
+
+    RecordingLog log;
+    std::shared_ptr<FakeWifiStack> stack = std::make_shared<FakeWifiStack>();
+    FakeCommunicator* communicator = nullptr;
+    std::unique_ptr<wifi::ManagerImpl> engine;
+    wifi::ConnectionSettings settings;
+};
+
+INSTANTIATE_TEST_SUITE_P(ShortAndLong, SecretsOfAConnectTask,
+                         ::testing::Values("hunter2hunter2",
+                                           std::string(63, 'x') + "correct horse battery staple"),
+                         [](const auto& secret) { return secret.param.size() < 16 ? "Short" : "Long"; });
+
+TEST_P(SecretsOfAConnectTask, AreSeenByTheWatchWhenTheyAreFreed) {
+    const FreedMemoryWatch watch(GetParam());
+    std::make_unique<wifi::ConnectionSettings>()->password = GetParam();
+    EXPECT_GE(watch.leaks(), 1U);
+}
+
+TEST_P(SecretsOfAConnectTask, AreWipedAfterItEnded) {
+    forEachSecretMember([&] {
+        const FreedMemoryWatch watch(GetParam());
+        EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
+        communicator->runTasks();
+        communicator->runIdlePass();
+        EXPECT_EQ(watch.leaks(), 0U);
+    });
+}
+
+TEST_P(SecretsOfAConnectTask, AreWipedWhenTheNetworkCouldNotBeAdded) {
+    stack->failing = {"addNetworkSync"};
+    forEachSecretMember([&] {
+        const FreedMemoryWatch watch(GetParam());
+        EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
+        communicator->runTasks();
+        EXPECT_EQ(watch.leaks(), 0U);
+    });
+}
+
+TEST_P(SecretsOfAConnectTask, AreWipedWhenItThrows) {
+    stack->onCall = [](const std::string& call) {
+        if (call == "addNetworkSync(Home)") {
+            throw std::runtime_error("out of luck");
+        }
+    };
+    forEachSecretMember([&] {
+        const FreedMemoryWatch watch(GetParam());
+        EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
+        EXPECT_THROW(communicator->runTasks(), std::runtime_error);
+        EXPECT_EQ(watch.leaks(), 0U);
+    });
+}
+
+TEST_P(SecretsOfAConnectTask, AreWipedWhenItWasDropped) {
+    forEachSecretMember([&] {
+        const FreedMemoryWatch watch(GetParam());
+        EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
+        EXPECT_EQ(communicator->queuedTasks(), 1U);
+        communicator->dropTasks();
+        EXPECT_EQ(watch.leaks(), 0U);
+    });
+}
+
+TEST_P(SecretsOfAConnectTask, AreWipedWhenTheEngineEndsBeforeIt) {
+    settings.password = GetParam();
+    const FreedMemoryWatch watch(GetParam());
+    EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
+    engine.reset();
+    EXPECT_EQ(watch.leaks(), 0U);
+}
+
+TEST_P(SecretsOfAConnectTask, AreNotCopiedWhenTheRequestIsRefused) {
+    settings.password = GetParam();
+    settings.securityMode = wifi::SecurityMode::unsupported;
+    const FreedMemoryWatch watch(GetParam());
+    EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::securityModeUnsupported);
+    EXPECT_EQ(communicator->queuedTasks(), 0U);
+    EXPECT_EQ(watch.leaks(), 0U);
+}
+
+TEST_P(SecretsOfAConnectTask, NeverComeToTheLog) {
+    forEachSecretMember([&] {
+        EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
+        communicator->runTasks();
+        communicator->runIdlePass();
+    });
+    EXPECT_FALSE(log.records().empty());
+    EXPECT_FALSE(log.contains(GetParam()));
+}
+
+}  // namespace
+}  // namespace kaz::test
