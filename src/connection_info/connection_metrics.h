@@ -7,8 +7,8 @@
 
 namespace kaz::wifi {
 
-// The five gauges about the connection. An outcome is reported as 1.0 each time it happens; adding up is left
-// to the metrics service. Loop thread only.
+// The five gauges about the connection. An outcome is reported as 1.0 each time it happens; adding up is the
+// metrics service's business. Loop thread only.
 class ConnectionMetrics {
   public:
     ConnectionMetrics();

@@ -102,8 +102,7 @@ class ManagerImpl {
 
     // Loop thread only.
     ConnectionInfoHelper connectionInfoHelper_;
-    // A connect selected one network, which made the supplicant disable all others: they are still to be
-    // enabled.
+    // A connect selected one network, which made the supplicant disable all others. They are to be enabled.
     bool othersDisabled_ = false;
     std::vector<Communicator::BssProperties> bssList_;
     std::set<std::string> configuredSsids_;
