@@ -15,8 +15,8 @@ std::string ssidOfBss(const std::vector<unsigned char>& announced) {
 }
 
 SecurityMode securityModeOfBss(const BSSData& bss) {
-    const auto rsnHas = [&](const char* suite) { return bss.rsn.keyMgmt.count(suite) != 0; };
-    const auto wpaHas = [&](const char* suite) { return bss.wpa.keyMgmt.count(suite) != 0; };
+    const auto rsnHas = [&](const char* suite) { return bss.rsn.keyMgmt.contains(suite); };
+    const auto wpaHas = [&](const char* suite) { return bss.wpa.keyMgmt.contains(suite); };
     // The order matters: RSN before WPA, and pre-shared keys before EAP.
     if (rsnHas("wpa-psk-sha256") || rsnHas("wpa-psk")) {
         return SecurityMode::rsnPsk;

@@ -1,12 +1,13 @@
 #include "configured_network.h"
 
 #include <functional>
+#include <utility>
 
 namespace kaz::wifi {
 
-DbusCommunicator::ConfiguredNetwork::ConfiguredNetwork(DbusCommunicator& owner, const dbus::OPath& path,
-                                                       const std::optional<std::string>& ssid)
-    : owner_(owner), path_(path), ssid_(ssid) {}
+DbusCommunicator::ConfiguredNetwork::ConfiguredNetwork(DbusCommunicator& owner, dbus::OPath path,
+                                                       std::optional<std::string> ssid)
+    : owner_(owner), path_(std::move(path)), ssid_(std::move(ssid)) {}
 
 std::size_t DbusCommunicator::ConfiguredNetwork::id() {
     return std::hash<std::string>{}(path_.str());

@@ -12,8 +12,7 @@ namespace kaz::wifi {
 // A network object of the supplicant.
 class DbusCommunicator::ConfiguredNetwork final : public Communicator::ConfiguredNetwork {
   public:
-    ConfiguredNetwork(DbusCommunicator& owner, const dbus::OPath& path,
-                      const std::optional<std::string>& ssid);
+    ConfiguredNetwork(DbusCommunicator& owner, dbus::OPath path, std::optional<std::string> ssid);
 
     std::size_t id() override;
     const std::optional<std::string>& getSsid() override;

@@ -1,7 +1,6 @@
 #include "records.h"
 
-namespace kaz::dbus {
-namespace detail {
+namespace kaz::dbus::detail {
 
 int enterDictionary(sd_bus_message* message, EntryType& entries) {
     const char* contents = nullptr;
@@ -39,7 +38,9 @@ CodecResult<void> skipValue(sd_bus_message* message, EntryType entries) {
     return {};
 }
 
-}  // namespace detail
+}  // namespace kaz::dbus::detail
+
+namespace kaz::dbus {
 
 template CodecResult<wifi::SystemdUnitProperty> read(sd_bus_message*);
 template CodecResult<wifi::ConfiguredSsid> read(sd_bus_message*);

@@ -26,7 +26,7 @@ ConnectResult validateWepKey(const std::string& key) {
 
 // No method at all leaves the choice to the two sides.
 bool isOffered(const std::string& method, const std::set<std::string>& offered) {
-    return method.empty() || offered.count(method) != 0;
+    return method.empty() || offered.contains(method);
 }
 
 }  // namespace

@@ -12,8 +12,9 @@ ManagerImpl::ManagerImpl() : ManagerImpl(createCommunicator(), std::make_shared<
 
 ManagerImpl::ManagerImpl(std::unique_ptr<Communicator> communicator,
                          std::shared_ptr<TimeProvider> timeProvider)
-    : communicator_(std::move(communicator)), connectionInfoHelper_(std::move(timeProvider)) {
-    enabled_ = communicator_->readEnabledConfiguration();
+    : communicator_(std::move(communicator)),
+      connectionInfoHelper_(std::move(timeProvider)),
+      enabled_(communicator_->readEnabledConfiguration()) {
     wireCommunicator();
     communicator_->pushTaskAsync_([this] { signalEventLoopIdle(); });
     communicator_->startEventLoop();

@@ -57,7 +57,7 @@ std::vector<WifiNetwork> ManagerImpl::currentNetworkList() const {
         const auto [entry, isNew] = bySsid.try_emplace(bss.ssid);
         WifiNetwork& network = entry->second;
         if (isNew) {
-            network = {bss.ssid, bss.signal, bss.securityMode, configuredSsids_.count(bss.ssid) != 0};
+            network = {bss.ssid, bss.signal, bss.securityMode, configuredSsids_.contains(bss.ssid)};
         } else {
             network.signal = std::max(network.signal, bss.signal);
         }

@@ -57,7 +57,7 @@ void ManagerImpl::taskUpdateEapMethods() {
     const std::set<std::string> offered = communicator_->eapMethodsSync();
     std::set<std::string> usable;
     std::copy_if(candidateEapMethods.begin(), candidateEapMethods.end(), std::inserter(usable, usable.end()),
-                 [&](const char* method) { return offered.count(method) != 0; });
+                 [&](const char* method) { return offered.contains(method); });
     const std::lock_guard lock(mutex_);
     eapMethods_ = std::move(usable);
 }

@@ -71,7 +71,7 @@ class GaugeRegistry::CountingGauge final : public Gauge {
 };
 
 GaugeRegistry& GaugeRegistry::instance() {
-    static GaugeRegistry* const registry = new GaugeRegistry;
+    static auto* const registry = new GaugeRegistry;
     return *registry;
 }
 

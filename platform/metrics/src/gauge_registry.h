@@ -17,6 +17,11 @@ class GaugeRegistry {
     // The one of this process. It is never destroyed, because gauges may be set until the very end.
     static GaugeRegistry& instance();
 
+    GaugeRegistry(const GaugeRegistry&) = delete;
+    GaugeRegistry& operator=(const GaugeRegistry&) = delete;
+    GaugeRegistry(GaugeRegistry&&) = delete;
+    GaugeRegistry& operator=(GaugeRegistry&&) = delete;
+
     std::shared_ptr<Gauge> gauge(const std::string& name);
     std::vector<Sample> snapshot() const;
 
