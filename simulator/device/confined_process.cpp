@@ -34,7 +34,7 @@ std::vector<std::string> environmentWith(std::map<std::string, std::string> vari
         }
     }
     for (const auto& [name, value] : variables) {
-        lines.push_back(name + '=' + value);
+        lines.push_back(std::string(name).append(1, '=').append(value));
     }
     return lines;
 }

@@ -23,6 +23,14 @@ InterfaceObject::Storage storageOf(const Neighbourhood& neighbourhood, const std
     return storage;
 }
 
+void nameAccessPoints(Neighbourhood& neighbourhood) {
+    for (AccessPoint& accessPoint : neighbourhood.accessPoints) {
+        if (accessPoint.bssid.empty()) {
+            accessPoint.bssid = neighbourhood.freeBssid();
+        }
+    }
+}
+
 }  // namespace
 
 Device::Device(sd_event* event, Options options, CallLog& log)
@@ -30,6 +38,7 @@ Device::Device(sd_event* event, Options options, CallLog& log)
       environment_{options.busAddress, Scheduler(event, options.timeScale), faults_, log},
       storage_(storageOf(neighbourhood_, options.configFile)),
       networkd_(std::make_unique<Networkd>(environment_, neighbourhood_.times)) {
+    nameAccessPoints(neighbourhood_);
     if (options.realSupplicant) {
         process_ = std::make_unique<RealService>(environment_, storage_.file,
                                                  [this](bool up) { networkd_->linkIs(up); });

@@ -63,7 +63,7 @@ void SimulatedDevice::Thread::main(Options options, std::promise<void>& ready) {
                       {options.busAddress, std::move(options.neighbourhood), options.timeScale,
                        options.configFile, options.realSupplicant},
                       log_);
-        const auto woken = [this, &device] { runTasks(device); };
+        auto woken = [this, &device] { runTasks(device); };
         sd_event_source* source = nullptr;
         check(sd_event_add_io(
                   event.get(), &source, wakeUp_, EPOLLIN,
@@ -71,7 +71,7 @@ void SimulatedDevice::Thread::main(Options options, std::promise<void>& ready) {
                       (*static_cast<decltype(woken)*>(data))();
                       return 0;
                   },
-                  const_cast<void*>(static_cast<const void*>(&woken))),
+                  &woken),
               "sd_event_add_io");
         const EventSource tasks(source);
         while (!device.ready()) {

@@ -44,7 +44,7 @@ void Networkd::linkIs(bool up) {
     }
 }
 
-void Networkd::setOnlineState(std::string state) {
+void Networkd::setOnlineState(const std::string& state) {
     dhcp_.cancel();
     if (std::exchange(onlineState_, state) != state) {
         signals_.changed("OnlineState");

@@ -16,7 +16,7 @@ class Networkd {
     void linkIs(bool up);
 
     // Whatever the link does; until the link changes again.
-    void setOnlineState(std::string state);
+    void setOnlineState(const std::string& state);
 
     const std::string& onlineState() const noexcept { return onlineState_; }
 

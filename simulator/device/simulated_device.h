@@ -20,7 +20,7 @@ class SimulatedDevice {
   public:
     struct Options {
         std::string busAddress;
-        Neighbourhood neighbourhood;
+        Neighbourhood neighbourhood;       // access points without a BSSID get one
         double timeScale = 1.0;            // 0.01: everything simulated is a hundred times faster
         std::filesystem::path configFile;  // read at start if it exists, written by SaveConfig; may be empty
 

@@ -60,8 +60,8 @@ void Unit::resetFailed() {
     }
 }
 
-void Unit::force(States states) {
-    set(std::move(states));
+void Unit::force(const States& states) {
+    set(states);
 }
 
 void Unit::launch() {
@@ -83,7 +83,7 @@ void Unit::exited(bool cleanly) {
     finish(false);
 }
 
-void Unit::set(States states) {
+void Unit::set(const States& states) {
     if (std::exchange(states_, states) != states) {
         changed_();
     }

@@ -31,7 +31,7 @@ class Unit {
     void resetFailed();
 
     // The states alone; the process does not notice.
-    void force(States states);
+    void force(const States& states);
 
     // Whether a crash is followed by another start.
     void setAutoRestart(bool restart) noexcept { autoRestart_ = restart; }
@@ -41,7 +41,7 @@ class Unit {
   private:
     void launch();
     void exited(bool cleanly);
-    void set(States states);
+    void set(const States& states);
     void finish(bool done);
 
     const Scheduler& scheduler_;

@@ -25,12 +25,14 @@ void fill(Record& record, const json& object, const Fields<Record>& fields, cons
     for (const auto& [key, value] : object.items()) {
         const auto field = fields.find(key);
         if (field == fields.end()) {
-            throw std::runtime_error(place + ": unknown member \"" + key + "\"");
+            throw std::runtime_error(
+                std::string(place).append(": unknown member \"").append(key).append("\""));
         }
         try {
             field->second(record, value);
         } catch (const std::exception& error) {
-            throw std::runtime_error(place + "." + key + ": " + error.what());
+            throw std::runtime_error(
+                std::string(place).append(".").append(key).append(": ").append(error.what()));
         }
     }
 }
@@ -116,8 +118,8 @@ Settings settingsOf(const json& value) {
         } else if (setting.is_string()) {
             settings.emplace_back(key, setting.get<std::string>());
         } else {
-            settings.emplace_back(
-                key, setting.is_boolean() ? std::int64_t{setting.get<bool>()} : setting.get<std::int64_t>());
+            settings.emplace_back(key, setting.is_boolean() ? std::int64_t{setting.get<bool>() ? 1 : 0}
+                                                            : setting.get<std::int64_t>());
         }
     }
     return settings;

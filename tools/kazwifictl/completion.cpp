@@ -28,7 +28,7 @@ std::vector<std::string> options(std::string_view command) {
     if (command == "forget") {
         return {"--hex", "--help"};
     }
-    return command == "list" ? std::vector<std::string>{"--names", "--help"}
+    return command == "list" ? std::vector<std::string>{"--names", "--saved", "--help"}
                              : std::vector<std::string>{"--help"};
 }
 

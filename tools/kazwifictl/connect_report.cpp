@@ -40,11 +40,17 @@ std::string_view doingText(Stage::Kind kind) {
 
 using Outcome = Attempt::Outcome;
 
-// A reason that only an access point gives overrules what the time looks like.
+// What the log says overrules what the time looks like.
 std::optional<Outcome> outcomeOf(const Attempt& attempt, const ConnectFacts& facts) {
+    const auto outcome = attempt.outcome();
+    if (outcome != Outcome::notAnswering && outcome != Outcome::refused) {
+        return outcome;
+    }
     const auto reason = facts.hints.disconnectReason;
-    const bool turnedAway = reason && causeFromReason(*reason);
-    return attempt.outcome() == Outcome::notAnswering && turnedAway ? Outcome::refused : attempt.outcome();
+    if (reason && causeFromReason(*reason)) {
+        return Outcome::refused;
+    }
+    return facts.hints.gaveUp ? Outcome::notAnswering : outcome;
 }
 
 std::string_view outcomeName(std::optional<Outcome> outcome) {

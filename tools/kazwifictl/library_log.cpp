@@ -49,6 +49,8 @@ class LibraryLog::Sink final : public spdlog::sinks::base_sink<std::mutex> {
   protected:
     void sink_it_(const spdlog::details::log_msg& message) override {
         const std::string_view text(message.payload.data(), message.payload.size());
+        hints_.noBus |= startsWith(text, "Cannot connect to the system bus");
+        hints_.gaveUp |= startsWith(text, "No response from wpa_supplicant");
         hints_.saveFailed |= startsWith(text, "Couldn't save wpa_supplicant config");
         hints_.nothingForgotten |= startsWith(text, "Unable to remove network, configuration not found.");
         if (const auto reason = reasonIn(text)) {

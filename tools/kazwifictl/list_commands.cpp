@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <algorithm>
 
 #include "command_failed.h"
 #include "commands.h"
@@ -39,7 +39,11 @@ std::string namesText(const std::vector<NetworkRow>& rows) {
 }
 
 Report listReport(const View& view, const Options& options, const Output& output) {
-    const std::vector<NetworkRow> rows = networkRows(view.networks, view.connection);
+    std::vector<NetworkRow> rows = networkRows(view.networks, view.connection);
+    if (options.savedOnly) {
+        rows.erase(std::remove_if(rows.begin(), rows.end(), [](const NetworkRow& row) { return !row.saved; }),
+                   rows.end());
+    }
     return {options.namesOnly ? namesText(rows) : networkTable(rows, output.terminal()),
             {{"networks", networksJson(rows)}},
             std::nullopt};

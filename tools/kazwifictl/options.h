@@ -43,7 +43,8 @@ struct Options {
     bool verbose = false;
     std::optional<std::string> simulate;  // a neighbourhood file; empty: the built-in one
     std::chrono::milliseconds startWait{5000};
-    bool namesOnly = false;
+    bool namesOnly = false;  // of list
+    bool savedOnly = false;
     std::string ssid;  // bytes
     ConnectOptions connect;
 };

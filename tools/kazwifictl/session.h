@@ -95,7 +95,7 @@ class Session {
     Observer observer_;
     std::optional<int> signal_;
     unsigned fences_ = 0;
-    std::string reached_;  // the last fence seen
+    std::string reached_;             // the last fence seen
     std::unique_ptr<Device> device_;  // ends first: it writes to the inbox until then
 };
 

@@ -72,9 +72,7 @@ Report showStatus(const Options& /*options*/, Workspace& place, Output& output) 
                    {"connection", connectionJson(view.connection, now)}},
                   std::nullopt};
     if (view.enabled && !view.running) {
-        report.failure = {ExitCode::noStack, "Wi-Fi does not work",
-                          "wpa_supplicant does not run or has no Wi-Fi interface",
-                          "systemctl status wpa_supplicant.service"};
+        report.failure = noStack("Wi-Fi does not work", view, place.log().hints());
     }
     return report;
 }

@@ -3,17 +3,17 @@
 #include "command_failed.h"
 
 namespace kaz::ctl {
-namespace {
 
-Failure noStack(const std::string& what, const View& view) {
+Failure noStack(const std::string& what, const View& view, const LibraryLog::Hints& hints) {
+    if (hints.noBus) {
+        return {ExitCode::noStack, what, "the system bus cannot be reached", "systemctl status dbus.service"};
+    }
     if (!view.enabled) {
         return {ExitCode::noStack, what, "Wi-Fi is switched off", "kazwifictl on"};
     }
     return {ExitCode::noStack, what, "wpa_supplicant does not run or has no Wi-Fi interface",
             "systemctl status wpa_supplicant.service"};
 }
-
-}  // namespace
 
 void startSession(Session& session, const Workspace& place, const std::string& what, Workspace::Need need) {
     const bool needed = need == Workspace::Need::stack;
@@ -22,7 +22,7 @@ void startSession(Session& session, const Workspace& place, const std::string& w
             return;
         case Session::Start::notRunning:
             if (needed) {
-                throw CommandFailed(noStack(what, session.view()));
+                throw CommandFailed(noStack(what, session.view(), place.log().hints()));
             }
             return;
         case Session::Start::noAnswer:

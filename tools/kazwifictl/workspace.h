@@ -53,7 +53,7 @@ class Workspace {
     bool storedChoice() const { return make_()->isEnabled(); }
 
     Interrupts& interrupts() { return interrupts_; }
-    LibraryLog& log() { return log_; }
+    LibraryLog& log() const { return log_; }
     std::chrono::milliseconds startWait() const { return startWait_; }
 
   protected:
@@ -65,6 +65,9 @@ class Workspace {
     LibraryLog& log_;
     std::chrono::milliseconds startWait_;
 };
+
+// Why there is nothing to work with.
+Failure noStack(const std::string& what, const View& view, const LibraryLog::Hints& hints);
 
 // Starts a session, and throws when `need` is not met.
 void startSession(Session& session, const Workspace& place, const std::string& what, Workspace::Need need);

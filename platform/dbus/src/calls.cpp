@@ -12,17 +12,6 @@ namespace {
 constexpr uint64_t replyTimeout = 10'000'000;  // us
 constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 
-struct CallError {
-    CallError() = default;
-    ~CallError() { sd_bus_error_free(&error); }
-    CallError(const CallError&) = delete;
-    CallError& operator=(const CallError&) = delete;
-    CallError(CallError&&) = delete;
-    CallError& operator=(CallError&&) = delete;
-
-    sd_bus_error error = SD_BUS_ERROR_NULL;
-};
-
 MessageBuilder makePropertyCall(sd_bus* bus, MessageEndpoint endpoint, const char* member,
                                 const std::string& property) {
     const std::string interface = std::exchange(endpoint.interface, propertiesInterface);
@@ -77,14 +66,14 @@ MessageDecoder sendMessage(sd_bus* bus, MessageBuilder& builder) {
     if (bus == nullptr || builder.message() == nullptr) {
         return {};
     }
-    CallError failure;
+    BusError failure;
     sd_bus_message* reply = nullptr;
-    const int result = sd_bus_call(bus, builder.message(), replyTimeout, &failure.error, &reply);
+    const int result = sd_bus_call(bus, builder.message(), replyTimeout, &failure.value, &reply);
     if (result < 0) {
-        if (sd_bus_error_is_set(&failure.error) == 0) {
-            sd_bus_error_set_errno(&failure.error, result);
+        if (sd_bus_error_is_set(&failure.value) == 0) {
+            sd_bus_error_set_errno(&failure.value, result);
         }
-        logFailure(builder, failure.error);
+        logFailure(builder, failure.value);
         return {};
     }
     return {reply};

@@ -38,7 +38,6 @@ void Connection::close() noexcept {
 }
 
 void Connection::endTurn() noexcept {
-    signals_.endTurn();
     if (bus_ && sd_bus_is_open(bus_.get()) <= 0) {
         if (!killSwitch_.pulled()) {
             log(spdlog::level::err, "Lost the connection to the system bus");

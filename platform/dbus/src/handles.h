@@ -23,6 +23,18 @@ using SourcePtr = std::unique_ptr<sd_event_source, Release<&sd_event_source_disa
 using BusPtr = std::unique_ptr<sd_bus, Release<&sd_bus_close_unref>>;
 using SlotPtr = std::unique_ptr<sd_bus_slot, Release<&sd_bus_slot_unref>>;
 
+// An error as calls report it.
+struct BusError {
+    BusError() = default;
+    ~BusError() { sd_bus_error_free(&value); }
+    BusError(const BusError&) = delete;
+    BusError& operator=(const BusError&) = delete;
+    BusError(BusError&&) = delete;
+    BusError& operator=(BusError&&) = delete;
+
+    sd_bus_error value{};
+};
+
 class Fd {
   public:
     Fd() = default;

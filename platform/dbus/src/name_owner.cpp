@@ -52,15 +52,13 @@ int NameOwner::subscribe(sd_bus* bus) {
 }
 
 int NameOwner::ask(sd_bus* bus) {
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    BusError error;
     sd_bus_message* reply = nullptr;
-    int result = sd_bus_call_method(bus, busName, busPath, busName, "GetNameOwner", &error, &reply, "s",
+    int result = sd_bus_call_method(bus, busName, busPath, busName, "GetNameOwner", &error.value, &reply, "s",
                                     name_.c_str());
     const MessagePtr owned(reply);
-    const bool nobody = sd_bus_error_has_name(&error, SD_BUS_ERROR_NAME_HAS_NO_OWNER) > 0;
-    sd_bus_error_free(&error);
     if (result < 0) {
-        return nobody ? 0 : result;
+        return sd_bus_error_has_name(&error.value, SD_BUS_ERROR_NAME_HAS_NO_OWNER) > 0 ? 0 : result;
     }
     const char* owner = "";
     result = sd_bus_message_read_basic(reply, SD_BUS_TYPE_STRING, &owner);

@@ -16,8 +16,6 @@ struct SignalTable::Entry : std::enable_shared_from_this<Entry> {
     SignalMatch match;
     bool temporary = false;
     Handler handler;
-    const SignalTable* table = nullptr;
-    uint64_t bornIn = 0;  // the turn
     std::shared_ptr<NameOwner> owner;
     SlotPtr slot;
 };
@@ -52,8 +50,6 @@ void SignalTable::add(SignalMatch match, bool temporary, Handler handler) {
     entry->match = std::move(match);
     entry->temporary = temporary;
     entry->handler = std::move(handler);
-    entry->table = this;
-    entry->bornIn = turn_;
     entries_.push_back(entry);
     if (bus_ != nullptr) {
         subscribe(*entry);
@@ -63,13 +59,11 @@ void SignalTable::add(SignalMatch match, bool temporary, Handler handler) {
 void SignalTable::removeTemporary() {
     const auto first = std::stable_partition(entries_.begin(), entries_.end(),
                                              [](const auto& entry) { return !entry->temporary; });
-    // What a handler holds may come back here when it dies, so it dies outside the table.
+    // What a handler holds may come back here when it dies, so it dies outside the table; and the handler that
+    // runs now, when it returns.
     const std::vector<std::shared_ptr<Entry>> removed(std::make_move_iterator(first),
                                                       std::make_move_iterator(entries_.end()));
     entries_.erase(first, entries_.end());
-    for (const auto& entry : removed) {
-        entry->slot.reset();
-    }
 }
 
 std::shared_ptr<NameOwner> SignalTable::ownerOf(const std::string& name) {
@@ -101,9 +95,6 @@ void SignalTable::subscribe(Entry& entry) {
 int SignalTable::onSignal(sd_bus_message* message, void* entry, sd_bus_error* /*error*/) {
     // Its own handler may remove the entry.
     const auto self = static_cast<Entry*>(entry)->shared_from_this();
-    if (self->bornIn == self->table->turn_) {
-        return 0;
-    }
     if (!self->owner->sent(message)) {
         log(spdlog::level::debug, "Dropping {}: sent by {}, which does not own {}", self->match.member,
             textOf(sd_bus_message_get_sender(message)), self->match.sender);

@@ -2,7 +2,6 @@
 
 #include <kaz/dbus/message.h>
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -22,7 +21,7 @@ struct SignalMatch {
 };
 
 // The handlers of bus signals. They outlive the connection: attached to another, they are subscribed again.
-// Handlers may add and remove handlers; one added hears no signal that came before it.
+// Handlers may add and remove handlers; sd-bus sees to it that one added hears only what arrives after it.
 class SignalTable {
   public:
     using Handler = std::function<void(MessageDecoder&)>;
@@ -40,9 +39,6 @@ class SignalTable {
     void add(SignalMatch match, bool temporary, Handler handler);
     void removeTemporary();
 
-    // To be called after each turn of the loop.
-    void endTurn() noexcept { ++turn_; }
-
   private:
     struct Entry;
 
@@ -51,7 +47,6 @@ class SignalTable {
     void subscribe(Entry& entry);
 
     sd_bus* bus_ = nullptr;
-    uint64_t turn_ = 0;
     std::vector<std::shared_ptr<Entry>> entries_;
 };
 

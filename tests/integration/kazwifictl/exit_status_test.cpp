@@ -104,7 +104,8 @@ TEST_F(ExitStatus, Is4WhenThereIsNoWifi) {
 
 TEST_F(ExitStatus, Is4WithoutABus) {
     environment["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=/nonexistent/bus";
-    fails(4, {"list", "--start-wait", "1"}, "cannot list the networks");
+    fails(4, {"list", "--start-wait", "1"}, "the system bus cannot be reached");
+    fails(4, {"status"}, "the system bus cannot be reached");
 }
 
 TEST_F(ExitStatus, Is5ForANetworkThatIsNotThere) {

@@ -27,7 +27,7 @@ class Image {
         for (char** entry = environ; *entry != nullptr; ++entry) {
             const std::string text = *entry;
             const std::string name = text.substr(0, text.find('='));
-            if (environment.count(name) == 0) {
+            if (!environment.contains(name)) {
                 variables_.push_back(text);
             }
         }

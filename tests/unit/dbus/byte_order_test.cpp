@@ -73,15 +73,15 @@ std::string foreignSignal(std::string_view signature, const std::string& body) {
 class ByteOrder : public testing::Test {
   protected:
     ByteOrder() {
-        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, sockets.data()), 0);
+        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, sockets_.data()), 0);
         sd_bus* made = nullptr;
         EXPECT_GE(sd_bus_new(&made), 0);
-        bus.reset(made);
-        EXPECT_GE(sd_bus_set_fd(made, sockets[0], sockets[0]), 0);
+        bus_.reset(made);
+        EXPECT_GE(sd_bus_set_fd(made, sockets_[0], sockets_[0]), 0);
         EXPECT_GE(sd_bus_start(made), 0);
         send("DATA\r\nOK 0123456789abcdef0123456789abcdef\r\nERROR\r\n");
     }
-    ~ByteOrder() override { ::close(sockets[1]); }
+    ~ByteOrder() override { ::close(sockets_[1]); }
     ByteOrder(const ByteOrder&) = delete;
     ByteOrder& operator=(const ByteOrder&) = delete;
     ByteOrder(ByteOrder&&) = delete;
@@ -90,7 +90,7 @@ class ByteOrder : public testing::Test {
     MessagePtr received(std::string_view signature, const std::string& body) {
         send(foreignSignal(signature, body));
         sd_bus_message* message = nullptr;
-        while (message == nullptr && sd_bus_process(bus.get(), &message) > 0) {
+        while (message == nullptr && sd_bus_process(bus_.get(), &message) > 0) {
         }
         return MessagePtr(message);
     }
@@ -101,11 +101,11 @@ class ByteOrder : public testing::Test {
     };
 
     void send(const std::string& bytes) {
-        EXPECT_EQ(::write(sockets[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+        EXPECT_EQ(::write(sockets_[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     }
 
-    std::array<int, 2> sockets{-1, -1};
-    std::unique_ptr<sd_bus, CloseBus> bus;
+    std::array<int, 2> sockets_{-1, -1};
+    std::unique_ptr<sd_bus, CloseBus> bus_;
 };
 
 TEST_F(ByteOrder, DoesNotMatterForNumbers) {

@@ -7,7 +7,6 @@ namespace kaz::dbus {
 namespace {
 
 using testing::ElementsAre;
-using testing::Optional;
 
 class FillHelper : public CodecTest {
   protected:

@@ -103,13 +103,19 @@ TEST_F(ConnectReportTest, NamesTheLikelyCauseOfARefusal) {
     EXPECT_NE(connectReport(refused, facts, output).failure->why.find("identity"), std::string::npos);
 }
 
-TEST_F(ConnectReportTest, BelievesAReasonMoreThanTheClock) {
+TEST_F(ConnectReportTest, BelievesTheLogMoreThanTheClock) {
     const Attempt silent = endedBy(ConnectionInfo::Status::disconnected, 2s);
     EXPECT_EQ(connectReport(silent, facts, output).members.at("outcome"), "not-answering");
     facts.hints.disconnectReason = 3;  // said when the connection before was left
     EXPECT_EQ(connectReport(silent, facts, output).members.at("outcome"), "not-answering");
     facts.hints.disconnectReason = 15;
     EXPECT_EQ(connectReport(silent, facts, output).members.at("outcome"), "refused");
+
+    const Attempt late = endedBy(ConnectionInfo::Status::disconnected, 5s);  // on a machine that is busy
+    facts.hints = {};
+    EXPECT_EQ(connectReport(late, facts, output).members.at("outcome"), "refused");
+    facts.hints.gaveUp = true;
+    EXPECT_EQ(connectReport(late, facts, output).members.at("outcome"), "not-answering");
 }
 
 TEST_F(ConnectReportTest, FailsWhenTheConnectionCouldNotBeSaved) {

@@ -124,7 +124,7 @@ void FakeDevice::idle() {
             list = world_.inRange;
         }
         for (WifiNetwork& each : list) {
-            each.configured = world_.saved.count(each.ssid) != 0;
+            each.configured = world_.saved.contains(each.ssid);
         }
         std::erase_if(list, [&](const WifiNetwork& each) {
             return published_.status != Status::disconnected && each.ssid == published_.ssid;
@@ -264,7 +264,7 @@ ConnectResult FakeDevice::connect(const ConnectionSettings& settings) {
     if (psk && settings.password.size() < 8) {
         return ConnectResult::passwordTooShort;
     }
-    if (!settings.eapMethod.empty() && world_.eapMethods.count(settings.eapMethod) == 0) {
+    if (!settings.eapMethod.empty() && !world_.eapMethods.contains(settings.eapMethod)) {
         return ConnectResult::eapMethodUnsupported;
     }
     if (settings.securityMode == SecurityMode::unsupported) {
@@ -288,7 +288,7 @@ void FakeDevice::connectConfigured(const std::string& ssid) {
     push([this, ssid] {
         beginAttempt(ssid);
         const std::scoped_lock lock(world_.mutex);
-        if (world_.saved.count(ssid) != 0) {
+        if (world_.saved.contains(ssid)) {
             othersDisabled_ = true;
             world_.done.push_back("select " + ssid);
         }

@@ -53,7 +53,7 @@ TEST(Completion, OffersWhatMayComeNext) {
         {{"forget"}, "C", {"Campus", "Cafe Two"}},
         {{"connect", "Home"}, "--hi", {"--hidden"}},
         {{"connect", "Home", "--security"}, "wpa", {"wpa", "wpa2", "wpa3"}},
-        {{"list"}, "--", {"--names", "--help"}},
+        {{"list"}, "--", {"--names", "--saved", "--help"}},
         {{"list"}, "x", {}},
     };
     for (const auto& [before, start, expected] : cases) {

@@ -26,10 +26,10 @@ class CallFailed : public std::runtime_error {
 };
 
 struct Signal {
-    std::string sender;
-    std::string path;
-    std::string interface;
-    std::string member;
+    std::string sender = {};
+    std::string path = {};
+    std::string interface = {};
+    std::string member = {};
     nlohmann::json arguments;
 };
 

@@ -61,13 +61,16 @@ TEST_F(Connecting, EndsInDisconnectedWithReasonMinus15WhenThePresharedKeyIsWrong
     start({accessPoint("Home", Security::wpa2, "correct horse")});
     select(addNetwork(pskNetwork("Home", "wrong horse")));
     ASSERT_TRUE(reaches("4way_handshake"));
-    ASSERT_TRUE(client_->waitForSignal("PropertiesChanged", [](const Signal& s) {
-        return s.arguments.back().size() == 0 && s.arguments.at(1).contains("DisconnectReason");
+    const auto tells = [](const Signal& signal, const char* property, const nlohmann::json& value) {
+        return signal.interface == "org.freedesktop.DBus.Properties" &&
+               signal.arguments.at(1).contains(property) && signal.arguments.at(1).at(property) == value;
+    };
+    ASSERT_TRUE(client_->waitForSignal("PropertiesChanged",
+                                       [&](const Signal& s) { return tells(s, "DisconnectReason", -15); }));
+    EXPECT_TRUE(client_->waitForSignal("PropertiesChanged", [&](const Signal& s) {
+        return tells(s, "State", "disconnected") && tells(s, "CurrentNetwork", "/") &&
+               tells(s, "CurrentBSS", "/");
     }));
-    ASSERT_TRUE(reaches("disconnected"));
-    EXPECT_EQ(client_->get(supplicantInterface, "DisconnectReason"), -15);
-    EXPECT_EQ(client_->get(supplicantInterface, "CurrentNetwork"), "/");
-    EXPECT_EQ(client_->get(supplicantInterface, "CurrentBSS"), "/");
 }
 
 TEST_F(Connecting, EndsInDisconnectedBeforeAssociationWhenAWepKeyOrSaePasswordIsWrong) {

@@ -197,7 +197,7 @@ TEST_F(FaultyDevice, StormsAsOrdered) {
     ASSERT_TRUE(client_->waitUntil([&] { return client_->get(supplicantInterface, "State") == "inactive"; }));
     client_->signals().clear();
     device_->storm(500);
-    EXPECT_TRUE(client_->waitUntil([&] { return client_->valuesOf("State").size() == 500; }));
+    EXPECT_TRUE(client_->waitUntil([&] { return client_->valuesOf("State").size() >= 500; }));
 }
 
 TEST_F(FaultyDevice, OutlivesItsBus) {

@@ -10,7 +10,7 @@ using ::testing::Not;
 // What the supplicant does on its own, and what makes it stop and start doing it.
 class Search : public DeviceTest {
   protected:
-    void startConfigured(bool announce = false) {
+    void startConfigured(std::int64_t priorityOfFar = 2, bool announce = false) {
         SimulatedDevice::Options options;
         options.neighbourhood.announceOwnChoice = announce;
         options.neighbourhood.accessPoints = {accessPoint("Near", Security::open),
@@ -19,7 +19,7 @@ class Search : public DeviceTest {
         options.neighbourhood.accessPoints.at(1).signal = -80;
         options.neighbourhood.configuredNetworks = {
             {{"ssid", "Near"}, {"key_mgmt", "NONE"}, {"priority", std::int64_t{1}}},
-            {{"ssid", "Far"}, {"key_mgmt", "NONE"}, {"priority", std::int64_t{2}}}};
+            {{"ssid", "Far"}, {"key_mgmt", "NONE"}, {"priority", priorityOfFar}}};
         start(std::move(options));
     }
 
@@ -37,9 +37,7 @@ TEST_F(Search, PrefersPriorityToSignal) {
 }
 
 TEST_F(Search, PrefersSignalAmongEqualPriorities) {
-    startConfigured();
-    client_->call({supplicantInterface.service, far_, "org.freedesktop.DBus.Properties"}, "Set", "ssv",
-                  "fi.w1.wpa_supplicant1.Network", "Properties", "a{sv}", 1, "priority", "i", 1);
+    startConfigured(1);
     ASSERT_TRUE(reaches("completed"));
     EXPECT_EQ(current(), near_);
 }
@@ -52,7 +50,7 @@ TEST_F(Search, DoesNotAnnounceItsOwnChoiceUnlessToldTo) {
 }
 
 TEST_F(Search, AnnouncesItsOwnChoiceWhenToldTo) {
-    startConfigured(true);
+    startConfigured(2, true);
     EXPECT_TRUE(client_->waitForSignal("NetworkSelected",
                                        [&](const Signal& s) { return s.arguments.at(0) == far_; }));
 }

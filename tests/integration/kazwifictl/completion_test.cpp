@@ -1,0 +1,111 @@
+// The completions for the three shells, each asked in the way it offers. A shell that is not installed is skipped.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <string>
+
+#include "command_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path scripts = fs::path(KAZWIFICTL_SOURCES) / "completions";
+
+class Completion : public CommandFixture {
+  protected:
+    void SetUp() override {
+        const std::string path = ::getenv("PATH") == nullptr ? "/usr/bin:/bin" : ::getenv("PATH");
+        environment["PATH"] = fs::path(KAZWIFICTL_PROGRAM).parent_path().string() + ":" + path;
+        start();
+        runs(0, {"scan"});
+        connectHome();
+    }
+
+    std::string outputOf(const std::vector<std::string>& command) {
+        RunningProgram program(command, environment);
+        program.wait();
+        return program.out() + program.err();
+    }
+};
+
+// Calls the function as bash does, and writes what it offers in angle brackets.
+std::string bashScript(const std::string& words) {
+    return "source '" + (scripts / "kazwifictl.bash").string() + R"('
+        COMP_WORDS=()" +
+           words + R"()
+        COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+        last=${COMP_WORDS[COMP_CWORD]}
+        _kazwifictl kazwifictl "${last#[\"\']}" "${COMP_WORDS[COMP_CWORD - 1]}"
+        printf '<%s>' "${COMPREPLY[@]}")";
+}
+
+TEST_F(Completion, WorksInBash) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"kazwifictl con", "<connect>"},
+        {"kazwifictl --js", "<--json>"},
+        {"kazwifictl connect Ho", "<Home>"},
+        {"kazwifictl connect 東", "<東京カフェ>"},
+        {"kazwifictl connect Old", "<Old\\ Router\\ in\\ the\\ cellar>"},
+        {"kazwifictl connect 'Old\\ R'", "<Old\\ Router\\ in\\ the\\ cellar>"},
+        {"kazwifictl connect '\"Old R'", "<Old Router in the cellar>"},
+        {"kazwifictl --json connect Ho", "<Home>"},
+        {"kazwifictl forget ''", "<Home>"},
+        {"kazwifictl connect x --security wpa", "<wpa><wpa2><wpa3>"},
+        {"kazwifictl connect x --hi", "<--hidden>"},
+        {"kazwifictl list --na", "<--names>"},
+    };
+    for (const auto& [words, offered] : cases) {
+        EXPECT_EQ(outputOf({"/bin/bash", "--norc", "-c", bashScript(words)}), offered) << words;
+    }
+}
+
+TEST_F(Completion, OffersNothingInBashThatAShellWouldRun) {
+    device().addAccessPoint(accessPoint("$(reboot)", sim::Security::open, -50));
+    runs(0, {"scan"});
+    EXPECT_EQ(outputOf({"/bin/bash", "--norc", "-c", bashScript("kazwifictl connect '\\$'")}),
+              "<\\$\\(reboot\\)>");
+}
+
+TEST_F(Completion, WorksInFish) {
+    if (!fs::exists("/usr/bin/fish")) {
+        GTEST_SKIP() << "fish is not installed";
+    }
+    const auto offered = [&](const std::string& line) {
+        return outputOf(
+            {"/usr/bin/fish", "--no-config", "-c",
+             "source " + (scripts / "kazwifictl.fish").string() + "; complete -C \"" + line + "\""});
+    };
+    EXPECT_EQ(offered("kazwifictl con"), "connect\tConnect to a network\n");
+    EXPECT_EQ(offered("kazwifictl connect Old"), "Old Router in the cellar\tNetwork\n");
+    EXPECT_EQ(offered("kazwifictl forget "), "Home\tSaved network\n");
+    EXPECT_EQ(offered("kazwifictl connect --hi"), "--hidden\tThe network does not announce its name\n");
+}
+
+TEST_F(Completion, WorksInZsh) {
+    if (!fs::exists("/usr/bin/zsh")) {
+        GTEST_SKIP() << "zsh is not installed";
+    }
+    RunningProgram shell({"/usr/bin/zsh", "--no-rcs", "--interactive"}, environment,
+                         RunningProgram::Terminal{});
+    shell.send("PS1='ready> '; unsetopt zle_bracketed_paste; fpath=('" + scripts.string() +
+               "' $fpath); autoload -U compinit; compinit -u -D; print set-''up\n");
+    ASSERT_TRUE(shell.waitFor("set-up")) << shell.out();
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"kazwifictl disc\t", "disconnect "},
+        {"kazwifictl connect Old\t", "Old\\ Router\\ in\\ the\\ cellar "},
+        {"kazwifictl forget \t", "forget Home "},
+        {"kazwifictl connect x --security w\t", "--security wpa"},
+    };
+    for (const auto& [typed, shown] : cases) {
+        ASSERT_TRUE(shell.waitFor("ready> ")) << shell.out();
+        shell.send(typed);
+        EXPECT_TRUE(shell.waitFor(shown)) << typed << "\n" << shell.out();
+        shell.send("\x03");
+    }
+}
+
+}  // namespace
+}  // namespace kaz::test
