@@ -14,7 +14,7 @@ std::string toText(const ConnectionInfo& info);
 
 }  // namespace kaz::wifi
 
-// Takes the format specification of a string: fill, alignment, width, precision, '?'.
+// Takes the format options of a string: fill, alignment, width, precision, '?'.
 template <>
 struct fmt::formatter<kaz::wifi::ConnectionInfo> : fmt::formatter<std::string_view> {
     auto format(const kaz::wifi::ConnectionInfo& info, fmt::format_context& context) const {
