@@ -84,28 +84,5 @@ TEST_F(Completion, WorksInFish) {
     EXPECT_EQ(offered("kazwifictl connect --hi"), "--hidden\tThe network does not announce its name\n");
 }
 
-TEST_F(Completion, WorksInZsh) {
-    if (!fs::exists("/usr/bin/zsh")) {
-        GTEST_SKIP() << "zsh is not installed";
-    }
-    RunningProgram shell({"/usr/bin/zsh", "--no-rcs", "--interactive"}, environment,
-                         RunningProgram::Terminal{});
-    shell.send("PS1='ready> '; unsetopt zle_bracketed_paste; fpath=('" + scripts.string() +
-               "' $fpath); autoload -U compinit; compinit -u -D; print set-''up\n");
-    ASSERT_TRUE(shell.waitFor("set-up")) << shell.out();
-    const std::vector<std::pair<std::string, std::string>> cases{
-        {"kazwifictl disc\t", "disconnect "},
-        {"kazwifictl connect Old\t", "Old\\ Router\\ in\\ the\\ cellar "},
-        {"kazwifictl forget \t", "forget Home "},
-        {"kazwifictl connect x --security w\t", "--security wpa"},
-    };
-    for (const auto& [typed, shown] : cases) {
-        ASSERT_TRUE(shell.waitFor("ready> ")) << shell.out();
-        shell.send(typed);
-        EXPECT_TRUE(shell.waitFor(shown)) << typed << "\n" << shell.out();
-        shell.send("\x03");
-    }
-}
-
 }  // namespace
 }  // namespace kaz::test
