@@ -1,5 +1,5 @@
-#include <fcntl.h>
 #include <kaz/dbus/calls.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -45,6 +45,29 @@ class EventLoopShutdown : public LoopTest {
             passesAtTheEndOfTheCall = idlePasses.value();
             ++hungCalls;
         });
+    }
+
+    pid_t busDaemon() {
+        return onLoop([this] {
+            ucred credentials{};
+            socklen_t size = sizeof credentials;
+            ::getsockopt(sd_bus_get_fd(loop->getSdBusHandle()), SOL_SOCKET, SO_PEERCRED, &credentials, &size);
+            return credentials.pid;
+        });
+    }
+
+    // Signals until the connection, to a bus that does not read, can take no more. Their number.
+    std::size_t fillTheConnection() {
+        const std::string large(1 << 20, 'x');
+        std::size_t sent = 0;
+        uint64_t queued = 0;
+        while (queued < 2 && sd_bus_emit_signal(loop->getSdBusHandle(), peerPath, peerInterface, "Changed",
+                                                "s", large.c_str()) >= 0) {
+            ++sent;
+            sd_bus_get_n_queued_write(loop->getSdBusHandle(), &queued);
+        }
+        EXPECT_GE(queued, 2U) << "the connection was to be full";
+        return sent;
     }
 
     Counter idlePasses;
@@ -131,28 +154,38 @@ TEST_F(EventLoopShutdown, LetsTheLastIdlePassMakeItsCalls) {
 }
 
 TEST_F(EventLoopShutdown, SendsWhatIsStillQueued) {
-    const std::string large(1 << 20, 'x');
-    std::atomic<std::size_t> sent = 0;
+    std::promise<std::size_t> sent;
     BusPeer peer;
     peer.receive(changed);
     const Running running = start();
+    const pid_t daemon = busDaemon();
+    ASSERT_GT(daemon, 0);
     onLoop([&] {
         loop->setIdleTaskSync([&]() -> std::optional<milliseconds> {
-            // More than the socket takes at once, so that the last are still here when the pass ends.
-            for (uint64_t queued = 0; queued < 2;) {
-                sd_bus_emit_signal(loop->getSdBusHandle(), peerPath, peerInterface, "Changed", "s",
-                                   large.c_str());
-                ++sent;
-                if (sd_bus_get_n_queued_write(loop->getSdBusHandle(), &queued) < 0) {
-                    break;
-                }
-            }
+            ::kill(daemon, SIGSTOP);
+            sent.set_value(fillTheConnection());
             return std::nullopt;
         });
         loop->stopEventLoopAsync();
     });
+    const std::size_t count = sent.get_future().get();
+    ::kill(daemon, SIGCONT);
     // Before the destructor sets its limit.
-    EXPECT_TRUE(eventually([&] { return sent > 2 && peer.received() == sent; }));
+    EXPECT_TRUE(eventually([&] { return peer.received() == count; }));
+}
+
+TEST_F(EventLoopShutdown, TakesASecondWhenTheBusItselfHangs) {
+    const Running running = start();
+    const pid_t daemon = busDaemon();
+    ASSERT_GT(daemon, 0);
+    onLoop([&] {
+        ::kill(daemon, SIGSTOP);
+        fillTheConnection();
+    });
+    const auto elapsed = destroy();
+    EXPECT_GE(elapsed, milliseconds(900));
+    EXPECT_LT(elapsed, seconds(3));
+    EXPECT_GE(idlePasses.value(), 1U);
 }
 
 // Something that lets the loop connect, and then says nothing.
