@@ -13,6 +13,7 @@ std::unique_ptr<Communicator> createCommunicator() {
 }
 
 DbusCommunicator::DbusCommunicator() {
+    eventLoop_.setConnectionTaskSync([this](bool connected) { onConnectionChanged(connected); });
     eventLoop_.pushTaskAsync([this] { connectToSystemdSync(); });
 }
 

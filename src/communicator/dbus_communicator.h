@@ -20,7 +20,8 @@ namespace kaz::wifi {
 //
 // It follows the unit: while the unit runs it is attached to the first interface of the supplicant and turns
 // that interface's signals into calls of the handlers; otherwise it is detached, and every operation that
-// needs the interface refuses quietly. Construction posts the task that begins to follow the unit.
+// needs the interface refuses quietly. Construction posts the task that begins to follow the unit. When the bus goes
+// away it detaches; when there is a bus again, or another systemd on it, it begins anew.
 //
 // The operations of Communicator are described there. Everything else here runs on the loop thread.
 class DbusCommunicator final : public Communicator {
@@ -116,7 +117,11 @@ class DbusCommunicator final : public Communicator {
     void resolveCurrentBss(const dbus::SupplicantInterfaceProperties& from,
                            SupplicantInterfaceProperties& to);
 
+    void onConnectionChanged(bool connected);
+    void followUnit(const dbus::OPath& unit);
+
     dbus::OPath supplicantInterfacePath_;  // empty while detached
+    std::vector<dbus::OPath> followedUnits_;
     std::atomic<bool> supplicantOn_ = false;
     dbus::EventLoop eventLoop_;  // the last member, so that its thread ends before anything it uses does
 };

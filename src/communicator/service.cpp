@@ -4,6 +4,8 @@
 
 #include <spdlog/spdlog.h>
 
+#include <algorithm>
+
 namespace kaz::wifi {
 
 bool DbusCommunicator::startStopSupplicantSync(bool start) {
@@ -23,9 +25,32 @@ void DbusCommunicator::connectToSystemdSync() {
     spdlog::debug("Dbus path of wpa_supplicant within systemd daemon is {}", unit.str());
     // systemd sends no unit signals before anybody asked for them.
     systemdManager().call("Subscribe");
+    followUnit(unit);
+    connectOrDisconnectFromSupplicantSync(systemdGetUnitActiveStateSync(unit));
+}
+
+void DbusCommunicator::followUnit(const dbus::OPath& unit) {
+    // The loop keeps this subscription when it loses the bus.
+    if (std::find(followedUnits_.begin(), followedUnits_.end(), unit) != followedUnits_.end()) {
+        return;
+    }
+    followedUnits_.push_back(unit);
     subscribe(bus::systemd::service, unit, bus::propertiesInterface, bus::propertiesChanged, false,
               &DbusCommunicator::onSignalUnitPropertiesChanged);
-    connectOrDisconnectFromSupplicantSync(systemdGetUnitActiveStateSync(unit));
+    // A systemd that was not there yet knew no unit, and a new one does not know that we asked for signals.
+    eventLoop_.setNameOwnerTaskSync(bus::systemd::service, [this](bool owned) {
+        if (owned) {
+            eventLoop_.pushTaskAsync([this] { connectToSystemdSync(); });
+        }
+    });
+}
+
+void DbusCommunicator::onConnectionChanged(bool connected) {
+    if (connected) {
+        connectToSystemdSync();
+    } else if (supplicantOn_) {
+        detach();
+    }
 }
 
 dbus::OPath DbusCommunicator::systemdLoadUnitSync() {

@@ -5,14 +5,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <ctime>
+#include <utility>
 
-#include "clock.h"
+#include "guard.h"
 #include "log.h"
 
 namespace kaz::dbus {
 namespace {
 
 constexpr std::chrono::seconds callTimeout{10};
+constexpr uint64_t retryAccuracy = 10'000;  // us
 
 }  // namespace
 
@@ -21,16 +24,15 @@ Connection::~Connection() {
 }
 
 void Connection::open(sd_event* event) {
-    const int result = connect(event);
-    if (result < 0) {
+    event_ = event;
+    if (const int result = tryOpen(); result < 0) {
         log(spdlog::level::err, "Cannot connect to the system bus: {}", DbusError(result).error());
-        drop();
-        return;
+        retryLater();
     }
-    signals_.attach(bus_.get());
 }
 
 void Connection::close() noexcept {
+    retry_.reset();
     if (bus_) {
         sd_bus_flush(bus_.get());
     }
@@ -39,14 +41,77 @@ void Connection::close() noexcept {
 
 void Connection::endTurn() noexcept {
     if (bus_ && sd_bus_is_open(bus_.get()) <= 0) {
-        if (!killSwitch_.pulled()) {
-            log(spdlog::level::err, "Lost the connection to the system bus");
-        }
-        drop();
+        lose();
     }
 }
 
-int Connection::connect(sd_event* event) {
+void Connection::setChangeTask(ChangeTask task) {
+    changeTask_ = std::make_shared<const ChangeTask>(std::move(task));
+}
+
+void Connection::lose() noexcept {
+    drop();
+    if (killSwitch_.pulled()) {
+        return;
+    }
+    log(spdlog::level::err, "Lost the connection to the system bus");
+    // A bus that lets us in and then throws us out is not asked faster than one that is not there.
+    if (Clock::now() - openedAt_ >= longestPause) {
+        pause_ = shortestPause;
+    }
+    retryLater();
+    tellChange(false);
+}
+
+void Connection::retryLater() noexcept {
+    sd_event_source* source = nullptr;
+    const int result = sd_event_add_time_relative(event_, &source, CLOCK_MONOTONIC, toMicroseconds(pause_),
+                                                  retryAccuracy, &Connection::onRetry, this);
+    retry_.reset(source);
+    if (result < 0) {
+        log(spdlog::level::err, "Cannot wait for the system bus: {}", DbusError(result).error());
+    }
+    pause_ = std::min(2 * pause_, longestPause);
+}
+
+int Connection::onRetry(sd_event_source* /*source*/, uint64_t /*due*/, void* connection) {
+    static_cast<Connection*>(connection)->retry();
+    return 0;
+}
+
+void Connection::retry() noexcept {
+    int result = -ENOMEM;
+    runGuarded("connecting to the system bus", [&] { result = tryOpen(); });
+    if (killSwitch_.pulled()) {
+        return;
+    }
+    if (result < 0) {
+        retryLater();
+        return;
+    }
+    retry_.reset();
+    log(spdlog::level::info, "Connected to the system bus");
+    tellChange(true);
+}
+
+void Connection::tellChange(bool connected) noexcept {
+    if (const auto task = changeTask_; task && *task) {
+        runGuarded("connection task", [&] { (*task)(connected); });
+    }
+}
+
+int Connection::tryOpen() {
+    const int result = connect();
+    if (result < 0) {
+        drop();
+        return result;
+    }
+    openedAt_ = Clock::now();
+    signals_.attach(bus_.get());
+    return 0;
+}
+
+int Connection::connect() {
     sd_bus* opened = nullptr;
     int result = sd_bus_open_system(&opened);
     if (result < 0) {
@@ -56,7 +121,7 @@ int Connection::connect(sd_event* event) {
     sd_bus_set_exit_on_disconnect(opened, 0);
     sd_bus_set_method_call_timeout(opened, toMicroseconds(callTimeout));
     result = waitToBeLetIn();
-    return result < 0 ? result : sd_bus_attach_event(opened, event, SD_EVENT_PRIORITY_NORMAL);
+    return result < 0 ? result : sd_bus_attach_event(opened, event_, SD_EVENT_PRIORITY_NORMAL);
 }
 
 int Connection::waitToBeLetIn() {

@@ -202,6 +202,14 @@ void EventLoop::removeTemporarySignalHandlersSync() {
     impl_->connection.signals().removeTemporary();
 }
 
+void EventLoop::setConnectionTaskSync(std::function<void(bool connected)> task) {
+    impl_->connection.setChangeTask(std::move(task));
+}
+
+void EventLoop::setNameOwnerTaskSync(const char* name, std::function<void(bool owned)> task) {
+    impl_->connection.signals().followOwner(textOf(name), std::move(task));
+}
+
 sd_bus* EventLoop::getSdBusHandle() const {
     return impl_->connection.bus();
 }

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "guard.h"
 #include "log.h"
 
 namespace kaz::dbus {
@@ -28,6 +29,10 @@ void NameOwner::attach(sd_bus* bus) {
     if (result < 0) {
         log(spdlog::level::warn, "Cannot follow the owner of {}: {}", name_, DbusError(result).error());
     }
+}
+
+void NameOwner::setChangeTask(ChangeTask task) {
+    changeTask_ = std::make_shared<const ChangeTask>(std::move(task));
 }
 
 void NameOwner::detach() noexcept {
@@ -76,8 +81,13 @@ int NameOwner::onChanged(sd_bus_message* message, void* owner, sd_bus_error* /*e
     const char* name = nullptr;
     const char* former = nullptr;
     const char* present = nullptr;
-    if (sd_bus_message_read(message, "sss", &name, &former, &present) >= 0) {
-        self->owner_ = present;
+    if (sd_bus_message_read(message, "sss", &name, &former, &present) < 0 || self->owner_ == present) {
+        return 0;
+    }
+    self->owner_ = present;
+    if (const auto task = self->changeTask_; task && *task) {
+        const bool owned = !self->owner_.empty();
+        runGuarded("name owner task", [&] { (*task)(owned); });
     }
     return 0;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <string>
 
 #include "handles.h"
@@ -22,6 +24,10 @@ class NameOwner {
     void attach(sd_bus* bus);
     void detach() noexcept;
 
+    // Runs when the name has got another owner, or lost its last, while this object is attached.
+    using ChangeTask = std::function<void(bool owned)>;
+    void setChangeTask(ChangeTask task);
+
     const std::string& name() const noexcept { return name_; }
 
     // False also while the name has no owner.
@@ -33,7 +39,8 @@ class NameOwner {
     int ask(sd_bus* bus);
 
     std::string name_;
-    std::string owner_;  // unique name, empty while there is none
+    std::string owner_;                             // unique name, empty while there is none
+    std::shared_ptr<const ChangeTask> changeTask_;  // shared with its own run, which may replace it
     SlotPtr slot_;
 };
 

@@ -26,12 +26,10 @@ SignalTable::~SignalTable() {
 
 void SignalTable::attach(sd_bus* bus) {
     bus_ = bus;
-    std::vector<NameOwner*> attached;
+    for (const auto& owner : owners()) {
+        owner->attach(bus_);
+    }
     for (const auto& entry : entries_) {
-        if (std::find(attached.begin(), attached.end(), entry->owner.get()) == attached.end()) {
-            attached.push_back(entry->owner.get());
-            entry->owner->attach(bus_);
-        }
         subscribe(*entry);
     }
 }
@@ -41,6 +39,9 @@ void SignalTable::detach() noexcept {
     for (const auto& entry : entries_) {
         entry->slot.reset();
         entry->owner->detach();
+    }
+    for (const auto& owner : followed_) {
+        owner->detach();
     }
 }
 
@@ -66,11 +67,31 @@ void SignalTable::removeTemporary() {
     entries_.erase(first, entries_.end());
 }
 
+void SignalTable::followOwner(const std::string& name, std::function<void(bool owned)> task) {
+    const auto owner = ownerOf(name);
+    owner->setChangeTask(std::move(task));
+    if (std::find(followed_.begin(), followed_.end(), owner) == followed_.end()) {
+        followed_.push_back(owner);
+    }
+}
+
+// Each once.
+std::vector<std::shared_ptr<NameOwner>> SignalTable::owners() const {
+    std::vector<std::shared_ptr<NameOwner>> all = followed_;
+    for (const auto& entry : entries_) {
+        if (std::find(all.begin(), all.end(), entry->owner) == all.end()) {
+            all.push_back(entry->owner);
+        }
+    }
+    return all;
+}
+
 std::shared_ptr<NameOwner> SignalTable::ownerOf(const std::string& name) {
-    const auto known = std::find_if(entries_.begin(), entries_.end(),
-                                    [&](const auto& entry) { return entry->match.sender == name; });
-    if (known != entries_.end()) {
-        return (*known)->owner;
+    const auto known = owners();
+    const auto match =
+        std::find_if(known.begin(), known.end(), [&](const auto& owner) { return owner->name() == name; });
+    if (match != known.end()) {
+        return *match;
     }
     auto owner = std::make_shared<NameOwner>(name);
     if (bus_ != nullptr) {

@@ -48,9 +48,13 @@ DeviceFixture::~DeviceFixture() {
     ::unsetenv("KAZ_CONFIG_FILE");
 }
 
-void DeviceFixture::start() {
+void DeviceFixture::startDevice() {
     device_ = std::make_unique<sim::SimulatedDevice>(
         sim::SimulatedDevice::Options{bus_.address(), neighbourhood, timeScale, folder_ / "supplicant.conf"});
+}
+
+void DeviceFixture::start() {
+    startDevice();
     user_ = std::make_unique<WifiUser>();
     if (neighbourhood.unitActive) {
         ASSERT_TRUE(user_->waitForStack(true));
@@ -61,6 +65,16 @@ void DeviceFixture::restartUser() {
     user_.reset();
     user_ = std::make_unique<WifiUser>();
     ASSERT_TRUE(user_->waitForStack(true));
+}
+
+void DeviceFixture::crashBus() {
+    bus_.kill();
+    device_.reset();
+}
+
+void DeviceFixture::restartBus() {
+    bus_.restart();
+    startDevice();
 }
 
 std::string DeviceFixture::savedConfiguration() const {

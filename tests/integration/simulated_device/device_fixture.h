@@ -37,6 +37,10 @@ class DeviceFixture : public ::testing::Test {
     // A new user, after the former one left.
     void restartUser();
 
+    // The bus breaks, and with it the device; after the restart both are there again, with what was saved.
+    void crashBus();
+    void restartBus();
+
     // The supplicant's configuration file; empty while it was never saved.
     std::string savedConfiguration() const;
     // Waits until it is saved with this in it.
@@ -51,6 +55,8 @@ class DeviceFixture : public ::testing::Test {
     static constexpr const char* homePassword = "correct horse";
 
   private:
+    void startDevice();
+
     RecordingLog log_;
     TemporaryFolder folder_;
     sim::PrivateBus bus_;

@@ -71,6 +71,38 @@ TEST_F(LifeCycle, FollowsASupplicantThatIsRestarted) {
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Cafe"));
 }
 
+TEST_F(LifeCycle, FollowsABusThatGoesAwayAndComesBack) {
+    start();
+    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+    ASSERT_TRUE(waitForSaved("ssid=\"Home\""));
+    const int before = user().enabledCallbacks();
+
+    crashBus();
+    ASSERT_TRUE(user().waitForStack(false));
+    ASSERT_TRUE(user().waitForStatus(Status::disconnected));
+    ASSERT_TRUE(user().waitUntil([&] { return manager().networks().empty(); }));
+    EXPECT_TRUE(manager().isEnabled());
+    manager().scan();  // nobody hears it
+
+    restartBus();
+    ASSERT_TRUE(user().waitForStack(true));
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+    ASSERT_EQ(manager().connect(settings("Cafe", SecurityMode::none)), ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Cafe"));
+    EXPECT_EQ(user().enabledCallbacks(), before + 2);
+}
+
+TEST_F(LifeCycle, WaitsForABusThatIsNotThereYet) {
+    crashBus();
+    WifiUser early;
+    EXPECT_FALSE(early.manager().isWifiStackInitialized());
+    restartBus();
+    ASSERT_TRUE(early.waitForStack(true));
+    early.manager().scan();
+    EXPECT_TRUE(early.waitForNetwork("Home"));
+}
+
 TEST_F(LifeCycle, AUserWhoComesLaterFindsTheConnection) {
     start();
     ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);

@@ -18,7 +18,9 @@ namespace kaz::dbus {
 //
 // An exception that leaves a task or handler is logged at error level; the loop goes on.
 //
-// Without a bus, or when the bus goes away, the log gets one error; tasks, timer and idle task go on.
+// Without a bus, or when the bus goes away, the log gets one error; tasks, timer and idle task go on. The loop tries
+// to connect again after 100 ms, then after pauses that double up to 5 s, and sleeps meanwhile. On the new connection
+// all signal handlers are subscribed again.
 //
 // pushTaskAsync and stopEventLoopAsync may be called from any thread. Everything else is to be called before
 // the start or on the loop thread.
@@ -69,6 +71,14 @@ class [[gnu::visibility("default")]] EventLoop {
                                    const char* member, bool temporary,
                                    std::function<void(MessageDecoder&)> handler);
     void removeTemporarySignalHandlersSync();
+
+    // Runs the task when the connection is lost (false), and when there is one again or, after a start without
+    // a bus, at last (true). On the loop thread, outside of any other task or handler. A task set later replaces it.
+    void setConnectionTaskSync(std::function<void(bool connected)> task);
+
+    // Runs the task when the bus name gets another owner (true) or loses its owner (false) while there is a
+    // connection; what happens while there is none is not told. One task a name, a later one replaces it.
+    void setNameOwnerTaskSync(const char* name, std::function<void(bool owned)> task);
 
     // The connection, for use on the loop thread; null while there is none.
     sd_bus* getSdBusHandle() const;

@@ -1,0 +1,130 @@
+// The bus, or systemd on it, goes away and comes back.
+#include "communicator_fixture.h"
+
+namespace kaz::wifi {
+namespace {
+
+class BusLoss : public CommunicatorTest {
+  protected:
+    void loseBus() {
+        systemd.leave();
+        supplicant.leave();
+        networkd.leave();
+        bus.kill();
+    }
+
+    // Systemd last, as the communicator asks the others as soon as it knows of an active unit.
+    void bringBusBack() {
+        bus.restart();
+        supplicant.comeBack();
+        networkd.comeBack();
+        systemd.comeBack();
+    }
+
+    std::vector<std::string> statusChanges() {
+        std::vector<std::string> changes;
+        for (const std::string& call : calls.calls()) {
+            if (call.rfind("status changed", 0) == 0) {
+                changes.push_back(call);
+            }
+        }
+        return changes;
+    }
+};
+
+TEST_F(BusLoss, DetachesOnceAndAttachesOnceWhenAllIsBack) {
+    startAttached();
+    loseBus();
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    EXPECT_FALSE(communicator->isSupplicantOn());
+    bringBusBack();
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    onLoop([] {});
+    EXPECT_THAT(statusChanges(), ElementsAre("status changed: off", "status changed: on"));
+    EXPECT_THAT(calls.calls(), testing::IsSupersetOf({getText(unitPath, unitInterface, "ActiveState"),
+                                                      getText(rootPath, rootInterface, "Interfaces"),
+                                                      getAllText(interfacePath, interfaceInterface),
+                                                      getAllText(networkdPath, networkdInterface)}));
+}
+
+TEST_F(BusLoss, HearsEverySignalOnceAfterwards) {
+    startAttached();
+    loseBus();
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    bringBusBack();
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    settle();
+    forget();
+    emitFromInterface("ScanDone", "b", 1);
+    emitOnlineState("online");
+    settle();
+    ASSERT_TRUE(calls.waitForCall("networkd online: true"));
+    emitUnitState("inactive");
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    onLoop([] {});
+    std::vector<std::string> heard = takeCalls();
+    std::sort(heard.begin(), heard.end());
+    EXPECT_THAT(heard, ElementsAre("networkd online: true", "report: scanning=false", "scanning done: true",
+                                   "status changed: off"));
+}
+
+TEST_F(BusLoss, WhileDetachedTellsNothing) {
+    startDetached();
+    loseBus();
+    ASSERT_TRUE(log.waitForText(spdlog::level::err, "Lost the connection to the system bus"));
+    onLoop([] {});
+    EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
+TEST_F(BusLoss, RefusesOperationsMeanwhile) {
+    startAttached();
+    loseBus();
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    onLoop([&] {
+        EXPECT_FALSE(communicator->scanSync());
+        EXPECT_FALSE(communicator->startStopSupplicantSync(true));
+    });
+}
+
+TEST_F(BusLoss, FindsTheUnitWhenTheBusComesLate) {
+    loseBus();
+    start("active");
+    EXPECT_FALSE(communicator->isSupplicantOn());
+    bringBusBack();
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    emitUnitState("inactive");
+    EXPECT_TRUE(calls.waitForCall("status changed: off"));
+}
+
+TEST_F(BusLoss, FindsTheUnitWhenSystemdComesLate) {
+    systemd.leave();
+    start("active");
+    EXPECT_FALSE(communicator->isSupplicantOn());
+    systemd.comeBack();
+    EXPECT_TRUE(calls.waitForCall("status changed: on"));
+}
+
+TEST_F(BusLoss, AsksANewSystemdForSignalsAndTheStateOfTheUnit) {
+    startAttached();
+    systemd.leave();
+    systemd.onGet(unitPath, unitInterface, "ActiveState", reply("v", "s", "failed"));
+    systemd.comeBack();
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    EXPECT_THAT(
+        calls.calls(),
+        ElementsAre(callText(systemdPath, systemdInterface + ".LoadUnit", "\"wpa_supplicant.service\""),
+                    callText(systemdPath, systemdInterface + ".Subscribe"),
+                    getText(unitPath, unitInterface, "ActiveState"), "status changed: off"));
+}
+
+TEST_F(BusLoss, OfSystemdAloneChangesNothing) {
+    startAttached();
+    systemd.leave();
+    settle();
+    onLoop([] {});
+    EXPECT_TRUE(communicator->isSupplicantOn());
+    EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace kaz::wifi
