@@ -1,0 +1,71 @@
+#include "command.h"
+#include "device.h"
+#include "neighbourhood.h"
+#include "supplicant_file.h"
+
+#include <algorithm>
+#include <ostream>
+#include <string>
+
+namespace kaz::vm {
+namespace {
+
+struct Case {
+    std::string name;
+    wifi::ConnectionSettings settings;
+};
+
+void PrintTo(const Case& value, std::ostream* out) {
+    *out << value.name;
+}
+
+wifi::ConnectionSettings with(wifi::ConnectionSettings settings, const std::string& password) {
+    settings.password = password;
+    return settings;
+}
+
+class Failing : public DeviceTest, public ::testing::WithParamInterface<Case> {
+  protected:
+    // Saved and usable, but out of reach for now, so that nothing takes over from the attempt that fails.
+    static void knowAnotherNetwork() { run("/opt/guest/device save '\"Kaz Saved\"' ''"); }
+};
+
+TEST_P(Failing, EndsDisconnectedByTheSystemWithTheOtherNetworksEnabledAndSaved) {
+    const wifi::ConnectionSettings& settings = GetParam().settings;
+    knowAnotherNetwork();
+    const auto start = Clock::now();
+    ASSERT_EQ(manager().connect(settings), wifi::ConnectResult::ok);
+    ASSERT_TRUE(device().loses(settings.ssid));
+    record("seconds_to_disconnected", Clock::now() - start);
+
+    const auto history = device().history();
+    const auto lost = std::find_if(history.begin(), history.end(), [&](const wifi::ConnectionInfo& info) {
+        return info.disconnectSsid == settings.ssid;
+    });
+    EXPECT_EQ(lost->status, Status::disconnected);
+    EXPECT_TRUE(std::none_of(history.begin(), history.end(), [](const wifi::ConnectionInfo& info) {
+        return info.status == Status::connected;
+    }));
+    EXPECT_TRUE(device().eventually([&] {
+        const auto other = savedNetwork("Kaz Saved");
+        const auto failed = savedNetwork(settings.ssid);
+        return other && other->count("disabled") == 0 && failed && failed->count("disabled") == 0;
+    }));
+    EXPECT_EQ(run("wpa_cli -p /run/wpa_supplicant -i wlan0 list_networks").find("[DISABLED]"),
+              std::string::npos);
+    for (const std::string& secret : secrets) {
+        EXPECT_FALSE(log().contains(secret));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Attempts, Failing,
+                         ::testing::Values(Case{"WrongKey", with(wpa2Network, "wrong-secret")},
+                                           Case{"WrongSAEPassword", with(saeNetwork, "wrong-secret")},
+                                           Case{"WrongPEAPPassword", with(peapNetwork, "wrong-secret")},
+                                           Case{"WrongTTLSPassword", with(ttlsNetwork, "wrong-secret")},
+                                           Case{"RefusedByTheAccessPoint", refusingNetwork},
+                                           Case{"OutOfReach", absentNetwork}),
+                         [](const auto& instance) { return instance.param.name; });
+
+}  // namespace
+}  // namespace kaz::vm

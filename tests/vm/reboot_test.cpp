@@ -1,0 +1,64 @@
+// What is done before the guest restarts, and what is left afterwards.
+#include "command.h"
+#include "device.h"
+#include "neighbourhood.h"
+#include "supplicant_file.h"
+
+#include <algorithm>
+#include <string>
+
+namespace kaz::vm {
+namespace {
+
+using BeforeReboot = DeviceTest;
+
+TEST_F(BeforeReboot, NoPasswordIsInALogOfThisBoot) {
+    for (const std::string& secret : secrets) {
+        EXPECT_FALSE(succeeds("journalctl --boot | grep -qF " + secret));
+        EXPECT_FALSE(succeeds("grep -qF " + secret + " /run/results/library.log"));
+    }
+    EXPECT_TRUE(succeeds("grep -qF 'Kaz WPA2' /run/results/library.log")) << "there is no log to search";
+}
+
+TEST_F(BeforeReboot, NetworksAreForgottenAndWifiIsSwitchedOff) {
+    ASSERT_TRUE(device().connects(openNetwork));
+    for (int i = 0; i < 2; ++i) {
+        run("/opt/guest/device save '\"Kaz WPA\"' wpa-one-secret");
+    }
+    ASSERT_TRUE(device().connects(wpa2Network));
+    manager().forgetNetwork(wpaNetwork.ssid);
+    manager().forgetNetwork(wpa2Network.ssid);
+    ASSERT_TRUE(device().eventually([] { return savedNetworks().size() == 1 && savedNetwork("Kaz Open"); }));
+    manager().setEnabled(false);
+    ASSERT_TRUE(device().detaches());
+}
+
+// No reset: the device is as the boot left it.
+class AfterReboot : public DeviceTest {
+  protected:
+    void SetUp() override { startManager(); }
+};
+
+TEST_F(AfterReboot, WifiIsStillOffAndTheNetworksAreStillForgotten) {
+    EXPECT_FALSE(manager().isEnabled());
+    EXPECT_FALSE(succeeds("systemctl is-active wpa_supplicant"));
+    EXPECT_EQ(savedNetworks().size(), 1U);
+
+    manager().setEnabled(true);
+    ASSERT_TRUE(device().attaches());
+    // Nobody asks for it: the supplicant finds the network it still knows.
+    EXPECT_TRUE(device().reaches(Status::connected, openNetwork.ssid));
+    manager().scan();
+    EXPECT_TRUE(device().eventually([&] {
+        const auto all = manager().networks();
+        return std::count_if(all.begin(), all.end(), [](const wifi::WifiNetwork& one) {
+                   return one.ssid == "Kaz WPA" || one.ssid == "Kaz WPA2";
+               }) == 2;
+    }));
+    for (const wifi::WifiNetwork& one : manager().networks()) {
+        EXPECT_FALSE(one.configured) << ::testing::PrintToString(one);
+    }
+}
+
+}  // namespace
+}  // namespace kaz::vm
