@@ -1,0 +1,269 @@
+// Every call that the library makes, against everything that a peer can do to it.
+#include "fault_operations.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <optional>
+#include <ostream>
+#include <thread>
+#include <tuple>
+#include <utility>
+
+namespace kaz::wifi {
+namespace {
+
+using std::chrono::milliseconds;
+using Peer = FaultOperation::Peer;
+using Kind = FaultOperation::Kind;
+
+enum class Fault {
+    errorReply,
+    objectVanished,
+    noReply,
+    replyAfterTheTimeOut,
+    peerDied,
+    wrongType,
+    wrongNesting,
+    emptyReply,
+    hugeReply,
+    slowReply,
+};
+
+struct FaultKind {
+    Fault fault;
+    const char* name;
+};
+
+constexpr std::array faultKinds{
+    FaultKind{Fault::errorReply, "ErrorReply"},
+    FaultKind{Fault::objectVanished, "ObjectVanished"},
+    FaultKind{Fault::noReply, "NoReply"},
+    FaultKind{Fault::replyAfterTheTimeOut, "ReplyAfterTheTimeOut"},
+    FaultKind{Fault::peerDied, "PeerDied"},
+    FaultKind{Fault::wrongType, "WrongType"},
+    FaultKind{Fault::wrongNesting, "WrongNesting"},
+    FaultKind{Fault::emptyReply, "EmptyReply"},
+    FaultKind{Fault::hugeReply, "HugeReply"},
+    FaultKind{Fault::slowReply, "SlowReply"},
+};
+
+void PrintTo(const FaultKind& kind, std::ostream* out) {
+    *out << kind.name;
+}
+
+Answer late(Answer answer, milliseconds delay) {
+    return [=](sd_bus_message* call) {
+        std::this_thread::sleep_for(delay);
+        return answer(call);
+    };
+}
+
+class FaultMatrix : public CommunicatorTest,
+                    public testing::WithParamInterface<std::tuple<FaultOperation, FaultKind>> {
+  protected:
+    const FaultOperation& operation = std::get<0>(GetParam());
+    const Fault fault = std::get<1>(GetParam()).fault;
+
+    FaultMatrix() {
+        supplicant.onCall(interfacePath, interfaceInterface, "AddNetwork", reply("o", networkPath));
+        for (const char* member : {"ResetFailedUnit", "StartUnit", "StopUnit"}) {
+            systemd.onCall(systemdPath, systemdInterface, member, reply(""));
+        }
+        for (const char* network : {"/n/1", "/n/2", longestPath.c_str()}) {
+            supplicant.onGet(network, networkInterface, "Properties",
+                             reply("v", "a{sv}", 1, "ssid", "s", "\"n\""));
+        }
+    }
+
+    test::ScriptedPeer& peer() {
+        switch (operation.peer) {
+            case Peer::systemd:
+                return systemd;
+            case Peer::supplicant:
+                return supplicant;
+            case Peer::networkd:
+                return networkd;
+        }
+        return supplicant;
+    }
+
+    void setAnswer(Answer answer) {
+        switch (operation.kind) {
+            case Kind::method:
+                return peer().onCall(operation.path, operation.interface, operation.member,
+                                     std::move(answer));
+            case Kind::get:
+                return peer().onGet(operation.path, operation.interface, operation.member, std::move(answer));
+            case Kind::set:
+                return peer().onSet(operation.path, operation.interface, operation.member, std::move(answer));
+            case Kind::getAll:
+                return peer().onGetAll(operation.path, operation.interface, std::move(answer));
+        }
+    }
+
+    Answer faultyAnswer() {
+        const bool property = operation.kind == Kind::get;
+        switch (fault) {
+            case Fault::errorReply:
+                return errorReply("test.Error.Mishap", "it did not work");
+            case Fault::objectVanished:
+                return errorReply("org.freedesktop.DBus.Error.UnknownObject", "no such object");
+            case Fault::noReply:
+            case Fault::peerDied:
+                return noReply();
+            case Fault::replyAfterTheTimeOut:
+                return late(operation.good, milliseconds(10'500));
+            case Fault::wrongType:
+                return property ? reply("v", "u", 7U) : reply("u", 7U);
+            case Fault::wrongNesting:
+                return property ? reply("v", "av", 1, "v", "as", 0) : reply("aav", 1, 1, "v", "as", 0);
+            case Fault::emptyReply:
+                return reply("");
+            case Fault::hugeReply:
+                return operation.huge ? operation.huge : reply("s", std::string(1'000'000, 'x'));
+            case Fault::slowReply:
+                return late(operation.good, milliseconds(3'000));
+        }
+        return {};
+    }
+
+    bool callFails() const {
+        return fault == Fault::errorReply || fault == Fault::objectVanished || fault == Fault::noReply ||
+               fault == Fault::replyAfterTheTimeOut || fault == Fault::peerDied;
+    }
+
+    bool answerIsBad() const {
+        return operation.huge &&
+               (fault == Fault::wrongType || fault == Fault::wrongNesting || fault == Fault::emptyReply);
+    }
+
+    std::string expectedOutcome() const {
+        if (fault == Fault::peerDied && !operation.deathOutcome.empty()) {
+            return operation.deathOutcome;
+        }
+        if (callFails() || answerIsBad()) {
+            return operation.failedOutcome;
+        }
+        const bool huge = fault == Fault::hugeReply && !operation.hugeOutcome.empty();
+        return huge ? operation.hugeOutcome : operation.goodOutcome;
+    }
+
+    // Runs the operation; what it returned and published.
+    std::string outcome() {
+        onLoop([this] {
+            if (operation.prepare) {
+                operation.prepare(*communicator);
+            }
+            forget();
+        });
+        std::string result = onLoop([this] { return operation.run(*communicator); });
+        for (const std::string& call : calls.calls()) {
+            if (call.front() != '/') {
+                result += ", " + call;
+            }
+        }
+        return result;
+    }
+
+    // The peer dies when the call has arrived.
+    std::string outcomeOfDeath() {
+        std::thread death([this] {
+            EXPECT_TRUE(calls.waitForCall(noteOf(operation)));
+            peer().leave();
+        });
+        std::string result = outcome();
+        death.join();
+        return result;
+    }
+
+    void bringPeerBack() {
+        calls.take();
+        peer().comeBack();
+        if (operation.peer == Peer::systemd) {
+            // The communicator asks a new systemd by itself.
+            EXPECT_TRUE(calls.waitForCall("ActiveState"));
+            onLoop([] {});
+        }
+    }
+
+    bool faultHasFired() const {
+        const auto seen = calls.calls();
+        return std::any_of(seen.begin(), seen.end(),
+                           [&](const std::string& call) { return call.find(noteOf(operation)) == 0; });
+    }
+
+    // One record of the failed call or of the answer that cannot be read, and what the operation adds, in any order.
+    void expectLogOfFailure(std::vector<std::string> logged) {
+        std::vector<std::string> expected = operation.alsoLogged;
+        if (fault == Fault::peerDied) {
+            expected.insert(expected.end(), operation.alsoLoggedOnDeath.begin(),
+                            operation.alsoLoggedOnDeath.end());
+        }
+        expected.insert(expected.begin(),
+                        callFails() ? failedCall() : "Error while decoding dbus data. Details: ");
+        for (const std::string& start : expected) {
+            const auto match = std::find_if(logged.begin(), logged.end(),
+                                            [&](const std::string& text) { return text.find(start) == 0; });
+            EXPECT_NE(match, logged.end()) << "not logged: " << start;
+            if (match != logged.end()) {
+                logged.erase(match);
+            }
+        }
+        // An operation that goes on without the answer may say that it did.
+        std::erase_if(logged, [](const std::string& text) {
+            return text.find("Couldn't decode wpa_supplicant PropertiesChanged") == 0;
+        });
+        EXPECT_THAT(logged, IsEmpty());
+    }
+
+    std::string failedCall() const {
+        static const std::map<Peer, std::string> services{{Peer::systemd, "org.freedesktop.systemd1"},
+                                                          {Peer::supplicant, "fi.w1.wpa_supplicant1"},
+                                                          {Peer::networkd, "org.freedesktop.network1"}};
+        static const std::map<Kind, std::string> members{
+            {Kind::get, "Get"}, {Kind::set, "Set"}, {Kind::getAll, "GetAll"}};
+        const auto member = members.find(operation.kind);
+        return "Call of " + (member == members.end() ? operation.member : member->second) + " at " +
+               services.at(operation.peer) + " failed: ";
+    }
+
+    std::vector<std::string> loggedProblems() const {
+        std::vector<std::string> problems = log.texts(spdlog::level::warn);
+        const auto errors = log.texts(spdlog::level::err);
+        problems.insert(problems.end(), errors.begin(), errors.end());
+        return problems;
+    }
+
+    const std::string longestPath = "/n/" + std::string(60000, 'x');
+};
+
+TEST_P(FaultMatrix, EndsAsItShouldAndTheNextGoodAnswerMendsIt) {
+    startAttached();
+    setAnswer(faultyAnswer());
+    const std::string faulty = fault == Fault::peerDied ? outcomeOfDeath() : outcome();
+    EXPECT_TRUE(faultHasFired()) << "never called: " << noteOf(operation);
+    EXPECT_EQ(faulty, expectedOutcome());
+    if (callFails() || answerIsBad()) {
+        expectLogOfFailure(loggedProblems());
+    } else if (fault != Fault::hugeReply) {
+        EXPECT_THAT(loggedProblems(), IsEmpty());
+    }
+
+    setAnswer(operation.good);
+    if (fault == Fault::peerDied) {
+        bringPeerBack();
+    }
+    EXPECT_EQ(outcome(), operation.goodOutcome);
+    EXPECT_THAT(loggedProblems(), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(AllCalls, FaultMatrix,
+                         testing::Combine(testing::ValuesIn(faultOperations()),
+                                          testing::ValuesIn(faultKinds)),
+                         [](const auto& cell) {
+                             return std::get<0>(cell.param).name + "_" + std::get<1>(cell.param).name;
+                         });
+
+}  // namespace
+}  // namespace kaz::wifi

@@ -1,0 +1,349 @@
+#include "fault_operations.h"
+
+#include <ostream>
+#include <utility>
+
+namespace kaz::wifi {
+namespace {
+
+using Peer = FaultOperation::Peer;
+using Kind = FaultOperation::Kind;
+using test::Append;
+using test::replyWith;
+
+constexpr int manyEntries = 20000;
+const std::string longPath = "/n/" + std::string(60000, 'x');  // sd-bus knows none above 64 KiB
+
+// A dictionary with many entries that nobody asked for, and one that counts.
+Append hugeDictionary(std::string key, std::string types, Append value) {
+    return [=](sd_bus_message* message) {
+        sd_bus_message_open_container(message, 'a', "{sv}");
+        for (int i = 0; i < manyEntries; ++i) {
+            const std::string unknown = "Unknown" + std::to_string(i);
+            sd_bus_message_append(message, "{sv}", unknown.c_str(), "s", "of no importance to anybody");
+        }
+        sd_bus_message_open_container(message, 'e', "sv");
+        sd_bus_message_append(message, "s", key.c_str());
+        sd_bus_message_open_container(message, 'v', types.c_str());
+        value(message);
+        sd_bus_message_close_container(message);
+        sd_bus_message_close_container(message);
+        sd_bus_message_close_container(message);
+    };
+}
+
+Append inVariant(std::string types, Append value) {
+    return [=](sd_bus_message* message) {
+        sd_bus_message_open_container(message, 'v', types.c_str());
+        value(message);
+        sd_bus_message_close_container(message);
+    };
+}
+
+Append manyTexts(char type, std::string first, std::string each) {
+    return [=](sd_bus_message* message) {
+        sd_bus_message_open_container(message, 'a', std::string(1, type).c_str());
+        sd_bus_message_append_basic(message, type, first.c_str());
+        for (int i = 1; i < manyEntries; ++i) {
+            sd_bus_message_append_basic(message, type, (each + std::to_string(i)).c_str());
+        }
+        sd_bus_message_close_container(message);
+    };
+}
+
+std::string yesOrNo(bool value) {
+    return value ? "yes" : "no";
+}
+
+std::string attached(DbusCommunicator& communicator) {
+    return communicator.isSupplicantOn() ? "attached" : "detached";
+}
+
+void detach(DbusCommunicator& communicator) {
+    communicator.connectOrDisconnectFromSupplicantSync("inactive");
+}
+
+// A call whose only answer is that it was done.
+FaultOperation command(std::string member, std::function<bool(DbusCommunicator&)> run) {
+    FaultOperation made;
+    made.name = member;
+    made.path = interfacePath;
+    made.interface = interfaceInterface;
+    made.member = std::move(member);
+    made.good = reply("");
+    made.run = [run = std::move(run)](DbusCommunicator& communicator) { return yesOrNo(run(communicator)); };
+    made.goodOutcome = "yes";
+    made.failedOutcome = "no";
+    return made;
+}
+
+FaultOperation withLog(FaultOperation operation, std::vector<std::string> alsoLogged) {
+    operation.alsoLogged = std::move(alsoLogged);
+    return operation;
+}
+
+FaultOperation ofSystemd(FaultOperation operation) {
+    operation.peer = Peer::systemd;
+    operation.path = systemdPath;
+    operation.interface = systemdInterface;
+    return operation;
+}
+
+// The calls of the start. They begin detached, with a unit that runs.
+FaultOperation ofTheStart(FaultOperation operation) {
+    operation.prepare = detach;
+    operation.run = [](DbusCommunicator& communicator) {
+        communicator.connectToSystemdSync();
+        return attached(communicator);
+    };
+    operation.goodOutcome = "attached, report: nothing, status changed: on";
+    operation.failedOutcome = "detached";
+    return operation;
+}
+
+FaultOperation loadUnit() {
+    FaultOperation made = ofTheStart(ofSystemd(command("LoadUnit", {})));
+    made.good = reply("o", unitPath);
+    made.huge = reply("o", longPath);
+    made.hugeOutcome = "detached";                                           // there is no such unit
+    made.alsoLogged = {"Call of Get at org.freedesktop.systemd1 failed: "};  // of the path "/"
+    made.alsoLoggedOnDeath = {"Call of Subscribe at org.freedesktop.systemd1 failed: "};
+    return made;
+}
+
+FaultOperation subscribe() {
+    FaultOperation made = ofTheStart(ofSystemd(command("Subscribe", {})));
+    made.failedOutcome = made.goodOutcome;
+    made.deathOutcome = "detached";
+    made.alsoLoggedOnDeath = {"Call of Get at org.freedesktop.systemd1 failed: "};
+    return made;
+}
+
+FaultOperation activeState() {
+    FaultOperation made = ofTheStart(ofSystemd(command("ActiveState", {})));
+    made.kind = Kind::get;
+    made.path = unitPath;
+    made.interface = unitInterface;
+    made.good = reply("v", "s", "active");
+    made.huge = replyWith(inVariant("s", values("s", std::string(1'000'000, 'x'))));
+    made.hugeOutcome = "detached";  // not a state
+    return made;
+}
+
+// The calls of attaching. They begin detached.
+FaultOperation ofTheAttachment(FaultOperation operation) {
+    operation.prepare = detach;
+    operation.run = [](DbusCommunicator& communicator) {
+        communicator.connectOrDisconnectFromSupplicantSync("active");
+        return attached(communicator);
+    };
+    return operation;
+}
+
+FaultOperation interfaces() {
+    FaultOperation made = ofTheAttachment(command("Interfaces", {}));
+    made.kind = Kind::get;
+    made.path = rootPath;
+    made.interface = rootInterface;
+    made.good = reply("v", "ao", 1, interfacePath);
+    made.huge = replyWith(inVariant("ao", manyTexts('o', interfacePath, "/i/")));
+    made.goodOutcome = "attached, report: nothing, status changed: on";
+    made.failedOutcome = "attached";
+    made.alsoLogged = {"wpa_supplicant has no configured interfaces, can't control wifi"};
+    return made;
+}
+
+FaultOperation interfaceProperties() {
+    FaultOperation made = ofTheAttachment(command("", {}));
+    made.name = "InterfaceProperties";
+    made.kind = Kind::getAll;
+    made.good = reply("a{sv}", 1, "State", "s", "completed");
+    made.huge = replyWith(hugeDictionary("State", "s", values("s", "completed")));
+    made.goodOutcome = "attached, report: status=Connected, status changed: on";
+    made.failedOutcome = "attached, status changed: on";
+    return made;
+}
+
+FaultOperation networkdProperties() {
+    FaultOperation made = ofTheAttachment(command("", {}));
+    made.name = "NetworkdProperties";
+    made.peer = Peer::networkd;
+    made.kind = Kind::getAll;
+    made.path = networkdPath;
+    made.interface = networkdInterface;
+    made.good = reply("a{sv}", 1, "OnlineState", "s", "online");
+    made.huge = replyWith(hugeDictionary("OnlineState", "s", values("s", "online")));
+    made.goodOutcome = "attached, report: nothing, networkd online: true, status changed: on";
+    made.failedOutcome = "attached, report: nothing, status changed: on";
+    return made;
+}
+
+FaultOperation startUnit(const char* member, bool start) {
+    return ofSystemd(command(member, [start](DbusCommunicator& communicator) {
+        return communicator.startStopSupplicantSync(start);
+    }));
+}
+
+// That the unit cannot be reset does not keep it from being started.
+FaultOperation resetFailedUnit() {
+    FaultOperation made = startUnit("ResetFailedUnit", true);
+    made.failedOutcome = "yes";
+    made.deathOutcome = "no";
+    made.alsoLoggedOnDeath = {"Call of StartUnit at org.freedesktop.systemd1 failed: "};
+    return made;
+}
+
+FaultOperation addNetwork() {
+    FaultOperation made = command("AddNetwork", [](auto& communicator) {
+        return communicator.addNetworkSync(openNetwork("x")) != nullptr;
+    });
+    made.good = reply("o", networkPath);
+    made.huge = reply("o", longPath);
+    return made;
+}
+
+FaultOperation signalPoll() {
+    FaultOperation made = command("SignalPoll", {});
+    made.good = reply("v", "a{sv}", 1, "rssi", "i", -50);
+    made.huge = replyWith(inVariant("a{sv}", hugeDictionary("rssi", "i", values("i", -50))));
+    made.run = [](DbusCommunicator& communicator) {
+        const auto signal = communicator.signalPollSync();
+        return signal ? std::to_string(*signal) : "unknown";
+    };
+    made.goodOutcome = "-50";
+    made.failedOutcome = "unknown";
+    return made;
+}
+
+FaultOperation eapMethods() {
+    FaultOperation made = command("EapMethods", {});
+    made.kind = Kind::get;
+    made.path = rootPath;
+    made.interface = rootInterface;
+    made.good = reply("v", "as", 2, "PEAP", "TTLS");
+    made.huge = replyWith(inVariant("as", manyTexts('s', "PEAP", "METHOD-")));
+    made.run = [](DbusCommunicator& communicator) {
+        return std::to_string(communicator.eapMethodsSync().size()) + " methods";
+    };
+    made.goodOutcome = "2 methods";
+    made.failedOutcome = "0 methods";
+    made.hugeOutcome = std::to_string(manyEntries) + " methods";
+    made.alsoLogged = {"Unable to load eapMethods"};
+    return made;
+}
+
+FaultOperation networks() {
+    FaultOperation made = command("Networks", {});
+    made.kind = Kind::get;
+    made.good = reply("v", "ao", 2, "/n/1", "/n/2");
+    made.huge = reply("v", "ao", 3, "/n/1", longPath, "/n/2");
+    made.run = [](DbusCommunicator& communicator) {
+        return std::to_string(communicator.getAllConfiguredNetworksSync().size()) + " networks";
+    };
+    made.goodOutcome = "2 networks";
+    made.failedOutcome = "0 networks";
+    made.hugeOutcome = "3 networks";
+    return made;
+}
+
+FaultOperation networkProperties() {
+    FaultOperation made = command("Properties", {});
+    made.name = "NetworkProperties";
+    made.kind = Kind::get;
+    made.path = networkPath;
+    made.interface = networkInterface;
+    made.good = reply("v", "a{sv}", 1, "ssid", "s", "\"Home\"");
+    made.huge = replyWith(inVariant("a{sv}", hugeDictionary("ssid", "s", values("s", "\"Home\""))));
+    made.run = [](DbusCommunicator& communicator) {
+        return communicator.getConfiguredSsidForNetworkSync(networkPath).value_or("unknown");
+    };
+    made.goodOutcome = "Home";
+    made.failedOutcome = "unknown";
+    made.alsoLogged = {"Couldn't get SSID for " + networkPath};
+    return made;
+}
+
+FaultOperation bssProperties() {
+    FaultOperation made = command("", {});
+    made.name = "BssProperties";
+    made.kind = Kind::getAll;
+    made.path = bssPath;
+    made.interface = bssInterface;
+    made.good = reply("a{sv}", 1, "Signal", "n", -40);
+    made.huge = replyWith(hugeDictionary("Signal", "n", values("n", -40)));
+    made.run = [](DbusCommunicator& communicator) {
+        const auto bss = communicator.getBssPropertiesSync(bssPath);
+        return bss ? std::to_string(bss->signal) : "unknown";
+    };
+    made.goodOutcome = "-40";
+    made.failedOutcome = "unknown";
+    return made;
+}
+
+FaultOperation setOfNetwork(const char* property, std::function<bool(DbusCommunicator&)> run) {
+    FaultOperation made = command(property, std::move(run));
+    made.name = std::string("Set") + property;
+    made.kind = Kind::set;
+    made.path = networkPath;
+    made.interface = networkInterface;
+    return made;
+}
+
+}  // namespace
+
+std::vector<FaultOperation> faultOperations() {
+    return {
+        loadUnit(),
+        subscribe(),
+        activeState(),
+        interfaces(),
+        interfaceProperties(),
+        networkdProperties(),
+        resetFailedUnit(),
+        startUnit("StartUnit", true),
+        startUnit("StopUnit", false),
+        addNetwork(),
+        command("SelectNetwork",
+                [](auto& communicator) { return communicator.selectNetworkSync(networkPath); }),
+        command("RemoveNetwork",
+                [](auto& communicator) { return communicator.removeNetworkSync(networkPath); }),
+        withLog(command("SaveConfig",
+                        [](auto& communicator) { return communicator.saveNetworkConfigurationSync(); }),
+                {"Couldn't save wpa_supplicant config"}),
+        command("Disconnect", [](auto& communicator) { return communicator.disconnectSync(); }),
+        command("Reconnect", [](auto& communicator) { return communicator.reconnectSync(); }),
+        command("Scan", [](auto& communicator) { return communicator.scanSync(); }),
+        signalPoll(),
+        eapMethods(),
+        networks(),
+        networkProperties(),
+        bssProperties(),
+        setOfNetwork(
+            "Enabled",
+            [](auto& communicator) { return communicator.setNetworkEnabledSync(networkPath, true); }),
+        setOfNetwork("Properties",
+                     [](auto& communicator) { return communicator.setNetworkPrioritySync(networkPath, 3); }),
+    };
+}
+
+std::string noteOf(const FaultOperation& operation) {
+    const std::string start = operation.path + ' ';
+    switch (operation.kind) {
+        case Kind::method:
+            return start + operation.interface + '.' + operation.member + '(';
+        case Kind::get:
+            return getText(operation.path, operation.interface, operation.member);
+        case Kind::set:
+            return start + propertiesInterface + ".Set(\"" + operation.interface + "\", \"" +
+                   operation.member + '"';
+        case Kind::getAll:
+            return getAllText(operation.path, operation.interface);
+    }
+    return start;
+}
+
+void PrintTo(const FaultOperation& operation, std::ostream* out) {
+    *out << operation.name;
+}
+
+}  // namespace kaz::wifi

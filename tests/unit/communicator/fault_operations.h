@@ -1,0 +1,53 @@
+#pragma once
+
+#include "communicator_fixture.h"
+
+#include <functional>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace kaz::wifi {
+
+// One call that the library makes, and the operation that makes it.
+struct FaultOperation {
+    enum class Peer { systemd, supplicant, networkd };
+    enum class Kind { method, get, set, getAll };
+
+    std::string name;
+    Peer peer = Peer::supplicant;
+    Kind kind = Kind::method;
+    std::string path;
+    std::string interface;
+    std::string member;  // the method or property; empty for all properties
+
+    // What the peer says when all is well, and a good answer of about a megabyte. Without the latter, what the answer
+    // holds does not matter.
+    Answer good;
+    Answer huge;
+
+    // Both on the loop thread. The result of `run` is what the operation returned; what it published besides is noted
+    // by the handlers.
+    std::function<void(DbusCommunicator&)> prepare;
+    std::function<std::string(DbusCommunicator&)> run;
+
+    // What `run` returned and what was published, one after the other.
+    std::string goodOutcome;
+    std::string failedOutcome;
+    std::string hugeOutcome;   // as goodOutcome when empty
+    std::string deathOutcome;  // as failedOutcome when empty: calls that follow fail too
+
+    // The log at warning level and above, besides the record of the failed call or of the undecodable answer. Each is
+    // the beginning of a record.
+    std::vector<std::string> alsoLogged;
+    std::vector<std::string> alsoLoggedOnDeath;
+};
+
+std::vector<FaultOperation> faultOperations();
+
+// The call as the peer notes it, without its arguments where they do not tell it from others.
+std::string noteOf(const FaultOperation& operation);
+
+void PrintTo(const FaultOperation& operation, std::ostream* out);
+
+}  // namespace kaz::wifi
