@@ -18,7 +18,8 @@ class ManagerImpl;
 // one after the other in the order they were made, and callbacks are invoked there. Every operation may be
 // called from any thread, from inside a callback too. No operation waits for the bus or for a task; requests
 // report nothing but what their arguments alone can tell, and their outcome shows later in connectionInfo()
-// and networks().
+// and networks(). While 4096 of them are waiting, as behind a bus that hangs, further ones are dropped, with a
+// warning in the log.
 //
 // Callbacks carry no arguments: call the matching getter to learn the new state. A callback should return
 // soon, because nothing else happens while it runs; an exception it throws is logged and otherwise ignored.
@@ -32,7 +33,8 @@ class [[gnu::visibility("default")]] Manager {
   public:
     // Starts the thread and begins to follow the system. Returns at once: until the first state has been read
     // (see onEnabledChanged) the getters tell of a system without Wi-Fi. Throws std::system_error when no
-    // thread can be started; a bus that cannot be reached is not an error here, it is logged.
+    // thread can be started; a bus that cannot be reached is not an error here: it is logged, and asked again
+    // every few seconds. The same goes for a bus that is lost later.
     Manager();
 
     // Ends the thread. A task or callback that is running is waited for, tasks not yet begun are dropped, and

@@ -40,7 +40,7 @@ void DbusCommunicator::followUnit(const dbus::OPath& unit) {
     // A systemd that was not there yet knew no unit, and a new one does not know that we asked for signals.
     eventLoop_.setNameOwnerTaskSync(bus::systemd::service, [this](bool owned) {
         if (owned) {
-            eventLoop_.pushTaskAsync([this] { connectToSystemdSync(); });
+            connectToSystemdSync();
         }
     });
 }

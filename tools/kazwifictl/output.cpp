@@ -54,7 +54,7 @@ void Output::write(std::string_view text) {
         passing_ = false;
         std::fputs("\r\x1b[K", stdout);
     }
-    const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    const bool written = text.empty() || std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
     if ((std::fflush(stdout) != 0 || !written) && error_ == 0) {
         error_ = errno == 0 ? EIO : errno;
     }

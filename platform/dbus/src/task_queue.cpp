@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "guard.h"
+#include "log.h"
 
 namespace kaz::dbus {
 namespace {
@@ -31,14 +32,23 @@ TaskQueue::TaskQueue(sd_event* event) : wakeUp_(makeWakeUp()) {
 }
 
 void TaskQueue::push(Task task) {
-    const std::lock_guard lock(mutex_);
-    if (closed_) {
-        return;
+    {
+        const std::lock_guard lock(mutex_);
+        if (closed_) {
+            return;
+        }
+        if (tasks_.size() < limit) {
+            tasks_.push_back(std::move(task));
+            if (tasks_.size() == 1) {
+                wake();
+            }
+            return;
+        }
+        if (std::exchange(full_, true)) {
+            return;
+        }
     }
-    tasks_.push_back(std::move(task));
-    if (tasks_.size() == 1) {
-        wake();
-    }
+    log(spdlog::level::warn, "{} tasks are waiting, dropping what is added until some have run", limit);
 }
 
 void TaskQueue::close() noexcept {
@@ -62,6 +72,7 @@ bool TaskQueue::runOne() noexcept {
         }
         task = std::move(tasks_.front());
         tasks_.pop_front();
+        full_ = full_ && tasks_.size() > limit / 2;  // one warning for a flood, not for each of its waves
         if (tasks_.empty()) {
             sleep();
         }

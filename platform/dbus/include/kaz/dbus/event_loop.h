@@ -49,7 +49,8 @@ class [[gnu::visibility("default")]] EventLoop {
     // nothing; a loop stopped before its start never runs anything.
     void stopEventLoopAsync();
 
-    // After the stop, the task is dropped quietly.
+    // After the stop, the task is dropped quietly. While 4096 tasks are waiting, it is dropped with a warning in the
+    // log, one until the queue is half empty again.
     void pushTaskAsync(std::function<void()> task);
 
     // The idle task returns the delay after which it is to run again even if nothing happens; zero or less

@@ -33,6 +33,7 @@ class DeviceFixture : public ::testing::Test {
     WifiUser& user() { return *user_; }
     wifi::Manager& manager() { return user_->manager(); }
     const RecordingLog& log() const { return log_; }
+    void forgetLog() { log_.clear(); }
 
     // A new user, after the former one left.
     void restartUser();
