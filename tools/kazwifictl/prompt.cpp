@@ -47,6 +47,8 @@ class Line {
         rl_filename_quote_characters = " \t\\'\"";
         rl_completer_word_break_characters = " \t";
         rl_variable_bind("mark-directories", "off");
+        // That is what the terminal makes of a Ctrl-D typed while a command runs.
+        rl_bind_key('\0', takeEndOfFile);
         open();
     }
     ~Line() {
@@ -106,6 +108,8 @@ class Line {
         line.entered_ = text == nullptr ? std::string() : std::string(text);
         ::free(text);
     }
+
+    static int takeEndOfFile(int /*count*/, int /*key*/) { return ::rl_execute_next('D' & 0x1f); }
 
     static char** complete(const char* /*start*/, int from, int /*to*/) {
         rl_attempted_completion_over = 1;

@@ -36,11 +36,23 @@ class EchoOff {
         termios silent = former_;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
         ::tcsetattr(tty_, TCSAFLUSH, &silent);  // what was typed before the question is no answer
+        hidden_ = true;
     }
-    void show() { ::tcsetattr(tty_, TCSAFLUSH, &former_); }
+    void show() {
+        if (hidden_) {
+            ::tcsetattr(tty_, TCSAFLUSH, &former_);  // half a password is nobody else's business
+            hidden_ = false;
+        }
+    }
+    // What is typed after the answer is for whoever reads next.
+    void showAndKeepTheRest() {
+        ::tcsetattr(tty_, TCSADRAIN, &former_);
+        hidden_ = false;
+    }
 
   private:
     int tty_;
+    bool hidden_ = false;
     termios former_{};
 };
 
@@ -142,6 +154,7 @@ std::string askSecret(const std::string& question, Interrupts& interrupts) {
             more = readSome(tty.get(), answer, "the terminal");
         }
     }
+    echo.showAndKeepTheRest();
     writeAll(tty.get(), "\n");
     return answer;
 }

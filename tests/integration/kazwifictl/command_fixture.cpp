@@ -28,6 +28,8 @@ CommandFixture::CommandFixture() {
         campus,
         hidden,
     };
+    // An empty one, for in the machine's or the user's any key may mean anything.
+    writeFile(folder_ / "inputrc", "");
     environment = {{"DBUS_SYSTEM_BUS_ADDRESS", bus_.address()},
                    {"KAZ_CONFIG_FILE", folder_ / "kaz.conf"},
                    {"XDG_STATE_HOME", folder_ / "state"},
@@ -35,7 +37,7 @@ CommandFixture::CommandFixture() {
                    {"LC_ALL", "C.UTF-8"},
                    {"TERM", "xterm-256color"},
                    {"TZ", "UTC"},
-                   {"INPUTRC", "/dev/null"},
+                   {"INPUTRC", folder_ / "inputrc"},
                    {"NO_COLOR", ""},
                    {"COLUMNS", ""}};
 }

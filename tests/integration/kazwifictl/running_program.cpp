@@ -187,7 +187,11 @@ bool RunningProgram::waitFor(const std::string& text) {
 
 Ending RunningProgram::wait() {
     endInput();
-    while ((output_ >= 0 || errors_ >= 0) && readSome()) {
+    while (output_ >= 0 || errors_ >= 0) {
+        if (!readSome() && (output_ >= 0 || errors_ >= 0)) {
+            ::kill(pid_, SIGKILL);  // it neither says anything nor ends
+            break;
+        }
     }
     int status = 0;
     while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {

@@ -47,7 +47,8 @@ class RunningProgram {
     // ended before, or nothing came within a generous limit.
     bool waitFor(const std::string& text);
 
-    // Waits for the end. What was written until then is in out() and err().
+    // Waits for the end, and brings it about after a generous limit without any output. What was written until
+    // then is in out() and err().
     Ending wait();
     // Waits until it has been stopped, as by Ctrl-Z.
     bool waitForStop() const;

@@ -173,6 +173,21 @@ TEST_F(TerminalTest, ThePromptRunsCommandsOneAfterTheOther) {
     EXPECT_FALSE(has(savedConfiguration(), "Home")) << savedConfiguration();
 }
 
+TEST_F(TerminalTest, ThePromptTakesWhatWasTypedAhead) {
+    start();
+    runs(0, {"scan"});
+    const auto program = inTerminal({});
+    ASSERT_TRUE(program->waitFor("kazwifi> "));
+    program->send("connect Home\n");
+    ASSERT_TRUE(program->waitFor("Password for"));
+    program->send("correct horse\nforget Home\nnonsense\nlist --nonsense\n" + ctrlD);
+    ASSERT_TRUE(program->waitFor("Connected to")) << program->out();
+    ASSERT_TRUE(program->waitFor("Forgot \"Home\"")) << program->out();
+    ASSERT_TRUE(program->waitFor("there is no command \"nonsense\"")) << program->out();
+    ASSERT_TRUE(program->waitFor("there is no option --nonsense")) << program->out();
+    EXPECT_EQ(program->wait().status, 2) << program->out();
+}
+
 TEST_F(TerminalTest, ThePromptCompletesCommandsAndSsids) {
     start();
     runs(0, {"scan"});
