@@ -1,4 +1,4 @@
-// The completions for the three shells, each asked in the way it offers. A shell that is not installed is skipped.
+// The completions for the three shells, each asked in the way it offers.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
@@ -6,6 +6,7 @@
 #include <string>
 
 #include "command_fixture.h"
+#include "temporary_folder.h"
 
 namespace kaz::test {
 namespace {
@@ -70,9 +71,6 @@ TEST_F(Completion, OffersNothingInBashThatAShellWouldRun) {
 }
 
 TEST_F(Completion, WorksInFish) {
-    if (!fs::exists("/usr/bin/fish")) {
-        GTEST_SKIP() << "fish is not installed";
-    }
     const auto offered = [&](const std::string& line) {
         return outputOf(
             {"/usr/bin/fish", "--no-config", "-c",
@@ -82,6 +80,51 @@ TEST_F(Completion, WorksInFish) {
     EXPECT_EQ(offered("kazwifictl connect Old"), "Old Router in the cellar\tNetwork\n");
     EXPECT_EQ(offered("kazwifictl forget "), "Home\tSaved network\n");
     EXPECT_EQ(offered("kazwifictl connect --hi"), "--hidden\tThe network does not announce its name\n");
+}
+
+// A zsh on a terminal of its own, since it completes nowhere else. Ctrl-T writes the line in angle brackets and begins
+// a new one.
+std::string zshSettings() {
+    return "fpath=('" + scripts.string() + R"(' $fpath)
+        autoload -Uz compinit && compinit -u -D
+        PS1='zsh%% '
+        show() { zle -I; print -r -- "<$BUFFER>"; BUFFER='' }
+        zle -N show && bindkey '^T' show)";
+}
+
+std::string shownLast(const std::string& output) {
+    const std::size_t begin = output.rfind('<') + 1;
+    return output.substr(begin, output.rfind('>') - begin);
+}
+
+TEST_F(Completion, WorksInZsh) {
+    device().addAccessPoint(accessPoint("$(reboot)", sim::Security::open, -50));
+    runs(0, {"scan"});
+    writeFile(file(".zshrc"), zshSettings());
+    environment["ZDOTDIR"] = file("");
+    RunningProgram zsh({"/usr/bin/zsh", "-d", "-i"}, environment, {200, 24});
+    ASSERT_TRUE(zsh.waitFor("zsh% ")) << zsh.out();
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"kazwifictl con", "connect "},
+        {"kazwifictl --js", "--json "},
+        {"kazwifictl --color=al", "--color=always "},
+        {"kazwifictl connect Ho", "Home "},
+        {"kazwifictl connect 東", "東京カフェ "},
+        {"kazwifictl connect Old", "Old\\ Router\\ in\\ the\\ cellar "},
+        {"kazwifictl connect 'Old", "'Old Router in the cellar' "},
+        {"kazwifictl connect \\$", "\\$\\(reboot\\) "},
+        {"kazwifictl --json connect Ho", "Home "},
+        {"kazwifictl forget ", "forget Home "},
+        {"kazwifictl connect x --security=op", "--security=open "},
+        {"kazwifictl connect x --hi", "--hidden "},
+        {"kazwifictl list --na", "--names "},
+    };
+    for (const auto& [words, last] : cases) {
+        zsh.send(words + "\t\x14");
+        ASSERT_TRUE(zsh.waitFor(">\r\n")) << zsh.out();
+        const std::string before = words.substr(0, words.find_last_of(' ', words.size() - 2) + 1);
+        EXPECT_EQ(shownLast(zsh.out()), before + last) << words;
+    }
 }
 
 }  // namespace

@@ -61,12 +61,20 @@ std::string_view nameOf(Form form) {
     return "";
 }
 
+void PrintTo(Form form, std::ostream* out) {
+    *out << nameOf(form);
+}
+
 struct Case {
     std::string name;
     std::vector<std::string> arguments;
     std::string input;
     bool connected = false;  // before the command runs
 };
+
+void PrintTo(const Case& each, std::ostream* out) {
+    *out << each.name;
+}
 
 std::vector<Case> cases() {
     return {
