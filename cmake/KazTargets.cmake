@@ -10,11 +10,13 @@ target_compile_options(kaz_build_rules INTERFACE
 # What leaves this machine names no path of it, and is hardened as far as the processor allows.
 if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
   include(CheckCXXCompilerFlag)
+  set(CMAKE_REQUIRED_FLAGS -Werror)  # Clang only warns about a flag that is another processor's
   foreach(flag IN ITEMS -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
     string(MAKE_C_IDENTIFIER "kaz_has${flag}" known)
     check_cxx_compiler_flag(${flag} ${known})
     target_compile_options(kaz_build_rules INTERFACE $<$<BOOL:${${known}}>:${flag}>)
   endforeach()
+  unset(CMAKE_REQUIRED_FLAGS)
   target_compile_options(kaz_build_rules INTERFACE
     "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=/usr/src/${PROJECT_NAME}"
     "-ffile-prefix-map=${PROJECT_BINARY_DIR}=/usr/src/${PROJECT_NAME}/build")

@@ -1,0 +1,146 @@
+// The value codec on messages of all types: each type the library reads is read from exactly the values it may be
+// read from, with the right result, and what was read can be written and read again.
+#include "dbus_value.h"
+#include "reference_reader.h"
+#include "require.h"
+#include "stub_bus.h"
+#include "value_codec.h"
+#include "variant.h"
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+namespace kaz::fuzz {
+namespace {
+
+using dbus::OPath;
+
+constexpr std::string_view nextText = "next";
+
+const test::StubBus& bus() {
+    static const test::StubBus instance;
+    return instance;
+}
+
+// A reason for a failure begins with one such text for each variant around the value.
+void checkReason(const Value& value, std::string_view reason) {
+    static constexpr std::string_view inVariant = "Unable to read from variant: ";
+    for (const Value* outer = &value; outer->type() == SD_BUS_TYPE_VARIANT;
+         outer = &outer->contents.front()) {
+        require(reason.starts_with(inVariant), "an error tells of every variant on the way");
+        reason.remove_prefix(inVariant.size());
+    }
+    require(!reason.empty() && !reason.starts_with(inVariant), "and of no other");
+}
+
+template <typename T>
+dbus::MessagePtr sealedWith(const T& value) {
+    dbus::MessagePtr message = bus().message();
+    require(dbus::write(message.get(), value).has_value(), "what was read can be written");
+    test::StubBus::seal(message.get());
+    return message;
+}
+
+// Decoding, encoding and decoding again.
+template <typename T>
+void checkStable(const T& value) {
+    require(dbus::read<T>(sealedWith(value).get()) == value, "what was written is read back");
+    if constexpr (!std::is_same_v<T, OPath>) {
+        require(dbus::read<T>(sealedWith(dbus::Variant(value)).get()) == value, "also from a variant");
+        const dbus::Variant map(dbus::Variant::Map{{"key", dbus::Variant(value)}});
+        dbus::MessagePtr message = sealedWith(map);
+        require(sd_bus_message_verify_type(message.get(), 'v', "a{sv}") > 0, "a dictionary travels as one");
+    }
+}
+
+template <typename T>
+void checkReading(sd_bus_message* message, const Value& value, const T& former) {
+    std::optional<T> expected;
+    expect(value, expected);
+
+    sd_bus_message_rewind(message, 1);
+    const dbus::CodecResult<T> read = dbus::read<T>(message);
+    if (!read && nestsTooDeep(value)) {
+        return;
+    }
+    require(read.has_value() == expected.has_value(),
+            "a type is read from values of its type, and no others");
+    T target = former;
+    if (!read) {
+        checkReason(value, read.error());
+        sd_bus_message_rewind(message, 1);
+        require(!dbus::fillHelper(target, message), "filling fails as reading does");
+        require(target == former, "and leaves the target as it was");
+        return;
+    }
+    require(*read == *expected, "what was sent is what is read");
+    require(dbus::read<std::string>(message) == std::string(nextText), "one value was taken, and no more");
+    sd_bus_message_rewind(message, 1);
+    require(dbus::fillHelper(target, message) && target == *read, "filling gives what reading gives");
+    if constexpr (std::is_same_v<T, int> || std::is_same_v<T, bool> || std::is_same_v<T, std::string> ||
+                  std::is_same_v<T, OPath>) {
+        checkStable(*read);
+    }
+}
+
+using Reading = void (*)(sd_bus_message* message, const Value& value);
+
+// Every type that the library reads, with what its target held before. A message is read as one of them, since most
+// of the others would only fail.
+using Reading = void (*)(sd_bus_message* message, const Value& value);
+constexpr std::array<Reading, 15> readings{
+    [](auto* message, const auto& value) { checkReading<int>(message, value, 4711); },
+    [](auto* message, const auto& value) { checkReading<short>(message, value, 47); },
+    [](auto* message, const auto& value) { checkReading<unsigned char>(message, value, 4); },
+    [](auto* message, const auto& value) { checkReading<bool>(message, value, true); },
+    [](auto* message, const auto& value) { checkReading<std::string>(message, value, "former"); },
+    [](auto* message, const auto& value) { checkReading<OPath>(message, value, "/former"); },
+    [](auto* message, const auto& value) { checkReading<std::optional<int>>(message, value, 4711); },
+    [](auto* message, const auto& value) { checkReading<std::optional<bool>>(message, value, std::nullopt); },
+    [](auto* message, const auto& value) {
+        checkReading<std::optional<std::string>>(message, value, "former");
+    },
+    [](auto* message, const auto& value) {
+        checkReading<std::optional<OPath>>(message, value, std::nullopt);
+    },
+    [](auto* message, const auto& value) {
+        checkReading<std::optional<std::vector<OPath>>>(message, value, std::nullopt);
+    },
+    [](auto* message, const auto& value) {
+        checkReading<std::vector<unsigned char>>(message, value, {1, 2});
+    },
+    [](auto* message, const auto& value) {
+        checkReading<std::vector<std::string>>(message, value, {"former"});
+    },
+    [](auto* message, const auto& value) { checkReading<std::vector<OPath>>(message, value, {}); },
+    [](auto* message, const auto& value) { checkReading<std::set<std::string>>(message, value, {"former"}); },
+};
+
+void checkMessage(const Value& value, Reading reading) {
+    const dbus::MessagePtr message = bus().message();
+    if (append(message.get(), value) && append(message.get(), textValue(std::string(nextText)))) {
+        test::StubBus::seal(message.get());
+        reading(message.get(), value);
+    }
+}
+
+}  // namespace
+}  // namespace kaz::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace kaz::fuzz;
+    FuzzedDataProvider bytes(data, size);
+    const Reading reading = bytes.PickValueInArray(readings);
+    const std::string type = makeType(bytes);
+    checkMessage(makeWrapped(bytes, makeValue(bytes, type)), reading);
+    return 0;
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <fuzzer/FuzzedDataProvider.h>
+#include <kaz/dbus/message.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kaz::fuzz {
+
+// A D-Bus value of any type, to know what a message holds without reading it.
+struct Value {
+    std::string signature;        // one complete type
+    std::uint64_t number = 0;     // of a number or truth value
+    std::string text;             // of a string, object path or signature
+    std::vector<Value> contents;  // of a container; a variant has one
+
+    char type() const { return signature.front(); }
+};
+
+// A text as D-Bus takes it: UTF-8 without NUL.
+Value textValue(std::string text);
+Value variantOf(Value contents);
+
+// A complete type: often one that this library reads, sometimes any.
+std::string makeType(FuzzedDataProvider& bytes);
+
+// A value of this type, with contents in moderate numbers.
+Value makeValue(FuzzedDataProvider& bytes, std::string_view signature);
+
+// The value with up to some variants around it.
+Value makeWrapped(FuzzedDataProvider& bytes, Value value);
+
+// Whether containers nest deeper than D-Bus allows. sd-bus builds such messages all the same, and reads some of them.
+bool nestsTooDeep(const Value& value);
+
+// Appends the value. False when sd-bus does not take it, because it nests too deep.
+bool append(sd_bus_message* message, const Value& value);
+
+}  // namespace kaz::fuzz

@@ -1,0 +1,35 @@
+#include "kept_log.h"
+
+#include <spdlog/details/null_mutex.h>
+#include <spdlog/sinks/base_sink.h>
+#include <spdlog/spdlog.h>
+
+#include <memory>
+
+namespace kaz::fuzz {
+
+class KeptLog::Sink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+  public:
+    explicit Sink(std::vector<std::string>& texts) : texts_(texts) {}
+
+  private:
+    void sink_it_(const spdlog::details::log_msg& record) override {
+        texts_.emplace_back(record.payload.data(), record.payload.size());
+    }
+    void flush_() override {}
+
+    std::vector<std::string>& texts_;
+};
+
+KeptLog::KeptLog() {
+    auto logger = std::make_shared<spdlog::logger>("", std::make_shared<Sink>(texts_));
+    logger->set_level(spdlog::level::trace);
+    spdlog::set_default_logger(std::move(logger));
+}
+
+KeptLog& KeptLog::instance() {
+    static KeptLog* const log = new KeptLog;  // lives as long as the logger: to the very end
+    return *log;
+}
+
+}  // namespace kaz::fuzz

@@ -1,0 +1,35 @@
+// What the records of property dictionaries are to hold, told without sd-bus and without the tables by which they are
+// decoded.
+#pragma once
+
+#include "dbus_value.h"
+#include "records.h"
+#include "reference_reader.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kaz::fuzz {
+
+// Nothing where decoding has to fail: on a value that is no dictionary, a key that is no string, and a known key's
+// value of the wrong type.
+std::optional<wifi::SystemdUnitProperty> expectUnit(const Value& value);
+std::optional<wifi::ConfiguredSsid> expectConfiguredSsid(const Value& value);
+std::optional<wifi::BSSData> expectBss(const Value& value);
+std::optional<wifi::SignalPoll> expectSignalPoll(const Value& value);
+std::optional<dbus::NetworkdLinkProperties> expectLink(const Value& value);
+std::optional<dbus::SupplicantInterfaceProperties> expectInterface(const Value& value);
+
+bool same(const wifi::SystemdUnitProperty& a, const wifi::SystemdUnitProperty& b);
+bool same(const wifi::ConfiguredSsid& a, const wifi::ConfiguredSsid& b);
+bool same(const wifi::BSSData& a, const wifi::BSSData& b);
+bool same(const wifi::SignalPoll& a, const wifi::SignalPoll& b);
+bool same(const dbus::NetworkdLinkProperties& a, const dbus::NetworkdLinkProperties& b);
+bool same(const dbus::SupplicantInterfaceProperties& a, const dbus::SupplicantInterfaceProperties& b);
+
+// A property dictionary: mostly keys that some record knows, with values mostly of their types.
+Value makeDictionary(FuzzedDataProvider& bytes);
+
+}  // namespace kaz::fuzz

@@ -1,0 +1,144 @@
+// The record decoders on property dictionaries, with known and unknown keys, right and wrong types: each record has
+// exactly the fields that were sent, or is refused as a whole.
+#include "dbus_value.h"
+#include "record_reference.h"
+#include "records.h"
+#include "require.h"
+#include "stub_bus.h"
+#include "variant.h"
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace kaz::fuzz {
+namespace {
+
+const test::StubBus& bus() {
+    static const test::StubBus instance;
+    return instance;
+}
+
+template <typename Record>
+std::optional<Record> checkRecord(sd_bus_message* message, const Value& dictionary,
+                                  const std::optional<Record>& expected) {
+    sd_bus_message_rewind(message, 1);
+    const dbus::CodecResult<Record> record = dbus::read<Record>(message);
+    if (!record && nestsTooDeep(dictionary)) {
+        return std::nullopt;
+    }
+    require(
+        record.has_value() == expected.has_value(),
+        "a record is decoded from every dictionary whose known keys are of their types, and from no other");
+    if (!record) {
+        require(!record.error().empty(), "a record that is refused has its reason told");
+        return std::nullopt;
+    }
+    require(same(*record, *expected), "a record holds what was sent");
+    require(dbus::read<std::string>(message) == std::string("next"), "one value was taken, and no more");
+    return *record;
+}
+
+// What a record holds, sent as the library itself sends dictionaries.
+template <typename Record>
+void checkStable(const Record& record, const dbus::Variant::Map& map) {
+    const dbus::MessagePtr message = bus().message();
+    require(dbus::write(message.get(), map).has_value(), "what was read can be written");
+    test::StubBus::seal(message.get());
+    const dbus::CodecResult<Record> again = dbus::read<Record>(message.get());
+    require(again && same(*again, record), "what was written is read back");
+}
+
+template <typename Field>
+void put(dbus::Variant::Map& map, const char* key, const std::optional<Field>& field) {
+    if (field) {
+        map.emplace(key, *field);
+    }
+}
+
+void checkInterface(sd_bus_message* message, const Value& dictionary) {
+    auto record = checkRecord(message, dictionary, expectInterface(dictionary));
+    if (!record) {
+        return;
+    }
+    // Paths are never sent in a dictionary.
+    record->bsss.reset();
+    record->currentNetwork.reset();
+    record->currentBss.reset();
+    dbus::Variant::Map map;
+    put(map, "Scanning", record->scanning);
+    put(map, "State", record->state);
+    put(map, "DisconnectReason", record->disconnectReason);
+    checkStable(*record, map);
+}
+
+void checkBss(sd_bus_message* message, const Value& dictionary) {
+    const auto record = checkRecord(message, dictionary, expectBss(dictionary));
+    if (!record) {
+        return;
+    }
+    wifi::BSSData sendable;
+    sendable.privacy = record->privacy;
+    sendable.rsn.group = record->rsn.group;
+    checkStable(sendable, {{"Privacy", sendable.privacy},
+                           {"RSN", dbus::Variant::Map{{"Group", dbus::Variant(sendable.rsn.group)}}}});
+}
+
+void checkUnit(sd_bus_message* message, const Value& dictionary) {
+    if (const auto record = checkRecord(message, dictionary, expectUnit(dictionary))) {
+        dbus::Variant::Map map;
+        put(map, "ActiveState", record->activeState);
+        checkStable(*record, map);
+    }
+}
+
+void checkLink(sd_bus_message* message, const Value& dictionary) {
+    if (const auto record = checkRecord(message, dictionary, expectLink(dictionary))) {
+        dbus::Variant::Map map;
+        put(map, "OnlineState", record->onlineState);
+        checkStable(*record, map);
+    }
+}
+
+void checkSignalPoll(sd_bus_message* message, const Value& dictionary) {
+    if (const auto record = checkRecord(message, dictionary, expectSignalPoll(dictionary))) {
+        dbus::Variant::Map map;
+        put(map, "rssi", record->rssi);
+        checkStable(*record, map);
+    }
+}
+
+void checkConfiguredSsid(sd_bus_message* message, const Value& dictionary) {
+    if (const auto record = checkRecord(message, dictionary, expectConfiguredSsid(dictionary))) {
+        dbus::Variant::Map map;
+        put(map, "ssid", record->ssid);
+        checkStable(*record, map);
+    }
+}
+
+using Decoding = void (*)(sd_bus_message* message, const Value& dictionary);
+constexpr std::array<Decoding, 6> decodings{checkInterface, checkBss,        checkUnit,
+                                            checkLink,      checkSignalPoll, checkConfiguredSsid};
+
+void checkMessage(const Value& dictionary, Decoding decoding) {
+    const dbus::MessagePtr message = bus().message();
+    if (append(message.get(), dictionary) && append(message.get(), textValue("next"))) {
+        test::StubBus::seal(message.get());
+        decoding(message.get(), dictionary);
+    }
+}
+
+}  // namespace
+}  // namespace kaz::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace kaz::fuzz;
+    FuzzedDataProvider bytes(data, size);
+    const Decoding decoding = bytes.PickValueInArray(decodings);
+    checkMessage(makeWrapped(bytes, makeDictionary(bytes)), decoding);
+    return 0;
+}

@@ -1,0 +1,175 @@
+// The connection tracker under any sequence of events: after each event it agrees with a model of its rules, and
+// keeps the promises that hold whatever happens.
+#include "connection_info_helper.h"
+#include "fake_clock.h"
+#include "kept_log.h"
+#include "require.h"
+#include "tracker_event.h"
+#include "tracker_model.h"
+#include "tracker_promises.h"
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kaz::fuzz {
+namespace {
+
+using Kind = TrackerEvent::Kind;
+
+std::chrono::nanoseconds makeDuration(FuzzedDataProvider& bytes) {
+    static constexpr std::array<std::int64_t, 8> usual{
+        0, 1, 999'999, 1'000'000, 1'000'000'000, 1'999'000'000, 1'999'000'001, 2'000'000'000};
+    const auto pick = bytes.ConsumeIntegralInRange<std::size_t>(0, usual.size());
+    return std::chrono::nanoseconds(
+        pick < usual.size() ? usual.at(pick) : bytes.ConsumeIntegralInRange<std::int64_t>(0, 3'000'000'000));
+}
+
+TrackerEvent makeEvent(FuzzedDataProvider& bytes) {
+    static const std::array<std::string, 4> ssids{"Home", "Cafe", std::string("a\0\"\\\xff", 5), ""};
+    TrackerEvent event;
+    event.kind = bytes.ConsumeEnum<Kind>();
+    switch (event.kind) {
+        case Kind::connect:
+        case Kind::forget:
+        case Kind::select:
+            event.ssid = ssids.at(bytes.ConsumeIntegralInRange<std::size_t>(0, 3));
+            break;
+        case Kind::bss:
+            event.ssid = ssids.at(bytes.ConsumeIntegralInRange<std::size_t>(0, 3));
+            [[fallthrough]];
+        case Kind::signal:
+            event.dBm = bytes.ConsumeIntegralInRange(-101, 0);
+            break;
+        case Kind::scanning:
+        case Kind::online:
+            event.flag = bytes.ConsumeBool();
+            break;
+        case Kind::status:
+            // Also the numbers beside those that stand for a state.
+            event.status = static_cast<TrackerModel::Status>(bytes.ConsumeIntegralInRange(-1, 5));
+            break;
+        case Kind::wait:
+            event.duration = makeDuration(bytes);
+            break;
+        case Kind::disconnect:
+        case Kind::selectNameless:
+        case Kind::noBss:
+        case Kind::supplicantComes:
+        case Kind::supplicantGoes:
+        case Kind::look:
+            break;
+    }
+    return event;
+}
+
+void tell(wifi::ConnectionInfoHelper& tracker, const TrackerEvent& event) {
+    switch (event.kind) {
+        case Kind::connect:
+            return tracker.notifyAboutConnectionAttempt(event.ssid);
+        case Kind::disconnect:
+            return tracker.notifyAboutDisconnect();
+        case Kind::forget:
+            return tracker.notifyAboutForget(event.ssid);
+        case Kind::select:
+            return tracker.setCurrentNetworkSsid(event.ssid);
+        case Kind::selectNameless:
+            return tracker.setCurrentNetworkSsid(std::nullopt);
+        case Kind::scanning:
+            return tracker.setScanning(event.flag);
+        case Kind::bss:
+            return tracker.setCurrentBss(event.bss());
+        case Kind::noBss:
+            return tracker.setCurrentBss(std::nullopt);
+        case Kind::status:
+            return tracker.setSupplicantStatus(event.status);
+        case Kind::signal:
+            return tracker.setSignalStrength(event.dBm);
+        case Kind::online:
+            return tracker.setNetworkdIsOnline(event.flag);
+        case Kind::supplicantComes:
+            return tracker.setSupplicantState(true);
+        case Kind::supplicantGoes:
+            return tracker.setSupplicantState(false);
+        case Kind::wait:
+        case Kind::look:
+            return;
+    }
+}
+
+void tell(TrackerModel& model, const TrackerEvent& event, TrackerModel::Time now) {
+    switch (event.kind) {
+        case Kind::connect:
+            return model.userConnects(event.ssid, now);
+        case Kind::disconnect:
+            return model.userDisconnects(now);
+        case Kind::forget:
+            return model.userForgets(event.ssid, now);
+        case Kind::select:
+            return model.supplicantSelects(event.ssid, now);
+        case Kind::selectNameless:
+            return model.supplicantSelects(std::nullopt, now);
+        case Kind::scanning:
+            return model.scanning(event.flag, now);
+        case Kind::bss:
+            return model.bss(event.bss(), now);
+        case Kind::noBss:
+            return model.bss(std::nullopt, now);
+        case Kind::status:
+            return model.status(event.status, now);
+        case Kind::signal:
+            return model.signal(event.dBm, now);
+        case Kind::online:
+            return model.online(event.flag, now);
+        case Kind::supplicantComes:
+            return model.supplicantCame();
+        case Kind::supplicantGoes:
+            return model.supplicantWent(now);
+        case Kind::wait:
+        case Kind::look:
+            return;
+    }
+}
+
+void run(FuzzedDataProvider& bytes) {
+    const auto clock = std::make_shared<test::FakeClock>();
+    wifi::ConnectionInfoHelper tracker(clock);
+    TrackerModel model;
+    TrackerPromises promises;
+    KeptLog& log = KeptLog::instance();
+    // Looking settles things, so the engine's looks after some events only are another case than looks after all.
+    const bool looksAlways = bytes.ConsumeBool();
+    while (bytes.remaining_bytes() > 0) {
+        const TrackerEvent event = makeEvent(bytes);
+        log.clear();
+        clock->advance(event.duration);
+        tell(tracker, event);
+        tell(model, event, clock->get());
+        require(tracker.getActiveTimeout() == model.timeLeft(clock->get()),
+                "tracker and model see the same time left");
+        if (looksAlways || event.kind == Kind::look) {
+            model.settle(clock->get());
+            require(tracker.getConnectionInfo() == model.info(), "tracker and model publish the same record");
+        }
+        require(log.texts() == model.takeLog(), "the log tells how attempts end, and nothing else");
+        promises.judgeEvent(event, log.texts());
+        if (looksAlways) {
+            promises.judgeRecord(event, tracker.getConnectionInfo(), clock->get());
+        }
+    }
+}
+
+}  // namespace
+}  // namespace kaz::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    FuzzedDataProvider bytes(data, size);
+    kaz::fuzz::run(bytes);
+    return 0;
+}

@@ -1,0 +1,194 @@
+// Messages as no library builds them: bodies of any bytes, in either byte order, as they come from a socket. Reading
+// them fails or succeeds, the same way each time, and texts are texts.
+#include "dbus_value.h"
+#include "records.h"
+#include "require.h"
+#include "value_codec.h"
+
+#include <fuzzer/FuzzedDataProvider.h>
+#include <kaz/dbus/message.h>
+#include <sys/socket.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+namespace kaz::fuzz {
+namespace {
+
+// Lays values out as they lie in a message.
+class WireBytes {
+  public:
+    explicit WireBytes(bool bigEndian) : bigEndian_(bigEndian) {}
+
+    WireBytes& number(std::size_t value, std::size_t size) {
+        align(size);
+        for (std::size_t i = 0; i < size; ++i) {
+            bytes_ += static_cast<char>((value >> (8 * (bigEndian_ ? size - 1 - i : i))) & 0xffU);
+        }
+        return *this;
+    }
+    WireBytes& raw(std::string_view value) {
+        bytes_ += value;
+        return *this;
+    }
+    WireBytes& align(std::size_t boundary) {
+        bytes_.resize((bytes_.size() + boundary - 1) / boundary * boundary, '\0');
+        return *this;
+    }
+    // A field of a message's header.
+    WireBytes& field(std::size_t code, char type, std::string_view value) {
+        const std::array<char, 3> signature{1, type, 0};
+        align(8).number(code, 1).raw({signature.data(), signature.size()});
+        return number(value.size(), type == SD_BUS_TYPE_SIGNATURE ? 1 : 4).raw(value).number(0, 1);
+    }
+    const std::string& str() const { return bytes_; }
+
+  private:
+    bool bigEndian_;
+    std::string bytes_;
+};
+
+std::string signal(bool bigEndian, std::string_view signature, std::string_view body) {
+    constexpr std::size_t pathCode = 1;
+    constexpr std::size_t interfaceCode = 2;
+    constexpr std::size_t memberCode = 3;
+    constexpr std::size_t signatureCode = 8;
+    constexpr std::size_t signalType = 4;
+    WireBytes fields(bigEndian);
+    fields.field(pathCode, 'o', "/")
+        .field(interfaceCode, 's', "com.example.Wire")
+        .field(memberCode, 's', "Signal");
+    fields.field(signatureCode, 'g', signature);
+    WireBytes message(bigEndian);
+    message.raw(bigEndian ? "B" : "l").number(signalType, 1).number(0, 1).number(1, 1);
+    message.number(body.size(), 4).number(1, 4).number(fields.str().size(), 4).raw(fields.str());
+    return message.align(8).raw(body).str();
+}
+
+// A connection whose far end is in our hands.
+class Line {
+  public:
+    Line() {
+        sd_bus* bus = nullptr;
+        require(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends_.data()) == 0 &&
+                    sd_bus_new(&bus) >= 0 && sd_bus_set_fd(bus, ends_[0], ends_[0]) >= 0 &&
+                    sd_bus_start(bus) >= 0,
+                "there can be a connection");
+        bus_.reset(bus);
+        send("DATA\r\nOK 0123456789abcdef0123456789abcdef\r\nERROR\r\n");
+    }
+    ~Line() { ::close(ends_[1]); }
+    Line(const Line&) = delete;
+    Line& operator=(const Line&) = delete;
+    Line(Line&&) = delete;
+    Line& operator=(Line&&) = delete;
+
+    // Null when the bus does not take it for a message; it hangs up then.
+    dbus::MessagePtr receive(const std::string& bytes) {
+        send(bytes);
+        sd_bus_message* message = nullptr;
+        while (message == nullptr && sd_bus_process(bus_.get(), &message) > 0) {
+        }
+        return dbus::MessagePtr(message);
+    }
+
+  private:
+    struct CloseBus {
+        void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
+    };
+
+    void send(std::string_view bytes) {
+        require(
+            ::send(ends_[1], bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size()),
+            "the line takes what is sent");
+    }
+
+    std::array<int, 2> ends_{-1, -1};
+    std::unique_ptr<sd_bus, CloseBus> bus_;
+};
+
+void checkText(const std::string& text) {
+    require(text.find('\0') == std::string::npos, "a text holds no NUL");
+}
+
+template <typename T>
+void checkValue(const T& value) {
+    if constexpr (std::is_same_v<T, std::string>) {
+        checkText(value);
+    } else if constexpr (std::is_same_v<T, dbus::OPath>) {
+        require(value.str().starts_with('/'), "a path is a path");
+    } else if constexpr (std::is_same_v<T, std::vector<std::string>> ||
+                         std::is_same_v<T, std::set<std::string>>) {
+        for (const std::string& text : value) {
+            checkText(text);
+        }
+    }
+}
+
+// As much as there is of one type.
+template <typename T>
+std::size_t readAll(sd_bus_message* message) {
+    std::size_t count = 0;
+    sd_bus_message_rewind(message, 1);
+    while (const auto value = dbus::read<T>(message)) {
+        checkValue(*value);
+        ++count;
+    }
+    return count;
+}
+
+template <typename T>
+void checkReading(sd_bus_message* message) {
+    const std::size_t count = readAll<T>(message);
+    require(readAll<T>(message) == count, "reading again gives the same");
+}
+
+using Reading = void (*)(sd_bus_message* message);
+constexpr std::array<Reading, 14> readings{
+    checkReading<int>,
+    checkReading<short>,
+    checkReading<unsigned char>,
+    checkReading<bool>,
+    checkReading<std::string>,
+    checkReading<dbus::OPath>,
+    checkReading<std::vector<unsigned char>>,
+    checkReading<std::vector<std::string>>,
+    checkReading<std::vector<dbus::OPath>>,
+    checkReading<std::set<std::string>>,
+    checkReading<wifi::BSSData>,
+    checkReading<wifi::ConfiguredSsid>,
+    checkReading<wifi::SignalPoll>,
+    checkReading<dbus::SupplicantInterfaceProperties>,
+};
+
+}  // namespace
+}  // namespace kaz::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace kaz::fuzz;
+    static std::optional<Line> line;
+    FuzzedDataProvider bytes(data, size);
+    const Reading reading = bytes.PickValueInArray(readings);
+    const bool bigEndian = bytes.ConsumeBool();
+    const std::string signature = makeType(bytes);
+    if (!line) {
+        line.emplace();
+    }
+    const auto message = line->receive(signal(bigEndian, signature, bytes.ConsumeRemainingBytesAsString()));
+    if (message) {
+        reading(message.get());
+    } else {
+        line.reset();
+    }
+    return 0;
+}
