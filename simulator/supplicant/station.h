@@ -100,7 +100,7 @@ class Station {
     void groupHandshake();
     void completed();
     void refused(int reason);
-    void refusedAtAuthentication();
+    void refusedAtAuthentication(int status);
     void pause(Network& network);
     void leave(int reason);
     void forgetConnection();

@@ -10,7 +10,25 @@ namespace {
 
 constexpr int handshakeTimeoutReason = 15;  // IEEE 802.11: 4-way handshake time-out
 constexpr int eapRefusedReason = 23;        // IEEE 802.11: IEEE 802.1X authentication failed
-constexpr int challengeFailedStatus = 15;   // IEEE 802.11 status code
+
+// IEEE 802.11 status codes.
+constexpr int unspecifiedFailure = 1;
+constexpr int challengeFailed = 15;
+constexpr int tooManyStations = 17;
+
+// Why the access point does not even authenticate; nothing when it does.
+std::optional<int> refusalAtAuthentication(const NetworkConfig& network, const AccessPoint& accessPoint) {
+    if (accessPoint.full) {
+        return tooManyStations;
+    }
+    if (!suits(network, accessPoint)) {
+        return challengeFailed;
+    }
+    if (admission(network, accessPoint) != Admission::refusedAtAuthentication) {
+        return std::nullopt;
+    }
+    return accessPoint.security == Security::wep ? challengeFailed : unspecifiedFailure;
+}
 
 // How many times the shortest pause a network gets after so many refusals in a row.
 int pauseFactor(unsigned failures) {
@@ -41,9 +59,11 @@ void Station::stepAfter(std::chrono::milliseconds delay, void (Station::*step)()
 
 void Station::associate() {
     const AccessPoint* const accessPoint = reachedAccessPoint();
-    if (accessPoint == nullptr || !suits(currentNetwork()->config, *accessPoint) ||
-        admission(currentNetwork()->config, *accessPoint) == Admission::refusedAtAuthentication) {
-        refusedAtAuthentication();
+    const std::optional<int> refusal = accessPoint == nullptr
+                                           ? challengeFailed
+                                           : refusalAtAuthentication(currentNetwork()->config, *accessPoint);
+    if (refusal) {
+        refusedAtAuthentication(*refusal);
         return;
     }
     setState(State::associating);
@@ -107,7 +127,7 @@ void Station::groupHandshake() {
         connectionLost();
     } else if (admission(currentNetwork()->config, *accessPoint) == Admission::refusedAtHandshake) {
         step_ = scheduler_.after(neighbourhood_.times.handshakeTimeout,
-                                 [this] { refused(-handshakeTimeoutReason); });
+                                 [this] { refused(handshakeTimeoutReason); });
     } else {
         setState(State::groupHandshake);
         stepAfter(neighbourhood_.times.handshake, &Station::completed);
@@ -131,10 +151,10 @@ void Station::refused(int reason) {
     searchAfter(neighbourhood_.times.reconnect);
 }
 
-void Station::refusedAtAuthentication() {
+void Station::refusedAtAuthentication(int status) {
     constexpr unsigned patience = 3;
     constexpr std::array<int, patience + 1> delays = {1, 5, 10, 50};  // times the usual pause
-    authStatusCode_ = challengeFailedStatus;
+    authStatusCode_ = status;
     events_.changed("AuthStatusCode");
     const unsigned before = std::min(failures_++, patience);
     if (failures_ > patience) {

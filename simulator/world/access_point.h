@@ -34,6 +34,7 @@ struct AccessPoint {
     std::string password;  // WEP, WPA and SAE
     std::vector<EapAccount> accounts;
     bool hidden = false;  // beacons without its SSID, answers only who asks for it
+    bool full = false;    // turns every station away
 
     bool operator==(const AccessPoint&) const = default;
 };

@@ -99,6 +99,7 @@ void fillAccessPoint(AccessPoint& accessPoint, const json& value, const std::str
         {"security", [](AccessPoint& a, const json& v) { a.security = securityOf(v); }},
         {"password", [](AccessPoint& a, const json& v) { a.password = v.get<std::string>(); }},
         {"hidden", [](AccessPoint& a, const json& v) { a.hidden = v.get<bool>(); }},
+        {"full", [](AccessPoint& a, const json& v) { a.full = v.get<bool>(); }},
         {"accounts",
          [](AccessPoint& a, const json& v) {
              a.accounts.clear();

@@ -57,7 +57,7 @@ TEST_F(Connecting, CompletesWithTheRightKeyForEveryKindOfSecurity) {
     }
 }
 
-TEST_F(Connecting, EndsInDisconnectedWithReasonMinus15WhenThePresharedKeyIsWrong) {
+TEST_F(Connecting, EndsInDisconnectedWithReason15WhenThePresharedKeyIsWrong) {
     start({accessPoint("Home", Security::wpa2, "correct horse")});
     select(addNetwork(pskNetwork("Home", "wrong horse")));
     ASSERT_TRUE(reaches("4way_handshake"));
@@ -66,21 +66,31 @@ TEST_F(Connecting, EndsInDisconnectedWithReasonMinus15WhenThePresharedKeyIsWrong
                signal.arguments.at(1).contains(property) && signal.arguments.at(1).at(property) == value;
     };
     ASSERT_TRUE(client_->waitForSignal("PropertiesChanged",
-                                       [&](const Signal& s) { return tells(s, "DisconnectReason", -15); }));
+                                       [&](const Signal& s) { return tells(s, "DisconnectReason", 15); }));
     EXPECT_TRUE(client_->waitForSignal("PropertiesChanged", [&](const Signal& s) {
         return tells(s, "State", "disconnected") && tells(s, "CurrentNetwork", "/") &&
                tells(s, "CurrentBSS", "/");
     }));
 }
 
-TEST_F(Connecting, EndsInDisconnectedBeforeAssociationWhenAWepKeyOrSaePasswordIsWrong) {
-    start({accessPoint("old", Security::wep, "abcde"), accessPoint("new", Security::wpa3, "password")});
-    const Settings wep = {{"ssid", "old"}, {"key_mgmt", "NONE"}, {"wep_key0", "edcba"}};
-    for (const Settings& settings : {wep, saeNetwork("new", "other")}) {
-        select(addNetwork(settings));
-        ASSERT_TRUE(reaches("authenticating"));
-        ASSERT_TRUE(reaches("disconnected"));
-        EXPECT_EQ(client_->get(supplicantInterface, "AuthStatusCode"), 15);
+TEST_F(Connecting, EndsInDisconnectedBeforeAssociationWhenTheAccessPointRefuses) {
+    AccessPoint full = accessPoint("full", Security::open);
+    full.full = true;
+    start({accessPoint("old", Security::wep, "abcde"), accessPoint("new", Security::wpa3, "password"), full});
+    struct Row {
+        Settings settings;
+        int status;
+    };
+    const Row rows[] = {
+        {{{"ssid", "old"}, {"key_mgmt", "NONE"}, {"wep_key0", "edcba"}}, 15},
+        {saeNetwork("new", "other"), 1},
+        {openNetwork("full"), 17},
+    };
+    for (const Row& row : rows) {
+        select(addNetwork(row.settings));
+        ASSERT_TRUE(reaches("authenticating")) << row.status;
+        ASSERT_TRUE(reaches("disconnected")) << row.status;
+        EXPECT_EQ(client_->get(supplicantInterface, "AuthStatusCode"), row.status);
     }
     EXPECT_EQ(client_->get(supplicantInterface, "DisconnectReason"), 0);
 }

@@ -23,7 +23,7 @@ std::string refusal(const std::string& text) {
 TEST(NeighbourhoodJson, ReadsEveryMemberOfAnAccessPoint) {
     const auto neighbourhood = neighbourhoodFromJson(R"({"access_points": [{
         "ssid_hex": "4100fe", "bssid": "02:00:00:00:00:07", "signal": -71, "frequency": 5180, "security": "eap",
-        "password": "unused", "hidden": true,
+        "password": "unused", "hidden": true, "full": true,
         "accounts": [{"identity": "ada", "password": "p", "method": "PEAP", "phase2": "GTC"}]}]})");
     const AccessPoint expected{.ssid = std::string("A\0\xfe", 3),
                                .bssid = "02:00:00:00:00:07",
@@ -32,7 +32,8 @@ TEST(NeighbourhoodJson, ReadsEveryMemberOfAnAccessPoint) {
                                .security = Security::eap,
                                .password = "unused",
                                .accounts = {{"ada", "p", "PEAP", "GTC"}},
-                               .hidden = true};
+                               .hidden = true,
+                               .full = true};
     ASSERT_EQ(neighbourhood.accessPoints.size(), 1U);
     EXPECT_TRUE(neighbourhood.accessPoints.front() == expected);
 }
