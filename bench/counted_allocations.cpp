@@ -13,6 +13,8 @@ std::size_t kaz::bench::allocations() noexcept {
     return count;
 }
 
+// NOLINTBEGIN(cppcoreguidelines-no-malloc): this is where memory comes from
+
 void* operator new(std::size_t size) {
     ++count;
     if (void* memory = std::malloc(size)) {
@@ -27,3 +29,5 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, std::size_t /*size*/) noexcept {
     std::free(memory);
 }
+
+// NOLINTEND(cppcoreguidelines-no-malloc)

@@ -34,8 +34,8 @@ namespace {
 
 // The child cleans up after these and then dies of them, and the parent with it.
 void ignoreKeyboard() {
-    ::signal(SIGINT, SIG_IGN);
-    ::signal(SIGQUIT, SIG_IGN);
+    static_cast<void>(::signal(SIGINT, SIG_IGN));
+    static_cast<void>(::signal(SIGQUIT, SIG_IGN));
 }
 
 }  // namespace

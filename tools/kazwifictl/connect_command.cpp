@@ -53,6 +53,7 @@ class ConnectCommand {
     void callOff(Session& session);
     void giveUpNew(Session& session);
     Failure refusal(ConnectResult verdict, Session& session) const;
+    std::string advice(ConnectResult verdict, Session& session) const;
 
     const Options& options_;
     Workspace& place_;
@@ -139,18 +140,34 @@ void ConnectCommand::request(Session& session) {
 }
 
 Failure ConnectCommand::refusal(ConnectResult verdict, Session& session) const {
-    std::string advice;
-    if (verdict == ConnectResult::eapMethodUnsupported) {
-        const auto methods = session.device().eapMethods();
-        advice =
-            methods.empty() ? "without --eap" : fmt::format("--eap with one of {}", fmt::join(methods, ", "));
-    } else if (verdict == ConnectResult::phase2MethodUnsupported) {
-        const auto methods = session.device().phase2Methods();
-        advice = fmt::format("--phase2 with one of {}", fmt::join(methods, ", "));
-    } else if (verdict == ConnectResult::securityModeUnsupported) {
-        advice = "--security wpa3 if the network uses WPA3 with a password";
+    return {ExitCode::refused, what_, std::string(brokenRule(verdict, settings_.securityMode)),
+            advice(verdict, session)};
+}
+
+std::string ConnectCommand::advice(ConnectResult verdict, Session& session) const {
+    const bool sae = settings_.securityMode == SecurityMode::sae;
+    switch (verdict) {
+        case ConnectResult::ok:
+            break;
+        case ConnectResult::ssidEmpty:
+        case ConnectResult::ssidTooLong:
+            return "a name of 1 to 32 bytes";
+        case ConnectResult::passwordTooShort:
+        case ConnectResult::passwordTooLong:
+            return sae ? "a password of 1 to 1024 bytes" : "a password of 8 to 63 bytes";
+        case ConnectResult::wepKeyInvalidLength:
+            return "the key as text, not in hexadecimal digits";
+        case ConnectResult::eapMethodUnsupported: {
+            const auto methods = session.device().eapMethods();
+            return methods.empty() ? "without --eap"
+                                   : fmt::format("--eap with one of {}", fmt::join(methods, ", "));
+        }
+        case ConnectResult::phase2MethodUnsupported:
+            return fmt::format("--phase2 with one of {}", fmt::join(session.device().phase2Methods(), ", "));
+        case ConnectResult::securityModeUnsupported:
+            return "--security wpa3 if the network uses WPA3 with a password";
     }
-    return {ExitCode::refused, what_, std::string(brokenRule(verdict, settings_.securityMode)), advice};
+    return {};
 }
 
 Report ConnectCommand::follow(Session& session) {
@@ -200,6 +217,7 @@ bool ConnectCommand::watch(Session& session, const Attempt& attempt) {
 }
 
 // `attempt` is a copy: what calling off does to the connection is no part of it.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 Report ConnectCommand::end(Session& session, Attempt attempt) {
     const bool unfinished = !attempt.outcome() && !attempt.linkIsUp();
     const bool failed = attempt.outcome() && attempt.outcome() != Attempt::Outcome::connected;

@@ -40,11 +40,11 @@ std::optional<int> Interrupts::take() {
 }
 
 void dieOf(int signal) {
-    ::signal(signal, SIG_DFL);
+    static_cast<void>(::signal(signal, SIG_DFL));
     sigset_t set;
     ::sigemptyset(&set);
     ::sigaddset(&set, signal);
-    ::raise(signal);
+    static_cast<void>(::raise(signal));
     ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
     ::_exit(128 + signal);
 }

@@ -70,7 +70,7 @@ class LibraryLog::Sink final : public spdlog::sinks::base_sink<std::mutex> {
         line.remove_suffix(line.empty() ? 0 : 1);  // the line break
         // SSIDs stand in records as they are, escape sequences and all.
         const std::string shown = harmless(line, true) + '\n';
-        std::fwrite(shown.data(), 1, shown.size(), stderr);
+        static_cast<void>(std::fwrite(shown.data(), 1, shown.size(), stderr));
     }
 
     bool verbose_;

@@ -10,7 +10,7 @@ constexpr std::chrono::milliseconds firstStateSettles{150};
 
 }  // namespace
 
-LiveWorkspace::LiveWorkspace(DeviceFactory make, Interrupts& interrupts, LibraryLog& log,
+LiveWorkspace::LiveWorkspace(const DeviceFactory& make, Interrupts& interrupts, LibraryLog& log,
                              std::chrono::milliseconds startWait)
     : Workspace(make, interrupts, log, startWait), session_(make, interrupts) {}
 

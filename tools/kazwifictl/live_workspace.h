@@ -7,7 +7,7 @@ namespace kaz::ctl {
 // The workspace of a prompt: one session for all commands.
 class LiveWorkspace final : public Workspace {
   public:
-    LiveWorkspace(DeviceFactory make, Interrupts& interrupts, LibraryLog& log,
+    LiveWorkspace(const DeviceFactory& make, Interrupts& interrupts, LibraryLog& log,
                   std::chrono::milliseconds startWait);
 
     View look(const std::string& what, Need need) override;

@@ -88,7 +88,7 @@ int start(const Options& options) {
     }
     // The gauges are the business of the device's own program, whose file this one would overwrite.
     ::unsetenv("KAZ_METRICS_FILE");
-    ::signal(SIGPIPE, SIG_IGN);
+    static_cast<void>(::signal(SIGPIPE, SIG_IGN));
     std::unique_ptr<Simulation> simulation;
     if (options.simulate) {
         simulation = std::make_unique<Simulation>(*options.simulate);
@@ -105,7 +105,7 @@ int start(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::setlocale(LC_CTYPE, "");
+    static_cast<void>(std::setlocale(LC_CTYPE, ""));
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     try {
         const Parsed parsed = parseCommandLine(arguments);

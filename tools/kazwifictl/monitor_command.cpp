@@ -1,3 +1,5 @@
+#include <signal.h>
+
 #include "command_failed.h"
 #include "commands.h"
 #include "monitor.h"
@@ -29,7 +31,10 @@ Report monitorChanges(const Options& /*options*/, Workspace& place, Output& outp
         const Observation observation(session, [&](const Event& event) {
             output.put(writer.change(session.view(), event, wallTimeOf(event.time)));
         });
-        session.until(Clock::time_point::max(), [&](const View&) { return !output.good(); });
+        wake = session.until(Clock::time_point::max(), [&](const View&) { return !output.good(); });
+    }
+    if (wake == Session::Wake::interrupted && session.signal() == SIGINT && output.terminal().interactive) {
+        output.say("\n");  // after the ^C that the terminal shows
     }
     return {};
 }

@@ -92,6 +92,7 @@ class LineWriter {
 std::vector<NetworkRow> networkRows(const std::vector<wifi::WifiNetwork>& networks,
                                     const ConnectionInfo& connection) {
     std::vector<NetworkRow> rows;
+    rows.reserve(networks.size() + 1);
     for (const wifi::WifiNetwork& network : networks) {
         rows.push_back({network.ssid, network.signal, network.securityMode, network.configured});
     }

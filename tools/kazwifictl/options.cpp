@@ -120,7 +120,7 @@ void Parser::addConnect() {
     sub->add_option("--phase2", connect.phase2Method, "GTC, MSCHAP, MSCHAPV2 or PAP")->type_name("METHOD");
     sub->add_option("--wait", raw_.wait, "Seconds to wait; 0: do not (30)")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, 86400.0).name(""));
+        ->check(CLI::Range(0.0, 86400.0).description(""));
     sub->add_flag("--keep", connect.keep, "Keep a new network saved although connecting fails");
     sub->footer(
         "Examples: kazwifictl connect Home\n"

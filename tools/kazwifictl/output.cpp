@@ -46,13 +46,13 @@ void Output::put(std::string_view text) {
 void Output::complain(const Failure& failure) {
     write({});
     const std::string line = errorLine(failure) + '\n';
-    std::fwrite(line.data(), 1, line.size(), stderr);
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
 }
 
 void Output::write(std::string_view text) {
     if (passing_) {
         passing_ = false;
-        std::fputs("\r\x1b[K", stdout);
+        static_cast<void>(std::fputs("\r\x1b[K", stdout));
     }
     const bool written = text.empty() || std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
     if ((std::fflush(stdout) != 0 || !written) && error_ == 0) {

@@ -6,6 +6,10 @@
 namespace kaz::ctl {
 namespace {
 
+double inSeconds(std::chrono::milliseconds time) {
+    return std::chrono::duration<double>(time).count();
+}
+
 Json powerJson(const View& view, bool changed) {
     return {{"enabled", view.enabled}, {"running", view.running}, {"changed", changed}};
 }
@@ -27,11 +31,14 @@ Report switchOn(const Options& /*options*/, Workspace& place, Output& /*output*/
     Session& session = place.act(what, Workspace::Need::nothing);
     const bool changed = !session.view().enabled || !session.view().running;
     session.device().setEnabled(true);
-    await(session, place.startWait(), [](const View& view) { return view.running; },
-          {ExitCode::noStack, what,
-           fmt::format("wpa_supplicant did not start within {} ms, or has no Wi-Fi interface",
-                       place.startWait().count()),
-           "systemctl status wpa_supplicant.service"});
+    const LibraryLog::Hints hints = place.log().hints();
+    const std::string late =
+        fmt::format("wpa_supplicant did not start within {:g} s, or has no Wi-Fi interface",
+                    inSeconds(place.startWait()));
+    await(
+        session, place.startWait(), [](const View& view) { return view.running; },
+        hints.noBus ? noStack(what, session.view(), hints)
+                    : Failure{ExitCode::noStack, what, late, "systemctl status wpa_supplicant.service"});
     place.finish();
     checkStored(place, true);
     View view = session.view();
@@ -46,7 +53,7 @@ Report switchOff(const Options& /*options*/, Workspace& place, Output& /*output*
     session.device().setEnabled(false);
     await(session, place.startWait(), [](const View& view) { return !view.running; },
           {ExitCode::timedOut, what,
-           fmt::format("wpa_supplicant did not stop within {} ms", place.startWait().count()),
+           fmt::format("wpa_supplicant did not stop within {:g} s", inSeconds(place.startWait())),
            "systemctl status wpa_supplicant.service"});
     // That it does not run proves nothing about the request to stop it: it may have been about to start.
     place.settle();

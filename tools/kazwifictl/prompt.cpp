@@ -86,7 +86,7 @@ class Line {
     void clear() {
         ::rl_free_line_state();
         ::rl_callback_sigcleanup();
-        std::fputs("^C\n", stdout);
+        static_cast<void>(std::fputs("^C\n", stdout));
         ::rl_replace_line("", 0);
         ::rl_on_new_line();
         ::rl_redisplay();
@@ -95,7 +95,7 @@ class Line {
     // Writes a line above the prompt.
     void above(const std::string& text) {
         ::rl_clear_visible_line();
-        std::fputs(text.c_str(), stdout);
+        static_cast<void>(std::fputs(text.c_str(), stdout));
         ::rl_on_new_line();
         ::rl_forced_update_display();
     }
@@ -106,7 +106,7 @@ class Line {
         line.close();  // before the command writes anything
         line.ended_ = text == nullptr;
         line.entered_ = text == nullptr ? std::string() : std::string(text);
-        ::free(text);
+        ::free(text);  // NOLINT(cppcoreguidelines-no-malloc): readline allocated it
     }
 
     static int takeEndOfFile(int /*count*/, int /*key*/) { return ::rl_execute_next('D' & 0x1f); }
@@ -116,7 +116,7 @@ class Line {
         rl_filename_completion_desired = 1;
         rl_filename_quoting_desired = 1;
         // The words before, whatever quote the one in progress has opened.
-        const std::size_t length = static_cast<std::size_t>(from);
+        const auto length = static_cast<std::size_t>(from);
         const std::string_view before = std::string_view(rl_line_buffer).substr(0, length);
         const auto last = before.find_last_not_of("'\"");
         const std::string_view whole = before.substr(0, last == std::string_view::npos ? 0 : last + 1);
@@ -242,7 +242,9 @@ bool Prompt::obey(const std::string& text) {
         output_.put(promptHelpText());
         return true;
     }
-    const Parsed parsed = parsePromptLine(*words, options_);
+    // As messages and the manual write a command.
+    const bool named = words->front() == "kazwifictl";
+    const Parsed parsed = parsePromptLine({words->begin() + (named ? 1 : 0), words->end()}, options_);
     if (const auto* failure = std::get_if<Failure>(&parsed)) {
         last_ = failure->code;
         output_.complain(*failure);

@@ -20,6 +20,7 @@ namespace kaz::ctl {
 namespace {
 
 constexpr std::size_t longestLine = 4096;
+constexpr const char* readable = "a file whose first line is the password";
 
 // Keeps a terminal from showing what is typed.
 class EchoOff {
@@ -102,17 +103,15 @@ bool readSome(int fd, std::string& line, const std::string& name) {
     }
     if (count < 0) {
         const std::string why = std::generic_category().message(errno);
-        throw CommandFailed({ExitCode::failed, "cannot read the password from " + name, why, {}});
+        throw CommandFailed({ExitCode::failed, "cannot read the password from " + name, why, readable});
     }
     const std::string_view read(buffer.data(), static_cast<std::size_t>(count));
     const std::size_t end = read.find('\n');
     line += read.substr(0, end);
     ::explicit_bzero(buffer.data(), buffer.size());
     if (line.size() > longestLine) {
-        throw CommandFailed({ExitCode::failed,
-                             "cannot read the password from " + name,
-                             "its first line is longer than 4096 bytes",
-                             {}});
+        throw CommandFailed({ExitCode::failed, "cannot read the password from " + name,
+                             "its first line is longer than 4096 bytes", readable});
     }
     return count > 0 && end == std::string_view::npos;
 }
@@ -147,7 +146,7 @@ std::string askSecret(const std::string& question, Interrupts& interrupts) {
         }
         if (waited[2].revents != 0 && stops.take()) {
             echo.show();
-            ::raise(SIGSTOP);
+            static_cast<void>(::raise(SIGSTOP));
             echo.hide();
             writeAll(tty.get(), question);
         } else if (waited[0].revents != 0) {
@@ -166,7 +165,7 @@ std::string readSecret(const std::string& path, Interrupts& interrupts) {
                                             : ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (file.get() < 0) {
         const std::string why = std::generic_category().message(errno);
-        throw CommandFailed({ExitCode::failed, "cannot read the password from " + name, why, {}});
+        throw CommandFailed({ExitCode::failed, "cannot read the password from " + name, why, readable});
     }
     std::string line;
     for (bool more = true; more;) {

@@ -17,6 +17,7 @@
 #include "command_failed.h"
 #include "default_neighbourhood.h"
 #include "file_descriptor.h"
+#include "ssid_text.h"
 
 namespace kaz::ctl {
 namespace {
@@ -98,6 +99,10 @@ Simulation::Simulation(const std::string& neighbourhood) : Simulation() {
     if (file.empty()) {
         file = folder_ / "neighbourhood.json";
         std::ofstream(file) << defaultNeighbourhood;
+    } else if (::access(file.c_str(), R_OK) != 0) {
+        throw CommandFailed({ExitCode::failed, what,
+                             harmless(file, true) + ": " + std::generic_category().message(errno),
+                             "--simulate without a file, for the neighbourhood that is built in"});
     }
     start(*program, file);
 }

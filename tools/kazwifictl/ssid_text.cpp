@@ -112,7 +112,14 @@ std::string presentable(std::string_view ssid, bool utf8) {
 }
 
 std::string quoted(std::string_view ssid, bool utf8) {
-    return '"' + presentable(ssid, utf8) + '"';
+    std::string result = "\"";
+    for (const char byte : presentable(ssid, utf8)) {
+        if (byte == '"') {
+            result += '\\';
+        }
+        result += byte;
+    }
+    return result + '"';
 }
 
 std::string harmless(std::string_view text, bool utf8) {

@@ -15,7 +15,7 @@ namespace kaz::ctl {
 // escaped. Two different SSIDs never get the same text.
 std::string presentable(std::string_view ssid, bool utf8);
 
-// presentable() between double quotes, for use in a sentence.
+// presentable() between double quotes, those inside escaped, for use in a sentence.
 std::string quoted(std::string_view ssid, bool utf8);
 
 // A message that may carry foreign text, made fit for a terminal: what presentable() escapes is escaped, but

@@ -18,6 +18,7 @@ class ExitStatus : public CommandFixture {
         EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
         EXPECT_EQ(result.err.rfind("kazwifictl: ", 0), 0U) << result.err;
         EXPECT_NE(result.err.find(because), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find("; try: "), std::string::npos) << result.err;
     }
 };
 
@@ -46,6 +47,10 @@ TEST_F(ExitStatus, Is1WhenItFailed) {
     fails(1, {"connect", "Home", "--password-file", "/nonexistent"}, "No such file");
     fails(1, {"connect", "Campus", "--identity", "ada", "--eap", "PEAP", "--phase2", "MSCHAPV2"},
           "it refused", "no such engine\n");
+}
+
+TEST_F(ExitStatus, Is1WhenNothingCanBeSimulated) {
+    fails(1, {"--simulate=" + (file("nowhere.json")).string(), "list"}, "nowhere.json: No such file");
 }
 
 TEST_F(ExitStatus, Is1WhenNothingCanBeSaved) {
@@ -105,6 +110,7 @@ TEST_F(ExitStatus, Is4WhenThereIsNoWifi) {
 TEST_F(ExitStatus, Is4WithoutABus) {
     environment["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=/nonexistent/bus";
     fails(4, {"list", "--start-wait", "1"}, "the system bus cannot be reached");
+    fails(4, {"on", "--start-wait", "1"}, "the system bus cannot be reached");
     fails(4, {"status"}, "the system bus cannot be reached");
 }
 

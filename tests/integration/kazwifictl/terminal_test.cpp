@@ -180,7 +180,7 @@ TEST_F(TerminalTest, ThePromptTakesWhatWasTypedAhead) {
     ASSERT_TRUE(program->waitFor("kazwifi> "));
     program->send("connect Home\n");
     ASSERT_TRUE(program->waitFor("Password for"));
-    program->send("correct horse\nforget Home\nnonsense\nlist --nonsense\n" + ctrlD);
+    program->send("correct horse\nkazwifictl forget Home\nnonsense\nlist --nonsense\n" + ctrlD);
     ASSERT_TRUE(program->waitFor("Connected to")) << program->out();
     ASSERT_TRUE(program->waitFor("Forgot \"Home\"")) << program->out();
     ASSERT_TRUE(program->waitFor("there is no command \"nonsense\"")) << program->out();
@@ -256,6 +256,7 @@ TEST_F(TerminalTest, CtrlCEndsACommandButNotThePrompt) {
     program->send("monitor\n");
     ASSERT_TRUE(program->waitFor("on, wpa_supplicant runs")) << program->out();
     program->send(ctrlC);
+    ASSERT_TRUE(program->waitFor("^C\r\n")) << program->out();
     ASSERT_TRUE(program->waitFor("kazwifi> "));
     program->send("quit\n");
     EXPECT_EQ(program->wait().status, 0) << program->out();

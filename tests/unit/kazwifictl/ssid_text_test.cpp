@@ -82,6 +82,12 @@ TEST(SsidText, TellsAllSsidsOfTwoBytesApart) {
     EXPECT_EQ(texts.size(), 65536U);
 }
 
+TEST(SsidText, EscapesQuotesBetweenQuotes) {
+    EXPECT_EQ(quoted("Home", true), R"("Home")");
+    EXPECT_EQ(quoted(R"(Home", -10 dBm)", true), R"("Home\", -10 dBm")");
+    EXPECT_EQ(quoted(R"(a\"b)", true), R"("a\\\"b")");
+}
+
 TEST(SsidText, OnlyAnSsidThatCanBeTypedIsPlain) {
     for (const std::string& plain : {"Home"s, "My Home"s, "東京"s, "it's"s, "-dash"s}) {
         EXPECT_TRUE(isPlain(plain)) << plain;
