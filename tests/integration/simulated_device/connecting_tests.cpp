@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <chrono>
 
 #include "device_fixture.h"
 
@@ -22,12 +23,17 @@ class Connecting : public DeviceFixture {
     void connectHome() { connect(settings("Home", SecurityMode::rsnPsk, homePassword)); }
 };
 
+// The address comes when the test has seen that it is waited for.
 TEST_F(Connecting, ToAWpa2NetworkGoesThroughEveryStage) {
+    neighbourhood.times.dhcp = std::chrono::hours(24);
     start();
     manager().scan();
     ASSERT_TRUE(user().waitForNetwork("Home"));
     user().forgetHistory();
-    connectHome();
+    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connectingIP, "Home"));
+    device().setOnlineState("online");
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
 
     std::vector<Status> stages;
     for (const ConnectionInfo& info : user().history()) {

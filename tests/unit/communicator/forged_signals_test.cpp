@@ -1,0 +1,172 @@
+// Signals that look like a daemon's but come from somebody else on the bus.
+#include "communicator_fixture.h"
+
+#include <ostream>
+
+namespace kaz::wifi {
+namespace {
+
+using test::Append;
+
+struct Subscription {
+    std::string name;
+    std::string service;
+    std::string path;
+    std::string interface;
+    std::string member;
+    Append arguments;
+    std::string effect;  // of the genuine one, as the handlers note it
+};
+
+void PrintTo(const Subscription& subscription, std::ostream* out) {
+    *out << subscription.name;
+}
+
+const std::vector<Subscription>& subscriptions() {
+    static const std::vector<Subscription> all{
+        {"UnitState", "org.freedesktop.systemd1", unitPath, propertiesInterface, "PropertiesChanged",
+         values("sa{sv}as", unitInterface, 1, "ActiveState", "s", "inactive", 0), "status changed: off"},
+        {"ScanDone", "fi.w1.wpa_supplicant1", interfacePath, interfaceInterface, "ScanDone", values("b", 1),
+         "scanning done: true"},
+        {"Eap", "fi.w1.wpa_supplicant1", interfacePath, interfaceInterface, "EAP",
+         values("ss", "remote certificate verification", "success"),
+         "EAP: Status: remote certificate verification, parameter: success"},
+        {"NetworkSelected", "fi.w1.wpa_supplicant1", interfacePath, interfaceInterface, "NetworkSelected",
+         values("o", networkPath), "network selected: \"Home\""},
+        {"InterfaceProperties", "fi.w1.wpa_supplicant1", interfacePath, propertiesInterface,
+         "PropertiesChanged", values("sa{sv}as", interfaceInterface, 1, "State", "s", "completed", 0),
+         "report: status=Connected"},
+        {"OnlineState", "org.freedesktop.network1", networkdPath, propertiesInterface, "PropertiesChanged",
+         values("sa{sv}as", networkdInterface, 1, "OnlineState", "s", "online", 0), "networkd online: true"},
+    };
+    return all;
+}
+
+// Any program on the bus.
+class Intruder {
+  public:
+    explicit Intruder(const std::string& address) {
+        sd_bus* made = nullptr;
+        EXPECT_GE(sd_bus_new(&made), 0);
+        bus_.reset(made);
+        EXPECT_GE(sd_bus_set_address(made, address.c_str()), 0);
+        EXPECT_GE(sd_bus_set_bus_client(made, 1), 0);
+        EXPECT_GE(sd_bus_start(made), 0);
+    }
+
+    // On return the bus has passed it on. Without a destination to everybody.
+    void send(const Subscription& forged, const std::string& destination) {
+        sd_bus_message* made = nullptr;
+        ASSERT_GE(sd_bus_message_new_signal(bus_.get(), &made, forged.path.c_str(), forged.interface.c_str(),
+                                            forged.member.c_str()),
+                  0);
+        const dbus::MessagePtr signal(made);
+        forged.arguments(made);
+        if (!destination.empty()) {
+            ASSERT_GE(sd_bus_message_set_destination(made, destination.c_str()), 0);
+        }
+        ASSERT_GE(sd_bus_send(bus_.get(), made, nullptr), 0);
+        ASSERT_GE(sd_bus_call_method(bus_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                     "org.freedesktop.DBus", "GetId", nullptr, nullptr, ""),
+                  0);
+    }
+
+  private:
+    struct Close {
+        void operator()(sd_bus* bus) const noexcept { sd_bus_flush_close_unref(bus); }
+    };
+    std::unique_ptr<sd_bus, Close> bus_;
+};
+
+class ForgedSignals : public CommunicatorTest, public testing::WithParamInterface<Subscription> {
+  protected:
+    ForgedSignals() {
+        supplicant.onGet(networkPath, networkInterface, "Properties",
+                         reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
+        systemd.onGet("/who/asks", unitInterface, "ActiveState", [this](sd_bus_message* call) {
+            ourName = sd_bus_message_get_sender(call);
+            return reply("v", "s", "")(call);
+        });
+    }
+
+    const Subscription& subscription() const { return GetParam(); }
+
+    test::ScriptedPeer& genuine() {
+        if (subscription().service == "org.freedesktop.systemd1") {
+            return systemd;
+        }
+        return subscription().service == "org.freedesktop.network1" ? networkd : supplicant;
+    }
+
+    // Asks a peer, which sees who asks.
+    std::string nameOfTheCommunicator() {
+        onLoop([this] { static_cast<void>(communicator->systemdGetUnitActiveStateSync("/who/asks")); });
+        return ourName;
+    }
+
+    bool showsEffect() const {
+        const auto seen = calls.calls();
+        return std::find(seen.begin(), seen.end(), subscription().effect) != seen.end() ||
+               log.contains(subscription().effect);
+    }
+
+    void expectNothing(const std::string& destination) {
+        forget();
+        intruder->send(subscription(), destination);
+        if (!destination.empty()) {
+            EXPECT_TRUE(
+                log.waitForText(spdlog::level::debug, "Dropping " + subscription().member + ": sent by "));
+        }
+        settle();
+        EXPECT_FALSE(showsEffect());
+        EXPECT_THAT(takeCalls(), IsEmpty());
+    }
+
+    void expectEffectOfTheGenuineOne() {
+        forget();
+        genuine().emit(subscription().path, subscription().interface, subscription().member,
+                       subscription().arguments);
+        if (subscription().name == "Eap") {  // which is for the log only
+            EXPECT_TRUE(log.waitForText(spdlog::level::debug, subscription().effect));
+        } else {
+            EXPECT_TRUE(calls.waitForCall(subscription().effect));
+        }
+    }
+
+    void restartGenuine() {
+        genuine().leave();
+        settleBus();
+        genuine().comeBack();
+        settleBus();
+    }
+
+    // What the bus told us of names has been handled.
+    void settleBus() {
+        onLoop([this] { static_cast<void>(communicator->systemdGetUnitActiveStateSync("/who/asks")); });
+        onLoop([] {});
+    }
+
+    std::string ourName;
+    std::unique_ptr<Intruder> intruder = std::make_unique<Intruder>(bus.address());
+};
+
+TEST_P(ForgedSignals, ChangeNothingBeforeAndAfterTheRealPeerRestarted) {
+    startAttached();
+    const std::string us = nameOfTheCommunicator();
+    ASSERT_EQ(us.find(':'), 0U);
+    expectNothing(us);
+    expectNothing("");
+
+    restartGenuine();
+    expectNothing(us);
+    expectNothing("");
+
+    // All the while we listened.
+    expectEffectOfTheGenuineOne();
+}
+
+INSTANTIATE_TEST_SUITE_P(OfEverySubscription, ForgedSignals, testing::ValuesIn(subscriptions()),
+                         [](const auto& subscription) { return subscription.param.name; });
+
+}  // namespace
+}  // namespace kaz::wifi
