@@ -12,11 +12,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace kaz::fuzz {
 namespace {
@@ -26,20 +23,27 @@ bool isInUnicode(wchar_t character) {
     return character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
 }
 
-// The C library's opinion of a text: its characters, or nothing when it is not UTF-8.
-std::optional<std::wstring> decoded(const std::string& text) {
-    std::wstring characters;
-    std::mbstate_t state{};
+// Hands out the characters of a text as the C library sees them. False when it is not UTF-8.
+template <typename Take>
+bool forEachCharacter(const std::string& text, Take take) {
+    ::mbstate_t state{};
     for (std::size_t at = 0; at < text.size();) {
-        wchar_t character = 0;
-        const std::size_t length = std::mbrtowc(&character, text.data() + at, text.size() - at, &state);
-        if (length > text.size() || !isInUnicode(character)) {
-            return std::nullopt;
+        auto character = static_cast<wchar_t>(text[at]);
+        std::size_t length = 1;
+        if (character < 0 || character > 0x7F) {
+            length = ::mbrtowc(&character, text.data() + at, text.size() - at, &state);
         }
-        characters += character;
-        at += std::max<std::size_t>(length, 1);
+        if (length > text.size() || !isInUnicode(character)) {
+            return false;
+        }
+        take(character);
+        at += length;
     }
-    return characters;
+    return true;
+}
+
+bool isUtf8(const std::string& text) {
+    return forEachCharacter(text, [](wchar_t) {});
 }
 
 bool isAsciiText(const std::string& text) {
@@ -54,28 +58,27 @@ bool steersDirection(wchar_t character) {
 
 // The columns that a terminal gives to a text that is fit for one.
 int checkedWidth(const std::string& text, bool utf8) {
-    const auto characters = decoded(text);
-    require(characters.has_value(), "what is shown is UTF-8");
-    require(utf8 || isAsciiText(text), "where there is no UTF-8, what is shown is printable ASCII");
     int columns = 0;
-    for (const wchar_t character : *characters) {
+    const bool valid = forEachCharacter(text, [&columns](wchar_t character) {
         const int width = character == 0 ? -1 : ::wcwidth(character);
         require(width >= 0, "what is shown is printable");
         require(!steersDirection(character), "what is shown does not steer the direction of text");
         columns += width;
-    }
+    });
+    require(valid, "what is shown is UTF-8");
+    require(utf8 || isAsciiText(text), "where there is no UTF-8, what is shown is printable ASCII");
     require(columns == ctl::columnsOf(text), "a text is as wide as reckoned");
     return columns;
 }
 
-// Undoes presentable().
+// Undoes presentable(), and quoted() between the quotes.
 std::string fromPresentable(const std::string& text) {
     std::string bytes;
     for (std::size_t at = 0; at < text.size(); ++at) {
         if (text[at] != '\\') {
             bytes += text[at];
-        } else if (text.at(++at) == '\\') {
-            bytes += '\\';
+        } else if (text.at(++at) == '\\' || text[at] == '"') {
+            bytes += text[at];
         } else if (text[at] == 'x') {
             bytes += static_cast<char>(std::stoi(text.substr(at + 1, 2), nullptr, 16));
             at += 2;
@@ -96,7 +99,11 @@ void checkPresentable(const std::string& ssid, bool utf8) {
             "what is shown reads back as the SSID's bytes, so no two look alike");
     require(!shown.starts_with(' ') && !shown.ends_with(' '), "blanks at the ends are visible");
     require(!utf8 || ctl::isPlain(ssid) == (!ssid.empty() && shown == ssid), "plain is what shows as it is");
-    require(ctl::quoted(ssid, utf8) == '"' + shown + '"', "quotes are all that quoting adds");
+    const std::string quoted = ctl::quoted(ssid, utf8);
+    checkedWidth(quoted, utf8);
+    require(quoted.size() >= 2 && quoted.front() == '"' && quoted.back() == '"',
+            "a quotation is between quotes");
+    require(fromPresentable(quoted.substr(1, quoted.size() - 2)) == ssid, "and reads back, too");
     checkedWidth(ctl::harmless(ssid, utf8), utf8);
 }
 
@@ -137,8 +144,8 @@ void checkShellArgument(const std::string& ssid, bool utf8) {
 
 void checkOtherForms(const std::string& ssid) {
     const std::string json = ctl::validUtf8(ssid);
-    require(decoded(json).has_value(), "the text for JSON is UTF-8");
-    require(!decoded(ssid) || json == ssid, "the text for JSON is the SSID where that is UTF-8");
+    require(isUtf8(json), "the text for JSON is UTF-8");
+    require(!isUtf8(ssid) || json == ssid, "the text for JSON is the SSID where that is UTF-8");
     require(ctl::fromHex(ctl::toHex(ssid)) == ssid, "digits read back");
     if (const auto bytes = ctl::fromHex(ssid)) {
         std::string digits = ssid;
@@ -147,6 +154,25 @@ void checkOtherForms(const std::string& ssid) {
         });
         require(ctl::toHex(*bytes) == digits, "only digits are read as digits");
     }
+}
+
+// Hebrew and Arabic letters, to begin with.
+bool holdsRightToLeft(const std::string& text) {
+    bool found = false;
+    forEachCharacter(text, [&found](wchar_t character) {
+        found =
+            found || (character >= 0x5D0 && character <= 0x5EA) || (character >= 0x627 && character <= 0x64A);
+    });
+    return found;
+}
+
+void checkIsolation(const std::string& ssid, bool utf8) {
+    static const std::string mark = "\u200E";
+    const std::string shown = ctl::presentable(ssid, utf8);
+    const std::string isolated = ctl::isolated(shown);
+    require(isolated == shown || isolated == mark + shown + mark, "a text is isolated by marks around it");
+    require(isolated != shown || !holdsRightToLeft(shown), "a text that runs from right to left is isolated");
+    require(isolated == shown || !isAsciiText(shown), "one that cannot is not");
 }
 
 void checkCutting(const std::string& ssid, bool utf8, int columns) {
@@ -163,44 +189,61 @@ void checkCutting(const std::string& ssid, bool utf8, int columns) {
     require(checkedWidth(ctl::paddedTo(cut, columns), utf8) == columns, "padding fills up to the width");
 }
 
-void checkTable(const std::vector<ctl::NetworkRow>& rows, bool utf8, int columns) {
+void checkTable(const std::string& ssid, const std::string& other, bool utf8, int columns) {
+    ctl::NetworkRow current;
+    current.ssid = ssid;
+    current.status = wifi::ConnectionInfo::Status::connectingIP;
+    ctl::NetworkRow listed;
+    listed.ssid = other;
+    listed.dBm = -columns;
+    listed.security = wifi::SecurityMode::rsnPsk;
     ctl::Terminal terminal;
     terminal.utf8 = utf8;
-    terminal.columns = columns;
-    const std::string table = ctl::networkTable(rows, terminal);
+    terminal.columns = columns + 2;  // the narrowest that can hold the mark of the current network
+    const std::string table = ctl::networkTable({current, listed}, terminal);
     std::size_t lines = 0;
     for (std::size_t begin = 0; begin < table.size(); ++lines) {
         const std::size_t end = table.find('\n', begin);
         require(end != std::string::npos, "every line of a table ends");
-        require(checkedWidth(table.substr(begin, end - begin), utf8) <= columns, "a table fits its terminal");
+        require(checkedWidth(table.substr(begin, end - begin), utf8) <= terminal.columns,
+                "a table fits its terminal");
         begin = end + 1;
     }
-    require(lines == rows.size() + 1, "a table has one line a network");
+    require(lines == 3, "a table has a heading and one line a network");
+}
+
+enum class Check { presentable, shellArgument, otherForms, isolation, cutting, table, kMaxValue = table };
+
+void check(Check what, const std::string& ssid, const std::string& other, bool utf8, int columns) {
+    switch (what) {
+        case Check::presentable:
+            return checkPresentable(ssid, utf8);
+        case Check::shellArgument:
+            return checkShellArgument(ssid, utf8);
+        case Check::otherForms:
+            return checkOtherForms(ssid);
+        case Check::isolation:
+            return checkIsolation(ssid, utf8);
+        case Check::cutting:
+            return checkCutting(ssid, utf8, columns);
+        case Check::table:
+            return checkTable(ssid, other, utf8, columns);
+    }
 }
 
 }  // namespace
 }  // namespace kaz::fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace kaz::fuzz;
     static const char* const locale = ::setlocale(LC_ALL, "C.UTF-8");
-    kaz::fuzz::require(locale != nullptr, "the C library knows C.UTF-8");
+    require(locale != nullptr, "the C library knows C.UTF-8");
     FuzzedDataProvider bytes(data, size);
+    const auto what = bytes.ConsumeEnum<Check>();
     const bool utf8 = bytes.ConsumeBool();
     const int columns = bytes.ConsumeIntegralInRange(0, 60);
-    const int signal = bytes.ConsumeIntegralInRange(-101, 0);
-    const std::string other = bytes.ConsumeRandomLengthString(8);
     const std::string ssid = bytes.ConsumeRandomLengthString(40);
-    kaz::fuzz::checkPresentable(ssid, utf8);
-    kaz::fuzz::checkShellArgument(ssid, utf8);
-    kaz::fuzz::checkOtherForms(ssid);
-    kaz::fuzz::checkCutting(ssid, utf8, columns);
-    kaz::ctl::NetworkRow current;
-    current.ssid = ssid;
-    current.status = kaz::wifi::ConnectionInfo::Status::connectingIP;
-    kaz::ctl::NetworkRow listed;
-    listed.ssid = other;
-    listed.dBm = signal;
-    listed.security = kaz::wifi::SecurityMode::rsnPsk;
-    kaz::fuzz::checkTable({current, listed}, utf8, columns + 2);
+    const std::string other = bytes.ConsumeRandomLengthString(8);
+    check(what, ssid, other, utf8, columns);
     return 0;
 }

@@ -28,7 +28,7 @@ KeptLog::KeptLog() {
 }
 
 KeptLog& KeptLog::instance() {
-    static KeptLog* const log = new KeptLog;  // lives as long as the logger: to the very end
+    static auto* const log = new KeptLog;  // lives as long as the logger: to the very end
     return *log;
 }
 
