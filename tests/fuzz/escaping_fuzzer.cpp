@@ -75,18 +75,17 @@ int checkedWidth(const std::string& text, bool utf8) {
 std::string fromPresentable(const std::string& text) {
     std::string bytes;
     for (std::size_t at = 0; at < text.size(); ++at) {
-        if (text[at] != '\\') {
-            bytes += text[at];
-        } else if (text.at(++at) == '\\' || text[at] == '"') {
-            bytes += text[at];
-        } else if (text[at] == 'x') {
+        const char letter = text[at] == '\\' ? text.at(++at) : ' ';
+        if (letter == 'x') {
             bytes += static_cast<char>(std::stoi(text.substr(at + 1, 2), nullptr, 16));
             at += 2;
-        } else {
+        } else if (letter == 'u') {
             const std::size_t end = text.find('}', at);
-            bytes += ctl::toUtf8(
-                static_cast<char32_t>(std::stoul(text.substr(at + 2, end - at - 2), nullptr, 16)));
+            const auto value = std::stoul(text.substr(at + 2, end - at - 2), nullptr, 16);
+            bytes += ctl::toUtf8(static_cast<char32_t>(value));
             at = end;
+        } else {
+            bytes += text[at];
         }
     }
     return bytes;
