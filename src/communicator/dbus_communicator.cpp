@@ -1,6 +1,7 @@
 #include "dbus_communicator.h"
 
 #include "bus_names.h"
+#include "loop_extensions.h"
 
 #include <spdlog/spdlog.h>
 
@@ -13,7 +14,7 @@ std::unique_ptr<Communicator> createCommunicator() {
 }
 
 DbusCommunicator::DbusCommunicator() {
-    eventLoop_.setConnectionTaskSync([this](bool connected) { onConnectionChanged(connected); });
+    followConnection(eventLoop_, [this](bool connected) { onConnectionChanged(connected); });
     eventLoop_.pushTaskAsync([this] { connectToSystemdSync(); });
 }
 

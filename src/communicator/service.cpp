@@ -1,6 +1,7 @@
 // The supplicant's unit in systemd, and the link in systemd-networkd.
 #include "bus_names.h"
 #include "dbus_communicator.h"
+#include "loop_extensions.h"
 
 #include <spdlog/spdlog.h>
 
@@ -38,7 +39,7 @@ void DbusCommunicator::followUnit(const dbus::OPath& unit) {
     subscribe(bus::systemd::service, unit, bus::propertiesInterface, bus::propertiesChanged, false,
               &DbusCommunicator::onSignalUnitPropertiesChanged);
     // A systemd that was not there yet knew no unit, and a new one does not know that we asked for signals.
-    eventLoop_.setNameOwnerTaskSync(bus::systemd::service, [this](bool owned) {
+    followNameOwner(eventLoop_, bus::systemd::service, [this](bool owned) {
         if (owned) {
             connectToSystemdSync();
         }
