@@ -91,6 +91,15 @@ std::string fromPresentable(const std::string& text) {
     return bytes;
 }
 
+// Whether the first quote that is not escaped, after the one at the beginning, is the last character.
+bool isOneQuotation(const std::string& text) {
+    std::size_t at = 1;
+    while (at < text.size() && text[at] != '"') {
+        at += text[at] == '\\' ? 2U : 1U;
+    }
+    return text.starts_with('"') && at + 1 == text.size();
+}
+
 void checkPresentable(const std::string& ssid, bool utf8) {
     const std::string shown = ctl::presentable(ssid, utf8);
     checkedWidth(shown, utf8);
@@ -100,8 +109,7 @@ void checkPresentable(const std::string& ssid, bool utf8) {
     require(!utf8 || ctl::isPlain(ssid) == (!ssid.empty() && shown == ssid), "plain is what shows as it is");
     const std::string quoted = ctl::quoted(ssid, utf8);
     checkedWidth(quoted, utf8);
-    require(quoted.size() >= 2 && quoted.front() == '"' && quoted.back() == '"',
-            "a quotation is between quotes");
+    require(isOneQuotation(quoted), "a quotation ends where its last quote is");
     require(fromPresentable(quoted.substr(1, quoted.size() - 2)) == ssid, "and reads back, too");
     checkedWidth(ctl::harmless(ssid, utf8), utf8);
 }
