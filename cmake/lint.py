@@ -30,7 +30,7 @@ def compilations(build):
 def rules(build, *folders):
     print(RULES.format(script=os.path.relpath(__file__), build=build))
     for source in sorted(compilations(build)):
-        if source.split("/")[0] in folders:
+        if any(source.startswith(folder + "/") for folder in folders):
             config = ".clang-tidy tests/.clang-tidy" if source.startswith("tests/") else ".clang-tidy"
             print(f"build {build}/lint/{source}: tidy {source} | {config}")
     return 0

@@ -8,9 +8,8 @@
 //     thread as the tasks. So the effect of a later request proves that all earlier ones have ended.
 //  2. Connecting, and disconnecting or forgetting the network in use, publish the new state of the connection
 //     from inside the task. So that event proves that the task has begun.
-//  3. Ending the Manager waits for the task or pass in progress, then publishes and saves what is due. So
-//  once a
-//     request has begun, close() completes it; and once the supplicant is being followed, close() completes
+//  3. Ending the Manager waits for the task or pass in progress, then publishes and saves what is due. So once
+//     a request has begun, close() completes it; and once the supplicant is being followed, close() completes
 //     the first state.
 //
 // Where a request shows no effect of its own, such as to forget a network that is out of range, fence() makes

@@ -191,7 +191,7 @@ std::string isolated(std::string_view text) {
         const CodePoint point = codePointAt(text, at);
         if (isRightToLeft(point.value)) {
             const std::string mark = toUtf8(0x200E);
-            return mark + std::string(text) + mark;
+            return fmt::format("{0}{1}{0}", mark, text);
         }
         at += point.length;
     }

@@ -46,12 +46,13 @@ Message BusClient::newCall(const Target& target, const char* member) {
 }
 
 nlohmann::json BusClient::send(sd_bus_message* message) {
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     sd_bus_message* raw = nullptr;
     if (sd_bus_call(bus_.get(), message, callLimit, &error, &raw) < 0) {
-        const CallFailed failed(error.name, error.message == nullptr ? "" : error.message);
+        const std::string name = error.name;
+        const std::string text = error.message == nullptr ? "" : error.message;
         sd_bus_error_free(&error);
-        throw failed;
+        throw CallFailed(name, text);
     }
     const Message reply(raw);
     return nlohmann::json::parse(argumentsAsJson(raw));

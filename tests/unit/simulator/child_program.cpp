@@ -39,7 +39,7 @@ ChildProgram::~ChildProgram() {
     }
 }
 
-std::string ChildProgram::readLine() {
+std::string ChildProgram::readLine() const {
     std::string line;
     for (char c = 0; ::read(output_, &c, 1) == 1 && c != '\n';) {
         line += c;
@@ -47,7 +47,7 @@ std::string ChildProgram::readLine() {
     return line;
 }
 
-std::string ChildProgram::readAll() {
+std::string ChildProgram::readAll() const {
     std::string all;
     for (char c = 0; ::read(output_, &c, 1) == 1;) {
         all += c;

@@ -18,8 +18,8 @@ class ChildProgram {
     ChildProgram& operator=(ChildProgram&&) = delete;
 
     // Up to the end of the line, without it; empty at the end of the output.
-    std::string readLine();
-    std::string readAll();
+    std::string readLine() const;
+    std::string readAll() const;
     void signal(int number) const;
 
     // The exit status; 128 and the signal's number when a signal ended it.

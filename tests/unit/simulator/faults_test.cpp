@@ -7,9 +7,6 @@
 namespace kaz::sim::test {
 namespace {
 
-using ::testing::Contains;
-using ::testing::Field;
-
 Fault faultOf(const std::string& member, FaultKind kind) {
     Fault fault;
     fault.peer = "supplicant";
@@ -65,7 +62,7 @@ class FaultyDevice : public DeviceTest {
                          const char* first = "", const char* second = "") {
         const Message call = client_->newCall(target, member);
         check(sd_bus_message_append(call.get(), types, first, second), "append");
-        sd_bus_error error = SD_BUS_ERROR_NULL;
+        sd_bus_error error{};
         sd_bus_message* raw = nullptr;
         constexpr std::uint64_t limit = 200'000;  // µs; only a fault that swallows the reply lasts that long
         if (sd_bus_call(client_->bus(), call.get(), limit, &error, &raw) < 0) {

@@ -8,7 +8,6 @@
 namespace kaz::sim::test {
 namespace {
 
-using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 constexpr const char* program = KAZ_DEVICE_SIM;

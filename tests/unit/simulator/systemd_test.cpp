@@ -3,9 +3,7 @@
 namespace kaz::sim::test {
 namespace {
 
-using ::testing::Contains;
 using ::testing::ElementsAre;
-using ::testing::Field;
 using ::testing::IsEmpty;
 
 constexpr const char* unit = "wpa_supplicant.service";
