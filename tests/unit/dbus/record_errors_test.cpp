@@ -27,6 +27,15 @@ class RecordErrors : public CodecTest {
     }
 };
 
+TEST_F(RecordErrors, AMessageWithoutValuesIsNoRecord) {
+    EXPECT_FALSE(readFrom<SystemdUnitProperty>("").has_value());
+    EXPECT_FALSE(readFrom<BSSData>("").has_value());
+    // Nor is there one behind the last value.
+    const auto message = bus.sealed("s", "last");
+    ASSERT_TRUE(read<std::string>(message.get()).has_value());
+    EXPECT_FALSE(read<SignalPoll>(message.get()).has_value());
+}
+
 TEST_F(RecordErrors, AKnownKeyOfEveryRecordRefusesAValueOfAnotherType) {
     using Interface = SupplicantInterfaceProperties;
     const std::pair<const char*, std::string> errors[] = {
