@@ -133,12 +133,33 @@ void checkMessage(const Value& value, Reading reading) {
     }
 }
 
+// Any bytes: they are carried as they are, or refused.
+void checkWriting(const std::string& text) {
+    const dbus::MessagePtr plain = bus().message();
+    const auto written = dbus::write(plain.get(), text);
+    require(!written || text.find('\0') == std::string::npos, "a text with a NUL is refused");
+    const dbus::MessagePtr nested = bus().message();
+    const auto writtenNested = dbus::write(nested.get(), dbus::Variant(text));
+    require(written.has_value() == writtenNested.has_value(),
+            "a variant carries what is carried without one");
+    if (written) {
+        checkStable(text);
+    } else {
+        require(writtenNested.error() == "Unable to write to variant: " + written.error(),
+                "an error tells of the variant on the way");
+    }
+}
+
 }  // namespace
 }  // namespace kaz::fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace kaz::fuzz;
     FuzzedDataProvider bytes(data, size);
+    if (bytes.ConsumeIntegralInRange(0, 7) == 7) {
+        checkWriting(bytes.ConsumeRemainingBytesAsString());
+        return 0;
+    }
     const Reading reading = bytes.PickValueInArray(readings);
     const std::string type = makeType(bytes);
     checkMessage(makeWrapped(bytes, makeValue(bytes, type)), reading);

@@ -5,8 +5,10 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <string>
 #include <string_view>
@@ -52,6 +54,14 @@ std::vector<std::string> otherLines(const std::string& text, const std::string& 
     return lines;
 }
 
+// How many lines stand after the last one for the key; all when there is none.
+std::ptrdiff_t linesAfter(const std::string& key, const std::string& text) {
+    const std::vector<std::string> lines = linesOf(text);
+    const auto last = std::find_if(lines.rbegin(), lines.rend(),
+                                   [&](const std::string& line) { return isEntryOf(key, line); });
+    return std::distance(lines.rbegin(), last);
+}
+
 Entries without(Entries entries, const std::string& key) {
     entries.erase(key);
     return entries;
@@ -84,6 +94,8 @@ void checkUpdate(const std::string& text, const std::string& key, const std::str
     std::vector<std::string> kept = otherLines(text, key);
     const std::vector<std::string> lines = linesOf(updated);
     require(lines.size() == kept.size() + 1, "there is exactly one line for the key");
+    require(linesAfter(key, updated) == (before.contains(key) ? linesAfter(key, text) : 0),
+            "it stands where the last one for the key stood, or else at the end");
     // A last line without an end gets one when a line is put after it.
     const bool gotAnEnd = !before.contains(key) && !kept.empty() && !kept.back().ends_with('\n');
     if (gotAnEnd) {

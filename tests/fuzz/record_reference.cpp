@@ -124,9 +124,10 @@ constexpr std::array<Property, 20> properties{{
 
 std::string usualText(FuzzedDataProvider& bytes) {
     static constexpr std::array texts{
-        "active",       "inactive",           "failed",   "reloading", "online",         "offline",
-        "disconnected", "interface_disabled", "scanning", "completed", "4way_handshake", "associating",
-        "\"quoted\"",   "486f6d65",           "wpa-psk",  "wpa-eap",   "group_handshake"};
+        "active",         "inactive",           "failed",    "reloading",      "online",      "offline",
+        "disconnected",   "interface_disabled", "scanning",  "authenticating", "associating", "associated",
+        "4way_handshake", "group_handshake",    "completed", "\"quoted\"",     "486f6d65",    "wpa-psk",
+        "wpa-eap"};
     return bytes.PickValueInArray(texts);
 }
 

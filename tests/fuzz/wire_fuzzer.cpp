@@ -1,7 +1,8 @@
-// Messages as no library builds them: bodies of any bytes, in either byte order, as they come from a socket. Reading
-// them fails or succeeds, the same way each time, and texts are texts.
+// Messages as they come from a socket, in either byte order. Bodies of any bytes: reading them fails or succeeds, the
+// same way each time, and texts are texts. Bodies laid out by hand: what they hold is read.
 #include "dbus_value.h"
 #include "records.h"
+#include "reference_reader.h"
 #include "require.h"
 #include "value_codec.h"
 
@@ -51,12 +52,78 @@ class WireBytes {
         align(8).number(code, 1).raw({signature.data(), signature.size()});
         return number(value.size(), type == SD_BUS_TYPE_SIGNATURE ? 1 : 4).raw(value).number(0, 1);
     }
+    // Puts a number of four bytes in the place of another.
+    void overwrite(std::size_t at, std::size_t value) {
+        bytes_.replace(at, 4, WireBytes(bigEndian_).number(value, 4).str());
+    }
+    std::size_t size() const { return bytes_.size(); }
     const std::string& str() const { return bytes_; }
 
   private:
     bool bigEndian_;
     std::string bytes_;
 };
+
+std::size_t alignmentOf(char type) {
+    switch (type) {
+        case SD_BUS_TYPE_BYTE:
+        case SD_BUS_TYPE_SIGNATURE:
+        case SD_BUS_TYPE_VARIANT:
+            return 1;
+        case SD_BUS_TYPE_INT16:
+        case SD_BUS_TYPE_UINT16:
+            return 2;
+        case SD_BUS_TYPE_INT64:
+        case SD_BUS_TYPE_UINT64:
+        case SD_BUS_TYPE_DOUBLE:
+        case SD_BUS_TYPE_STRUCT_BEGIN:
+        case SD_BUS_TYPE_DICT_ENTRY_BEGIN:
+            return 8;
+        default:
+            return 4;
+    }
+}
+
+void layOut(WireBytes& bytes, const Value& value);
+
+void layOutArray(WireBytes& bytes, const Value& value) {
+    const std::size_t lengthAt = bytes.number(0, 4).size() - 4;
+    bytes.align(alignmentOf(value.signature[1]));
+    const std::size_t begin = bytes.size();
+    for (const Value& element : value.contents) {
+        layOut(bytes, element);
+    }
+    bytes.overwrite(lengthAt, bytes.size() - begin);
+}
+
+void layOut(WireBytes& bytes, const Value& value) {
+    const char type = value.type();
+    bytes.align(alignmentOf(type));
+    switch (type) {
+        case SD_BUS_TYPE_STRING:
+        case SD_BUS_TYPE_OBJECT_PATH:
+        case SD_BUS_TYPE_SIGNATURE:
+            bytes.number(value.text.size(), alignmentOf(type)).raw(value.text).number(0, 1);
+            break;
+        case SD_BUS_TYPE_ARRAY:
+            layOutArray(bytes, value);
+            break;
+        case SD_BUS_TYPE_VARIANT: {
+            const std::string& contents = value.contents.front().signature;
+            bytes.number(contents.size(), 1).raw(contents).number(0, 1);
+            layOut(bytes, value.contents.front());
+            break;
+        }
+        case SD_BUS_TYPE_STRUCT_BEGIN:
+        case SD_BUS_TYPE_DICT_ENTRY_BEGIN:
+            for (const Value& member : value.contents) {
+                layOut(bytes, member);
+            }
+            break;
+        default:
+            bytes.number(value.number, alignmentOf(type));
+    }
+}
 
 std::string signal(bool bigEndian, std::string_view signature, std::string_view body) {
     constexpr std::size_t pathCode = 1;
@@ -148,12 +215,23 @@ std::size_t readAll(sd_bus_message* message) {
 }
 
 template <typename T>
-void checkReading(sd_bus_message* message) {
+void checkReading(sd_bus_message* message, const Value* value) {
     const std::size_t count = readAll<T>(message);
     require(readAll<T>(message) == count, "reading again gives the same");
+    if constexpr (!dbus::Record<T>) {
+        if (value != nullptr) {
+            std::optional<T> expected;
+            expect(*value, expected);
+            sd_bus_message_rewind(message, 1);
+            const auto read = dbus::read<T>(message);
+            require(read.has_value() == expected.has_value(), "a type is read from values of its type");
+            require(!read || *read == *expected, "what was laid out is what is read");
+        }
+    }
 }
 
-using Reading = void (*)(sd_bus_message* message);
+// The value is null where the message holds any bytes.
+using Reading = void (*)(sd_bus_message* message, const Value* value);
 constexpr std::array<Reading, 14> readings{
     checkReading<int>,
     checkReading<short>,
@@ -171,6 +249,12 @@ constexpr std::array<Reading, 14> readings{
     checkReading<dbus::SupplicantInterfaceProperties>,
 };
 
+std::string bodyOf(const Value& value, bool bigEndian) {
+    WireBytes body(bigEndian);
+    layOut(body, value);
+    return body.str();
+}
+
 }  // namespace
 }  // namespace kaz::fuzz
 
@@ -180,13 +264,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FuzzedDataProvider bytes(data, size);
     const Reading reading = bytes.PickValueInArray(readings);
     const bool bigEndian = bytes.ConsumeBool();
-    const std::string signature = makeType(bytes);
+    const std::string type = makeType(bytes);
+    std::optional<Value> value;
+    if (bytes.ConsumeBool()) {
+        value = makeValue(bytes, type);
+    }
+    const std::string body = value ? bodyOf(*value, bigEndian) : bytes.ConsumeRemainingBytesAsString();
     if (!line) {
         line.emplace();
     }
-    const auto message = line->receive(signal(bigEndian, signature, bytes.ConsumeRemainingBytesAsString()));
+    const auto message = line->receive(signal(bigEndian, type, body));
+    require(message != nullptr || !value, "a message that was laid out well is received");
     if (message) {
-        reading(message.get());
+        reading(message.get(), value ? &*value : nullptr);
     } else {
         line.reset();
     }
