@@ -29,7 +29,7 @@ bool isListed(wifi::Manager& manager, const std::string& ssid) {
 
 class Connecting : public DeviceTest, public ::testing::WithParamInterface<Case> {};
 
-TEST_P(Connecting, GoesThroughItsStagesToAnAddressAndIsSaved) {
+TEST_P(Connecting, GoesThroughItsStagesToAnAddressLeavesTheListAndIsSaved) {
     const auto& [name, settings, addresses] = GetParam();
     const auto start = Clock::now();
     ASSERT_EQ(manager().connect(settings), wifi::ConnectResult::ok);
