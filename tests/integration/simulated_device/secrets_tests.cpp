@@ -121,7 +121,7 @@ TEST_F(Secrets, OfEveryFlowAreToldToNobodyButTheSupplicant) {
     ASSERT_TRUE(user().waitForStatus(Status::disconnected));
 
     const std::string told = everythingTold();
-    user().leave();  // before the folder of its metrics goes
+    user().leave();                                            // before the folder of its metrics goes
     EXPECT_NE(told.find("Added network"), std::string::npos);  // there is something to search
     EXPECT_NE(told.find("quarn"), std::string::npos);
     for (const std::string& secret : secrets) {
