@@ -67,5 +67,15 @@ INSTANTIATE_TEST_SUITE_P(Attempts, Failing,
                                            Case{"OutOfReach", absentNetwork}),
                          [](const auto& instance) { return instance.param.name; });
 
+using FailingAtOnce = DeviceTest;
+
+// The message bus carries no such text, and the supplicant is told the SSID as text.
+TEST_F(FailingAtOnce, AnAttemptAtAnSSIDThatIsNotUTF8IsGivenUpAndLeavesNoConfiguration) {
+    ASSERT_EQ(manager().connect(bytesNetwork), wifi::ConnectResult::ok);
+    ASSERT_TRUE(device().loses(bytesNetwork.ssid));
+    EXPECT_TRUE(savedNetworks().empty());
+    EXPECT_TRUE(device().connects(openNetwork));
+}
+
 }  // namespace
 }  // namespace kaz::vm

@@ -47,6 +47,7 @@ inline const wifi::ConnectionSettings saeNetwork = settings("Kaz SAE", wifi::Sec
 inline const wifi::ConnectionSettings peapNetwork = enterprise("PEAP", "MSCHAPV2", "alice", "alice-secret");
 inline const wifi::ConnectionSettings ttlsNetwork = enterprise("TTLS", "PAP", "bob", "bob-secret");
 inline const wifi::ConnectionSettings quotedNetwork = settings(R"(Say "Kaz" \o/)", wifi::SecurityMode::none);
+inline const wifi::ConnectionSettings bytesNetwork = settings("Kaz \xc3(\xff", wifi::SecurityMode::none);
 inline const wifi::ConnectionSettings refusingNetwork = settings("Kaz Full", wifi::SecurityMode::none);
 inline const wifi::ConnectionSettings absentNetwork =
     settings("Kaz Elsewhere", wifi::SecurityMode::rsnPsk, "absent-secret");
