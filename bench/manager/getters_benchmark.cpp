@@ -1,0 +1,125 @@
+// What the caller waits for in a getter or a request: with an idle loop, with one that reads 1,000 access points, and
+// with one that waits for a peer that does not answer.
+//
+//   getters_benchmark [--short]
+#include "figures.h"
+#include "private_bus.h"
+#include "stand_in_process.h"
+
+#include <spdlog/spdlog.h>
+#include <wifi/manager.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <cstdio>
+#include <exception>
+#include <future>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+using namespace kaz;
+using Clock = std::chrono::steady_clock;
+
+constexpr unsigned networkCount = 50;
+constexpr unsigned busyCount = 1000;
+
+// ns each of `calls` calls took, averaged over `batch` of them at a time where one is too short for the clock.
+template <typename Call>
+std::vector<double> sample(std::size_t calls, int batch, Call call) {
+    std::vector<double> times;
+    times.reserve(calls);
+    for (std::size_t i = 0; i < calls; ++i) {
+        const Clock::time_point start = Clock::now();
+        for (int j = 0; j < batch; ++j) {
+            call();
+        }
+        times.push_back(std::chrono::duration<double, std::nano>(Clock::now() - start).count() / batch);
+    }
+    return times;
+}
+
+void reportCalls(const std::string& what, const std::string& when, const std::vector<double>& times) {
+    bench::report("getters", what + ", " + when,
+                  {{"ns_p50", bench::percentile(times, 0.5)},
+                   {"ns_p99", bench::percentile(times, 0.99)},
+                   {"ns_max", bench::percentile(times, 1)}});
+}
+
+void measure(wifi::Manager& manager, const std::string& when, std::size_t calls) {
+    reportCalls("networks() of 50", when, sample(calls, 1, [&] {
+                    if (manager.networks().size() != networkCount) {
+                        throw std::runtime_error("the list changed");
+                    }
+                }));
+    reportCalls("the three flags", when, sample(calls, 32, [&] {
+                    static_cast<void>(manager.isEnabled());
+                    static_cast<void>(manager.isScanning());
+                    static_cast<void>(manager.isWifiStackInitialized());
+                }));
+    reportCalls("connectionInfo()", when,
+                sample(calls, 1, [&] { static_cast<void>(manager.connectionInfo()); }));
+    // Few enough that none is dropped.
+    reportCalls("scan()", when, sample(std::min<std::size_t>(calls, 2000), 1, [&] { manager.scan(); }));
+}
+
+// Whether the loop reaches a task within this time.
+bool loopIsBusy(wifi::Manager& manager, const std::shared_ptr<std::promise<void>>& reached) {
+    manager.onEnabledChanged([reached] { reached->set_value(); });
+    manager.setEnabled(!manager.isEnabled());
+    return reached->get_future().wait_for(std::chrono::milliseconds(5)) == std::future_status::timeout;
+}
+
+void run(bool brief) {
+    spdlog::set_level(spdlog::level::off);
+    const sim::PrivateBus bus;
+    bus.becomeSystemBus();
+    bench::StandInProcess standIn(bus.address());
+    standIn.setBssCount(networkCount);
+    standIn.setSsidCount(networkCount);
+    auto owned = std::make_unique<wifi::Manager>();
+    wifi::Manager& manager = *owned;
+    const auto published = std::make_shared<std::promise<void>>();
+    manager.onNetworksListChanged([published] { published->set_value(); });
+    if (manager.networks().empty()) {
+        published->get_future().wait();
+    }
+    manager.onNetworksListChanged({});
+    const std::size_t calls = brief ? 100 : 20000;
+    measure(manager, "idle", calls);
+
+    for (int update = 0; update < (brief ? 1 : 20); ++update) {
+        standIn.report(busyCount);
+    }
+    measure(manager, "busy", calls);
+    if (!loopIsBusy(manager, std::make_shared<std::promise<void>>())) {
+        throw std::runtime_error("the loop was done before the getters were");
+    }
+
+    standIn.hang(true);
+    measure(manager, "peer hangs", calls);
+    if (!loopIsBusy(manager, std::make_shared<std::promise<void>>())) {
+        throw std::runtime_error("the loop did not wait for the peer");
+    }
+    const Clock::time_point start = Clock::now();
+    owned.reset();
+    const std::chrono::duration<double, std::micro> end = Clock::now() - start;
+    bench::report("end", "libkazwifi, peer hangs", {{"us", end.count()}});
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        run(argc > 1 && std::string_view(argv[1]) == "--short");
+        return 0;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "getters_benchmark: %s\n", error.what());
+        return 1;
+    }
+}
