@@ -17,6 +17,27 @@ int readStrings(sd_bus_message* message, std::set<std::string>& strings) {
     return r < 0 ? r : sd_bus_message_exit_container(message);
 }
 
+// sd-bus skips an array element by element, bytes too; reading one hands it out whole.
+int skipVariant(sd_bus_message* message) {
+    const char* contents = nullptr;
+    int r = sd_bus_message_peek_type(message, nullptr, &contents);
+    if (r < 0) {
+        return r;
+    }
+    if (std::strcmp(contents, "ay") != 0 && std::strcmp(contents, "au") != 0) {
+        return sd_bus_message_skip(message, "v");
+    }
+    const char element = contents[1];
+    r = sd_bus_message_enter_container(message, 'v', contents);
+    if (r < 0) {
+        return r;
+    }
+    const void* numbers = nullptr;
+    std::size_t size = 0;
+    r = sd_bus_message_read_array(message, element, &numbers, &size);
+    return r < 0 ? r : sd_bus_message_exit_container(message);
+}
+
 // Calls `readValue(key)` inside the variant of each entry; a value it does not want is skipped.
 template <typename ReadValue>
 int readDictionary(sd_bus_message* message, ReadValue readValue) {
@@ -71,7 +92,7 @@ int readSecurity(sd_bus_message* message, wifi::WPA_RSN& security) {
                 }
                 return r;
             }
-            return sd_bus_message_skip(message, "v");
+            return skipVariant(message);
         });
     });
 }
@@ -133,7 +154,7 @@ int readBssByHand(sd_bus_message* message, wifi::BSSData& bss) {
         if (std::strcmp(key, "RSN") == 0) {
             return readSecurity(message, bss.rsn);
         }
-        return sd_bus_message_skip(message, "v");
+        return skipVariant(message);
     });
 }
 
@@ -148,7 +169,7 @@ int readPropertiesChangedByHand(sd_bus_message* message, dbus::SupplicantInterfa
         if (std::strcmp(key, "CurrentNetwork") == 0) {
             return readPath(message, properties.currentNetwork);
         }
-        return sd_bus_message_skip(message, "v");
+        return skipVariant(message);
     });
 }
 

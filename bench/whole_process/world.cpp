@@ -1,0 +1,30 @@
+// A private bus, with the stand-in on it unless told otherwise, until standard input ends. Prints the bus's address.
+//
+//   bench_world BSS-COUNT     -1 for a bus with no services on it
+#include "private_bus.h"
+#include "stand_in_process.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <optional>
+
+int main(int argc, char** argv) {
+    try {
+        const kaz::sim::PrivateBus bus;
+        std::optional<kaz::bench::StandInProcess> standIn;
+        const int bssCount = argc == 2 ? std::atoi(argv[1]) : 0;
+        if (bssCount >= 0) {
+            standIn.emplace(bus.address());
+            standIn->setBssCount(static_cast<unsigned>(bssCount));
+        }
+        std::printf("%s\n", bus.address().c_str());
+        std::fflush(stdout);
+        while (std::getchar() != EOF) {
+        }
+        return 0;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "bench_world: %s\n", error.what());
+        return 1;
+    }
+}
