@@ -2,7 +2,7 @@
 import os
 import subprocess
 import time
-from contextlib import contextmanager
+from contextlib import ExitStack, contextmanager
 from pathlib import Path
 
 LIBRARIES = ["src/libkazwifi.so", "platform/dbus/libkazdbus.so", "platform/metrics/libkazmetrics.so",
@@ -36,25 +36,32 @@ def processor_ns(pid):
     return sum(int((task / "schedstat").read_text().split()[0]) for task in tasks(pid))
 
 
-def idle(who, seconds, pid, grown):
-    time.sleep(2)  # what was begun comes to its end; nothing is tested here
-    wakes, spent = wake_ups(pid), processor_ns(pid)
-    time.sleep(seconds)
-    return {"benchmark": "idle", "who": who, "seconds": seconds, "wake_ups": wake_ups(pid) - wakes,
-            "cpu_us": (processor_ns(pid) - spent) / 1000, "threads": len(tasks(pid)),
-            "descriptors": len(os.listdir(f"/proc/{pid}/fd")) - 3, "private_kilobytes_grown": grown}
+def private_kilobytes(pid):
+    lines = Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()
+    return next(int(line.split()[1]) for line in lines if line.startswith("Private_Dirty:"))
+
+
+def start(stack, build, program, networks):
+    """The process's id, and how many kB were its own when its main() began."""
+    programs = build / "bench/whole_process"
+    _, address = stack.enter_context(running(programs / "bench_world", networks or -1))
+    pid, ready = stack.enter_context(running(programs / program, networks, DBUS_SYSTEM_BUS_ADDRESS=address))
+    return pid, int(ready.split()[1])
 
 
 def clients(build, seconds):
-    programs = build / "bench/whole_process"
+    """All at the same time, each with a bus of its own: they do nothing that could disturb the others."""
     cases = [("libkazwifi, attached", "kazwifi_client", NETWORKS), ("libkazwifi, detached", "kazwifi_client", 0),
              ("GDBus", "gdbus_client", NETWORKS), ("QtDBus", "qtdbus_client", NETWORKS)]
-    figures = []
-    for who, program, networks in cases:
-        with running(programs / "bench_world", networks or -1) as (_, address):
-            with running(programs / program, networks, DBUS_SYSTEM_BUS_ADDRESS=address) as (pid, ready):
-                figures.append(idle(who, seconds, pid, int(ready.split()[1])))
-    return figures
+    with ExitStack() as stack:
+        started = [(who, *start(stack, build, program, networks)) for who, program, networks in cases]
+        time.sleep(3)  # what was begun comes to its end
+        before = [(wake_ups(pid), processor_ns(pid)) for _, pid, _ in started]
+        time.sleep(seconds)
+        return [{"benchmark": "idle", "who": who, "seconds": seconds, "wake_ups": wake_ups(pid) - wakes,
+                 "cpu_us": (processor_ns(pid) - spent) / 1000, "threads": len(tasks(pid)),
+                 "descriptors": len(os.listdir(f"/proc/{pid}/fd")) - 3, "private_kilobytes_grown": private_kilobytes(pid) - kilobytes}
+                for (who, pid, kilobytes), (wakes, spent) in zip(started, before)]
 
 
 def sizes(build):

@@ -3,10 +3,10 @@
 
 namespace kaz::bench {
 
-// Memory of this process that no other shares, kB.
+// Memory that this process has written to and no other shares, kB.
 long privateKilobytes();
 
-// Prints "ready" and by how much that memory has grown since it was `before`.
+// Prints "ready" and how much that memory was before.
 void reportReady(long before);
 
 }  // namespace kaz::bench
