@@ -97,7 +97,8 @@ class [[gnu::visibility("default")]] Manager {
     //
     // After `ok` the attempt shows in connectionInfo() as `connectingWifi` with the SSID. It ends in
     // `connectingIP` and then `connected`, or in `disconnected` with `disconnectSsid` naming the network:
-    // when the supplicant gives up, or when it does not react for 2000 ms.
+    // when the supplicant gives up, or when it does not react for 2000 ms. The latter is the fate of settings
+    // with a text that the bus cannot carry, which is one with a NUL or with invalid UTF-8.
     ConnectResult connect(const ConnectionSettings& settings);
 
     // Connects to a network that is configured already. When there is none with this SSID the attempt still

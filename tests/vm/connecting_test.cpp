@@ -45,9 +45,11 @@ TEST_P(Connecting, GoesThroughItsStagesToAnAddressLeavesTheListAndIsSaved) {
     }
     EXPECT_EQ(stages, (std::vector{Status::connectingWifi, Status::connectingIP, Status::connected}));
     EXPECT_NE(run("ip -4 -oneline address show dev wlan0").find("inet " + addresses), std::string::npos);
-    EXPECT_TRUE(device().eventually([&] { return !isListed(manager(), settings.ssid); }));
+    EXPECT_TRUE(
+        device().eventually([&, &settings = settings] { return !isListed(manager(), settings.ssid); }));
 
-    ASSERT_TRUE(device().eventually([&] { return savedNetwork(settings.ssid).has_value(); }));
+    ASSERT_TRUE(
+        device().eventually([&settings = settings] { return savedNetwork(settings.ssid).has_value(); }));
     EXPECT_EQ(savedNetwork(settings.ssid)->at("priority"), "2");
     EXPECT_EQ(savedNetwork(settings.ssid)->count("disabled"), 0U);
     for (const std::string& secret : secrets) {
