@@ -39,6 +39,7 @@ TEST(ConfiguredSsidText, OfHexadecimalDigitsGivesTheirBytes) {
         {"610062", std::string("a\0b", 3)},
         {"09af90fa", "\x09\xaf\x90\xfa"},
         {"ffFF", "\xff\xff"},
+        {"AAaaFAaf", "\xaa\xaa\xfa\xaf"},
         {"22", "\""},
     };
     for (const Case& test : cases) {
