@@ -1,16 +1,62 @@
 #include "records.h"
 
-namespace kaz::dbus::detail {
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <string_view>
 
-int enterDictionary(sd_bus_message* message, EntryType& entries) {
+namespace kaz::dbus::detail {
+namespace {
+
+// sd-bus skips an array element by element, the information elements of an access point byte by byte. An array of
+// numbers can be stepped over whole.
+bool holdsArrayOfNumbers(const char* contents) {
+    constexpr std::string_view numbers = "ynqiuxtd";
+    return contents != nullptr && contents[0] == SD_BUS_TYPE_ARRAY && contents[1] != '\0' &&
+           contents[2] == '\0' && numbers.find(contents[1]) != std::string_view::npos;
+}
+
+int skipArrayOfNumbers(sd_bus_message* message, char number) {
+    const std::array contents{static_cast<char>(SD_BUS_TYPE_ARRAY), number, '\0'};
+    const int entered = sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, contents.data());
+    if (entered < 0) {
+        return entered;
+    }
+    const void* numbers = nullptr;
+    std::size_t size = 0;
+    int r = sd_bus_message_read_array(message, number, &numbers, &size);
+    if (r == -EOPNOTSUPP) {
+        // A sender of the other byte order: sd-bus hands out no arrays as they lie there.
+        r = sd_bus_message_skip(message, contents.data());
+    }
+    return r < 0 ? r : sd_bus_message_exit_container(message);
+}
+
+int skipVariant(sd_bus_message* message) {
     const char* contents = nullptr;
     if (const int r = sd_bus_message_peek_type(message, nullptr, &contents); r < 0) {
         return r;
     }
-    const int r = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, contents);
-    const bool usual = r > 0 && std::string_view(contents) == "{sv}";
-    entries = usual ? EntryType::stringToVariant : EntryType::other;
-    return r;
+    if (holdsArrayOfNumbers(contents)) {
+        return skipArrayOfNumbers(message, contents[1]);
+    }
+    return sd_bus_message_skip(message, "v");
+}
+
+}  // namespace
+
+int enterDictionary(sd_bus_message* message, EntryType& entries) {
+    // As good as always it is this; where it is not, look what it is.
+    if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{sv}") > 0) {
+        entries = EntryType::stringToVariant;
+        return 1;
+    }
+    entries = EntryType::other;
+    const char* contents = nullptr;
+    if (const int r = sd_bus_message_peek_type(message, nullptr, &contents); r < 0) {
+        return r;
+    }
+    return sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, contents);
 }
 
 int enterNextEntry(sd_bus_message* message, EntryType entries) {
@@ -31,8 +77,9 @@ CodecResult<std::string_view> readKey(sd_bus_message* message, EntryType entries
 }
 
 CodecResult<void> skipValue(sd_bus_message* message, EntryType entries) {
-    const char* const types = entries == EntryType::stringToVariant ? "v" : nullptr;
-    if (const int r = sd_bus_message_skip(message, types); r < 0) {
+    const int r =
+        entries == EntryType::stringToVariant ? skipVariant(message) : sd_bus_message_skip(message, nullptr);
+    if (r < 0) {
         return sdBusError(r);
     }
     return {};

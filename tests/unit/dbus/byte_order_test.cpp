@@ -123,5 +123,19 @@ TEST_F(ByteOrder, DoesNotMatterForTheBytesOfAnSsid) {
     EXPECT_THAT(*bytes, ElementsAre(0xff, 0, 'H'));
 }
 
+TEST_F(ByteOrder, DoesNotMatterForArraysThatARecordSkips) {
+    ForeignBytes entries;
+    entries.text("IEs").signature("ay").number(3, 4).raw("abc").align(8);
+    entries.text("Rates").signature("au").number(8, 4).number(1, 4).number(2, 4).align(8);
+    entries.text("rssi").signature("i").number(0xffffffc3, 4);
+    ForeignBytes dictionary;
+    dictionary.number(static_cast<std::uint32_t>(entries.str().size()), 4).align(8).raw(entries.str());
+    const MessagePtr message = received("a{sv}", dictionary.str());
+    ASSERT_NE(message, nullptr);
+    const auto poll = read<wifi::SignalPoll>(message.get());
+    ASSERT_TRUE(poll) << poll.error();
+    EXPECT_EQ(poll->rssi, -61);
+}
+
 }  // namespace
 }  // namespace kaz::dbus

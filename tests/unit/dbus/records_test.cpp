@@ -137,6 +137,17 @@ TEST_F(Records, SkipUnknownKeysWithValuesOfEveryKind) {
     EXPECT_EQ(sd_bus_message_at_end(message.get(), 1), 1);
 }
 
+TEST_F(Records, SkipUnknownArraysOfNumbersOfEveryWidth) {
+    const MessagePtr message =
+        bus.sealed("a{sv}", 12, "y", "ay", 3, 1, 2, 3, "n", "an", 1, -1, "q", "aq", 1, 1, "i", "ai", 1, -1,
+                   "u", "au", 2, 1U, 2U, "x", "ax", 1, INT64_C(-1), "t", "at", 1, UINT64_C(1), "d", "ad", 1,
+                   0.5, "none", "at", 0, "b", "ab", 2, 1, 0, "empty", "ay", 0, "rssi", "i", -61);
+    const auto record = read<SignalPoll>(message.get());
+    ASSERT_TRUE(record) << record.error();
+    EXPECT_EQ(record->rssi, -61);
+    EXPECT_EQ(sd_bus_message_at_end(message.get(), 1), 1);
+}
+
 TEST_F(Records, CompareKeysExactly) {
     const auto record =
         decoded<SupplicantInterfaceProperties>("a{sv}", 6, "state", "s", "x", "STATE", "s", "x", "State ",
