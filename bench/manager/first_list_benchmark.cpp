@@ -125,7 +125,7 @@ void run(bool brief) {
     bench::StandInProcess standIn(bus.address());
     for (const unsigned count : {10U, 100U, 1000U}) {
         standIn.setBssCount(count);
-        runSize(bus.address(), count, brief ? 1 : count == 1000 ? 21 : 101);
+        runSize(bus.address(), count, brief ? 1 : count == 1000 ? 41 : 201);
     }
 }
 
