@@ -20,7 +20,7 @@ std::string powerText(const View& view) {
 }
 
 std::string connectionText(const ConnectionInfo& info, const Terminal& terminal, const Style& style) {
-    const std::string status(statusInWords(info.status));
+    std::string status(statusInWords(info.status));
     if (info.status == ConnectionInfo::Status::disconnected) {
         return status;
     }
