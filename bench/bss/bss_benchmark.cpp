@@ -107,6 +107,7 @@ void run(bool brief) {
     add("sdbus-c++", makeSdbusCppReader(bus.address()));
     add("GDBus", makeGDBusReader(bus.address()));
     add("QtDBus", makeQtDBusReader(bus.address()));
+    add("sd-bus, 64 in flight", makePipelinedReader(bus.address()));
     const std::size_t bssInAll = brief ? 500 : 10000;  // for each contestant and size
     for (const std::size_t size : {10U, 30U, 100U, 300U, 1000U}) {
         runSize(contestants, size, std::max<std::size_t>(bssInAll / size, brief ? 1 : 41));

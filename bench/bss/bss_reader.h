@@ -30,6 +30,8 @@ class BssReader {
 
 std::unique_ptr<BssReader> makeOurReader();
 std::unique_ptr<BssReader> makeHandWrittenReader(const std::string& busAddress);
+// By hand too, but it sends further calls before the replies of those before are here.
+std::unique_ptr<BssReader> makePipelinedReader(const std::string& busAddress);
 std::unique_ptr<BssReader> makeSdbusCppReader(const std::string& busAddress);
 std::unique_ptr<BssReader> makeGDBusReader(const std::string& busAddress);
 std::unique_ptr<BssReader> makeQtDBusReader(const std::string& busAddress);
