@@ -4,6 +4,7 @@
 #include "bss_reader.h"
 #include "figures.h"
 #include "private_bus.h"
+#include "program.h"
 #include "stand_in_process.h"
 #include "stop_watch.h"
 
@@ -11,11 +12,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
-#include <exception>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -117,11 +115,5 @@ void run(bool brief) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
-        run(argc > 1 && std::string_view(argv[1]) == "--short");
-        return 0;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "bss_benchmark: %s\n", error.what());
-        return 1;
-    }
+    return kaz::bench::runProgram(argc, argv, run);
 }

@@ -4,6 +4,7 @@
 #include "calls_by_hand.h"
 #include "figures.h"
 #include "private_bus.h"
+#include "program.h"
 #include "stand_in_process.h"
 #include "stop_watch.h"
 
@@ -11,13 +12,10 @@
 #include <wifi/manager.h>
 
 #include <cstddef>
-#include <cstdio>
-#include <exception>
 #include <future>
 #include <memory>
 #include <optional>
 #include <stdexcept>
-#include <string_view>
 #include <vector>
 
 namespace {
@@ -132,11 +130,5 @@ void run(bool brief) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
-        run(argc > 1 && std::string_view(argv[1]) == "--short");
-        return 0;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "first_list_benchmark: %s\n", error.what());
-        return 1;
-    }
+    return kaz::bench::runProgram(argc, argv, run);
 }

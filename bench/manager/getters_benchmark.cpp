@@ -4,6 +4,7 @@
 //   getters_benchmark [--short]
 #include "figures.h"
 #include "private_bus.h"
+#include "program.h"
 #include "stand_in_process.h"
 
 #include <spdlog/spdlog.h>
@@ -12,13 +13,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
-#include <cstdio>
-#include <exception>
 #include <future>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace {
@@ -115,11 +113,5 @@ void run(bool brief) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
-        run(argc > 1 && std::string_view(argv[1]) == "--short");
-        return 0;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "getters_benchmark: %s\n", error.what());
-        return 1;
-    }
+    return kaz::bench::runProgram(argc, argv, run);
 }

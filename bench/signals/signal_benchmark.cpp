@@ -4,6 +4,7 @@
 //   signal_benchmark [--short]
 #include "figures.h"
 #include "private_bus.h"
+#include "program.h"
 #include "receivers.h"
 #include "stand_in_process.h"
 #include "stop_watch.h"
@@ -14,11 +15,8 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <exception>
 #include <fstream>
 #include <stdexcept>
-#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -107,11 +105,5 @@ void run(bool brief) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
-        run(argc > 1 && std::string_view(argv[1]) == "--short");
-        return 0;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "signal_benchmark: %s\n", error.what());
-        return 1;
-    }
+    return kaz::bench::runProgram(argc, argv, run);
 }
