@@ -39,7 +39,7 @@ function(kaz_install_libraries package)
 endfunction()
 
 kaz_install_libraries(kazwifi COMPONENT kazwifi STANDARD cxx_std_17 LIBRARIES kazwifi)
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/wifi"
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/wifi" "${PROJECT_BINARY_DIR}/include/wifi"
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT kazwifi-dev FILES_MATCHING PATTERN "*.h")
 
 file(RELATIVE_PATH kaz_pc_to_prefix "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
