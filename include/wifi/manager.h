@@ -12,34 +12,34 @@ namespace kaz::wifi {
 
 class ManagerImpl;
 
-// Manages the Wi-Fi of one device: switches it on and off, scans, connects, forgets, and follows the state.
-//
-// A Manager runs one thread of its own on which all of its work happens: requests become tasks that run there
-// one after the other in the order they were made, and callbacks are invoked there. Every operation may be
-// called from any thread, from inside a callback too. No operation waits for the bus or for a task; requests
-// report nothing but what their arguments alone can tell, and their outcome shows later in connectionInfo()
-// and networks(). While 4096 of them are waiting, as behind a bus that hangs, further ones are dropped, with a
-// warning in the log.
-//
-// Callbacks carry no arguments: call the matching getter to learn the new state. A callback should return
-// soon, because nothing else happens while it runs; an exception it throws is logged and otherwise ignored.
-// There is one callback of each kind, none at first. Registering replaces it, an empty function switches it
-// off. A callback that is running while another thread replaces it may still be running when the registration
-// returns.
-//
-// Log records go to the process's default spdlog logger. An SSID appears there only in the form ssid="...",
-// and no password, key or identity ever does.
+/// Manages the Wi-Fi of one device: switches it on and off, scans, connects, forgets, and follows the state.
+///
+/// A Manager runs one thread of its own on which all of its work happens: requests become tasks that run there
+/// one after the other in the order they were made, and callbacks are invoked there. Every operation may be
+/// called from any thread, from inside a callback too. No operation waits for the bus or for a task; requests
+/// report nothing but what their arguments alone can tell, and their outcome shows later in connectionInfo()
+/// and networks(). While 4096 of them are waiting, as behind a bus that hangs, further ones are dropped, with a
+/// warning in the log.
+///
+/// Callbacks carry no arguments: call the matching getter to learn the new state. A callback should return
+/// soon, because nothing else happens while it runs; an exception it throws is logged and otherwise ignored.
+/// There is one callback of each kind, none at first. Registering replaces it, an empty function switches it
+/// off. A callback that is running while another thread replaces it may still be running when the registration
+/// returns.
+///
+/// Log records go to the process's default spdlog logger. An SSID appears there only in the form ssid="...",
+/// and no password, key or identity ever does.
 class [[gnu::visibility("default")]] Manager {
   public:
-    // Starts the thread and begins to follow the system. Returns at once: until the first state has been read
-    // (see onEnabledChanged) the getters tell of a system without Wi-Fi. Throws std::system_error when no
-    // thread can be started; a bus that cannot be reached is not an error here: it is logged, and asked again
-    // every few seconds. The same goes for a bus that is lost later.
+    /// Starts the thread and begins to follow the system. Returns at once: until the first state has been read
+    /// (see onEnabledChanged) the getters tell of a system without Wi-Fi. Throws std::system_error when no
+    /// thread can be started; a bus that cannot be reached is not an error here: it is logged, and asked again
+    /// every few seconds. The same goes for a bus that is lost later.
     Manager();
 
-    // Ends the thread. A task or callback that is running is waited for, tasks not yet begun are dropped, and
-    // a configuration that was still to be saved is saved. When a peer on the bus does not answer, the wait
-    // is given up after about a second. No callback runs afterwards. Must not be called from a callback.
+    /// Ends the thread. A task or callback that is running is waited for, tasks not yet begun are dropped, and
+    /// a configuration that was still to be saved is saved. When a peer on the bus does not answer, the wait
+    /// is given up after about a second. No callback runs afterwards. Must not be called from a callback.
     ~Manager();
 
     Manager(const Manager&) = delete;
@@ -47,75 +47,75 @@ class [[gnu::visibility("default")]] Manager {
     Manager(Manager &&) = delete;
     Manager& operator=(Manager&&) = delete;
 
-    // Switches Wi-Fi on or off and remembers the choice across restarts of the device. The flag and the
-    // configuration file are written on the calling thread before this returns, so the call takes as long as
-    // the file system does; starting or stopping the supplicant follows on the Manager's thread. A repeated
-    // `true` tries again to start the supplicant. A choice that cannot be written is logged and holds until
-    // the restart.
+    /// Switches Wi-Fi on or off and remembers the choice across restarts of the device. The flag and the
+    /// configuration file are written on the calling thread before this returns, so the call takes as long as
+    /// the file system does; starting or stopping the supplicant follows on the Manager's thread. A repeated
+    /// `true` tries again to start the supplicant. A choice that cannot be written is logged and holds until
+    /// the restart.
     void setEnabled(bool enabled);
 
-    // The user's choice, true unless switched off. Lock-free.
+    /// The user's choice, true unless switched off. Lock-free.
     bool isEnabled() const;
 
-    // Whether the supplicant runs and is being followed; scanning and connecting work only while it does.
-    // Lock-free.
+    /// Whether the supplicant runs and is being followed; scanning and connecting work only while it does.
+    /// Lock-free.
     bool isWifiStackInitialized() const;
 
-    // Called after isEnabled() or isWifiStackInitialized() changed.
+    /// Called after isEnabled() or isWifiStackInitialized() changed.
     void onEnabledChanged(std::function<void()> callback);
 
-    // Asks for a scan for networks. Results arrive as a change of networks(). Ignored while the supplicant
-    // does not run or scans already.
+    /// Asks for a scan for networks. Results arrive as a change of networks(). Ignored while the supplicant
+    /// does not run or scans already.
     void scan();
 
-    // Whether the supplicant reported a scan in progress, asked for or not. Lock-free.
+    /// Whether the supplicant reported a scan in progress, asked for or not. Lock-free.
     bool isScanning() const;
 
-    // Called after isScanning() changed; not called when it turns false because the supplicant went away.
+    /// Called after isScanning() changed; not called when it turns false because the supplicant went away.
     void onScanningChanged(std::function<void()> callback);
 
-    // The networks in range, strongest first, one entry an SSID. The network in use or being connected to is
-    // left out, as are networks that hide their SSID. Returns a copy.
+    /// The networks in range, strongest first, one entry an SSID. The network in use or being connected to is
+    /// left out, as are networks that hide their SSID. Returns a copy.
     std::vector<WifiNetwork> networks();
 
-    // Called after networks() changed.
+    /// Called after networks() changed.
     void onNetworksListChanged(std::function<void()> callback);
 
-    // The EAP methods that `connect` accepts: those of "MSCHAPV2", "PEAP", "PWD" and "TTLS" that the
-    // supplicant offers. Empty until the supplicant was found running. Returns a copy.
+    /// The EAP methods that `connect` accepts: those of "MSCHAPV2", "PEAP", "PWD" and "TTLS" that the
+    /// supplicant offers. Empty until the supplicant was found running. Returns a copy.
     std::set<std::string> eapMethods() const;
 
-    // The inner methods that `connect` accepts: always "GTC", "MSCHAP", "MSCHAPV2" and "PAP".
+    /// The inner methods that `connect` accepts: always "GTC", "MSCHAP", "MSCHAPV2" and "PAP".
     std::set<std::string> phase2Methods() const;
 
-    // Connects to a network, adding it to the configuration. An older configuration of the same SSID is
-    // replaced, an existing connection is given up first.
-    //
-    // Checks the settings and returns the verdict; anything but `ok` changes nothing. Checked are, in this
-    // order, the SSID's length and what the security mode demands: see ConnectResult. Lengths are in bytes,
-    // and a WEP key is 5 or 13 characters as they are, not hexadecimal digits.
-    //
-    // After `ok` the attempt shows in connectionInfo() as `connectingWifi` with the SSID. It ends in
-    // `connectingIP` and then `connected`, or in `disconnected` with `disconnectSsid` naming the network:
-    // when the supplicant gives up, or when it does not react for 2000 ms. The latter is the fate of settings
-    // with a text that the bus cannot carry, which is one with a NUL or with invalid UTF-8.
+    /// Connects to a network, adding it to the configuration. An older configuration of the same SSID is
+    /// replaced, an existing connection is given up first.
+    ///
+    /// Checks the settings and returns the verdict; anything but `ok` changes nothing. Checked are, in this
+    /// order, the SSID's length and what the security mode demands: see ConnectResult. Lengths are in bytes,
+    /// and a WEP key is 5 or 13 characters as they are, not hexadecimal digits.
+    ///
+    /// After `ok` the attempt shows in connectionInfo() as `connectingWifi` with the SSID. It ends in
+    /// `connectingIP` and then `connected`, or in `disconnected` with `disconnectSsid` naming the network:
+    /// when the supplicant gives up, or when it does not react for 2000 ms. The latter is the fate of settings
+    /// with a text that the bus cannot carry, which is one with a NUL or with invalid UTF-8.
     ConnectResult connect(const ConnectionSettings& settings);
 
-    // Connects to a network that is configured already. When there is none with this SSID the attempt still
-    // shows in connectionInfo(), until it is given up after 2000 ms.
+    /// Connects to a network that is configured already. When there is none with this SSID the attempt still
+    /// shows in connectionInfo(), until it is given up after 2000 ms.
     void connectConfigured(const std::string& ssid);
 
-    // Ends the connection or the attempt. The configuration is kept.
+    /// Ends the connection or the attempt. The configuration is kept.
     void disconnect();
 
-    // Removes every configuration of this SSID, ending its connection if it is the one in use. An empty SSID
-    // is ignored.
+    /// Removes every configuration of this SSID, ending its connection if it is the one in use. An empty SSID
+    /// is ignored.
     void forgetNetwork(const std::string& ssid);
 
-    // The state of the connection. Returns a copy.
+    /// The state of the connection. Returns a copy.
     ConnectionInfo connectionInfo() const;
 
-    // Called after connectionInfo() changed in any field.
+    /// Called after connectionInfo() changed in any field.
     void onConnectionInfoChanged(std::function<void()> callback);
 
   private:

@@ -4,17 +4,19 @@
 
 namespace kaz::dbus {
 
-// The text of a negative sd-bus return code. The text is the C library's English description of the errno and
-// never depends on the locale.
+/// The text of a negative sd-bus return code. The text is the C library's English description of the errno and
+/// never depends on the locale.
 class [[gnu::visibility("default")]] DbusError {
   public:
+    /// `code` as sd-bus returned it.
     explicit DbusError(int code);
     ~DbusError();
-    DbusError(const DbusError&) = default;
-    DbusError& operator=(const DbusError&) = default;
-    DbusError(DbusError &&) noexcept = default;
-    DbusError& operator=(DbusError&&) noexcept = default;
+    DbusError(const DbusError&) = default;                 ///< A copy of the text.
+    DbusError& operator=(const DbusError&) = default;      ///< A copy of the text.
+    DbusError(DbusError &&) noexcept = default;            ///< Takes the text over.
+    DbusError& operator=(DbusError&&) noexcept = default;  ///< Takes the text over.
 
+    /// The text.
     const std::string& error() const noexcept {
         return text_;
     }

@@ -7,41 +7,48 @@
 
 namespace kaz::dbus {
 
-// The address of a remote object.
+/// The address of a remote object.
 struct MessageEndpoint {
-    std::string destination;  // bus name
-    std::string path;
-    std::string interface;
+    std::string destination;  ///< bus name
+    std::string path;         ///< of the object
+    std::string interface;    ///< of the member to be called
 };
 
+/// Gives a reference on a message back.
 struct MessageUnref {
+    /// Null is left alone.
     void operator()(sd_bus_message* message) const noexcept { sd_bus_message_unref(message); }
 };
+/// One reference on a message.
 using MessagePtr = std::unique_ptr<sd_bus_message, MessageUnref>;
 
-// A method call under construction: the message, null when it could not be created, and whether all arguments
-// could be appended so far. Belongs to one thread, the loop's.
+/// A method call under construction: the message, null when it could not be created, and whether all arguments
+/// could be appended so far. Belongs to one thread, the loop's.
 class [[gnu::visibility("default")]] MessageBuilder {
   public:
-    // Takes over one reference on `message`.
+    /// Takes over one reference on `message`.
     explicit MessageBuilder(MessagePtr message) noexcept;
 
+    /// The message, null when it could not be created. The builder keeps its reference.
     sd_bus_message* message() const noexcept {
         return message_.get();
     }
 
-    // Records that an argument could not be appended. The first text is kept.
+    /// Records that an argument could not be appended. The first text is kept.
     void fail(std::string error);
+    /// Whether all arguments could be appended so far.
     bool ok() const noexcept {
         return error_.empty();
     }
+    /// The first text that was given to fail().
     const std::string& error() const noexcept {
         return error_;
     }
 
-    // The arguments hold a secret: the message's memory is wiped when it is freed, and the text of an error
-    // reply, which may repeat an argument, is kept out of the log.
+    /// The arguments hold a secret: the message's memory is wiped when it is freed, and the text of an error
+    /// reply, which may repeat an argument, is kept out of the log.
     void markSensitive() noexcept;
+    /// Whether markSensitive() was called.
     bool sensitive() const noexcept {
         return sensitive_;
     }
@@ -52,12 +59,12 @@ class [[gnu::visibility("default")]] MessageBuilder {
     bool sensitive_ = false;
 };
 
-// A received message, being read. The record does not own the message: the reply that sendMessage() returns
-// is to be released with sd_bus_message_unref() by its caller, the signal that a handler is given by the
-// loop.
+/// A received message, being read. The record does not own the message: the reply that sendMessage() returns
+/// is to be released with sd_bus_message_unref() by its caller, the signal that a handler is given by the
+/// loop.
 struct MessageDecoder {
-    sd_bus_message* message = nullptr;  // null when the call failed
-    bool ok = true;                     // cleared by the first read that fails
+    sd_bus_message* message = nullptr;  ///< null when the call failed
+    bool ok = true;                     ///< cleared by the first read that fails
 };
 
 }  // namespace kaz::dbus
