@@ -1,0 +1,81 @@
+// Callbacks in GLib's main loop, by way of an eventfd:
+//
+//     glib_loop SSID
+//
+// g_main_context_invoke would not do: while the loop is not running yet, it calls the function where it stands, on
+// the Manager's thread. A source made by g_idle_add may still be waiting when what it points to is gone.
+#include <glib-unix.h>
+#include <unistd.h>
+#include <wifi/manager.h>
+
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "session.h"
+#include "wakeup.h"
+
+namespace {
+
+using Loop = std::unique_ptr<GMainLoop, decltype(&g_main_loop_unref)>;
+using Channel = std::unique_ptr<GIOChannel, decltype(&g_io_channel_unref)>;
+using Text = std::unique_ptr<gchar, decltype(&g_free)>;
+
+struct App {
+    const example::Wakeup changed;
+    // Destroyed before `changed`, to which its callbacks write until then.
+    kaz::wifi::Manager wifi;
+    example::Session session;
+    Loop loop{g_main_loop_new(nullptr, FALSE), g_main_loop_unref};
+
+    explicit App(const char* ssid) : session(wifi, ssid) {}
+};
+
+gboolean onChanged(gint /*fd*/, GIOCondition /*condition*/, gpointer data) {
+    auto& app = *static_cast<App*>(data);
+    app.changed.clear();  // before looking: what changes from here on wakes the loop again
+    app.session.update();
+    return G_SOURCE_CONTINUE;
+}
+
+gboolean onInput(GIOChannel* input, GIOCondition /*condition*/, gpointer data) {
+    auto& app = *static_cast<App*>(data);
+    gchar* line = nullptr;
+    gsize end = 0;
+    const auto status = g_io_channel_read_line(input, &line, nullptr, &end, nullptr);
+    const Text owned(line, g_free);
+    if (status == G_IO_STATUS_AGAIN) {
+        return G_SOURCE_CONTINUE;
+    }
+    if (status != G_IO_STATUS_NORMAL) {
+        g_main_loop_quit(app.loop.get());
+        return G_SOURCE_REMOVE;
+    }
+    app.session.enter(std::string(line, end));
+    return G_SOURCE_CONTINUE;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::cerr << "usage: glib_loop SSID\n";
+        return 2;
+    }
+    App app(argv[1]);
+    const auto wake = [&app] {
+        app.changed.signal();
+    };  // runs on the Manager's thread and touches nothing else
+    app.wifi.onEnabledChanged(wake);
+    app.wifi.onScanningChanged(wake);
+    app.wifi.onNetworksListChanged(wake);
+    app.wifi.onConnectionInfoChanged(wake);
+    app.wifi.scan();
+
+    const Channel input(g_io_channel_unix_new(STDIN_FILENO), g_io_channel_unref);
+    g_io_channel_set_encoding(input.get(), nullptr, nullptr);  // bytes: a passphrase need not be UTF-8
+    g_io_add_watch(input.get(), static_cast<GIOCondition>(G_IO_IN | G_IO_HUP), onInput, &app);
+    const guint changes = g_unix_fd_add(app.changed.fd(), G_IO_IN, onChanged, &app);
+    g_main_loop_run(app.loop.get());
+    g_source_remove(changes);
+}
