@@ -27,6 +27,15 @@ using Clock = std::chrono::steady_clock;
 constexpr unsigned networkCount = 50;
 constexpr unsigned busyCount = 1000;
 
+// A network of nobody's: the stand-in refuses to add it.
+const wifi::ConnectionSettings home = [] {
+    wifi::ConnectionSettings settings;
+    settings.ssid = "A network at home";
+    settings.securityMode = wifi::SecurityMode::rsnPsk;
+    settings.password = "what opens it";
+    return settings;
+}();
+
 // ns each of `calls` calls took, averaged over `batch` of them at a time where one is too short for the clock.
 template <typename Call>
 std::vector<double> sample(std::size_t calls, int batch, Call call) {
@@ -63,7 +72,13 @@ void measure(wifi::Manager& manager, const std::string& when, std::size_t calls)
     reportCalls("connectionInfo()", when,
                 sample(calls, 1, [&] { static_cast<void>(manager.connectionInfo()); }));
     // Few enough that none is dropped.
-    reportCalls("scan()", when, sample(std::min<std::size_t>(calls, 2000), 1, [&] { manager.scan(); }));
+    const std::size_t requests = std::min<std::size_t>(calls, 2000);
+    reportCalls("scan()", when, sample(requests, 1, [&] { manager.scan(); }));
+    reportCalls("connect()", when, sample(requests, 1, [&] {
+                    if (manager.connect(home) != wifi::ConnectResult::ok) {
+                        throw std::runtime_error("the settings are refused");
+                    }
+                }));
 }
 
 // Whether the loop reaches a task within this time.

@@ -6,16 +6,15 @@
 #include "private_bus.h"
 #include "program.h"
 #include "receivers.h"
+#include "resident_memory.h"
 #include "stand_in_process.h"
 #include "stop_watch.h"
 
 #include <spdlog/spdlog.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <fstream>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -46,14 +45,6 @@ double latency(sd_bus* bus, const char* path, Reception& reception) {
     send(bus, path);
     reception.count.wait(before);
     return std::chrono::duration<double, std::micro>(reception.at.load() - sent).count();
-}
-
-double residentKilobytes() {
-    std::ifstream file("/proc/self/statm");
-    long all = 0;
-    long resident = 0;
-    file >> all >> resident;
-    return static_cast<double>(resident) * static_cast<double>(::sysconf(_SC_PAGESIZE)) / 1024;
 }
 
 void storm(sd_bus* bus, const char* path, Reception& reception, std::uint32_t signals, const char* who) {

@@ -21,6 +21,19 @@ void reportBssList(sd_bus* bus, std::uint32_t count) {
     sd_bus_message_unref(signal);
 }
 
+void reportScans(sd_bus* bus, std::uint32_t count) {
+    constexpr const char* interface = "fi.w1.wpa_supplicant1.Interface";
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (i % 2 == 0) {
+            check(sd_bus_emit_signal(bus, interfacePath, "org.freedesktop.DBus.Properties",
+                                     "PropertiesChanged", "sa{sv}as", interface, 1, "Scanning", "b", 1, 0));
+        } else {
+            check(sd_bus_emit_signal(bus, interfacePath, interface, "ScanDone", "b", 1));
+        }
+        check(sd_bus_flush(bus));
+    }
+}
+
 }  // namespace
 
 int control(sd_bus_message* call, World& world) {
@@ -35,6 +48,8 @@ int control(sd_bus_message* call, World& world) {
         world.ssidCount = value;
     } else if (member == "Report") {
         reportBssList(bus, value);
+    } else if (member == "Scans") {
+        reportScans(bus, value);
     } else if (member == "Hang") {
         world.hanging = value != 0;
     }

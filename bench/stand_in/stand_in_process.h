@@ -32,6 +32,7 @@ class StandInProcess {
     void setBssCount(std::uint32_t count) { order("SetBssCount", "u", count); }
     void setSsidCount(std::uint32_t count) { order("SetSsidCount", "u", count); }
     void report(std::uint32_t bssCount) { order("Report", "u", bssCount); }
+    void reportScans(std::uint32_t signals) { order("Scans", "u", signals); }
     void hang(bool hanging) { order("Hang", "b", hanging ? 1U : 0U); }
 
     // The object paths of its first `count` access points.
