@@ -1,0 +1,33 @@
+# shellcheck shell=bash disable=SC2154  # `package` sets what is used here
+# Sourced by `package`: the packages for arm64, and the unit tests on an emulated processor.
+
+readonly cross_stack=$store/cross:$store/base
+
+cross_build() {
+  say "cross-building the packages for arm64"
+  debuild "$work/build.log" "$cross_stack" "$work/root-build" "$work/sources" '' -b --host-arch=arm64
+  find "$work/sources" -maxdepth 1 -type f -name '*_arm64.*' -exec mv -t "$work" {} +
+  local deb file
+  for deb in "$work"/*.deb; do
+    [ "$(dpkg-deb --field "$deb" Architecture)" = arm64 ] || die "$deb is not for arm64"
+  done
+  file=$(mktemp)
+  dpkg-deb --fsys-tarfile "$work"/libkazwifi0_*.deb |
+    tar --extract --to-stdout ./usr/lib/aarch64-linux-gnu/libkazwifi.so."$version" >"$file"
+  readelf --file-header "$file" | grep 'Machine:.*AArch64' >/dev/null || die "the library is for another processor"
+  readelf --notes --wide "$file" | grep 'BTI, PAC' >/dev/null || die "the library does not guard its branches"
+  rm "$file"
+  holds "the packages of version $version cross-build for arm64 without a warning"
+}
+
+# Tests that start nothing but themselves and a dbus-daemon, which is the machine's own. What they cannot do under
+# qemu-user stands in not_under_qemu, with the reason.
+cross_test() {
+  say "running the unit tests for arm64 under qemu-user"
+  # shellcheck disable=SC2016  # for the shell in there
+  logged "$work/test.log" enter "$cross_stack" "$work/root-test" \
+    bind "$work/sources" /build bind "$store/ccache" /ccache bind "$here" /packaging \
+    env CCACHE_DIR=/ccache CCACHE_SLOPPINESS=pch_defines,time_macros KAZ_JOBS="$jobs" \
+    /packaging/test_under_qemu "/build/kazwifi-$version"
+  grep -E '^[0-9]+% tests passed' "$work/test.log" | sed "s/^/ok: for arm64, /"
+}
