@@ -1,0 +1,63 @@
+#!/usr/bin/python3 -B
+"""log_lines.py [DOCUMENT]: the log records that the table for troubleshooting quotes are the product's, with their level.
+
+A record is quoted after its level: warning "Couldn't read ...". What stands for anything is `...`, or M and N.
+Errors, which nobody can leave alone, all have to be in the table.
+"""
+
+import re
+import sys
+
+from documents import ROOT, Document, Problems, files
+
+LEVELS = {"err": "error", "error": "error", "warn": "warning", "info": "info", "debug": "debug"}
+RECORD = re.compile(r'\b(err|error|warn|info|debug|log\(\w+)\s*[(,]\s*((?:"(?:[^"\\]|\\.)*"\s*)+)')
+QUOTED = re.compile(r'\b(error|warning|info|debug) ((?:(?:"[^"]*"|`[^`]*`)(?: or )?)+)')
+# What only a bug of the library's own, or of a program around it, can bring about.
+NOBODYS_TROUBLE = ("Event loop: ", "Cannot wait for the system bus", "Couldn't decode wpa_supplicant")
+
+ANYTHING = "\0"
+
+
+def records():
+    """Every format of a record, with its level; "any" where the caller says which."""
+    for name in files("src", "platform"):
+        if name.endswith((".cpp", ".h")):
+            for level, literals in RECORD.findall((ROOT / name).read_text(encoding="utf-8")):
+                text = "".join(re.findall(r'"((?:[^"\\]|\\.)*)"', literals)).replace('\\"', '"')
+                yield LEVELS.get(level, "any"), re.sub(r"\{[^}]*\}", ANYTHING, text).strip()
+
+
+def fits(quoted, record):
+    """Whether one text could be what both stand for."""
+    rows = [[False] * (len(record) + 1) for _ in range(len(quoted) + 1)]
+    rows[0][0] = True
+    for i, row in enumerate(rows):
+        for j in range(len(record) + 1):
+            if i and j and (quoted[i - 1] == record[j - 1] != ANYTHING):
+                row[j] |= rows[i - 1][j - 1]
+            if i and quoted[i - 1] == ANYTHING:
+                row[j] |= rows[i - 1][j] or (j > 0 and row[j - 1])
+            if j and record[j - 1] == ANYTHING:
+                row[j] |= row[j - 1] or (i > 0 and rows[i - 1][j])
+    return rows[-1][-1]
+
+
+known = sorted({(level, record) for level, record in records() if len(record.replace(ANYTHING, "")) > 5})
+document = Document(sys.argv[1] if len(sys.argv) > 1 else ROOT / "docs/troubleshooting.md")
+problems, quotations = Problems(), []
+for number, line in enumerate(document.path.read_text(encoding="utf-8").splitlines(), 1):
+    for level, group in QUOTED.findall(line) if line.startswith("|") else []:
+        for text in re.findall(r'"([^"]*)"', group) if '`' not in group else re.findall(r"`([^`]*)`", group):
+            quotations.append((number, level, re.sub(r"\.\.\.|\b[MN]\b", ANYTHING, text)))
+
+for number, level, text in quotations:
+    levels = {known_level for known_level, record in known if fits(text, record)}
+    if not levels & {level, "any"}:
+        shown = text.replace(ANYTHING, "...")
+        problems.add(document, number, f'no {level} "{shown}" is logged' + (f", but {levels.pop()}" if levels else ""))
+for level, record in known:
+    if level == "error" and not record.startswith(NOBODYS_TROUBLE):
+        if not any(quoted_level == level and fits(text, record) for _, quoted_level, text in quotations):
+            problems.add(document, 1, f'does not tell of the error "{record.replace(ANYTHING, "...")}"')
+problems.leave(len(quotations), "quoted records")
