@@ -97,6 +97,21 @@ make_base() {
   echo "$made_of" >"$store/base.made-of"
 }
 
+# Nobody reads manuals where packages are built.
+readonly without_manuals="
+  printf 'path-exclude=/usr/share/%s/*\n' doc locale man info >/etc/dpkg/dpkg.cfg.d/without-manuals
+  echo 'man-db man-db/auto-update boolean false' | debconf-set-selections"
+
+# The build dependencies of debian/control, with the option given.
+build_dependencies() { # [option]
+  echo "
+    mkdir -p /tmp/of/debian
+    cp /control/control /tmp/of/debian/
+    cd /tmp/of
+    apt-get build-dep -y -q --no-install-recommends $* ./
+    rm -rf /tmp/of"
+}
+
 # Makes a layer over base by a script that runs in it.
 make_layer() { # name, script
   local made_of new=$store/$1.new
@@ -113,21 +128,16 @@ make_layer() { # name, script
 
 make_build() {
   make_base
-  make_layer build "
+  make_layer build "$without_manuals
     apt-get update -q
-    apt-get install -y -q --no-install-recommends ${build_tools[*]}
-    cd / && mkdir -p /tmp/of/debian && cp /control/control /tmp/of/debian/ && cd /tmp/of
-    apt-get build-dep -y -q --no-install-recommends ./
-    rm -rf /tmp/of"
+    apt-get install -y -q --no-install-recommends ${build_tools[*]} $(build_dependencies)"
 }
 
 make_cross() {
   make_base
-  make_layer cross "
+  make_layer cross "$without_manuals
     dpkg --add-architecture arm64
     apt-get update -q
     apt-get install -y -q --no-install-recommends ${cross_tools[*]} ${cross_packages[*]}
-    mkdir -p /tmp/of/debian && cp /control/control /tmp/of/debian/ && cd /tmp/of
-    apt-get build-dep -y -q --no-install-recommends --host-architecture arm64 ./
-    rm -rf /tmp/of"
+    $(build_dependencies --host-architecture arm64)"
 }

@@ -20,14 +20,15 @@ cross_build() {
   holds "the packages of version $version cross-build for arm64 without a warning"
 }
 
-# Tests that start nothing but themselves and a dbus-daemon, which is the machine's own. What they cannot do under
-# qemu-user stands in not_under_qemu, with the reason.
+# The tests' bus is a dbus-daemon of the machine's own architecture. What cannot be done under qemu-user stands in
+# not_under_qemu, with the reason.
 cross_test() {
   say "running the unit tests for arm64 under qemu-user"
   # shellcheck disable=SC2016  # for the shell in there
-  logged "$work/test.log" enter "$cross_stack" "$work/root-test" \
+  logged "$work/test.log" enter "$cross_stack" "$work/root-build" \
     bind "$work/sources" /build bind "$store/ccache" /ccache bind "$here" /packaging \
-    env CCACHE_DIR=/ccache CCACHE_SLOPPINESS=pch_defines,time_macros KAZ_JOBS="$jobs" \
-    /packaging/test_under_qemu "/build/kazwifi-$version"
+    env PATH=/usr/lib/ccache:/usr/sbin:/usr/bin:/sbin:/bin CCACHE_DIR=/ccache \
+    CCACHE_SLOPPINESS=pch_defines,time_macros KAZ_JOBS="$jobs" /packaging/test_under_qemu "/build/kazwifi-$version"
+  if grep 'warning: ' "$work/test.log" >&2; then die "the build of the tests warns; see $work/test.log"; fi
   grep -E '^[0-9]+% tests passed' "$work/test.log" | sed "s/^/ok: for arm64, /"
 }
