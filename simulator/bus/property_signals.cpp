@@ -11,7 +11,7 @@ void appendProperty(sd_bus_message* out, const PropertySource& source, const sd_
     check(sd_bus_message_open_container(out, 'e', "sv"), "open entry");
     check(sd_bus_message_append_basic(out, 's', property.member), "append key");
     check(sd_bus_message_open_container(out, 'v', property.signature), "open variant");
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     const int result = property.get(source.bus, source.path.c_str(), source.interface.c_str(),
                                     property.member, out, source.object, &error);
     sd_bus_error_free(&error);

@@ -73,8 +73,7 @@ const sd_bus_vtable Systemd::serviceVtable_[] = {
 };
 
 Systemd::Systemd(const Environment& environment, const Times& times, ServiceProcess& process)
-    : environment_(environment),
-      connection_(environment, "systemd"),
+    : connection_(environment, "systemd"),
       unit_(environment.scheduler, times, process, [this] { unitChanged(); }),
       serviceSignals_(environment.scheduler,
                       {connection_.bus(), unitPath, serviceInterface, serviceVtable_, this}, false),

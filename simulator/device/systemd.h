@@ -42,7 +42,6 @@ class Systemd {
     void result(sd_bus_message* out) const;
     void unitChanged();
 
-    const Environment& environment_;
     Connection connection_;
     Unit unit_;
     PropertySignals serviceSignals_;

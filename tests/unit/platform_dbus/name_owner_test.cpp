@@ -50,9 +50,9 @@ TEST_F(EventLoopNameOwner, IsNotToldWhenItWasThereBefore) {
 }
 
 TEST_F(EventLoopNameOwner, IsToldToTheLastTaskOnly) {
+    Counter second;  // outlives the loop, which tells of the peer's end too
     const Running running = start();
     follow();
-    Counter second;
     onLoop([&] { loop->setNameOwnerTaskSync(peerName, [&](bool) { ++second; }); });
     BusPeer peer;
     peer.own(peerName);
