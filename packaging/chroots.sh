@@ -22,7 +22,7 @@ die() { printf 'package: %s\n' "$*" >&2; exit 1; }
 
 # Runs a command with its output in a log, which is shown when it fails.
 logged() { # log, command...
-  "${@:2}" >"$1" 2>&1 </dev/null || { tail -n 60 "$1" >&2; die "failed; see $1"; }
+  "${@:2}" >"$1" 2>&1 </dev/null || { tail -n 60 "$1" | cut -c1-400 >&2; die "failed; see $1"; }
 }
 
 # The archive of this machine's own release, as apt knows it; it carries the other suites too.

@@ -14,7 +14,7 @@ inherit cmake pkgconfig
 # fmt and spdlog as shared libraries, spdlog with that fmt: the log goes to the process's own default logger.
 DEPENDS = "fmt spdlog systemd tl-expected"
 
-EXTRA_OECMAKE = "-DBUILD_TESTING=OFF -DCMAKE_SKIP_INSTALL_RPATH=ON"
+EXTRA_OECMAKE = "-DBUILD_TESTING=OFF -DKAZ_BUILD_EXAMPLES=OFF -DCMAKE_SKIP_INSTALL_RPATH=ON"
 
 # system-platform: the device brings libkazdbus, libkazmetrics and libkazcommon, with the CMake package kazplatform.
 PACKAGECONFIG ??= "tools"
