@@ -1,0 +1,167 @@
+// System calls that fail where no file system can be made to: each stands in the place of the C library's, for all
+// libraries of this program, and fails once when it is told to.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <optional>
+#include <ostream>
+#include <vector>
+
+#include "config_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+struct Failure {
+    std::string_view call;
+    int error = 0;
+    unsigned passed = 0;  // how many such calls succeed before it
+};
+
+thread_local std::optional<Failure> planned;
+
+bool fails(std::string_view call) {
+    if (!planned || planned->call != call || planned->passed-- > 0) {
+        return false;
+    }
+    errno = planned->error;
+    planned.reset();
+    return true;
+}
+
+template <typename... Arguments>
+int pass(long number, Arguments... arguments) {
+    return static_cast<int>(::syscall(number, arguments...));
+}
+
+}  // namespace
+}  // namespace kaz::test
+
+using kaz::test::fails;
+using kaz::test::pass;
+
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the C library's begin with underscores
+extern "C" int open(const char* path, int flags, ...) {
+    mode_t mode = 0;
+    if ((flags & O_CREAT) != 0) {
+        va_list arguments;
+        va_start(arguments, flags);
+        mode = va_arg(arguments, mode_t);
+        va_end(arguments);
+    }
+    const bool creates = (flags & O_CREAT) != 0;
+    return fails(creates ? "create" : "open") ? -1 : pass(SYS_openat, AT_FDCWD, path, flags, mode);
+}
+
+extern "C" int flock(int fd, int operation) noexcept {
+    return fails("flock") ? -1 : pass(SYS_flock, fd, operation);
+}
+
+extern "C" int stat(const char* path, struct stat* status) noexcept {
+    return fails("stat") ? -1 : pass(SYS_newfstatat, AT_FDCWD, path, status, 0);
+}
+
+extern "C" int lstat(const char* path, struct stat* status) noexcept {
+    return fails("lstat") ? -1 : pass(SYS_newfstatat, AT_FDCWD, path, status, AT_SYMLINK_NOFOLLOW);
+}
+
+extern "C" int fstat(int fd, struct stat* status) noexcept {
+    return fails("fstat") ? -1 : pass(SYS_newfstatat, fd, "", status, AT_EMPTY_PATH);
+}
+
+extern "C" ssize_t read(int fd, void* buffer, size_t size) {
+    return fails("read") ? -1 : ::syscall(SYS_read, fd, buffer, size);
+}
+
+extern "C" ssize_t write(int fd, const void* buffer, size_t size) {
+    return fails("write") ? -1 : ::syscall(SYS_write, fd, buffer, size);
+}
+
+extern "C" int fchmod(int fd, mode_t mode) noexcept {
+    return fails("fchmod") ? -1 : pass(SYS_fchmod, fd, mode);
+}
+
+extern "C" int fchown(int fd, uid_t owner, gid_t group) noexcept {
+    return fails("fchown") ? -1 : pass(SYS_fchown, fd, owner, group);
+}
+
+extern "C" int unlink(const char* path) noexcept {
+    return fails("unlink") ? -1 : pass(SYS_unlinkat, AT_FDCWD, path, 0);
+}
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
+
+namespace kaz::test {
+namespace {
+
+constexpr const char* oldText = "password=tell-nobody\nwifi=on\n";
+constexpr const char* newText = "password=tell-nobody\nwifi=off\n";
+
+struct Case {
+    std::string name;
+    Failure failure;
+    std::string warning;  // without the folder; empty where the update succeeds nevertheless
+};
+
+void PrintTo(const Case& value, std::ostream* out) {
+    *out << value.name;
+}
+
+class ConfigUpdate : public ConfigFixture, public ::testing::WithParamInterface<Case> {
+  protected:
+    // With the failure to come. None is left over.
+    bool update() {
+        planned = GetParam().failure;
+        const bool updated = util::updateKazConfig("wifi", "off");
+        EXPECT_FALSE(planned.has_value()) << "the call was not made";
+        planned.reset();
+        return updated;
+    }
+};
+
+TEST_P(ConfigUpdate, IsLoggedOrSucceedsWhenACallFails) {
+    write(oldText);
+    const std::string& warning = GetParam().warning;
+    EXPECT_EQ(update(), warning.empty());
+    if (warning.empty()) {
+        EXPECT_EQ(log().records().size(), 0U);
+        EXPECT_EQ(text(), newText);
+    } else {
+        const std::size_t name = warning.find("kaz.conf");
+        EXPECT_THAT(log().texts(spdlog::level::warn),
+                    ::testing::ElementsAre("Couldn't change the configuration: " + warning.substr(0, name) +
+                                           (folder() / warning.substr(name)).string()));
+        EXPECT_EQ(text(), oldText);
+    }
+    log().clear();
+    EXPECT_TRUE(util::updateKazConfig("wifi", "off"));
+    EXPECT_EQ(text(), newText);
+    EXPECT_EQ(folder().content(), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    With, ConfigUpdate,
+    ::testing::Values(
+        Case{"LockThatCannotBeCreated", {"create", EACCES}, "create kaz.conf.lock: Permission denied"},
+        Case{"LockThatAnotherProcessCreatesMeanwhile", {"create", EEXIST}, ""},
+        Case{"FolderOfTheLockUnknown", {"stat", EIO, 1}, ""},
+        Case{"OwnerOfTheLockNotGiven", {"fchown", EPERM}, ""}, Case{"WaitInterrupted", {"flock", EINTR}, ""},
+        Case{"FileSystemWithoutLocks", {"flock", ENOLCK}, "lock kaz.conf.lock: No locks available"},
+        Case{"LockRemovedWhileWaitedFor", {"lstat", ENOENT}, ""},
+        Case{"OldFileNotLookedAt", {"fstat", EIO, 1}, "look at kaz.conf: Input/output error"},
+        Case{"ReadInterrupted", {"read", EINTR}, ""},
+        Case{"OldFileNotRead", {"read", EIO}, "read kaz.conf: Input/output error"},
+        Case{"LeftoverNotRemoved", {"unlink", EPERM}, "remove kaz.conf.tmp: Operation not permitted"},
+        Case{"NewFileNotCreated", {"create", EROFS, 1}, "open kaz.conf.tmp: Read-only file system"},
+        Case{"WriteInterrupted", {"write", EINTR}, ""},
+        Case{"NewFileNotWritten", {"write", EDQUOT}, "write kaz.conf.tmp: Disk quota exceeded"},
+        Case{"ModeNotKept", {"fchmod", EPERM}, "set the mode of kaz.conf.tmp: Operation not permitted"}),
+    [](const auto& instance) { return instance.param.name; });
+
+}  // namespace
+}  // namespace kaz::test
