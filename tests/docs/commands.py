@@ -17,6 +17,7 @@ import re
 import shlex
 import subprocess
 import tempfile
+from pathlib import Path
 
 from documents import ROOT, Problems, documents, files
 from tests_of_the_tree import fuzz_targets, tests
@@ -35,11 +36,11 @@ dev = text_of("dev")
 dev_help = dev[dev.index("<<'HELP'") : dev.index("\nHELP\n")]
 dev_commands = set(re.findall(r"^  ([a-z]+) .*", dev_help, re.MULTILINE))
 presets = set(re.findall(r'"name": "(\w+)"', text_of("CMakePresets.json"))) - {"base"}
+projects = {name for name in files() if name.endswith("CMakeLists.txt")}
 targets = set()
-for cmake in files():
-    if cmake.endswith("CMakeLists.txt"):
-        found = re.findall(r"\b(?:add_executable|add_library|add_custom_target|kaz_add_\w+)\(\s*([\w:-]+)", text_of(cmake))
-        targets |= set(found)
+for cmake in projects:
+    made = r"\b(?:add_executable|add_library|add_custom_target|qt_add_executable|kaz_add_\w+)\(\s*([\w:-]+)"
+    targets |= set(re.findall(made, text_of(cmake)))
 
 
 def matches(expression, names):
@@ -85,10 +86,20 @@ def problems_of_dev(words):
 
 
 def problems_of_cmake(words):
-    preset = re.match(r"build/(\w+)", words[2]) if len(words) > 2 else None
-    if words[1:2] != ["--install"] or not preset:
-        return ["only `cmake --install build/PRESET` is understood here"]
-    return [] if preset[1] in presets else [f"there is no preset {preset[1]}"]
+    """Of installing a preset's build, and of configuring and building a project of the tree on its own."""
+    if words[1:2] == ["--install"] or words[1:2] == ["--build"]:
+        folder = words[2] if len(words) > 2 else ""
+        known = presets | {Path(name).parent.name for name in projects}
+        return [] if re.sub("^build/", "", folder) in known else [f"nothing is built in {folder}"]
+    if words[1:2] == ["-S"]:
+        return [] if f"{words[2]}/CMakeLists.txt" in projects else [f"there is no project in {words[2]}"]
+    return ["only `cmake --install`, `--build` and `-S` are understood here"]
+
+
+def problems_of_built(words):
+    """Of programs named by their place in a build folder."""
+    programs = [word for word in words if re.match(r"build/\w+/", word)]
+    return [f"no target makes {word}" for word in programs if word.rsplit("/", 1)[1] not in targets]
 
 
 def problems_of_ours(words):
@@ -108,6 +119,8 @@ def check(words):
         return problems_of_cmake(words)
     if words[0] in RUN:
         return None
+    if words[0].startswith("build/"):
+        return problems_of_built(words)
     if "/" in words[0] and not words[0].startswith("/"):
         return problems_of_ours(words)
     return [f"{words[0]}: nobody knows whether this works; write `<!-- not run: REASON -->` above the block"]
@@ -138,6 +151,8 @@ def commands_of(block):
     """The command lines of a block of commands, as words."""
     for line in block.text.replace("\\\n", " ").splitlines():
         words = shlex.split(line, comments=True)
+        while words and re.match(r"[A-Z_]+=", words[0]):
+            words = words[1:]
         if words:
             yield words
 
