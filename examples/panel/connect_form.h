@@ -1,0 +1,96 @@
+#pragma once
+
+#include <wifi/types.h>
+
+#include <QtQml/qqmlregistration.h>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <set>
+#include <string>
+
+#include "network_model.h"
+
+// What is typed into the connect dialog, checked at every key stroke.
+class ConnectForm : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Belongs to WifiPanel")
+
+    Q_PROPERTY(QString name READ name NOTIFY changed)
+    Q_PROPERTY(bool hidden READ hidden NOTIFY changed)
+    Q_PROPERTY(QString ssid READ ssid WRITE setSsid NOTIFY changed)  // of a hidden network
+    Q_PROPERTY(Security security READ security WRITE setSecurity NOTIFY changed)
+    Q_PROPERTY(QString securityName READ securityName NOTIFY changed)
+    Q_PROPERTY(bool guessed READ guessed NOTIFY changed)  // the list could not name the security
+    Q_PROPERTY(QString password READ password WRITE setPassword NOTIFY changed)
+    Q_PROPERTY(QString passwordHint READ passwordHint NOTIFY changed)
+    Q_PROPERTY(QString identity READ identity WRITE setIdentity NOTIFY changed)
+    Q_PROPERTY(QString anonymousIdentity READ anonymousIdentity WRITE setAnonymousIdentity NOTIFY changed)
+    Q_PROPERTY(QString eapMethod READ eapMethod WRITE setEapMethod NOTIFY changed)  // empty: any
+    Q_PROPERTY(QString phase2Method READ phase2Method WRITE setPhase2Method NOTIFY changed)
+    Q_PROPERTY(QStringList eapMethods READ eapMethods NOTIFY changed)
+    Q_PROPERTY(QStringList phase2Methods READ phase2Methods NOTIFY changed)
+    Q_PROPERTY(Field problemField READ problemField NOTIFY changed)
+    Q_PROPERTY(QString problem READ problem NOTIFY changed)  // why it cannot be sent
+    Q_PROPERTY(bool valid READ valid NOTIFY changed)
+
+  public:
+    enum Security { Open, Wep, Wpa, Wpa2, Wpa3, Enterprise };
+    Q_ENUM(Security)
+    enum Field { NoField, SsidField, PasswordField, IdentityField, MethodField };
+    Q_ENUM(Field)
+
+    using QObject::QObject;
+
+    // Starts afresh, for a network in the list or for one that is hidden.
+    void begin(const NetworkModel::Row& network);
+    void beginHidden();
+    void setMethods(std::set<std::string> eap, std::set<std::string> phase2);
+
+    // The settings as typed. Fields that do not belong to the security are empty.
+    kaz::wifi::ConnectionSettings settings() const;
+
+    // Takes what was typed out of sight and out of memory, as far as Qt's texts allow.
+    Q_INVOKABLE void clear();
+
+    QString name() const;
+    bool hidden() const { return hidden_; }
+    QString ssid() const { return QString::fromStdString(typed_.ssid); }
+    void setSsid(const QString& text);
+    Security security() const { return security_; }
+    void setSecurity(Security security);
+    QString securityName() const;
+    bool guessed() const { return guessed_; }
+    QString password() const { return QString::fromStdString(typed_.password); }
+    void setPassword(const QString& text);
+    QString passwordHint() const;
+    QString identity() const { return QString::fromStdString(typed_.identity); }
+    void setIdentity(const QString& text);
+    QString anonymousIdentity() const { return QString::fromStdString(typed_.anonymousIdentity); }
+    void setAnonymousIdentity(const QString& text);
+    QString eapMethod() const { return QString::fromStdString(typed_.eapMethod); }
+    void setEapMethod(const QString& text);
+    QString phase2Method() const { return QString::fromStdString(typed_.phase2Method); }
+    void setPhase2Method(const QString& text);
+    QStringList eapMethods() const;
+    QStringList phase2Methods() const;
+    Field problemField() const;
+    QString problem() const;
+    bool valid() const { return problemField() == NoField; }
+
+  Q_SIGNALS:
+    void changed();
+
+  private:
+    kaz::wifi::ConnectResult verdict() const;
+    void set(std::string& field, const QString& text);
+
+    kaz::wifi::ConnectionSettings typed_;
+    Security security_ = Open;
+    bool hidden_ = false;
+    bool guessed_ = false;
+    std::set<std::string> eapMethods_;
+    std::set<std::string> phase2Methods_;
+};

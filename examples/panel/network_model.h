@@ -1,0 +1,57 @@
+#pragma once
+
+#include <wifi/types.h>
+
+#include <QtQml/qqmlregistration.h>
+#include <QAbstractListModel>
+
+#include <string>
+#include <vector>
+
+// The networks a user can choose from: the one in use or being joined first, then the others as the library sorts
+// them. An update changes only the rows that differ, so that the view keeps its place and its focus.
+class NetworkModel : public QAbstractListModel {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Belongs to WifiPanel")
+
+  public:
+    struct Row {
+        std::string ssid;
+        int signal = 0;  // dBm
+        kaz::wifi::SecurityMode security = kaz::wifi::SecurityMode::none;
+        bool saved = false;
+        kaz::wifi::ConnectionInfo::Status status = kaz::wifi::ConnectionInfo::Status::disconnected;
+
+        bool operator==(const Row& other) const;
+    };
+    enum Role {
+        NetworkIdRole = Qt::UserRole,  // names the network in calls
+        NameRole,                      // for the eye
+        BarsRole,                      // 0 to 4
+        SecurityRole,  // in words; empty when unknown, as for a network in use that no scan showed
+        LockedRole,
+        SavedRole,
+        StageRole,  // 0 not in use, 1 joining, 2 getting an address, 3 connected
+    };
+
+    using QAbstractListModel::QAbstractListModel;
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    void update(const kaz::wifi::ConnectionInfo& connection,
+                const std::vector<kaz::wifi::WifiNetwork>& inRange);
+
+    // The row of that network, or null.
+    const Row* find(const std::string& ssid) const;
+
+  private:
+    std::vector<Row> wanted(const kaz::wifi::ConnectionInfo& connection,
+                            const std::vector<kaz::wifi::WifiNetwork>& inRange) const;
+    void removeOthersThan(const std::vector<Row>& rows);
+    void bringTo(std::size_t place, const Row& row);
+
+    std::vector<Row> rows_;
+};

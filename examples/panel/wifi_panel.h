@@ -1,0 +1,85 @@
+#pragma once
+
+#include <wifi/manager.h>
+
+#include <QtQml/qqmlregistration.h>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <atomic>
+#include <optional>
+
+#include "attempt.h"
+#include "connect_form.h"
+#include "network_model.h"
+
+// The Manager as QML sees it: properties that change on the GUI thread, and what a user can ask for. Networks are named
+// by the model's `networkId`.
+class WifiPanel : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Made by main")
+
+    Q_PROPERTY(bool on READ isOn WRITE setOn NOTIFY changed)
+    Q_PROPERTY(bool running READ isRunning NOTIFY changed)
+    Q_PROPERTY(bool scanning READ isScanning NOTIFY changed)
+    Q_PROPERTY(QString problem READ problem NOTIFY changed)  // the last thing that went wrong, in words
+    Q_PROPERTY(QString problemId READ problemId NOTIFY
+                   changed)  // the network it was about, while that can be retried
+    Q_PROPERTY(NetworkModel* networks READ networks CONSTANT)
+    Q_PROPERTY(ConnectForm* form READ form CONSTANT)
+
+  public:
+    explicit WifiPanel(QObject* parent = nullptr);
+
+    bool isOn() const { return on_; }
+    void setOn(bool on);
+    bool isRunning() const { return running_; }
+    bool isScanning() const { return scanning_; }
+    QString problem() const { return problem_; }
+    QString problemId() const;
+    NetworkModel* networks() { return &networks_; }
+    ConnectForm* form() { return &form_; }
+
+    Q_INVOKABLE void scan();
+    // Prepares the form for a network. False when that is no longer in the list.
+    Q_INVOKABLE bool prepare(const QString& networkId);
+    Q_INVOKABLE void prepareHidden();
+    // Connects as the form says, or to a saved network.
+    Q_INVOKABLE void submit();
+    Q_INVOKABLE void joinSaved(const QString& networkId);
+    Q_INVOKABLE void leave();
+    Q_INVOKABLE void forget(const QString& networkId);
+    Q_INVOKABLE void dismissProblem();
+
+  Q_SIGNALS:
+    void changed();
+
+  private:
+    void wake();
+    void refresh();
+    void follow(const kaz::wifi::ConnectionInfo& info);
+    void followAttempt(const kaz::wifi::ConnectionInfo& info);
+    void begin(const std::string& ssid, kaz::wifi::SecurityMode security, bool saved);
+    void endAttempt();
+    void fail(Attempt::Outcome outcome, const std::string& ssid);
+
+    NetworkModel networks_;
+    ConnectForm form_;
+    bool on_ = false;
+    bool running_ = false;
+    bool scanning_ = false;
+    kaz::wifi::ConnectionInfo connection_;
+    QString problem_;
+    std::string problemSsid_;
+
+    std::optional<Attempt> attempt_;
+    kaz::wifi::SecurityMode attemptSecurity_ = kaz::wifi::SecurityMode::none;
+    bool attemptSaved_ = false;
+    QTimer attemptClock_;
+
+    std::atomic<bool> awake_{false};
+    // Last, and so destroyed first: until then its callbacks use the rest.
+    kaz::wifi::Manager wifi_;
+};

@@ -1,0 +1,109 @@
+#include "words.h"
+
+using kaz::wifi::ConnectResult;
+using kaz::wifi::SecurityMode;
+
+namespace {
+
+QString likelyCause(SecurityMode mode, bool saved) {
+    switch (mode) {
+        case SecurityMode::none:
+            return QStringLiteral("It turned this device away; it may be full.");
+        case SecurityMode::enterprise:
+        case SecurityMode::enterpriseVariant:
+            return saved ? QStringLiteral("It turned this device away; the saved password may have changed.")
+                         : QStringLiteral("The identity, the password or the method is probably wrong.");
+        case SecurityMode::wep:
+        case SecurityMode::wpaPsk:
+        case SecurityMode::rsnPsk:
+        case SecurityMode::sae:
+        case SecurityMode::unsupported:
+            break;
+    }
+    return saved ? QStringLiteral("It turned this device away; the saved password may have changed.")
+                 : QStringLiteral("The password is probably wrong.");
+}
+
+}  // namespace
+
+QString securityInWords(SecurityMode mode) {
+    switch (mode) {
+        case SecurityMode::none:
+            return QStringLiteral("Open");
+        case SecurityMode::wep:
+            return QStringLiteral("WEP");
+        case SecurityMode::wpaPsk:
+            return QStringLiteral("WPA");
+        case SecurityMode::rsnPsk:
+            return QStringLiteral("WPA2");
+        case SecurityMode::sae:
+            return QStringLiteral("WPA3");
+        case SecurityMode::enterprise:
+        case SecurityMode::enterpriseVariant:
+            return QStringLiteral("Enterprise");
+        case SecurityMode::unsupported:
+            return QStringLiteral("WPA3 or other");
+    }
+    return {};
+}
+
+QString problemInWords(ConnectResult verdict, SecurityMode mode) {
+    switch (verdict) {
+        case ConnectResult::ok:
+            return {};
+        case ConnectResult::ssidEmpty:
+            return QStringLiteral("The name is missing");
+        case ConnectResult::ssidTooLong:
+            return QStringLiteral("Too long: at most 32 characters");
+        case ConnectResult::passwordTooShort:
+            return mode == SecurityMode::sae ? QStringLiteral("The password is missing")
+                                             : QStringLiteral("Too short: at least 8 characters");
+        case ConnectResult::passwordTooLong:
+            return mode == SecurityMode::sae ? QStringLiteral("Too long: at most 1024 characters")
+                                             : QStringLiteral("Too long: at most 63 characters");
+        case ConnectResult::wepKeyInvalidLength:
+            return QStringLiteral("A WEP key has 5 or 13 characters");
+        case ConnectResult::eapMethodUnsupported:
+            return QStringLiteral("This device does not offer this method");
+        case ConnectResult::phase2MethodUnsupported:
+            return QStringLiteral("This inner method is not known");
+        case ConnectResult::securityModeUnsupported:
+            return QStringLiteral("This device cannot join such a network");
+    }
+    return {};
+}
+
+QString passwordHint(SecurityMode mode) {
+    switch (mode) {
+        case SecurityMode::wep:
+            return QStringLiteral("5 or 13 characters");
+        case SecurityMode::wpaPsk:
+        case SecurityMode::rsnPsk:
+            return QStringLiteral("8 to 63 characters");
+        case SecurityMode::none:
+        case SecurityMode::sae:
+        case SecurityMode::enterprise:
+        case SecurityMode::enterpriseVariant:
+        case SecurityMode::unsupported:
+            break;
+    }
+    return {};
+}
+
+QString failureInWords(Attempt::Outcome outcome, const QString& name, SecurityMode mode, bool saved) {
+    switch (outcome) {
+        case Attempt::Outcome::connected:
+            return {};
+        case Attempt::Outcome::notAnswering:
+            return QStringLiteral("“%1” does not answer. It may be out of range.").arg(name);
+        case Attempt::Outcome::refused:
+            return QStringLiteral("Could not join “%1”. %2").arg(name, likelyCause(mode, saved));
+        case Attempt::Outcome::noAddress:
+            return QStringLiteral("“%1” let this device in, but gave it no address.").arg(name);
+        case Attempt::Outcome::lost:
+            return QStringLiteral("The connection to “%1” was lost.").arg(name);
+        case Attempt::Outcome::stopped:
+            return QStringLiteral("Wi-Fi stopped while joining “%1”.").arg(name);
+    }
+    return {};
+}
