@@ -43,26 +43,26 @@ apt_options() {
 # Runs a command in a stack of folders, top first and separated by colons, on top of which is a folder for all that
 # changes. With 'bind SOURCE TARGET' further folders are shown inside.
 enter() { # stack, folder for changes, [bind SOURCE TARGET]... command...
-  local stack=$1 top=$2 binds=() inside
+  local stack=$1 changing=$2 binds=() inside
   shift 2
   while [ "$1" = bind ]; do binds+=("$2" "$3"); shift 3; done
-  mkdir -p "$top"/{changes,work,root}
+  mkdir -p "$changing"/{changes,work,root}
   # shellcheck disable=SC2016  # for the shell in there
   inside='
-    stack=$1 top=$2 count=$3; shift 3
-    mount -t overlay overlay -o "lowerdir=$stack,upperdir=$top/changes,workdir=$top/work" "$top/root"
-    mount -t proc proc "$top/root/proc"
-    mount -t tmpfs -o mode=1777 tmpfs "$top/root/dev/shm"
+    stack=$1 changing=$2 count=$3; shift 3
+    mount -t overlay overlay -o "lowerdir=$stack,upperdir=$changing/changes,workdir=$changing/work" "$changing/root"
+    mount -t proc proc "$changing/root/proc"
+    mount -t tmpfs -o mode=1777 tmpfs "$changing/root/dev/shm"
     for file in /etc/resolv.conf /etc/hosts; do
-      [ ! -e "$file" ] || [ ! -e "$top/root$file" ] || mount --bind "$file" "$top/root$file"
+      [ ! -e "$file" ] || [ ! -e "$changing/root$file" ] || mount --bind "$file" "$changing/root$file"
     done
     for ((; count > 0; count -= 2)); do
-      mkdir -p "$top/root$2"
-      mount --bind "$1" "$top/root$2"
+      mkdir -p "$changing/root$2"
+      mount --bind "$1" "$changing/root$2"
       shift 2
     done
-    exec chroot "$top/root" "$@"'
-  unshare --mount --pid --fork --kill-child -- bash -euc "$inside" enter "$stack" "$top" ${#binds[@]} "${binds[@]}" \
+    exec chroot "$changing/root" "$@"'
+  unshare --mount --pid --fork --kill-child -- bash -euc "$inside" enter "$stack" "$changing" ${#binds[@]} "${binds[@]}" \
     env -i PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 TZ=UTC \
     DEBIAN_FRONTEND=noninteractive "$@"
 }
