@@ -34,7 +34,7 @@ def text_of(*names):
 
 dev = text_of("dev")
 dev_help = dev[dev.index("<<'HELP'") : dev.index("\nHELP\n")]
-dev_commands = set(re.findall(r"^  ([a-z]+) .*", dev_help, re.MULTILINE))
+dev_commands = set(re.search(r'^  ([a-z| ]+)\) "cmd_', dev, re.MULTILINE)[1].split(" | "))
 presets = set(re.findall(r'"name": "(\w+)"', text_of("CMakePresets.json"))) - {"base"}
 projects = {name for name in files() if name.endswith("CMakeLists.txt")}
 targets = set()
@@ -206,6 +206,16 @@ def check_code_in_text(document, problems):
     return count
 
 
+def check_that_all_are_told(document, problems):
+    """The page for those who work on the tree names every command of ./dev, and so does its help."""
+    told = " ".join([span.text for span in document.code] + [block.text for block in document.blocks])
+    for command in sorted(dev_commands):
+        if not re.search(rf"\./dev {command}\b", told):
+            problems.add(document, 1, f"does not tell of ./dev {command}")
+        if not re.search(rf"^  {command}\b", dev_help, re.MULTILINE):
+            problems.add(document, 1, f"./dev help does not tell of {command}")
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--programs", nargs="*", default=[])
@@ -227,6 +237,8 @@ def main():
                 count += 1
                 check_script(document, block, device, problems)
         count += check_code_in_text(document, problems)
+        if document.name == "CONTRIBUTING.md":
+            check_that_all_are_told(document, problems)
     problems.leave(count, "blocks and commands")
 
 
