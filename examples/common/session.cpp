@@ -1,7 +1,7 @@
 #include "session.h"
 
-#include <cstdio>
 #include <iostream>
+#include <string_view>
 #include <utility>
 
 namespace example {
@@ -31,15 +31,16 @@ std::string inWords(const ConnectionInfo& info) {
 }  // namespace
 
 std::string printable(const std::string& ssid) {
+    constexpr std::string_view digits = "0123456789abcdef";
     std::string text;
     for (const char byte : ssid) {
         const auto code = static_cast<unsigned char>(byte);
         if (code >= 0x20 && code < 0x7F && byte != '\\') {
             text += byte;
         } else {
-            char escape[5];
-            std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned>(code));
-            text += escape;
+            text += "\\x";
+            text += digits[code >> 4U];
+            text += digits[code & 0xFU];
         }
     }
     return text;

@@ -1,14 +1,16 @@
 #include "attempt.h"
 
+#include <algorithm>
 #include <utility>
 
-using kaz::wifi::ConnectionInfo;
 using Status = kaz::wifi::ConnectionInfo::Status;
 
 namespace {
 
 constexpr std::chrono::milliseconds patience{2000};
-constexpr std::chrono::milliseconds tolerance{500};  // the panel hears of things late
+// The library looks at its clock a little late, and so do those who hear of it.
+constexpr std::chrono::milliseconds early{200};
+constexpr std::chrono::milliseconds late{500};
 constexpr std::chrono::seconds patienceForAnAddress{30};
 
 }  // namespace
@@ -16,13 +18,10 @@ constexpr std::chrono::seconds patienceForAnAddress{30};
 Attempt::Attempt(std::string ssid, Clock::time_point requested)
     : ssid_(std::move(ssid)), patienceBegan_(requested) {}
 
-std::optional<Attempt::Outcome> Attempt::see(const ConnectionInfo& info, bool scanning, bool running,
-                                             Clock::time_point now) {
-    if (std::exchange(scanning_, scanning) && !scanning) {
-        patienceBegan_ = now;
-    }
-    const bool ours = info.ssid == ssid_ && info.status != Status::disconnected;
-    if (!running) {
+std::optional<Attempt::Outcome> Attempt::see(const Sight& sight) {
+    const Status status = sight.info.status;
+    const bool ours = sight.info.ssid == ssid_ && status != Status::disconnected;
+    if (!sight.running) {
         return Outcome::stopped;
     }
     if (!begun_) {  // until the library takes the request up, it tells of what was before
@@ -30,25 +29,31 @@ std::optional<Attempt::Outcome> Attempt::see(const ConnectionInfo& info, bool sc
         return std::nullopt;
     }
     if (!ours) {
-        return end(info);
+        return end(sight);
     }
-    if (info.status == Status::connected) {
+    if (status == Status::connected) {
         return Outcome::connected;
     }
-    if (info.status == Status::connectingIP && !std::exchange(linkUp_, true)) {
-        linkUpSince_ = now;
+    if (!sight.scanning) {
+        patienceBegan_ = std::max(patienceBegan_, sight.scanningChanged);
     }
-    if (linkUp_ && now - linkUpSince_ >= patienceForAnAddress) {
+    if (status == Status::connectingIP && !std::exchange(linkUp_, true)) {
+        linkUpSince_ = sight.now;
+    }
+    if (linkUp_ && sight.now - linkUpSince_ >= patienceForAnAddress) {
         return Outcome::noAddress;
     }
     return std::nullopt;
 }
 
-std::optional<Attempt::Outcome> Attempt::end(const ConnectionInfo& info) const {
+Attempt::Outcome Attempt::end(const Sight& sight) const {
     if (linkUp_) {
         return Outcome::lost;
     }
-    const auto waited = info.disconnectTime - patienceBegan_;
-    const bool gaveUp = waited >= patience - tolerance && waited <= patience + tolerance;
+    const auto ended = sight.info.disconnectTime;
+    const bool scannedBefore = !sight.scanning && sight.scanningChanged <= ended;
+    const auto waited =
+        ended - (scannedBefore ? std::max(patienceBegan_, sight.scanningChanged) : patienceBegan_);
+    const bool gaveUp = waited >= patience - early && waited <= patience + late;
     return gaveUp ? Outcome::notAnswering : Outcome::refused;
 }

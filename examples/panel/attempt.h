@@ -24,21 +24,28 @@ class Attempt {
     };
     using Clock = std::chrono::steady_clock;
 
+    // What the Manager tells at one moment.
+    struct Sight {
+        kaz::wifi::ConnectionInfo info;
+        bool running = true;
+        bool scanning = false;
+        Clock::time_point scanningChanged;  // when `scanning` last did
+        Clock::time_point now;
+    };
+
     Attempt(std::string ssid, Clock::time_point requested);
 
     const std::string& ssid() const { return ssid_; }
 
     // To be called after each change, and now and then. The outcome once there is one; not to be called after that.
-    std::optional<Outcome> see(const kaz::wifi::ConnectionInfo& info, bool scanning, bool running,
-                               Clock::time_point now);
+    std::optional<Outcome> see(const Sight& sight);
 
   private:
-    std::optional<Outcome> end(const kaz::wifi::ConnectionInfo& info) const;
+    Outcome end(const Sight& sight) const;
 
     std::string ssid_;
     Clock::time_point patienceBegan_;  // when the 2000 ms began
     Clock::time_point linkUpSince_;
     bool begun_ = false;
     bool linkUp_ = false;
-    bool scanning_ = false;
 };

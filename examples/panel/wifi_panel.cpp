@@ -16,7 +16,10 @@ WifiPanel::WifiPanel(QObject* parent) : QObject(parent) {
     connect(&attemptClock_, &QTimer::timeout, this, &WifiPanel::refresh);
     const auto wakeUp = [this] { wake(); };
     wifi_.onEnabledChanged(wakeUp);
-    wifi_.onScanningChanged(wakeUp);
+    wifi_.onScanningChanged([this] {
+        scanningChanged_ = Attempt::Clock::now();
+        wake();
+    });
     wifi_.onNetworksListChanged(wakeUp);
     wifi_.onConnectionInfoChanged(wakeUp);
     refresh();
@@ -58,7 +61,7 @@ void WifiPanel::follow(const ConnectionInfo& info) {
 }
 
 void WifiPanel::followAttempt(const ConnectionInfo& info) {
-    const auto outcome = attempt_->see(info, scanning_, running_, Attempt::Clock::now());
+    const auto outcome = attempt_->see({info, running_, scanning_, scanningChanged_, Attempt::Clock::now()});
     if (!outcome) {
         return;
     }

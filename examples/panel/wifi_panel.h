@@ -80,6 +80,7 @@ class WifiPanel : public QObject {
     QTimer attemptClock_;
 
     std::atomic<bool> awake_{false};
+    std::atomic<Attempt::Clock::time_point> scanningChanged_{Attempt::Clock::time_point()};
     // Last, and so destroyed first: until then its callbacks use the rest.
     kaz::wifi::Manager wifi_;
 };

@@ -18,17 +18,19 @@ class AttemptTest : public ::testing::Test {
     AttemptTest() { see(Status::connectingWifi); }
 
     std::optional<Outcome> see(Status status, const std::string& ssid = "Home") {
-        wifi::ConnectionInfo info;
-        info.status = status;
-        info.ssid = status == Status::disconnected ? "" : ssid;
-        info.disconnectTime = now_;
-        return attempt_.see(info, scanning_, running_, now_);
+        sight_.info.status = status;
+        sight_.info.ssid = status == Status::disconnected ? "" : ssid;
+        sight_.info.disconnectTime = sight_.now;
+        return attempt_.see(sight_);
     }
+    void setScanning(bool scanning) {
+        sight_.scanning = scanning;
+        sight_.scanningChanged = sight_.now;
+    }
+    void pass(std::chrono::milliseconds time) { sight_.now += time; }
 
-    Attempt::Clock::time_point now_{1h};
-    bool scanning_ = false;
-    bool running_ = true;
-    Attempt attempt_{"Home", now_};
+    Attempt::Sight sight_{{}, true, false, {}, Attempt::Clock::time_point(1h)};
+    Attempt attempt_{"Home", sight_.now};
 };
 
 using AttemptOf = AttemptTest;
@@ -39,32 +41,46 @@ TEST_F(AttemptOf, ANetworkWithAnAddressIsConnected) {
 }
 
 TEST_F(AttemptOf, AnEndAfterTwoSecondsOfSilenceIsNoAnswer) {
-    now_ += 2s;
+    pass(2s);
     EXPECT_EQ(see(Status::disconnected), Outcome::notAnswering);
 }
 
 TEST_F(AttemptOf, TheTwoSecondsBeginAnewWhenAScanEnds) {
-    scanning_ = true;
+    setScanning(true);
     EXPECT_EQ(see(Status::connectingWifi), std::nullopt);
-    now_ += 3s;
-    scanning_ = false;
+    pass(3s);
+    setScanning(false);
     EXPECT_EQ(see(Status::connectingWifi), std::nullopt);
-    now_ += 2s;
+    pass(2s);
     EXPECT_EQ(see(Status::disconnected), Outcome::notAnswering);
 }
 
-TEST_F(AttemptOf, AnEndAtAnotherTimeIsARefusal) {
-    for (const auto after : {300ms, 1400ms, 2600ms, 4500ms}) {
-        Attempt attempt("Home", now_);
-        wifi::ConnectionInfo info;
-        info.status = Status::connectingWifi;
-        info.ssid = "Home";
-        EXPECT_EQ(attempt.see(info, false, true, now_), std::nullopt);
-        info = {};
-        info.disconnectTime = now_ + after;
-        EXPECT_EQ(attempt.see(info, false, true, now_ + after), Outcome::refused) << after.count() << " ms";
-    }
+TEST_F(AttemptOf, AScanWhoseEndIsHeardOfLateCountsFromItsEnd) {
+    setScanning(true);
+    EXPECT_EQ(see(Status::connectingWifi), std::nullopt);
+    pass(3s);
+    setScanning(false);
+    pass(2s);
+    EXPECT_EQ(see(Status::disconnected), Outcome::notAnswering);
 }
+
+TEST_F(AttemptOf, AScanAfterTheEndDoesNotCount) {
+    pass(2s);
+    sight_.info.disconnectTime = sight_.now;
+    pass(1s);
+    setScanning(false);
+    sight_.info.status = Status::disconnected;
+    EXPECT_EQ(attempt_.see(sight_), Outcome::notAnswering);
+}
+
+class AttemptThatEnds : public AttemptTest, public ::testing::WithParamInterface<int> {};
+
+TEST_P(AttemptThatEnds, AtAnotherTimeWasRefused) {
+    pass(std::chrono::milliseconds(GetParam()));
+    EXPECT_EQ(see(Status::disconnected), Outcome::refused) << GetParam() << " ms";
+}
+
+INSTANTIATE_TEST_SUITE_P(Milliseconds, AttemptThatEnds, ::testing::Values(0, 300, 1700, 2600, 4500));
 
 TEST_F(AttemptOf, AnotherNetworkIsARefusal) {
     EXPECT_EQ(see(Status::connected, "Attic"), Outcome::refused);
@@ -72,30 +88,29 @@ TEST_F(AttemptOf, AnotherNetworkIsARefusal) {
 
 TEST_F(AttemptOf, ALinkThatBreaksBeforeThereIsAnAddressIsLost) {
     EXPECT_EQ(see(Status::connectingIP), std::nullopt);
-    now_ += 2s;
+    pass(2s);
     EXPECT_EQ(see(Status::disconnected), Outcome::lost);
 }
 
 TEST_F(AttemptOf, ALinkWithoutAnAddressForHalfAMinuteIsToldOf) {
     EXPECT_EQ(see(Status::connectingIP), std::nullopt);
-    now_ += 29s;
+    pass(29s);
     EXPECT_EQ(see(Status::connectingIP), std::nullopt);
-    now_ += 1s;
+    pass(1s);
     EXPECT_EQ(see(Status::connectingIP), Outcome::noAddress);
 }
 
 TEST_F(AttemptOf, WifiThatStopsEndsIt) {
-    running_ = false;
+    sight_.running = false;
     EXPECT_EQ(see(Status::disconnected), Outcome::stopped);
 }
 
 TEST_F(AttemptOf, WhatWasBeforeTheLibraryTookItUpDoesNotCount) {
-    Attempt attempt("Home", now_);
-    wifi::ConnectionInfo before;
-    EXPECT_EQ(attempt.see(before, false, true, now_), std::nullopt);
-    before.status = Status::connected;
-    before.ssid = "Attic";
-    EXPECT_EQ(attempt.see(before, false, true, now_), std::nullopt);
+    attempt_ = Attempt("Home", sight_.now);
+    EXPECT_EQ(see(Status::disconnected), std::nullopt);
+    EXPECT_EQ(see(Status::connected, "Attic"), std::nullopt);
+    EXPECT_EQ(see(Status::connectingWifi), std::nullopt);
+    EXPECT_EQ(see(Status::connected), Outcome::connected);
 }
 
 }  // namespace

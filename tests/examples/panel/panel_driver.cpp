@@ -6,6 +6,7 @@
 #include <QTest>
 #include <QtQml/QQmlExtensionPlugin>
 
+#include <algorithm>
 #include <chrono>
 #include <stdexcept>
 
@@ -123,6 +124,44 @@ QStringList PanelTest::list() const {
 bool PanelTest::isFocused(const QString& name) const {
     const QQuickItem* found = item(name);
     return found != nullptr && found->hasActiveFocus();
+}
+
+QStringList PanelTest::clippedTexts() const {
+    QStringList clipped;
+    visit(window_->contentItem(), [&](QQuickItem* item) {
+        const QString text = item->property("text").toString();
+        const QVariant truncated = item->property("truncated");  // what only texts have
+        if (!truncated.isValid() || text.isEmpty()) {
+            return;
+        }
+        const bool elides = item->property("elide").toInt() != Qt::ElideNone;
+        const double left = item->mapToScene({0, 0}).x();
+        const bool inside = left >= 0 && left + item->width() <= window_->width();
+        const bool fits = elides || item->property("contentWidth").toDouble() <= item->width() + 1;
+        if (!inside || !fits) {
+            clipped.append(text);
+        }
+    });
+    return clipped;
+}
+
+int PanelTest::scans() const {
+    const auto calls = device_->calls();
+    return static_cast<int>(std::count_if(calls.begin(), calls.end(),
+                                          [](const sim::Call& call) { return call.member == "Scan"; }));
+}
+
+void PanelTest::dragDown(const QString& name, int distance) {
+    constexpr int step = 20;
+    const QQuickItem* target = item(name);
+    ASSERT_NE(target, nullptr);
+    QPoint place = target->mapToScene({target->width() / 2, target->height() / 4}).toPoint();
+    QTest::mousePress(window_, Qt::LeftButton, {}, place);
+    for (int moved = 0; moved < distance; moved += step) {
+        place += QPoint(0, step);
+        QTest::mouseMove(window_, place);
+    }
+    QTest::mouseRelease(window_, Qt::LeftButton, {}, place);
 }
 
 void PanelTest::click(const QString& name) {

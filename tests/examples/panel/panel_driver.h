@@ -20,6 +20,9 @@
 #include "temporary_folder.h"
 
 // How GoogleTest shows Qt's texts.
+inline void PrintTo(const QStringList& texts, std::ostream* out) {
+    *out << texts.join(" | ").toStdString();
+}
 inline void PrintTo(const QString& text, std::ostream* out) {
     *out << '"' << text.toStdString() << '"';
 }
@@ -56,9 +59,14 @@ class PanelTest : public ::testing::Test {
     // The networks' names from top to bottom.
     QStringList list() const;
     bool isFocused(const QString& name) const;
+    // The texts that do not fit into their items or into the window, and do not say so by an ellipsis.
+    QStringList clippedTexts() const;
+    // How often the supplicant was asked to scan.
+    int scans() const;
 
     void click(const QString& name);
     void choose(const QString& network);
+    void dragDown(const QString& name, int distance);
     void key(Qt::Key key);
     void type(const QString& text);
     // Chooses a network that asks for a password, and joins it.

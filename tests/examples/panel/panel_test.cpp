@@ -263,10 +263,49 @@ TEST_F(Panel, ElidesALongNameAndKeepsInsideTheWindow) {
     EXPECT_EQ(textOf("name", "truncated"), "true");
 }
 
-TEST_F(Panel, EndsWhileTheDeviceIsBusy) {
-    start();
-    device().storm(500);
+TEST_F(Panel, LooksAroundWhenItOpensAndWhenTheListIsPulledDown) {
+    startAndLookAround();
+    EXPECT_GE(scans(), 1);
+    const int before = scans();
+    dragDown("list", 300);
+    EXPECT_TRUE(eventually([&] { return scans() > before; }));
 }
+
+TEST_F(Panel, HearsOfNothingOnceItHasEnded) {
+    start();
+    for (int round = 0; round < 10; ++round) {
+        auto other = std::make_unique<WifiPanel>();
+        int changes = 0;
+        QObject::connect(other.get(), &WifiPanel::changed, [&changes] { ++changes; });
+        device().storm(50);
+        EXPECT_TRUE(eventually([&] { return changes > 0; }));
+        device().storm(50);
+        other.reset();
+        const int heard = changes;
+        QCoreApplication::processEvents();
+        EXPECT_EQ(changes, heard);
+    }
+}
+
+class PanelOfSize : public Panel, public ::testing::WithParamInterface<QSize> {};
+
+TEST_P(PanelOfSize, ClipsNoText) {
+    startAndLookAround("light", GetParam());
+    EXPECT_EQ(clippedTexts(), QStringList());
+    choose("Campus");
+    ASSERT_TRUE(eventually([this] { return isFocused("identityField"); }));
+    EXPECT_EQ(clippedTexts(), QStringList());
+    key(Qt::Key_Escape);
+    join("Home", "not that horse");
+    ASSERT_TRUE(eventually([this] { return shows("problem"); }));
+    EXPECT_EQ(clippedTexts(), QStringList());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Sizes, PanelOfSize, ::testing::Values(QSize(480, 800), QSize(800, 480), QSize(360, 640)),
+    [](const auto& parameter) {
+        return QString("%1x%2").arg(parameter.param.width()).arg(parameter.param.height()).toStdString();
+    });
 
 struct Look {
     const char* name;
