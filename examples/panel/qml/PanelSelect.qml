@@ -17,6 +17,7 @@ ColumnLayout {
 
     spacing: 4
     Layout.fillWidth: true
+    Layout.preferredWidth: 1  // as wide as those beside it
 
     Label {
         id: label

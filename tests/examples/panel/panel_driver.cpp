@@ -68,8 +68,13 @@ PanelTest::PanelTest() {
 }
 
 PanelTest::~PanelTest() {
+    stop();
+}
+
+void PanelTest::stop() {
     engine_.reset();
     panel_.reset();
+    device_.reset();
 }
 
 void PanelTest::start(const sim::Neighbourhood& neighbourhood, const QString& theme, QSize size) {

@@ -41,6 +41,7 @@ class PanelTest : public ::testing::Test {
     void start(const sim::Neighbourhood& neighbourhood, const QString& theme = "light",
                QSize size = {480, 800});
     void start() { start(home()); }
+    void stop();
 
     // A flat in town where things happen quickly. "Home" is the strongest.
     static sim::Neighbourhood home();

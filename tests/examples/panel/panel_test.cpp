@@ -1,3 +1,7 @@
+#include <QColor>
+#include <QGuiApplication>
+#include <QPalette>
+
 #include "panel_driver.h"
 
 namespace kaz::test {
@@ -17,6 +21,7 @@ class Panel : public PanelTest {
     bool problemIs(const QString& words) {
         return eventually([&] { return textOf("problem") == words; });
     }
+    bool isDark() { return window().property("color").value<QColor>().lightnessF() < 0.5; }
     bool isEnabled(const QString& name) const { return item(name) != nullptr && item(name)->isEnabled(); }
 };
 
@@ -287,6 +292,20 @@ TEST_F(Panel, HearsOfNothingOnceItHasEnded) {
     }
 }
 
+TEST_F(Panel, FollowsTheColoursOfTheSystem) {
+    const QPalette before = QGuiApplication::palette();
+    for (const QColor& ground : {QColor(Qt::black), QColor(Qt::white)}) {
+        QPalette palette = before;
+        palette.setColor(QPalette::Window, ground);
+        QGuiApplication::setPalette(palette);
+        start(home(), "system");
+        EXPECT_TRUE(eventually([&] { return isDark() == (ground == QColor(Qt::black)); }))
+            << ground.name().toStdString();
+        stop();
+    }
+    QGuiApplication::setPalette(before);
+}
+
 class PanelOfSize : public Panel, public ::testing::WithParamInterface<QSize> {};
 
 TEST_P(PanelOfSize, ClipsNoText) {
@@ -318,12 +337,12 @@ class PanelLook : public Panel, public ::testing::WithParamInterface<Look> {};
 TEST_P(PanelLook, FollowsTheTheme) {
     const Look& look = GetParam();
     startAndLookAround(look.theme, look.size);
-    EXPECT_EQ(window().property("color").value<QColor>().lightnessF() < 0.5, QString(look.theme) == "dark");
+    EXPECT_EQ(isDark(), QString(look.theme) == "dark");
     join("Attic", "battery staple");
     ASSERT_TRUE(becomes("Attic", "Connected"));
     keepPicture(look.name);
     click("themeButton");
-    EXPECT_EQ(window().property("color").value<QColor>().lightnessF() < 0.5, QString(look.theme) != "dark");
+    EXPECT_EQ(isDark(), QString(look.theme) != "dark");
 }
 
 INSTANTIATE_TEST_SUITE_P(Looks, PanelLook,
