@@ -127,7 +127,7 @@ ApplicationWindow {
         id: forgetQuestion
         objectName: "forgetQuestion"
         title: "Forget “" + name + "”?"
-        text: "Its password will have to be typed again to join it."
+        text: "Its saved settings will be removed, the password among them."
         acceptText: "Forget"
         dangerous: true
         onAccepted: window.panel.forget(networkId)

@@ -39,7 +39,7 @@ PanelDialog {
     }
 
     Label {
-        text: dialog.inUse ? "This network is in use." : "The password of this network is saved."
+        text: dialog.inUse ? "This network is in use." : "This network is saved: it is joined without asking."
         color: Theme.secondaryText
         wrapMode: Text.Wrap
         Layout.fillWidth: true

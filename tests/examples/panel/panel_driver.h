@@ -8,6 +8,7 @@
 #include <QQmlApplicationEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QSize>
 #include <QString>
 #include <QStringList>
 
@@ -19,7 +20,10 @@
 #include "simulated_device.h"
 #include "temporary_folder.h"
 
-// How GoogleTest shows Qt's texts.
+// How GoogleTest shows Qt's values.
+inline void PrintTo(const QSize& size, std::ostream* out) {
+    *out << size.width() << 'x' << size.height();
+}
 inline void PrintTo(const QStringList& texts, std::ostream* out) {
     *out << texts.join(" | ").toStdString();
 }

@@ -332,6 +332,10 @@ struct Look {
     QSize size;
 };
 
+void PrintTo(const Look& look, std::ostream* out) {
+    *out << look.name;
+}
+
 class PanelLook : public Panel, public ::testing::WithParamInterface<Look> {};
 
 TEST_P(PanelLook, FollowsTheTheme) {
