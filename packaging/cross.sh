@@ -5,7 +5,8 @@ readonly cross_stack=$store/cross:$store/base
 
 cross_build() {
   say "cross-building the packages for arm64"
-  debuild "$work/build.log" "$cross_stack" "$work/root-build" "$work/sources" '' -b --host-arch=arm64
+  debuild "$work/build.log" "$cross_stack" "$work/root-build" "$work/sources" \
+    'export CC=aarch64-linux-gnu-gcc;' -b --host-arch=arm64 -Pcross,nocheck
   find "$work/sources" -maxdepth 1 -type f -name '*_arm64.*' -exec mv -t "$work" {} +
   local deb file
   for deb in "$work"/*.deb; do
