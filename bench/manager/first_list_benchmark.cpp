@@ -5,6 +5,7 @@
 #include "figures.h"
 #include "private_bus.h"
 #include "program.h"
+#include "published_list.h"
 #include "stand_in_process.h"
 #include "stop_watch.h"
 
@@ -12,8 +13,6 @@
 #include <wifi/manager.h>
 
 #include <cstddef>
-#include <future>
-#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <vector>
@@ -41,21 +40,11 @@ struct Samples {
     }
 };
 
-// Returns when the list has been published.
-void awaitList(wifi::Manager& manager) {
-    const auto published = std::make_shared<std::promise<void>>();
-    manager.onNetworksListChanged([published] { published->set_value(); });
-    // It may have come before there was a callback.
-    if (manager.networks().empty()) {
-        published->get_future().wait();
-    }
-}
-
 Sample timeOfManager(std::size_t count, std::vector<double>& ends) {
     auto manager = std::optional<wifi::Manager>();
     const bench::StopWatch watch;
     manager.emplace();
-    awaitList(*manager);
+    bench::awaitList(*manager);
     const Sample sample = read(watch);
     if (manager->networks().size() != count) {
         throw std::runtime_error("the list is not whole");

@@ -5,6 +5,7 @@
 #include "figures.h"
 #include "private_bus.h"
 #include "program.h"
+#include "published_list.h"
 #include "stand_in_process.h"
 
 #include <spdlog/spdlog.h>
@@ -97,12 +98,7 @@ void run(bool brief) {
     standIn.setSsidCount(networkCount);
     auto owned = std::make_unique<wifi::Manager>();
     wifi::Manager& manager = *owned;
-    const auto published = std::make_shared<std::promise<void>>();
-    manager.onNetworksListChanged([published] { published->set_value(); });
-    if (manager.networks().empty()) {
-        published->get_future().wait();
-    }
-    manager.onNetworksListChanged({});
+    bench::awaitList(manager);
     const std::size_t calls = brief ? 100 : 20000;
     measure(manager, "idle", calls);
 

@@ -4,6 +4,7 @@
 #include "figures.h"
 #include "private_bus.h"
 #include "program.h"
+#include "published_list.h"
 #include "resident_memory.h"
 #include "stand_in_process.h"
 #include "stop_watch.h"
@@ -14,8 +15,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <future>
-#include <memory>
 #include <stdexcept>
 #include <thread>
 
@@ -24,16 +23,6 @@ namespace {
 using namespace kaz;
 
 constexpr std::uint32_t networkCount = 50;
-
-// Returns when the first list has been published.
-void awaitList(wifi::Manager& manager) {
-    const auto published = std::make_shared<std::promise<void>>();
-    manager.onNetworksListChanged([published] { published->set_value(); });
-    if (manager.networks().empty()) {
-        published->get_future().wait();
-    }
-    manager.onNetworksListChanged({});
-}
 
 void storm(wifi::Manager& manager, bench::StandInProcess& standIn, const std::atomic<std::uint32_t>& told,
            std::uint32_t changes) {
@@ -64,7 +53,7 @@ void run(bool brief) {
     standIn.setBssCount(networkCount);
     std::atomic<std::uint32_t> told = 0;
     wifi::Manager manager;
-    awaitList(manager);
+    bench::awaitList(manager);
     manager.onScanningChanged([&told] { ++told; });
     for (int turn = 0; turn < 3; ++turn) {
         storm(manager, standIn, told, brief ? 200 : 20000);

@@ -1,0 +1,20 @@
+#include "published_list.h"
+
+#include <wifi/manager.h>
+
+#include <future>
+#include <memory>
+
+namespace kaz::bench {
+
+void awaitList(wifi::Manager& manager) {
+    const auto published = std::make_shared<std::promise<void>>();
+    manager.onNetworksListChanged([published] { published->set_value(); });
+    // It may have come before there was a callback.
+    if (manager.networks().empty()) {
+        published->get_future().wait();
+    }
+    manager.onNetworksListChanged({});
+}
+
+}  // namespace kaz::bench
