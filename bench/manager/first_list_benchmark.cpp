@@ -1,4 +1,5 @@
-// From nothing to the first published list: a Manager, and the same calls made by hand in a loop, in turns.
+// From nothing to the first published list: a Manager, and the same calls made by hand in a loop, on the caller's thread
+// and on one of their own, in turns.
 //
 //   first_list_benchmark [--short]
 #include "calls_by_hand.h"
@@ -12,9 +13,13 @@
 #include <spdlog/spdlog.h>
 #include <wifi/manager.h>
 
+#include <array>
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <stdexcept>
+#include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -25,6 +30,10 @@ struct Sample {
     double time = 0;  // us
     double processor = 0;
 };
+
+Sample operator/(const Sample& one, const Sample& other) {
+    return {one.time / other.time, one.processor / other.processor};
+}
 
 Sample read(const bench::StopWatch& watch) {
     return {watch.microseconds(), watch.processorMicroseconds()};
@@ -63,43 +72,67 @@ Sample timeByHand(const std::string& address, std::size_t count) {
     return read(watch);
 }
 
-void reportOne(const char* who, std::size_t count, const Samples& samples, const Samples& ratios) {
-    const bench::Spread time = bench::spreadOf(samples.times);
-    const bench::Spread ratio = bench::spreadOf(ratios.times);
-    bench::report("first list", who,
+// As a Manager does it: so that the caller is free meanwhile.
+Sample timeByHandOnAThread(const std::string& address, std::size_t count) {
+    std::size_t listed = 0;
+    const bench::StopWatch watch;
+    std::thread([&] { listed = bench::listNetworksByHand(address); }).join();
+    const Sample sample = read(watch);
+    if (listed != count) {
+        throw std::runtime_error("the list by hand is not whole");
+    }
+    return sample;
+}
+
+struct Client {
+    const char* name;
+    std::function<Sample()> listing;
+    Samples samples;
+    Samples ratios;          // to the first client, in the same turn
+    Samples ratiosToThread;  // to the second
+};
+
+void report(const Client& client, std::size_t count) {
+    const bench::Spread time = bench::spreadOf(client.samples.times);
+    const bench::Spread ratio = bench::spreadOf(client.ratios.times);
+    bench::report("first list", client.name,
                   {{"n", static_cast<double>(count)},
-                   {"turns", static_cast<double>(samples.times.size())},
+                   {"turns", static_cast<double>(client.samples.times.size())},
                    {"us", time.median},
                    {"us_lower", time.lower},
                    {"us_upper", time.upper},
-                   {"cpu_us", bench::spreadOf(samples.processor).median},
+                   {"cpu_us", bench::spreadOf(client.samples.processor).median},
                    {"ratio", ratio.median},
                    {"ratio_lower", ratio.lower},
                    {"ratio_upper", ratio.upper},
-                   {"cpu_ratio", bench::spreadOf(ratios.processor).median}});
+                   {"cpu_ratio", bench::spreadOf(client.ratios.processor).median},
+                   {"thread_ratio", bench::spreadOf(client.ratiosToThread.times).median},
+                   {"cpu_thread_ratio", bench::spreadOf(client.ratiosToThread.processor).median}});
 }
 
 void runSize(const std::string& address, std::size_t count, std::size_t turns) {
-    Samples ours;
-    Samples byHand;
-    Samples ratios;
     std::vector<double> ends;  // of destroying the Manager
+    std::array<Client, 3> clients{{
+        {"hand-written sd-bus", [&] { return timeByHand(address, count); }, {}, {}, {}},
+        {"hand-written, on a thread", [&] { return timeByHandOnAThread(address, count); }, {}, {}, {}},
+        {"libkazwifi", [&] { return timeOfManager(count, ends); }, {}, {}, {}},
+    }};
     for (std::size_t turn = 0; turn < turns; ++turn) {
-        Sample one;
-        Sample other;
-        if (turn % 2 == 0) {
-            one = timeOfManager(count, ends);
-            other = timeByHand(address, count);
-        } else {
-            other = timeByHand(address, count);
-            one = timeOfManager(count, ends);
+        std::array<Sample, clients.size()> samples;
+        for (std::size_t i = 0; i < clients.size(); ++i) {
+            const std::size_t next = (turn + i) % clients.size();
+            samples.at(next) = clients.at(next).listing();
         }
-        ours.add(one);
-        byHand.add(other);
-        ratios.add({one.time / other.time, one.processor / other.processor});
+        for (std::size_t i = 0; i < clients.size(); ++i) {
+            Client& client = clients.at(i);
+            client.samples.add(samples.at(i));
+            client.ratios.add(samples.at(i) / samples.at(0));
+            client.ratiosToThread.add(samples.at(i) / samples.at(1));
+        }
     }
-    reportOne("hand-written sd-bus", count, byHand, {{1}, {1}});
-    reportOne("libkazwifi", count, ours, ratios);
+    for (const Client& client : clients) {
+        report(client, count);
+    }
     const bench::Spread end = bench::spreadOf(ends);
     bench::report("end", "libkazwifi, idle",
                   {{"n", static_cast<double>(count)}, {"us", end.median}, {"us_upper", end.upper}});
