@@ -2,6 +2,7 @@
 
 #include <time.h>
 
+#include <cstdint>
 #include <exception>
 #include <utility>
 

@@ -1,5 +1,6 @@
 #include "control.h"
 
+#include <cstdint>
 #include <string>
 
 #include "control_json.h"

@@ -1,5 +1,6 @@
 #include "simulated_device.h"
 
+#include <cstdint>
 #include <utility>
 
 #include "device.h"

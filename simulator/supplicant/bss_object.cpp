@@ -1,6 +1,7 @@
 #include "bss_object.h"
 
 #include <array>
+#include <cstdint>
 #include <string_view>
 #include <vector>
 

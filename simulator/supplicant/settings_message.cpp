@@ -1,5 +1,6 @@
 #include "settings_message.h"
 
+#include <cstdint>
 #include <cstring>
 
 namespace kaz::sim {

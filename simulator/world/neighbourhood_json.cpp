@@ -1,5 +1,6 @@
 #include "neighbourhood_json.h"
 
+#include <cstdint>
 #include <fstream>
 #include <functional>
 #include <iterator>

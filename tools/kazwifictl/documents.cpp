@@ -1,6 +1,7 @@
 #include "documents.h"
 
 #include <chrono>
+#include <cstdint>
 #include <string>
 
 #include "signal_strength.h"

@@ -2,6 +2,7 @@
 // ever added; "format" changes when one changes its meaning.
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "attempt.h"

@@ -1,6 +1,7 @@
 #include "message_text.h"
 
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <stdexcept>
 #include <string_view>

@@ -1,6 +1,7 @@
 #include "command_fixture.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace kaz::test {
 

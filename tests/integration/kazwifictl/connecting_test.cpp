@@ -1,6 +1,7 @@
 // Connecting in all its kinds, and that what was asked for is done and saved when the command returns.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 
 #include "command_fixture.h"

@@ -1,6 +1,7 @@
 // SSIDs that a stranger made to do harm.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>

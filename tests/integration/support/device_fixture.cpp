@@ -3,6 +3,7 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 
 namespace kaz::test {

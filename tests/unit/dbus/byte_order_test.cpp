@@ -8,6 +8,7 @@
 
 #include <array>
 #include <bit>
+#include <cstdint>
 #include <string_view>
 
 namespace kaz::dbus {

@@ -2,6 +2,7 @@
 #include <text_format.h>
 
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <vector>

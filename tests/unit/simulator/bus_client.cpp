@@ -1,6 +1,7 @@
 #include "bus_client.h"
 
 #include <algorithm>
+#include <cstdint>
 
 #include "message_json.h"
 

@@ -1,5 +1,7 @@
 #include "device_fixture.h"
 
+#include <cstdint>
+
 namespace kaz::sim::test {
 namespace {
 

@@ -1,6 +1,7 @@
 #include "device_fixture.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace kaz::sim::test {
 

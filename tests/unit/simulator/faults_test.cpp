@@ -1,5 +1,6 @@
 #include "faults.h"
 
+#include <cstdint>
 #include <thread>
 
 #include "device_fixture.h"
