@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "help.h"
+#include "help_layout.h"
 #include "ssid_text.h"
 #include "words.h"
 
@@ -39,6 +40,7 @@ class Parser {
     explicit Parser(Options options, bool prompt) : options_(std::move(options)), prompt_(prompt) {
         app_.require_subcommand(0, 1);
         app_.set_help_flag("-h,--help", "Show this help");
+        app_.formatter(std::make_shared<HelpLayout>());
         if (!prompt_) {
             addGlobals();
         }
