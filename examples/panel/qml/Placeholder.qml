@@ -32,6 +32,7 @@ Item {
             visible: text !== ""
         }
         PanelButton {
+            objectName: "startButton"
             anchors.horizontalCenter: parent.horizontalCenter
             visible: placeholder.on && !patience.running
             text: "Try again"
@@ -43,6 +44,7 @@ Item {
     }
     Timer {
         id: patience
+        objectName: "patience"
         interval: 10000
     }
     onVisibleChanged: if (visible) patience.restart()

@@ -229,6 +229,27 @@ TEST_F(Panel, SwitchesOffAndOn) {
     EXPECT_FALSE(shows("placeholder"));
 }
 
+TEST_F(Panel, SaysThatWifiDoesNotStartAndTriesAgain) {
+    startAndLookAround();
+    click("onSwitch");
+    ASSERT_TRUE(eventually([this] { return device().unitState().starts_with("inactive"); }));
+    sim::Fault refusal;
+    refusal.member = "StartUnit";
+    refusal.nth = 1;
+    const auto refused = device().orderFault(refusal);
+    click("onSwitch");
+    ASSERT_TRUE(eventually([&] { return device().timesFired(refused) == 1; }));
+    EXPECT_EQ(textOf("placeholder"), "Wi-Fi is starting");
+    EXPECT_FALSE(shows("startButton"));
+    window().findChild<QObject*>("patience")->setProperty("interval", 1);
+    EXPECT_TRUE(eventually([this] { return textOf("placeholder") == "Wi-Fi does not start"; }));
+    EXPECT_EQ(clippedTexts(), QStringList());
+    keepPicture("does-not-start");
+    click("startButton");
+    EXPECT_TRUE(eventually([this] { return list() == allAround; }));
+    EXPECT_FALSE(shows("placeholder"));
+}
+
 TEST_F(Panel, IsUsedByTheKeyboardAlone) {
     startAndLookAround();
     item("onSwitch")->forceActiveFocus(Qt::TabFocusReason);
