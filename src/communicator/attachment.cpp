@@ -1,8 +1,7 @@
 // Following the life of the supplicant: attaching to its interface object and detaching from it.
 #include "bus_names.h"
 #include "dbus_communicator.h"
-
-#include <spdlog/spdlog.h>
+#include "log.h"
 
 #include <utility>
 
@@ -27,9 +26,9 @@ void DbusCommunicator::attach() {
     // First of all, so that the operations below are allowed.
     supplicantOn_ = true;
     const std::vector<dbus::OPath> interfaces = supplicantGetInterfacesSync();
-    spdlog::debug("wpa_supplicant has {} interfaces", interfaces.size());
+    log::debug("wpa_supplicant has {} interfaces", interfaces.size());
     if (interfaces.empty()) {
-        spdlog::error("wpa_supplicant has no configured interfaces, can't control wifi");
+        log::error("wpa_supplicant has no configured interfaces, can't control wifi");
         return;
     }
     supplicantInterfacePath_ = interfaces.front();
@@ -49,7 +48,7 @@ void DbusCommunicator::detach() {
 }
 
 void DbusCommunicator::logAttachment() {
-    spdlog::debug("wpa_supplicant is {}", supplicantOn_ ? "running" : "stopped");
+    log::debug("wpa_supplicant is {}", supplicantOn_ ? "running" : "stopped");
 }
 
 void DbusCommunicator::subscribeToSupplicant() {
@@ -73,7 +72,7 @@ void DbusCommunicator::readInitialSupplicantProperties() {
     }
     const auto properties = reply.read<dbus::SupplicantInterfaceProperties>();
     if (!properties) {
-        spdlog::error("Couldn't decode wpa_supplicant PropertiesChanged ({})", properties.error());
+        log::error("Couldn't decode wpa_supplicant PropertiesChanged ({})", properties.error());
         return;
     }
     emitSupplicantInterfaceProperties(*properties);

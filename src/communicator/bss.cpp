@@ -2,8 +2,7 @@
 #include "bss_rules.h"
 #include "bus_names.h"
 #include "dbus_communicator.h"
-
-#include <spdlog/spdlog.h>
+#include "log.h"
 
 #include <utility>
 
@@ -53,7 +52,7 @@ std::optional<int> DbusCommunicator::signalPollSync() {
         return std::nullopt;
     }
     if (!poll->rssi) {
-        spdlog::warn("SignalPoll succeeded, but didn't return signal strength (rssi)");
+        log::warn("SignalPoll succeeded, but didn't return signal strength (rssi)");
     }
     return poll->rssi;
 }
@@ -62,7 +61,7 @@ std::set<std::string> DbusCommunicator::eapMethodsSync() {
     dbus::Reply reply = supplicantRoot().get("EapMethods");
     auto methods = reply.read<std::set<std::string>>();
     if (!methods) {
-        spdlog::warn("Unable to load eapMethods");
+        log::warn("Unable to load eapMethods");
         return {};
     }
     return std::move(*methods);

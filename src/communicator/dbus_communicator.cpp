@@ -1,9 +1,8 @@
 #include "dbus_communicator.h"
 
 #include "bus_names.h"
+#include "log.h"
 #include "loop_extensions.h"
-
-#include <spdlog/spdlog.h>
 
 #include <utility>
 
@@ -52,8 +51,8 @@ bool DbusCommunicator::mayUseSupplicant(const char* what, RefusalLevel level) {
     if (supplicantOn_) {
         return true;
     }
-    const auto spdlogLevel = level == RefusalLevel::debug ? spdlog::level::debug : spdlog::level::warn;
-    spdlog::log(spdlogLevel, "Can't {}, wpa_supplicant isn't running.", what);
+    log::write(level == RefusalLevel::debug ? log::Level::debug : log::Level::warn,
+               "Can't {}, wpa_supplicant isn't running.", fmt::make_format_args(what));
     return false;
 }
 

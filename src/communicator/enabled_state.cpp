@@ -1,8 +1,8 @@
 // The user's on/off choice in the device's configuration file.
 #include "dbus_communicator.h"
+#include "log.h"
 
 #include <kaz/util/kaz_config.h>
-#include <spdlog/spdlog.h>
 
 namespace kaz::wifi {
 namespace {
@@ -19,7 +19,7 @@ bool DbusCommunicator::readEnabledConfiguration() {
         return true;
     }
     if (entry->second != "off") {
-        spdlog::warn("Wifi set to \"{}\", which we can't parse. Leaving wifi off.", entry->second);
+        log::warn("Wifi set to \"{}\", which we can't parse. Leaving wifi off.", entry->second);
     }
     return false;
 }
@@ -27,7 +27,7 @@ bool DbusCommunicator::readEnabledConfiguration() {
 void DbusCommunicator::writeEnabledConfiguration(bool enabled) {
     const char* const value = enabled ? "on" : "off";
     if (!util::updateKazConfig(enabledKey, value)) {
-        spdlog::warn("Couldn't write {}={} to config.", enabledKey, value);
+        log::warn("Couldn't write {}={} to config.", enabledKey, value);
     }
 }
 

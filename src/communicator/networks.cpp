@@ -3,9 +3,8 @@
 #include "configured_network.h"
 #include "configured_ssid.h"
 #include "dbus_communicator.h"
+#include "log.h"
 #include "network_settings.h"
-
-#include <spdlog/spdlog.h>
 
 #include <utility>
 
@@ -21,7 +20,7 @@ std::unique_ptr<Communicator::ConfiguredNetwork> DbusCommunicator::addNetworkSyn
     if (!network) {
         return nullptr;
     }
-    spdlog::debug("Added network {}", network->str());
+    log::debug("Added network {}", network->str());
     return std::make_unique<ConfiguredNetwork>(*this, *network, settings.ssid);
 }
 
@@ -32,7 +31,7 @@ bool DbusCommunicator::selectNetworkSync(const dbus::OPath& network) {
     if (!supplicantInterface().call("SelectNetwork", network)) {
         return false;
     }
-    spdlog::debug("Selected network {}", network.str());
+    log::debug("Selected network {}", network.str());
     return true;
 }
 
@@ -43,7 +42,7 @@ bool DbusCommunicator::removeNetworkSync(const dbus::OPath& network) {
     if (!supplicantInterface().call("RemoveNetwork", network)) {
         return false;
     }
-    spdlog::debug("Removed network {}", network.str());
+    log::debug("Removed network {}", network.str());
     return true;
 }
 
@@ -63,17 +62,16 @@ std::optional<std::string> DbusCommunicator::getConfiguredSsidForNetworkSync(con
     dbus::Reply reply = supplicantNetwork(network).get("Properties");
     const auto properties = reply.read<ConfiguredSsid>();
     if (!properties) {
-        spdlog::warn("Couldn't get SSID for {}. Error {}", network.str(), properties.error());
+        log::warn("Couldn't get SSID for {}. Error {}", network.str(), properties.error());
         return std::nullopt;
     }
     if (!properties->ssid) {
-        spdlog::warn("Couldn't get SSID for {}, no value set.", network.str());
+        log::warn("Couldn't get SSID for {}, no value set.", network.str());
         return std::nullopt;
     }
     auto ssid = decodeConfiguredSsid(*properties->ssid);
     if (!ssid) {
-        spdlog::warn("Couldn't decode SSID for {} ({})", network.str(),
-                     makeSsidRedactable(*properties->ssid));
+        log::warn("Couldn't decode SSID for {} ({})", network.str(), makeSsidRedactable(*properties->ssid));
     }
     return ssid;
 }
@@ -102,10 +100,10 @@ bool DbusCommunicator::saveNetworkConfigurationSync() {
         return false;
     }
     if (!supplicantInterface().call("SaveConfig")) {
-        spdlog::error("Couldn't save wpa_supplicant config");
+        log::error("Couldn't save wpa_supplicant config");
         return false;
     }
-    spdlog::debug("Saved new wpa_supplicant config");
+    log::debug("Saved new wpa_supplicant config");
     return true;
 }
 

@@ -1,16 +1,15 @@
 // The supplicant's unit in systemd, and the link in systemd-networkd.
 #include "bus_names.h"
 #include "dbus_communicator.h"
+#include "log.h"
 #include "loop_extensions.h"
-
-#include <spdlog/spdlog.h>
 
 #include <algorithm>
 
 namespace kaz::wifi {
 
 bool DbusCommunicator::startStopSupplicantSync(bool start) {
-    spdlog::debug("Turning wpa_supplicant {}.", start ? "on" : "off");
+    log::debug("Turning wpa_supplicant {}.", start ? "on" : "off");
     const std::string unit = bus::systemd::supplicantUnit;
     const dbus::RemoteObject systemd = systemdManager();
     if (start) {
@@ -23,7 +22,7 @@ bool DbusCommunicator::startStopSupplicantSync(bool start) {
 
 void DbusCommunicator::connectToSystemdSync() {
     const dbus::OPath unit = systemdLoadUnitSync();
-    spdlog::debug("Dbus path of wpa_supplicant within systemd daemon is {}", unit.str());
+    log::debug("Dbus path of wpa_supplicant within systemd daemon is {}", unit.str());
     // systemd sends no unit signals before anybody asked for them.
     systemdManager().call("Subscribe");
     followUnit(unit);
@@ -88,7 +87,7 @@ void DbusCommunicator::emitNetworkdLinkProperties(const dbus::NetworkdLinkProper
     if (!properties.onlineState) {
         return;
     }
-    spdlog::debug("OnlineState={}", *properties.onlineState);
+    log::debug("OnlineState={}", *properties.onlineState);
     networkdOnlineHandler(*properties.onlineState == "online");
 }
 

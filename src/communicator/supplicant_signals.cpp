@@ -1,10 +1,9 @@
 // The supplicant's signals, resolved into the engine's terms.
 #include "bus_names.h"
 #include "dbus_communicator.h"
+#include "log.h"
 #include "reason_codes.h"
 #include "supplicant_state.h"
-
-#include <spdlog/spdlog.h>
 
 #include <limits>
 #include <utility>
@@ -16,15 +15,14 @@ void logDisconnectReason(int reason) {
     // Negative when we, not the access point, ended the link. The one number without an opposite has no name
     // either.
     const int code = reason == std::numeric_limits<int>::min() ? 0 : std::abs(reason);
-    spdlog::debug("PropertiesChanged: DisconnectReason={}({}) ", reason,
-                  ieee80211_get_reason_code_string(code));
+    log::debug("PropertiesChanged: DisconnectReason={}({}) ", reason, ieee80211_get_reason_code_string(code));
 }
 
 }  // namespace
 
 void DbusCommunicator::onSignalSupplicantScanDone(dbus::MessageDecoder& decoder) {
     scanningDoneHandler(dbus::read<bool>(decoder).value_or(false));
-    spdlog::debug("PropertiesChanged: Scanning=false (via ScanDone)");
+    log::debug("PropertiesChanged: Scanning=false (via ScanDone)");
     SupplicantInterfaceProperties scanEnded;
     scanEnded.scanning = false;
     supplicantPropertiesHandler(std::move(scanEnded));
@@ -34,19 +32,19 @@ void DbusCommunicator::onSignalEAP(dbus::MessageDecoder& decoder) {
     const auto status = dbus::read<std::string>(decoder);
     const auto parameter = dbus::read<std::string>(decoder);
     if (status && parameter) {
-        spdlog::debug("EAP: Status: {}, parameter: {}", *status, parameter->empty() ? "<empty>" : *parameter);
+        log::debug("EAP: Status: {}, parameter: {}", *status, parameter->empty() ? "<empty>" : *parameter);
     }
 }
 
 void DbusCommunicator::onSignalSupplicantNetworkSelected(dbus::MessageDecoder& decoder) {
     const auto network = dbus::read<dbus::OPath>(decoder);
     if (!network) {
-        spdlog::warn("Got NetworkSelected without object path");
+        log::warn("Got NetworkSelected without object path");
         return;
     }
     const std::optional<std::string> ssid = getConfiguredSsidForNetworkSync(*network);
     if (!ssid) {
-        spdlog::error("NetworkSelected {}, but couldn't get SSID", network->str());
+        log::error("NetworkSelected {}, but couldn't get SSID", network->str());
     }
     networkSelectedHandler(ssid);
 }
@@ -55,12 +53,12 @@ void DbusCommunicator::onSignalSupplicantPropertiesChanged(dbus::MessageDecoder&
     const auto interface = dbus::read<std::string>(decoder);
     const auto properties = dbus::read<dbus::SupplicantInterfaceProperties>(decoder);
     if (!interface || !properties) {
-        spdlog::warn("Couldn't decode wpa_supplicant PropertiesChanged ({})",
-                     interface ? properties.error() : interface.error());
+        log::warn("Couldn't decode wpa_supplicant PropertiesChanged ({})",
+                  interface ? properties.error() : interface.error());
         return;
     }
     if (*interface != bus::supplicant::interfaceInterface) {
-        spdlog::debug("Ignoring PropertiesChanged on {}", *interface);
+        log::debug("Ignoring PropertiesChanged on {}", *interface);
         return;
     }
     emitSupplicantInterfaceProperties(*properties);
@@ -75,13 +73,13 @@ void DbusCommunicator::emitSupplicantInterfaceProperties(
         if (*properties.scanning) {
             resolved.scanning = true;
         }
-        spdlog::debug("PropertiesChanged: Scanning={}", *properties.scanning ? "true" : "false (ignored)");
+        log::debug("PropertiesChanged: Scanning={}", *properties.scanning ? "true" : "false (ignored)");
     }
     resolveCurrentNetwork(properties, resolved);
     resolveCurrentBss(properties, resolved);
     if (properties.state) {
         resolved.status = fromSupplicantState(*properties.state);
-        spdlog::debug("PropertiesChanged: State={}", *properties.state);
+        log::debug("PropertiesChanged: State={}", *properties.state);
     }
     if (properties.disconnectReason) {
         logDisconnectReason(*properties.disconnectReason);
@@ -100,7 +98,7 @@ void DbusCommunicator::resolveBssList(const dbus::SupplicantInterfaceProperties&
     }
     to.bssList = decodeBssPaths(*from.bsss);
     to.bssListChange = PropertyChange::Set;
-    spdlog::debug("PropertiesChanged: BSSs={} values, decoded={}", from.bsss->size(), to.bssList.size());
+    log::debug("PropertiesChanged: BSSs={} values, decoded={}", from.bsss->size(), to.bssList.size());
 }
 
 void DbusCommunicator::resolveCurrentNetwork(const dbus::SupplicantInterfaceProperties& from,
@@ -114,7 +112,7 @@ void DbusCommunicator::resolveCurrentNetwork(const dbus::SupplicantInterfaceProp
         to.currentNetworkSsid = std::move(*ssid);
         to.currentNetworkChange = PropertyChange::Set;
     }
-    spdlog::debug("PropertiesChanged: CurrentNetwork={}", from.currentNetwork->str());
+    log::debug("PropertiesChanged: CurrentNetwork={}", from.currentNetwork->str());
 }
 
 void DbusCommunicator::resolveCurrentBss(const dbus::SupplicantInterfaceProperties& from,
@@ -128,7 +126,7 @@ void DbusCommunicator::resolveCurrentBss(const dbus::SupplicantInterfaceProperti
         to.currentBss = std::move(*bss);
         to.currentBssChange = PropertyChange::Set;
     }
-    spdlog::debug("PropertiesChanged: CurrentBSS={}", from.currentBss->str());
+    log::debug("PropertiesChanged: CurrentBSS={}", from.currentBss->str());
 }
 
 }  // namespace kaz::wifi

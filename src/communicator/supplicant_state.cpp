@@ -1,6 +1,6 @@
 #include "supplicant_state.h"
 
-#include <spdlog/spdlog.h>
+#include "log.h"
 
 #include <algorithm>
 #include <array>
@@ -30,7 +30,7 @@ std::optional<Communicator::SupplicantConnectionStatus> fromSupplicantState(std:
     const auto* const entry = std::find_if(statusOfState.begin(), statusOfState.end(),
                                            [&](const auto& candidate) { return candidate.first == state; });
     if (entry == statusOfState.end()) {
-        spdlog::warn("wpa_supplicant in unknown state (\"{}\")", state);
+        log::warn("wpa_supplicant in unknown state (\"{}\")", state);
         return std::nullopt;
     }
     return entry->second;

@@ -1,6 +1,6 @@
 #include "connection_info_helper.h"
 
-#include <spdlog/spdlog.h>
+#include "log.h"
 
 #include <utility>
 
@@ -130,8 +130,8 @@ void ConnectionInfoHelper::internalUpdate() {
 void ConnectionInfoHelper::internalGiveUpExpiredAttempt() {
     const auto left = getActiveTimeout();
     if (left && *left <= std::chrono::milliseconds::zero()) {
-        spdlog::warn("No response from wpa_supplicant, assuming we are disconnected from {}",
-                     Communicator::makeSsidRedactable(attempt_->ssid));
+        log::warn("No response from wpa_supplicant, assuming we are disconnected from {}",
+                  Communicator::makeSsidRedactable(attempt_->ssid));
         attempt_.reset();
     }
 }
@@ -143,8 +143,8 @@ ConnectionInfoHelper::Next ConnectionInfoHelper::internalUpdateAttempt() {
     if (supplicantStatus_ == SupplicantStatus::Connecting) {
         attempt_->linkSetupSeen = true;
     } else if (supplicantStatus_ < SupplicantStatus::Connecting && attempt_->linkSetupSeen) {
-        spdlog::debug("Disconnected after attempted connection to {}",
-                      Communicator::makeSsidRedactable(attempt_->ssid));
+        log::debug("Disconnected after attempted connection to {}",
+                   Communicator::makeSsidRedactable(attempt_->ssid));
         attempt_.reset();
         return Next::status;
     }
@@ -162,9 +162,9 @@ ConnectionInfoHelper::Next ConnectionInfoHelper::internalUpdateAttempt() {
         return Next::status;
     }
     if (isLinkUpOrComing(supplicantStatus_)) {
-        spdlog::warn("Connected to {} while attempting to connect to {}",
-                     Communicator::makeSsidRedactable(currentBss_->ssid),
-                     Communicator::makeSsidRedactable(attempt_->ssid));
+        log::warn("Connected to {} while attempting to connect to {}",
+                  Communicator::makeSsidRedactable(currentBss_->ssid),
+                  Communicator::makeSsidRedactable(attempt_->ssid));
         attempt_.reset();
         return Next::status;
     }

@@ -1,10 +1,10 @@
 // Reading from decoders and writing into builders, with the failures logged. Loop thread only.
 #pragma once
 
+#include "log.h"
 #include "value_codec.h"
 
 #include <kaz/dbus/message.h>
-#include <spdlog/spdlog.h>
 
 #include <string>
 #include <utility>
@@ -21,7 +21,7 @@ CodecResult<T> read(MessageDecoder& decoder) {
     CodecResult<T> value = read<T>(decoder.message);
     if (!value) {
         decoder.ok = false;
-        spdlog::warn("Error while decoding dbus data. Details: {}", value.error());
+        wifi::log::warn("Error while decoding dbus data. Details: {}", value.error());
     }
     return value;
 }
@@ -34,7 +34,7 @@ void write(MessageBuilder& builder, const T& value) {
         return;
     }
     if (auto written = write(builder.message(), value); !written) {
-        spdlog::warn("Error while encoding dbus data. Details: {}", written.error());
+        wifi::log::warn("Error while encoding dbus data. Details: {}", written.error());
         builder.fail(std::move(written.error()));
     }
 }

@@ -1,10 +1,9 @@
 // Connecting, disconnecting and forgetting. Each task tells the tracker and publishes before it touches the
 // supplicant; what follows from the supplicant's answer is in refresh.cpp.
 #include "connect_validation.h"
+#include "log.h"
 #include "manager_impl.h"
 #include "wipe.h"
-
-#include <spdlog/spdlog.h>
 
 #include <memory>
 #include <utility>
@@ -64,12 +63,12 @@ void ManagerImpl::forgetNetwork(const std::string& ssid) {
 }
 
 void ManagerImpl::taskConnect(const ConnectionSettings& settings) {
-    spdlog::debug("Connecting to {}", Communicator::makeSsidRedactable(settings.ssid));
+    log::debug("Connecting to {}", Communicator::makeSsidRedactable(settings.ssid));
     connectionInfoHelper_.notifyAboutConnectionAttempt(settings.ssid);
     taskUpdateConnectionInfo();
     if (settings.hidden) {
-        spdlog::debug("Assuming that network might be hidden. {}",
-                      Communicator::makeSsidRedactable(settings.ssid));
+        log::debug("Assuming that network might be hidden. {}",
+                   Communicator::makeSsidRedactable(settings.ssid));
     }
     const auto network = communicator_->addNetworkSync(settings);
     if (!network) {
@@ -80,7 +79,7 @@ void ManagerImpl::taskConnect(const ConnectionSettings& settings) {
 }
 
 void ManagerImpl::taskConnectConfigured(const std::string& ssid) {
-    spdlog::debug("Connecting to configured network {}", Communicator::makeSsidRedactable(ssid));
+    log::debug("Connecting to configured network {}", Communicator::makeSsidRedactable(ssid));
     connectionInfoHelper_.notifyAboutConnectionAttempt(ssid);
     taskUpdateConnectionInfo();
     for (const auto& network : communicator_->getAllConfiguredNetworksSync()) {
@@ -89,13 +88,13 @@ void ManagerImpl::taskConnectConfigured(const std::string& ssid) {
             return;
         }
     }
-    spdlog::warn("Tried connecting to configured network, but it isn't known to us. {}",
-                 Communicator::makeSsidRedactable(ssid));
+    log::warn("Tried connecting to configured network, but it isn't known to us. {}",
+              Communicator::makeSsidRedactable(ssid));
 }
 
 void ManagerImpl::taskConnectCommon(Communicator::ConfiguredNetwork& network) {
     const std::string ssid = network.getSsid().value();
-    spdlog::info("Connecting to {}", Communicator::makeSsidRedactable(ssid));
+    log::info("Connecting to {}", Communicator::makeSsidRedactable(ssid));
     if (!network.selectSync()) {
         return;
     }
@@ -109,14 +108,14 @@ void ManagerImpl::taskConnectCommon(Communicator::ConfiguredNetwork& network) {
 }
 
 void ManagerImpl::taskDisconnect() {
-    spdlog::info("Disconnecting");
+    log::info("Disconnecting");
     connectionInfoHelper_.notifyAboutDisconnect();
     taskUpdateConnectionInfo();
     communicator_->disconnectSync();
 }
 
 void ManagerImpl::taskForgetNetwork(const std::string& ssid) {
-    spdlog::info("Forgetting {}", Communicator::makeSsidRedactable(ssid));
+    log::info("Forgetting {}", Communicator::makeSsidRedactable(ssid));
     connectionInfoHelper_.notifyAboutForget(ssid);
     taskUpdateConnectionInfo();
     bool found = false;
@@ -129,8 +128,8 @@ void ManagerImpl::taskForgetNetwork(const std::string& ssid) {
     if (found) {
         taskUpdateConfiguredNetworks();
     } else {
-        spdlog::error("Unable to remove network, configuration not found. {}",
-                      Communicator::makeSsidRedactable(ssid));
+        log::error("Unable to remove network, configuration not found. {}",
+                   Communicator::makeSsidRedactable(ssid));
     }
     saveNeeded_ = true;
 }
@@ -139,7 +138,7 @@ void ManagerImpl::signalNetworkSelected(const std::optional<std::string>& ssid) 
     if (!ssid) {
         return;
     }
-    spdlog::debug("NetworkSelected is {}", Communicator::makeSsidRedactable(*ssid));
+    log::debug("NetworkSelected is {}", Communicator::makeSsidRedactable(*ssid));
     connectionInfoHelper_.setCurrentNetworkSsid(ssid);
 }
 

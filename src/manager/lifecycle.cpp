@@ -1,7 +1,6 @@
 // Start and end, the idle pass, the on/off switch, the supplicant coming and going.
+#include "log.h"
 #include "manager_impl.h"
-
-#include <spdlog/spdlog.h>
 
 #include <exception>
 #include <utility>
@@ -46,7 +45,7 @@ ManagerImpl::~ManagerImpl() {
 }
 
 void ManagerImpl::setEnabled(bool on) {
-    spdlog::info("Turning wifi {}", on ? "on" : "off");
+    log::info("Turning wifi {}", on ? "on" : "off");
     if (enabled_.exchange(on) != on) {
         communicator_->pushTaskAsync_([this] { taskCallEnabledChangedCallback(); });
     }
@@ -125,9 +124,9 @@ void ManagerImpl::invoke(const Callback& callback) {
     try {
         callback();
     } catch (const std::exception& error) {
-        spdlog::error("A callback threw an exception: {}", error.what());
+        log::error("A callback threw an exception: {}", error.what());
     } catch (...) {
-        spdlog::error("A callback threw an exception of unknown type");
+        log::error("A callback threw an exception of unknown type");
     }
 }
 

@@ -1,7 +1,6 @@
 // Scanning and the published list of networks in range.
+#include "log.h"
 #include "manager_impl.h"
-
-#include <spdlog/spdlog.h>
 
 #include <algorithm>
 #include <map>
@@ -14,7 +13,7 @@ void ManagerImpl::scan() {
 }
 
 void ManagerImpl::signalScanningDone(bool success) {
-    spdlog::debug("Scan done, status: {}", success);
+    log::debug("Scan done, status: {}", success);
 }
 
 std::vector<WifiNetwork> ManagerImpl::networks() {
@@ -39,7 +38,7 @@ void ManagerImpl::taskUpdateNetworks() {
     if (list == networks_) {
         return;
     }
-    spdlog::debug("Network list changed, size: {}", list.size());
+    log::debug("Network list changed, size: {}", list.size());
     std::unique_lock lock(mutex_);
     networks_.swap(list);
     const Callback callback = networksListChangedCallback_;

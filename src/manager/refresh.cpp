@@ -1,9 +1,8 @@
 // Following the supplicant: its reports, its configured networks and EAP methods, and the publication of the
 // connection info with what has to happen when a connection succeeded or failed.
 #include "connection_info_text.h"
+#include "log.h"
 #include "manager_impl.h"
-
-#include <spdlog/spdlog.h>
 
 #include <algorithm>
 #include <array>
@@ -96,7 +95,7 @@ void ManagerImpl::taskUpdateConnectionInfo() {
     if (info == connectionInfo_) {
         return;
     }
-    spdlog::debug("connectionInfo changed: {}", info);
+    log::debug("connectionInfo changed: {}", info);
     metrics_.reportChange(connectionInfo_, info);
     updateSignalPollTimer(info);
     // The first change after the start tells what was so before, not what an attempt came to.
@@ -130,7 +129,7 @@ void ManagerImpl::reactToSuccess(const ConnectionInfo& next) {
     metrics_.reportSuccess();
     for (const auto& network : communicator_->getAllConfiguredNetworksSync()) {
         if (const auto& ssid = network->getSsid(); ssid && *ssid == next.ssid) {
-            spdlog::debug("Setting priority=2 for {}", Communicator::makeSsidRedactable(next.ssid));
+            log::debug("Setting priority=2 for {}", Communicator::makeSsidRedactable(next.ssid));
             network->setPrioritySync(connectedNetworkPriority);
         } else {
             network->setPrioritySync(otherNetworkPriority);

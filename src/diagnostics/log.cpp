@@ -1,0 +1,40 @@
+#include "log.h"
+
+#include <spdlog/spdlog.h>
+
+#include <iterator>
+
+namespace kaz::wifi::log {
+namespace {
+
+spdlog::level::level_enum spdlogLevel(Level level) {
+    switch (level) {
+        case Level::debug:
+            return spdlog::level::debug;
+        case Level::info:
+            return spdlog::level::info;
+        case Level::warn:
+            return spdlog::level::warn;
+        case Level::error:
+            break;
+    }
+    return spdlog::level::err;
+}
+
+}  // namespace
+
+void write(Level level, fmt::string_view format, fmt::format_args arguments) noexcept {
+    try {
+        // Held while it is used: whoever replaces it meanwhile would otherwise destroy it under us.
+        const auto logger = spdlog::default_logger();
+        if (logger && (logger->should_log(spdlogLevel(level)) || logger->should_backtrace())) {
+            fmt::memory_buffer text;
+            fmt::vformat_to(std::back_inserter(text), format, arguments);
+            logger->log(spdlogLevel(level), spdlog::string_view_t(text.data(), text.size()));
+        }
+    } catch (...) {
+        // There is nobody left to tell.
+    }
+}
+
+}  // namespace kaz::wifi::log
