@@ -73,9 +73,10 @@ struct ConnectionInfo {
         connected = 3,       ///< networkd reports the link online
     };
 
-    /// Who ended the last connection or attempt.
+    /// Who ended the last connection or attempt. The record of it is cleared when the supplicant starts or
+    /// stops, or the bus is lost.
     enum class DisconnectReason : std::int32_t {
-        unknown = 0,         ///< nothing was disconnected since start
+        unknown = 0,         ///< nothing was disconnected since the record was cleared
         causedByUser = 1,    ///< a disconnect, forget or connect request ended the connection
         causedBySystem = 2,  ///< the network, the supplicant or a time-out ended it
     };
@@ -85,7 +86,7 @@ struct ConnectionInfo {
     int signal = 0;  ///< dBm; NoSignaldBm when unknown, 0 in a record nothing was reported into yet
     DisconnectReason disconnectReason = DisconnectReason::unknown;  ///< of the last disconnect
     std::chrono::steady_clock::time_point
-        disconnectTime;          ///< when the last disconnect was noticed; zero: never
+        disconnectTime;          ///< when the last disconnect was noticed; zero: none
     std::string disconnectSsid;  ///< the network it was from
 
     friend bool operator==(const ConnectionInfo& a, const ConnectionInfo& b) {
@@ -97,6 +98,7 @@ struct ConnectionInfo {
 };
 
 /// The verdict of Manager::connect on the settings. Every value but `ok` means that nothing was changed.
+/// `ok` promises no outcome while 4096 requests are waiting: see Manager.
 enum class ConnectResult : std::int32_t {
     ok = 0,                       ///< accepted; the outcome shows in ConnectionInfo
     ssidEmpty = 1,                ///< no bytes at all
