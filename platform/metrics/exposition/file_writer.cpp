@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <exception>
-#include <system_error>
 #include <utility>
 
 #include "text_file.h"
@@ -25,13 +24,17 @@ void warn(const std::filesystem::path& file, const char* reason) noexcept {
     }
 }
 
-// Signals are the host's business: a thread started meanwhile gets none.
+// Signals are the host's business: a thread started meanwhile gets none. Faults are not blocked, they belong to
+// the thread that makes them.
 class SignalsBlocked {
   public:
     SignalsBlocked() {
-        ::sigset_t all;
-        ::sigfillset(&all);
-        ::pthread_sigmask(SIG_SETMASK, &all, &former_);
+        ::sigset_t blocked;
+        ::sigfillset(&blocked);
+        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS}) {
+            ::sigdelset(&blocked, fault);
+        }
+        ::pthread_sigmask(SIG_SETMASK, &blocked, &former_);
     }
     ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
     SignalsBlocked(const SignalsBlocked&) = delete;
@@ -55,8 +58,11 @@ FileWriter::~FileWriter() {
 
 void FileWriter::noteChange() noexcept {
     // Always an exchange, never a mere look: it orders this change before the writer's reading of it.
-    if (!changed_.exchange(true)) {
+    const bool isFirst = !changed_.exchange(true);
+    if (process_ == 0) {
         start();
+    }
+    if (isFirst) {
         wakeUp_.post();
     }
 }
@@ -79,19 +85,18 @@ void FileWriter::close() noexcept {
 }
 
 void FileWriter::start() noexcept {
-    if (process_ != 0) {
-        return;
-    }
     const std::lock_guard lock(threadMutex_);
-    if (closing_) {
+    if (closing_ || process_ != 0) {
         return;
     }
     try {
         const SignalsBlocked blocked;
         thread_ = std::thread([this] { run(); });
         process_ = ::getpid();
-    } catch (const std::system_error& error) {
-        warn(file_, error.what());
+    } catch (const std::exception& error) {
+        if (!std::exchange(startFailedBefore_, true)) {
+            warn(file_, error.what());
+        }
     }
 }
 

@@ -28,8 +28,8 @@ class FileWriter {
     FileWriter(FileWriter&&) = delete;
     FileWriter& operator=(FileWriter&&) = delete;
 
-    // Any thread, at any time; what changed before is in the file when it is written next. Takes no lock but
-    // for the very first change.
+    // Any thread, at any time; what changed before is in the file when it is written next. Takes no lock once
+    // the thread runs. Where it cannot be started, each change tries again, and one record of the log says so.
     void noteChange() noexcept;
 
     // Ends the thread, and writes what has changed since it wrote last, without waiting for the interval.
@@ -54,6 +54,7 @@ class FileWriter {
 
     std::mutex threadMutex_;  // guards starting and ending the thread against each other
     std::thread thread_;
+    bool startFailedBefore_ = false;
     std::atomic<pid_t> process_ = 0;  // that started the thread
 };
 

@@ -4,15 +4,20 @@
 #include <pthread.h>
 #include <recording_log.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <temporary_folder.h>
+#include <unistd.h>
 #include <waiting.h>
 
 #include <atomic>
+#include <barrier>
 #include <chrono>
 #include <condition_variable>
 #include <filesystem>
+#include <functional>
 #include <future>
 #include <mutex>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -175,22 +180,125 @@ TEST_F(MetricsFileWriter, CanBeClosedWhileOthersNoteChanges) {
     }
 }
 
-TEST_F(MetricsFileWriter, TakesNoSignalsOfItsHost) {
-    std::promise<bool> blocked;
-    std::once_flag first;
-    FileWriter writer(file(), 24h, [&] {
-        ::sigset_t mask{};
-        ::pthread_sigmask(SIG_BLOCK, nullptr, &mask);
-        std::call_once(first, [&] {
-            blocked.set_value(::sigismember(&mask, SIGTERM) == 1 && ::sigismember(&mask, SIGINT) == 1);
+TEST_F(MetricsFileWriter, StartsOneThreadHoweverManyNoteTheFirstChange) {
+    constexpr int threadsOfChange = 4;
+    for (int round = 0; round < 100; ++round) {
+        FileWriter writer(file(), 24h, counting());
+        std::barrier begin(threadsOfChange);
+        std::vector<std::thread> threads;
+        for (int number = 0; number < threadsOfChange; ++number) {
+            threads.emplace_back([&] {
+                begin.arrive_and_wait();
+                writer.noteChange();
+            });
+        }
+        for (auto& thread : threads) {
+            thread.join();
+        }
+    }
+    EXPECT_TRUE(log().records().empty());
+}
+
+// In a process that may start no thread for a while: the user's processes are at their limit.
+class MetricsFileWriterWithoutThread : public MetricsFileWriter {
+  protected:
+    static constexpr uid_t user = 12345;  // root has no limit
+    static constexpr int noLimit = 77;
+
+    static void mayStartThreads(bool may) {
+        ::rlimit limit{};
+        ::getrlimit(RLIMIT_NPROC, &limit);
+        limit.rlim_cur = may ? limit.rlim_max : 0;
+        ::setrlimit(RLIMIT_NPROC, &limit);
+    }
+
+    // What `body` returns, run in such a process.
+    int run(const std::function<int()>& body) {
+        const bool isRoot = ::geteuid() == 0;
+        if (isRoot && ::chown(folder().path().c_str(), user, user) != 0) {
+            return noLimit;
+        }
+        test::ChildProcess child([&] {
+            if (isRoot && ::setresuid(user, user, user) != 0) {
+                return noLimit;
+            }
+            mayStartThreads(false);
+            return body();
         });
+        return child.wait();
+    }
+};
+
+TEST_F(MetricsFileWriterWithoutThread, StartsItWithALaterChange) {
+    const int status = run([&] {
+        FileWriter writer(file(), 24h, counting());
+        const auto before = threadCount();
+        writer.noteChange();
+        writer.noteChange();
+        if (threadCount() != before) {
+            return 1;
+        }
+        const auto texts = log().texts(spdlog::level::warn);
+        if (texts.size() != 1 || texts[0].find("Resource temporarily unavailable") == std::string::npos) {
+            return 2;
+        }
+        mayStartThreads(true);
+        writer.noteChange();
+        return eventually([&] { return readFile(file()) == "1"; }) ? 0 : 3;
+    });
+    if (status == noLimit) {
+        GTEST_SKIP() << "needs two users";
+    }
+    EXPECT_EQ(status, 0) << "1: it had a thread, 2: not one warning, 3: the file was not written";
+}
+
+TEST_F(MetricsFileWriterWithoutThread, WritesWhenItIsClosed) {
+    const int status = run([&] {
+        FileWriter writer(file(), 24h, counting());
+        writer.noteChange();
+        writer.close();
+        return log().records().size() == 1 ? 0 : 1;
+    });
+    if (status == noLimit) {
+        GTEST_SKIP() << "needs two users";
+    }
+    EXPECT_EQ(status, 0) << "it had a thread";
+    EXPECT_EQ(readFile(file()), "1");
+}
+
+// The signals that a thread has blocked, of those asked for.
+std::set<int> blockedOf(const std::set<int>& signals) {
+    ::sigset_t mask{};
+    ::pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+    std::set<int> blocked;
+    for (const int signal : signals) {
+        if (::sigismember(&mask, signal) == 1) {
+            blocked.insert(signal);
+        }
+    }
+    return blocked;
+}
+
+// The same of the thread that writes.
+std::set<int> blockedOfWriter(const fs::path& file, const std::set<int>& signals) {
+    std::promise<std::set<int>> blocked;
+    std::once_flag first;
+    FileWriter writer(file, 24h, [&] {
+        std::call_once(first, [&] { blocked.set_value(blockedOf(signals)); });
         return std::string();
     });
     writer.noteChange();
-    EXPECT_TRUE(blocked.get_future().get());
-    ::sigset_t mask{};
-    ::pthread_sigmask(SIG_BLOCK, nullptr, &mask);
-    EXPECT_EQ(::sigismember(&mask, SIGTERM), 0) << "of the thread that noted the change";
+    return blocked.get_future().get();
+}
+
+TEST_F(MetricsFileWriter, TakesNoSignalsOfItsHost) {
+    const std::set<int> signals{SIGTERM, SIGINT, SIGHUP, SIGCHLD, SIGALRM, SIGUSR1, SIGPIPE, SIGABRT};
+    EXPECT_EQ(blockedOfWriter(file(), signals), signals);
+    EXPECT_EQ(blockedOf(signals), std::set<int>{}) << "of the thread that noted the change";
+}
+
+TEST_F(MetricsFileWriter, TakesTheFaultsThatItMakesItself) {
+    EXPECT_EQ(blockedOfWriter(file(), {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS}), std::set<int>{});
 }
 
 TEST_F(MetricsFileWriter, WarnsOnceUntilAWriteSucceeds) {
