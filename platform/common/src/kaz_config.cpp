@@ -45,7 +45,7 @@ void update(const std::string& key, const std::string& value) {
         throw FileError("write", target, EFBIG);
     }
     if (old && old->text == text) {
-        flushFile(target);
+        flushFile(*old, target);
     } else {
         replaceFile(target, text, old ? std::optional(old->access) : std::nullopt);
     }

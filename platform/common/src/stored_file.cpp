@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <utility>
 
 #include "file_error.h"
 
@@ -134,7 +135,7 @@ void makeFolders(const std::filesystem::path& folder) {
 
 std::optional<StoredFile> readFile(const std::filesystem::path& path, std::size_t limit) {
     // Not blocking, because opening a pipe would wait for its other end.
-    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file.isOpen()) {
         if (errno == ENOENT) {
             return std::nullopt;
@@ -148,8 +149,9 @@ std::optional<StoredFile> readFile(const std::filesystem::path& path, std::size_
     if (!S_ISREG(status.st_mode)) {
         throw FileError("read", path, S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
     }
-    return StoredFile{readAll(file, path, limit),
-                      {status.st_mode & allModeBits, status.st_uid, status.st_gid}};
+    std::string text = readAll(file, path, limit);
+    return StoredFile{
+        std::move(text), {status.st_mode & allModeBits, status.st_uid, status.st_gid}, std::move(file)};
 }
 
 void replaceFile(const std::filesystem::path& target, std::string_view text,
@@ -169,8 +171,8 @@ void replaceFile(const std::filesystem::path& target, std::string_view text,
     flushFolder(folder);
 }
 
-void flushFile(const std::filesystem::path& path) {
-    flush(open(path, O_RDONLY), path);
+void flushFile(const StoredFile& file, const std::filesystem::path& path) {
+    flush(file.file, path);
     flushFolder(folderOf(path));
 }
 

@@ -22,6 +22,7 @@ struct FileAccess {
 struct StoredFile {
     std::string text;
     FileAccess access;
+    FileDescriptor file;  // that it was read from
 };
 
 // Sets owner and group, or the group alone where this process may not give files away. False when it may do
@@ -47,7 +48,8 @@ std::optional<StoredFile> readFile(const std::filesystem::path& path, std::size_
 void replaceFile(const std::filesystem::path& target, std::string_view text,
                  const std::optional<FileAccess>& access);
 
-// Waits until a file that is in its place is on disk.
-void flushFile(const std::filesystem::path& path);
+// Waits until a file that was read is on disk, and its place in the folder. The file is not opened again: by now
+// the path may lead to another one, or to a pipe.
+void flushFile(const StoredFile& file, const std::filesystem::path& path);
 
 }  // namespace kaz::util

@@ -1,5 +1,6 @@
 // System calls that fail where no file system can be made to: each stands in the place of the C library's, for all
-// libraries of this program, and fails once when it is told to.
+// libraries of this program, and fails once when it is told to. The one that reads can do something more at the end of a
+// file, for what others do in the middle of an update.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/file.h>
@@ -8,9 +9,13 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdarg>
+#include <functional>
+#include <future>
 #include <optional>
 #include <ostream>
+#include <utility>
 #include <vector>
 
 #include "config_fixture.h"
@@ -25,6 +30,7 @@ struct Failure {
 };
 
 thread_local std::optional<Failure> planned;
+thread_local std::function<void()> atTheEndOfAFile;
 
 bool fails(std::string_view call) {
     if (!planned || planned->call != call || planned->passed-- > 0) {
@@ -76,7 +82,14 @@ extern "C" int fstat(int fd, struct stat* status) noexcept {
 }
 
 extern "C" ssize_t read(int fd, void* buffer, size_t size) {
-    return fails("read") ? -1 : ::syscall(SYS_read, fd, buffer, size);
+    if (fails("read")) {
+        return -1;
+    }
+    const ssize_t length = ::syscall(SYS_read, fd, buffer, size);
+    if (const auto meanwhile = length == 0 ? std::exchange(kaz::test::atTheEndOfAFile, nullptr) : nullptr) {
+        meanwhile();
+    }
+    return length;
 }
 
 extern "C" ssize_t write(int fd, const void* buffer, size_t size) {
@@ -162,6 +175,40 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"NewFileNotWritten", {"write", EDQUOT}, "write kaz.conf.tmp: Disk quota exceeded"},
         Case{"ModeNotKept", {"fchmod", EPERM}, "set the mode of kaz.conf.tmp: Operation not permitted"}),
     [](const auto& instance) { return instance.param.name; });
+
+class ConfigUpdateMeanwhile : public ConfigFixture {
+  protected:
+    // Puts a pipe that nobody writes to in the place of the configuration.
+    void replaceByPipe() const {
+        std::filesystem::remove(file());
+        EXPECT_EQ(::mkfifo(file().c_str(), S_IRUSR | S_IWUSR), 0);
+    }
+
+    // Whether an update comes to its end with something done once the old file was read.
+    static bool updateReturns(const std::string& value, const std::filesystem::path& pipe,
+                              const std::function<void()>& meanwhile) {
+        auto result = std::async(std::launch::async, [&] {
+            atTheEndOfAFile = meanwhile;
+            const bool updated = util::updateKazConfig("wifi", value);
+            return updated && !std::exchange(atTheEndOfAFile, nullptr);
+        });
+        if (result.wait_for(std::chrono::seconds(30)) != std::future_status::ready) {
+            ::close(::open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));  // lets it go on
+            return false;
+        }
+        return result.get();
+    }
+};
+
+TEST_F(ConfigUpdateMeanwhile, APipeInThePlaceOfTheFileIsNotWaitedFor) {
+    for (const char* value : {"off", "on"}) {
+        SCOPED_TRACE(value);
+        std::filesystem::remove(file());
+        write("wifi=off\n");
+        EXPECT_TRUE(updateReturns(value, file(), [this] { replaceByPipe(); }));
+    }
+    EXPECT_EQ(text(), "wifi=on\n") << "a new value replaces the pipe";
+}
 
 }  // namespace
 }  // namespace kaz::test
