@@ -28,8 +28,9 @@ class ManagerImpl;
 /// returns. No lock is held while a callback runs, but one is while it is copied or replaced: the copying and
 /// the destruction of what it captured must not call the Manager, which would hang.
 ///
-/// Log records go to the process's default spdlog logger. An SSID appears there only in the form ssid="...",
-/// and no password, key or identity ever does.
+/// Log records go to what is the process's default spdlog logger at that moment. It may be replaced at any time;
+/// when there is none, because logging was shut down, they are dropped. An SSID appears there only in the form
+/// ssid="...", and no password, key or identity ever does.
 class [[gnu::visibility("default")]] Manager {
   public:
     /// Starts the thread and begins to follow the system. Returns at once: until the first state has been read

@@ -21,7 +21,8 @@ namespace kaz::wifi {
 // locked, so they must not be assigned after the start.
 //
 // Operations that end in Sync make blocking calls on the bus. They report failure by their value (false,
-// empty, null) and in the log, never by an exception.
+// empty, null), never by an exception. The log tells of it too, but for a call that cannot even be made: there
+// is no bus, or the supplicant has no interface, either of which the log has told before.
 class Communicator {
   public:
     static constexpr std::int16_t NoSignaldBm = kaz::wifi::NoSignaldBm;

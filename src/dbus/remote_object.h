@@ -25,7 +25,8 @@ class RemoteObject {
         return send(builder);
     }
 
-    // A call whose arguments hold secrets: they are wiped from memory and kept out of the log.
+    // A call whose arguments hold secrets: the message is wiped when it is freed, and its text kept out of the
+    // log. What sd-bus leaves behind when a message grows while it is written is not wiped.
     template <typename... Arguments>
     Reply callWithSecrets(const char* member, const Arguments&... arguments) const {
         MessageBuilder builder = makeDbusCall(bus_, endpoint_, member);

@@ -26,7 +26,8 @@ namespace kaz::dbus {
 /// the start or on the loop thread.
 class [[gnu::visibility("default")]] EventLoop {
   public:
-    /// The connection is opened by the loop thread, before the first task runs.
+    /// The connection is opened by the loop thread, before the first task runs. Throws std::system_error when no
+    /// event, eventfd or timer can be had, as when the process has no descriptor left.
     EventLoop();
 
     /// Stops the loop if it runs and waits for its thread. 1000 ms after the stop was asked for, a bus call

@@ -46,7 +46,8 @@ class [[gnu::visibility("default")]] MessageBuilder {
     }
 
     /// The arguments hold a secret: the message's memory is wiped when it is freed, and the text of an error
-    /// reply, which may repeat an argument, is kept out of the log.
+    /// reply, which may repeat an argument, is kept out of the log. A message that grows after the secret was
+    /// appended moves, and sd-bus gives its former memory back unwiped.
     void markSensitive() noexcept;
     /// Whether markSensitive() was called.
     bool sensitive() const noexcept {
