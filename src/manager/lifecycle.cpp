@@ -37,6 +37,7 @@ void ManagerImpl::wireCommunicator() {
 }
 
 ManagerImpl::~ManagerImpl() {
+    stopping_ = true;
     communicator_->stopEventLoop();
     // The loop runs one last idle pass, through communicator_. Its destructor waits for that, so the pointer
     // has to stay in place until it returns: reset() would clear it first.
@@ -46,6 +47,7 @@ ManagerImpl::~ManagerImpl() {
 
 void ManagerImpl::setEnabled(bool on) {
     log::info("Turning wifi {}", on ? "on" : "off");
+    const Choice choice(*this);
     if (enabled_.exchange(on) != on) {
         communicator_->pushTaskAsync_([this] { taskCallEnabledChangedCallback(); });
     }
@@ -61,6 +63,10 @@ void ManagerImpl::onEnabledChanged(std::function<void()> callback) {
 std::optional<std::chrono::milliseconds> ManagerImpl::signalEventLoopIdle() {
     taskUpdateConnectionInfo();
     taskUpdateNetworks();
+    if (stopping_) {
+        // Nobody will follow the attempt to its end.
+        enableAllNetworks();
+    }
     taskSaveConfiguration();
     return connectionInfoHelper_.getActiveTimeout();
 }
@@ -92,12 +98,32 @@ void ManagerImpl::signalWifiServiceStatusChange() {
         othersDisabled_ = false;
     }
     connectionInfoHelper_.setSupplicantState(up);
-    const bool stored = communicator_->readEnabledConfiguration();
-    const bool enabledChanged = enabled_.exchange(stored) != stored;
+    const bool enabledChanged = adoptStoredChoice();
     const bool initializedChanged = wifiStackInitialized_.exchange(up) != up;
     if (enabledChanged || initializedChanged) {
         taskCallEnabledChangedCallback();
     }
+}
+
+bool ManagerImpl::adoptStoredChoice() {
+    std::unique_lock lock(mutex_);
+    const unsigned made = choicesMade_;
+    const bool written = made == choicesWritten_;
+    lock.unlock();
+    const bool stored = communicator_->readEnabledConfiguration();
+    lock.lock();
+    // What was read is older than a choice that somebody makes meanwhile.
+    return written && made == choicesMade_ && enabled_.exchange(stored) != stored;
+}
+
+ManagerImpl::Choice::Choice(ManagerImpl& manager) : manager_(manager) {
+    const std::lock_guard lock(manager_.mutex_);
+    ++manager_.choicesMade_;
+}
+
+ManagerImpl::Choice::~Choice() {
+    const std::lock_guard lock(manager_.mutex_);
+    ++manager_.choicesWritten_;
 }
 
 void ManagerImpl::taskCallEnabledChangedCallback() {

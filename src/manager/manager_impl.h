@@ -60,10 +60,25 @@ class ManagerImpl {
   private:
     using Callback = std::function<void()>;
 
+    // Lives while a caller's choice of on or off is being written.
+    class Choice {
+      public:
+        explicit Choice(ManagerImpl& manager);
+        ~Choice();
+        Choice(const Choice&) = delete;
+        Choice& operator=(const Choice&) = delete;
+        Choice(Choice&&) = delete;
+        Choice& operator=(Choice&&) = delete;
+
+      private:
+        ManagerImpl& manager_;
+    };
+
     void wireCommunicator();
 
     // lifecycle.cpp
     void signalWifiServiceStatusChange();
+    bool adoptStoredChoice();  // true when it differs from what was known
     std::optional<std::chrono::milliseconds> signalEventLoopIdle();
     void signalTimerCompleted();
     void taskSaveConfiguration();
@@ -90,6 +105,7 @@ class ManagerImpl {
     void updateSignalPollTimer(const ConnectionInfo& next);
     void reactToSuccess(const ConnectionInfo& next);
     void reenableOtherNetworks(const ConnectionInfo& next);
+    void enableAllNetworks();
 
     // The state of a callback is its owner's business: copied under the lock, invoked without it.
     void replaceCallback(Callback& target, Callback callback);
@@ -113,6 +129,7 @@ class ManagerImpl {
     std::atomic<bool> enabled_ = false;
     std::atomic<bool> wifiStackInitialized_ = false;
     std::atomic<bool> scanning_ = false;
+    std::atomic<bool> stopping_ = false;
 
     // Published, under the mutex. Only the loop thread writes the first two, so it may read them without.
     std::vector<WifiNetwork> networks_;
@@ -120,6 +137,8 @@ class ManagerImpl {
     std::set<std::string> eapMethods_;
 
     // Under the mutex.
+    unsigned choicesMade_ = 0;
+    unsigned choicesWritten_ = 0;
     Callback enabledChangedCallback_;
     Callback networksListChangedCallback_;
     Callback scanningChangedCallback_;

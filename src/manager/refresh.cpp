@@ -139,7 +139,13 @@ void ManagerImpl::reactToSuccess(const ConnectionInfo& next) {
 }
 
 void ManagerImpl::reenableOtherNetworks(const ConnectionInfo& next) {
-    if (!othersDisabled_ || next.status == Status::connectingWifi) {
+    if (next.status != Status::connectingWifi) {
+        enableAllNetworks();
+    }
+}
+
+void ManagerImpl::enableAllNetworks() {
+    if (!othersDisabled_) {
         return;
     }
     saveNeeded_ = true;

@@ -283,14 +283,16 @@ TEST_F(PostponedSave, WaitsUntilTheOtherNetworksAreEnabledAgain) {
     EXPECT_EQ(takeCalls(), Calls{});
 }
 
-TEST_F(PostponedSave, IsNotMadeAtTheEndEitherWhileOthersAreDisabled) {
+TEST_F(PostponedSave, IsMadeAtTheEndOnceTheOthersAreEnabledAgain) {
+    stack->configure("Cafe");
     startWithSupplicant();
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    engine->forgetNetwork("Cafe");
     settle();
     takeCalls();
     engine.reset();
-    EXPECT_EQ(takeCalls(), (Calls{"stopEventLoop", "~Communicator"}));
+    EXPECT_EQ(takeCalls(),
+              (Calls{"stopEventLoop", "~Communicator", "getAllConfiguredNetworksSync",
+                     "setEnabledSync(1, true)", "setEnabledSync(2, true)", "saveNetworkConfigurationSync"}));
 }
 
 TEST_F(PostponedSave, IsNotNeededWhenNothingCouldBeSelected) {

@@ -253,6 +253,30 @@ TEST_F(ConnectConfigured, OfAnUnknownNetworkWarnsAndIsPublishedUntilItsTimeOut) 
     EXPECT_EQ(state(), R"(status=disconnected, disconnectReason=causedBySystem, disconnectssid="Home")");
 }
 
+TEST_F(ConnectConfigured, OfAnUnknownNetworkEndsOnTheConnectionThatThereWas) {
+    stack->configure("Home");
+    startWithSupplicant();
+    becomeConnected("Home");
+    engine->connectConfigured("Nowhere");
+    settle();
+    EXPECT_EQ(state(), R"(status=connectingWifi, ssid="Nowhere")");
+    clock->advance(2s);
+    forget();
+    settle();
+    EXPECT_EQ(state(), R"(status=connected, ssid="Home", signal=-50)");
+    EXPECT_EQ(engine->connectionInfo().disconnectSsid, "Nowhere");
+    EXPECT_EQ(engine->connectionInfo().disconnectReason, ConnectionInfo::DisconnectReason::causedBySystem);
+    // The record went up from an attempt to a connection, which is what a success looks like.
+    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 2)",
+                                  "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(takeGaugeReports(), (GaugeReports{{"quarn.wifi.connected", 1.0},
+                                                {"quarn.wifi.signal-strength-dbm", -50.0},
+                                                {"quarn.wifi.connection-attempt.success", 1.0},
+                                                {"quarn.wifi.connection-attempt.total", 1.0}}));
+    settle();
+    EXPECT_EQ(takeCalls(), Calls{});
+}
+
 TEST_F(ConnectConfigured, WithoutAListingIsAnUnknownNetwork) {
     stack->configure("Home");
     startWithSupplicant();

@@ -1,6 +1,8 @@
 // The on/off switch, and the supplicant coming and going.
 #include "engine_fixture.h"
 
+#include <utility>
+
 namespace kaz::test {
 namespace {
 
@@ -66,6 +68,48 @@ TEST_F(Enabling, HoldsEvenWhenWritingAndStartingFail) {
     EXPECT_TRUE(engine->isEnabled());
     EXPECT_EQ(takeCalls(), (Calls{"pushTaskAsync_", "writeEnabledConfiguration(true) fails", "pushTaskAsync_",
                                   "startStopSupplicantSync(true) fails"}));
+}
+
+TEST_F(Enabling, IsNotUndoneByASupplicantThatGoesWhileTheChoiceIsWritten) {
+    startWithSupplicant();
+    bool gone = false;
+    stack->onCall = [&](const std::string& call) {
+        if (call == "writeEnabledConfiguration(false)" && !std::exchange(gone, true)) {
+            supplicantGoes();  // while the file still says on
+        }
+    };
+    engine->setEnabled(false);
+    EXPECT_TRUE(gone);
+    EXPECT_FALSE(engine->isEnabled());
+    stack->enabledConfiguration = true;
+    supplicantComes();
+    EXPECT_TRUE(engine->isEnabled()) << "the next time, the file counts again";
+}
+
+TEST_F(Enabling, IsNotUndoneByAFileThatWasReadBefore) {
+    startWithSupplicant();
+    stack->failing = {"writeEnabledConfiguration"};
+    bool chosen = false;
+    stack->onCall = [&](const std::string& call) {
+        if (call == "readEnabledConfiguration" && !std::exchange(chosen, true)) {
+            engine->setEnabled(false);
+        }
+    };
+    supplicantGoes();
+    EXPECT_TRUE(chosen);
+    EXPECT_FALSE(engine->isEnabled());
+    supplicantComes();
+    EXPECT_TRUE(engine->isEnabled()) << "the next time, the file counts again";
+}
+
+TEST_F(Enabling, ThatCannotBeWrittenHoldsUntilTheSupplicantComesOrGoes) {
+    startWithSupplicant();
+    stack->failing = {"writeEnabledConfiguration"};
+    engine->setEnabled(false);
+    EXPECT_FALSE(engine->isEnabled());
+    supplicantGoes();
+    EXPECT_TRUE(engine->isEnabled());
+    EXPECT_FALSE(engine->isWifiStackInitialized());
 }
 
 TEST_F(SupplicantComing, ReadsItsMethodsAndNetworksAndThenTheConfiguration) {
