@@ -1,4 +1,5 @@
 // The bus goes away and comes back, or comes late.
+#include <pthread.h>
 #include <time.h>
 
 #include <chrono>
@@ -6,6 +7,7 @@
 #include <vector>
 
 #include "loop_fixture.h"
+#include "mute_broker.h"
 
 namespace kaz::test {
 namespace {
@@ -36,6 +38,20 @@ class EventLoopReconnecting : public LoopTest {
         peer.settle();
         onLoop([] {});
         EXPECT_EQ(handled.value(), before + times);
+    }
+
+    // What the loop thread has used of the processor so far, without waking it.
+    clockid_t processorClock() {
+        return onLoop([] {
+            clockid_t clock{};
+            EXPECT_EQ(::pthread_getcpuclockid(::pthread_self(), &clock), 0);
+            return clock;
+        });
+    }
+    static std::chrono::nanoseconds timeOf(clockid_t clock) {
+        timespec time{};
+        EXPECT_EQ(::clock_gettime(clock, &time), 0);
+        return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
     }
 
     Counter cameBack;
@@ -145,6 +161,37 @@ TEST_F(EventLoopReconnecting, SleepsBetweenItsAttemptsForLongerAndLonger) {
     const std::size_t afterTheLoss = passes.value() + 1;  // the loss itself may still get its pass
     ASSERT_TRUE(passes.reaches(afterTheLoss + 4));
     EXPECT_GE(std::chrono::steady_clock::now() - before, milliseconds(100 + 200 + 400));
+}
+
+// Seen by a bus that throws the loop out each time. A busy machine makes pauses longer, never shorter; without the
+// greatest one the last would be of 12.8 s, which no other thread's turn explains.
+TEST_F(EventLoopReconnecting, PausesForFiveSecondsAtMostAndUsesNoProcessorTimeMeanwhile) {
+    constexpr milliseconds longest{5000};
+    const std::vector<milliseconds> pauses{
+        milliseconds(100),  milliseconds(200),  milliseconds(400), milliseconds(800),
+        milliseconds(1600), milliseconds(3200), longest,           longest};
+    MuteBroker broker;
+    const Running running = start();
+    ASSERT_TRUE(broker.hears());
+    const auto begin = std::chrono::steady_clock::now();
+    auto thrownOut = begin;
+    broker.hangUp();
+    const clockid_t clock = processorClock();
+    const auto usedBefore = timeOf(clock);
+    milliseconds sum{0};
+    for (const milliseconds pause : pauses) {
+        ASSERT_TRUE(broker.hears()) << "after " << sum.count() << " ms";
+        sum += pause;
+        const auto now = std::chrono::steady_clock::now();
+        EXPECT_GE(now - begin, sum) << "the pause of " << pause.count() << " ms is shorter";
+        if (pause == longest) {
+            EXPECT_LT(now - thrownOut, 2 * longest);
+        }
+        thrownOut = std::chrono::steady_clock::now();
+        broker.hangUp();
+    }
+    EXPECT_LT(timeOf(clock) - usedBefore, sum / 100);
+    EXPECT_EQ(log.texts(spdlog::level::err).size(), 1U);
 }
 
 TEST_F(EventLoopReconnecting, SurvivesATaskThatThrows) {

@@ -2,16 +2,13 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <atomic>
-#include <cstring>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "loop_fixture.h"
+#include "mute_broker.h"
 
 namespace kaz::test {
 namespace {
@@ -187,45 +184,6 @@ TEST_F(EventLoopShutdown, TakesASecondWhenTheBusItselfHangs) {
     EXPECT_LT(elapsed, seconds(3));
     EXPECT_GE(idlePasses.value(), 1U);
 }
-
-// Something that lets the loop connect, and then says nothing.
-class MuteBroker {
-  public:
-    MuteBroker() : path_(folder() + "/socket"), listener_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        path_.copy(address.sun_path, sizeof address.sun_path - 1);
-        EXPECT_EQ(::bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        EXPECT_EQ(::listen(listener_, 8), 0);
-        ::setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + path_).c_str(), 1);
-    }
-    ~MuteBroker() {
-        ::close(connection_);
-        ::close(listener_);
-        std::filesystem::remove_all(std::filesystem::path(path_).parent_path());
-    }
-    MuteBroker(const MuteBroker&) = delete;
-    MuteBroker& operator=(const MuteBroker&) = delete;
-    MuteBroker(MuteBroker&&) = delete;
-    MuteBroker& operator=(MuteBroker&&) = delete;
-
-    // Waits for the loop and for the first byte that it says.
-    bool hears() {
-        connection_ = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-        char first = 0;
-        return connection_ >= 0 && ::read(connection_, &first, 1) == 1;
-    }
-
-  private:
-    static std::string folder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "kaz-mute-XXXXXX").string();
-        return ::mkdtemp(pattern.data());
-    }
-
-    std::string path_;
-    int listener_;
-    int connection_ = -1;
-};
 
 TEST_F(EventLoopShutdown, TakesASecondWhenTheBusDoesNotLetTheLoopIn) {
     MuteBroker broker;
