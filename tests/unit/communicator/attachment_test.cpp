@@ -109,6 +109,18 @@ TEST_F(Attachment, EndsWhenTheUnitIsInactiveOrFailed) {
     }
 }
 
+TEST_F(Attachment, CallsTheStatusHandlerBeforeTheLogRecord) {
+    std::vector<std::vector<std::string>> loggedBefore;
+    communicator->wifiServiceStatusChangeHandler = [&] { loggedBefore.push_back(log.texts()); };
+    startDetached();
+    changeUnitState("active");
+    changeUnitState("inactive");
+    EXPECT_THAT(loggedBefore,
+                ElementsAre(ElementsAre("wpa_supplicant has 1 interfaces"),
+                            ElementsAre("wpa_supplicant has 1 interfaces", "wpa_supplicant is running")));
+    EXPECT_EQ(log.texts().back(), "wpa_supplicant is stopped");
+}
+
 TEST_F(Attachment, DoesNotEndTwice) {
     startDetached();
     changeUnitState("inactive");
@@ -163,6 +175,18 @@ TEST_F(Attachment, WithoutAnInterfaceFailsOperationsQuietly) {
     EXPECT_THAT(onLoop([&] { return communicator->getAllConfiguredNetworksSync(); }), IsEmpty());
     EXPECT_THAT(takeCalls(), IsEmpty());
     EXPECT_THAT(takeLog(), IsEmpty());
+}
+
+TEST_F(Attachment, WithoutAnInterfaceForgetsTheOneOfBefore) {
+    startAttached();
+    changeUnitState("inactive");
+    supplicant.onGet(rootPath, rootInterface, "Interfaces", reply("v", "ao", 0));
+    changeUnitState("active");
+    ASSERT_TRUE(communicator->isSupplicantOn());
+    takeCalls();
+    supplicant.onCall(interfacePath, interfaceInterface, "Scan", reply(""));
+    EXPECT_FALSE(onLoop([&] { return communicator->scanSync(); }));
+    EXPECT_THAT(takeCalls(), IsEmpty());
 }
 
 TEST_F(Attachment, WithoutAnInterfaceEndsOnlyWithADetach) {

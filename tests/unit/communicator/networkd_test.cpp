@@ -73,6 +73,17 @@ TEST_F(Networkd, IsLoggedAndDroppedWhenItCannotBeDecoded) {
                             debug("OnlineState=end")));
 }
 
+TEST_F(Networkd, IsLoggedForAnotherInterfaceTooWhenItCannotBeDecoded) {
+    startAttached();
+    emitChange("sa{sv}as", "org.freedesktop.network1.Link", 1, "OnlineState", "b", 1, 0);
+    settleNetworkd();
+    EXPECT_THAT(takeCalls(), ElementsAre("networkd online: false"));
+    EXPECT_THAT(takeLog(),
+                ElementsAre(warning("Error while decoding dbus data. Details: Value decoding error: "
+                                    "Unable to read from variant: No such device or address"),
+                            debug("OnlineState=end")));
+}
+
 TEST_F(Networkd, IsReadOnceOnAttach) {
     networkd.onGetAll(networkdPath, networkdInterface, reply("a{sv}", 1, "OnlineState", "s", "partial"));
     start("active");
