@@ -40,9 +40,11 @@ class [[gnu::visibility("default")]] Manager {
     /// later.
     Manager();
 
-    /// Ends the thread. A task or callback that is running is waited for, tasks not yet begun are dropped, and
-    /// a configuration that was still to be saved is saved. When a peer on the bus does not answer, the wait
-    /// is given up after about a second. No callback runs afterwards. Must not be called from a callback.
+    /// Ends the thread. A task or callback that is running is waited for, tasks not yet begun are dropped. What
+    /// the supplicant is owed follows: the other networks, which an attempt that has not ended yet disabled, are
+    /// enabled again, and then a configuration that was still to be saved is saved. When a peer on the bus does
+    /// not answer, all of this is given up after about a second. No callback runs afterwards. Must not be called
+    /// from a callback.
     ~Manager();
 
     Manager(const Manager&) = delete;
