@@ -4,9 +4,16 @@
 #include "dbus_communicator.h"
 #include "log.h"
 
+#include <chrono>
 #include <utility>
 
 namespace kaz::wifi {
+namespace {
+
+// How long reading a list of BSSs may take before the rest of it is left out. As long as one call.
+constexpr std::chrono::seconds listPatience{10};
+
+}  // namespace
 
 bool DbusCommunicator::scanSync() {
     // Quieter than the other refusals: user interfaces scan all the time.
@@ -34,7 +41,13 @@ std::vector<Communicator::BssProperties> DbusCommunicator::decodeBssPaths(
     const std::vector<dbus::OPath>& paths) {
     std::vector<BssProperties> decoded;
     decoded.reserve(paths.size());
+    const auto deadline = std::chrono::steady_clock::now() + listPatience;
     for (const dbus::OPath& path : paths) {
+        // Each of them could take until its call times out, while whoever switches Wi-Fi off waits for the last.
+        if (std::chrono::steady_clock::now() >= deadline) {
+            log::warn("wpa_supplicant is too slow, leaving out some of {} BSSs", paths.size());
+            break;
+        }
         if (auto bss = getBssPropertiesSync(path)) {
             decoded.push_back(std::move(*bss));
         }

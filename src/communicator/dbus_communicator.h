@@ -119,9 +119,11 @@ class DbusCommunicator final : public Communicator {
 
     void onConnectionChanged(bool connected);
     void followUnit(const dbus::OPath& unit);
+    void followSystemd();
 
     dbus::OPath supplicantInterfacePath_;  // empty while detached
     std::vector<dbus::OPath> followedUnits_;
+    bool unitFollowed_ = false;  // systemd has told the unit's path and state
     std::atomic<bool> supplicantOn_ = false;
     dbus::EventLoop eventLoop_;  // the last member, so that its thread ends before anything it uses does
 };

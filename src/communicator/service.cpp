@@ -7,6 +7,11 @@
 #include <algorithm>
 
 namespace kaz::wifi {
+namespace {
+
+constexpr const char* noUnit = "/";
+
+}  // namespace
 
 bool DbusCommunicator::startStopSupplicantSync(bool start) {
     log::debug("Turning wpa_supplicant {}.", start ? "on" : "off");
@@ -16,8 +21,12 @@ bool DbusCommunicator::startStopSupplicantSync(bool start) {
         // A unit that failed too often in a row would not start again.
         systemd.call("ResetFailedUnit", unit);
     }
-    return static_cast<bool>(
+    const bool accepted = static_cast<bool>(
         systemd.call(start ? "StartUnit" : "StopUnit", unit, std::string(bus::systemd::jobMode)));
+    if (start && accepted && !unitFollowed_) {
+        connectToSystemdSync();
+    }
+    return accepted;
 }
 
 void DbusCommunicator::connectToSystemdSync() {
@@ -26,7 +35,9 @@ void DbusCommunicator::connectToSystemdSync() {
     // systemd sends no unit signals before anybody asked for them.
     systemdManager().call("Subscribe");
     followUnit(unit);
-    connectOrDisconnectFromSupplicantSync(systemdGetUnitActiveStateSync(unit));
+    const std::string state = systemdGetUnitActiveStateSync(unit);
+    unitFollowed_ = unit.str() != noUnit && !state.empty();
+    connectOrDisconnectFromSupplicantSync(state);
 }
 
 void DbusCommunicator::followUnit(const dbus::OPath& unit) {
@@ -35,8 +46,14 @@ void DbusCommunicator::followUnit(const dbus::OPath& unit) {
         return;
     }
     followedUnits_.push_back(unit);
+    if (followedUnits_.size() == 1) {
+        followSystemd();
+    }
     subscribe(bus::systemd::service, unit, bus::propertiesInterface, bus::propertiesChanged, false,
               &DbusCommunicator::onSignalUnitPropertiesChanged);
+}
+
+void DbusCommunicator::followSystemd() {
     // A systemd that was not there yet knew no unit, and a new one does not know that we asked for signals.
     followNameOwner(eventLoop_, bus::systemd::service, [this](bool owned) {
         if (owned) {
@@ -55,7 +72,7 @@ void DbusCommunicator::onConnectionChanged(bool connected) {
 
 dbus::OPath DbusCommunicator::systemdLoadUnitSync() {
     dbus::Reply reply = systemdManager().call("LoadUnit", std::string(bus::systemd::supplicantUnit));
-    return reply.read<dbus::OPath>().value_or(dbus::OPath("/"));
+    return reply.read<dbus::OPath>().value_or(dbus::OPath(noUnit));
 }
 
 std::string DbusCommunicator::systemdGetUnitActiveStateSync(const dbus::OPath& unit) {

@@ -39,10 +39,12 @@ void Connection::close() noexcept {
     drop();
 }
 
-void Connection::endTurn() noexcept {
-    if (bus_ && sd_bus_is_open(bus_.get()) <= 0) {
-        lose();
+bool Connection::endTurn() noexcept {
+    if (!bus_ || sd_bus_is_open(bus_.get()) > 0) {
+        return false;
     }
+    lose();
+    return true;
 }
 
 void Connection::setChangeTask(ChangeTask task) {
@@ -128,7 +130,10 @@ int Connection::waitToBeLetIn() {
     // sd-bus would do this within the first call, without this limit.
     const auto deadline = Clock::now() + callTimeout;
     while (sd_bus_is_ready(bus_.get()) <= 0) {
-        killSwitch_.guard(sd_bus_get_fd(bus_.get()));  // the next address of a list is another socket
+        // Each time: the next address of a list is another socket.
+        if (const int guarded = killSwitch_.guard(sd_bus_get_fd(bus_.get())); guarded < 0) {
+            return guarded;
+        }
         const int processed = sd_bus_process(bus_.get(), nullptr);
         if (processed < 0) {
             return processed;

@@ -31,8 +31,8 @@ class Connection {
     void close() noexcept;
 
     // To be called after each turn of the loop. A connection that broke is given up here, not in the middle
-    // of a task that still uses it, with one error in the log.
-    void endTurn() noexcept;
+    // of a task that still uses it, with one error in the log. True when that happened.
+    bool endTurn() noexcept;
 
     // Runs after each loss of the connection and after each success but that of open().
     void setChangeTask(ChangeTask task);

@@ -7,7 +7,7 @@ namespace kaz::dbus {
 namespace {
 
 std::string describe(int code) {
-    const long number = std::labs(code);  // the smallest int has no positive counterpart
+    const long long number = std::llabs(code);  // the smallest int has no positive counterpart
     // The one description in the C library that is neither translated nor shared between threads.
     const char* text = ::strerrordesc_np(static_cast<int>(number));
     return text != nullptr ? text : "Unknown error " + std::to_string(number);

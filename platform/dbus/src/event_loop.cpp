@@ -1,6 +1,7 @@
 #include <kaz/dbus/dbus_error.h>
 #include <kaz/dbus/event_loop.h>
 #include <pthread.h>
+#include <unistd.h>
 
 #include <condition_variable>
 #include <csignal>
@@ -71,11 +72,15 @@ class EventLoop::Impl {
     void start();
     void stop() noexcept;
 
+    // Whether this is a forked child, which has the object but not its thread.
+    bool inherited() const noexcept { return process_ != ::getpid(); }
+
   private:
     void run() noexcept;
     void turn() noexcept;
     void waitForEnd() noexcept;
 
+    const pid_t process_ = ::getpid();
     EventPtr event_ = makeEvent();
 
   public:
@@ -140,15 +145,17 @@ void EventLoop::Impl::turn() noexcept {
         std::this_thread::sleep_for(milliseconds(100));
     }
     const bool ran = tasks.runOne();
-    connection.endTurn();
+    const bool lost = connection.endTurn();
     const auto now = Clock::now();
-    const bool quiet = dispatched <= 0 && !ran;
+    const bool quiet = dispatched <= 0 && !ran && !lost;
     if (!quiet) {
         idle.noteEvent(now);
     }
     if (!tasks.closed() && (quiet ? idle.due(now) : idle.overdue(now))) {
         idle.run();
-        connection.endTurn();
+        if (connection.endTurn()) {
+            idle.noteEvent(Clock::now());
+        }
     }
 }
 
@@ -163,14 +170,21 @@ void EventLoop::Impl::waitForEnd() noexcept {
 
 EventLoop::EventLoop() : impl_(std::make_unique<Impl>()) {}
 
-EventLoop::~EventLoop() = default;
+EventLoop::~EventLoop() {
+    if (impl_->inherited()) {
+        // The bus is the parent's, and a lock that another of its threads held is never given back.
+        static_cast<void>(impl_.release());
+    }
+}
 
 void EventLoop::startEventLoopAsync() {
     impl_->start();
 }
 
 void EventLoop::stopEventLoopAsync() {
-    impl_->stop();
+    if (!impl_->inherited()) {
+        impl_->stop();
+    }
 }
 
 void EventLoop::pushTaskAsync(std::function<void()> task) {

@@ -3,14 +3,19 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 
+#include <cerrno>
+
 namespace kaz::dbus {
 
-void KillSwitch::guard(int socket) noexcept {
+int KillSwitch::guard(int socket) noexcept {
+    const int duplicate = ::fcntl(socket, F_DUPFD_CLOEXEC, 0);
+    const int result = duplicate < 0 ? -errno : 0;
     const std::lock_guard lock(mutex_);
-    socket_ = Fd(::fcntl(socket, F_DUPFD_CLOEXEC, 0));
+    socket_ = Fd(duplicate);
     if (pulled_) {
         ::shutdown(socket_.get(), SHUT_RDWR);
     }
+    return result;
 }
 
 void KillSwitch::release() noexcept {

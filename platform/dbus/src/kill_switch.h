@@ -10,8 +10,9 @@ namespace kaz::dbus {
 // socket fails at once, and so does every later use of it. May be used from any thread.
 class KillSwitch {
   public:
-    // The socket to break. When the switch was thrown before, it is broken at once.
-    void guard(int socket) noexcept;
+    // The socket to break. When the switch was thrown before, it is broken at once. Gives 0, or a negative error code
+    // when it cannot be guarded.
+    int guard(int socket) noexcept;
     void release() noexcept;
 
     void pull() noexcept;

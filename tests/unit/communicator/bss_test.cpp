@@ -96,6 +96,18 @@ TEST_F(Bss, ListKeepsTheOrderOfThePathsAndEverySsid) {
     EXPECT_THAT(onLoop([&] { return communicator->decodeBssPaths({}); }), IsEmpty());
 }
 
+TEST_F(Bss, ListWaitsForOneThatIsNotAnsweredAndLeavesTheOthersOut) {
+    supplicant.onGetAll("/b/1", bssInterface, reply("a{sv}", 1, "Signal", "n", -1));
+    for (const char* path : {"/b/2", "/b/3", "/b/4"}) {
+        supplicant.onGetAll(path, bssInterface, noReply());
+    }
+    const auto list = onLoop([&] { return communicator->decodeBssPaths({"/b/1", "/b/2", "/b/3", "/b/4"}); });
+    ASSERT_EQ(list.size(), 1U);
+    EXPECT_EQ(list[0].signal, -1);
+    EXPECT_THAT(takeCalls(), ElementsAre(getAllText("/b/1", bssInterface), getAllText("/b/2", bssInterface)));
+    EXPECT_EQ(takeLog().back(), warning("wpa_supplicant is too slow, leaving out some of 4 BSSs"));
+}
+
 TEST_F(Bss, SignalIsPolled) {
     EXPECT_EQ(poll(reply("a{sv}", 3, "linkspeed", "i", 65, "rssi", "i", -58, "noise", "i", -95)), -58);
     EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("SignalPoll")));

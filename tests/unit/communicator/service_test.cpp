@@ -101,6 +101,60 @@ TEST_F(Service, IsLookedUpAtTheRootWhenItsPathCannotBeDecoded) {
     EXPECT_EQ(log.records().at(1), debug("Dbus path of wpa_supplicant within systemd daemon is /"));
 }
 
+class ServiceThatTheStartMissed : public Service, public testing::WithParamInterface<const char*> {
+  protected:
+    // Lets systemd fail what the parameter names, and then answer it.
+    void startInVain() {
+        answerJobs();
+        const Answer loaded = reply("o", unitPath);
+        const Answer refusal = errorReply("org.freedesktop.DBus.Error.NoReply", "x");
+        const bool loads = std::string(GetParam()) != "LoadUnit";
+        systemd.onCall(systemdPath, systemdInterface, "LoadUnit", loads ? loaded : refusal);
+        systemd.onGet(unitPath, unitInterface, "ActiveState", refusal);
+        startLoop();
+        systemd.onCall(systemdPath, systemdInterface, "LoadUnit", loaded);
+        systemd.onGet(unitPath, unitInterface, "ActiveState", reply("v", "s", "active"));
+    }
+
+    void startLoop() {
+        communicator->startEventLoop();
+        onLoop([] {});
+        EXPECT_FALSE(communicator->isSupplicantOn());
+        forget();
+    }
+};
+
+TEST_P(ServiceThatTheStartMissed, IsFoundWhenItIsTurnedOn) {
+    startInVain();
+    EXPECT_TRUE(turn(true));
+    EXPECT_TRUE(communicator->isSupplicantOn());
+    const auto made = takeCalls();
+    ASSERT_GE(made.size(), 5U);
+    EXPECT_THAT(std::vector(made.begin(), made.begin() + 5),
+                ElementsAre(managerCall("ResetFailedUnit", unit),
+                            managerCall("StartUnit", unit + ", \"replace\""), managerCall("LoadUnit", unit),
+                            managerCall("Subscribe", ""), getText(unitPath, unitInterface, "ActiveState")));
+    EXPECT_TRUE(turn(true));
+    EXPECT_EQ(takeCalls().size(), 2U) << "once it is found, turning it on is all there is to do";
+    emitUnitState("failed");
+    EXPECT_TRUE(calls.waitForCall("status changed: off")) << "its signals are followed";
+}
+
+TEST_P(ServiceThatTheStartMissed, IsNotLookedForWhenItIsTurnedOffOrSystemdRefuses) {
+    startInVain();
+    EXPECT_TRUE(turn(false));
+    EXPECT_THAT(takeCalls(), ElementsAre(managerCall("StopUnit", unit + ", \"replace\"")));
+    systemd.onCall(systemdPath, systemdInterface, "StartUnit",
+                   errorReply("org.freedesktop.DBus.Error.Failed", "x"));
+    EXPECT_FALSE(turn(true));
+    EXPECT_THAT(takeCalls(), ElementsAre(managerCall("ResetFailedUnit", unit),
+                                         managerCall("StartUnit", unit + ", \"replace\"")));
+    EXPECT_FALSE(communicator->isSupplicantOn());
+}
+
+INSTANTIATE_TEST_SUITE_P(After, ServiceThatTheStartMissed, testing::Values("LoadUnit", "ActiveState"),
+                         [](const auto& instance) { return std::string(instance.param); });
+
 TEST_F(Service, IsFollowedEvenWhenSubscribeFails) {
     systemd.onCall(systemdPath, systemdInterface, "Subscribe",
                    errorReply("org.freedesktop.DBus.Error.Failed", "x"));

@@ -1,3 +1,4 @@
+#include <child_process.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -149,6 +150,21 @@ TEST_F(EventLoopLifecycle, LetsWhatItHoldsPushWhileItDies) {
     loop->pushTaskAsync([h = held()] {});
     end();
     EXPECT_EQ(destroyedOn, ::gettid());
+}
+
+TEST_F(EventLoopLifecycle, LeavesTheBusToTheParentWhenAForkedChildDestroysIt) {
+    BusPeer peer;
+    peer.own(peerName);
+    const Running running = start();
+    EXPECT_TRUE(callFromLoop("Echo", "before"));
+    ChildProcess child([this] {
+        loop->stopEventLoopAsync();
+        loop.reset();
+        return 7;
+    });
+    EXPECT_EQ(child.wait(), 7);
+    EXPECT_TRUE(callFromLoop("Echo", "after"));
+    EXPECT_TRUE(log.records().empty());
 }
 
 TEST_F(EventLoopLifecycle, MayBeStoppedFromAnotherThreadWhileItRuns) {
