@@ -45,6 +45,9 @@ class [[gnu::visibility("default")]] Manager {
     /// enabled again, and then a configuration that was still to be saved is saved. When a peer on the bus does
     /// not answer, all of this is given up after about a second. No callback runs afterwards. Must not be called
     /// from a callback.
+    ///
+    /// A child process that inherited the Manager by fork() may destroy it, which then does nothing to the
+    /// parent's connection, and must not use it otherwise.
     ~Manager();
 
     Manager(const Manager&) = delete;

@@ -19,9 +19,11 @@ namespace kaz::wifi {
 // The communicator that controls wpa_supplicant, its systemd unit and systemd-networkd over the system bus.
 //
 // It follows the unit: while the unit runs it is attached to the first interface of the supplicant and turns
-// that interface's signals into calls of the handlers; otherwise it is detached, and every operation that
-// needs the interface refuses quietly. Construction posts the task that begins to follow the unit. When the bus goes
-// away it detaches; when there is a bus again, or another systemd on it, it begins anew.
+// that interface's signals into calls of the handlers; otherwise it is detached, and the operations that need
+// the interface refuse with a warning in the log, scanSync at debug level. Calls that cannot be made, without a
+// bus or to a supplicant that has no interface, fail quietly. Construction posts the task that begins to follow
+// the unit. When the bus goes away it detaches; when there is a bus again, or another systemd on it, it begins
+// anew.
 //
 // The operations of Communicator are described there. Everything else here runs on the loop thread.
 class DbusCommunicator final : public Communicator {
@@ -63,7 +65,7 @@ class DbusCommunicator final : public Communicator {
     std::optional<std::string> getConfiguredSsidForNetworkSync(const dbus::OPath& network);
 
     // The access points at these paths, in their order; those that cannot be read are left out. One call
-    // each.
+    // each, and after 10 s no further one.
     std::optional<BssProperties> getBssPropertiesSync(const dbus::OPath& bss);
     std::vector<BssProperties> decodeBssPaths(const std::vector<dbus::OPath>& paths);
 

@@ -34,6 +34,9 @@ class [[gnu::visibility("default")]] EventLoop {
     /// that is still waiting for its reply fails, and so does every call after it. Until this returns, the
     /// task in progress and the last idle pass may run. What they use must be alive, and lead here: mind that
     /// std::unique_ptr::reset() clears its pointer before it destroys. Must not run on the loop thread.
+    ///
+    /// In a child process that inherited the loop by fork() it does nothing: thread and connection are the
+    /// parent's. The child must not use the loop otherwise.
     ~EventLoop();
 
     EventLoop(const EventLoop&) = delete;
