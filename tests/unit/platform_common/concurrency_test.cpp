@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
+#include <stdlib.h>
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -10,9 +11,11 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <future>
 #include <memory>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -184,80 +187,123 @@ std::string keyOf(std::size_t writer) {
     }
 }
 
-class ConfigKilledWriters : public ConfigConcurrency {
+// Has temporary folders in memory, unless they were given another place: a killed process does not lose what it wrote,
+// and waiting for the disk would take nearly all of the time.
+class FoldersInMemory {
+  protected:
+    FoldersInMemory() {
+        constexpr const char* memory = "/dev/shm";
+        isSet_ = ::getenv("TMPDIR") == nullptr && ::access(memory, R_OK | W_OK | X_OK) == 0;
+        if (isSet_) {
+            ::setenv("TMPDIR", memory, 0 /* overwrite */);
+        }
+    }
+    ~FoldersInMemory() {
+        if (isSet_) {
+            ::unsetenv("TMPDIR");
+        }
+    }
+    FoldersInMemory(const FoldersInMemory&) = delete;
+    FoldersInMemory& operator=(const FoldersInMemory&) = delete;
+    FoldersInMemory(FoldersInMemory&&) = delete;
+    FoldersInMemory& operator=(FoldersInMemory&&) = delete;
+
+  private:
+    bool isSet_ = false;
+};
+
+class ConfigKilledWriters : private FoldersInMemory, public ConfigConcurrency {
   protected:
     static constexpr const char* others = "# a comment\n\nfirst=1\r\nno equals sign\nfirst = \xff\n";
 
+    ConfigKilledWriters() {
+        std::string before = others;
+        for (std::size_t writer = 0; writer < writerCount; ++writer) {
+            before += keyOf(writer) + "=0\n";
+        }
+        write(before);
+        for (std::size_t writer = 0; writer < writerCount; ++writer) {
+            start(writer);
+        }
+    }
+
+    void start(std::size_t writer) {
+        writers_[writer] = std::make_unique<ChildProcess>([this, writer] {
+            countUp(writer, board_->at(writer));
+            return 0;
+        });
+    }
+
+    // Once the writer has written something, and a moment later.
+    void kill(std::size_t writer, std::chrono::microseconds moment) {
+        ASSERT_TRUE(eventually([&] {
+            checkWhileWritersRun();
+            return HasFatalFailure() || board_->at(writer).done > atStart_[writer];
+        }));
+        std::this_thread::sleep_for(moment);
+        writers_[writer]->sendKill();
+        ASSERT_EQ(writers_[writer]->wait(), -SIGKILL) << "a writer ended by itself: an update failed";
+        settle(writer);
+    }
+
+    int deathsBeforeTheNewFile() const { return deathsBeforeTheNewFile_; }
+    int deathsAfterTheNewFile() const { return deathsAfterTheNewFile_; }
+
+  private:
     // Reads once, and checks that each writer's value is one that may be there while it runs.
-    void checkWhileWritersRun(const Board& board) const {
+    void checkWhileWritersRun() const {
         std::array<int, writerCount> least{};
         for (std::size_t writer = 0; writer < writerCount; ++writer) {
-            least[writer] = board[writer].done;
+            least[writer] = board_->at(writer).done;
         }
         Entries entries = util::readKazConfig();
         ASSERT_EQ(entries.size(), writerCount + 2);
         for (std::size_t writer = 0; writer < writerCount; ++writer) {
             const int value = std::stoi(entries[keyOf(writer)]);
             ASSERT_GE(value, least[writer]);
-            ASSERT_LE(value, board[writer].begun);
+            ASSERT_LE(value, board_->at(writer).begun);
         }
+        ASSERT_TRUE(text().starts_with(others));
     }
 
-    void runAndKill(Board& board) {
-        std::array<int, writerCount> before{};
-        std::vector<std::unique_ptr<ChildProcess>> writers;
-        for (std::size_t writer = 0; writer < writerCount; ++writer) {
-            before[writer] = board[writer].done;
-            writers.push_back(std::make_unique<ChildProcess>([&, writer] {
-                countUp(writer, board[writer]);
-                return 0;
-            }));
+    // After the writer's death: the value is the last one that was confirmed or the one being written. Takes it as the
+    // base to go on from.
+    void settle(std::size_t writer) {
+        Progress& progress = board_->at(writer);
+        const int value = std::stoi(util::readKazConfig()[keyOf(writer)]);
+        ASSERT_TRUE(value == progress.done || value == progress.begun)
+            << value << ", done " << progress.done << ", begun " << progress.begun;
+        if (progress.begun != progress.done) {
+            ++(value == progress.done ? deathsBeforeTheNewFile_ : deathsAfterTheNewFile_);
         }
-        for (std::size_t writer = 0; writer < writerCount; ++writer) {
-            ASSERT_TRUE(eventually([&] {
-                checkWhileWritersRun(board);
-                return HasFatalFailure() || board[writer].done >= before[writer] + 2;
-            }));
-        }
-        for (const auto& writer : writers) {
-            writer->sendKill();
-        }
-        for (const auto& writer : writers) {
-            EXPECT_EQ(writer->wait(), -SIGKILL) << "a writer ended by itself: an update failed";
-        }
+        progress.begun = value;
+        progress.done = value;
+        atStart_[writer] = value;
     }
 
-    // After the writers' death: the value is the last one that was confirmed or the one being written. Takes
-    // it as the base to go on from.
-    void settle(Board& board, int& interrupted) const {
-        Entries entries = util::readKazConfig();
-        for (std::size_t writer = 0; writer < writerCount; ++writer) {
-            const int value = std::stoi(entries[keyOf(writer)]);
-            interrupted += board[writer].begun != board[writer].done ? 1 : 0;
-            EXPECT_TRUE(value == board[writer].done || value == board[writer].begun)
-                << value << ", done " << board[writer].done << ", begun " << board[writer].begun;
-            board[writer].begun = value;
-            board[writer].done = value;
-        }
-    }
+    const std::unique_ptr<Board, Unmap> board_ = sharedBoard();
+    std::array<std::unique_ptr<ChildProcess>, writerCount> writers_;
+    std::array<int, writerCount> atStart_{};
+    int deathsBeforeTheNewFile_ = 0;
+    int deathsAfterTheNewFile_ = 0;
 };
 
 TEST_F(ConfigKilledWriters, LeaveTheOldFileOrTheNewOne) {
-    constexpr int rounds = 15;
-    std::string before = others;
-    for (std::size_t writer = 0; writer < writerCount; ++writer) {
-        before += keyOf(writer) + "=0\n";
-    }
-    write(before);
-    const auto board = sharedBoard();
-    int interrupted = 0;
-    for (int round = 0; round < rounds && !HasFailure(); ++round) {
+    constexpr int rounds = 2000;
+    constexpr int longest = 500;  // microseconds, some updates
+    std::minstd_rand random(1);
+    for (int round = 0; round < rounds && !HasFatalFailure(); ++round) {
         SCOPED_TRACE(round);
-        runAndKill(*board);
-        settle(*board, interrupted);
-        EXPECT_TRUE(text().starts_with(others));
+        const std::size_t writer = random() % writerCount;
+        kill(writer, std::chrono::microseconds(random() % longest));
+        start(writer);
     }
-    EXPECT_GT(interrupted, rounds) << "the writers were to be killed in the middle of an update";
+    for (std::size_t writer = 0; writer < writerCount; ++writer) {
+        kill(writer, {});
+    }
+    EXPECT_GT(deathsBeforeTheNewFile(), rounds / 100)
+        << "the writers were to be killed in the middle of an update";
+    EXPECT_GT(deathsAfterTheNewFile(), rounds / 100) << "and at its end";
     EXPECT_TRUE(util::updateKazConfig("wifi", "off"));
     EXPECT_EQ(folder().content(), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
     EXPECT_TRUE(log().records().empty());
