@@ -3,17 +3,11 @@
 #include "bus_names.h"
 #include "dbus_communicator.h"
 #include "log.h"
+#include "patience.h"
 
-#include <chrono>
 #include <utility>
 
 namespace kaz::wifi {
-namespace {
-
-// How long reading a list of BSSs may take before the rest of it is left out. As long as one call.
-constexpr std::chrono::seconds listPatience{10};
-
-}  // namespace
 
 bool DbusCommunicator::scanSync() {
     // Quieter than the other refusals: user interfaces scan all the time.
@@ -41,10 +35,9 @@ std::vector<Communicator::BssProperties> DbusCommunicator::decodeBssPaths(
     const std::vector<dbus::OPath>& paths) {
     std::vector<BssProperties> decoded;
     decoded.reserve(paths.size());
-    const auto deadline = std::chrono::steady_clock::now() + listPatience;
+    const Patience patience;
     for (const dbus::OPath& path : paths) {
-        // Each of them could take until its call times out, while whoever switches Wi-Fi off waits for the last.
-        if (std::chrono::steady_clock::now() >= deadline) {
+        if (patience.ended()) {
             log::warn("wpa_supplicant is too slow, leaving out some of {} BSSs", paths.size());
             break;
         }

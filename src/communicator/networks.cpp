@@ -5,6 +5,7 @@
 #include "dbus_communicator.h"
 #include "log.h"
 #include "network_settings.h"
+#include "patience.h"
 
 #include <utility>
 
@@ -88,9 +89,19 @@ DbusCommunicator::getAllConfiguredNetworksSync() {
     }
     std::vector<std::unique_ptr<Communicator::ConfiguredNetwork>> networks;
     networks.reserve(paths->size());
+    const Patience patience;
+    std::size_t unasked = 0;
     for (const dbus::OPath& path : *paths) {
-        networks.push_back(
-            std::make_unique<ConfiguredNetwork>(*this, path, getConfiguredSsidForNetworkSync(path)));
+        std::optional<std::string> ssid;
+        if (patience.ended()) {
+            ++unasked;
+        } else {
+            ssid = getConfiguredSsidForNetworkSync(path);
+        }
+        networks.push_back(std::make_unique<ConfiguredNetwork>(*this, path, std::move(ssid)));
+    }
+    if (unasked > 0) {
+        log::warn("wpa_supplicant is too slow, the SSIDs of {} networks stay unknown", unasked);
     }
     return networks;
 }

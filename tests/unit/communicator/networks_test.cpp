@@ -168,6 +168,22 @@ TEST_F(Networks, AreListedInTheSupplicantsOrderEvenWithoutAnSsid) {
     EXPECT_EQ(networks[1]->id(), std::hash<std::string>{}("/n/0"));
 }
 
+TEST_F(Networks, AreListedWithoutTheirSsidsOnceTheSupplicantDoesNotAnswerInTime) {
+    supplicant.onGet(interfacePath, interfaceInterface, "Networks",
+                     reply("v", "ao", 3, "/n/0", "/n/1", "/n/2"));
+    for (const char* path : {"/n/0", "/n/1", "/n/2"}) {
+        supplicant.onGet(path, networkInterface, "Properties", noReply());
+    }
+    const auto networks = onLoop([&] { return communicator->getAllConfiguredNetworksSync(); });
+    EXPECT_THAT(takeCalls(), ElementsAre(getText(interfacePath, interfaceInterface, "Networks"),
+                                         getText("/n/0", networkInterface, "Properties")));
+    ASSERT_EQ(networks.size(), 3U) << "they can still be enabled";
+    for (const auto& listed : networks) {
+        EXPECT_EQ(listed->getSsid(), std::nullopt);
+    }
+    EXPECT_EQ(takeLog().back(), warning("wpa_supplicant is too slow, the SSIDs of 2 networks stay unknown"));
+}
+
 TEST_F(Networks, AreAnEmptyListWhenTheSupplicantHasNoneOrDoesNotTell) {
     for (const Answer& answer : {reply("v", "ao", 0), broken, reply("v", "as", 1, "/n/0"), reply("")}) {
         supplicant.onGet(interfacePath, interfaceInterface, "Networks", answer);
