@@ -33,19 +33,27 @@ enum class Fault {
 struct FaultKind {
     Fault fault;
     const char* name;
+    // What the call fails with; without an error it does not.
+    std::string error;
+    std::string message;
 };
 
-constexpr std::array faultKinds{
-    FaultKind{Fault::errorReply, "ErrorReply"},
-    FaultKind{Fault::objectVanished, "ObjectVanished"},
-    FaultKind{Fault::noReply, "NoReply"},
-    FaultKind{Fault::replyAfterTheTimeOut, "ReplyAfterTheTimeOut"},
-    FaultKind{Fault::peerDied, "PeerDied"},
-    FaultKind{Fault::wrongType, "WrongType"},
-    FaultKind{Fault::wrongNesting, "WrongNesting"},
-    FaultKind{Fault::emptyReply, "EmptyReply"},
-    FaultKind{Fault::hugeReply, "HugeReply"},
-    FaultKind{Fault::slowReply, "SlowReply"},
+constexpr const char* timeOut = "org.freedesktop.DBus.Error.Timeout";
+constexpr const char* timedOut = "Connection timed out";
+
+const std::array faultKinds{
+    FaultKind{Fault::errorReply, "ErrorReply", "test.Error.Mishap", "it did not work"},
+    FaultKind{Fault::objectVanished, "ObjectVanished", "org.freedesktop.DBus.Error.UnknownObject",
+              "no such object"},
+    FaultKind{Fault::noReply, "NoReply", timeOut, timedOut},
+    FaultKind{Fault::replyAfterTheTimeOut, "ReplyAfterTheTimeOut", timeOut, timedOut},
+    FaultKind{Fault::peerDied, "PeerDied", "org.freedesktop.DBus.Error.NoReply",
+              "Message recipient disconnected from message bus without replying"},
+    FaultKind{Fault::wrongType, "WrongType", {}, {}},
+    FaultKind{Fault::wrongNesting, "WrongNesting", {}, {}},
+    FaultKind{Fault::emptyReply, "EmptyReply", {}, {}},
+    FaultKind{Fault::hugeReply, "HugeReply", {}, {}},
+    FaultKind{Fault::slowReply, "SlowReply", {}, {}},
 };
 
 void PrintTo(const FaultKind& kind, std::ostream* out) {
@@ -63,7 +71,8 @@ class FaultMatrix : public CommunicatorTest,
                     public testing::WithParamInterface<std::tuple<FaultOperation, FaultKind>> {
   protected:
     const FaultOperation& operation = std::get<0>(GetParam());
-    const Fault fault = std::get<1>(GetParam()).fault;
+    const FaultKind& kind = std::get<1>(GetParam());
+    const Fault fault = kind.fault;
 
     FaultMatrix() {
         supplicant.onCall(interfacePath, interfaceInterface, "AddNetwork", reply("o", networkPath));
@@ -106,9 +115,8 @@ class FaultMatrix : public CommunicatorTest,
         const bool property = operation.kind == Kind::get;
         switch (fault) {
             case Fault::errorReply:
-                return errorReply("test.Error.Mishap", "it did not work");
             case Fault::objectVanished:
-                return errorReply("org.freedesktop.DBus.Error.UnknownObject", "no such object");
+                return errorReply(kind.error, kind.message);
             case Fault::noReply:
             case Fault::peerDied:
                 return noReply();
@@ -128,10 +136,7 @@ class FaultMatrix : public CommunicatorTest,
         return {};
     }
 
-    bool callFails() const {
-        return fault == Fault::errorReply || fault == Fault::objectVanished || fault == Fault::noReply ||
-               fault == Fault::replyAfterTheTimeOut || fault == Fault::peerDied;
-    }
+    bool callFails() const { return !kind.error.empty(); }
 
     bool answerIsBad() const {
         return operation.huge &&
@@ -193,45 +198,48 @@ class FaultMatrix : public CommunicatorTest,
                            [&](const std::string& call) { return call.find(noteOf(operation)) == 0; });
     }
 
-    // One record of the failed call or of the answer that cannot be read, and what the operation adds, in any order.
-    void expectLogOfFailure(std::vector<std::string> logged) {
-        std::vector<std::string> expected = operation.alsoLogged;
-        if (fault == Fault::peerDied) {
-            expected.insert(expected.end(), operation.alsoLoggedOnDeath.begin(),
-                            operation.alsoLoggedOnDeath.end());
-        }
-        expected.insert(expected.begin(),
-                        callFails() ? failedCall() : "Error while decoding dbus data. Details: ");
-        for (const std::string& start : expected) {
-            const auto match = std::find_if(logged.begin(), logged.end(),
-                                            [&](const std::string& text) { return text.find(start) == 0; });
-            EXPECT_NE(match, logged.end()) << "not logged: " << start;
-            if (match != logged.end()) {
-                logged.erase(match);
-            }
-        }
-        // An operation that goes on without the answer may say that it did.
-        std::erase_if(logged, [](const std::string& text) {
-            return text.find("Couldn't decode wpa_supplicant PropertiesChanged") == 0;
-        });
-        EXPECT_THAT(logged, IsEmpty());
-    }
-
-    std::string failedCall() const {
-        static const std::map<Peer, std::string> services{{Peer::systemd, "org.freedesktop.systemd1"},
-                                                          {Peer::supplicant, "fi.w1.wpa_supplicant1"},
-                                                          {Peer::networkd, "org.freedesktop.network1"}};
+    LogRecord recordOfTheCall() const {
         static const std::map<Kind, std::string> members{
             {Kind::get, "Get"}, {Kind::set, "Set"}, {Kind::getAll, "GetAll"}};
         const auto member = members.find(operation.kind);
-        return "Call of " + (member == members.end() ? operation.member : member->second) + " at " +
-               services.at(operation.peer) + " failed: ";
+        return failedCall(operation.peer, member == members.end() ? operation.member : member->second,
+                          operation.sensitive ? kind.error : kind.error + ": " + kind.message);
     }
 
-    std::vector<std::string> loggedProblems() const {
-        std::vector<std::string> problems = log.texts(spdlog::level::warn);
-        const auto errors = log.texts(spdlog::level::err);
-        problems.insert(problems.end(), errors.begin(), errors.end());
+    // What is wrong with the answer.
+    std::string details() const {
+        if (callFails()) {
+            return "Already failed";
+        }
+        const bool inVariant = operation.kind == Kind::get && fault != Fault::emptyReply;
+        return (inVariant ? "Unable to read from variant: " : "") +
+               (fault == Fault::wrongNesting ? operation.wrongNesting : "No such device or address");
+    }
+
+    std::vector<LogRecord> expectedLog() const {
+        if (fault == Fault::hugeReply) {
+            return operation.loggedWhenHuge;
+        }
+        if (!callFails() && !answerIsBad()) {
+            return {};
+        }
+        const auto& special = callFails() ? operation.alsoLoggedOnDeath : operation.alsoLoggedWhenUndecodable;
+        const bool isSpecial = !special.empty() && (fault == Fault::peerDied || answerIsBad());
+        std::vector<LogRecord> expected = isSpecial ? special : operation.alsoLogged;
+        expected.insert(expected.begin(),
+                        callFails() ? recordOfTheCall()
+                                    : warning("Error while decoding dbus data. Details: " + details()));
+        for (LogRecord& record : expected) {
+            if (const auto place = record.text.find("{}"); place != std::string::npos) {
+                record.text.replace(place, 2, details());
+            }
+        }
+        return expected;
+    }
+
+    std::vector<LogRecord> loggedProblems() const {
+        std::vector<LogRecord> problems = log.records();
+        std::erase_if(problems, [](const LogRecord& record) { return record.level < spdlog::level::warn; });
         return problems;
     }
 
@@ -244,11 +252,7 @@ TEST_P(FaultMatrix, EndsAsItShouldAndTheNextGoodAnswerMendsIt) {
     const std::string faulty = fault == Fault::peerDied ? outcomeOfDeath() : outcome();
     EXPECT_TRUE(faultHasFired()) << "never called: " << noteOf(operation);
     EXPECT_EQ(faulty, expectedOutcome());
-    if (callFails() || answerIsBad()) {
-        expectLogOfFailure(loggedProblems());
-    } else if (fault != Fault::hugeReply) {
-        EXPECT_THAT(loggedProblems(), IsEmpty());
-    }
+    EXPECT_EQ(loggedProblems(), expectedLog());
 
     setAnswer(operation.good);
     if (fault == Fault::peerDied) {

@@ -1,5 +1,6 @@
 #include "fault_operations.h"
 
+#include <map>
 #include <ostream>
 #include <utility>
 
@@ -12,6 +13,7 @@ using test::Append;
 using test::replyWith;
 
 constexpr int manyEntries = 20000;
+constexpr const char* noDictionary = "Invalid argument";
 const std::string longPath = "/n/" + std::string(60000, 'x');  // sd-bus knows none above 64 KiB
 
 // A dictionary with many entries that nobody asked for, and one that counts.
@@ -63,6 +65,13 @@ void detach(DbusCommunicator& communicator) {
     communicator.connectOrDisconnectFromSupplicantSync("inactive");
 }
 
+// The calls that come after the death of a peer do not wait for it.
+LogRecord callOfTheDeadSystemd(const std::string& member) {
+    return failedCall(
+        Peer::systemd, member,
+        "org.freedesktop.DBus.Error.NameHasNoOwner: Name \"org.freedesktop.systemd1\" does not exist");
+}
+
 // A call whose only answer is that it was done.
 FaultOperation command(std::string member, std::function<bool(DbusCommunicator&)> run) {
     FaultOperation made;
@@ -77,7 +86,7 @@ FaultOperation command(std::string member, std::function<bool(DbusCommunicator&)
     return made;
 }
 
-FaultOperation withLog(FaultOperation operation, std::vector<std::string> alsoLogged) {
+FaultOperation withLog(FaultOperation operation, std::vector<LogRecord> alsoLogged) {
     operation.alsoLogged = std::move(alsoLogged);
     return operation;
 }
@@ -105,9 +114,15 @@ FaultOperation loadUnit() {
     FaultOperation made = ofTheStart(ofSystemd(command("LoadUnit", {})));
     made.good = reply("o", unitPath);
     made.huge = reply("o", longPath);
-    made.hugeOutcome = "detached";                                           // there is no such unit
-    made.alsoLogged = {"Call of Get at org.freedesktop.systemd1 failed: "};  // of the path "/"
-    made.alsoLoggedOnDeath = {"Call of Subscribe at org.freedesktop.systemd1 failed: "};
+    made.hugeOutcome = "detached";  // there is no such unit
+    const LogRecord noSuchUnit =
+        failedCall(Peer::systemd, "Get", "org.freedesktop.DBus.Error.UnknownMethod: Not in the script");
+    made.alsoLogged = {noSuchUnit};  // of the path "/"
+    made.alsoLoggedOnDeath = {callOfTheDeadSystemd("Subscribe"), callOfTheDeadSystemd("Get")};
+    made.loggedWhenHuge = {
+        warning(
+            "Cannot subscribe to PropertiesChanged of org.freedesktop.systemd1: No buffer space available"),
+        noSuchUnit};
     return made;
 }
 
@@ -115,7 +130,7 @@ FaultOperation subscribe() {
     FaultOperation made = ofTheStart(ofSystemd(command("Subscribe", {})));
     made.failedOutcome = made.goodOutcome;
     made.deathOutcome = "detached";
-    made.alsoLoggedOnDeath = {"Call of Get at org.freedesktop.systemd1 failed: "};
+    made.alsoLoggedOnDeath = {callOfTheDeadSystemd("Get")};
     return made;
 }
 
@@ -149,7 +164,7 @@ FaultOperation interfaces() {
     made.huge = replyWith(inVariant("ao", manyTexts('o', interfacePath, "/i/")));
     made.goodOutcome = "attached, report: nothing, status changed: on";
     made.failedOutcome = "attached";
-    made.alsoLogged = {"wpa_supplicant has no configured interfaces, can't control wifi"};
+    made.alsoLogged = {error("wpa_supplicant has no configured interfaces, can't control wifi")};
     return made;
 }
 
@@ -161,6 +176,8 @@ FaultOperation interfaceProperties() {
     made.huge = replyWith(hugeDictionary("State", "s", values("s", "completed")));
     made.goodOutcome = "attached, report: status=Connected, status changed: on";
     made.failedOutcome = "attached, status changed: on";
+    made.wrongNesting = noDictionary;
+    made.alsoLoggedWhenUndecodable = {error("Couldn't decode wpa_supplicant PropertiesChanged ({})")};
     return made;
 }
 
@@ -175,6 +192,7 @@ FaultOperation networkdProperties() {
     made.huge = replyWith(hugeDictionary("OnlineState", "s", values("s", "online")));
     made.goodOutcome = "attached, report: nothing, networkd online: true, status changed: on";
     made.failedOutcome = "attached, report: nothing, status changed: on";
+    made.wrongNesting = noDictionary;
     return made;
 }
 
@@ -189,7 +207,7 @@ FaultOperation resetFailedUnit() {
     FaultOperation made = startUnit("ResetFailedUnit", true);
     made.failedOutcome = "yes";
     made.deathOutcome = "no";
-    made.alsoLoggedOnDeath = {"Call of StartUnit at org.freedesktop.systemd1 failed: "};
+    made.alsoLoggedOnDeath = {callOfTheDeadSystemd("StartUnit")};
     return made;
 }
 
@@ -199,6 +217,7 @@ FaultOperation addNetwork() {
     });
     made.good = reply("o", networkPath);
     made.huge = reply("o", longPath);
+    made.sensitive = true;
     return made;
 }
 
@@ -212,6 +231,7 @@ FaultOperation signalPoll() {
     };
     made.goodOutcome = "-50";
     made.failedOutcome = "unknown";
+    made.wrongNesting = noDictionary;
     return made;
 }
 
@@ -228,7 +248,7 @@ FaultOperation eapMethods() {
     made.goodOutcome = "2 methods";
     made.failedOutcome = "0 methods";
     made.hugeOutcome = std::to_string(manyEntries) + " methods";
-    made.alsoLogged = {"Unable to load eapMethods"};
+    made.alsoLogged = {warning("Unable to load eapMethods")};
     return made;
 }
 
@@ -259,7 +279,8 @@ FaultOperation networkProperties() {
     };
     made.goodOutcome = "Home";
     made.failedOutcome = "unknown";
-    made.alsoLogged = {"Couldn't get SSID for " + networkPath};
+    made.wrongNesting = noDictionary;
+    made.alsoLogged = {warning("Couldn't get SSID for " + networkPath + ". Error {}")};
     return made;
 }
 
@@ -277,6 +298,7 @@ FaultOperation bssProperties() {
     };
     made.goodOutcome = "-40";
     made.failedOutcome = "unknown";
+    made.wrongNesting = noDictionary;
     return made;
 }
 
@@ -309,7 +331,7 @@ std::vector<FaultOperation> faultOperations() {
                 [](auto& communicator) { return communicator.removeNetworkSync(networkPath); }),
         withLog(command("SaveConfig",
                         [](auto& communicator) { return communicator.saveNetworkConfigurationSync(); }),
-                {"Couldn't save wpa_supplicant config"}),
+                {error("Couldn't save wpa_supplicant config")}),
         command("Disconnect", [](auto& communicator) { return communicator.disconnectSync(); }),
         command("Reconnect", [](auto& communicator) { return communicator.reconnectSync(); }),
         command("Scan", [](auto& communicator) { return communicator.scanSync(); }),
@@ -324,6 +346,13 @@ std::vector<FaultOperation> faultOperations() {
         setOfNetwork("Properties",
                      [](auto& communicator) { return communicator.setNetworkPrioritySync(networkPath, 3); }),
     };
+}
+
+LogRecord failedCall(Peer peer, const std::string& member, const std::string& error) {
+    static const std::map<Peer, std::string> services{{Peer::systemd, "org.freedesktop.systemd1"},
+                                                      {Peer::supplicant, "fi.w1.wpa_supplicant1"},
+                                                      {Peer::networkd, "org.freedesktop.network1"}};
+    return warning("Call of " + member + " at " + services.at(peer) + " failed: " + error);
 }
 
 std::string noteOf(const FaultOperation& operation) {

@@ -37,13 +37,23 @@ struct FaultOperation {
     std::string hugeOutcome;   // as goodOutcome when empty
     std::string deathOutcome;  // as failedOutcome when empty: calls that follow fail too
 
-    // The log at warning level and above, besides the record of the failed call or of the undecodable answer. Each is
-    // the beginning of a record.
-    std::vector<std::string> alsoLogged;
-    std::vector<std::string> alsoLoggedOnDeath;
+    // The call carries what no log may show, so that its record has no more than the error's name.
+    bool sensitive = false;
+    // What sd-bus says of an answer with other containers.
+    std::string wrongNesting = "No such device or address";
+
+    // The log at warning level and above, after the record of the failed call or of the undecodable answer. {} stands
+    // for what is wrong with the answer.
+    std::vector<LogRecord> alsoLogged;
+    std::vector<LogRecord> alsoLoggedWhenUndecodable;  // as alsoLogged when empty
+    std::vector<LogRecord> alsoLoggedOnDeath;          // as alsoLogged when empty
+    std::vector<LogRecord> loggedWhenHuge;
 };
 
 std::vector<FaultOperation> faultOperations();
+
+// The record of a call that failed.
+LogRecord failedCall(FaultOperation::Peer peer, const std::string& member, const std::string& error);
 
 // The call as the peer notes it, without its arguments where they do not tell it from others.
 std::string noteOf(const FaultOperation& operation);
