@@ -1,0 +1,134 @@
+// More requests than may wait, while the device takes its time to answer.
+#include "device_fixture.h"
+#include "resources.h"
+
+#include <algorithm>
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kaz::test {
+namespace {
+
+using std::chrono::milliseconds;
+using wifi::ConnectResult;
+using wifi::SecurityMode;
+using Status = wifi::ConnectionInfo::Status;
+
+class Flood : public DeviceFixture {
+  protected:
+    static constexpr std::size_t bound = 4096;
+    static constexpr std::size_t slowScans = 16;
+    // What may wait behind the scans. As each of these ends, there is room for one more.
+    static constexpr std::size_t room = bound - (slowScans - 1);
+    static constexpr const char* startOfRecord = "Connecting to configured network ssid=\"";
+
+    // Blocks the loop in a call, and in more of its kind should the test be slow too.
+    void blockTheLoop() {
+        sim::Fault slow;
+        slow.peer = "supplicant";
+        slow.member = "Scan";
+        slow.kind = sim::FaultKind::delay;
+        slow.delay = milliseconds(3000);
+        device().orderFault(slow);
+        manager().scan();
+        ASSERT_TRUE(device().waitForCalls(
+            [](const auto& calls) {
+                return std::any_of(calls.begin(), calls.end(),
+                                   [](const sim::Call& call) { return call.member == "Scan"; });
+            },
+            WifiUser::generousLimit));
+        for (std::size_t i = 1; i < slowScans; ++i) {
+            manager().scan();
+        }
+    }
+
+    // The names of the networks that are not known, which tell these requests from each other in the log.
+    std::vector<std::string> request(std::size_t count) {
+        std::vector<std::string> named;
+        for (std::size_t i = 0; i < count; ++i) {
+            if (i % 64 == 0) {
+                manager().setEnabled(true);
+            } else if (i % 16 == 1) {
+                EXPECT_EQ(connectHome(), ConnectResult::ok);
+            } else if (i % 16 == 2) {
+                manager().scan();
+            } else {
+                named.push_back("Unknown " + std::to_string(i));
+                manager().connectConfigured(named.back());
+            }
+        }
+        return named;
+    }
+
+    ConnectResult connectHome() {
+        return manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword));
+    }
+
+    static std::string recordOf(const std::string& name) { return startOfRecord + name + '"'; }
+
+    // The records of the named requests that were dealt with.
+    std::vector<std::string> dealtWith() const {
+        std::vector<std::string> records = log().texts(spdlog::level::debug);
+        std::erase_if(records, [](const std::string& text) { return text.find(startOfRecord) != 0; });
+        return records;
+    }
+
+    bool waitUntilDealtWith(const std::string& name) const {
+        return log().waitFor(
+            [record = recordOf(name), seen = std::size_t{0}](const auto& records) mutable {
+                while (seen < records.size() && records[seen].text != record) {
+                    ++seen;
+                }
+                return seen < records.size();
+            },
+            WifiUser::generousLimit);
+    }
+
+    std::ptrdiff_t warnings() const {
+        const auto texts = log().texts(spdlog::level::warn);
+        return std::count(texts.begin(), texts.end(),
+                          "4096 tasks are waiting, dropping what is added until some have run");
+    }
+};
+
+TEST_F(Flood, OfRequestsIsDroppedWithOneWarningFromTheBoundOnAndTheNextRequestsWork) {
+    start();
+    blockTheLoop();
+    const std::vector<std::string> accepted = request(room);
+    EXPECT_EQ(warnings(), 0);
+    request(room);
+    manager().setEnabled(false);
+    EXPECT_EQ(warnings(), 1);
+
+    // What is dropped takes no memory.
+    const std::optional<std::size_t> bytes = allocatedBytes();
+    for (int i = 0; i < 50'000; ++i) {
+        EXPECT_EQ(connectHome(), ConnectResult::ok);
+    }
+    if (bytes) {
+        EXPECT_LE(allocatedBytes(), *bytes + 100'000);
+    }
+
+    device().clearFaults();
+    ASSERT_TRUE(waitUntilDealtWith(accepted.back()));
+    EXPECT_EQ(warnings(), 1);
+    manager().setEnabled(false);
+    ASSERT_TRUE(user().waitForStack(false));
+    manager().setEnabled(true);
+    ASSERT_TRUE(user().waitForStack(true));
+    ASSERT_EQ(manager().connect(settings("Cafe", SecurityMode::none)), ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Cafe"));
+
+    // Nothing was dealt with but the requests below the bound, in their order.
+    const std::vector<std::string> records = dealtWith();
+    ASSERT_GE(records.size(), accepted.size());
+    EXPECT_LT(records.size(), accepted.size() + slowScans);
+    for (std::size_t i = 0; i < accepted.size(); ++i) {
+        ASSERT_EQ(records[i], recordOf(accepted[i]));
+    }
+}
+
+}  // namespace
+}  // namespace kaz::test
