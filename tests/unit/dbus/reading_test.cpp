@@ -1,9 +1,12 @@
 // Basic values, optionals and variants.
 #include "codec_fixture.h"
+#include "records.h"
 
 #include <gmock/gmock.h>
 
 #include <climits>
+#include <string_view>
+#include <utility>
 
 namespace kaz::dbus {
 namespace {
@@ -11,6 +14,29 @@ namespace {
 using testing::Optional;
 
 class Reading : public CodecTest {};
+
+// With a wrong one the values are still read, but by way of looking at each first.
+TEST_F(Reading, KnowsTheSignatureOfEachType) {
+    const std::pair<std::string_view, std::string_view> signatures[] = {
+        {Wire<int>::signature.data(), "i"},
+        {Wire<short>::signature.data(), "n"},
+        {Wire<unsigned char>::signature.data(), "y"},
+        {Wire<bool>::signature.data(), "b"},
+        {Wire<std::string>::signature.data(), "s"},
+        {Wire<std::string_view>::signature.data(), "s"},
+        {Wire<OPath>::signature.data(), "o"},
+        {Wire<std::optional<short>>::signature.data(), "n"},
+        {Wire<std::vector<std::string>>::signature.data(), "as"},
+        {Wire<std::vector<OPath>>::signature.data(), "ao"},
+        {Wire<std::vector<unsigned char>>::signature.data(), "ay"},
+        {Wire<std::set<std::string>>::signature.data(), "as"},
+        {Wire<std::optional<std::vector<int>>>::signature.data(), "ai"},
+        {Wire<wifi::SignalPoll>::signature.data(), "a{sv}"},
+    };
+    for (const auto& [known, expected] : signatures) {
+        EXPECT_EQ(known, expected);
+    }
+}
 
 TEST_F(Reading, ReadsEveryInt32) {
     for (const int value : {0, 1, -1, INT_MAX, INT_MIN}) {
