@@ -8,7 +8,7 @@
 #include <iterator>
 
 // Is there where a sanitizer has put its allocator in the place of the C library's.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the sanitizers'
+// NOLINTNEXTLINE(*-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming): the sanitizers'
 extern "C" [[gnu::weak]] std::size_t __sanitizer_get_current_allocated_bytes();
 
 namespace kaz::test {
