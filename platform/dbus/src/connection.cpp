@@ -67,8 +67,10 @@ void Connection::lose() noexcept {
 
 void Connection::retryLater() noexcept {
     sd_event_source* source = nullptr;
-    const int result = sd_event_add_time_relative(event_, &source, CLOCK_MONOTONIC, toMicroseconds(pause_),
-                                                  retryAccuracy, &Connection::onRetry, this);
+    // Not relative: that would count from the beginning of the turn, before an attempt that may have taken seconds.
+    const uint64_t due = toMicroseconds((Clock::now() + pause_).time_since_epoch());
+    const int result =
+        sd_event_add_time(event_, &source, CLOCK_MONOTONIC, due, retryAccuracy, &Connection::onRetry, this);
     retry_.reset(source);
     if (result < 0) {
         log(spdlog::level::err, "Cannot wait for the system bus: {}", DbusError(result).error());

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "loop_fixture.h"
@@ -192,6 +193,20 @@ TEST_F(EventLoopReconnecting, PausesForFiveSecondsAtMostAndUsesNoProcessorTimeMe
     }
     EXPECT_LT(timeOf(clock) - usedBefore, sum / 100);
     EXPECT_EQ(log.texts(spdlog::level::err).size(), 1U);
+}
+
+// sd-event's own idea of now is the beginning of the turn, which is before the attempt.
+TEST_F(EventLoopReconnecting, PausesAfterAnAttemptHoweverLongThatTook) {
+    MuteBroker broker;
+    const Running running = start();
+    ASSERT_TRUE(broker.hears());
+    for (const milliseconds pause : {milliseconds(100), milliseconds(200), milliseconds(400)}) {
+        std::this_thread::sleep_for(milliseconds(500));  // longer than the pause that follows
+        const auto thrownOut = std::chrono::steady_clock::now();
+        broker.hangUp();
+        ASSERT_TRUE(broker.hears());
+        EXPECT_GE(std::chrono::steady_clock::now() - thrownOut, pause);
+    }
 }
 
 TEST_F(EventLoopReconnecting, SurvivesATaskThatThrows) {
