@@ -32,7 +32,6 @@ struct fmt::formatter<kaz::wifi::Counted> : fmt::formatter<fmt::string_view> {
 namespace kaz::wifi {
 namespace {
 
-using test::LogRecord;
 using test::RecordingLog;
 namespace level = spdlog::level;
 
