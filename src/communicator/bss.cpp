@@ -11,7 +11,7 @@ namespace kaz::wifi {
 
 bool DbusCommunicator::scanSync() {
     // Quieter than the other refusals: user interfaces scan all the time.
-    if (!mayUseSupplicant("scan", RefusalLevel::debug)) {
+    if (!mayUseSupplicant("scan", log::Level::debug)) {
         return false;
     }
     const dbus::Variant::Map arguments{{"Type", "passive"}};

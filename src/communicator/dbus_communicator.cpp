@@ -47,12 +47,11 @@ void DbusCommunicator::setIdleTask(std::function<std::optional<std::chrono::mill
     eventLoop_.setIdleTaskSync(std::move(task));
 }
 
-bool DbusCommunicator::mayUseSupplicant(const char* what, RefusalLevel level) {
+bool DbusCommunicator::mayUseSupplicant(const char* what, log::Level level) {
     if (supplicantOn_) {
         return true;
     }
-    log::write(level == RefusalLevel::debug ? log::Level::debug : log::Level::warn,
-               "Can't {}, wpa_supplicant isn't running.", fmt::make_format_args(what));
+    log::write(level, "Can't {}, wpa_supplicant isn't running.", fmt::make_format_args(what));
     return false;
 }
 

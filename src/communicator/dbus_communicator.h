@@ -1,6 +1,7 @@
 #pragma once
 
 #include "communicator.h"
+#include "log.h"
 #include "records.h"
 #include "remote_object.h"
 
@@ -91,10 +92,8 @@ class DbusCommunicator final : public Communicator {
     void emitNetworkdLinkProperties(const dbus::NetworkdLinkProperties& properties);
 
   private:
-    enum class RefusalLevel { debug, warning };
-
     // Whether the supplicant is attached. Logs that it is not: "Can't <what>, wpa_supplicant isn't running."
-    bool mayUseSupplicant(const char* what, RefusalLevel level = RefusalLevel::warning);
+    bool mayUseSupplicant(const char* what, log::Level level = log::Level::warn);
 
     dbus::RemoteObject remoteObject(const char* destination, const dbus::OPath& path, const char* interface);
     dbus::RemoteObject supplicantRoot();

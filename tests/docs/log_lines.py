@@ -11,7 +11,7 @@ import sys
 from documents import ROOT, Document, Problems, files
 
 LEVELS = {"err": "error", "error": "error", "warn": "warning", "info": "info", "debug": "debug"}
-RECORD = re.compile(r'\b(err|error|warn|info|debug|log\(\w+)\s*[(,]\s*((?:"(?:[^"\\]|\\.)*"\s*)+)')
+RECORD = re.compile(r'\b(err|error|warn|info|debug|(?:log|write)\(\w+)\s*[(,]\s*((?:"(?:[^"\\]|\\.)*"\s*)+)')
 QUOTED = re.compile(r'\b(error|warning|info|debug) ((?:(?:"[^"]*"|`[^`]*`)(?: or )?)+)')
 # What only a bug of the library's own, or of a program around it, can bring about.
 NOBODYS_TROUBLE = (
