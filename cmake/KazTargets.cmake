@@ -3,9 +3,11 @@
 add_library(kaz_build_rules INTERFACE)
 target_compile_features(kaz_build_rules INTERFACE cxx_std_20)
 target_compile_options(kaz_build_rules INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
   -Woverloaded-virtual -Wcast-align -Wformat=2 -Wimplicit-fallthrough -Wswitch-enum
   $<$<BOOL:${KAZ_WERROR}>:-Werror>)
+# Sources that are compiled together cast shadows on each other that are none.
+target_compile_options(kaz_build_rules INTERFACE $<$<NOT:$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wshadow>)
 # With a sanitizer on, GCC loses track of what the standard library initialises, and of how long its texts are.
 if(KAZ_SANITIZED AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(kaz_build_rules INTERFACE

@@ -25,6 +25,9 @@ class BusError : public std::runtime_error {
 // append the value; setters are void(sd_bus_message* in).
 namespace vtable {
 
+// A property whose changes are signalled.
+inline constexpr auto emits = SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE;
+
 template <typename Function>
 int guarded(sd_bus_error* error, Function&& function) noexcept {
     try {

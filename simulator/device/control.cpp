@@ -11,8 +11,8 @@
 namespace kaz::sim {
 namespace {
 
-constexpr const char* busName = "com.kazwifi.Simulator1";
-constexpr const char* path = "/com/kazwifi/Simulator1";
+constexpr const char* controlName = "com.kazwifi.Simulator1";
+constexpr const char* controlPath = "/com/kazwifi/Simulator1";
 
 template <typename T>
 T read(sd_bus_message* call, char type) {
@@ -56,8 +56,10 @@ const sd_bus_vtable Control::vtable_[] = {
 };
 
 Control::Control(const Environment& environment, Device& device)
-    : device_(device), connection_(environment, ""), slot_(connection_.serve(path, busName, vtable_, this)) {
-    connection_.own(busName);
+    : device_(device),
+      connection_(environment, ""),
+      slot_(connection_.serve(controlPath, controlName, vtable_, this)) {
+    connection_.own(controlName);
 }
 
 void Control::addAccessPoint(sd_bus_message* call) {

@@ -7,18 +7,17 @@
 namespace kaz::sim {
 namespace {
 
-constexpr const char* busName = "org.freedesktop.network1";
-constexpr const char* path = "/org/freedesktop/network1";
-constexpr const char* interface = "org.freedesktop.network1.Manager";
-constexpr auto emits = SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE;
+constexpr const char* networkdName = "org.freedesktop.network1";
+constexpr const char* networkdPath = "/org/freedesktop/network1";
+constexpr const char* networkdInterface = "org.freedesktop.network1.Manager";
 
 }  // namespace
 
 const sd_bus_vtable Networkd::vtable_[] = {
     SD_BUS_VTABLE_START(0),
-    SD_BUS_PROPERTY("OperationalState", "s", vtable::get<&Networkd::operationalState>, 0, emits),
-    SD_BUS_PROPERTY("CarrierState", "s", vtable::get<&Networkd::carrierState>, 0, emits),
-    SD_BUS_PROPERTY("OnlineState", "s", vtable::get<&Networkd::appendOnlineState>, 0, emits),
+    SD_BUS_PROPERTY("OperationalState", "s", vtable::get<&Networkd::operationalState>, 0, vtable::emits),
+    SD_BUS_PROPERTY("CarrierState", "s", vtable::get<&Networkd::carrierState>, 0, vtable::emits),
+    SD_BUS_PROPERTY("OnlineState", "s", vtable::get<&Networkd::appendOnlineState>, 0, vtable::emits),
     SD_BUS_VTABLE_END,
 };
 
@@ -26,9 +25,10 @@ Networkd::Networkd(const Environment& environment, const Times& times)
     : environment_(environment),
       times_(times),
       connection_(environment, "networkd"),
-      signals_(environment.scheduler, {connection_.bus(), path, interface, vtable_, this}, false),
-      slot_(connection_.serve(path, interface, vtable_, this)) {
-    connection_.own(busName);
+      signals_(environment.scheduler, {connection_.bus(), networkdPath, networkdInterface, vtable_, this},
+               false),
+      slot_(connection_.serve(networkdPath, networkdInterface, vtable_, this)) {
+    connection_.own(networkdName);
 }
 
 void Networkd::linkIs(bool up) {

@@ -16,7 +16,7 @@
 namespace kaz::sim {
 namespace {
 
-constexpr const char* busName = "fi.w1.wpa_supplicant1";
+constexpr const char* supplicantName = "fi.w1.wpa_supplicant1";
 constexpr std::chrono::seconds patience{5};
 
 std::filesystem::path makeFolder() {
@@ -68,7 +68,7 @@ RealService::RealService(const Environment& environment, std::filesystem::path c
     }
     ownerMatch_ = hear("org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged",
                        handler<&RealService::nameOwnerChanged>);
-    propertiesMatch_ = hear(busName, "org.freedesktop.DBus.Properties", "PropertiesChanged",
+    propertiesMatch_ = hear(supplicantName, "org.freedesktop.DBus.Properties", "PropertiesChanged",
                             handler<&RealService::propertiesChanged>);
 }
 
@@ -152,7 +152,7 @@ void RealService::nameOwnerChanged(sd_bus_message* signal) {
     const char* before = nullptr;
     const char* owner = nullptr;
     check(sd_bus_message_read(signal, "sss", &name, &before, &owner), "read");
-    if (std::string_view(name) != busName) {
+    if (std::string_view(name) != supplicantName) {
         return;
     }
     if (std::string_view(owner).empty()) {

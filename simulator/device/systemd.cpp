@@ -7,13 +7,12 @@
 namespace kaz::sim {
 namespace {
 
-constexpr const char* busName = "org.freedesktop.systemd1";
+constexpr const char* systemdName = "org.freedesktop.systemd1";
 constexpr const char* managerPath = "/org/freedesktop/systemd1";
 constexpr const char* managerInterface = "org.freedesktop.systemd1.Manager";
 constexpr const char* unitPath = "/org/freedesktop/systemd1/unit/wpa_5fsupplicant_2eservice";
 constexpr const char* unitInterface = "org.freedesktop.systemd1.Unit";
 constexpr const char* serviceInterface = "org.freedesktop.systemd1.Service";
-constexpr auto emits = SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE;
 
 void append(sd_bus_message* out, const char* text) {
     check(sd_bus_message_append_basic(out, 's', text), "append");
@@ -61,14 +60,14 @@ const sd_bus_vtable Systemd::unitVtable_[] = {
     SD_BUS_PROPERTY("Id", "s", vtable::get<&Systemd::id>, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Description", "s", vtable::get<&Systemd::description>, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("LoadState", "s", vtable::get<&Systemd::loadState>, 0, SD_BUS_VTABLE_PROPERTY_CONST),
-    SD_BUS_PROPERTY("ActiveState", "s", vtable::get<&Systemd::activeState>, 0, emits),
-    SD_BUS_PROPERTY("SubState", "s", vtable::get<&Systemd::subState>, 0, emits),
+    SD_BUS_PROPERTY("ActiveState", "s", vtable::get<&Systemd::activeState>, 0, vtable::emits),
+    SD_BUS_PROPERTY("SubState", "s", vtable::get<&Systemd::subState>, 0, vtable::emits),
     SD_BUS_VTABLE_END,
 };
 
 const sd_bus_vtable Systemd::serviceVtable_[] = {
     SD_BUS_VTABLE_START(0),
-    SD_BUS_PROPERTY("Result", "s", vtable::get<&Systemd::result>, 0, emits),
+    SD_BUS_PROPERTY("Result", "s", vtable::get<&Systemd::result>, 0, vtable::emits),
     SD_BUS_VTABLE_END,
 };
 
@@ -82,7 +81,7 @@ Systemd::Systemd(const Environment& environment, const Times& times, ServiceProc
       managerSlot_(connection_.serve(managerPath, managerInterface, managerVtable_, this)),
       unitSlot_(connection_.serve(unitPath, unitInterface, unitVtable_, this)),
       serviceSlot_(connection_.serve(unitPath, serviceInterface, serviceVtable_, this)) {
-    connection_.own(busName);
+    connection_.own(systemdName);
 }
 
 void Systemd::loadUnit(sd_bus_message* call) {

@@ -10,7 +10,7 @@
 namespace kaz::sim {
 namespace {
 
-constexpr const char* interface = "fi.w1.wpa_supplicant1.BSS";
+constexpr const char* bssInterface = "fi.w1.wpa_supplicant1.BSS";
 
 void appendBytes(sd_bus_message* out, std::string_view bytes) {
     check(sd_bus_message_append_array(out, 'y', bytes.data(), bytes.size()), "append bytes");
@@ -98,8 +98,8 @@ BssObject::BssObject(Connection& connection, const Scheduler& scheduler, std::st
     : scheduler_(scheduler),
       bss_(bss),
       path_(std::move(path)),
-      properties_(scheduler, {connection.bus(), path_, interface, vtable_, this}, true),
-      slot_(connection.serve(path_, interface, vtable_, this)) {}
+      properties_(scheduler, {connection.bus(), path_, bssInterface, vtable_, this}, true),
+      slot_(connection.serve(path_, bssInterface, vtable_, this)) {}
 
 void BssObject::ssid(sd_bus_message* out) const {
     appendBytes(out, bss_.ssid);

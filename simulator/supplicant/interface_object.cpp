@@ -7,8 +7,7 @@
 namespace kaz::sim {
 namespace {
 
-constexpr const char* interface = "fi.w1.wpa_supplicant1.Interface";
-constexpr auto emits = SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE;
+constexpr const char* interfaceInterface = "fi.w1.wpa_supplicant1.Interface";
 
 }  // namespace
 
@@ -43,26 +42,27 @@ const sd_bus_vtable InterfaceObject::vtable_[] = {
     SD_BUS_SIGNAL("NetworkSelected", "o", 0),
     SD_BUS_SIGNAL("PropertiesChanged", "a{sv}", 0),
     SD_BUS_SIGNAL("EAP", "ss", 0),
-    SD_BUS_PROPERTY("Capabilities", "a{sv}", vtable::get<&InterfaceObject::capabilities>, 0, emits),
-    SD_BUS_PROPERTY("State", "s", vtable::get<&InterfaceObject::state>, 0, emits),
-    SD_BUS_PROPERTY("Scanning", "b", vtable::get<&InterfaceObject::scanning>, 0, emits),
-    SD_BUS_PROPERTY("ApScan", "u", vtable::get<&InterfaceObject::apScan>, 0, emits),
-    SD_BUS_PROPERTY("BSSExpireAge", "u", vtable::get<&InterfaceObject::bssExpireAge>, 0, emits),
-    SD_BUS_PROPERTY("BSSExpireCount", "u", vtable::get<&InterfaceObject::bssExpireCount>, 0, emits),
-    SD_BUS_PROPERTY("Country", "s", vtable::get<&InterfaceObject::country>, 0, emits),
-    SD_BUS_PROPERTY("Ifname", "s", vtable::get<&InterfaceObject::ifname>, 0, emits),
-    SD_BUS_PROPERTY("Driver", "s", vtable::get<&InterfaceObject::driver>, 0, emits),
-    SD_BUS_PROPERTY("ConfigFile", "s", vtable::get<&InterfaceObject::configFile>, 0, emits),
-    SD_BUS_PROPERTY("CurrentBSS", "o", vtable::get<&InterfaceObject::currentBss>, 0, emits),
-    SD_BUS_PROPERTY("CurrentNetwork", "o", vtable::get<&InterfaceObject::currentNetwork>, 0, emits),
-    SD_BUS_PROPERTY("CurrentAuthMode", "s", vtable::get<&InterfaceObject::currentAuthMode>, 0, emits),
-    SD_BUS_PROPERTY("BSSs", "ao", vtable::get<&InterfaceObject::bsss>, 0, emits),
-    SD_BUS_PROPERTY("Networks", "ao", vtable::get<&InterfaceObject::networkPaths>, 0, emits),
-    SD_BUS_PROPERTY("ScanInterval", "i", vtable::get<&InterfaceObject::scanInterval>, 0, emits),
-    SD_BUS_PROPERTY("DisconnectReason", "i", vtable::get<&InterfaceObject::disconnectReason>, 0, emits),
-    SD_BUS_PROPERTY("AuthStatusCode", "i", vtable::get<&InterfaceObject::authStatusCode>, 0, emits),
+    SD_BUS_PROPERTY("Capabilities", "a{sv}", vtable::get<&InterfaceObject::capabilities>, 0, vtable::emits),
+    SD_BUS_PROPERTY("State", "s", vtable::get<&InterfaceObject::state>, 0, vtable::emits),
+    SD_BUS_PROPERTY("Scanning", "b", vtable::get<&InterfaceObject::scanning>, 0, vtable::emits),
+    SD_BUS_PROPERTY("ApScan", "u", vtable::get<&InterfaceObject::apScan>, 0, vtable::emits),
+    SD_BUS_PROPERTY("BSSExpireAge", "u", vtable::get<&InterfaceObject::bssExpireAge>, 0, vtable::emits),
+    SD_BUS_PROPERTY("BSSExpireCount", "u", vtable::get<&InterfaceObject::bssExpireCount>, 0, vtable::emits),
+    SD_BUS_PROPERTY("Country", "s", vtable::get<&InterfaceObject::country>, 0, vtable::emits),
+    SD_BUS_PROPERTY("Ifname", "s", vtable::get<&InterfaceObject::ifname>, 0, vtable::emits),
+    SD_BUS_PROPERTY("Driver", "s", vtable::get<&InterfaceObject::driver>, 0, vtable::emits),
+    SD_BUS_PROPERTY("ConfigFile", "s", vtable::get<&InterfaceObject::configFile>, 0, vtable::emits),
+    SD_BUS_PROPERTY("CurrentBSS", "o", vtable::get<&InterfaceObject::currentBss>, 0, vtable::emits),
+    SD_BUS_PROPERTY("CurrentNetwork", "o", vtable::get<&InterfaceObject::currentNetwork>, 0, vtable::emits),
+    SD_BUS_PROPERTY("CurrentAuthMode", "s", vtable::get<&InterfaceObject::currentAuthMode>, 0, vtable::emits),
+    SD_BUS_PROPERTY("BSSs", "ao", vtable::get<&InterfaceObject::bsss>, 0, vtable::emits),
+    SD_BUS_PROPERTY("Networks", "ao", vtable::get<&InterfaceObject::networkPaths>, 0, vtable::emits),
+    SD_BUS_PROPERTY("ScanInterval", "i", vtable::get<&InterfaceObject::scanInterval>, 0, vtable::emits),
+    SD_BUS_PROPERTY("DisconnectReason", "i", vtable::get<&InterfaceObject::disconnectReason>, 0,
+                    vtable::emits),
+    SD_BUS_PROPERTY("AuthStatusCode", "i", vtable::get<&InterfaceObject::authStatusCode>, 0, vtable::emits),
     SD_BUS_WRITABLE_PROPERTY("UpdateConfig", "s", vtable::get<&InterfaceObject::updateConfig>,
-                             vtable::set<&InterfaceObject::setUpdateConfig>, 0, emits),
+                             vtable::set<&InterfaceObject::setUpdateConfig>, 0, vtable::emits),
     SD_BUS_VTABLE_END,
 };
 
@@ -74,9 +74,9 @@ InterfaceObject::InterfaceObject(Connection& connection, const Scheduler& schedu
       neighbourhood_(neighbourhood),
       storage_(storage),
       stateChanged_(std::move(stateChanged)),
-      properties_(scheduler, {connection.bus(), path, interface, vtable_, this}, true),
+      properties_(scheduler, {connection.bus(), path, interfaceInterface, vtable_, this}, true),
       station_(scheduler, neighbourhood, networks_, stationEvents()),
-      slot_(connection.serve(path, interface, vtable_, this)) {
+      slot_(connection.serve(path, interfaceInterface, vtable_, this)) {
     for (const NetworkConfig& config : storage.config.networks) {
         publish(config);
     }
@@ -158,12 +158,12 @@ void InterfaceObject::changed(const char* property) {
 
 template <typename... Arguments>
 void InterfaceObject::emit(const char* member, const char* types, Arguments... arguments) {
-    sd_bus_emit_signal(connection_.bus(), path, interface, member, types, arguments...);
+    sd_bus_emit_signal(connection_.bus(), path, interfaceInterface, member, types, arguments...);
 }
 
 void InterfaceObject::emitAdded(const char* member, const PropertySource& object) {
     sd_bus_message* raw = nullptr;
-    check(sd_bus_message_new_signal(connection_.bus(), &raw, path, interface, member), "new signal");
+    check(sd_bus_message_new_signal(connection_.bus(), &raw, path, interfaceInterface, member), "new signal");
     const Message signal(raw);
     check(sd_bus_message_append(raw, "o", object.path.c_str()), "append path");
     appendProperties(raw, object, {});

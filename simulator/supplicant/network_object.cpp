@@ -8,7 +8,7 @@
 namespace kaz::sim {
 namespace {
 
-constexpr const char* interface = "fi.w1.wpa_supplicant1.Network";
+constexpr const char* networkInterface = "fi.w1.wpa_supplicant1.Network";
 
 }  // namespace
 
@@ -33,8 +33,8 @@ NetworkObject::NetworkObject(Connection& connection, const Scheduler& scheduler,
       eapMethods_(eapMethods),
       setEnabled_(std::move(setEnabled)),
       path_(std::move(path)),
-      properties_(scheduler, {connection.bus(), path_, interface, vtable_, this}, true),
-      slot_(connection.serve(path_, interface, vtable_, this)) {}
+      properties_(scheduler, {connection.bus(), path_, networkInterface, vtable_, this}, true),
+      slot_(connection.serve(path_, networkInterface, vtable_, this)) {}
 
 void NetworkObject::shown(sd_bus_message* out) const {
     check(sd_bus_message_open_container(out, 'a', "{sv}"), "open dictionary");

@@ -11,13 +11,13 @@
 namespace kaz::vm {
 namespace {
 
-struct Case {
+struct KindOfNetwork {
     std::string name;
     wifi::ConnectionSettings settings;
     std::string addresses;  // what the network's DHCP server hands out begins with this
 };
 
-void PrintTo(const Case& value, std::ostream* out) {
+void PrintTo(const KindOfNetwork& value, std::ostream* out) {
     *out << value.name;
 }
 
@@ -27,7 +27,7 @@ bool isListed(wifi::Manager& manager, const std::string& ssid) {
                        [&](const wifi::WifiNetwork& one) { return one.ssid == ssid; });
 }
 
-class Connecting : public DeviceTest, public ::testing::WithParamInterface<Case> {};
+class Connecting : public DeviceTest, public ::testing::WithParamInterface<KindOfNetwork> {};
 
 TEST_P(Connecting, GoesThroughItsStagesToAnAddressLeavesTheListAndIsSaved) {
     const auto& [name, settings, addresses] = GetParam();
@@ -58,16 +58,19 @@ TEST_P(Connecting, GoesThroughItsStagesToAnAddressLeavesTheListAndIsSaved) {
     EXPECT_FALSE(log().contains("No response from wpa_supplicant"));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Networks, Connecting,
-    ::testing::Values(Case{"Open", openNetwork, "10.77.1."}, Case{"WEP", wepNetwork, "10.77.2."},
-                      Case{"WPA", wpaNetwork, "10.77.3."}, Case{"WPA2", wpa2Network, "10.77.4."},
-                      Case{"WPA2AndWPA3", mixedNetwork, "10.77.5."}, Case{"SAE", saeNetwork, "10.77.6."},
-                      Case{"PEAPWithMSCHAPV2", peapNetwork, "10.77.7."},
-                      Case{"TTLSWithPAP", ttlsNetwork, "10.77.7."},
-                      Case{"Hidden", hiddenNetwork(), "10.77.8."},
-                      Case{"SSIDWithQuotesAndBackslashes", quotedNetwork, "10.77.11."}),
-    [](const auto& instance) { return instance.param.name; });
+INSTANTIATE_TEST_SUITE_P(Networks, Connecting,
+                         ::testing::Values(KindOfNetwork{"Open", openNetwork, "10.77.1."},
+                                           KindOfNetwork{"WEP", wepNetwork, "10.77.2."},
+                                           KindOfNetwork{"WPA", wpaNetwork, "10.77.3."},
+                                           KindOfNetwork{"WPA2", wpa2Network, "10.77.4."},
+                                           KindOfNetwork{"WPA2AndWPA3", mixedNetwork, "10.77.5."},
+                                           KindOfNetwork{"SAE", saeNetwork, "10.77.6."},
+                                           KindOfNetwork{"PEAPWithMSCHAPV2", peapNetwork, "10.77.7."},
+                                           KindOfNetwork{"TTLSWithPAP", ttlsNetwork, "10.77.7."},
+                                           KindOfNetwork{"Hidden", hiddenNetwork(), "10.77.8."},
+                                           KindOfNetwork{"SSIDWithQuotesAndBackslashes", quotedNetwork,
+                                                         "10.77.11."}),
+                         [](const auto& instance) { return instance.param.name; });
 
 using ConnectingTwice = DeviceTest;
 

@@ -10,12 +10,12 @@
 namespace kaz::vm {
 namespace {
 
-struct Case {
+struct Refusal {
     std::string name;
     wifi::ConnectionSettings settings;
 };
 
-void PrintTo(const Case& value, std::ostream* out) {
+void PrintTo(const Refusal& value, std::ostream* out) {
     *out << value.name;
 }
 
@@ -24,7 +24,7 @@ wifi::ConnectionSettings with(wifi::ConnectionSettings settings, const std::stri
     return settings;
 }
 
-class Failing : public DeviceTest, public ::testing::WithParamInterface<Case> {
+class Failing : public DeviceTest, public ::testing::WithParamInterface<Refusal> {
   protected:
     // Saved and usable, but out of reach for now, so that nothing takes over from the attempt that fails.
     static void knowAnotherNetwork() { run("/opt/guest/device save '\"Kaz Saved\"' ''"); }
@@ -59,12 +59,12 @@ TEST_P(Failing, EndsDisconnectedByTheSystemWithTheOtherNetworksEnabledAndSaved) 
 }
 
 INSTANTIATE_TEST_SUITE_P(Attempts, Failing,
-                         ::testing::Values(Case{"WrongKey", with(wpa2Network, "wrong-secret")},
-                                           Case{"WrongSAEPassword", with(saeNetwork, "wrong-secret")},
-                                           Case{"WrongPEAPPassword", with(peapNetwork, "wrong-secret")},
-                                           Case{"WrongTTLSPassword", with(ttlsNetwork, "wrong-secret")},
-                                           Case{"RefusedByTheAccessPoint", refusingNetwork},
-                                           Case{"OutOfReach", absentNetwork}),
+                         ::testing::Values(Refusal{"WrongKey", with(wpa2Network, "wrong-secret")},
+                                           Refusal{"WrongSAEPassword", with(saeNetwork, "wrong-secret")},
+                                           Refusal{"WrongPEAPPassword", with(peapNetwork, "wrong-secret")},
+                                           Refusal{"WrongTTLSPassword", with(ttlsNetwork, "wrong-secret")},
+                                           Refusal{"RefusedByTheAccessPoint", refusingNetwork},
+                                           Refusal{"OutOfReach", absentNetwork}),
                          [](const auto& instance) { return instance.param.name; });
 
 using FailingAtOnce = DeviceTest;

@@ -58,24 +58,24 @@ TEST_F(Scanning, TellsWhenAScanBeginsAndEnds) {
     EXPECT_FALSE(manager().networks().empty());
 }
 
-struct Case {
+struct ListedNetwork {
     std::string name;
     std::string ssid;
     std::optional<WifiNetwork> expected;
 };
 
-void PrintTo(const Case& value, std::ostream* out) {
+void PrintTo(const ListedNetwork& value, std::ostream* out) {
     *out << value.name;
 }
 
-Case listed(const std::string& name, const std::string& ssid) {
+ListedNetwork listed(const std::string& name, const std::string& ssid) {
     const auto found = std::find_if(around.begin(), around.end(),
                                     [&](const WifiNetwork& network) { return network.ssid == ssid; });
     return {name, ssid, *found};
 }
 
 // One scan for all of them.
-class ScannedNetwork : public DeviceTest, public ::testing::WithParamInterface<Case> {
+class ScannedNetwork : public DeviceTest, public ::testing::WithParamInterface<ListedNetwork> {
   protected:
     void SetUp() override {
         if (list_.empty()) {
@@ -112,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(
                       listed("TwoAccessPointsAreOneNetworkAsStrongAsTheStronger", "Kaz Twin"),
                       listed("SSIDWithQuotesAndBackslashes", R"(Say "Kaz" \o/)"),
                       listed("SSIDThatIsNotUTF8", "Kaz \xc3(\xff"),
-                      Case{"HiddenIsNotListed", "Kaz Hidden", std::nullopt}),
+                      ListedNetwork{"HiddenIsNotListed", "Kaz Hidden", std::nullopt}),
     [](const auto& instance) { return instance.param.name; });
 
 }  // namespace

@@ -244,11 +244,9 @@ TEST_F(Attachment, LogsFirstPropertiesThatItCannotDecodeAndCarriesOn) {
     const std::string details =
         "Value decoding error: Unable to read from variant: No such device or address";
     EXPECT_THAT(takeLog(),
-                ElementsAre(debug("wpa_supplicant has 1 interfaces"),
-                            warning("Error while decoding dbus data. Details: " + details),
+                ElementsAre(debug("wpa_supplicant has 1 interfaces"), warning(decodingFailed + details),
                             error("Couldn't decode wpa_supplicant PropertiesChanged (" + details + ")"),
-                            warning("Error while decoding dbus data. Details: " + details),
-                            debug("wpa_supplicant is running")));
+                            warning(decodingFailed + details), debug("wpa_supplicant is running")));
 }
 
 TEST_F(Attachment, HearsNothingOfTheSupplicantAndNetworkdAfterItsEnd) {

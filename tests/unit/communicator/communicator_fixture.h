@@ -42,6 +42,9 @@ inline const std::string unitInterface = "org.freedesktop.systemd1.Unit";
 inline const std::string networkdInterface = "org.freedesktop.network1.Manager";
 inline const std::string propertiesInterface = "org.freedesktop.DBus.Properties";
 
+// What the record of an answer or a signal that cannot be decoded begins with.
+inline const std::string decodingFailed = "Error while decoding dbus data. Details: ";
+
 // How a peer notes the calls it receives.
 std::string callText(const std::string& path, const std::string& member, const std::string& arguments = "");
 std::string getText(const std::string& path, const std::string& interface, const std::string& property);

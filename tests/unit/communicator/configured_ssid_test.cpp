@@ -7,13 +7,13 @@
 namespace kaz::wifi {
 namespace {
 
-struct Case {
+struct ConfiguredText {
     std::string text;
     std::string ssid;
 };
 
 TEST(ConfiguredSsidText, BetweenDoubleQuotesIsTakenAsItIs) {
-    const std::vector<Case> cases{
+    const std::vector<ConfiguredText> cases{
         {R"("Home")", "Home"},
         {R"("")", ""},
         {R"(""")", R"(")"},
@@ -24,13 +24,13 @@ TEST(ConfiguredSsidText, BetweenDoubleQuotesIsTakenAsItIs) {
         {"\"Caf\xc3\xa9\"", "Caf\xc3\xa9"},
         {"\"a\n\"", "a\n"},
     };
-    for (const Case& test : cases) {
+    for (const ConfiguredText& test : cases) {
         EXPECT_EQ(decodeConfiguredSsid(test.text), test.ssid) << test.text;
     }
 }
 
 TEST(ConfiguredSsidText, OfHexadecimalDigitsGivesTheirBytes) {
-    const std::vector<Case> cases{
+    const std::vector<ConfiguredText> cases{
         {"486f6d65", "Home"},
         {"486F6D65", "Home"},
         {"486F6d65", "Home"},
@@ -42,7 +42,7 @@ TEST(ConfiguredSsidText, OfHexadecimalDigitsGivesTheirBytes) {
         {"AAaaFAaf", "\xaa\xaa\xfa\xaf"},
         {"22", "\""},
     };
-    for (const Case& test : cases) {
+    for (const ConfiguredText& test : cases) {
         EXPECT_EQ(decodeConfiguredSsid(test.text), test.ssid) << test.text;
     }
 }

@@ -65,12 +65,12 @@ TEST_F(Networkd, IsLoggedAndDroppedWhenItCannotBeDecoded) {
     emitChange("sa{sv}as", networkdInterface, 1, "OnlineState", "b", 1, 0);
     settleNetworkd();
     EXPECT_THAT(takeCalls(), ElementsAre("networkd online: false"));
-    const std::string failed = "Error while decoding dbus data. Details: ";
     const std::string reason = "No such device or address";
-    EXPECT_THAT(takeLog(),
-                ElementsAre(warning(failed + reason), warning(failed + reason),
-                            warning(failed + "Value decoding error: Unable to read from variant: " + reason),
-                            debug("OnlineState=end")));
+    EXPECT_THAT(
+        takeLog(),
+        ElementsAre(warning(decodingFailed + reason), warning(decodingFailed + reason),
+                    warning(decodingFailed + "Value decoding error: Unable to read from variant: " + reason),
+                    debug("OnlineState=end")));
 }
 
 TEST_F(Networkd, IsLoggedForAnotherInterfaceTooWhenItCannotBeDecoded) {

@@ -7,7 +7,7 @@ namespace kaz::wifi {
 namespace {
 
 const dbus::OPath network(networkPath);
-const Answer broken = errorReply("fi.w1.wpa_supplicant1.UnknownError", "x");
+const Answer refused = errorReply("fi.w1.wpa_supplicant1.UnknownError", "x");
 
 class Networks : public CommunicatorTest {
   protected:
@@ -41,7 +41,7 @@ TEST_F(Networks, AreSelectedByTheirPath) {
     EXPECT_TRUE(run(select));
     EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("SelectNetwork", "o\"" + networkPath + '"')));
     EXPECT_THAT(takeLog(), ElementsAre(debug("Selected network " + networkPath)));
-    onInterface("SelectNetwork", broken);
+    onInterface("SelectNetwork", refused);
     EXPECT_FALSE(run(select));
     EXPECT_FALSE(log.contains("Selected network"));
 }
@@ -52,7 +52,7 @@ TEST_F(Networks, AreRemovedByTheirPath) {
     EXPECT_TRUE(run(remove));
     EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("RemoveNetwork", "o\"" + networkPath + '"')));
     EXPECT_THAT(takeLog(), ElementsAre(debug("Removed network " + networkPath)));
-    onInterface("RemoveNetwork", broken);
+    onInterface("RemoveNetwork", refused);
     EXPECT_FALSE(run(remove));
     EXPECT_FALSE(log.contains("Removed network"));
 }
@@ -64,7 +64,7 @@ TEST_F(Networks, AreEnabledAndDisabledByAVariantOfTypeB) {
     EXPECT_TRUE(run([](auto& c) { return c.setNetworkEnabledSync(network, false); }));
     EXPECT_THAT(takeCalls(), ElementsAre(setText(networkPath, networkInterface, "Enabled", "<false>")));
     EXPECT_THAT(takeLog(), IsEmpty());
-    supplicant.onSet(networkPath, networkInterface, "Enabled", broken);
+    supplicant.onSet(networkPath, networkInterface, "Enabled", refused);
     EXPECT_FALSE(run([](auto& c) { return c.setNetworkEnabledSync(network, true); }));
 }
 
@@ -77,7 +77,7 @@ TEST_F(Networks, ArePrioritisedByADictionaryWithThatOneEntry) {
                                         "<{\"priority\": <i" + std::to_string(priority) + ">}>")));
     }
     EXPECT_THAT(takeLog(), IsEmpty());
-    supplicant.onSet(networkPath, networkInterface, "Properties", broken);
+    supplicant.onSet(networkPath, networkInterface, "Properties", refused);
     EXPECT_FALSE(run([](auto& c) { return c.setNetworkPrioritySync(network, 1); }));
 }
 
@@ -87,7 +87,7 @@ TEST_F(Networks, AreSavedAndEitherOutcomeIsLogged) {
     EXPECT_TRUE(run(save));
     EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("SaveConfig")));
     EXPECT_THAT(takeLog(), ElementsAre(debug("Saved new wpa_supplicant config")));
-    onInterface("SaveConfig", broken);
+    onInterface("SaveConfig", refused);
     EXPECT_FALSE(run(save));
     EXPECT_EQ(log.records().back(), error("Couldn't save wpa_supplicant config"));
     EXPECT_FALSE(log.contains("Saved"));
@@ -102,7 +102,7 @@ TEST_F(Networks, AreLeftAndJoinedAgainWithoutARecord) {
     EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("Reconnect")));
     EXPECT_THAT(takeLog(), IsEmpty());
     onInterface("Disconnect", errorReply("fi.w1.wpa_supplicant1.NotConnected", "x"));
-    onInterface("Reconnect", broken);
+    onInterface("Reconnect", refused);
     EXPECT_FALSE(run([](auto& c) { return c.disconnectSync(); }));
     EXPECT_FALSE(run([](auto& c) { return c.reconnectSync(); }));
 }
@@ -138,7 +138,7 @@ TEST_F(Networks, HaveNoSsidWhenThePropertiesCannotBeDecoded) {
         "Unable to read from variant: Value decoding error: Unable to read from variant: "
         "No such device or address";
     EXPECT_THAT(takeLog(),
-                ElementsAre(warning("Error while decoding dbus data. Details: " + reason),
+                ElementsAre(warning(decodingFailed + reason),
                             warning("Couldn't get SSID for " + networkPath + ". Error " + reason)));
 }
 
@@ -185,7 +185,7 @@ TEST_F(Networks, AreListedWithoutTheirSsidsOnceTheSupplicantDoesNotAnswerInTime)
 }
 
 TEST_F(Networks, AreAnEmptyListWhenTheSupplicantHasNoneOrDoesNotTell) {
-    for (const Answer& answer : {reply("v", "ao", 0), broken, reply("v", "as", 1, "/n/0"), reply("")}) {
+    for (const Answer& answer : {reply("v", "ao", 0), refused, reply("v", "as", 1, "/n/0"), reply("")}) {
         supplicant.onGet(interfacePath, interfaceInterface, "Networks", answer);
         forget();
         EXPECT_THAT(onLoop([&] { return communicator->getAllConfiguredNetworksSync(); }), IsEmpty());

@@ -6,7 +6,6 @@
 namespace kaz::wifi {
 namespace {
 
-const std::string decodingFailed = "Error while decoding dbus data. Details: ";
 const std::string noSuchType = "No such device or address";
 
 class PropertiesChanged : public CommunicatorTest {

@@ -14,18 +14,19 @@ struct Refusal {
     LogRecord record;
 };
 
-const dbus::OPath network(networkPath);
+const dbus::OPath networkObject(networkPath);
 
 const std::vector<Refusal> refusals{
     {"addNetworkSync", [](auto& c) { return c.addNetworkSync(openNetwork("Home")) == nullptr; },
      warning("Can't add network, wpa_supplicant isn't running.")},
-    {"selectNetworkSync", [](auto& c) { return !c.selectNetworkSync(network); },
+    {"selectNetworkSync", [](auto& c) { return !c.selectNetworkSync(networkObject); },
      warning("Can't select network, wpa_supplicant isn't running.")},
-    {"removeNetworkSync", [](auto& c) { return !c.removeNetworkSync(network); },
+    {"removeNetworkSync", [](auto& c) { return !c.removeNetworkSync(networkObject); },
      warning("Can't remove network, wpa_supplicant isn't running.")},
-    {"setNetworkEnabledSync", [](auto& c) { return !c.setNetworkEnabledSync(network, true); },
+    {"setNetworkEnabledSync", [](auto& c) { return !c.setNetworkEnabledSync(networkObject, true); },
      warning("Can't enable network, wpa_supplicant isn't running.")},
-    {"getConfiguredSsidForNetworkSync", [](auto& c) { return !c.getConfiguredSsidForNetworkSync(network); },
+    {"getConfiguredSsidForNetworkSync",
+     [](auto& c) { return !c.getConfiguredSsidForNetworkSync(networkObject); },
      warning("Can't get network ssid, wpa_supplicant isn't running.")},
     {"getAllConfiguredNetworksSync", [](auto& c) { return c.getAllConfiguredNetworksSync().empty(); },
      warning("Can't list configured networks, wpa_supplicant isn't running.")},
@@ -74,7 +75,7 @@ TEST_F(Refusals, BeginAgainAfterADetach) {
 
 TEST_F(Refusals, DoNotConcernSetNetworkPriorityWhichStillTriesTheCallAndReturnsFalse) {
     startDetached();
-    EXPECT_FALSE(onLoop([&] { return communicator->setNetworkPrioritySync(network, 2); }));
+    EXPECT_FALSE(onLoop([&] { return communicator->setNetworkPrioritySync(networkObject, 2); }));
     EXPECT_THAT(takeCalls(),
                 ElementsAre(setText(networkPath, networkInterface, "Properties", R"(<{"priority": <i2>}>)")));
     EXPECT_FALSE(log.contains("isn't running"));

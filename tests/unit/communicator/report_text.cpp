@@ -3,7 +3,7 @@
 namespace kaz::wifi {
 namespace {
 
-using Bss = Communicator::BssProperties;
+using Properties = Communicator::BssProperties;
 using Change = Communicator::PropertyChange;
 using Status = Communicator::SupplicantConnectionStatus;
 
@@ -65,7 +65,7 @@ std::string changeText(const char* name, Change change, const std::string& paylo
 
 }  // namespace
 
-std::string bssText(const Bss& bss) {
+std::string bssText(const Properties& bss) {
     return '"' + bss.ssid + "\" " + std::to_string(bss.signal) + " dBm " + nameOf(bss.securityMode);
 }
 
@@ -75,7 +75,7 @@ std::string reportText(const Communicator::SupplicantInterfaceProperties& report
         text += *report.scanning ? " scanning=true" : " scanning=false";
     }
     std::string list;
-    for (const Bss& bss : report.bssList) {
+    for (const Properties& bss : report.bssList) {
         list += (list.empty() ? "" : ", ") + bssText(bss);
     }
     text += changeText("bssList", report.bssListChange, list);
@@ -83,7 +83,7 @@ std::string reportText(const Communicator::SupplicantInterfaceProperties& report
     text += changeText("network", report.currentNetworkChange,
                        named ? '"' + report.currentNetworkSsid + '"' : std::string());
     text += changeText("bss", report.currentBssChange,
-                       report.currentBss == Bss{} ? std::string() : bssText(report.currentBss));
+                       report.currentBss == Properties{} ? std::string() : bssText(report.currentBss));
     if (report.status) {
         text += " status=" + nameOf(*report.status);
     }

@@ -4,8 +4,6 @@
 namespace kaz::wifi {
 namespace {
 
-const std::string decodingFailed = "Error while decoding dbus data. Details: ";
-
 class Service : public CommunicatorTest {
   protected:
     static std::string managerCall(const std::string& member, const std::string& arguments) {

@@ -89,22 +89,22 @@ TEST(ReasonCodes, HaveTheNamesOfTheStandard) {
     }
 }
 
-struct Reason {
+struct NamedCode {
     int code;
     std::string_view name;
 };
 
 TEST(ReasonCodes, AtTheEdgesOfTheTableAndItsGaps) {
     for (const auto& [code, name] : {
-             Reason{0, "<unknown>"},
-             Reason{-3, "<unknown>"},
-             Reason{3, "DEAUTH_LEAVING"},
-             Reason{15, "4WAY_HANDSHAKE_TIMEOUT"},
-             Reason{25, "<unknown>"},
-             Reason{40, "<unknown>"},
-             Reason{46, "<unknown>"},
-             Reason{66, "MESH_CHAN"},
-             Reason{67, "<unknown>"},
+             NamedCode{0, "<unknown>"},
+             NamedCode{-3, "<unknown>"},
+             NamedCode{3, "DEAUTH_LEAVING"},
+             NamedCode{15, "4WAY_HANDSHAKE_TIMEOUT"},
+             NamedCode{25, "<unknown>"},
+             NamedCode{40, "<unknown>"},
+             NamedCode{46, "<unknown>"},
+             NamedCode{66, "MESH_CHAN"},
+             NamedCode{67, "<unknown>"},
          }) {
         EXPECT_EQ(ieee80211_get_reason_code_string(code), name) << code;
     }

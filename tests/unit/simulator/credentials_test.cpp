@@ -5,11 +5,11 @@
 namespace kaz::sim::test {
 namespace {
 
-const std::vector<std::string> methods = {"PEAP", "TTLS"};
+const std::vector<std::string> peapAndTtls = {"PEAP", "TTLS"};
 
 NetworkConfig network(const Settings& settings) {
     NetworkConfig config;
-    EXPECT_TRUE(config.setAll(settings, methods));
+    EXPECT_TRUE(config.setAll(settings, peapAndTtls));
     return config;
 }
 

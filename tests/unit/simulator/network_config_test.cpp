@@ -12,13 +12,13 @@ using ::testing::Contains;
 using ::testing::Key;
 using ::testing::Not;
 
-const std::vector<std::string> methods = {"PEAP", "TTLS", "MSCHAPV2"};
+const std::vector<std::string> compiledMethods = {"PEAP", "TTLS", "MSCHAPV2"};
 
 using Entry = std::pair<std::string, Setting>;
 
 std::string shownAs(const std::string& name, const Setting& value) {
     NetworkConfig config;
-    return config.set(name, value, methods) ? std::string(config.text(name)) : "refused";
+    return config.set(name, value, compiledMethods) ? std::string(config.text(name)) : "refused";
 }
 
 TEST(NetworkConfig, TakesWhatTheSupplicantTakes) {
@@ -87,7 +87,7 @@ TEST(NetworkConfig, ShowsNoSecrets) {
                                {"password", "word"},
                                {"wep_key0", "abcde"},
                                {"private_key_passwd", "key"}},
-                              methods));
+                              compiledMethods));
     for (const auto& [name, value] : config.shown()) {
         EXPECT_THAT(
             name, Not(::testing::AnyOf("psk", "sae_password", "password", "wep_key0", "private_key_passwd")));
@@ -98,10 +98,10 @@ TEST(NetworkConfig, ShowsNoSecrets) {
 
 TEST(NetworkConfig, ChangesAllFieldsOrNone) {
     NetworkConfig config;
-    ASSERT_TRUE(config.setAll({{"ssid", "Home"}, {"psk", "password"}}, methods));
-    EXPECT_FALSE(config.setAll({{"priority", std::int64_t{5}}, {"bogus", "x"}}, methods));
+    ASSERT_TRUE(config.setAll({{"ssid", "Home"}, {"psk", "password"}}, compiledMethods));
+    EXPECT_FALSE(config.setAll({{"priority", std::int64_t{5}}, {"bogus", "x"}}, compiledMethods));
     EXPECT_EQ(config.number("priority"), 0);
-    EXPECT_TRUE(config.setAll({{"priority", std::int64_t{5}}}, methods));
+    EXPECT_TRUE(config.setAll({{"priority", std::int64_t{5}}}, compiledMethods));
     EXPECT_EQ(config.number("priority"), 5);
     EXPECT_EQ(config.ssid(), "Home");
 }
@@ -115,7 +115,7 @@ TEST(NetworkConfig, IsIncompleteWithoutTheKeyItAsksFor) {
     };
     for (const auto& [settings, complete] : cases) {
         NetworkConfig config;
-        ASSERT_TRUE(config.setAll(settings, methods));
+        ASSERT_TRUE(config.setAll(settings, compiledMethods));
         EXPECT_EQ(config.complete(), complete) << config.text("key_mgmt");
     }
 }
