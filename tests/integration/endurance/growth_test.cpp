@@ -2,6 +2,10 @@
 #include "device_fixture.h"
 #include "resources.h"
 
+#include <algorithm>
+#include <functional>
+#include <vector>
+
 namespace kaz::test {
 namespace {
 
@@ -18,19 +22,25 @@ class Growth : public DeviceFixture {
         forgetLog();
     }
 
-    // Remembers what is in use now, and compares.
-    void takeStock() {
-        forgetAll();
-        descriptors_ = openDescriptors();
-        bytes_ = allocatedBytes();
-    }
-    // A few messages may be under way at either time. A byte lost in each of a hundred thousand rounds, or one
-    // block in each of a thousand, would be more.
-    void expectNoGrowth() {
+    // Does `work` and compares what is in use then with what was before. A few messages may be under way at
+    // either time; a byte lost in each of a hundred thousand rounds, or one block in each of a thousand, would be
+    // more. A queue keeps the room of the longest that it ever was, and a process that had to wait for a processor
+    // finds a longer one. So what is more the first time need not be so each time; what is lost is.
+    void expectNoGrowth(const std::function<void()>& work) {
         constexpr std::size_t bytesUnderWay = 8192;
+        constexpr int times = 4;
+        std::vector<std::size_t> grown;
         forgetAll();
-        EXPECT_EQ(openDescriptors(), descriptors_);
-        EXPECT_LE(allocatedBytes(), bytes_ + bytesUnderWay);
+        while (grown.size() < times && (grown.empty() || grown.back() > bytesUnderWay)) {
+            const std::size_t descriptors = openDescriptors();
+            const std::size_t bytes = allocatedBytes();
+            work();
+            ASSERT_FALSE(HasFatalFailure());
+            forgetAll();
+            ASSERT_EQ(openDescriptors(), descriptors);
+            grown.push_back(allocatedBytes() - std::min(bytes, allocatedBytes()));
+        }
+        EXPECT_LE(grown.back(), bytesUnderWay) << "each time: " << testing::PrintToString(grown);
     }
 
     void attachAndDetach(int rounds) {
@@ -57,26 +67,18 @@ class Growth : public DeviceFixture {
             forgetAll();
         }
     }
-
-  private:
-    std::size_t descriptors_ = 0;
-    std::size_t bytes_ = 0;
 };
 
 TEST_F(Growth, IsNoneInAThousandRoundsOfAttachingAndDetaching) {
     start();
     attachAndDetach(500);
-    takeStock();
-    attachAndDetach(1000);
-    expectNoGrowth();
+    expectNoGrowth([&] { attachAndDetach(1000); });
 }
 
 TEST_F(Growth, IsNoneInAHundredThousandSignals) {
     start();
     storm(3);
-    takeStock();
-    storm(10);
-    expectNoGrowth();
+    expectNoGrowth([&] { storm(10); });
     ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
 }

@@ -85,7 +85,7 @@ TEST_F(Connecting, WithAWrongKeyEndsDisconnectedAndEnablesTheOthersAgain) {
     device().forgetCalls();
 
     ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, "wrong password")), ConnectResult::ok);
-    ASSERT_TRUE(user().waitForStatus(Status::connectingWifi, "Home"));
+    ASSERT_TRUE(user().waitToPass(Status::connectingWifi, "Home"));
     ASSERT_TRUE(user().waitUntil([&] {
         const auto history = user().history();
         return std::any_of(history.begin(), history.end(), [](const ConnectionInfo& info) {
@@ -105,7 +105,7 @@ TEST_F(Connecting, WithAWrongKeyEndsDisconnectedAndEnablesTheOthersAgain) {
 TEST_F(Connecting, AgainWithNewSettingsLeavesOneConfiguration) {
     start();
     ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, "wrong password")), ConnectResult::ok);
-    ASSERT_TRUE(user().waitForStatus(Status::connectingWifi, "Home"));
+    ASSERT_TRUE(user().waitToPass(Status::connectingWifi, "Home"));
     connectHome();
     ASSERT_TRUE(waitForSaved("priority=2"));
     const std::string saved = savedConfiguration();
@@ -138,7 +138,7 @@ TEST_F(Connecting, ToAConfiguredNetworkNeedsItsNameOnly) {
 TEST_F(Connecting, ToAnUnknownConfiguredNetworkIsGivenUpAfterTwoSeconds) {
     start();
     manager().connectConfigured("Nowhere");
-    ASSERT_TRUE(user().waitForStatus(Status::connectingWifi, "Nowhere"));
+    ASSERT_TRUE(user().waitToPass(Status::connectingWifi, "Nowhere"));
     ASSERT_TRUE(user().waitForStatus(Status::disconnected));
     EXPECT_EQ(manager().connectionInfo().disconnectSsid, "Nowhere");
     EXPECT_EQ(manager().connectionInfo().disconnectReason, Reason::causedBySystem);
@@ -200,7 +200,7 @@ TEST_F(Connecting, KeepsPasswordsOutOfTheLogWhenTheSupplicantRepeatsThem) {
     fault.errorText = std::string("bad psk ") + homePassword;
     const auto ordered = device().orderFault(fault);
     ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
-    ASSERT_TRUE(user().waitForStatus(Status::connectingWifi, "Home"));
+    ASSERT_TRUE(user().waitToPass(Status::connectingWifi, "Home"));
     ASSERT_TRUE(user().waitForStatus(Status::disconnected));
     EXPECT_EQ(device().timesFired(ordered), 1U);
     EXPECT_FALSE(log().contains(homePassword));

@@ -47,6 +47,15 @@ bool WifiUser::waitForStatus(wifi::ConnectionInfo::Status status, const std::str
     });
 }
 
+bool WifiUser::waitToPass(wifi::ConnectionInfo::Status status, const std::string& ssid) {
+    return waitUntil([&] {
+        const auto past = history();
+        return std::any_of(past.begin(), past.end(), [&](const wifi::ConnectionInfo& info) {
+            return info.status == status && info.ssid == ssid;
+        });
+    });
+}
+
 bool WifiUser::waitForNetwork(const std::string& ssid) {
     return waitUntil([&] { return network(ssid).has_value(); });
 }

@@ -36,6 +36,8 @@ class WifiUser {
 
     bool waitForStack(bool up);
     bool waitForStatus(wifi::ConnectionInfo::Status status, const std::string& ssid = {});
+    // Waits until that was published, be it for a moment only, since the start or forgetHistory().
+    bool waitToPass(wifi::ConnectionInfo::Status status, const std::string& ssid);
     bool waitForNetwork(const std::string& ssid);
 
     // The entry of the published list.

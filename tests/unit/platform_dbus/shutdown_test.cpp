@@ -17,6 +17,9 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 
+// A call is given up after 10 s; whatever was cut short ends before, on a busy machine too.
+constexpr seconds lessThanACall{8};
+
 // What the end of a loop does about peers that never answer.
 class EventLoopShutdown : public LoopTest {
   protected:
@@ -88,7 +91,7 @@ TEST_F(EventLoopShutdown, GivesTheCallInFlightASecondAndRunsTheLastIdlePass) {
     ASSERT_TRUE(peer.waitForCall("Ignore()"));
     const auto elapsed = destroy();
     EXPECT_GE(elapsed, milliseconds(900));
-    EXPECT_LT(elapsed, seconds(3));
+    EXPECT_LT(elapsed, lessThanACall);
     EXPECT_EQ(hungCalls.value(), 1U);
     EXPECT_EQ(idlePasses.value(), passesAtTheEndOfTheCall + 1);
     EXPECT_EQ(never.value(), 0U);
@@ -103,9 +106,11 @@ TEST_F(EventLoopShutdown, CountsTheSecondFromTheStop) {
     ASSERT_TRUE(peer.waitForCall("Ignore()"));
     const auto stopped = steady_clock::now();
     loop->stopEventLoopAsync();
-    ASSERT_TRUE(eventually([&] { return steady_clock::now() - stopped > milliseconds(800); }));
+    ASSERT_TRUE(eventually([&] { return steady_clock::now() - stopped > milliseconds(900); }));
     loop->stopEventLoopAsync();
-    EXPECT_LT(destroy(), milliseconds(700));
+    const auto stoppedAgain = steady_clock::now();
+    destroy();
+    EXPECT_LT(steady_clock::now() - stoppedAgain, milliseconds(950));
 }
 
 TEST_F(EventLoopShutdown, FailsCallsOfTheTaskAndOfTheLastIdlePassTooAfterTheSecond) {
@@ -126,7 +131,7 @@ TEST_F(EventLoopShutdown, FailsCallsOfTheTaskAndOfTheLastIdlePassTooAfterTheSeco
     ASSERT_TRUE(peer.waitForCall("Ignore()"));
     const auto elapsed = destroy();
     EXPECT_GE(elapsed, milliseconds(900));
-    EXPECT_LT(elapsed, seconds(3));
+    EXPECT_LT(elapsed, lessThanACall);
     EXPECT_GE(idlePasses.value(), 2U);
 }
 
@@ -181,7 +186,7 @@ TEST_F(EventLoopShutdown, TakesASecondWhenTheBusItselfHangs) {
     });
     const auto elapsed = destroy();
     EXPECT_GE(elapsed, milliseconds(900));
-    EXPECT_LT(elapsed, seconds(3));
+    EXPECT_LT(elapsed, lessThanACall);
     EXPECT_GE(idlePasses.value(), 1U);
 }
 
@@ -192,7 +197,7 @@ TEST_F(EventLoopShutdown, TakesASecondWhenTheBusDoesNotLetTheLoopIn) {
     const Running running = start();
     ASSERT_TRUE(broker.hears());
     const auto elapsed = destroy();
-    EXPECT_LT(elapsed, seconds(3));
+    EXPECT_LT(elapsed, lessThanACall);
     EXPECT_EQ(never.value(), 0U);
     EXPECT_EQ(idlePasses.value(), 1U);
 }
@@ -200,7 +205,7 @@ TEST_F(EventLoopShutdown, TakesASecondWhenTheBusDoesNotLetTheLoopIn) {
 TEST_F(EventLoopShutdown, TakesASecondAlsoWhenItIsAskedForBeforeTheLoopConnects) {
     MuteBroker broker;
     loop->startEventLoopAsync();
-    EXPECT_LT(destroy(), seconds(3));
+    EXPECT_LT(destroy(), lessThanACall);
 }
 
 TEST_F(EventLoopShutdown, WaitsForATaskThatTakesLongerThanASecond) {

@@ -22,6 +22,17 @@ long switches(pid_t thread) {
     return sum;
 }
 
+// Whether it waits for something other than a processor.
+bool sleeps(pid_t thread) {
+    std::ifstream status("/proc/self/task/" + std::to_string(thread) + "/status");
+    for (std::string key; status >> key;) {
+        if (std::string state; key == "State:" && status >> state) {
+            return state == "S";
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
 bool eventually(const std::function<bool()>& condition) {
@@ -39,7 +50,7 @@ bool fallsAsleep(pid_t thread) {
     return eventually([thread] {
         const long before = switches(thread);
         std::this_thread::sleep_for(milliseconds(300));
-        return before != 0 && switches(thread) == before;
+        return before != 0 && switches(thread) == before && sleeps(thread);
     });
 }
 

@@ -75,27 +75,33 @@ TEST_F(Connecting, EndsInDisconnectedWithReason15WhenThePresharedKeyIsWrong) {
     }));
 }
 
-TEST_F(Connecting, EndsInDisconnectedBeforeAssociationWhenTheAccessPointRefuses) {
+// One network each, because the supplicant tries a refused one again as soon as its pause is over.
+struct Refusal {
+    const char* name;
+    Settings settings;
+    int status;
+};
+
+class ConnectingIsRefused : public Connecting, public ::testing::WithParamInterface<Refusal> {};
+
+TEST_P(ConnectingIsRefused, BeforeAssociationAndEndsInDisconnected) {
     AccessPoint full = accessPoint("full", Security::open);
     full.full = true;
     start({accessPoint("old", Security::wep, "abcde"), accessPoint("new", Security::wpa3, "password"), full});
-    struct Row {
-        Settings settings;
-        int status;
-    };
-    const Row rows[] = {
-        {{{"ssid", "old"}, {"key_mgmt", "NONE"}, {"wep_key0", "edcba"}}, 15},
-        {saeNetwork("new", "other"), 1},
-        {openNetwork("full"), 17},
-    };
-    for (const Row& row : rows) {
-        select(addNetwork(row.settings));
-        ASSERT_TRUE(reaches("authenticating")) << row.status;
-        ASSERT_TRUE(reaches("disconnected")) << row.status;
-        EXPECT_EQ(client_->get(supplicantInterface, "AuthStatusCode"), row.status);
-    }
+    select(addNetwork(GetParam().settings));
+    ASSERT_TRUE(reaches("authenticating"));
+    ASSERT_TRUE(reaches("disconnected"));
+    EXPECT_EQ(client_->get(supplicantInterface, "AuthStatusCode"), GetParam().status);
     EXPECT_EQ(client_->get(supplicantInterface, "DisconnectReason"), 0);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    ByTheAccessPoint, ConnectingIsRefused,
+    ::testing::Values(
+        Refusal{"WrongWepKey", {{"ssid", "old"}, {"key_mgmt", "NONE"}, {"wep_key0", "edcba"}}, 15},
+        Refusal{"WrongSaePassword", saeNetwork("new", "other"), 1},
+        Refusal{"NoRoom", openNetwork("full"), 17}),
+    [](const auto& made) { return made.param.name; });
 
 TEST_F(Connecting, TriesARefusedNetworkAgainAfterAPause) {
     start({accessPoint("Home", Security::wpa2, "correct horse")});

@@ -1,5 +1,6 @@
 #include "faults.h"
 
+#include <chrono>
 #include <cstdint>
 #include <thread>
 
@@ -58,15 +59,18 @@ TEST(Faults, StrikeNoMoreOnceCleared) {
 
 class FaultyDevice : public DeviceTest {
   protected:
+    static constexpr std::chrono::seconds generousLimit{30};
+
     // What the property's Get is answered with under the fault: the error's name, or the signature.
     std::string answerTo(const Target& target, const char* member, const char* types = "",
-                         const char* first = "", const char* second = "") {
+                         const char* first = "", const char* second = "",
+                         std::chrono::microseconds limit = generousLimit) {
         const Message call = client_->newCall(target, member);
         check(sd_bus_message_append(call.get(), types, first, second), "append");
         sd_bus_error error{};
         sd_bus_message* raw = nullptr;
-        constexpr std::uint64_t limit = 200'000;  // µs; only a fault that swallows the reply lasts that long
-        if (sd_bus_call(client_->bus(), call.get(), limit, &error, &raw) < 0) {
+        if (sd_bus_call(client_->bus(), call.get(), static_cast<std::uint64_t>(limit.count()), &error, &raw) <
+            0) {
             std::string name = error.name;
             sd_bus_error_free(&error);
             return name;
@@ -135,7 +139,8 @@ TEST_F(FaultyDevice, SwallowsACallWithoutDoingIt) {
     start({accessPoint("Cafe", Security::open)});
     const FaultId id = device_->orderFault(faultOf("RemoveAllNetworks", FaultKind::noReply));
     addNetwork(openNetwork("Cafe"));
-    EXPECT_EQ(answerTo(supplicantInterface, "RemoveAllNetworks"), "org.freedesktop.DBus.Error.Timeout");
+    EXPECT_EQ(answerTo(supplicantInterface, "RemoveAllNetworks", "", "", "", std::chrono::milliseconds(200)),
+              "org.freedesktop.DBus.Error.Timeout");
     EXPECT_EQ(device_->timesFired(id), 1U);
     EXPECT_EQ(client_->get(supplicantInterface, "Networks").size(), 1U);
 }
