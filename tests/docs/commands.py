@@ -171,7 +171,8 @@ def check_script(document, block, device, problems):
 
 
 def plain(text):
-    """What remains when figures differ and lines are broken elsewhere."""
+    """What remains when figures differ, lines are broken elsewhere, and the last search is recent enough or not."""
+    text = re.sub(r"^  searched +\S+ s\n", "", text, flags=re.MULTILINE)
     return re.sub(r"\s+", " ", re.sub(r"\d+(\.\d+)?", "N", text))
 
 

@@ -21,8 +21,8 @@ Report forgetNetwork(const Options& options, Workspace& place, Output& output);
 // Runs until interrupted, writing as it goes; the report is empty.
 Report monitorChanges(const Options& options, Workspace& place, Output& output);
 
-// Has the supplicant look for networks, and returns when it has, or joins a scan in progress.
-void lookAround(Session& session, const std::string& what);
+// Has the supplicant look for networks, or joins a scan in progress; returns the state with what it found.
+View lookAround(const std::string& what, Workspace& place, Output& output);
 
 // Writes a report to the output; returns the exit status it stands for.
 ExitCode present(const Report& report, Command command, Output& output);

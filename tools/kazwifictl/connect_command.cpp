@@ -104,10 +104,7 @@ ConnectPlan ConnectCommand::plan() {
     ConnectPlan plan =
         planConnect(options_.ssid, options_.connect, place_.look(what_, Workspace::Need::stack), false);
     if (std::holds_alternative<LookFirst>(plan)) {
-        Session& session = place_.act(what_, Workspace::Need::stack);
-        output_.sayForNow("scanning...");
-        lookAround(session, what_);
-        plan = planConnect(options_.ssid, options_.connect, session.view(), true);
+        plan = planConnect(options_.ssid, options_.connect, lookAround(what_, place_, output_), true);
     }
     return plan;
 }

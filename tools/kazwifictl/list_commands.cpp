@@ -14,21 +14,6 @@ namespace {
 
 constexpr milliseconds scanStartLimit{5000};
 constexpr milliseconds scanLimit{30000};
-constexpr milliseconds resultsSettle{150};
-constexpr milliseconds resultsLimit{1000};
-
-// The supplicant reports the results of a scan beside its end, a few milliseconds apart, and nothing when
-// nothing has changed. No event ends this wait, so silence has to.
-void takeResults(Session& session) {
-    const auto deadline = Clock::now() + resultsLimit;
-    Session::Wake wake = Session::Wake::event;
-    while (wake == Session::Wake::event) {
-        wake = session.next(std::min(deadline, Clock::now() + resultsSettle));
-    }
-    if (wake == Session::Wake::interrupted) {
-        throw Interrupted(*session.signal());
-    }
-}
 
 std::string namesText(const std::vector<NetworkRow>& rows) {
     std::string text;
@@ -50,16 +35,18 @@ Report listReport(const View& view, const Options& options, const Output& output
 }
 
 Report scanAndList(const std::string& what, const Options& options, Workspace& place, Output& output) {
-    Session& session = place.act(what, Workspace::Need::stack);
-    output.sayForNow("scanning...");
-    lookAround(session, what);
+    const View view = lookAround(what, place, output);
     place.finish();
-    return listReport(session.view(), options, output);
+    return listReport(view, options, output);
 }
 
 }  // namespace
 
-void lookAround(Session& session, const std::string& what) {
+// The results of a scan reach a session some time after its end, and nothing does when nothing has changed. But
+// the supplicant has them when it reports the end, so whoever looks then sees them.
+View lookAround(const std::string& what, Workspace& place, Output& output) {
+    Session& session = place.act(what, Workspace::Need::stack);
+    output.sayForNow("scanning...");
     if (!session.view().scanning) {
         session.device().scan();
         await(session, scanStartLimit, [](const View& view) { return view.scanning; },
@@ -71,7 +58,7 @@ void lookAround(Session& session, const std::string& what) {
     if (!session.view().running) {
         throw CommandFailed({ExitCode::noStack, what, "wpa_supplicant stopped meanwhile", "kazwifictl on"});
     }
-    takeResults(session);
+    return place.lookAfresh(what, Workspace::Need::stack);
 }
 
 Report listNetworks(const Options& options, Workspace& place, Output& output) {

@@ -3,12 +3,6 @@
 #include "command_failed.h"
 
 namespace kaz::ctl {
-namespace {
-
-constexpr std::chrono::milliseconds requestLimit{15000};
-constexpr std::chrono::milliseconds firstStateSettles{150};
-
-}  // namespace
 
 LiveWorkspace::LiveWorkspace(const DeviceFactory& make, Interrupts& interrupts, LibraryLog& log,
                              std::chrono::milliseconds startWait)
@@ -23,7 +17,7 @@ Session& LiveWorkspace::act(const std::string& what, Need need) {
     if (!session_.view().running) {
         startSession(session_, *this, what, need);
         while (session_.view().running &&
-               session_.next(Clock::now() + firstStateSettles) == Session::Wake::event) {
+               session_.next(Clock::now() + Session::firstStateSettles) == Session::Wake::event) {
         }
     }
     return session_;
@@ -35,7 +29,7 @@ bool LiveWorkspace::settle() {
         owing_ = true;
         return false;
     }
-    const auto wake = session_.fence(requestLimit);
+    const auto wake = session_.fence(Session::requestLimit);
     if (wake == Session::Wake::interrupted) {
         throw Interrupted(*session_.signal());
     }
@@ -44,7 +38,7 @@ bool LiveWorkspace::settle() {
 
 void LiveWorkspace::close() {
     if (owing_) {
-        session_.fence(requestLimit);
+        session_.fence(Session::requestLimit);
     }
     session_.close();
 }

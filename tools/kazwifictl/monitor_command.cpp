@@ -10,9 +10,6 @@ namespace {
 
 using WallClock = ChangeWriter::WallClock;
 
-// The first state arrives in a few pieces. A piece that comes later is shown as a change.
-constexpr std::chrono::milliseconds firstStateSettles{150};
-
 WallClock::time_point wallTimeOf(Clock::time_point time) {
     return WallClock::now() - std::chrono::duration_cast<WallClock::duration>(Clock::now() - time);
 }
@@ -24,7 +21,7 @@ Report monitorChanges(const Options& /*options*/, Workspace& place, Output& outp
     ChangeWriter writer(output);
     Session::Wake wake = Session::Wake::event;
     while (wake == Session::Wake::event) {
-        wake = session.next(Clock::now() + firstStateSettles);
+        wake = session.next(Clock::now() + Session::firstStateSettles);
     }
     if (wake == Session::Wake::timedOut) {
         output.put(writer.begin(session.view(), WallClock::now()));

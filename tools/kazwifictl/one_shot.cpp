@@ -3,18 +3,9 @@
 #include "command_failed.h"
 
 namespace kaz::ctl {
-namespace {
-
-// A call on the bus may take 10 s before the library gives it up.
-constexpr std::chrono::milliseconds requestLimit{15000};
-
-}  // namespace
 
 View OneShot::look(const std::string& what, Need need) {
-    Session session(factory(), interrupts());
-    startSession(session, *this, what, need);
-    session.close();
-    return session.view();
+    return lookAfresh(what, need);
 }
 
 Session& OneShot::act(const std::string& what, Need need) {
@@ -30,7 +21,7 @@ void OneShot::finish() {
 }
 
 bool OneShot::settle() {
-    const auto wake = session_->fence(requestLimit);
+    const auto wake = session_->fence(Session::requestLimit);
     if (wake == Session::Wake::interrupted) {
         throw Interrupted(*session_->signal());
     }

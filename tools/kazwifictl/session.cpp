@@ -24,6 +24,8 @@ bool isFence(std::string_view ssid) {
 
 // A supplicant that runs is being followed well before this; asking the long way takes longer.
 constexpr std::chrono::milliseconds headStart{300};
+// A system that is merely busy has answered before this.
+constexpr std::chrono::milliseconds answerLimit{5000};
 
 // For poll(): the time left, rounded up so that a deadline has passed when poll() returns.
 int millisecondsUntil(Clock::time_point deadline) {
@@ -78,7 +80,7 @@ Event eventAbout(Device::Aspect aspect, Device& device) {
 }  // namespace
 
 Session::Session(const DeviceFactory& make, Interrupts& interrupts)
-    : interrupts_(interrupts), device_(madeQuietly(make)) {
+    : make_(make), interrupts_(interrupts), device_(madeQuietly(make)) {
     Device& device = *device_;
     device.listen([this, &device](Device::Aspect aspect) { inbox_.push(eventAbout(aspect, device)); });
     // What changed before the listener was there is known from here, what changes from now on arrives.
@@ -126,19 +128,25 @@ void Session::takeAll() {
     }
 }
 
+Session::Wake Session::untilRunning(Clock::time_point deadline) {
+    return until(deadline, [](const View& view) { return view.running; });
+}
+
 Session::Start Session::start(std::chrono::milliseconds limit, bool patient) {
-    const auto now = Clock::now();
-    const auto deadline = now + limit;
-    const auto running = [](const View& view) { return view.running; };
-    Wake wake = until(now + std::min(headStart, limit), running);
+    const auto began = Clock::now();
+    Wake wake = untilRunning(began + std::min(headStart, limit));
     if (wake == Wake::timedOut) {
-        wake = fence(std::max(limit, headStart));
+        // Asked of another device: a supplicant that runs may have a connection, which this one is to know.
+        Session other(make_, interrupts_);
+        wake = other.fence(std::max(limit, answerLimit));
         if (wake == Wake::timedOut) {
             return Start::noAnswer;
         }
-        const bool worthWaiting = patient && view_.enabled;
-        if (wake == Wake::event && !view_.running && worthWaiting) {
-            wake = until(deadline, running);
+        signal_ = other.signal_;
+        if (wake == Wake::event && other.view_.running) {
+            wake = untilRunning(Clock::now() + requestLimit);
+        } else if (wake == Wake::event && patient && view_.enabled) {
+            wake = untilRunning(began + limit);
         }
     }
     if (wake == Wake::interrupted) {

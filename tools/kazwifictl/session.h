@@ -15,8 +15,8 @@
 // Where a request shows no effect of its own, such as to forget a network that is out of range, fence() makes
 // one: it asks for a saved network whose name is too long to exist. The library announces every such attempt
 // (fact 2) before it looks for the network, finds none and leaves the supplicant alone. The attempt exists in
-// this process only and ends with it. It does make this process's record of the connection useless, so a
-// fence is the last thing that a session does, or stands before anything is connected.
+// this device only and ends with it. It does make this device's record of the connection useless, so a fence
+// is the last thing that a session does, or stands where nothing is connected.
 #pragma once
 
 #include <chrono>
@@ -70,14 +70,19 @@ class Session {
     // Takes events until `done`; `event` when it is. It is asked before the first event, too.
     Wake until(Clock::time_point deadline, const Condition& done);
 
+    // The first state arrives in a few pieces. A piece that comes later than this is a change.
+    static constexpr std::chrono::milliseconds firstStateSettles{150};
+
     // Takes what has arrived, without waiting; to be called when fd() is readable.
     void takeAll();
     int fd() const { return inbox_.fd(); }
 
     // Learns whether the supplicant runs. When it does not although Wi-Fi is switched on, `patient` waits for
-    // it until the limit. Returns at once when it runs.
+    // it until the limit. Returns at once when it runs. The system may take as long to tell, and 5 s at least.
     Start start(std::chrono::milliseconds limit, bool patient);
 
+    // A call on the bus may take 10 s before the library gives it up.
+    static constexpr std::chrono::milliseconds requestLimit{15000};
     // Waits until every request made so far has been carried out.
     Wake fence(std::chrono::milliseconds limit);
 
@@ -85,9 +90,11 @@ class Session {
     void close();
 
   private:
+    Wake untilRunning(Clock::time_point deadline);
     void deliver(Event event);
     bool withoutFence(Event& event);
 
+    DeviceFactory make_;
     Interrupts& interrupts_;
     Inbox inbox_;
     View view_;

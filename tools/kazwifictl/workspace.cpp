@@ -15,6 +15,13 @@ Failure noStack(const std::string& what, const View& view, const LibraryLog::Hin
             "systemctl status wpa_supplicant.service"};
 }
 
+View Workspace::lookAfresh(const std::string& what, Need need) const {
+    Session session(make_, interrupts_);
+    startSession(session, *this, what, need);
+    session.close();
+    return session.view();
+}
+
 void startSession(Session& session, const Workspace& place, const std::string& what, Workspace::Need need) {
     const bool needed = need == Workspace::Need::stack;
     switch (session.start(place.startWait(), needed)) {

@@ -35,6 +35,10 @@ class Workspace {
     // The complete present state.
     virtual View look(const std::string& what, Need need) = 0;
 
+    // The complete present state as a device finds it that is made for the occasion, whatever the session of
+    // act() has heard of yet.
+    View lookAfresh(const std::string& what, Need need) const;
+
     // A session to make requests in; it stays valid until the workspace ends.
     virtual Session& act(const std::string& what, Need need) = 0;
 

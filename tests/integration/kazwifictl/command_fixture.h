@@ -15,6 +15,10 @@
 
 namespace kaz::test {
 
+inline bool has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
 // What a finished run of kazwifictl left.
 struct Finished {
     Ending ending;

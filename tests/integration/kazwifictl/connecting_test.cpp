@@ -12,10 +12,6 @@ namespace {
 
 using Connecting = CommandFixture;
 
-bool has(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
 TEST_F(Connecting, IsSavedWhenTheCommandReturns) {
     start();
     runs(0, {"scan"});

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <memory>
 #include <regex>
 #include <string>
 #include <vector>
@@ -141,7 +142,29 @@ INSTANTIATE_TEST_SUITE_P(EveryCommand, Golden,
                              return name;
                          });
 
-class GoldenMonitor : public CommandFixture, public testing::WithParamInterface<Form> {};
+class GoldenMonitor : public CommandFixture, public testing::WithParamInterface<Form> {
+  protected:
+    // A monitor, up to the last network of its first state. When that comes to it late, as on a machine that is
+    // held up, it begins with the part that it has, and shows the rest as changes; then with another.
+    std::unique_ptr<RunningProgram> begun(const std::vector<std::string>& arguments) {
+        constexpr int tries = 50;
+        std::unique_ptr<RunningProgram> program;
+        for (int i = 0; i < tries; ++i) {
+            program = GetParam() == Form::narrow ? inTerminal(arguments, 48) : withPipes(arguments);
+            if (!program->waitFor("cellar")) {
+                return nullptr;
+            }
+            if (!has(program->out(), notYet)) {
+                break;
+            }
+        }
+        return program;
+    }
+
+  private:
+    const std::string notYet =
+        GetParam() == Form::json ? R"("connection","status":"disconnected")" : "not connected";
+};
 
 TEST_P(GoldenMonitor, OutputIsAsItWas) {
     const Form form = GetParam();
@@ -154,8 +177,8 @@ TEST_P(GoldenMonitor, OutputIsAsItWas) {
     } else {
         arguments.insert(arguments.end(), {"--color", form == Form::colour ? "always" : "never"});
     }
-    const auto program = form == Form::narrow ? inTerminal(arguments, 48) : withPipes(arguments);
-    ASSERT_TRUE(program->waitFor("cellar"));
+    const auto program = begun(arguments);
+    ASSERT_NE(program, nullptr);
     runs(0, {"off"});
     ASSERT_TRUE(program->waitFor("cellar")) << program->out();
     program->sendSignal(SIGINT);

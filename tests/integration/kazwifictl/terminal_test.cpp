@@ -20,10 +20,6 @@ const std::string ctrlD = "\x04";
 const std::string ctrlZ = "\x1a";
 const std::string up = "\x1b[A";
 
-bool has(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
 TEST_F(TerminalTest, APasswordIsAskedForAndNotShown) {
     start();
     const auto program = inTerminal({"connect", "Home"});

@@ -121,6 +121,23 @@ TEST_F(CommandsTest, StatusIsNoFailureWhenWifiIsOffByChoice) {
     EXPECT_EQ(codeOf(run(showStatus)), ExitCode::noStack);
 }
 
+TEST_F(CommandsTest, ScanShowsWhatWasFoundHoweverLateTheResultsReachIt) {
+    world.foundByScan = {network("Office", -70, SecurityMode::rsnPsk)};
+    world.resultsReachNobody = true;
+    options.namesOnly = true;
+    EXPECT_EQ(run(scanNetworks).text, "Home\nCafe\nOffice\n");
+}
+
+TEST_F(CommandsTest, ConnectFindsWhatAScanFoundHoweverLateTheResultsReachIt) {
+    world.foundByScan = {network("Office", -70, SecurityMode::rsnPsk)};
+    world.resultsReachNobody = true;
+    world.afterConnect["Office"] = {{Status::connectingIP, "Office", -70},
+                                    {Status::connected, "Office", -70}};
+    EXPECT_EQ(codeOf(connect("Office")), ExitCode::done);
+    EXPECT_TRUE(world.did("scan"));
+    EXPECT_TRUE(world.did("connect Office"));
+}
+
 TEST_F(CommandsTest, ScanFailsWhenTheSupplicantDoesNotBegin) {
     world.scansBegin = false;
     EXPECT_EQ(codeOf(run(scanNetworks)), ExitCode::failed);
@@ -225,7 +242,8 @@ TEST_F(CommandsTest, ConnectCallsAnAttemptOffWhenItsTimeIsUp) {
 
 TEST_F(CommandsTest, ConnectKeepsALinkThatOnlyLacksAnAddress) {
     world.afterConnect["Home"] = {success.front()};
-    options.connect.wait = milliseconds(400);
+    world.connectsAtOnce = true;
+    options.connect.wait = milliseconds(100);
     const Report report = connect("Home");
     EXPECT_EQ(codeOf(report), ExitCode::timedOut);
     EXPECT_NE(report.failure->why.find("no address"), std::string::npos);
@@ -332,9 +350,14 @@ TEST_F(CommandsTest, ForgetRefusesANameThatCannotBe) {
 
 TEST_F(CommandsTest, APromptKeepsOneDeviceForAllItsCommands) {
     int made = 0;
+    // It knows everything from the start: to ask whether there is a supplicant, or to look around, takes another.
     const DeviceFactory counting = [&] {
         ++made;
-        return makeFake(world)();
+        auto device = makeFake(world)();
+        while (device->networks().empty()) {
+            std::this_thread::yield();
+        }
+        return device;
     };
     world.saved = {"Home"};
     world.afterConnect["Home"] = success;

@@ -52,12 +52,17 @@ void FakeDevice::work() {
             lock.unlock();
             idle();
             lock.lock();
+            resting_ = tasks_.empty();
+            ready_.notify_all();
             ready_.wait(lock, [this] { return ending_ || !tasks_.empty(); });
             continue;
         }
         lock.unlock();
         std::this_thread::sleep_for(world_.slowness);
         lock.lock();
+        if (world_.holdsTasks) {
+            ready_.wait(lock, [this] { return ending_; });
+        }
         if (ending_ || tasks_.empty()) {
             continue;
         }
@@ -74,7 +79,13 @@ void FakeDevice::work() {
 void FakeDevice::push(Task task) {
     const std::lock_guard lock(mutex_);
     tasks_.push_back(std::move(task));
+    resting_ = false;
     ready_.notify_all();
+}
+
+void FakeDevice::untilResting() {
+    std::unique_lock lock(mutex_);
+    ready_.wait(lock, [this] { return resting_; });
 }
 
 void FakeDevice::notify(Aspect aspect) {
@@ -89,6 +100,10 @@ void FakeDevice::notify(Aspect aspect) {
 }
 
 void FakeDevice::attach() {
+    if (world_.followsOnceAsked) {
+        std::unique_lock lock(world_.mutex);
+        world_.changed.wait(lock, [this] { return world_.asked; });
+    }
     {
         const std::scoped_lock lock(mutex_, world_.mutex);
         if (!world_.running) {
@@ -120,7 +135,9 @@ void FakeDevice::idle() {
     std::vector<WifiNetwork> list;
     {
         const std::scoped_lock lock(mutex_, world_.mutex);
-        if (running_) {
+        if (listStays_) {
+            list = networks_;
+        } else if (running_) {
             list = world_.inRange;
         }
         for (WifiNetwork& each : list) {
@@ -231,8 +248,11 @@ void FakeDevice::scan() {
         if (world_.scansEnd) {
             push([this] {
                 {
-                    const std::lock_guard lock(mutex_);
+                    const std::scoped_lock lock(mutex_, world_.mutex);
                     scanning_ = false;
+                    listStays_ = world_.resultsReachNobody;
+                    world_.inRange.insert(world_.inRange.end(), world_.foundByScan.begin(),
+                                          world_.foundByScan.end());
                 }
                 notify(Aspect::scanning);
             });
@@ -281,10 +301,18 @@ ConnectResult FakeDevice::connect(const ConnectionSettings& settings) {
         world_.record("connect " + settings.ssid);
         play(settings.ssid);
     });
+    if (world_.connectsAtOnce) {
+        untilResting();
+    }
     return ConnectResult::ok;
 }
 
 void FakeDevice::connectConfigured(const std::string& ssid) {
+    {
+        const std::lock_guard lock(world_.mutex);
+        world_.asked = true;
+        world_.changed.notify_all();
+    }
     push([this, ssid] {
         beginAttempt(ssid);
         const std::scoped_lock lock(world_.mutex);

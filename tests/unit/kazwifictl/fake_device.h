@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -32,7 +33,12 @@ struct FakeWorld {
     bool canStore = true;
     bool startsAndStops = true;             // whether the supplicant follows the choice
     std::chrono::milliseconds slowness{0};  // how long before each task begins
+    std::atomic<bool> holdsTasks = false;   // whether none begins any more
+    bool followsOnceAsked = false;    // whether devices find the supplicant only after a request to connect
+    bool connectsAtOnce = false;      // whether connect() returns after all that comes of it
+    bool resultsReachNobody = false;  // whether a device that scanned keeps the list it had
     std::vector<wifi::WifiNetwork> inRange;
+    std::vector<wifi::WifiNetwork> foundByScan;  // also in range after a scan
     std::set<std::string> saved;
     Info connection;
     std::map<std::string, std::vector<Step>> afterConnect;
@@ -40,6 +46,8 @@ struct FakeWorld {
     bool scansEnd = true;
     bool scansBegin = true;
     bool removalFails = false;
+
+    bool asked = false;  // whether there has been a request to connect
 
     // What has been done, in order: "connect Home", "save".
     std::vector<std::string> done;
@@ -80,6 +88,7 @@ class FakeDevice final : public ctl::Device {
     using Task = std::function<void()>;
 
     void push(Task task);
+    void untilResting();
     void work();
     void idle();
     void attach();
@@ -95,9 +104,11 @@ class FakeDevice final : public ctl::Device {
     std::deque<Task> tasks_;
     Listener listener_;
     bool ending_ = false;
+    bool resting_ = false;  // all that was asked for is done
     bool enabled_ = true;
     bool running_ = false;
     bool scanning_ = false;
+    bool listStays_ = false;
     std::vector<wifi::WifiNetwork> networks_;
     wifi::ConnectionInfo published_;
     wifi::ConnectionInfo info_;  // on the thread only, like the rest

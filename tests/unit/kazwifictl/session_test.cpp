@@ -65,12 +65,24 @@ TEST_F(SessionTest, HasTheWholeFirstStateAfterItsEnd) {
     }
 }
 
+// A fence in its own device would put the network in use among those to choose from.
+TEST_F(SessionTest, KnowsWhatIsInUseHoweverLateTheSupplicantIsFollowed) {
+    world.followsOnceAsked = true;
+    world.inRange = {network("Home", -50, SecurityMode::rsnPsk)};
+    world.connection = connectedTo("Home", -50);
+    Session session(makeFake(world), interrupts);
+    EXPECT_EQ(session.start(generous, true), Session::Start::running);
+    session.close();
+    EXPECT_EQ(session.view().connection.ssid, "Home");
+    EXPECT_TRUE(session.view().networks.empty());
+}
+
 // The reason why there is a fence: without it the end of the device drops what has not begun.
 TEST_F(SessionTest, LosesARequestThatHasNotBegunWhenItEnds) {
-    world.slowness = milliseconds(50);
     {
         Session session(makeFake(world), interrupts);
         session.start(generous, true);
+        world.holdsTasks = true;
         session.device().forgetNetwork("Home");
         session.close();
     }

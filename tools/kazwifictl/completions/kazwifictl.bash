@@ -1,6 +1,6 @@
 # bash completion for kazwifictl(1)
 
-# The networks that can be typed, one a line; nothing when Wi-Fi does not answer at once.
+# The networks that can be typed, one a line; nothing when Wi-Fi is not there.
 _kazwifictl_ssids() { # further options of `list`
     "${COMP_WORDS[0]}" --start-wait 1 list --names "$@" 2>/dev/null
 }
