@@ -154,7 +154,7 @@ class GoldenMonitor : public CommandFixture, public testing::WithParamInterface<
             if (!program->waitFor("cellar")) {
                 return nullptr;
             }
-            if (!has(program->out(), notYet)) {
+            if (!has(program->out(), notYet_)) {
                 break;
             }
         }
@@ -162,7 +162,7 @@ class GoldenMonitor : public CommandFixture, public testing::WithParamInterface<
     }
 
   private:
-    const std::string notYet =
+    const std::string notYet_ =
         GetParam() == Form::json ? R"("connection","status":"disconnected")" : "not connected";
 };
 
