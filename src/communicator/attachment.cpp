@@ -12,8 +12,11 @@ void DbusCommunicator::connectOrDisconnectFromSupplicantSync(const std::string& 
     const bool stopped = activeState == "failed" || activeState == "inactive";
     if (running && !supplicantOn_) {
         attach();
-    } else if (stopped && supplicantOn_) {
-        detach();
+    } else if (stopped) {
+        othersDisabled_ = false;  // the next one starts from its file
+        if (supplicantOn_) {
+            detach();
+        }
     }
 }
 
@@ -35,6 +38,7 @@ void DbusCommunicator::attach() {
     subscribeToSupplicant();
     readInitialSupplicantProperties();
     followNetworkd();
+    enableOtherNetworks();
     wifiServiceStatusChangeHandler();
     logAttachment();
 }
@@ -42,9 +46,22 @@ void DbusCommunicator::attach() {
 void DbusCommunicator::detach() {
     supplicantInterfacePath_ = dbus::OPath();
     supplicantOn_ = false;
+    networkdSilent_ = false;
     wifiServiceStatusChangeHandler();
     eventLoop_.removeTemporarySignalHandlersSync();
     logAttachment();
+}
+
+// When we lose the bus in the middle of an attempt, the supplicant may live on with all networks disabled but one, and
+// whatever is saved next would keep that for good.
+void DbusCommunicator::enableOtherNetworks() {
+    if (!othersDisabled_) {
+        return;
+    }
+    for (const auto& network : getAllConfiguredNetworksSync()) {
+        network->setEnabledSync(true);
+    }
+    othersDisabled_ = false;
 }
 
 void DbusCommunicator::logAttachment() {
@@ -81,10 +98,15 @@ void DbusCommunicator::readInitialSupplicantProperties() {
 void DbusCommunicator::followNetworkd() {
     subscribe(bus::networkd::service, bus::networkd::managerPath, bus::propertiesInterface,
               bus::propertiesChanged, true, &DbusCommunicator::onSignalNetworkdLinkPropertiesChanged);
+    readNetworkd();
+}
+
+void DbusCommunicator::readNetworkd() {
     dbus::Reply reply =
         remoteObject(bus::networkd::service, bus::networkd::managerPath, bus::propertiesInterface)
             .call("GetAll", std::string(bus::networkd::managerInterface));
-    if (!reply) {
+    networkdSilent_ = !reply;
+    if (networkdSilent_) {
         return;
     }
     if (const auto properties = reply.read<dbus::NetworkdLinkProperties>()) {

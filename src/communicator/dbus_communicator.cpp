@@ -14,6 +14,9 @@ std::unique_ptr<Communicator> createCommunicator() {
 
 DbusCommunicator::DbusCommunicator() {
     followConnection(eventLoop_, [this](bool connected) { onConnectionChanged(connected); });
+    // From the start: who comes between a call that failed and the moment we begin to look would be missed.
+    followNameOwner(eventLoop_, bus::systemd::service, [this](bool owned) { onSystemdChanged(owned); });
+    followNameOwner(eventLoop_, bus::networkd::service, [this](bool owned) { onNetworkdChanged(owned); });
     eventLoop_.pushTaskAsync([this] { connectToSystemdSync(); });
 }
 

@@ -110,6 +110,8 @@ class DbusCommunicator final : public Communicator {
     void subscribeToSupplicant();
     void readInitialSupplicantProperties();
     void followNetworkd();
+    void readNetworkd();
+    void enableOtherNetworks();
     void logAttachment();
 
     void resolveBssList(const dbus::SupplicantInterfaceProperties& from, SupplicantInterfaceProperties& to);
@@ -119,12 +121,15 @@ class DbusCommunicator final : public Communicator {
                            SupplicantInterfaceProperties& to);
 
     void onConnectionChanged(bool connected);
+    void onSystemdChanged(bool owned);
+    void onNetworkdChanged(bool owned);
     void followUnit(const dbus::OPath& unit);
-    void followSystemd();
 
     dbus::OPath supplicantInterfacePath_;  // empty while detached
     std::vector<dbus::OPath> followedUnits_;
-    bool unitFollowed_ = false;  // systemd has told the unit's path and state
+    bool unitFollowed_ = false;    // systemd has told the unit's path and state
+    bool networkdSilent_ = false;  // it did not answer since we attached
+    bool othersDisabled_ = false;  // a network was selected, and none enabled since
     std::atomic<bool> supplicantOn_ = false;
     dbus::EventLoop eventLoop_;  // the last member, so that its thread ends before anything it uses does
 };

@@ -29,6 +29,7 @@ bool DbusCommunicator::selectNetworkSync(const dbus::OPath& network) {
     if (!mayUseSupplicant("select network")) {
         return false;
     }
+    othersDisabled_ = true;
     if (!supplicantInterface().call("SelectNetwork", network)) {
         return false;
     }
@@ -48,6 +49,7 @@ bool DbusCommunicator::removeNetworkSync(const dbus::OPath& network) {
 }
 
 bool DbusCommunicator::setNetworkEnabledSync(const dbus::OPath& network, bool enabled) {
+    othersDisabled_ = othersDisabled_ && !enabled;
     return mayUseSupplicant("enable network") && supplicantNetwork(network).set("Enabled", enabled);
 }
 

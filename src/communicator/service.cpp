@@ -46,20 +46,22 @@ void DbusCommunicator::followUnit(const dbus::OPath& unit) {
         return;
     }
     followedUnits_.push_back(unit);
-    if (followedUnits_.size() == 1) {
-        followSystemd();
-    }
     subscribe(bus::systemd::service, unit, bus::propertiesInterface, bus::propertiesChanged, false,
               &DbusCommunicator::onSignalUnitPropertiesChanged);
 }
 
-void DbusCommunicator::followSystemd() {
-    // A systemd that was not there yet knew no unit, and a new one does not know that we asked for signals.
-    followNameOwner(eventLoop_, bus::systemd::service, [this](bool owned) {
-        if (owned) {
-            connectToSystemdSync();
-        }
-    });
+// A systemd that was not there yet knew no unit, and a new one does not know that we asked for signals.
+void DbusCommunicator::onSystemdChanged(bool owned) {
+    if (owned) {
+        connectToSystemdSync();
+    }
+}
+
+// One that comes later may have found out the state before anybody could hear of it.
+void DbusCommunicator::onNetworkdChanged(bool owned) {
+    if (owned && networkdSilent_) {
+        readNetworkd();
+    }
 }
 
 void DbusCommunicator::onConnectionChanged(bool connected) {

@@ -1,6 +1,12 @@
 // The bus, or systemd on it, goes away and comes back.
 #include "communicator_fixture.h"
 
+#include <spdlog/sinks/callback_sink.h>
+#include <spdlog/spdlog.h>
+
+#include <memory>
+#include <string_view>
+
 namespace kaz::wifi {
 namespace {
 
@@ -20,6 +26,29 @@ class BusLoss : public CommunicatorTest {
         networkd.comeBack();
         systemd.comeBack();
     }
+
+    // Two, of which the first is selected.
+    void beginAnAttempt() {
+        supplicant.onGet(interfacePath, interfaceInterface, "Networks",
+                         reply("v", "ao", 2, networkPath, otherNetworkPath));
+        startAttached();
+        onLoop([&] { communicator->selectNetworkSync(dbus::OPath(networkPath)); });
+    }
+
+    // The paths of the networks that were enabled.
+    std::vector<std::string> enabled() {
+        std::vector<std::string> paths;
+        for (const std::string& path : {networkPath, otherNetworkPath}) {
+            const auto all = calls.calls();
+            if (std::count(all.begin(), all.end(), setText(path, networkInterface, "Enabled", "<true>")) >
+                0) {
+                paths.push_back(path);
+            }
+        }
+        return paths;
+    }
+
+    const std::string otherNetworkPath = interfacePath + "/Networks/1";
 
     std::vector<std::string> statusChanges() {
         std::vector<std::string> changes;
@@ -68,6 +97,40 @@ TEST_F(BusLoss, HearsEverySignalOnceAfterwards) {
                                    "status changed: off"));
 }
 
+TEST_F(BusLoss, InAnAttemptEnablesTheOtherNetworksAfterwards) {
+    beginAnAttempt();
+    loseBus();
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    forget();
+    bringBusBack();
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    EXPECT_THAT(enabled(), ElementsAre(networkPath, otherNetworkPath));
+    EXPECT_EQ(calls.calls().back(), "status changed: on") << "before anybody can save";
+}
+
+TEST_F(BusLoss, AfterAnAttemptLeavesTheNetworksAlone) {
+    beginAnAttempt();
+    onLoop([&] { communicator->setNetworkEnabledSync(dbus::OPath(otherNetworkPath), true); });
+    loseBus();
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    forget();
+    bringBusBack();
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    EXPECT_THAT(enabled(), IsEmpty());
+}
+
+TEST_F(BusLoss, InAnAttemptWhoseSupplicantHadEndedLeavesTheNetworksAlone) {
+    beginAnAttempt();
+    emitUnitState("inactive");
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    loseBus();
+    ASSERT_TRUE(log.waitForText(spdlog::level::err, "Lost the connection to the system bus"));
+    forget();
+    bringBusBack();
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    EXPECT_THAT(enabled(), IsEmpty());
+}
+
 TEST_F(BusLoss, WhileDetachedTellsNothing) {
     startDetached();
     loseBus();
@@ -101,6 +164,22 @@ TEST_F(BusLoss, FindsTheUnitWhenSystemdComesLate) {
     start("active");
     EXPECT_FALSE(communicator->isSupplicantOn());
     systemd.comeBack();
+    EXPECT_TRUE(calls.waitForCall("status changed: on"));
+}
+
+TEST_F(BusLoss, FindsTheUnitWhenSystemdComesJustAfterItWasMissed) {
+    systemd.leave();
+    bool missed = false;
+    spdlog::default_logger()->sinks().push_back(
+        std::make_shared<spdlog::sinks::callback_sink_st>([&](const spdlog::details::log_msg& record) {
+            const std::string_view text(record.payload.data(), record.payload.size());
+            if (!missed && text.starts_with("Call of LoadUnit at ")) {
+                missed = true;
+                systemd.comeBack();
+            }
+        }));
+    start("active");
+    EXPECT_TRUE(missed);
     EXPECT_TRUE(calls.waitForCall("status changed: on"));
 }
 

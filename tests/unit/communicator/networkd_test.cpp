@@ -94,6 +94,38 @@ TEST_F(Networkd, IsReadOnceOnAttach) {
                             "status changed: on"));
 }
 
+TEST_F(Networkd, IsReadWhenItComesAfterTheSupplicant) {
+    networkd.leave();
+    startAttached();
+    networkd.onGetAll(networkdPath, networkdInterface, reply("a{sv}", 1, "OnlineState", "s", "online"));
+    networkd.comeBack();
+    ASSERT_TRUE(calls.waitForCall("networkd online: true"));
+    emitOnlineState("offline");
+    ASSERT_TRUE(calls.waitForCall("networkd online: false"));
+    EXPECT_THAT(takeCalls(), ElementsAre(getAllText(networkdPath, networkdInterface), "networkd online: true",
+                                         "networkd online: false"));
+}
+
+TEST_F(Networkd, IsNotReadAgainWhenItHasAnsweredBefore) {
+    startAttached();
+    networkd.leave();
+    networkd.comeBack();
+    settleNetworkd();
+    EXPECT_THAT(takeCalls(), ElementsAre("networkd online: false"));
+}
+
+TEST_F(Networkd, IsNotReadWhileDetached) {
+    networkd.leave();
+    startAttached();
+    emitUnitState("inactive");
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    networkd.comeBack();
+    emitUnitState("active");
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    const auto all = takeCalls();
+    EXPECT_EQ(std::count(all.begin(), all.end(), getAllText(networkdPath, networkdInterface)), 1);
+}
+
 TEST_F(Networkd, RaisesWithoutAHandlerAndTheLoopGoesOn) {
     communicator->networkdOnlineHandler = nullptr;
     startAttached();
