@@ -47,6 +47,7 @@ ManagerImpl::~ManagerImpl() {
 
 void ManagerImpl::setEnabled(bool on) {
     log::info("Turning wifi {}", on ? "on" : "off");
+    const std::lock_guard oneAtATime(switchMutex_);
     const Choice choice(*this);
     if (enabled_.exchange(on) != on) {
         communicator_->pushTaskAsync_([this] { taskCallEnabledChangedCallback(); });
@@ -135,20 +136,15 @@ void ManagerImpl::replaceCallback(Callback& target, Callback callback) {
     target = std::move(callback);
 }
 
+// A callback is foreign code: what it throws, when it is copied too, must not keep our own work from being finished.
 void ManagerImpl::notify(const Callback& callback) {
-    std::unique_lock lock(mutex_);
-    const Callback copy = callback;
-    lock.unlock();
-    invoke(copy);
-}
-
-// A callback is foreign code: what it throws must not keep our own work from being finished.
-void ManagerImpl::invoke(const Callback& callback) {
-    if (!callback) {
-        return;
-    }
     try {
-        callback();
+        std::unique_lock lock(mutex_);
+        const Callback copy = callback;
+        lock.unlock();
+        if (copy) {
+            copy();
+        }
     } catch (const std::exception& error) {
         log::error("A callback threw an exception: {}", error.what());
     } catch (...) {

@@ -110,11 +110,12 @@ class ManagerImpl {
     // The state of a callback is its owner's business: copied under the lock, invoked without it.
     void replaceCallback(Callback& target, Callback callback);
     void notify(const Callback& callback);
-    static void invoke(const Callback& callback);
 
     std::unique_ptr<Communicator> communicator_;
     ConnectionMetrics metrics_;
     mutable std::mutex mutex_;
+    // Of two callers who switch at once, one comes last in everything: flag, file and supplicant.
+    std::mutex switchMutex_;
 
     // Loop thread only.
     ConnectionInfoHelper connectionInfoHelper_;

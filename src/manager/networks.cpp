@@ -41,10 +41,9 @@ void ManagerImpl::taskUpdateNetworks() {
     log::debug("Network list changed, size: {}", list.size());
     std::unique_lock lock(mutex_);
     networks_.swap(list);
-    const Callback callback = networksListChangedCallback_;
     lock.unlock();
     list = {};
-    invoke(callback);
+    notify(networksListChangedCallback_);
 }
 
 std::vector<WifiNetwork> ManagerImpl::currentNetworkList() const {

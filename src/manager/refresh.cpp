@@ -105,10 +105,9 @@ void ManagerImpl::taskUpdateConnectionInfo() {
     }
     std::unique_lock lock(mutex_);
     connectionInfo_ = std::move(info);
-    connectionInfoStored_ = true;
-    const Callback callback = connectionInfoChangedCallback_;
     lock.unlock();
-    invoke(callback);
+    connectionInfoStored_ = true;
+    notify(connectionInfoChangedCallback_);
     networksDirty_ = true;
 }
 

@@ -102,8 +102,10 @@ TEST_F(AttemptTimeOut, IsNoticedByEveryOperationThatUpdates) {
         [&] { tracker.setSupplicantStatus(SupplicantStatus::Disconnected); },
         [&] { tracker.setNetworkdIsOnline(false); },
         [&] { tracker.getConnectionInfo(); },
+        [&] { tracker.setSignalStrength(-40); },
     };
     for (std::size_t i = 0; i < updates.size(); ++i) {
+        tracker.setCurrentBss(bss("Old"));  // without one, a signal strength is of nothing
         log.clear();
         tracker.notifyAboutConnectionAttempt("Home");
         clock->advance(2s);

@@ -10,6 +10,26 @@ namespace {
 
 using Registration = void (wifi::ManagerImpl::*)(std::function<void()>);
 
+// To be called as a callback, and throws when it is copied once it is armed.
+class Uncopyable {
+  public:
+    explicit Uncopyable(const bool& armed) : armed_(&armed) {}
+    ~Uncopyable() = default;
+    Uncopyable(const Uncopyable& other) : armed_(other.armed_) {
+        if (*armed_) {
+            throw std::runtime_error("no copy");
+        }
+    }
+    Uncopyable(Uncopyable&&) = default;
+    Uncopyable& operator=(const Uncopyable&) = delete;
+    Uncopyable& operator=(Uncopyable&&) = delete;
+
+    void operator()() const {}
+
+  private:
+    const bool* armed_;
+};
+
 class Callback : public EngineTest {
   protected:
     Callback() { startWithSupplicant(); }
@@ -165,6 +185,28 @@ TEST_F(Callback, ThatThrowsSomethingElseIsLoggedToo) {
     reportScanning(true);
     EXPECT_EQ(log.records(),
               (RecordingLog::Records{{spdlog::level::err, "A callback threw an exception of unknown type"}}));
+}
+
+TEST_F(Callback, ThatCannotBeCopiedIsLoggedAndSpoilsNothing) {
+    bool armed = false;
+    for (const Registration on : registrations) {
+        (*engine.*on)(Uncopyable(armed));
+    }
+    armed = true;
+    SupplicantReport everything;
+    everything.scanning = true;
+    everything.bssListChange = PropertyChange::Set;
+    everything.bssList = {{"Cafe", -60, SecurityMode::none}};
+    everything.currentBssChange = PropertyChange::Set;
+    everything.currentBss = {"Home", -50, SecurityMode::none};
+    everything.status = SupplicantStatus::Connected;
+    report(everything);
+    settle();
+    EXPECT_TRUE(engine->isScanning());
+    EXPECT_EQ(state(), R"(status=connectingIP, ssid="Home", signal=-50)");
+    EXPECT_EQ(engine->networks(), (std::vector<WifiNetwork>{{"Cafe", -60, SecurityMode::none, false}}));
+    EXPECT_EQ(log.texts(spdlog::level::err),
+              std::vector<std::string>(3, "A callback threw an exception: no copy"));
 }
 
 TEST_F(Callback, ThatThrowsWhileATaskPublishesDoesNotStopTheTask) {

@@ -165,6 +165,18 @@ TEST_F(SupplicantComing, StartsTheConnectionStateAfreshFromTheFactsReportedJustB
     EXPECT_EQ(engine->connectionInfo().disconnectReason, ConnectionInfo::DisconnectReason::unknown);
 }
 
+TEST_F(SupplicantComing, ForgetsHowAnAttemptEndedThatWasMadeWithoutIt) {
+    start();
+    engine->connectConfigured("Nowhere");
+    settle();
+    clock->advance(2s);
+    settle();
+    ASSERT_EQ(engine->connectionInfo().disconnectReason, ConnectionInfo::DisconnectReason::causedBySystem);
+    supplicantComes();
+    settle();
+    EXPECT_EQ(engine->connectionInfo(), ConnectionInfo());
+}
+
 TEST_F(SupplicantGoing, ReadsTheConfigurationOnly) {
     startWithSupplicant();
     supplicantGoes();
@@ -193,6 +205,20 @@ TEST_F(SupplicantGoing, EmptiesTheNetworkListAtTheNextIdlePass) {
     EXPECT_TRUE(engine->networks().empty());
     EXPECT_EQ(takeCallbacks(), (Callbacks{.enabled = 1, .networks = 1, .connection = 1}))
         << "the connection's signal is unknown now";
+}
+
+TEST_F(SupplicantGoing, EmptiesTheNetworkListAlsoWhenTheConnectionStaysAsItWas) {
+    startWithSupplicant();
+    engine->disconnect();
+    settle();
+    reportBssList({{"Home", -50, SecurityMode::rsnPsk}});
+    settle();
+    ASSERT_EQ(engine->networks().size(), 1U);
+    forget();
+    supplicantGoes();
+    settle();
+    EXPECT_TRUE(engine->networks().empty());
+    EXPECT_EQ(takeCallbacks(), (Callbacks{.enabled = 1, .networks = 1}));
 }
 
 TEST_F(SupplicantGoing, WithoutHavingBeenThereCallsNothingBack) {
@@ -235,7 +261,9 @@ TEST_F(SupplicantGoing, ForgetsThatOtherNetworksWereDisabled) {
     engine->connectConfigured("Home");
     settle();
     supplicantGoes();
+    takeCalls();
     settle();
+    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(false, 60000)"}) << "there is nobody to enable them";
     supplicantComes();
     engine->forgetNetwork("Cafe");
     takeCalls();

@@ -155,6 +155,28 @@ TEST_F(Threads, MakeRequestsThatAreAllServed) {
               threadCount * requestsOfEach);
 }
 
+TEST_F(Threads, ThatSwitchAtOnceLeaveFlagFileAndSupplicantAgreed) {
+    for (int round = 0; round < rounds; ++round) {
+        std::latch ready(2);
+        const auto turn = [&](bool on) {
+            ready.arrive_and_wait();
+            engine->setEnabled(on);
+        };
+        std::thread other(turn, true);
+        turn(false);
+        other.join();
+        onLoop([] {});
+        std::string switched;
+        for (const std::string& call : stack->takeCalls()) {
+            switched = call.starts_with("startStopSupplicantSync") ? call : switched;
+        }
+        const bool on = engine->isEnabled();
+        ASSERT_EQ(stack->enabledConfiguration, on) << "round " << round;
+        ASSERT_EQ(switched, on ? "startStopSupplicantSync(true)" : "startStopSupplicantSync(false)")
+            << "round " << round;
+    }
+}
+
 TEST_F(Threads, ReplaceCallbacksWhileTheLoopInvokesThem) {
     std::atomic<int> invoked = 0;
     whilePublishing([&] {
