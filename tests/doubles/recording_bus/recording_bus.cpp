@@ -2,6 +2,7 @@
 
 #include "bus_thread.h"
 #include "message_text.h"
+#include "require_success.h"
 
 #include <systemd/sd-bus.h>
 

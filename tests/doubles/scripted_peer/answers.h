@@ -1,6 +1,8 @@
 // What a scripted peer can answer to a call.
 #pragma once
 
+#include "require_success.h"
+
 #include <kaz/dbus/message.h>
 #include <systemd/sd-bus.h>
 
@@ -9,7 +11,8 @@
 
 namespace kaz::test {
 
-// Makes the message that answers a call; a null message is no answer at all. Runs on the peer's thread.
+// Makes the message that answers a call; a null message is no answer at all. Runs on the peer's thread. What cannot be
+// made throws, which ends the program: a test is not to go on with another answer than it ordered.
 using Answer = std::function<dbus::MessagePtr(sd_bus_message* call)>;
 
 // Appends values to a message that is being written. Runs on the peer's thread.
@@ -36,7 +39,8 @@ inline const char* asArgument(const std::string& value) {
 template <typename... Values>
 Append values(std::string types, Values... given) {
     return [types = std::move(types), given...](sd_bus_message* message) {
-        sd_bus_message_append(message, types.c_str(), detail::asArgument(given)...);
+        requireSuccess(sd_bus_message_append(message, types.c_str(), detail::asArgument(given)...),
+                       types.c_str());
     };
 }
 

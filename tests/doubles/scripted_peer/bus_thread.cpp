@@ -1,5 +1,7 @@
 #include "bus_thread.h"
 
+#include "require_success.h"
+
 #include <kaz/dbus/message.h>
 
 #include <poll.h>
@@ -8,16 +10,9 @@
 
 #include <array>
 #include <future>
-#include <stdexcept>
 #include <utility>
 
 namespace kaz::test {
-
-void requireSuccess(int result, const char* what) {
-    if (result < 0) {
-        throw std::runtime_error(std::string(what) + ": " + std::to_string(result));
-    }
-}
 
 BusThread::BusThread(const std::string& address, const Job& prepare, Receiver receiver)
     : receiver_(std::move(receiver)), wakeUp_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {

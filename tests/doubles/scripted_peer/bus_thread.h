@@ -49,7 +49,4 @@ class BusThread {
     std::thread thread_;
 };
 
-// Throws std::runtime_error with `what` for a negative sd-bus return code.
-void requireSuccess(int result, const char* what);
-
 }  // namespace kaz::test

@@ -2,9 +2,11 @@
 
 #include "bus_thread.h"
 #include "message_text.h"
+#include "require_success.h"
 
 #include <map>
 #include <mutex>
+#include <stdexcept>
 #include <utility>
 
 namespace kaz::test {
@@ -62,11 +64,28 @@ struct ScriptedPeer::Script {
             return;
         }
         const char* interface = sd_bus_message_get_interface(message);
-        log.add(keyOf(sd_bus_message_get_path(message), interface == nullptr ? "" : interface,
-                      sd_bus_message_get_member(message)) +
-                '(' + messageText(message) + ')');
-        if (const dbus::MessagePtr answer = answerTo(message)(message)) {
-            sd_bus_send(sd_bus_message_get_bus(message), answer.get(), nullptr);
+        const std::string call =
+            keyOf(sd_bus_message_get_path(message), interface == nullptr ? "" : interface,
+                  sd_bus_message_get_member(message)) +
+            '(' + messageText(message) + ')';
+        log.add(call);
+        try {
+            answer(message);
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error("The answer to " + call + ": " + error.what());
+        }
+    }
+
+    void answer(sd_bus_message* call) {
+        const dbus::MessagePtr answer = answerTo(call)(call);
+        if (answer == nullptr) {
+            return;
+        }
+        sd_bus* const bus = sd_bus_message_get_bus(call);
+        const int sent = sd_bus_send(bus, answer.get(), nullptr);
+        // A bus that is gone takes none.
+        if (sd_bus_is_open(bus) > 0) {
+            requireSuccess(sent, "sd_bus_send");
         }
     }
 

@@ -11,46 +11,45 @@ using Peer = FaultOperation::Peer;
 using Kind = FaultOperation::Kind;
 using test::Append;
 using test::replyWith;
+using test::requireSuccess;
 
 constexpr int manyEntries = 20000;
 constexpr const char* noDictionary = "Invalid argument";
-const std::string longPath = "/n/" + std::string(60000, 'x');  // sd-bus knows none above 64 KiB
 
-// A dictionary with many entries that nobody asked for, and one that counts.
-Append hugeDictionary(std::string key, std::string types, Append value) {
+Append container(char type, std::string contents, Append inside) {
     return [=](sd_bus_message* message) {
-        sd_bus_message_open_container(message, 'a', "{sv}");
-        for (int i = 0; i < manyEntries; ++i) {
-            const std::string unknown = "Unknown" + std::to_string(i);
-            sd_bus_message_append(message, "{sv}", unknown.c_str(), "s", "of no importance to anybody");
-        }
-        sd_bus_message_open_container(message, 'e', "sv");
-        sd_bus_message_append(message, "s", key.c_str());
-        sd_bus_message_open_container(message, 'v', types.c_str());
-        value(message);
-        sd_bus_message_close_container(message);
-        sd_bus_message_close_container(message);
-        sd_bus_message_close_container(message);
+        requireSuccess(sd_bus_message_open_container(message, type, contents.c_str()), contents.c_str());
+        inside(message);
+        requireSuccess(sd_bus_message_close_container(message), contents.c_str());
     };
 }
 
 Append inVariant(std::string types, Append value) {
-    return [=](sd_bus_message* message) {
-        sd_bus_message_open_container(message, 'v', types.c_str());
-        value(message);
-        sd_bus_message_close_container(message);
-    };
+    return container('v', std::move(types), std::move(value));
+}
+
+// A dictionary with many entries that nobody asked for, and one that counts.
+Append hugeDictionary(std::string key, std::string types, Append value) {
+    const Append meant = container('e', "sv", [=](sd_bus_message* message) {
+        values("s", key)(message);
+        inVariant(types, value)(message);
+    });
+    return container('a', "{sv}", [=](sd_bus_message* message) {
+        for (int i = 0; i < manyEntries; ++i) {
+            values("{sv}", "Unknown" + std::to_string(i), "s", "of no importance to anybody")(message);
+        }
+        meant(message);
+    });
 }
 
 Append manyTexts(char type, std::string first, std::string each) {
-    return [=](sd_bus_message* message) {
-        sd_bus_message_open_container(message, 'a', std::string(1, type).c_str());
-        sd_bus_message_append_basic(message, type, first.c_str());
+    const std::string types(1, type);
+    return container('a', types, [=](sd_bus_message* message) {
+        values(types, first)(message);
         for (int i = 1; i < manyEntries; ++i) {
-            sd_bus_message_append_basic(message, type, (each + std::to_string(i)).c_str());
+            values(types, each + std::to_string(i))(message);
         }
-        sd_bus_message_close_container(message);
-    };
+    });
 }
 
 std::string yesOrNo(bool value) {
@@ -113,7 +112,7 @@ FaultOperation ofTheStart(FaultOperation operation) {
 FaultOperation loadUnit() {
     FaultOperation made = ofTheStart(ofSystemd(command("LoadUnit", {})));
     made.good = reply("o", unitPath);
-    made.huge = reply("o", longPath);
+    made.huge = reply("o", longestPath);
     made.hugeOutcome = "detached";  // there is no such unit
     const LogRecord noSuchUnit =
         failedCall(Peer::systemd, "Get", "org.freedesktop.DBus.Error.UnknownMethod: Not in the script");
@@ -216,7 +215,7 @@ FaultOperation addNetwork() {
         return communicator.addNetworkSync(openNetwork("x")) != nullptr;
     });
     made.good = reply("o", networkPath);
-    made.huge = reply("o", longPath);
+    made.huge = reply("o", longestPath);
     made.sensitive = true;
     return made;
 }
@@ -256,7 +255,7 @@ FaultOperation networks() {
     FaultOperation made = command("Networks", {});
     made.kind = Kind::get;
     made.good = reply("v", "ao", 2, "/n/1", "/n/2");
-    made.huge = reply("v", "ao", 3, "/n/1", longPath, "/n/2");
+    made.huge = reply("v", "ao", 3, "/n/1", longestPath, "/n/2");
     made.run = [](DbusCommunicator& communicator) {
         return std::to_string(communicator.getAllConfiguredNetworksSync().size()) + " networks";
     };
@@ -312,6 +311,8 @@ FaultOperation setOfNetwork(const char* property, std::function<bool(DbusCommuni
 }
 
 }  // namespace
+
+const std::string longestPath = "/n/" + std::string(64 * 1024 - 3, 'x');
 
 std::vector<FaultOperation> faultOperations() {
     return {

@@ -21,8 +21,8 @@ struct FaultOperation {
     std::string interface;
     std::string member;  // the method or property; empty for all properties
 
-    // What the peer says when all is well, and a good answer of about a megabyte. Without the latter, what the answer
-    // holds does not matter.
+    // What the peer says when all is well, and a good answer as large as its type can be: a path of 64 KiB, anything
+    // else of about a megabyte. Without the latter, what the answer holds does not matter.
     Answer good;
     Answer huge;
 
@@ -51,6 +51,9 @@ struct FaultOperation {
 };
 
 std::vector<FaultOperation> faultOperations();
+
+// sd-bus knows none that is longer.
+extern const std::string longestPath;
 
 // The record of a call that failed.
 LogRecord failedCall(FaultOperation::Peer peer, const std::string& member, const std::string& error);
