@@ -1,0 +1,51 @@
+#pragma once
+
+#include <wifi/types.h>
+
+#include <sys/types.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kaz::test {
+
+// A process of its own with a Manager in it, which does as it is told, and whose memory can be searched. What it is
+// told reaches it through a socket only: neither its arguments nor its environment have it. Killed at the end of
+// scope.
+class SecretHolder {
+  public:
+    enum class Own { wiped, kept };
+
+    // Returns when its Manager follows the supplicant. Its log goes to `log`.
+    explicit SecretHolder(const std::string& log);
+    ~SecretHolder();
+    SecretHolder(const SecretHolder&) = delete;
+    SecretHolder& operator=(const SecretHolder&) = delete;
+    SecretHolder(SecretHolder&&) = delete;
+    SecretHolder& operator=(SecretHolder&&) = delete;
+
+    // The process wipes its own copies of the settings' secrets before this returns, or keeps them.
+    wifi::ConnectResult connect(const wifi::ConnectionSettings& settings, Own own = Own::wiped) const;
+    // Asks for a scan.
+    void scan() const;
+    // The Manager's thread stands still, in a callback.
+    void block() const;
+    // Adds as many requests as may wait.
+    void fill() const;
+    // The Manager's thread goes on.
+    void unblock() const;
+    // Returns when the Manager has ended.
+    void endManager() const;
+
+    // Where in the process's memory a piece of the secret lies: the names of the regions, or "anonymous".
+    std::vector<std::string> places(const std::string& secret) const;
+
+  private:
+    char ask(const std::string& request) const;
+
+    int socket_ = -1;
+    pid_t pid_ = -1;
+};
+
+}  // namespace kaz::test

@@ -1,0 +1,146 @@
+// What is left of a secret in the memory of a process once the library is done with it: nothing.
+#include "device_fixture.h"
+#include "secret_holder.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kaz::test {
+namespace {
+
+using wifi::ConnectionSettings;
+using wifi::ConnectResult;
+using wifi::SecurityMode;
+using Own = SecretHolder::Own;
+using Places = std::vector<std::string>;
+
+class SecretsInMemory : public DeviceFixture {
+  protected:
+    void SetUp() override {
+        start();
+        user().leave();  // another process is the user
+        begin();
+    }
+
+    void begin() { holder_ = std::make_unique<SecretHolder>(logFile()); }
+
+    const SecretHolder& holder() const { return *holder_; }
+    std::string logFile() const { return own_ / "log"; }
+
+    // The requests so far have been dealt with, and what they held was released.
+    void finish() {
+        holder().scan();
+        waitForCall("Scan");
+    }
+
+    void waitForCall(const std::string& member) {
+        ASSERT_TRUE(device().waitForCalls(
+            [&](const auto& calls) {
+                return std::any_of(calls.begin(), calls.end(),
+                                   [&](const sim::Call& call) { return call.member == member; });
+            },
+            WifiUser::generousLimit));
+    }
+
+    void orderSilence(const std::string& member) {
+        sim::Fault silence;
+        silence.peer = "supplicant";
+        silence.member = member;
+        silence.kind = sim::FaultKind::noReply;
+        device().orderFault(silence);
+    }
+
+    void expectGone(const ConnectionSettings& asked) const {
+        for (const std::string& secret : {asked.password, asked.identity, asked.anonymousIdentity}) {
+            if (!secret.empty()) {
+                EXPECT_EQ(holder().places(secret), Places{}) << secret.substr(0, 32);
+            }
+        }
+    }
+
+    static ConnectionSettings office() {
+        ConnectionSettings asked = settings("Office", SecurityMode::enterprise, passphrase);
+        asked.identity = "Identity~marked";
+        asked.anonymousIdentity = "Anonymous~marked";
+        return asked;
+    }
+    static ConnectionSettings home() { return settings("Home", SecurityMode::rsnPsk, passphrase); }
+
+    inline static const std::string passphrase = "Marked~for~the~search";
+
+  private:
+    TemporaryFolder own_;
+    std::unique_ptr<SecretHolder> holder_;
+};
+
+TEST_F(SecretsInMemory, AreFoundInAProcessThatKeepsThem) {
+    EXPECT_EQ(holder().places(passphrase), Places{});
+    ASSERT_EQ(holder().connect(home(), Own::kept), ConnectResult::ok);
+    finish();
+    EXPECT_NE(holder().places(passphrase), Places{});
+}
+
+// With 16 bytes a passphrase is the last to make its message grow. A message that grows after the secret was written
+// into it leaves its former memory as it was, and nobody but sd-bus could change that.
+TEST_F(SecretsInMemory, AreGoneOnceTheRequestIsDone) {
+    constexpr char notText = '\xff';
+    for (const auto& [mode, password] : std::vector<std::pair<SecurityMode, std::string>>{
+             {SecurityMode::rsnPsk, passphrase},
+             {SecurityMode::rsnPsk, "Mar~k1ed-with-16"},
+             {SecurityMode::wpaPsk, "Mar~k2ed" + std::string(55, '2')},
+             {SecurityMode::sae, "Mar~k3ed-with-16"},
+             {SecurityMode::sae, "Mar~k4ed" + std::string(1016, '4')},
+             {SecurityMode::wep, "~M5~d"},
+             {SecurityMode::wep, "Mar~k6ed-wep."},
+             {SecurityMode::rsnPsk, std::string("Marked~and~not~text") + notText},
+         }) {
+        for (const bool hidden : {false, true}) {
+            SCOPED_TRACE(password.substr(0, 32) + (hidden ? ", hidden" : ""));
+            begin();
+            device().forgetCalls();
+            ConnectionSettings asked = settings("Home", mode, password);
+            asked.hidden = hidden;
+            ASSERT_EQ(holder().connect(asked), ConnectResult::ok);
+            ASSERT_NO_FATAL_FAILURE(finish());
+            EXPECT_EQ(callsOf("AddNetwork").size(), password.back() == notText ? 0U : 1U);
+            expectGone(asked);
+        }
+    }
+}
+
+TEST_F(SecretsInMemory, AreGoneWhenTheRequestIsDroppedAtTheBound) {
+    holder().block();
+    holder().fill();
+    EXPECT_EQ(readFile(logFile()).find("tasks are waiting"), std::string::npos);
+    ASSERT_EQ(holder().connect(office()), ConnectResult::ok);
+    EXPECT_NE(readFile(logFile()).find("4096 tasks are waiting, dropping"), std::string::npos);
+    expectGone(office());
+}
+
+TEST_F(SecretsInMemory, AreGoneWhenTheManagerEndsBeforeTheRequest) {
+    orderSilence("Scan");
+    for (int i = 0; i < 16; ++i) {  // of ten seconds each
+        holder().scan();
+    }
+    waitForCall("Scan");
+    ASSERT_EQ(holder().connect(office()), ConnectResult::ok);
+    EXPECT_NE(holder().places(office().identity), Places{});  // it waits
+    holder().endManager();
+    EXPECT_TRUE(callsOf("AddNetwork").empty());
+    expectGone(office());
+}
+
+TEST_F(SecretsInMemory, AreGoneWhenTheManagerEndsDuringTheRequest) {
+    orderSilence("AddNetwork");
+    ASSERT_EQ(holder().connect(home()), ConnectResult::ok);
+    waitForCall("AddNetwork");
+    EXPECT_NE(holder().places(passphrase), Places{});  // the message waits for its answer
+    holder().endManager();
+    expectGone(home());
+}
+
+}  // namespace
+}  // namespace kaz::test
