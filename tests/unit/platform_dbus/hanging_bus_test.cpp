@@ -1,0 +1,104 @@
+// A bus daemon that does nothing for a while, and then goes on where it stopped.
+#include <kaz/dbus/calls.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <time.h>
+
+#include <string>
+#include <vector>
+
+#include "loop_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::nanoseconds;
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+
+// After so long a call is given up.
+constexpr seconds callLimit{10};
+// A loop that does not sleep while it waits uses all the time it is given.
+constexpr milliseconds hardlyAny{300};
+
+class EventLoopHangingBus : public LoopTest {
+  protected:
+    EventLoopHangingBus() { peer.own(peerName); }
+    ~EventLoopHangingBus() override { goOn(); }
+    EventLoopHangingBus(const EventLoopHangingBus&) = delete;
+    EventLoopHangingBus& operator=(const EventLoopHangingBus&) = delete;
+    EventLoopHangingBus(EventLoopHangingBus&&) = delete;
+    EventLoopHangingBus& operator=(EventLoopHangingBus&&) = delete;
+
+    // What answers a call of the peer; nothing when the call failed.
+    std::string echo(const std::string& text) {
+        sd_bus* const handle = loop->getSdBusHandle();
+        auto call = dbus::makeDbusCall(handle, {peerName, peerPath, peerInterface}, "Echo");
+        EXPECT_GE(sd_bus_message_append(call.message(), "s", text.c_str()), 0);
+        dbus::MessageDecoder reply = dbus::sendMessage(handle, call);
+        const dbus::MessagePtr owned(reply.message);
+        return reply.message == nullptr ? std::string() : readString(reply);
+    }
+
+    // On the loop thread: the daemon stops before it has read anything that is sent from now on.
+    void hang() {
+        ucred credentials{};
+        socklen_t size = sizeof credentials;
+        ::getsockopt(sd_bus_get_fd(loop->getSdBusHandle()), SOL_SOCKET, SO_PEERCRED, &credentials, &size);
+        ASSERT_GT(credentials.pid, 0);
+        daemon_ = credentials.pid;
+        ::kill(daemon_, SIGSTOP);
+    }
+
+    void goOn() const {
+        if (daemon_ > 0) {
+            ::kill(daemon_, SIGCONT);
+        }
+    }
+
+    BusPeer peer;
+
+  private:
+    pid_t daemon_ = 0;
+};
+
+nanoseconds processorTimeOfThisThread() {
+    timespec used{};
+    EXPECT_EQ(::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used), 0);
+    return seconds(used.tv_sec) + nanoseconds(used.tv_nsec);
+}
+
+TEST_F(EventLoopHangingBus, FailsTheCallAndNothingThatComesAfterwards) {
+    Counter signals;
+    const Running running = start();
+    registerForChanged(false, [&](dbus::MessageDecoder&) { ++signals; });
+    ASSERT_EQ(onLoop([this] { return echo("before"); }), "before");
+
+    onLoop([this] {
+        hang();
+        const auto processorTime = processorTimeOfThisThread();
+        const auto begin = steady_clock::now();
+        EXPECT_EQ(echo("meanwhile"), "");
+        const auto elapsed = steady_clock::now() - begin;
+        EXPECT_GE(elapsed, callLimit);
+        EXPECT_LT(elapsed, 2 * callLimit);
+        EXPECT_LT(processorTimeOfThisThread() - processorTime, hardlyAny);
+    });
+    EXPECT_EQ(log.records(),
+              (RecordingLog::Records{{spdlog::level::warn,
+                                      "Call of Echo at test.Peer failed: "
+                                      "org.freedesktop.DBus.Error.Timeout: Connection timed out"}}));
+    EXPECT_TRUE(fallsAsleep(loopThread()));
+
+    goOn();
+    // The late answer is not taken for that of another call.
+    EXPECT_EQ(onLoop([this] { return echo("after"); }), "after");
+    EXPECT_EQ(peer.calls(), (std::vector<std::string>{"Echo(before)", "Echo(meanwhile)", "Echo(after)"}));
+    peer.emit(changed, "after");
+    EXPECT_TRUE(signals.reaches(1));
+    EXPECT_EQ(log.records().size(), 1U);
+}
+
+}  // namespace
+}  // namespace kaz::test
