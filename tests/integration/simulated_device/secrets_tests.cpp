@@ -1,6 +1,11 @@
 // Where a secret may go: to the supplicant and its file, and nowhere else.
 #include <stdlib.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <future>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -26,14 +31,28 @@ class Secrets : public DeviceFixture {
                 point.password = saePassword;
             } else if (point.ssid == "Old") {
                 point.password = wepKey;
+            } else if (point.ssid == "Hidden") {
+                point.password = hiddenPassphrase;
             } else if (point.ssid == "Office") {
-                point.accounts = {{identity, eapPassword, "PEAP", "MSCHAPV2"}};
+                point.accounts = {{identity, eapPassword, "", ""}};
             }
         }
     }
     ~Secrets() override { ::unsetenv("KAZ_METRICS_FILE"); }
 
-    std::filesystem::path metrics() const { return own_ / "metrics.prom"; }
+    // The process's first Manager chooses the file for all.
+    static std::filesystem::path metrics() {
+        static const TemporaryFolder folder;
+        return folder / "metrics.prom";
+    }
+
+    ConnectionSettings home() const { return settings("Home", SecurityMode::rsnPsk, passphrase); }
+
+    ConnectionSettings hidden() const {
+        ConnectionSettings made = settings("Hidden", SecurityMode::rsnPsk, hiddenPassphrase);
+        made.hidden = true;
+        return made;
+    }
 
     ConnectionSettings office(const std::string& password) const {
         ConnectionSettings made = settings("Office", SecurityMode::enterprise, password);
@@ -44,34 +63,83 @@ class Secrets : public DeviceFixture {
         return made;
     }
 
-    // Until the attempt has ended, well or badly.
-    void attempt(const ConnectionSettings& target) {
+    ConnectionSettings plainOffice(SecurityMode mode) const {
+        ConnectionSettings made = settings("Office", mode, eapPassword);
+        made.identity = identity;
+        return made;
+    }
+
+    sim::FaultId orderFault(sim::FaultKind kind, const std::string& text = {}) {
+        sim::Fault fault;
+        fault.peer = "supplicant";
+        fault.member = "AddNetwork";
+        fault.nth = 1;
+        fault.kind = kind;
+        fault.errorText = text;
+        return device().orderFault(fault);
+    }
+
+    // Until the attempt has ended like that.
+    void attempt(const ConnectionSettings& target, Status end = Status::connected) {
         SCOPED_TRACE(target.ssid);
-        user().forgetHistory();
+        const auto before = static_cast<std::ptrdiff_t>(user().history().size());
         ASSERT_EQ(manager().connect(target), ConnectResult::ok);
         ASSERT_TRUE(user().waitUntil([&] {
             const auto history = user().history();
-            const bool begun = std::any_of(history.begin(), history.end(), [&](const ConnectionInfo& info) {
-                return info.ssid == target.ssid && info.status != Status::disconnected;
-            });
-            return begun && (history.back().status == Status::connected ||
-                             history.back().status == Status::disconnected);
+            const auto begun =
+                std::find_if(history.begin() + before, history.end(), [&](const ConnectionInfo& info) {
+                    return info.ssid == target.ssid && info.status == Status::connectingWifi;
+                });
+            return begun != history.end() && history.back().status == end;
         }));
+        collect();
     }
 
-    // Every text that left the library: log records of all levels, metrics, and what it publishes.
+    // Until that was logged once more.
+    void attemptAndFail(const ConnectionSettings& target, const std::string& record) {
+        SCOPED_TRACE(record);
+        const auto count = [&](const RecordingLog::Records& records) {
+            return std::count_if(records.begin(), records.end(), [&](const LogRecord& each) {
+                return each.text.find(record) != std::string::npos;
+            });
+        };
+        const auto before = count(log().records());
+        ASSERT_EQ(manager().connect(target), ConnectResult::ok);
+        ASSERT_TRUE(log().waitFor([&](const auto& records) { return count(records) > before; },
+                                  WifiUser::generousLimit));
+        collect();
+    }
+
+    // What the library has published, and its gauges.
+    void collect() {
+        for (const ConnectionInfo& info : user().history()) {
+            told_ += info.ssid + ' ' + info.disconnectSsid + '\n';
+        }
+        for (const auto& network : manager().networks()) {
+            told_ += network.ssid + '\n';
+        }
+        told_ += readFile(metrics());
+    }
+
+    // Every text that left the library: what was collected, and log records of all levels.
     std::string everythingTold() {
-        std::string all = readFile(metrics());
+        std::string all = told_ + readFile(metrics());
         for (const std::string& text : log().texts()) {
             all += text + '\n';
         }
-        for (const ConnectionInfo& info : user().history()) {
-            all += info.ssid + ' ' + info.disconnectSsid + '\n';
-        }
-        for (const auto& network : manager().networks()) {
-            all += network.ssid + '\n';
-        }
         return all;
+    }
+
+    void expectNothingTold(const std::vector<std::string>& other) {
+        const std::string told = everythingTold();
+        for (const std::string& text : other) {  // there is something to search
+            EXPECT_NE(told.find(text), std::string::npos) << text;
+        }
+        for (const std::string& secret :
+             {passphrase, wrongPassphrase, saePassword, wepKey, identity, anonymousIdentity, eapPassword,
+              wrongEapPassword, hiddenPassphrase, tornPassphrase}) {
+            EXPECT_EQ(told.find(secret), std::string::npos) << secret;
+        }
     }
 
     const std::string passphrase = "Passphrase-marked-1";
@@ -82,33 +150,32 @@ class Secrets : public DeviceFixture {
     const std::string anonymousIdentity = "anonymous-marked-6";
     const std::string eapPassword = "Eap-marked-7";
     const std::string wrongEapPassword = "Eap-marked-8";
-    const std::vector<std::string> secrets{passphrase, wrongPassphrase,   saePassword, wepKey,
-                                           identity,   anonymousIdentity, eapPassword, wrongEapPassword};
+    const std::string hiddenPassphrase = "Hidden-marked-9";
+    const std::string tornPassphrase = "Torn-marked-10";
 
   private:
-    TemporaryFolder own_;
+    std::string told_;
 };
 
 TEST_F(Secrets, OfEveryFlowAreToldToNobodyButTheSupplicant) {
     start();
     // An answer that repeats what it was asked.
-    sim::Fault echo;
-    echo.peer = "supplicant";
-    echo.member = "AddNetwork";
-    echo.nth = 1;
-    echo.errorText = "bad value " + passphrase;
-    const auto ordered = device().orderFault(echo);
-    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, passphrase)), ConnectResult::ok);
-    ASSERT_TRUE(log().waitForText(spdlog::level::warn, "Call of AddNetwork"));
+    const auto ordered = orderFault(sim::FaultKind::error, "bad value " + passphrase);
+    ASSERT_NO_FATAL_FAILURE(attemptAndFail(home(), "Call of AddNetwork"));
     EXPECT_EQ(device().timesFired(ordered), 1U);
 
+    ASSERT_NO_FATAL_FAILURE(attempt(office(wrongEapPassword), Status::disconnected));
+    ASSERT_NO_FATAL_FAILURE(
+        attempt(settings("Home", SecurityMode::rsnPsk, wrongPassphrase), Status::disconnected));
     for (const ConnectionSettings& target : {
-             settings("Home", SecurityMode::rsnPsk, wrongPassphrase),
-             settings("Home", SecurityMode::rsnPsk, passphrase),
              settings("Future", SecurityMode::sae, saePassword),
+             home(),
              settings("Old", SecurityMode::wep, wepKey),
-             office(wrongEapPassword),
+             settings("Home", SecurityMode::wpaPsk, passphrase),
+             hidden(),
              office(eapPassword),
+             plainOffice(SecurityMode::enterprise),
+             plainOffice(SecurityMode::enterpriseVariant),
          }) {
         ASSERT_NO_FATAL_FAILURE(attempt(target));
     }
@@ -119,14 +186,81 @@ TEST_F(Secrets, OfEveryFlowAreToldToNobodyButTheSupplicant) {
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
     manager().forgetNetwork("Home");
     ASSERT_TRUE(user().waitForStatus(Status::disconnected));
+    collect();
+    user().leave();
+    expectNothingTold({"Added network", "Hidden", "Office", "quarn"});
+}
 
-    const std::string told = everythingTold();
-    user().leave();                                            // before the folder of its metrics goes
-    EXPECT_NE(told.find("Added network"), std::string::npos);  // there is something to search
-    EXPECT_NE(told.find("quarn"), std::string::npos);
-    for (const std::string& secret : secrets) {
-        EXPECT_EQ(told.find(secret), std::string::npos) << secret;
+TEST_F(Secrets, ThatCannotBeSentAreToldToNobody) {
+    start();
+    const std::string nul(1, '\0');
+    const std::string notEncoded = "Error while encoding dbus data";
+    for (const std::string& torn : {tornPassphrase + nul + "rest", tornPassphrase + "\xff"}) {
+        attemptAndFail(settings("Home", SecurityMode::rsnPsk, torn), notEncoded);
+        attemptAndFail(settings("Future", SecurityMode::sae, torn), notEncoded);
+        attemptAndFail(office(torn), notEncoded);
+        ConnectionSettings noIdentity = office(eapPassword);
+        noIdentity.identity = torn;
+        attemptAndFail(noIdentity, notEncoded);
     }
+    EXPECT_TRUE(callsOf("AddNetwork").empty());
+    user().leave();
+    expectNothingTold({notEncoded});
+}
+
+TEST_F(Secrets, AreToldToNobodyWhenTheSupplicantDies) {
+    start();
+    orderFault(sim::FaultKind::crash);
+    ASSERT_NO_FATAL_FAILURE(attemptAndFail(office(eapPassword), "Call of AddNetwork"));
+    ASSERT_TRUE(user().waitForStack(false));
+    for (const ConnectionSettings& target : {home(), hidden(), office(eapPassword)}) {
+        ASSERT_NO_FATAL_FAILURE(attemptAndFail(target, "Can't add network"));
+    }
+    user().leave();
+    expectNothingTold({"Call of AddNetwork", "Can't add network"});
+}
+
+TEST_F(Secrets, OfARequestWithoutAnAnswerAreToldToNobody) {
+    start();
+    for (const ConnectionSettings& target : {home(), office(eapPassword)}) {
+        device().forgetCalls();
+        orderFault(sim::FaultKind::noReply);
+        ASSERT_EQ(manager().connect(target), ConnectResult::ok);
+        ASSERT_TRUE(device().waitForCalls(
+            [](const auto& calls) {
+                return std::any_of(calls.begin(), calls.end(),
+                                   [](const sim::Call& call) { return call.member == "AddNetwork"; });
+            },
+            WifiUser::generousLimit));
+        collect();
+        restartUser();  // no Manager waits for an answer at its end
+    }
+    user().leave();
+    expectNothingTold({"Call of AddNetwork"});
+}
+
+TEST_F(Secrets, OfARequestThatIsDroppedAreToldToNobody) {
+    start();
+    constexpr int bound = 4096;
+    std::once_flag once;
+    std::promise<void> blocked;
+    std::promise<void> unblock;
+    manager().onScanningChanged([&, goOn = unblock.get_future().share()] {
+        std::call_once(once, [&] { blocked.set_value(); });
+        goOn.wait();
+    });
+    manager().scan();
+    blocked.get_future().wait();
+    for (int i = 0; i < bound; ++i) {
+        manager().scan();
+    }
+    EXPECT_EQ(manager().connect(home()), ConnectResult::ok);
+    EXPECT_EQ(manager().connect(office(eapPassword)), ConnectResult::ok);
+    collect();
+    unblock.set_value();
+    user().leave();
+    EXPECT_TRUE(callsOf("AddNetwork").empty());
+    expectNothingTold({"4096 tasks are waiting"});
 }
 
 }  // namespace
