@@ -1,8 +1,12 @@
 // Connecting in all its kinds, and that what was asked for is done and saved when the command returns.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <csignal>
 #include <cstdint>
+#include <filesystem>
 #include <string>
+#include <vector>
 
 #include "command_fixture.h"
 #include "waiting.h"
@@ -11,6 +15,16 @@ namespace kaz::test {
 namespace {
 
 using Connecting = CommandFixture;
+
+// Those of the tests below.
+bool tellsAPassword(const std::string& text) {
+    for (const std::string password : {"horse", "donkey", "sumimasen", "engine"}) {
+        if (has(text, password)) {
+            return true;
+        }
+    }
+    return false;
+}
 
 TEST_F(Connecting, IsSavedWhenTheCommandReturns) {
     start();
@@ -101,13 +115,79 @@ TEST_F(Connecting, ReportsAFailureBeforeItGoesUnseen) {
 TEST_F(Connecting, NeverWritesThePasswordAnywhere) {
     start();
     runs(0, {"scan"});
-    const Finished good = runs(0, {"-v", "connect", "Home"}, "correct horse\n");
-    const Finished bad =
-        runs(1, {"-v", "--json", "connect", "Vault", "--security", "wpa3"}, "donkey donkey\n");
-    EXPECT_TRUE(has(good.err, "Connecting to ssid=\"Home\"")) << good.err;
-    for (const std::string& text : {good.out, good.err, bad.out, bad.err}) {
-        EXPECT_FALSE(has(text, "horse")) << text;
-        EXPECT_FALSE(has(text, "donkey")) << text;
+    const auto monitor = withPipes({"-v", "monitor", "--json"});
+    ASSERT_TRUE(monitor->waitFor("cellar"));
+    const Finished plain = runs(0, {"-v", "connect", "東京カフェ"}, "sumimasen\n");
+    std::vector<Finished> all{
+        plain,
+        runs(1, {"-v", "--json", "connect", "Vault", "--security", "wpa3"}, "donkey donkey\n"),
+        runs(1, {"-v", "connect", "Vault", "--security", "wpa3", "--keep"}, "donkey donkey\n"),
+        runs(0,
+             {"-v", "--json", "connect", "Campus", "--identity", "ada", "--anonymous-identity", "anonymous"},
+             "engine no 2\n"),
+        runs(0, {"-v", "--json", "connect", "Home"}, "correct horse\n"),
+        runs(0, {"-v", "list"}),
+        runs(0, {"-v", "list", "--json"}),
+        runs(0, {"-v", "status"}),
+        runs(0, {"-v", "status", "--json"}),
+    };
+    ASSERT_TRUE(monitor->waitFor(R"("status":"connected","ssid":"Home")")) << monitor->out();
+    monitor->sendSignal(SIGTERM);
+    all.push_back({monitor->wait(), monitor->out(), monitor->err()});
+
+    EXPECT_TRUE(has(plain.err, "Connecting to ssid=\"東京カフェ\"")) << plain.err;
+    for (const Finished& each : all) {
+        EXPECT_FALSE(tellsAPassword(each.out)) << each.out;
+        EXPECT_FALSE(tellsAPassword(each.err)) << each.err;
+    }
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(file(""))) {
+        const bool ofTheSupplicant = entry.path().filename() == "supplicant.conf";
+        EXPECT_EQ(tellsAPassword(readFile(entry.path())), ofTheSupplicant) << entry.path();
+    }
+}
+
+TEST_F(Connecting, ShowsThePasswordToNobodyWhoLooksAtTheProcess) {
+    neighbourhood.times.handshake = std::chrono::hours(24);  // so that it can be looked at
+    start();
+    runs(0, {"scan"});
+    writeFile(file("key"), "correct horse\n");
+    const auto look = [](RunningProgram& program) {
+        ASSERT_TRUE(program.waitFor("Connecting to")) << program.out() << program.err();
+        EXPECT_TRUE(has(program.told("cmdline"), "kazwifictl"));
+        EXPECT_TRUE(has(program.told("environ"), "DBUS_SYSTEM_BUS_ADDRESS"));
+        for (const std::string name : {"cmdline", "environ", "comm"}) {
+            EXPECT_FALSE(tellsAPassword(program.told(name))) << program.told(name);
+        }
+        program.sendSignal(SIGTERM);
+        EXPECT_EQ(program.wait().signal, SIGTERM);
+        EXPECT_FALSE(tellsAPassword(program.out() + program.err())) << program.out() << program.err();
+    };
+    {
+        SCOPED_TRACE("from the standard input");
+        const auto program = withPipes({"connect", "Home"});
+        program->send("correct horse\n");
+        look(*program);
+    }
+    {
+        SCOPED_TRACE("from a file");
+        const auto program = withPipes({"connect", "Home", "--password-file", file("key")});
+        look(*program);
+    }
+    {
+        SCOPED_TRACE("asked for on a terminal");
+        const auto program = inTerminal({"connect", "Home"});
+        ASSERT_TRUE(program->waitFor("Password for"));
+        program->send("correct horse\n");
+        look(*program);
+    }
+    {
+        SCOPED_TRACE("asked for at the prompt");
+        const auto program = inTerminal({});
+        ASSERT_TRUE(program->waitFor("kazwifi> "));
+        program->send("connect Home\n");
+        ASSERT_TRUE(program->waitFor("Password for"));
+        program->send("correct horse\n");
+        look(*program);
     }
 }
 

@@ -11,6 +11,8 @@
 
 #include <array>
 #include <cerrno>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -203,6 +205,11 @@ Ending RunningProgram::wait() {
 bool RunningProgram::waitForStop() const {
     int status = 0;
     return ::waitpid(pid_, &status, WUNTRACED) == pid_ && WIFSTOPPED(status);
+}
+
+std::string RunningProgram::told(const std::string& name) const {
+    std::ifstream file("/proc/" + std::to_string(pid_) + '/' + name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 bool RunningProgram::echoes() const {

@@ -56,6 +56,9 @@ class RunningProgram {
     const std::string& out() const { return out_; }
     const std::string& err() const { return err_; }
 
+    // What the kernel tells everybody of the process while it runs: /proc/PID/NAME.
+    std::string told(const std::string& name) const;
+
     // Whether the terminal shows what is typed.
     bool echoes() const;
 
