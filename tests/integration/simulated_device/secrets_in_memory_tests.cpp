@@ -3,6 +3,7 @@
 #include "secret_holder.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <utility>
@@ -69,6 +70,16 @@ class SecretsInMemory : public DeviceFixture {
     }
     static ConnectionSettings home() { return settings("Home", SecurityMode::rsnPsk, passphrase); }
 
+    // A long text that has no piece that could be anything else.
+    static std::string marked(std::size_t size) {
+        std::string text;
+        while (text.size() < size) {
+            text += "~mar~ked~";
+        }
+        text.resize(size);
+        return text;
+    }
+
     inline static const std::string passphrase = "Marked~for~the~search";
 
   private:
@@ -90,11 +101,11 @@ TEST_F(SecretsInMemory, AreGoneOnceTheRequestIsDone) {
     for (const auto& [mode, password] : std::vector<std::pair<SecurityMode, std::string>>{
              {SecurityMode::rsnPsk, passphrase},
              {SecurityMode::rsnPsk, "Mar~k1ed-with-16"},
-             {SecurityMode::wpaPsk, "Mar~k2ed" + std::string(55, '2')},
-             {SecurityMode::sae, "Mar~k3ed-with-16"},
-             {SecurityMode::sae, "Mar~k4ed" + std::string(1016, '4')},
-             {SecurityMode::wep, "~M5~d"},
-             {SecurityMode::wep, "Mar~k6ed-wep."},
+             {SecurityMode::wpaPsk, marked(63)},
+             {SecurityMode::sae, "Mar~k2ed-with-16"},
+             {SecurityMode::sae, marked(1024)},
+             {SecurityMode::wep, "~M3~d"},
+             {SecurityMode::wep, "Mar~k4ed-wep."},
              {SecurityMode::rsnPsk, std::string("Marked~and~not~text") + notText},
          }) {
         for (const bool hidden : {false, true}) {
