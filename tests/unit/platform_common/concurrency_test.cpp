@@ -2,20 +2,16 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <stdlib.h>
 #include <sys/file.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <waiting.h>
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <functional>
 #include <future>
 #include <memory>
-#include <random>
 #include <thread>
 #include <vector>
 
@@ -150,163 +146,6 @@ TEST_F(ConfigConcurrency, ThreadsMayCreateTheSameMissingFoldersAtOnce) {
         }
         EXPECT_EQ(util::readKazConfig().size(), 4U) << round;
     }
-}
-
-// What a writer process says about its key, in memory shared with the test.
-struct Progress {
-    std::atomic<int> begun = 0;
-    std::atomic<int> done = 0;
-};
-
-constexpr std::size_t writerCount = 4;
-using Board = std::array<Progress, writerCount>;
-
-struct Unmap {
-    void operator()(Board* board) const noexcept { ::munmap(board, sizeof(Board)); }
-};
-
-std::unique_ptr<Board, Unmap> sharedBoard() {
-    void* memory = ::mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED) {  // NOLINT: the macro casts an integer
-        throw std::bad_alloc();
-    }
-    return std::unique_ptr<Board, Unmap>(new (memory) Board);
-}
-
-std::string keyOf(std::size_t writer) {
-    return fmt::format("writer{}", writer);
-}
-
-[[noreturn]] void countUp(std::size_t writer, Progress& progress) {
-    for (;;) {
-        const int next = ++progress.begun;
-        if (!util::updateKazConfig(keyOf(writer), std::to_string(next))) {
-            ::_exit(1);
-        }
-        progress.done = next;
-    }
-}
-
-// Has temporary folders in memory, unless they were given another place: a killed process does not lose what it wrote,
-// and waiting for the disk would take nearly all of the time.
-class FoldersInMemory {
-  protected:
-    FoldersInMemory() {
-        constexpr const char* memory = "/dev/shm";
-        isSet_ = ::getenv("TMPDIR") == nullptr && ::access(memory, R_OK | W_OK | X_OK) == 0;
-        if (isSet_) {
-            ::setenv("TMPDIR", memory, 0 /* overwrite */);
-        }
-    }
-    ~FoldersInMemory() {
-        if (isSet_) {
-            ::unsetenv("TMPDIR");
-        }
-    }
-    FoldersInMemory(const FoldersInMemory&) = delete;
-    FoldersInMemory& operator=(const FoldersInMemory&) = delete;
-    FoldersInMemory(FoldersInMemory&&) = delete;
-    FoldersInMemory& operator=(FoldersInMemory&&) = delete;
-
-  private:
-    bool isSet_ = false;
-};
-
-class ConfigKilledWriters : private FoldersInMemory, public ConfigConcurrency {
-  protected:
-    static constexpr const char* others = "# a comment\n\nfirst=1\r\nno equals sign\nfirst = \xff\n";
-
-    ConfigKilledWriters() {
-        std::string before = others;
-        for (std::size_t writer = 0; writer < writerCount; ++writer) {
-            before += keyOf(writer) + "=0\n";
-        }
-        write(before);
-        for (std::size_t writer = 0; writer < writerCount; ++writer) {
-            start(writer);
-        }
-    }
-
-    void start(std::size_t writer) {
-        writers_[writer] = std::make_unique<ChildProcess>([this, writer] {
-            countUp(writer, board_->at(writer));
-            return 0;
-        });
-    }
-
-    // Once the writer has written something, and a moment later.
-    void kill(std::size_t writer, std::chrono::microseconds moment) {
-        ASSERT_TRUE(eventually([&] {
-            checkWhileWritersRun();
-            return HasFatalFailure() || board_->at(writer).done > atStart_[writer];
-        }));
-        std::this_thread::sleep_for(moment);
-        writers_[writer]->sendKill();
-        ASSERT_EQ(writers_[writer]->wait(), -SIGKILL) << "a writer ended by itself: an update failed";
-        settle(writer);
-    }
-
-    int deathsBeforeTheNewFile() const { return deathsBeforeTheNewFile_; }
-    int deathsAfterTheNewFile() const { return deathsAfterTheNewFile_; }
-
-  private:
-    // Reads once, and checks that each writer's value is one that may be there while it runs.
-    void checkWhileWritersRun() const {
-        std::array<int, writerCount> least{};
-        for (std::size_t writer = 0; writer < writerCount; ++writer) {
-            least[writer] = board_->at(writer).done;
-        }
-        Entries entries = util::readKazConfig();
-        ASSERT_EQ(entries.size(), writerCount + 2);
-        for (std::size_t writer = 0; writer < writerCount; ++writer) {
-            const int value = std::stoi(entries[keyOf(writer)]);
-            ASSERT_GE(value, least[writer]);
-            ASSERT_LE(value, board_->at(writer).begun);
-        }
-        ASSERT_TRUE(text().starts_with(others));
-    }
-
-    // After the writer's death: the value is the last one that was confirmed or the one being written. Takes it as the
-    // base to go on from.
-    void settle(std::size_t writer) {
-        Progress& progress = board_->at(writer);
-        const int value = std::stoi(util::readKazConfig()[keyOf(writer)]);
-        ASSERT_TRUE(value == progress.done || value == progress.begun)
-            << value << ", done " << progress.done << ", begun " << progress.begun;
-        if (progress.begun != progress.done) {
-            ++(value == progress.done ? deathsBeforeTheNewFile_ : deathsAfterTheNewFile_);
-        }
-        progress.begun = value;
-        progress.done = value;
-        atStart_[writer] = value;
-    }
-
-    const std::unique_ptr<Board, Unmap> board_ = sharedBoard();
-    std::array<std::unique_ptr<ChildProcess>, writerCount> writers_;
-    std::array<int, writerCount> atStart_{};
-    int deathsBeforeTheNewFile_ = 0;
-    int deathsAfterTheNewFile_ = 0;
-};
-
-TEST_F(ConfigKilledWriters, LeaveTheOldFileOrTheNewOne) {
-    constexpr int rounds = 2000;
-    constexpr int longest = 500;  // microseconds, some updates
-    std::minstd_rand random(1);
-    for (int round = 0; round < rounds && !HasFatalFailure(); ++round) {
-        SCOPED_TRACE(round);
-        const std::size_t writer = random() % writerCount;
-        kill(writer, std::chrono::microseconds(random() % longest));
-        start(writer);
-    }
-    for (std::size_t writer = 0; writer < writerCount; ++writer) {
-        kill(writer, {});
-    }
-    EXPECT_GT(deathsBeforeTheNewFile(), rounds / 100)
-        << "the writers were to be killed in the middle of an update";
-    EXPECT_GT(deathsAfterTheNewFile(), rounds / 100) << "and at its end";
-    EXPECT_TRUE(util::updateKazConfig("wifi", "off"));
-    EXPECT_EQ(folder().content(), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
-    EXPECT_TRUE(log().records().empty());
 }
 
 }  // namespace
