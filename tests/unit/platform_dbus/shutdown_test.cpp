@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <atomic>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,19 @@ class EventLoopShutdown : public LoopTest {
         const auto from = steady_clock::now();
         end();
         return steady_clock::now() - from;
+    }
+
+    // Whether one of three new loops ends below the limit; `endOfOne` starts it and says how long its end took. On a busy
+    // machine one may have to wait for the processor.
+    bool oneOfThreeEndsWithin(milliseconds limit, const std::function<steady_clock::duration()>& endOfOne) {
+        for (int loops = 0; loops < 3 && !HasFailure(); ++loops) {
+            loop = std::make_unique<dbus::EventLoop>();
+            SetUp();
+            if (endOfOne() < limit) {
+                return true;
+            }
+        }
+        return false;
     }
 
     // A task that calls someone who never answers.
@@ -76,9 +90,12 @@ class EventLoopShutdown : public LoopTest {
 };
 
 TEST_F(EventLoopShutdown, IsImmediateWhenNothingHangs) {
-    const Running running = start();
-    ASSERT_TRUE(fallsAsleep(loopThread()));
-    EXPECT_LT(destroy(), milliseconds(900));
+    const auto endOfOne = [this] {
+        const Running running = start();
+        EXPECT_TRUE(fallsAsleep(loopThread()));
+        return destroy();
+    };
+    EXPECT_TRUE(oneOfThreeEndsWithin(milliseconds(900), endOfOne));
 }
 
 TEST_F(EventLoopShutdown, GivesTheCallInFlightASecondAndRunsTheLastIdlePass) {
@@ -98,19 +115,22 @@ TEST_F(EventLoopShutdown, GivesTheCallInFlightASecondAndRunsTheLastIdlePass) {
     EXPECT_TRUE(log.texts(spdlog::level::err).empty());
 }
 
+// The first stop, that is: a second one does not begin it anew.
 TEST_F(EventLoopShutdown, CountsTheSecondFromTheStop) {
     BusPeer peer;
     peer.own(peerName);
-    const Running running = start();
-    pushHungCall();
-    ASSERT_TRUE(peer.waitForCall("Ignore()"));
-    const auto stopped = steady_clock::now();
-    loop->stopEventLoopAsync();
-    ASSERT_TRUE(eventually([&] { return steady_clock::now() - stopped > milliseconds(900); }));
-    loop->stopEventLoopAsync();
-    const auto stoppedAgain = steady_clock::now();
-    destroy();
-    EXPECT_LT(steady_clock::now() - stoppedAgain, milliseconds(950));
+    const auto endOfOne = [&] {
+        const Running running = start();
+        const std::size_t calls = peer.calls().size();
+        pushHungCall();
+        EXPECT_TRUE(eventually([&] { return peer.calls().size() > calls; }));
+        const auto stopped = steady_clock::now();
+        loop->stopEventLoopAsync();
+        EXPECT_TRUE(eventually([&] { return steady_clock::now() - stopped > milliseconds(900); }));
+        loop->stopEventLoopAsync();
+        return destroy();
+    };
+    EXPECT_TRUE(oneOfThreeEndsWithin(milliseconds(950), endOfOne));
 }
 
 TEST_F(EventLoopShutdown, FailsCallsOfTheTaskAndOfTheLastIdlePassTooAfterTheSecond) {
