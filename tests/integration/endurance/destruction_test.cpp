@@ -3,40 +3,85 @@
 #include "resources.h"
 
 #include <algorithm>
+#include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace kaz::test {
 namespace {
 
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
 using wifi::ConnectResult;
 using wifi::SecurityMode;
 using Status = wifi::ConnectionInfo::Status;
 
 class Destruction : public DeviceFixture {
   protected:
-    void waitForCallCount(std::size_t count) {
-        ASSERT_TRUE(device().waitForCalls([count](const auto& calls) { return calls.size() >= count; },
-                                          WifiUser::generousLimit));
+    static constexpr milliseconds delay{10};
+
+    // The device takes its time to answer this call, counted from now.
+    void delayAnswer(unsigned call) {
+        device().clearFaults();
+        device().forgetCalls();
+        sim::Fault slow;
+        slow.nth = call;
+        slow.kind = sim::FaultKind::delay;
+        slow.delay = delay;
+        fault_ = device().orderFault(slow);
     }
+
+    // Waits for so many calls. Until the result at least, the last of them goes unanswered.
+    steady_clock::time_point waitForCall(std::size_t count) {
+        auto notYet = steady_clock::now();
+        EXPECT_TRUE(device().waitForCalls(
+            [&](const auto& calls) {
+                if (calls.size() < count) {
+                    notYet = steady_clock::now();
+                }
+                return calls.size() >= count;
+            },
+            WifiUser::generousLimit));
+        return notYet + delay;
+    }
+
+    bool wasDelayed() { return device().timesFired(fault_) == 1; }
+
+  private:
+    sim::FaultId fault_ = 0;
 };
 
-// The start makes eight calls before it is over; each round ends in the middle of another of them.
+// The start makes eight calls, one more for each network known, and what was asked for follows; each round ends while
+// another of these calls is not answered.
 TEST_F(Destruction, OfAThousandManagersWithCallsInFlight) {
     constexpr int rounds = 1000;
-    constexpr std::size_t callsOfTheStart = 8;
+    constexpr unsigned calls = 24;
     start();
     user().leave();
-    const std::size_t descriptors = openDescriptors();
-    for (std::size_t round = 0; round < rounds && !HasFatalFailure(); ++round) {
-        device().forgetCalls();
-        wifi::Manager manager;
-        manager.scan();
-        EXPECT_EQ(manager.connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
-        waitForCallCount(round % (callsOfTheStart + 1));
+    std::size_t descriptors = 0;
+    int inFlight = 0;
+    for (unsigned round = 0; round < rounds && !HasFailure(); ++round) {
+        if (round == calls) {
+            descriptors = openDescriptors();  // with those by which the device delays answers
+        }
+        const unsigned call = round % calls + 1;
+        SCOPED_TRACE(call);
+        delayAnswer(call);
+        {
+            wifi::Manager manager;
+            manager.scan();
+            EXPECT_EQ(manager.connect(settings("Home", SecurityMode::rsnPsk, homePassword)),
+                      ConnectResult::ok);
+            const auto unanswered = waitForCall(call);
+            inFlight += steady_clock::now() < unanswered ? 1 : 0;
+        }
+        EXPECT_TRUE(wasDelayed());
+        forgetLog();
     }
+    // In some, the test itself may have been too slow to know.
+    EXPECT_GT(inFlight, rounds / 2);
     EXPECT_EQ(openDescriptors(), descriptors);
-    forgetLog();
 }
 
 // Two networks are saved, and the device joins a third; whenever the user leaves, the next one finds all that was
@@ -50,13 +95,13 @@ class DestructionDuringAConnect : public Destruction {
         ASSERT_TRUE(waitForSaved("ssid=\"Old\""));
     }
 
-    void beginToJoinHome() {
-        ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
+    void beginToJoinHome(const std::string& password = homePassword) {
+        ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, password)), ConnectResult::ok);
     }
 
     void join(const std::string& ssid, SecurityMode mode, const std::string& password = {}) {
         ASSERT_EQ(manager().connect(settings(ssid, mode, password)), ConnectResult::ok);
-        ASSERT_TRUE(user().waitForStatus(Status::connected, ssid));
+        ASSERT_TRUE(user().waitForStatus(Status::connected, ssid)) << ssid;
     }
 
     static bool saves(const std::vector<sim::Call>& calls) {
@@ -75,6 +120,29 @@ class DestructionDuringAConnect : public Destruction {
         return made;
     }
 
+    // Leaves in the middle of an attempt, and looks at what the next user finds.
+    void leaveWhen(const std::function<bool()>& stageIsReached, const std::string& password = homePassword) {
+        join("Cafe", SecurityMode::none);
+        device().forgetCalls();
+        user().forgetHistory();
+        forgetLog();
+        beginToJoinHome(password);
+        ASSERT_TRUE(stageIsReached());
+        user().leave();
+        left_ = user().history().empty() ? wifi::ConnectionInfo{} : user().history().back();
+        restartUser();
+        expectNothingLost();
+        // An attempt that begins while another is under way may take the other's end for its own.
+        ASSERT_TRUE(user().waitForStatus(Status::connected));
+        join("Old", SecurityMode::wep, "12345");
+        join("Home", SecurityMode::rsnPsk, homePassword);
+        forgetHome();
+    }
+
+    // The last that the user who left was told.
+    const wifi::ConnectionInfo& left() const { return left_; }
+
+  private:
     void forgetHome() {
         manager().forgetNetwork("Home");
         ASSERT_TRUE(user().waitForStatus(Status::disconnected));
@@ -90,6 +158,8 @@ class DestructionDuringAConnect : public Destruction {
         EXPECT_EQ(saved.find("disabled=1"), std::string::npos) << saved;
         EXPECT_EQ(saved.find("ssid=\"Home\""), saved.rfind("ssid=\"Home\"")) << saved;
     }
+
+    wifi::ConnectionInfo left_;
 };
 
 TEST_F(DestructionDuringAConnect, LosesNothingAtAnyStage) {
@@ -97,19 +167,67 @@ TEST_F(DestructionDuringAConnect, LosesNothingAtAnyStage) {
     ASSERT_GT(stages, 15U);
     for (std::size_t stage = 0; stage <= stages && !HasFatalFailure(); ++stage) {
         SCOPED_TRACE(stage);
-        join("Cafe", SecurityMode::none);
-        device().forgetCalls();
-        beginToJoinHome();
         // Not every connect asks for the access points equally often.
-        ASSERT_TRUE(device().waitForCalls(
-            [stage](const auto& calls) { return calls.size() >= stage || saves(calls); },
-            WifiUser::generousLimit));
-        restartUser();
-        expectNothingLost();
-        join("Old", SecurityMode::wep, "12345");
-        join("Home", SecurityMode::rsnPsk, homePassword);
-        forgetHome();
+        leaveWhen([&] {
+            return device().waitForCalls(
+                [stage](const auto& calls) { return calls.size() >= stage || saves(calls); },
+                WifiUser::generousLimit);
+        });
     }
+}
+
+// A device that takes long enough for each state to be left in it.
+class DestructionBetweenCalls : public DestructionDuringAConnect {
+  protected:
+    void SetUp() override {
+        neighbourhood.times.handshake = milliseconds(10'000);
+        neighbourhood.times.dhcp = milliseconds(10'000);
+        DestructionDuringAConnect::SetUp();
+    }
+
+    // Where the test has to wait for its processor, the attempt goes on meanwhile, and another try is due.
+    void leaveIn(Status status, const std::function<bool()>& isReached,
+                 const std::string& password = homePassword) {
+        int tries = 5;
+        do {
+            ASSERT_GT(tries, 0);
+            --tries;
+            leaveWhen(isReached, password);
+        } while (!HasFailure() && left().status != status);
+    }
+
+    bool waitForSupplicant(const std::string& state) {
+        return log().waitForText(spdlog::level::debug, "PropertiesChanged: State=" + state);
+    }
+};
+
+TEST_F(DestructionBetweenCalls, LosesNothingInAnyStatus) {
+    for (const Status status : {Status::connectingWifi, Status::connectingIP, Status::connected}) {
+        SCOPED_TRACE(static_cast<int>(status));
+        leaveIn(status, [&] { return user().waitToPass(status, "Home"); });
+    }
+}
+
+TEST_F(DestructionBetweenCalls, LosesNothingWhileTheLinkIsSetUp) {
+    for (const char* state : {"associating", "associated", "4way_handshake"}) {
+        SCOPED_TRACE(state);
+        leaveIn(Status::connectingWifi, [&] { return waitForSupplicant(state); });
+    }
+}
+
+TEST_F(DestructionBetweenCalls, LosesNothingAroundAnAttemptThatFails) {
+    const char* wrong = "wrong password";
+    leaveIn(
+        Status::connectingWifi, [&] { return waitForSupplicant("4way_handshake"); }, wrong);
+    leaveWhen(
+        [&] {
+            return user().waitUntil([&] {
+                const auto past = user().history();
+                return std::any_of(past.begin(), past.end(),
+                                   [](const auto& info) { return info.disconnectSsid == "Home"; });
+            });
+        },
+        wrong);
 }
 
 }  // namespace

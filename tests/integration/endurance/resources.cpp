@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 #include <iterator>
 
 // Is there where a sanitizer has put its allocator in the place of the C library's.
@@ -40,6 +41,17 @@ std::size_t allocatedBytes() {
     }
     const struct mallinfo2 info = ::mallinfo2();
     return info.uordblks + info.hblkhd;  // the large blocks are mapped, each by itself
+}
+
+std::size_t residentBytes() {
+    if (__sanitizer_get_current_allocated_bytes != nullptr) {
+        return 0;
+    }
+    ::malloc_trim(0);
+    std::size_t total = 0;
+    std::size_t resident = 0;
+    std::ifstream("/proc/self/statm") >> total >> resident;
+    return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
 }
 
 }  // namespace kaz::test
