@@ -62,9 +62,13 @@ void DeviceFixture::start() {
     }
 }
 
-void DeviceFixture::restartUser() {
+void DeviceFixture::replaceUser() {
     user_.reset();
     user_ = std::make_unique<WifiUser>();
+}
+
+void DeviceFixture::restartUser() {
+    replaceUser();
     ASSERT_TRUE(user_->waitForStack(true));
 }
 
@@ -75,6 +79,11 @@ void DeviceFixture::crashBus() {
 
 void DeviceFixture::restartBus() {
     bus_.restart();
+    startDevice();
+}
+
+void DeviceFixture::restartDevice() {
+    device_.reset();
     startDevice();
 }
 

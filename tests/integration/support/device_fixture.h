@@ -35,12 +35,16 @@ class DeviceFixture : public ::testing::Test {
     const RecordingLog& log() const { return log_; }
     void forgetLog() { log_.clear(); }
 
-    // A new user, after the former one left.
+    // A new user, after the former one left. The second waits until it follows the supplicant.
+    void replaceUser();
     void restartUser();
 
     // The bus breaks, and with it the device; after the restart both are there again, with what was saved.
     void crashBus();
     void restartBus();
+
+    // All services leave the bus, and come anew with what was saved.
+    void restartDevice();
 
     // The supplicant's configuration file; empty while it was never saved.
     std::string savedConfiguration() const;
