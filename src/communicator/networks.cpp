@@ -49,8 +49,10 @@ bool DbusCommunicator::removeNetworkSync(const dbus::OPath& network) {
 }
 
 bool DbusCommunicator::setNetworkEnabledSync(const dbus::OPath& network, bool enabled) {
-    othersDisabled_ = othersDisabled_ && !enabled;
-    return mayUseSupplicant("enable network") && supplicantNetwork(network).set("Enabled", enabled);
+    const bool done =
+        mayUseSupplicant("enable network") && supplicantNetwork(network).set("Enabled", enabled);
+    othersDisabled_ = othersDisabled_ && !(enabled && done);
+    return done;
 }
 
 // The supplicant keeps all settings that the dictionary does not name.

@@ -35,6 +35,14 @@ class BusLoss : public CommunicatorTest {
         onLoop([&] { communicator->selectNetworkSync(dbus::OPath(networkPath)); });
     }
 
+    void missTheBusForAMoment() {
+        loseBus();
+        ASSERT_TRUE(calls.waitForCall("status changed: off"));
+        forget();
+        bringBusBack();
+        ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    }
+
     // The paths of the networks that were enabled.
     std::vector<std::string> enabled() {
         std::vector<std::string> paths;
@@ -99,24 +107,24 @@ TEST_F(BusLoss, HearsEverySignalOnceAfterwards) {
 
 TEST_F(BusLoss, InAnAttemptEnablesTheOtherNetworksAfterwards) {
     beginAnAttempt();
-    loseBus();
-    ASSERT_TRUE(calls.waitForCall("status changed: off"));
-    forget();
-    bringBusBack();
-    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    ASSERT_NO_FATAL_FAILURE(missTheBusForAMoment());
     EXPECT_THAT(enabled(), ElementsAre(networkPath, otherNetworkPath));
     EXPECT_EQ(calls.calls().back(), "status changed: on") << "before anybody can save";
 }
 
 TEST_F(BusLoss, AfterAnAttemptLeavesTheNetworksAlone) {
+    supplicant.onSet(otherNetworkPath, networkInterface, "Enabled", reply(""));
     beginAnAttempt();
-    onLoop([&] { communicator->setNetworkEnabledSync(dbus::OPath(otherNetworkPath), true); });
-    loseBus();
-    ASSERT_TRUE(calls.waitForCall("status changed: off"));
-    forget();
-    bringBusBack();
-    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    onLoop([&] { EXPECT_TRUE(communicator->setNetworkEnabledSync(dbus::OPath(otherNetworkPath), true)); });
+    ASSERT_NO_FATAL_FAILURE(missTheBusForAMoment());
     EXPECT_THAT(enabled(), IsEmpty());
+}
+
+TEST_F(BusLoss, AfterAnAttemptWhoseEndWasRefusedEnablesTheOtherNetworks) {
+    beginAnAttempt();
+    onLoop([&] { EXPECT_FALSE(communicator->setNetworkEnabledSync(dbus::OPath(otherNetworkPath), true)); });
+    ASSERT_NO_FATAL_FAILURE(missTheBusForAMoment());
+    EXPECT_THAT(enabled(), ElementsAre(networkPath, otherNetworkPath));
 }
 
 TEST_F(BusLoss, InAnAttemptWhoseSupplicantHadEndedLeavesTheNetworksAlone) {
