@@ -29,14 +29,46 @@ if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     "-ffile-prefix-map=${PROJECT_BINARY_DIR}=/usr/src/${PROJECT_NAME}/build")
 endif()
 
-# One folder is one layer is one target. A layer's headers are found only by the targets that name it in USES:
-# links are private, so nothing is inherited, and an include that skips a layer does not build.
+# A room is a folder that includes name: FOLDER's headers are "src/communicator" without the leading src, tools or tests,
+# so "communicator/communicator.h". TARGET finds them, and with PUBLIC or INTERFACE also those who link it. Nobody else
+# does: each room is reached through a folder of links of its own, so an include of a room that is not linked does not
+# build.
 #
-#   kaz_add_layer(NAME SOURCES file... USES target... [PUBLIC_USES target...])
+#   kaz_add_room(TARGET PUBLIC|PRIVATE|INTERFACE [FOLDER])
+function(kaz_add_room target scope)
+  cmake_path(ABSOLUTE_PATH ARGV2 BASE_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}" NORMALIZE OUTPUT_VARIABLE folder)
+  if(ARGC EQUAL 2)
+    set(folder "${CMAKE_CURRENT_SOURCE_DIR}")
+  endif()
+  cmake_path(RELATIVE_PATH folder BASE_DIRECTORY "${PROJECT_SOURCE_DIR}" OUTPUT_VARIABLE path)
+  string(REGEX REPLACE "^(src|tools|tests)/|/src$" "" room "${path}")
+  string(REPLACE "/" "." name "${room}")
+  set(root "${PROJECT_BINARY_DIR}/rooms/${name}")
+  cmake_path(GET room PARENT_PATH parents)
+  file(MAKE_DIRECTORY "${root}/${parents}")
+  file(CREATE_LINK "${folder}" "${root}/${room}" SYMBOLIC)
+  target_include_directories(${target} ${scope} "$<BUILD_INTERFACE:${root}>")
+  if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+    target_compile_options(${target} ${scope}
+      "$<BUILD_INTERFACE:-ffile-prefix-map=${root}/${room}=/usr/src/${PROJECT_NAME}/${path}>")
+  endif()
+endfunction()
+
+# One folder is one layer is one target is one room. A layer's headers are found only by the targets that name it in
+# USES: links are private, so nothing is inherited, and an include that skips a layer does not build. A layer without
+# sources is headers alone.
+#
+#   kaz_add_layer(NAME [SOURCES file...] USES target... [PUBLIC_USES target...])
 function(kaz_add_layer name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;USES;PUBLIC_USES")
+  if(NOT arg_SOURCES)
+    add_library(${name} INTERFACE)
+    kaz_add_room(${name} INTERFACE)
+    target_link_libraries(${name} INTERFACE ${arg_PUBLIC_USES})
+    return()
+  endif()
   add_library(${name} STATIC ${arg_SOURCES})
-  target_include_directories(${name} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
+  kaz_add_room(${name} PUBLIC)
   target_link_libraries(${name} PRIVATE kaz_build_rules ${arg_USES} PUBLIC ${arg_PUBLIC_USES})
   set_target_properties(${name} PROPERTIES
     POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON CXX_EXTENSIONS OFF)

@@ -1,12 +1,12 @@
 // Reads n access points off a private bus in every way there is, in turns, so that a busy machine hits all alike.
 //
 //   bss_benchmark [--short]
-#include "bss_reader.h"
-#include "figures.h"
-#include "private_bus.h"
-#include "program.h"
-#include "stand_in_process.h"
-#include "stop_watch.h"
+#include "bench/bss/bss_reader.h"
+#include "bench/measuring/figures.h"
+#include "bench/measuring/program.h"
+#include "bench/measuring/stop_watch.h"
+#include "bench/stand_in/stand_in_process.h"
+#include "simulator/private_bus/private_bus.h"
 
 #include <spdlog/spdlog.h>
 

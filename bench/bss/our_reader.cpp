@@ -1,5 +1,5 @@
-#include "bss_reader.h"
-#include "dbus_communicator.h"
+#include "bench/bss/bss_reader.h"
+#include "communicator/dbus_communicator.h"
 
 #include <future>
 #include <stdexcept>

@@ -1,7 +1,7 @@
-#include "bss_reader.h"
-#include "bss_rules.h"
-#include "hand_written_codec.h"
-#include "stand_in_process.h"
+#include "bench/bss/bss_reader.h"
+#include "bench/codec/hand_written_codec.h"
+#include "bench/stand_in/stand_in_process.h"
+#include "communicator/bss_rules.h"
 
 #include <algorithm>
 #include <cstddef>

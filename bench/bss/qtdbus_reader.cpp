@@ -1,5 +1,5 @@
-#include "bss_reader.h"
-#include "bss_rules.h"
+#include "bench/bss/bss_reader.h"
+#include "communicator/bss_rules.h"
 
 #include <QByteArray>
 #include <QDBusArgument>

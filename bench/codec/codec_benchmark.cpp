@@ -1,7 +1,7 @@
 // The codec beside the same work done by hand over sd-bus: time, and calls of operator new.
-#include "codec_tasks.h"
-#include "counted_allocations.h"
-#include "sample_messages.h"
+#include "bench/codec/codec_tasks.h"
+#include "bench/codec/counted_allocations.h"
+#include "bench/codec/sample_messages.h"
 
 #include <benchmark/benchmark.h>
 

@@ -2,8 +2,8 @@
 //
 //   codec_probe NUMBER TIMES     the first task is number 0; without a task of that number the status is 2
 //   codec_probe                  prints their names, "what/who", one a line
-#include "codec_tasks.h"
-#include "sample_messages.h"
+#include "bench/codec/codec_tasks.h"
+#include "bench/codec/sample_messages.h"
 
 #include <cstddef>
 #include <cstdio>

@@ -1,9 +1,9 @@
-#include "codec_tasks.h"
+#include "bench/codec/codec_tasks.h"
 
-#include "hand_written_codec.h"
-#include "records.h"
-#include "sample_messages.h"
-#include "variant.h"
+#include "bench/codec/hand_written_codec.h"
+#include "bench/codec/sample_messages.h"
+#include "dbus/records.h"
+#include "dbus/variant.h"
 
 #include <memory>
 #include <stdexcept>

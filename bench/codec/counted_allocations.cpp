@@ -1,4 +1,4 @@
-#include "counted_allocations.h"
+#include "bench/codec/counted_allocations.h"
 
 #include <cstdlib>
 #include <new>

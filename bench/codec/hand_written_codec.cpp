@@ -1,4 +1,4 @@
-#include "hand_written_codec.h"
+#include "bench/codec/hand_written_codec.h"
 
 #include <cstring>
 

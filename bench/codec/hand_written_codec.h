@@ -2,7 +2,7 @@
 // messages only.
 #pragma once
 
-#include "records.h"
+#include "dbus/records.h"
 
 #include <systemd/sd-bus.h>
 

@@ -1,6 +1,6 @@
-#include "sample_messages.h"
+#include "bench/codec/sample_messages.h"
 
-#include "bss_dictionary.h"
+#include "bench/stand_in/bss_dictionary.h"
 
 #include <sys/socket.h>
 

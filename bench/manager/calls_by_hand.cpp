@@ -1,9 +1,9 @@
-#include "calls_by_hand.h"
+#include "bench/manager/calls_by_hand.h"
 
-#include "bss_rules.h"
-#include "communicator.h"
-#include "hand_written_codec.h"
-#include "stand_in_process.h"
+#include "bench/codec/hand_written_codec.h"
+#include "bench/stand_in/stand_in_process.h"
+#include "communicator/bss_rules.h"
+#include "communicator/communicator.h"
 
 #include <algorithm>
 #include <map>

@@ -2,13 +2,13 @@
 // and on one of their own, in turns.
 //
 //   first_list_benchmark [--short]
-#include "calls_by_hand.h"
-#include "figures.h"
-#include "private_bus.h"
-#include "program.h"
-#include "published_list.h"
-#include "stand_in_process.h"
-#include "stop_watch.h"
+#include "bench/manager/calls_by_hand.h"
+#include "bench/manager/published_list.h"
+#include "bench/measuring/figures.h"
+#include "bench/measuring/program.h"
+#include "bench/measuring/stop_watch.h"
+#include "bench/stand_in/stand_in_process.h"
+#include "simulator/private_bus/private_bus.h"
 
 #include <spdlog/spdlog.h>
 #include <wifi/manager.h>

@@ -2,11 +2,11 @@
 // with one that waits for a peer that does not answer.
 //
 //   getters_benchmark [--short]
-#include "figures.h"
-#include "private_bus.h"
-#include "program.h"
-#include "published_list.h"
-#include "stand_in_process.h"
+#include "bench/manager/published_list.h"
+#include "bench/measuring/figures.h"
+#include "bench/measuring/program.h"
+#include "bench/stand_in/stand_in_process.h"
+#include "simulator/private_bus/private_bus.h"
 
 #include <spdlog/spdlog.h>
 #include <wifi/manager.h>

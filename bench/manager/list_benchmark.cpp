@@ -1,10 +1,10 @@
 // What the engine takes to make the published list out of the access points it was told: rebuild, sort, publish.
 //
 //   list_benchmark [--short]
-#include "fake_communicator.h"
-#include "figures.h"
-#include "manager_impl.h"
-#include "stop_watch.h"
+#include "bench/measuring/figures.h"
+#include "bench/measuring/stop_watch.h"
+#include "doubles/fake_communicator/fake_communicator.h"
+#include "manager/manager_impl.h"
 
 #include <spdlog/spdlog.h>
 

@@ -1,4 +1,4 @@
-#include "published_list.h"
+#include "bench/manager/published_list.h"
 
 #include <wifi/manager.h>
 

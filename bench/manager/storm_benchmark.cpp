@@ -1,13 +1,13 @@
 // 20,000 signals at once, each of which changes what the user of a Manager is told of.
 //
 //   storm_benchmark [--short]
-#include "figures.h"
-#include "private_bus.h"
-#include "program.h"
-#include "published_list.h"
-#include "resident_memory.h"
-#include "stand_in_process.h"
-#include "stop_watch.h"
+#include "bench/manager/published_list.h"
+#include "bench/measuring/figures.h"
+#include "bench/measuring/program.h"
+#include "bench/measuring/resident_memory.h"
+#include "bench/measuring/stop_watch.h"
+#include "bench/stand_in/stand_in_process.h"
+#include "simulator/private_bus/private_bus.h"
 
 #include <spdlog/spdlog.h>
 #include <wifi/manager.h>

@@ -1,4 +1,4 @@
-#include "figures.h"
+#include "bench/measuring/figures.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "program.h"
+#include "bench/measuring/program.h"
 
 #include <errno.h>
 

@@ -1,4 +1,4 @@
-#include "resident_memory.h"
+#include "bench/measuring/resident_memory.h"
 
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-#include "stop_watch.h"
+#include "bench/measuring/stop_watch.h"
 
 #include <ctime>
 

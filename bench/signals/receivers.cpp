@@ -1,9 +1,9 @@
-#include "receivers.h"
+#include "bench/signals/receivers.h"
 
-#include "hand_written_codec.h"
-#include "message_io.h"
-#include "records.h"
-#include "stand_in_process.h"
+#include "bench/codec/hand_written_codec.h"
+#include "bench/stand_in/stand_in_process.h"
+#include "dbus/message_io.h"
+#include "dbus/records.h"
 
 #include <kaz/dbus/event_loop.h>
 

@@ -2,13 +2,13 @@
 // sd-bus handler. Sender and receivers are threads of this process; the bus is between them.
 //
 //   signal_benchmark [--short]
-#include "figures.h"
-#include "private_bus.h"
-#include "program.h"
-#include "receivers.h"
-#include "resident_memory.h"
-#include "stand_in_process.h"
-#include "stop_watch.h"
+#include "bench/measuring/figures.h"
+#include "bench/measuring/program.h"
+#include "bench/measuring/resident_memory.h"
+#include "bench/measuring/stop_watch.h"
+#include "bench/signals/receivers.h"
+#include "bench/stand_in/stand_in_process.h"
+#include "simulator/private_bus/private_bus.h"
 
 #include <spdlog/spdlog.h>
 

@@ -1,4 +1,4 @@
-#include "bss_dictionary.h"
+#include "bench/stand_in/bss_dictionary.h"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
-#include "canned_replies.h"
+#include "bench/stand_in/canned_replies.h"
 
-#include "bss_dictionary.h"
+#include "bench/stand_in/bss_dictionary.h"
 
 #include <cstdlib>
 #include <string>

@@ -1,6 +1,6 @@
-#include "control.h"
+#include "bench/stand_in/control.h"
 
-#include "bss_dictionary.h"
+#include "bench/stand_in/bss_dictionary.h"
 
 #include <cstdint>
 #include <string_view>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "canned_replies.h"
+#include "bench/stand_in/canned_replies.h"
 
 #include <systemd/sd-bus.h>
 

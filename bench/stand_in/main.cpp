@@ -1,8 +1,8 @@
 // Stands in for wpa_supplicant, systemd and networkd on the bus given: the same canned replies for every client,
 // at as little cost as sd-bus allows. Prints a line when it has its names, and ends with its parent.
-#include "bss_dictionary.h"
-#include "canned_replies.h"
-#include "control.h"
+#include "bench/stand_in/bss_dictionary.h"
+#include "bench/stand_in/canned_replies.h"
+#include "bench/stand_in/control.h"
 
 #include <sys/prctl.h>
 #include <systemd/sd-bus.h>

@@ -1,4 +1,4 @@
-#include "stand_in_process.h"
+#include "bench/stand_in/stand_in_process.h"
 
 #include <fcntl.h>
 #include <spawn.h>

@@ -1,4 +1,4 @@
-#include "client.h"
+#include "bench/whole_process/client.h"
 
 #include <cstdio>
 #include <fstream>

@@ -1,7 +1,7 @@
 // Follows the supplicant over GDBus: subscribes, reads the access points, keeps their SSIDs, and waits.
 //
 //   gdbus_client BSS-COUNT
-#include "client.h"
+#include "bench/whole_process/client.h"
 
 #include <gio/gio.h>
 

@@ -1,7 +1,7 @@
 // Has a Manager and does nothing, until standard input ends.
 //
 //   kazwifi_client NETWORK-COUNT     how many to wait for; 0 waits for nothing
-#include "client.h"
+#include "bench/whole_process/client.h"
 
 #include <spdlog/spdlog.h>
 #include <wifi/manager.h>

@@ -1,7 +1,7 @@
 // Follows the supplicant over QtDBus: subscribes, reads the access points, keeps their SSIDs, and waits.
 //
 //   qtdbus_client BSS-COUNT
-#include "client.h"
+#include "bench/whole_process/client.h"
 
 #include <QCoreApplication>
 #include <QDBusArgument>

@@ -1,8 +1,8 @@
 // A private bus, with the stand-in on it unless told otherwise, until standard input ends. Prints the bus's address.
 //
 //   bench_world BSS-COUNT     -1 for a bus with no services on it
-#include "private_bus.h"
-#include "stand_in_process.h"
+#include "bench/stand_in/stand_in_process.h"
+#include "simulator/private_bus/private_bus.h"
 
 #include <cstdio>
 #include <cstdlib>

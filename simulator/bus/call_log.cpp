@@ -1,4 +1,4 @@
-#include "call_log.h"
+#include "simulator/bus/call_log.h"
 
 #include <utility>
 

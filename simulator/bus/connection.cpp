@@ -1,11 +1,11 @@
-#include "connection.h"
+#include "simulator/bus/connection.h"
 
 #include <cstring>
 #include <utility>
 
-#include "message_json.h"
-#include "spoilt_reply.h"
-#include "vtable.h"
+#include "simulator/bus/message_json.h"
+#include "simulator/bus/spoilt_reply.h"
+#include "simulator/bus/vtable.h"
 
 namespace kaz::sim {
 namespace {

@@ -4,8 +4,8 @@
 #include <map>
 #include <string>
 
-#include "faults.h"
-#include "scheduler.h"
+#include "simulator/bus/faults.h"
+#include "simulator/bus/scheduler.h"
 
 namespace kaz::sim {
 

@@ -1,4 +1,4 @@
-#include "faults.h"
+#include "simulator/bus/faults.h"
 
 #include <algorithm>
 #include <array>

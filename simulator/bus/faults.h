@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "call_log.h"
+#include "simulator/bus/call_log.h"
 
 namespace kaz::sim {
 

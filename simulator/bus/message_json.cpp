@@ -1,4 +1,4 @@
-#include "message_json.h"
+#include "simulator/bus/message_json.h"
 
 #include <nlohmann/json.hpp>
 

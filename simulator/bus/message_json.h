@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "handles.h"
+#include "simulator/bus/handles.h"
 
 namespace kaz::sim {
 

@@ -1,4 +1,4 @@
-#include "property_signals.h"
+#include "simulator/bus/property_signals.h"
 
 #include <algorithm>
 #include <utility>

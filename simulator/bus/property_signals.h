@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "scheduler.h"
+#include "simulator/bus/scheduler.h"
 
 namespace kaz::sim {
 

@@ -1,4 +1,4 @@
-#include "scheduler.h"
+#include "simulator/bus/scheduler.h"
 
 #include <time.h>
 

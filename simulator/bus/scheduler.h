@@ -4,7 +4,7 @@
 #include <functional>
 #include <memory>
 
-#include "handles.h"
+#include "simulator/bus/handles.h"
 
 namespace kaz::sim {
 

@@ -1,4 +1,4 @@
-#include "spoilt_reply.h"
+#include "simulator/bus/spoilt_reply.h"
 
 #include <set>
 #include <string_view>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "faults.h"
-#include "handles.h"
+#include "simulator/bus/faults.h"
+#include "simulator/bus/handles.h"
 
 namespace kaz::sim {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "handles.h"
+#include "simulator/bus/handles.h"
 
 namespace kaz::sim {
 

@@ -1,4 +1,4 @@
-#include "confined_process.h"
+#include "simulator/device/confined_process.h"
 
 #include <signal.h>
 #include <stdlib.h>

@@ -1,12 +1,12 @@
-#include "control.h"
+#include "simulator/device/control.h"
 
 #include <cstdint>
 #include <string>
 
-#include "control_json.h"
-#include "device.h"
-#include "neighbourhood_json.h"
-#include "vtable.h"
+#include "simulator/bus/vtable.h"
+#include "simulator/device/control_json.h"
+#include "simulator/device/device.h"
+#include "simulator/world/neighbourhood_json.h"
 
 namespace kaz::sim {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "connection.h"
+#include "simulator/bus/connection.h"
 
 namespace kaz::sim {
 

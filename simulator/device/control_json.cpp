@@ -1,4 +1,4 @@
-#include "control_json.h"
+#include "simulator/device/control_json.h"
 
 #include <functional>
 #include <map>

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "call_log.h"
-#include "faults.h"
+#include "simulator/bus/call_log.h"
+#include "simulator/bus/faults.h"
 
 namespace kaz::sim {
 

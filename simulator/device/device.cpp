@@ -1,4 +1,4 @@
-#include "device.h"
+#include "simulator/device/device.h"
 
 #include <stdexcept>
 #include <utility>

@@ -5,12 +5,12 @@
 #include <memory>
 #include <string>
 
-#include "connection.h"
-#include "control.h"
-#include "networkd.h"
-#include "real_service.h"
-#include "simulated_service.h"
-#include "systemd.h"
+#include "simulator/bus/connection.h"
+#include "simulator/device/control.h"
+#include "simulator/device/networkd.h"
+#include "simulator/device/real_service.h"
+#include "simulator/device/simulated_service.h"
+#include "simulator/device/systemd.h"
 
 namespace kaz::sim {
 

@@ -1,4 +1,4 @@
-#include "device_thread.h"
+#include "simulator/device/device_thread.h"
 
 #include <pthread.h>
 #include <signal.h>

@@ -7,8 +7,8 @@
 #include <type_traits>
 #include <utility>
 
-#include "device.h"
-#include "simulated_device.h"
+#include "simulator/device/device.h"
+#include "simulator/device/simulated_device.h"
 
 namespace kaz::sim {
 

@@ -1,8 +1,8 @@
-#include "networkd.h"
+#include "simulator/device/networkd.h"
 
 #include <utility>
 
-#include "vtable.h"
+#include "simulator/bus/vtable.h"
 
 namespace kaz::sim {
 namespace {

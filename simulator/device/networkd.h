@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "connection.h"
-#include "property_signals.h"
-#include "times.h"
+#include "simulator/bus/connection.h"
+#include "simulator/bus/property_signals.h"
+#include "simulator/world/times.h"
 
 namespace kaz::sim {
 

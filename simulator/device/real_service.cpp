@@ -1,4 +1,4 @@
-#include "real_service.h"
+#include "simulator/device/real_service.h"
 
 #include <signal.h>
 #include <stdlib.h>
@@ -10,8 +10,8 @@
 #include <system_error>
 #include <utility>
 
-#include "confined_process.h"
-#include "vtable.h"
+#include "simulator/bus/vtable.h"
+#include "simulator/device/confined_process.h"
 
 namespace kaz::sim {
 namespace {

@@ -6,8 +6,8 @@
 #include <functional>
 #include <string>
 
-#include "connection.h"
-#include "service_process.h"
+#include "simulator/bus/connection.h"
+#include "simulator/device/service_process.h"
 
 namespace kaz::sim {
 

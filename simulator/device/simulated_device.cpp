@@ -1,10 +1,10 @@
-#include "simulated_device.h"
+#include "simulator/device/simulated_device.h"
 
 #include <cstdint>
 #include <utility>
 
-#include "device.h"
-#include "device_thread.h"
+#include "simulator/device/device.h"
+#include "simulator/device/device_thread.h"
 
 namespace kaz::sim {
 

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "call_log.h"
-#include "faults.h"
-#include "neighbourhood.h"
+#include "simulator/bus/call_log.h"
+#include "simulator/bus/faults.h"
+#include "simulator/world/neighbourhood.h"
 
 namespace kaz::sim {
 

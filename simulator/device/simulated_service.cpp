@@ -1,4 +1,4 @@
-#include "simulated_service.h"
+#include "simulator/device/simulated_service.h"
 
 #include <utility>
 

@@ -2,9 +2,9 @@
 
 #include <memory>
 
-#include "connection.h"
-#include "service_process.h"
-#include "supplicant.h"
+#include "simulator/bus/connection.h"
+#include "simulator/device/service_process.h"
+#include "simulator/supplicant/supplicant.h"
 
 namespace kaz::sim {
 

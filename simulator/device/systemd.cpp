@@ -1,8 +1,8 @@
-#include "systemd.h"
+#include "simulator/device/systemd.h"
 
 #include <string_view>
 
-#include "vtable.h"
+#include "simulator/bus/vtable.h"
 
 namespace kaz::sim {
 namespace {

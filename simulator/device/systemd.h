@@ -3,9 +3,9 @@
 #include <set>
 #include <string>
 
-#include "connection.h"
-#include "property_signals.h"
-#include "unit.h"
+#include "simulator/bus/connection.h"
+#include "simulator/bus/property_signals.h"
+#include "simulator/device/unit.h"
 
 namespace kaz::sim {
 

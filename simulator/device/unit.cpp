@@ -1,4 +1,4 @@
-#include "unit.h"
+#include "simulator/device/unit.h"
 
 #include <utility>
 

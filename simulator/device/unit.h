@@ -3,9 +3,9 @@
 #include <functional>
 #include <string>
 
-#include "scheduler.h"
-#include "service_process.h"
-#include "times.h"
+#include "simulator/bus/scheduler.h"
+#include "simulator/device/service_process.h"
+#include "simulator/world/times.h"
 
 namespace kaz::sim {
 

@@ -1,4 +1,4 @@
-#include "child.h"
+#include "simulator/program/child.h"
 
 #include <signal.h>
 #include <sys/prctl.h>

@@ -9,11 +9,11 @@
 #include <optional>
 #include <string_view>
 
-#include "child.h"
-#include "neighbourhood_json.h"
-#include "private_bus.h"
-#include "simulated_device.h"
-#include "temporary_folder.h"
+#include "simulator/device/simulated_device.h"
+#include "simulator/private_bus/private_bus.h"
+#include "simulator/program/child.h"
+#include "simulator/program/temporary_folder.h"
+#include "simulator/world/neighbourhood_json.h"
 
 namespace kaz::sim {
 namespace {

@@ -1,4 +1,4 @@
-#include "temporary_folder.h"
+#include "simulator/program/temporary_folder.h"
 
 #include <stdlib.h>
 

@@ -1,11 +1,11 @@
-#include "bss_object.h"
+#include "simulator/supplicant/bss_object.h"
 
 #include <array>
 #include <cstdint>
 #include <string_view>
 #include <vector>
 
-#include "vtable.h"
+#include "simulator/bus/vtable.h"
 
 namespace kaz::sim {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "bss_table.h"
-#include "connection.h"
-#include "property_signals.h"
+#include "simulator/bus/connection.h"
+#include "simulator/bus/property_signals.h"
+#include "simulator/supplicant/bss_table.h"
 
 namespace kaz::sim {
 

@@ -1,4 +1,4 @@
-#include "bss_table.h"
+#include "simulator/supplicant/bss_table.h"
 
 #include <algorithm>
 

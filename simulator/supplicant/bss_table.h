@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "neighbourhood.h"
+#include "simulator/world/neighbourhood.h"
 
 namespace kaz::sim {
 

@@ -1,4 +1,4 @@
-#include "config_file.h"
+#include "simulator/supplicant/config_file.h"
 
 #include <fstream>
 #include <optional>

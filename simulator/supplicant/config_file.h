@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "network_config.h"
+#include "simulator/supplicant/network_config.h"
 
 namespace kaz::sim {
 

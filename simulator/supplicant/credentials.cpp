@@ -1,8 +1,8 @@
-#include "credentials.h"
+#include "simulator/supplicant/credentials.h"
 
 #include <algorithm>
 
-#include "bytes.h"
+#include "simulator/world/bytes.h"
 
 namespace kaz::sim {
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "access_point.h"
-#include "network_config.h"
+#include "simulator/supplicant/network_config.h"
+#include "simulator/world/access_point.h"
 
 namespace kaz::sim {
 

@@ -4,9 +4,9 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "interface_object.h"
-#include "settings_message.h"
-#include "vtable.h"
+#include "simulator/bus/vtable.h"
+#include "simulator/supplicant/interface_object.h"
+#include "simulator/supplicant/settings_message.h"
 
 namespace kaz::sim {
 namespace {

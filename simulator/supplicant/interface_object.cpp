@@ -1,8 +1,8 @@
-#include "interface_object.h"
+#include "simulator/supplicant/interface_object.h"
 
 #include <utility>
 
-#include "vtable.h"
+#include "simulator/bus/vtable.h"
 
 namespace kaz::sim {
 namespace {

@@ -5,10 +5,10 @@
 #include <memory>
 #include <string>
 
-#include "bss_object.h"
-#include "config_file.h"
-#include "network_object.h"
-#include "station.h"
+#include "simulator/supplicant/bss_object.h"
+#include "simulator/supplicant/config_file.h"
+#include "simulator/supplicant/network_object.h"
+#include "simulator/supplicant/station.h"
 
 namespace kaz::sim {
 

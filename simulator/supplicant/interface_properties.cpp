@@ -1,8 +1,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "interface_object.h"
-#include "vtable.h"
+#include "simulator/bus/vtable.h"
+#include "simulator/supplicant/interface_object.h"
 
 namespace kaz::sim {
 namespace {

@@ -1,12 +1,12 @@
-#include "network_config.h"
+#include "simulator/supplicant/network_config.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <sstream>
 
-#include "bytes.h"
-#include "network_fields.h"
+#include "simulator/supplicant/network_fields.h"
+#include "simulator/world/bytes.h"
 
 namespace kaz::sim {
 namespace {

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "setting.h"
+#include "simulator/world/setting.h"
 
 namespace kaz::sim {
 

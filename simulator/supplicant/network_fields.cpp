@@ -1,8 +1,8 @@
-#include "network_fields.h"
+#include "simulator/supplicant/network_fields.h"
 
 #include <algorithm>
 
-#include "bytes.h"
+#include "simulator/world/bytes.h"
 
 namespace kaz::sim {
 namespace {

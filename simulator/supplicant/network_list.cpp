@@ -1,4 +1,4 @@
-#include "network_list.h"
+#include "simulator/supplicant/network_list.h"
 
 #include <algorithm>
 #include <utility>

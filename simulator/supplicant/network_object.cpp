@@ -1,9 +1,9 @@
-#include "network_object.h"
+#include "simulator/supplicant/network_object.h"
 
 #include <utility>
 
-#include "settings_message.h"
-#include "vtable.h"
+#include "simulator/bus/vtable.h"
+#include "simulator/supplicant/settings_message.h"
 
 namespace kaz::sim {
 namespace {

@@ -3,9 +3,9 @@
 #include <functional>
 #include <string>
 
-#include "connection.h"
-#include "network_list.h"
-#include "property_signals.h"
+#include "simulator/bus/connection.h"
+#include "simulator/bus/property_signals.h"
+#include "simulator/supplicant/network_list.h"
 
 namespace kaz::sim {
 

@@ -1,4 +1,4 @@
-#include "settings_message.h"
+#include "simulator/supplicant/settings_message.h"
 
 #include <cstdint>
 #include <cstring>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "handles.h"
-#include "setting.h"
+#include "simulator/bus/handles.h"
+#include "simulator/world/setting.h"
 
 namespace kaz::sim {
 

@@ -1,4 +1,4 @@
-#include "station.h"
+#include "simulator/supplicant/station.h"
 
 #include <utility>
 

@@ -6,11 +6,11 @@
 #include <set>
 #include <string>
 
-#include "bss_table.h"
-#include "neighbourhood.h"
-#include "network_list.h"
-#include "scheduler.h"
-#include "state.h"
+#include "simulator/bus/scheduler.h"
+#include "simulator/supplicant/bss_table.h"
+#include "simulator/supplicant/network_list.h"
+#include "simulator/supplicant/state.h"
+#include "simulator/world/neighbourhood.h"
 
 namespace kaz::sim {
 

@@ -2,8 +2,8 @@
 #include <array>
 #include <utility>
 
-#include "credentials.h"
-#include "station.h"
+#include "simulator/supplicant/credentials.h"
+#include "simulator/supplicant/station.h"
 
 namespace kaz::sim {
 namespace {

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "credentials.h"
-#include "station.h"
+#include "simulator/supplicant/credentials.h"
+#include "simulator/supplicant/station.h"
 
 namespace kaz::sim {
 

@@ -1,9 +1,9 @@
-#include "supplicant.h"
+#include "simulator/supplicant/supplicant.h"
 
 #include <string_view>
 #include <utility>
 
-#include "vtable.h"
+#include "simulator/bus/vtable.h"
 
 namespace kaz::sim {
 namespace {

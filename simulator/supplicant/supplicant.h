@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "interface_object.h"
+#include "simulator/supplicant/interface_object.h"
 
 namespace kaz::sim {
 

@@ -1,10 +1,10 @@
-#include "access_point.h"
+#include "simulator/world/access_point.h"
 
 #include <algorithm>
 #include <array>
 #include <utility>
 
-#include "bytes.h"
+#include "simulator/world/bytes.h"
 
 namespace kaz::sim {
 namespace {

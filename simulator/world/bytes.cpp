@@ -1,4 +1,4 @@
-#include "bytes.h"
+#include "simulator/world/bytes.h"
 
 namespace kaz::sim {
 namespace {

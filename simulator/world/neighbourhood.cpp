@@ -1,8 +1,8 @@
-#include "neighbourhood.h"
+#include "simulator/world/neighbourhood.h"
 
 #include <algorithm>
 
-#include "bytes.h"
+#include "simulator/world/bytes.h"
 
 namespace kaz::sim {
 

@@ -4,9 +4,9 @@
 #include <string_view>
 #include <vector>
 
-#include "access_point.h"
-#include "setting.h"
-#include "times.h"
+#include "simulator/world/access_point.h"
+#include "simulator/world/setting.h"
+#include "simulator/world/times.h"
 
 namespace kaz::sim {
 

@@ -1,4 +1,4 @@
-#include "neighbourhood_json.h"
+#include "simulator/world/neighbourhood_json.h"
 
 #include <cstdint>
 #include <fstream>
@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-#include "bytes.h"
+#include "simulator/world/bytes.h"
 
 namespace kaz::sim {
 namespace {

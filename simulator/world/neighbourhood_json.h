@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "neighbourhood.h"
+#include "simulator/world/neighbourhood.h"
 
 namespace kaz::sim {
 

@@ -1,7 +1,7 @@
 // What an access point's announcements mean. Pure functions.
 #pragma once
 
-#include "records.h"
+#include "dbus/records.h"
 
 #include <wifi/types.h>
 

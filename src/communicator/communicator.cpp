@@ -1,6 +1,6 @@
-#include "communicator.h"
+#include "communicator/communicator.h"
 
-#include "ssid_redaction.h"
+#include "diagnostics/ssid_redaction.h"
 
 namespace kaz::wifi {
 

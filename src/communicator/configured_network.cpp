@@ -1,4 +1,4 @@
-#include "configured_network.h"
+#include "communicator/configured_network.h"
 
 #include <functional>
 #include <utility>

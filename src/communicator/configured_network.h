@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dbus_communicator.h"
+#include "communicator/dbus_communicator.h"
 
 #include <kaz/dbus/opath.h>
 

@@ -1,4 +1,4 @@
-#include "configured_ssid.h"
+#include "communicator/configured_ssid.h"
 
 namespace kaz::wifi {
 namespace {

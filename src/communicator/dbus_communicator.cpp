@@ -1,8 +1,8 @@
-#include "dbus_communicator.h"
+#include "communicator/dbus_communicator.h"
 
-#include "bus_names.h"
-#include "log.h"
-#include "loop_extensions.h"
+#include "communicator/bus_names.h"
+#include "communicator/loop_extensions.h"
+#include "diagnostics/log.h"
 
 #include <utility>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "communicator.h"
-#include "log.h"
-#include "records.h"
-#include "remote_object.h"
+#include "communicator/communicator.h"
+#include "dbus/records.h"
+#include "dbus/remote_object.h"
+#include "diagnostics/log.h"
 
 #include <kaz/dbus/event_loop.h>
 #include <kaz/dbus/opath.h>

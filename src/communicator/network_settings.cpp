@@ -1,4 +1,4 @@
-#include "network_settings.h"
+#include "communicator/network_settings.h"
 
 namespace kaz::wifi {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "variant.h"
+#include "dbus/variant.h"
 
 #include <wifi/types.h>
 

@@ -1,8 +1,8 @@
 // The supplicant's unit in systemd, and the link in systemd-networkd.
-#include "bus_names.h"
-#include "dbus_communicator.h"
-#include "log.h"
-#include "loop_extensions.h"
+#include "communicator/bus_names.h"
+#include "communicator/dbus_communicator.h"
+#include "communicator/loop_extensions.h"
+#include "diagnostics/log.h"
 
 #include <algorithm>
 

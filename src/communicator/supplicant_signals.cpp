@@ -1,9 +1,9 @@
 // The supplicant's signals, resolved into the engine's terms.
-#include "bus_names.h"
-#include "dbus_communicator.h"
-#include "log.h"
-#include "reason_codes.h"
-#include "supplicant_state.h"
+#include "communicator/bus_names.h"
+#include "communicator/dbus_communicator.h"
+#include "communicator/supplicant_state.h"
+#include "diagnostics/log.h"
+#include "diagnostics/reason_codes.h"
 
 #include <limits>
 #include <utility>

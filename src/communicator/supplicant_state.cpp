@@ -1,6 +1,6 @@
-#include "supplicant_state.h"
+#include "communicator/supplicant_state.h"
 
-#include "log.h"
+#include "diagnostics/log.h"
 
 #include <algorithm>
 #include <array>

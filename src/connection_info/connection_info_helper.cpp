@@ -1,6 +1,6 @@
-#include "connection_info_helper.h"
+#include "connection_info/connection_info_helper.h"
 
-#include "log.h"
+#include "diagnostics/log.h"
 
 #include <utility>
 

@@ -27,8 +27,8 @@
 //    caused it. The record stays until the next one, or until the supplicant comes or goes.
 #pragma once
 
-#include "communicator.h"
-#include "time_provider.h"
+#include "communicator/communicator.h"
+#include "connection_info/time_provider.h"
 
 #include <wifi/types.h>
 

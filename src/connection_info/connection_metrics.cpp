@@ -1,4 +1,4 @@
-#include "connection_metrics.h"
+#include "connection_info/connection_metrics.h"
 
 namespace kaz::wifi {
 

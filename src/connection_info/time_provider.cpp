@@ -1,4 +1,4 @@
-#include "time_provider.h"
+#include "connection_info/time_provider.h"
 
 namespace kaz::wifi {
 

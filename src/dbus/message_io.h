@@ -1,8 +1,8 @@
 // Reading from decoders and writing into builders, with the failures logged. Loop thread only.
 #pragma once
 
-#include "log.h"
-#include "value_codec.h"
+#include "dbus/value_codec.h"
+#include "diagnostics/log.h"
 
 #include <kaz/dbus/message.h>
 

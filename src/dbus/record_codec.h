@@ -8,7 +8,7 @@
 // key that comes twice is read twice. One field that cannot be read fails the whole record.
 #pragma once
 
-#include "value_codec.h"
+#include "dbus/value_codec.h"
 
 #include <array>
 #include <string_view>

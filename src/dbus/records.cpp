@@ -1,4 +1,4 @@
-#include "records.h"
+#include "dbus/records.h"
 
 #include <array>
 #include <cerrno>

@@ -1,7 +1,7 @@
 // What the property dictionaries of the daemons are decoded into. Every record comes from an a{sv}.
 #pragma once
 
-#include "record_codec.h"
+#include "dbus/record_codec.h"
 
 #include <kaz/dbus/opath.h>
 

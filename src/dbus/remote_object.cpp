@@ -1,4 +1,4 @@
-#include "remote_object.h"
+#include "dbus/remote_object.h"
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "message_io.h"
-#include "reply.h"
-#include "variant.h"
+#include "dbus/message_io.h"
+#include "dbus/reply.h"
+#include "dbus/variant.h"
 
 #include <kaz/dbus/calls.h>
 #include <systemd/sd-bus.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "message_io.h"
+#include "dbus/message_io.h"
 
 #include <kaz/dbus/message.h>
 

@@ -1,4 +1,4 @@
-#include "value_codec.h"
+#include "dbus/value_codec.h"
 
 #include <kaz/dbus/dbus_error.h>
 

@@ -17,7 +17,7 @@
 // prefix. After a failed read the message's position is undefined; it is to be given up.
 #pragma once
 
-#include "codec_result.h"
+#include "dbus/codec_result.h"
 
 #include <kaz/dbus/opath.h>
 #include <systemd/sd-bus.h>

@@ -1,6 +1,6 @@
-#include "variant.h"
+#include "dbus/variant.h"
 
-#include "wipe.h"
+#include "secrets/wipe.h"
 
 #include <exception>
 #include <memory>

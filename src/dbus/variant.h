@@ -1,7 +1,7 @@
 #pragma once
 
-#include "codec_result.h"
-#include "value_codec.h"
+#include "dbus/codec_result.h"
+#include "dbus/value_codec.h"
 
 #include <systemd/sd-bus.h>
 

@@ -1,6 +1,6 @@
-#include "connection_info_text.h"
+#include "diagnostics/connection_info_text.h"
 
-#include "ssid_redaction.h"
+#include "diagnostics/ssid_redaction.h"
 
 namespace kaz::wifi {
 namespace {

@@ -1,4 +1,4 @@
-#include "reason_codes.h"
+#include "diagnostics/reason_codes.h"
 
 #include <array>
 #include <cstddef>

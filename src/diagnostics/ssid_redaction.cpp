@@ -1,4 +1,4 @@
-#include "ssid_redaction.h"
+#include "diagnostics/ssid_redaction.h"
 
 namespace kaz::wifi {
 

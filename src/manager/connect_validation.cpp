@@ -1,4 +1,4 @@
-#include "connect_validation.h"
+#include "manager/connect_validation.h"
 
 #include <cstddef>
 

@@ -1,9 +1,9 @@
 // Connecting, disconnecting and forgetting. Each task tells the tracker and publishes before it touches the
 // supplicant; what follows from the supplicant's answer is in refresh.cpp.
-#include "connect_validation.h"
-#include "log.h"
-#include "manager_impl.h"
-#include "wipe.h"
+#include "diagnostics/log.h"
+#include "manager/connect_validation.h"
+#include "manager/manager_impl.h"
+#include "secrets/wipe.h"
 
 #include <memory>
 #include <utility>

@@ -1,6 +1,6 @@
 // Start and end, the idle pass, the on/off switch, the supplicant coming and going.
-#include "log.h"
-#include "manager_impl.h"
+#include "diagnostics/log.h"
+#include "manager/manager_impl.h"
 
 #include <exception>
 #include <utility>

@@ -1,6 +1,6 @@
 #include <wifi/manager.h>
 
-#include "manager_impl.h"
+#include "manager/manager_impl.h"
 
 #include <utility>
 

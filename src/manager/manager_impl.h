@@ -1,9 +1,9 @@
 #pragma once
 
-#include "communicator.h"
-#include "connection_info_helper.h"
-#include "connection_metrics.h"
-#include "time_provider.h"
+#include "communicator/communicator.h"
+#include "connection_info/connection_info_helper.h"
+#include "connection_info/connection_metrics.h"
+#include "connection_info/time_provider.h"
 
 #include <wifi/types.h>
 

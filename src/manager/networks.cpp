@@ -1,6 +1,6 @@
 // Scanning and the published list of networks in range.
-#include "log.h"
-#include "manager_impl.h"
+#include "diagnostics/log.h"
+#include "manager/manager_impl.h"
 
 #include <algorithm>
 #include <map>

@@ -1,8 +1,8 @@
 // Following the supplicant: its reports, its configured networks and EAP methods, and the publication of the
 // connection info with what has to happen when a connection succeeded or failed.
-#include "connection_info_text.h"
-#include "log.h"
-#include "manager_impl.h"
+#include "diagnostics/connection_info_text.h"
+#include "diagnostics/log.h"
+#include "manager/manager_impl.h"
 
 #include <algorithm>
 #include <array>

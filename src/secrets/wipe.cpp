@@ -1,4 +1,4 @@
-#include "wipe.h"
+#include "secrets/wipe.h"
 
 #include <string.h>
 

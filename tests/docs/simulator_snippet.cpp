@@ -1,7 +1,7 @@
 // The example of docs/simulator.md compiles, in a test.
-#include "neighbourhood_json.h"
-#include "private_bus.h"
-#include "simulated_device.h"
+#include "simulator/device/simulated_device.h"
+#include "simulator/private_bus/private_bus.h"
+#include "simulator/world/neighbourhood_json.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
 // The value codec on messages of all types: each type the library reads is read from exactly the values it may be
 // read from, with the right result, and what was read can be written and read again.
-#include "dbus_value.h"
-#include "reference_reader.h"
-#include "require.h"
-#include "stub_bus.h"
-#include "value_codec.h"
-#include "variant.h"
+#include "dbus/value_codec.h"
+#include "dbus/variant.h"
+#include "doubles/stub_bus/stub_bus.h"
+#include "fuzz/dbus_value.h"
+#include "fuzz/reference_reader.h"
+#include "fuzz/require.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

@@ -1,7 +1,7 @@
 // The text of the configuration file: whatever a file holds it can be read, and an update changes the one entry
 // it is about and nothing else.
-#include "config_text.h"
-#include "require.h"
+#include "fuzz/require.h"
+#include "platform/common/syntax/config_text.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

@@ -1,4 +1,4 @@
-#include "dbus_value.h"
+#include "fuzz/dbus_value.h"
 
 #include <algorithm>
 #include <array>

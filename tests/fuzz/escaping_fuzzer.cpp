@@ -1,9 +1,9 @@
 // SSIDs on a terminal: a stranger chose the bytes, so what is shown must neither steer the terminal nor pass for
 // another SSID, and must be as wide as it was reckoned.
-#include "network_table.h"
-#include "require.h"
-#include "ssid_text.h"
-#include "unicode.h"
+#include "fuzz/require.h"
+#include "kazwifictl/network_table.h"
+#include "kazwifictl/ssid_text.h"
+#include "kazwifictl/unicode.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 #include <locale.h>

@@ -1,4 +1,4 @@
-#include "kept_log.h"
+#include "fuzz/kept_log.h"
 
 #include <spdlog/details/null_mutex.h>
 #include <spdlog/sinks/base_sink.h>

@@ -1,12 +1,12 @@
 // The communicator's signal handlers on whatever a daemon may send them: each signal reaches the engine with exactly
 // what it says, or not at all.
-#include "bus_names.h"
-#include "dbus_communicator.h"
-#include "dbus_value.h"
-#include "kept_log.h"
-#include "record_reference.h"
-#include "require.h"
-#include "stub_bus.h"
+#include "communicator/bus_names.h"
+#include "communicator/dbus_communicator.h"
+#include "doubles/stub_bus/stub_bus.h"
+#include "fuzz/dbus_value.h"
+#include "fuzz/kept_log.h"
+#include "fuzz/record_reference.h"
+#include "fuzz/require.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 #include <kaz/dbus/message.h>

@@ -1,4 +1,4 @@
-#include "record_reference.h"
+#include "fuzz/record_reference.h"
 
 #include <array>
 #include <cstddef>

@@ -2,9 +2,9 @@
 // decoded.
 #pragma once
 
-#include "dbus_value.h"
-#include "records.h"
-#include "reference_reader.h"
+#include "dbus/records.h"
+#include "fuzz/dbus_value.h"
+#include "fuzz/reference_reader.h"
 
 #include <functional>
 #include <optional>

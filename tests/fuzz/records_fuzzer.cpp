@@ -1,11 +1,11 @@
 // The record decoders on property dictionaries, with known and unknown keys, right and wrong types: each record has
 // exactly the fields that were sent, or is refused as a whole.
-#include "dbus_value.h"
-#include "record_reference.h"
-#include "records.h"
-#include "require.h"
-#include "stub_bus.h"
-#include "variant.h"
+#include "dbus/records.h"
+#include "dbus/variant.h"
+#include "doubles/stub_bus/stub_bus.h"
+#include "fuzz/dbus_value.h"
+#include "fuzz/record_reference.h"
+#include "fuzz/require.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

@@ -1,8 +1,8 @@
 // SSIDs in the log: what stands there can be found and taken out again, whatever the SSID and whatever stands
 // around it.
-#include "connection_info_text.h"
-#include "require.h"
-#include "ssid_redaction.h"
+#include "diagnostics/connection_info_text.h"
+#include "diagnostics/ssid_redaction.h"
+#include "fuzz/require.h"
 
 #include <fmt/format.h>
 #include <fuzzer/FuzzedDataProvider.h>

@@ -1,7 +1,7 @@
 // What is to be read from a value, told without sd-bus: the rules of reading applied to the value itself.
 #pragma once
 
-#include "dbus_value.h"
+#include "fuzz/dbus_value.h"
 
 #include <kaz/dbus/opath.h>
 

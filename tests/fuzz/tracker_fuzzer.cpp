@@ -1,12 +1,12 @@
 // The connection tracker under any sequence of events: after each event it agrees with a model of its rules, and
 // keeps the promises that hold whatever happens.
-#include "connection_info_helper.h"
-#include "fake_clock.h"
-#include "kept_log.h"
-#include "require.h"
-#include "tracker_event.h"
-#include "tracker_model.h"
-#include "tracker_promises.h"
+#include "connection_info/connection_info_helper.h"
+#include "doubles/fake_clock/fake_clock.h"
+#include "fuzz/kept_log.h"
+#include "fuzz/require.h"
+#include "fuzz/tracker_event.h"
+#include "fuzz/tracker_model.h"
+#include "fuzz/tracker_promises.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

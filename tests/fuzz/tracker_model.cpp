@@ -1,4 +1,4 @@
-#include "tracker_model.h"
+#include "fuzz/tracker_model.h"
 
 #include <utility>
 

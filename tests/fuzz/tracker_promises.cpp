@@ -1,6 +1,6 @@
-#include "tracker_promises.h"
+#include "fuzz/tracker_promises.h"
 
-#include "require.h"
+#include "fuzz/require.h"
 
 #include <algorithm>
 #include <tuple>

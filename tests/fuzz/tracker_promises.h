@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tracker_event.h"
+#include "fuzz/tracker_event.h"
 
 #include <wifi/types.h>
 

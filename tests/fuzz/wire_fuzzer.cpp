@@ -1,10 +1,10 @@
 // Messages as they come from a socket, in either byte order. Bodies of any bytes: reading them fails or succeeds, the
 // same way each time, and texts are texts. Bodies laid out by hand: what they hold is read.
-#include "dbus_value.h"
-#include "records.h"
-#include "reference_reader.h"
-#include "require.h"
-#include "value_codec.h"
+#include "dbus/records.h"
+#include "dbus/value_codec.h"
+#include "fuzz/dbus_value.h"
+#include "fuzz/reference_reader.h"
+#include "fuzz/require.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 #include <kaz/dbus/message.h>

@@ -1,6 +1,6 @@
-#include "access_point.h"
+#include "vm/access_point.h"
 
-#include "command.h"
+#include "vm/command.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "command.h"
+#include "vm/command.h"
 
 #include <array>
 #include <cstdio>

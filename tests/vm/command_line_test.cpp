@@ -1,7 +1,7 @@
 // kazwifictl as it is installed, alone on the device.
-#include "command.h"
-#include "neighbourhood.h"
-#include "supplicant_file.h"
+#include "vm/command.h"
+#include "vm/neighbourhood.h"
+#include "vm/supplicant_file.h"
 
 #include <gtest/gtest.h>
 

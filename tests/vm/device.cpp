@@ -1,6 +1,6 @@
-#include "device.h"
+#include "vm/device.h"
 
-#include "command.h"
+#include "vm/command.h"
 
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/spdlog.h>

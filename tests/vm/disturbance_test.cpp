@@ -1,7 +1,7 @@
-#include "access_point.h"
-#include "command.h"
-#include "device.h"
-#include "neighbourhood.h"
+#include "vm/access_point.h"
+#include "vm/command.h"
+#include "vm/device.h"
+#include "vm/neighbourhood.h"
 
 #include <algorithm>
 #include <string>

@@ -1,7 +1,7 @@
-#include "command.h"
-#include "device.h"
-#include "neighbourhood.h"
-#include "supplicant_file.h"
+#include "vm/command.h"
+#include "vm/device.h"
+#include "vm/neighbourhood.h"
+#include "vm/supplicant_file.h"
 
 #include <string>
 

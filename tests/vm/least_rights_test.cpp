@@ -1,7 +1,7 @@
 // A program that may do next to nothing but use the library: examples/wifi-panel.service.
-#include "command.h"
-#include "neighbourhood.h"
-#include "supplicant_file.h"
+#include "vm/command.h"
+#include "vm/neighbourhood.h"
+#include "vm/supplicant_file.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // What is done before the guest restarts, and what is left afterwards.
-#include "command.h"
-#include "device.h"
-#include "neighbourhood.h"
-#include "supplicant_file.h"
+#include "vm/command.h"
+#include "vm/device.h"
+#include "vm/neighbourhood.h"
+#include "vm/supplicant_file.h"
 
 #include <algorithm>
 #include <string>

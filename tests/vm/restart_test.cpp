@@ -1,6 +1,6 @@
-#include "command.h"
-#include "device.h"
-#include "neighbourhood.h"
+#include "vm/command.h"
+#include "vm/device.h"
+#include "vm/neighbourhood.h"
 
 #include <string>
 

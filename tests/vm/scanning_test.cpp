@@ -1,5 +1,5 @@
-#include "command.h"
-#include "device.h"
+#include "vm/command.h"
+#include "vm/device.h"
 
 #include <algorithm>
 #include <optional>

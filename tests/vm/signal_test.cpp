@@ -1,6 +1,6 @@
-#include "access_point.h"
-#include "device.h"
-#include "neighbourhood.h"
+#include "vm/access_point.h"
+#include "vm/device.h"
+#include "vm/neighbourhood.h"
 
 namespace kaz::vm {
 namespace {

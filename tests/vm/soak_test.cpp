@@ -1,5 +1,5 @@
-#include "device.h"
-#include "neighbourhood.h"
+#include "vm/device.h"
+#include "vm/neighbourhood.h"
 
 #include <malloc.h>
 

@@ -1,4 +1,4 @@
-#include "supplicant_file.h"
+#include "vm/supplicant_file.h"
 
 #include <algorithm>
 #include <fstream>

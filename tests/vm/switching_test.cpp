@@ -1,8 +1,8 @@
-#include "access_point.h"
-#include "command.h"
-#include "device.h"
-#include "neighbourhood.h"
-#include "supplicant_file.h"
+#include "vm/access_point.h"
+#include "vm/command.h"
+#include "vm/device.h"
+#include "vm/neighbourhood.h"
+#include "vm/supplicant_file.h"
 
 #include <algorithm>
 #include <string>

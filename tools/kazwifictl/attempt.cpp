@@ -1,9 +1,9 @@
-#include "attempt.h"
+#include "kazwifictl/attempt.h"
 
 #include <chrono>
 #include <utility>
 
-#include "signal_strength.h"
+#include "kazwifictl/signal_strength.h"
 
 namespace kaz::ctl {
 

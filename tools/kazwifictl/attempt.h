@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "event.h"
+#include "kazwifictl/event.h"
 
 namespace kaz::ctl {
 

@@ -1,4 +1,4 @@
-#include "background.h"
+#include "kazwifictl/background.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -9,7 +9,7 @@
 #include <system_error>
 #include <utility>
 
-#include "interrupts.h"
+#include "kazwifictl/interrupts.h"
 
 namespace kaz::ctl {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "file_descriptor.h"
+#include "kazwifictl/file_descriptor.h"
 
 namespace kaz::ctl {
 

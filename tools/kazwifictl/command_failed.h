@@ -3,7 +3,7 @@
 #include <exception>
 #include <utility>
 
-#include "failure.h"
+#include "kazwifictl/failure.h"
 
 namespace kaz::ctl {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "options.h"
-#include "output.h"
-#include "report.h"
-#include "workspace.h"
+#include "kazwifictl/options.h"
+#include "kazwifictl/output.h"
+#include "kazwifictl/report.h"
+#include "kazwifictl/workspace.h"
 
 namespace kaz::ctl {
 

@@ -1,10 +1,10 @@
-#include "completion.h"
+#include "kazwifictl/completion.h"
 
 #include <algorithm>
 
-#include "network_table.h"
-#include "options.h"
-#include "ssid_text.h"
+#include "kazwifictl/network_table.h"
+#include "kazwifictl/options.h"
+#include "kazwifictl/ssid_text.h"
 
 namespace kaz::ctl {
 namespace {

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "event.h"
+#include "kazwifictl/event.h"
 
 namespace kaz::ctl {
 

@@ -5,16 +5,16 @@
 #include <algorithm>
 #include <utility>
 
-#include "attempt.h"
-#include "command_failed.h"
-#include "commands.h"
-#include "connect_plan.h"
-#include "connect_report.h"
-#include "documents.h"
-#include "observation.h"
-#include "secret.h"
-#include "ssid_text.h"
-#include "words.h"
+#include "kazwifictl/attempt.h"
+#include "kazwifictl/command_failed.h"
+#include "kazwifictl/commands.h"
+#include "kazwifictl/connect_plan.h"
+#include "kazwifictl/connect_report.h"
+#include "kazwifictl/documents.h"
+#include "kazwifictl/observation.h"
+#include "kazwifictl/secret.h"
+#include "kazwifictl/ssid_text.h"
+#include "kazwifictl/words.h"
 
 namespace kaz::ctl {
 

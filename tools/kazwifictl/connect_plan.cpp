@@ -1,8 +1,8 @@
-#include "connect_plan.h"
+#include "kazwifictl/connect_plan.h"
 
 #include <algorithm>
 
-#include "words.h"
+#include "kazwifictl/words.h"
 
 namespace kaz::ctl {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <variant>
 
-#include "event.h"
-#include "failure.h"
-#include "options.h"
+#include "kazwifictl/event.h"
+#include "kazwifictl/failure.h"
+#include "kazwifictl/options.h"
 
 namespace kaz::ctl {
 

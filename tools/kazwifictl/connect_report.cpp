@@ -1,11 +1,11 @@
-#include "connect_report.h"
+#include "kazwifictl/connect_report.h"
 
 #include <fmt/format.h>
 
-#include "documents.h"
-#include "signal_strength.h"
-#include "ssid_text.h"
-#include "words.h"
+#include "kazwifictl/documents.h"
+#include "kazwifictl/signal_strength.h"
+#include "kazwifictl/ssid_text.h"
+#include "kazwifictl/words.h"
 
 namespace kaz::ctl {
 namespace {

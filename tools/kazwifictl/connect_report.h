@@ -5,10 +5,10 @@
 #include <chrono>
 #include <string>
 
-#include "attempt.h"
-#include "library_log.h"
-#include "output.h"
-#include "report.h"
+#include "kazwifictl/attempt.h"
+#include "kazwifictl/library_log.h"
+#include "kazwifictl/output.h"
+#include "kazwifictl/report.h"
 
 namespace kaz::ctl {
 

@@ -1,12 +1,12 @@
-#include "documents.h"
+#include "kazwifictl/documents.h"
 
 #include <chrono>
 #include <cstdint>
 #include <string>
 
-#include "signal_strength.h"
-#include "ssid_text.h"
-#include "words.h"
+#include "kazwifictl/signal_strength.h"
+#include "kazwifictl/ssid_text.h"
+#include "kazwifictl/words.h"
 
 namespace kaz::ctl {
 

@@ -5,11 +5,11 @@
 #include <cstdint>
 #include <vector>
 
-#include "attempt.h"
-#include "event.h"
-#include "network_table.h"
-#include "options.h"
-#include "output.h"
+#include "kazwifictl/attempt.h"
+#include "kazwifictl/event.h"
+#include "kazwifictl/network_table.h"
+#include "kazwifictl/options.h"
+#include "kazwifictl/output.h"
 
 namespace kaz::ctl {
 

@@ -1,4 +1,4 @@
-#include "event.h"
+#include "kazwifictl/event.h"
 
 namespace kaz::ctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "failure.h"
+#include "kazwifictl/failure.h"
 
 #include <fmt/format.h>
 

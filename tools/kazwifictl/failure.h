@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "exit_code.h"
+#include "kazwifictl/exit_code.h"
 
 namespace kaz::ctl {
 

@@ -1,4 +1,4 @@
-#include "help.h"
+#include "kazwifictl/help.h"
 
 namespace kaz::ctl {
 

@@ -1,4 +1,4 @@
-#include "help_layout.h"
+#include "kazwifictl/help_layout.h"
 
 #include <fmt/format.h>
 

@@ -1,4 +1,4 @@
-#include "history_file.h"
+#include "kazwifictl/history_file.h"
 
 #include <stdlib.h>
 

@@ -1,4 +1,4 @@
-#include "inbox.h"
+#include "kazwifictl/inbox.h"
 
 #include <sys/eventfd.h>
 #include <unistd.h>

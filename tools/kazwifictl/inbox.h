@@ -4,8 +4,8 @@
 #include <mutex>
 #include <optional>
 
-#include "event.h"
-#include "file_descriptor.h"
+#include "kazwifictl/event.h"
+#include "kazwifictl/file_descriptor.h"
 
 namespace kaz::ctl {
 

@@ -1,4 +1,4 @@
-#include "interrupts.h"
+#include "kazwifictl/interrupts.h"
 
 #include <sys/signalfd.h>
 #include <unistd.h>

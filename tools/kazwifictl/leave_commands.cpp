@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "command_failed.h"
-#include "commands.h"
-#include "documents.h"
-#include "ssid_text.h"
+#include "kazwifictl/command_failed.h"
+#include "kazwifictl/commands.h"
+#include "kazwifictl/documents.h"
+#include "kazwifictl/ssid_text.h"
 
 namespace kaz::ctl {
 

@@ -1,4 +1,4 @@
-#include "library_log.h"
+#include "kazwifictl/library_log.h"
 
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/spdlog.h>
@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "ssid_text.h"
+#include "kazwifictl/ssid_text.h"
 
 namespace kaz::ctl {
 namespace {

@@ -1,10 +1,10 @@
 #include <algorithm>
 
-#include "command_failed.h"
-#include "commands.h"
-#include "documents.h"
-#include "network_table.h"
-#include "ssid_text.h"
+#include "kazwifictl/command_failed.h"
+#include "kazwifictl/commands.h"
+#include "kazwifictl/documents.h"
+#include "kazwifictl/network_table.h"
+#include "kazwifictl/ssid_text.h"
 
 namespace kaz::ctl {
 

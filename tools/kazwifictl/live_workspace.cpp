@@ -1,6 +1,6 @@
-#include "live_workspace.h"
+#include "kazwifictl/live_workspace.h"
 
-#include "command_failed.h"
+#include "kazwifictl/command_failed.h"
 
 namespace kaz::ctl {
 

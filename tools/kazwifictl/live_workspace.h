@@ -1,6 +1,6 @@
 #pragma once
 
-#include "workspace.h"
+#include "kazwifictl/workspace.h"
 
 namespace kaz::ctl {
 

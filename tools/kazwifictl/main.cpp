@@ -9,17 +9,17 @@
 #include <memory>
 #include <system_error>
 
-#include "background.h"
-#include "command_failed.h"
-#include "commands.h"
-#include "interrupts.h"
-#include "library_log.h"
-#include "live_workspace.h"
-#include "one_shot.h"
-#include "options.h"
-#include "output.h"
-#include "prompt.h"
-#include "simulation.h"
+#include "kazwifictl/background.h"
+#include "kazwifictl/command_failed.h"
+#include "kazwifictl/commands.h"
+#include "kazwifictl/interrupts.h"
+#include "kazwifictl/library_log.h"
+#include "kazwifictl/live_workspace.h"
+#include "kazwifictl/one_shot.h"
+#include "kazwifictl/options.h"
+#include "kazwifictl/output.h"
+#include "kazwifictl/prompt.h"
+#include "kazwifictl/simulation.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "device.h"
+#include "kazwifictl/device.h"
 
 namespace kaz::ctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "monitor.h"
+#include "kazwifictl/monitor.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
@@ -7,10 +7,10 @@
 #include <algorithm>
 #include <map>
 
-#include "documents.h"
-#include "signal_strength.h"
-#include "ssid_text.h"
-#include "words.h"
+#include "kazwifictl/documents.h"
+#include "kazwifictl/signal_strength.h"
+#include "kazwifictl/ssid_text.h"
+#include "kazwifictl/words.h"
 
 namespace kaz::ctl {
 

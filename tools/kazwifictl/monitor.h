@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "event.h"
-#include "network_table.h"
-#include "output.h"
+#include "kazwifictl/event.h"
+#include "kazwifictl/network_table.h"
+#include "kazwifictl/output.h"
 
 namespace kaz::ctl {
 

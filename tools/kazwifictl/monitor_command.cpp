@@ -1,9 +1,9 @@
 #include <signal.h>
 
-#include "command_failed.h"
-#include "commands.h"
-#include "monitor.h"
-#include "observation.h"
+#include "kazwifictl/command_failed.h"
+#include "kazwifictl/commands.h"
+#include "kazwifictl/monitor.h"
+#include "kazwifictl/observation.h"
 
 namespace kaz::ctl {
 namespace {

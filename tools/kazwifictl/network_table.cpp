@@ -1,4 +1,4 @@
-#include "network_table.h"
+#include "kazwifictl/network_table.h"
 
 #include <fmt/format.h>
 
@@ -7,10 +7,10 @@
 #include <numeric>
 #include <tuple>
 
-#include "signal_strength.h"
-#include "ssid_text.h"
-#include "unicode.h"
-#include "words.h"
+#include "kazwifictl/signal_strength.h"
+#include "kazwifictl/ssid_text.h"
+#include "kazwifictl/unicode.h"
+#include "kazwifictl/words.h"
 
 namespace kaz::ctl {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "terminal.h"
+#include "kazwifictl/terminal.h"
 
 namespace kaz::ctl {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "session.h"
+#include "kazwifictl/session.h"
 
 namespace kaz::ctl {
 

@@ -1,6 +1,6 @@
-#include "one_shot.h"
+#include "kazwifictl/one_shot.h"
 
-#include "command_failed.h"
+#include "kazwifictl/command_failed.h"
 
 namespace kaz::ctl {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "background.h"
-#include "workspace.h"
+#include "kazwifictl/background.h"
+#include "kazwifictl/workspace.h"
 
 namespace kaz::ctl {
 

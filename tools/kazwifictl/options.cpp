@@ -1,4 +1,4 @@
-#include "options.h"
+#include "kazwifictl/options.h"
 
 #include <fmt/format.h>
 
@@ -8,10 +8,10 @@
 #include <memory>
 #include <utility>
 
-#include "help.h"
-#include "help_layout.h"
-#include "ssid_text.h"
-#include "words.h"
+#include "kazwifictl/help.h"
+#include "kazwifictl/help_layout.h"
+#include "kazwifictl/ssid_text.h"
+#include "kazwifictl/words.h"
 
 namespace kaz::ctl {
 namespace {

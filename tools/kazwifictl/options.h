@@ -8,8 +8,8 @@
 #include <variant>
 #include <vector>
 
-#include "failure.h"
-#include "terminal.h"
+#include "kazwifictl/failure.h"
+#include "kazwifictl/terminal.h"
 
 namespace kaz::ctl {
 

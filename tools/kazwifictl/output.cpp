@@ -1,4 +1,4 @@
-#include "output.h"
+#include "kazwifictl/output.h"
 
 #include <unistd.h>
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "failure.h"
-#include "terminal.h"
+#include "kazwifictl/failure.h"
+#include "kazwifictl/terminal.h"
 
 namespace kaz::ctl {
 

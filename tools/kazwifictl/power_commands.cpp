@@ -1,7 +1,7 @@
 #include <fmt/format.h>
 
-#include "command_failed.h"
-#include "commands.h"
+#include "kazwifictl/command_failed.h"
+#include "kazwifictl/commands.h"
 
 namespace kaz::ctl {
 namespace {

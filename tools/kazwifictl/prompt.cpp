@@ -1,4 +1,4 @@
-#include "prompt.h"
+#include "kazwifictl/prompt.h"
 
 #include <fmt/format.h>
 #include <poll.h>
@@ -16,14 +16,14 @@
 #include <iterator>
 #include <optional>
 
-#include "command_failed.h"
-#include "commands.h"
-#include "completion.h"
-#include "help.h"
-#include "history_file.h"
-#include "monitor.h"
-#include "observation.h"
-#include "words_of_line.h"
+#include "kazwifictl/command_failed.h"
+#include "kazwifictl/commands.h"
+#include "kazwifictl/completion.h"
+#include "kazwifictl/help.h"
+#include "kazwifictl/history_file.h"
+#include "kazwifictl/monitor.h"
+#include "kazwifictl/observation.h"
+#include "kazwifictl/words_of_line.h"
 
 namespace kaz::ctl {
 namespace {

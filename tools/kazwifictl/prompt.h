@@ -1,8 +1,8 @@
 #pragma once
 
-#include "live_workspace.h"
-#include "options.h"
-#include "output.h"
+#include "kazwifictl/live_workspace.h"
+#include "kazwifictl/options.h"
+#include "kazwifictl/output.h"
 
 namespace kaz::ctl {
 

@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
-#include "failure.h"
-#include "output.h"
+#include "kazwifictl/failure.h"
+#include "kazwifictl/output.h"
 
 namespace kaz::ctl {
 

@@ -1,6 +1,6 @@
-#include "command_failed.h"
-#include "commands.h"
-#include "documents.h"
+#include "kazwifictl/command_failed.h"
+#include "kazwifictl/commands.h"
+#include "kazwifictl/documents.h"
 
 namespace kaz::ctl {
 namespace {

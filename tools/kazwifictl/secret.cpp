@@ -1,4 +1,4 @@
-#include "secret.h"
+#include "kazwifictl/secret.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -12,9 +12,9 @@
 #include <string_view>
 #include <system_error>
 
-#include "command_failed.h"
-#include "file_descriptor.h"
-#include "ssid_text.h"
+#include "kazwifictl/command_failed.h"
+#include "kazwifictl/file_descriptor.h"
+#include "kazwifictl/ssid_text.h"
 
 namespace kaz::ctl {
 namespace {

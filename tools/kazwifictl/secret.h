@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "interrupts.h"
+#include "kazwifictl/interrupts.h"
 
 namespace kaz::ctl {
 

@@ -1,4 +1,4 @@
-#include "session.h"
+#include "kazwifictl/session.h"
 
 #include <poll.h>
 #include <signal.h>

@@ -25,10 +25,10 @@
 #include <optional>
 #include <string>
 
-#include "device.h"
-#include "event.h"
-#include "inbox.h"
-#include "interrupts.h"
+#include "kazwifictl/device.h"
+#include "kazwifictl/event.h"
+#include "kazwifictl/inbox.h"
+#include "kazwifictl/interrupts.h"
 
 namespace kaz::ctl {
 

@@ -1,4 +1,4 @@
-#include "signal_strength.h"
+#include "kazwifictl/signal_strength.h"
 
 #include <wifi/types.h>
 

@@ -1,4 +1,4 @@
-#include "simulation.h"
+#include "kazwifictl/simulation.h"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -14,10 +14,10 @@
 #include <utility>
 #include <vector>
 
-#include "command_failed.h"
-#include "default_neighbourhood.h"
-#include "file_descriptor.h"
-#include "ssid_text.h"
+#include "kazwifictl/command_failed.h"
+#include "kazwifictl/default_neighbourhood.h"
+#include "kazwifictl/file_descriptor.h"
+#include "kazwifictl/ssid_text.h"
 
 namespace kaz::ctl {
 namespace {

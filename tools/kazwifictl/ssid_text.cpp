@@ -1,4 +1,4 @@
-#include "ssid_text.h"
+#include "kazwifictl/ssid_text.h"
 
 #include <fmt/format.h>
 
@@ -6,7 +6,7 @@
 #include <cctype>
 #include <cstdint>
 
-#include "unicode.h"
+#include "kazwifictl/unicode.h"
 
 namespace kaz::ctl {
 namespace {

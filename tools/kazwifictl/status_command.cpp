@@ -1,10 +1,10 @@
 #include <fmt/format.h>
 
-#include "commands.h"
-#include "documents.h"
-#include "signal_strength.h"
-#include "ssid_text.h"
-#include "words.h"
+#include "kazwifictl/commands.h"
+#include "kazwifictl/documents.h"
+#include "kazwifictl/signal_strength.h"
+#include "kazwifictl/ssid_text.h"
+#include "kazwifictl/words.h"
 
 namespace kaz::ctl {
 

@@ -1,4 +1,4 @@
-#include "terminal.h"
+#include "kazwifictl/terminal.h"
 
 #include <fmt/format.h>
 #include <langinfo.h>
@@ -8,7 +8,7 @@
 
 #include <cstring>
 
-#include "signal_strength.h"
+#include "kazwifictl/signal_strength.h"
 
 namespace kaz::ctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "words.h"
+#include "kazwifictl/words.h"
 
 #include <algorithm>
 #include <cctype>

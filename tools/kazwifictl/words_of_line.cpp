@@ -1,4 +1,4 @@
-#include "words_of_line.h"
+#include "kazwifictl/words_of_line.h"
 
 namespace kaz::ctl {
 

@@ -1,6 +1,6 @@
-#include "workspace.h"
+#include "kazwifictl/workspace.h"
 
-#include "command_failed.h"
+#include "kazwifictl/command_failed.h"
 
 namespace kaz::ctl {
 

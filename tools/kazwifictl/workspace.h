@@ -5,11 +5,11 @@
 #include <memory>
 #include <string>
 
-#include "device.h"
-#include "failure.h"
-#include "interrupts.h"
-#include "library_log.h"
-#include "session.h"
+#include "kazwifictl/device.h"
+#include "kazwifictl/failure.h"
+#include "kazwifictl/interrupts.h"
+#include "kazwifictl/library_log.h"
+#include "kazwifictl/session.h"
 
 namespace kaz::ctl {
 

@@ -1,4 +1,4 @@
-#include "config_lock.h"
+#include "platform/common/config_lock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -6,8 +6,8 @@
 
 #include <cerrno>
 
-#include "file_error.h"
-#include "stored_file.h"
+#include "platform/common/file_error.h"
+#include "platform/common/stored_file.h"
 
 namespace kaz::util {
 namespace {

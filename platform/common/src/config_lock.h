@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "file_descriptor.h"
+#include "platform/common/file_descriptor.h"
 
 namespace kaz::util {
 

@@ -1,4 +1,4 @@
-#include "file_error.h"
+#include "platform/common/file_error.h"
 
 #include <fmt/format.h>
 

@@ -7,9 +7,9 @@
 #include <exception>
 #include <filesystem>
 
-#include "config_lock.h"
-#include "file_error.h"
-#include "stored_file.h"
+#include "platform/common/config_lock.h"
+#include "platform/common/file_error.h"
+#include "platform/common/stored_file.h"
 
 namespace kaz::util {
 namespace {

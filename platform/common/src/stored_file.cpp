@@ -1,4 +1,4 @@
-#include "stored_file.h"
+#include "platform/common/stored_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <utility>
 
-#include "file_error.h"
+#include "platform/common/file_error.h"
 
 namespace kaz::util {
 namespace {

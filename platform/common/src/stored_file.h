@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "file_descriptor.h"
+#include "platform/common/file_descriptor.h"
 
 namespace kaz::util {
 

@@ -1,4 +1,4 @@
-#include "config_text.h"
+#include "platform/common/syntax/config_text.h"
 
 #include <algorithm>
 #include <optional>

@@ -3,8 +3,8 @@
 
 #include <utility>
 
-#include "handles.h"
-#include "log.h"
+#include "platform/dbus/handles.h"
+#include "platform/dbus/log.h"
 
 namespace kaz::dbus {
 namespace {

@@ -1,4 +1,4 @@
-#include "connection.h"
+#include "platform/dbus/connection.h"
 
 #include <kaz/dbus/dbus_error.h>
 
@@ -8,8 +8,8 @@
 #include <ctime>
 #include <utility>
 
-#include "guard.h"
-#include "log.h"
+#include "platform/dbus/guard.h"
+#include "platform/dbus/log.h"
 
 namespace kaz::dbus {
 namespace {

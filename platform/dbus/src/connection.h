@@ -3,10 +3,10 @@
 #include <functional>
 #include <memory>
 
-#include "clock.h"
-#include "handles.h"
-#include "kill_switch.h"
-#include "signal_table.h"
+#include "platform/dbus/clock.h"
+#include "platform/dbus/handles.h"
+#include "platform/dbus/kill_switch.h"
+#include "platform/dbus/signal_table.h"
 
 namespace kaz::dbus {
 

@@ -11,13 +11,13 @@
 #include <thread>
 #include <utility>
 
-#include "clock.h"
-#include "connection.h"
-#include "handles.h"
-#include "idle_task.h"
-#include "log.h"
-#include "task_queue.h"
-#include "timer.h"
+#include "platform/dbus/clock.h"
+#include "platform/dbus/connection.h"
+#include "platform/dbus/handles.h"
+#include "platform/dbus/idle_task.h"
+#include "platform/dbus/log.h"
+#include "platform/dbus/task_queue.h"
+#include "platform/dbus/timer.h"
 
 namespace kaz::dbus {
 namespace {

@@ -1,8 +1,8 @@
-#include "guard.h"
+#include "platform/dbus/guard.h"
 
 #include <exception>
 
-#include "log.h"
+#include "platform/dbus/log.h"
 
 namespace kaz::dbus {
 

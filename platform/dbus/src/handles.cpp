@@ -1,4 +1,4 @@
-#include "handles.h"
+#include "platform/dbus/handles.h"
 
 #include <system_error>
 

@@ -1,8 +1,8 @@
-#include "idle_task.h"
+#include "platform/dbus/idle_task.h"
 
 #include <utility>
 
-#include "guard.h"
+#include "platform/dbus/guard.h"
 
 namespace kaz::dbus {
 namespace {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-#include "clock.h"
+#include "platform/dbus/clock.h"
 
 namespace kaz::dbus {
 

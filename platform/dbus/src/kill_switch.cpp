@@ -1,4 +1,4 @@
-#include "kill_switch.h"
+#include "platform/dbus/kill_switch.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>

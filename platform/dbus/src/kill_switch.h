@@ -2,7 +2,7 @@
 
 #include <mutex>
 
-#include "handles.h"
+#include "platform/dbus/handles.h"
 
 namespace kaz::dbus {
 

@@ -1,4 +1,4 @@
-#include "name_owner.h"
+#include "platform/dbus/name_owner.h"
 
 #include <kaz/dbus/dbus_error.h>
 #include <kaz/dbus/message.h>
@@ -7,8 +7,8 @@
 #include <string_view>
 #include <utility>
 
-#include "guard.h"
-#include "log.h"
+#include "platform/dbus/guard.h"
+#include "platform/dbus/log.h"
 
 namespace kaz::dbus {
 namespace {

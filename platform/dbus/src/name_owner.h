@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "handles.h"
+#include "platform/dbus/handles.h"
 
 namespace kaz::dbus {
 

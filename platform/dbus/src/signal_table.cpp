@@ -1,4 +1,4 @@
-#include "signal_table.h"
+#include "platform/dbus/signal_table.h"
 
 #include <kaz/dbus/dbus_error.h>
 
@@ -6,9 +6,9 @@
 #include <iterator>
 #include <utility>
 
-#include "guard.h"
-#include "log.h"
-#include "name_owner.h"
+#include "platform/dbus/guard.h"
+#include "platform/dbus/log.h"
+#include "platform/dbus/name_owner.h"
 
 namespace kaz::dbus {
 

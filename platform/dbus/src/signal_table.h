@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "handles.h"
+#include "platform/dbus/handles.h"
 
 namespace kaz::dbus {
 

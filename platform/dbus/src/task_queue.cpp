@@ -1,4 +1,4 @@
-#include "task_queue.h"
+#include "platform/dbus/task_queue.h"
 
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
@@ -6,8 +6,8 @@
 #include <cerrno>
 #include <utility>
 
-#include "guard.h"
-#include "log.h"
+#include "platform/dbus/guard.h"
+#include "platform/dbus/log.h"
 
 namespace kaz::dbus {
 namespace {

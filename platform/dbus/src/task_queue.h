@@ -6,7 +6,7 @@
 #include <functional>
 #include <mutex>
 
-#include "handles.h"
+#include "platform/dbus/handles.h"
 
 namespace kaz::dbus {
 

@@ -1,11 +1,11 @@
-#include "timer.h"
+#include "platform/dbus/timer.h"
 
 #include <algorithm>
 #include <ctime>
 #include <utility>
 
-#include "clock.h"
-#include "guard.h"
+#include "platform/dbus/clock.h"
+#include "platform/dbus/guard.h"
 
 namespace kaz::dbus {
 namespace {

@@ -4,7 +4,7 @@
 #include <functional>
 #include <memory>
 
-#include "handles.h"
+#include "platform/dbus/handles.h"
 
 namespace kaz::dbus {
 

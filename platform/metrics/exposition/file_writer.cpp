@@ -1,4 +1,4 @@
-#include "file_writer.h"
+#include "platform/metrics/exposition/file_writer.h"
 
 #include <pthread.h>
 #include <signal.h>
@@ -8,7 +8,7 @@
 #include <exception>
 #include <utility>
 
-#include "text_file.h"
+#include "platform/metrics/exposition/text_file.h"
 
 namespace kaz::metrics_reporting {
 namespace {

@@ -10,7 +10,7 @@
 #include <string>
 #include <thread>
 
-#include "wake_up.h"
+#include "platform/metrics/exposition/wake_up.h"
 
 namespace kaz::metrics_reporting {
 

@@ -1,4 +1,4 @@
-#include "text_file.h"
+#include "platform/metrics/exposition/text_file.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>

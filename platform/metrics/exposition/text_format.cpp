@@ -1,4 +1,4 @@
-#include "text_format.h"
+#include "platform/metrics/exposition/text_format.h"
 
 #include <fmt/format.h>
 

@@ -1,4 +1,4 @@
-#include "gauge_registry.h"
+#include "platform/metrics/gauge_registry.h"
 
 #include <file_writer.h>
 #include <spdlog/spdlog.h>

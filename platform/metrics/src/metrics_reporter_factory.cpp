@@ -1,6 +1,6 @@
 #include <kaz/metrics/metrics_reporter_factory.h>
 
-#include "gauge_registry.h"
+#include "platform/metrics/gauge_registry.h"
 
 namespace kaz::metrics_reporting {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "time_provider.h"
+#include "connection_info/time_provider.h"
 
 #include <atomic>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "fake_communicator.h"
+#include "doubles/fake_communicator/fake_communicator.h"
 
 #include <algorithm>
 #include <utility>

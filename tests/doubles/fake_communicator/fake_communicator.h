@@ -1,7 +1,7 @@
 #pragma once
 
-#include "communicator.h"
-#include "fake_wifi_stack.h"
+#include "communicator/communicator.h"
+#include "doubles/fake_communicator/fake_wifi_stack.h"
 
 #include <chrono>
 #include <cstddef>

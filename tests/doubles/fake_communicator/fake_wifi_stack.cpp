@@ -1,4 +1,4 @@
-#include "fake_wifi_stack.h"
+#include "doubles/fake_communicator/fake_wifi_stack.h"
 
 #include <algorithm>
 #include <utility>

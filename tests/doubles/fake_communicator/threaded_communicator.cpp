@@ -1,4 +1,4 @@
-#include "threaded_communicator.h"
+#include "doubles/fake_communicator/threaded_communicator.h"
 
 #include <exception>
 #include <utility>

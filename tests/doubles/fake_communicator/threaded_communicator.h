@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fake_communicator.h"
+#include "doubles/fake_communicator/fake_communicator.h"
 
 #include <chrono>
 #include <condition_variable>

@@ -1,4 +1,4 @@
-#include "fake_metrics.h"
+#include "doubles/fake_metrics/fake_metrics.h"
 
 #include <kaz/metrics/metrics_reporter_factory.h>
 

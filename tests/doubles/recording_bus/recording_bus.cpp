@@ -1,8 +1,8 @@
-#include "recording_bus.h"
+#include "doubles/recording_bus/recording_bus.h"
 
-#include "bus_thread.h"
-#include "message_text.h"
-#include "require_success.h"
+#include "support/message_text/message_text.h"
+#include "support/scripted_peer/bus_thread.h"
+#include "support/scripted_peer/require_success.h"
 
 #include <systemd/sd-bus.h>
 

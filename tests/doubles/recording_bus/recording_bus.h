@@ -1,6 +1,6 @@
 #pragma once
 
-#include "call_log.h"
+#include "support/call_log/call_log.h"
 
 #include <memory>
 #include <string>

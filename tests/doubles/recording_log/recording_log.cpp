@@ -1,4 +1,4 @@
-#include "recording_log.h"
+#include "doubles/recording_log/recording_log.h"
 
 #include <spdlog/logger.h>
 #include <spdlog/sinks/sink.h>

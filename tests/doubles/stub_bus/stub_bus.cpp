@@ -1,4 +1,4 @@
-#include "stub_bus.h"
+#include "doubles/stub_bus/stub_bus.h"
 
 #include <sys/socket.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 // Managers that end at any moment.
-#include "device_fixture.h"
-#include "resources.h"
+#include "integration/endurance/resources.h"
+#include "integration/support/device_fixture.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 // More requests than may wait, while the device takes its time to answer.
-#include "device_fixture.h"
-#include "resources.h"
+#include "integration/endurance/resources.h"
+#include "integration/support/device_fixture.h"
 
 #include <algorithm>
 #include <chrono>

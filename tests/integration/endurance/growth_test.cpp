@@ -1,6 +1,6 @@
 // What is done over and over must not use more and more.
-#include "device_fixture.h"
-#include "resources.h"
+#include "integration/endurance/resources.h"
+#include "integration/support/device_fixture.h"
 
 #include <algorithm>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "resources.h"
+#include "integration/endurance/resources.h"
 
 #include <malloc.h>
 #include <stdlib.h>

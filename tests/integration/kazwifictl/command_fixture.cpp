@@ -1,4 +1,4 @@
-#include "command_fixture.h"
+#include "integration/kazwifictl/command_fixture.h"
 
 #include <algorithm>
 #include <cstdint>

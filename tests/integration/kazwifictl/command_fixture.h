@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "neighbourhood.h"
-#include "private_bus.h"
-#include "running_program.h"
-#include "simulated_device.h"
-#include "temporary_folder.h"
+#include "integration/kazwifictl/running_program.h"
+#include "simulator/device/simulated_device.h"
+#include "simulator/private_bus/private_bus.h"
+#include "simulator/world/neighbourhood.h"
+#include "support/temporary_folder/temporary_folder.h"
 
 namespace kaz::test {
 

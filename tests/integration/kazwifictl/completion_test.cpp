@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <string>
 
-#include "command_fixture.h"
-#include "temporary_folder.h"
+#include "integration/kazwifictl/command_fixture.h"
+#include "support/temporary_folder/temporary_folder.h"
 
 namespace kaz::test {
 namespace {

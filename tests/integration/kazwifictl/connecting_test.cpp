@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "command_fixture.h"
-#include "waiting.h"
+#include "integration/kazwifictl/command_fixture.h"
+#include "support/waiting/waiting.h"
 
 namespace kaz::test {
 namespace {

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "command_fixture.h"
-#include "temporary_folder.h"
+#include "integration/kazwifictl/command_fixture.h"
+#include "support/temporary_folder/temporary_folder.h"
 
 namespace kaz::test {
 namespace {

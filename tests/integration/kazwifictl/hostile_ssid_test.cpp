@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "command_fixture.h"
+#include "integration/kazwifictl/command_fixture.h"
 
 namespace kaz::test {
 namespace {

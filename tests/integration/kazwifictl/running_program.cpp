@@ -1,4 +1,4 @@
-#include "running_program.h"
+#include "integration/kazwifictl/running_program.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <string>
 
-#include "command_fixture.h"
-#include "waiting.h"
+#include "integration/kazwifictl/command_fixture.h"
+#include "support/waiting/waiting.h"
 
 namespace kaz::test {
 namespace {

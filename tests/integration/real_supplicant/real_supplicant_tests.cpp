@@ -10,12 +10,12 @@
 #include <string>
 #include <vector>
 
-#include "communicator.h"
-#include "private_bus.h"
-#include "recording_log.h"
-#include "simulated_device.h"
-#include "temporary_folder.h"
-#include "wifi_user.h"
+#include "communicator/communicator.h"
+#include "doubles/recording_log/recording_log.h"
+#include "integration/support/wifi_user.h"
+#include "simulator/device/simulated_device.h"
+#include "simulator/private_bus/private_bus.h"
+#include "support/temporary_folder/temporary_folder.h"
 
 namespace kaz::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "device_fixture.h"
+#include "integration/support/device_fixture.h"
 
 namespace kaz::test {
 namespace {

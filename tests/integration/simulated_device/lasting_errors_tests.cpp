@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <ostream>
 
-#include "device_fixture.h"
+#include "integration/support/device_fixture.h"
 
 namespace kaz::test {
 namespace {

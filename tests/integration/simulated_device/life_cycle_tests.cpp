@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <chrono>
 
-#include "device_fixture.h"
+#include "integration/support/device_fixture.h"
 
 namespace kaz::test {
 namespace {

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "device_fixture.h"
+#include "integration/support/device_fixture.h"
 
 namespace kaz::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "secret_holder.h"
+#include "integration/simulated_device/secret_holder.h"
 
 #include <fcntl.h>
 #include <signal.h>

@@ -1,6 +1,6 @@
 // What is left of a secret in the memory of a process once the library is done with it: nothing.
-#include "device_fixture.h"
-#include "secret_holder.h"
+#include "integration/simulated_device/secret_holder.h"
+#include "integration/support/device_fixture.h"
 
 #include <algorithm>
 #include <cstddef>

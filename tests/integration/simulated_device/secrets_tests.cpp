@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "device_fixture.h"
+#include "integration/support/device_fixture.h"
 
 namespace kaz::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "device_fixture.h"
+#include "integration/support/device_fixture.h"
 
 #include <stdlib.h>
 

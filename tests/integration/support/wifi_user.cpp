@@ -1,4 +1,4 @@
-#include "wifi_user.h"
+#include "integration/support/wifi_user.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,5 +1,5 @@
-#include "communicator_fixture.h"
-#include "message_text.h"
+#include "support/message_text/message_text.h"
+#include "unit/communicator/communicator_fixture.h"
 
 #include <vector>
 

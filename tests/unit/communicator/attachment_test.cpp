@@ -1,5 +1,5 @@
 // Following the supplicant's unit: attaching and detaching.
-#include "communicator_fixture.h"
+#include "unit/communicator/communicator_fixture.h"
 
 #include <atomic>
 

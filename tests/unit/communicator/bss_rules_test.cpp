@@ -1,4 +1,4 @@
-#include "bss_rules.h"
+#include "communicator/bss_rules.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // What the radio sees: scans, access points, signal strength; and EAP methods.
-#include "communicator_fixture.h"
-#include "report_text.h"
+#include "unit/communicator/communicator_fixture.h"
+#include "unit/communicator/report_text.h"
 
 namespace kaz::wifi {
 namespace {

@@ -1,5 +1,5 @@
 // The bus, or systemd on it, goes away and comes back.
-#include "communicator_fixture.h"
+#include "unit/communicator/communicator_fixture.h"
 
 #include <spdlog/sinks/callback_sink.h>
 #include <spdlog/spdlog.h>

@@ -1,6 +1,6 @@
-#include "communicator_fixture.h"
+#include "unit/communicator/communicator_fixture.h"
 
-#include "report_text.h"
+#include "unit/communicator/report_text.h"
 
 #include <algorithm>
 #include <utility>

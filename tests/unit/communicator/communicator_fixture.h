@@ -1,9 +1,9 @@
 #pragma once
 
-#include "dbus_communicator.h"
-#include "private_bus.h"
-#include "recording_log.h"
-#include "scripted_peer.h"
+#include "communicator/dbus_communicator.h"
+#include "doubles/recording_log/recording_log.h"
+#include "simulator/private_bus/private_bus.h"
+#include "support/scripted_peer/scripted_peer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

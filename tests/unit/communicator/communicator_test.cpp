@@ -1,8 +1,8 @@
 // What the seam promises whoever stands behind it.
-#include "communicator.h"
+#include "communicator/communicator.h"
 
-#include "configured_network.h"
-#include "report_text.h"
+#include "communicator/configured_network.h"
+#include "unit/communicator/report_text.h"
 
 #include <gtest/gtest.h>
 

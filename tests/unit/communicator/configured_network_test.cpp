@@ -1,5 +1,5 @@
 // A handle on a configured network, at work.
-#include "communicator_fixture.h"
+#include "unit/communicator/communicator_fixture.h"
 
 namespace kaz::wifi {
 namespace {

@@ -1,4 +1,4 @@
-#include "configured_ssid.h"
+#include "communicator/configured_ssid.h"
 
 #include <gtest/gtest.h>
 

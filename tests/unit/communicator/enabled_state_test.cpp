@@ -1,6 +1,6 @@
-#include "dbus_communicator.h"
-#include "recording_log.h"
-#include "temporary_folder.h"
+#include "communicator/dbus_communicator.h"
+#include "doubles/recording_log/recording_log.h"
+#include "support/temporary_folder/temporary_folder.h"
 
 #include <gmock/gmock.h>
 #include <stdlib.h>

@@ -1,5 +1,5 @@
 // Every call that the library makes, against everything that a peer can do to it.
-#include "fault_operations.h"
+#include "unit/communicator/fault_operations.h"
 
 #include <array>
 #include <atomic>

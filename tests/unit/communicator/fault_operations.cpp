@@ -1,4 +1,4 @@
-#include "fault_operations.h"
+#include "unit/communicator/fault_operations.h"
 
 #include <map>
 #include <ostream>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "communicator_fixture.h"
+#include "unit/communicator/communicator_fixture.h"
 
 #include <functional>
 #include <iosfwd>

@@ -1,6 +1,6 @@
 // That no call is missing in the table of the faults.
-#include "bus_names.h"
-#include "fault_operations.h"
+#include "communicator/bus_names.h"
+#include "unit/communicator/fault_operations.h"
 
 #include <filesystem>
 #include <fstream>

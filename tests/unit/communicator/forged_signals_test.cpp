@@ -1,5 +1,5 @@
 // Signals that look like a daemon's but come from somebody else on the bus.
-#include "communicator_fixture.h"
+#include "unit/communicator/communicator_fixture.h"
 
 #include <ostream>
 

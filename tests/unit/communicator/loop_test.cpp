@@ -1,5 +1,5 @@
 // The event loop seen through the communicator, and its end.
-#include "communicator_fixture.h"
+#include "unit/communicator/communicator_fixture.h"
 
 #include <atomic>
 

@@ -1,6 +1,6 @@
 // When subscriptions are made and dropped, seen by an eavesdropper on the bus.
-#include "communicator_fixture.h"
-#include "recording_bus.h"
+#include "doubles/recording_bus/recording_bus.h"
+#include "unit/communicator/communicator_fixture.h"
 
 namespace kaz::wifi {
 namespace {

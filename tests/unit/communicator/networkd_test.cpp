@@ -1,4 +1,4 @@
-#include "communicator_fixture.h"
+#include "unit/communicator/communicator_fixture.h"
 
 #include <functional>
 

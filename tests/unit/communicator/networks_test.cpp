@@ -1,5 +1,5 @@
 // The networks in the supplicant's configuration, and its connection.
-#include "communicator_fixture.h"
+#include "unit/communicator/communicator_fixture.h"
 
 #include <functional>
 

@@ -1,5 +1,5 @@
 // PropertiesChanged of the supplicant's interface, resolved into a report.
-#include "communicator_fixture.h"
+#include "unit/communicator/communicator_fixture.h"
 
 #include <climits>
 

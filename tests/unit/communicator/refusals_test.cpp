@@ -1,6 +1,6 @@
 // What the communicator refuses while no supplicant is attached.
-#include "communicator_fixture.h"
-#include "configured_network.h"
+#include "communicator/configured_network.h"
+#include "unit/communicator/communicator_fixture.h"
 
 #include <functional>
 

@@ -1,4 +1,4 @@
-#include "report_text.h"
+#include "unit/communicator/report_text.h"
 
 namespace kaz::wifi {
 namespace {

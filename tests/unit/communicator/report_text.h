@@ -1,6 +1,6 @@
 #pragma once
 
-#include "communicator.h"
+#include "communicator/communicator.h"
 
 #include <string>
 

@@ -1,5 +1,5 @@
 // The supplicant's unit in systemd.
-#include "communicator_fixture.h"
+#include "unit/communicator/communicator_fixture.h"
 
 namespace kaz::wifi {
 namespace {

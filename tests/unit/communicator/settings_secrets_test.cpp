@@ -1,6 +1,6 @@
 // The settings of a network hold its passphrase. A program of its own, for its own operator new and delete.
-#include "freed_memory_watch.h"
-#include "network_settings.h"
+#include "communicator/network_settings.h"
+#include "support/freed_memory_watch/freed_memory_watch.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // ScanDone, EAP and NetworkSelected.
-#include "communicator_fixture.h"
+#include "unit/communicator/communicator_fixture.h"
 
 namespace kaz::wifi {
 namespace {

@@ -1,6 +1,6 @@
-#include "supplicant_state.h"
+#include "communicator/supplicant_state.h"
 
-#include "recording_log.h"
+#include "doubles/recording_log/recording_log.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 // How an attempt begins, and how it ends by what the supplicant reports.
-#include "tracker_fixture.h"
+#include "unit/connection_info/tracker_fixture.h"
 
 #include <optional>
 #include <string>

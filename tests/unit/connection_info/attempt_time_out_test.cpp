@@ -1,5 +1,5 @@
 // How long an attempt may stay without an answer of the supplicant.
-#include "tracker_fixture.h"
+#include "unit/connection_info/tracker_fixture.h"
 
 #include <array>
 #include <chrono>

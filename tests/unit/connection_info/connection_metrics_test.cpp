@@ -1,6 +1,6 @@
-#include "connection_metrics.h"
-#include "fake_metrics.h"
-#include "tracker_fixture.h"
+#include "connection_info/connection_metrics.h"
+#include "doubles/fake_metrics/fake_metrics.h"
+#include "unit/connection_info/tracker_fixture.h"
 
 #include <array>
 #include <string>

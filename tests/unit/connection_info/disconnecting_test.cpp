@@ -1,5 +1,5 @@
 // Disconnecting and forgetting by the user's wish.
-#include "tracker_fixture.h"
+#include "unit/connection_info/tracker_fixture.h"
 
 #include <optional>
 

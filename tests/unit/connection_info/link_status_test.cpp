@@ -1,5 +1,5 @@
 // The published state while no attempt is pending: it follows the supplicant, networkd and the signal.
-#include "tracker_fixture.h"
+#include "unit/connection_info/tracker_fixture.h"
 
 #include <memory>
 

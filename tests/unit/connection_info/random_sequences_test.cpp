@@ -1,7 +1,7 @@
 // Many random sequences of events. After every event the tracker has to agree with a second telling of its
 // rules, and to keep what must always hold.
-#include "tracker_fixture.h"
-#include "tracker_model.h"
+#include "unit/connection_info/tracker_fixture.h"
+#include "unit/connection_info/tracker_model.h"
 
 #include <algorithm>
 #include <array>

@@ -1,5 +1,5 @@
 // Every transition of the published status, from each of the states it may start in.
-#include "tracker_fixture.h"
+#include "unit/connection_info/tracker_fixture.h"
 
 #include <optional>
 #include <ostream>

@@ -1,5 +1,5 @@
 // The supplicant coming and going.
-#include "tracker_fixture.h"
+#include "unit/connection_info/tracker_fixture.h"
 
 #include <optional>
 

@@ -1,4 +1,4 @@
-#include "tracker_fixture.h"
+#include "unit/connection_info/tracker_fixture.h"
 
 #include <fmt/format.h>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "communicator.h"
-#include "connection_info_helper.h"
-#include "fake_clock.h"
-#include "recording_log.h"
+#include "communicator/communicator.h"
+#include "connection_info/connection_info_helper.h"
+#include "doubles/fake_clock/fake_clock.h"
+#include "doubles/recording_log/recording_log.h"
 
 #include <gtest/gtest.h>
 

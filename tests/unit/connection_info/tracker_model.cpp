@@ -1,4 +1,4 @@
-#include "tracker_model.h"
+#include "unit/connection_info/tracker_model.h"
 
 #include <cstdint>
 

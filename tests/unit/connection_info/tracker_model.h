@@ -1,7 +1,7 @@
 #pragma once
 
-#include "communicator.h"
-#include "fake_clock.h"
+#include "communicator/communicator.h"
+#include "doubles/fake_clock/fake_clock.h"
 
 #include <wifi/types.h>
 

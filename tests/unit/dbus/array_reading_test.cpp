@@ -1,4 +1,4 @@
-#include "codec_fixture.h"
+#include "unit/dbus/codec_fixture.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 // Messages in the byte order that this machine does not have: a sender may use either.
-#include "codec_fixture.h"
-#include "records.h"
+#include "dbus/records.h"
+#include "unit/dbus/codec_fixture.h"
 
 #include <gmock/gmock.h>
 #include <sys/socket.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "stub_bus.h"
-#include "value_codec.h"
+#include "dbus/value_codec.h"
+#include "doubles/stub_bus/stub_bus.h"
 
 #include <gtest/gtest.h>
 #include <systemd/sd-bus.h>

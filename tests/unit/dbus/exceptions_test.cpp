@@ -1,6 +1,6 @@
 // Memory that runs out while an error is told. This program's operator new fails on demand.
-#include "codec_fixture.h"
-#include "variant.h"
+#include "dbus/variant.h"
+#include "unit/dbus/codec_fixture.h"
 
 #include <cstdlib>
 #include <new>

@@ -1,10 +1,10 @@
-#include "message_io.h"
+#include "dbus/message_io.h"
 
-#include "codec_fixture.h"
-#include "message_text.h"
-#include "recording_log.h"
-#include "records.h"
-#include "variant.h"
+#include "dbus/records.h"
+#include "dbus/variant.h"
+#include "doubles/recording_log/recording_log.h"
+#include "support/message_text/message_text.h"
+#include "unit/dbus/codec_fixture.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 // Basic values, optionals and variants.
-#include "codec_fixture.h"
-#include "records.h"
+#include "dbus/records.h"
+#include "unit/dbus/codec_fixture.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
-#include "codec_fixture.h"
-#include "records.h"
+#include "dbus/records.h"
+#include "unit/dbus/codec_fixture.h"
 
 #include <string>
 #include <utility>

@@ -1,6 +1,6 @@
-#include "records.h"
+#include "dbus/records.h"
 
-#include "codec_fixture.h"
+#include "unit/dbus/codec_fixture.h"
 
 #include <gmock/gmock.h>
 

@@ -1,8 +1,8 @@
-#include "remote_object.h"
+#include "dbus/remote_object.h"
 
-#include "private_bus.h"
-#include "recording_log.h"
-#include "scripted_peer.h"
+#include "doubles/recording_log/recording_log.h"
+#include "simulator/private_bus/private_bus.h"
+#include "support/scripted_peer/scripted_peer.h"
 
 #include <gmock/gmock.h>
 

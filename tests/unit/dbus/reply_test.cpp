@@ -1,7 +1,7 @@
-#include "reply.h"
+#include "dbus/reply.h"
 
-#include "codec_fixture.h"
-#include "recording_log.h"
+#include "doubles/recording_log/recording_log.h"
+#include "unit/dbus/codec_fixture.h"
 
 #include <gmock/gmock.h>
 

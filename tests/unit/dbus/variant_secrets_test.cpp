@@ -1,7 +1,7 @@
 // A variant may carry a passphrase. A program of its own, for its own operator new and delete.
-#include "freed_memory_watch.h"
-#include "stub_bus.h"
-#include "variant.h"
+#include "dbus/variant.h"
+#include "doubles/stub_bus/stub_bus.h"
+#include "support/freed_memory_watch/freed_memory_watch.h"
 
 #include <gtest/gtest.h>
 

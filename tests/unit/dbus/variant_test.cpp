@@ -1,8 +1,8 @@
-#include "variant.h"
+#include "dbus/variant.h"
 
-#include "codec_fixture.h"
-#include "message_text.h"
-#include "records.h"
+#include "dbus/records.h"
+#include "support/message_text/message_text.h"
+#include "unit/dbus/codec_fixture.h"
 
 #include <type_traits>
 

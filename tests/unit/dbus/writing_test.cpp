@@ -1,6 +1,6 @@
 // Basic values going out, read back by plain sd-bus calls and by the codec.
-#include "codec_fixture.h"
-#include "message_text.h"
+#include "support/message_text/message_text.h"
+#include "unit/dbus/codec_fixture.h"
 
 #include <climits>
 

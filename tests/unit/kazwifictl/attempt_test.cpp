@@ -1,4 +1,4 @@
-#include "attempt.h"
+#include "kazwifictl/attempt.h"
 
 #include <gtest/gtest.h>
 

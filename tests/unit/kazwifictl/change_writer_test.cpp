@@ -5,8 +5,8 @@
 #include <chrono>
 #include <string>
 
-#include "fake_device.h"
-#include "monitor.h"
+#include "kazwifictl/monitor.h"
+#include "unit/kazwifictl/fake_device.h"
 
 namespace kaz::ctl {
 namespace {

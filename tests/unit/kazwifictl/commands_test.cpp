@@ -1,4 +1,4 @@
-#include "commands.h"
+#include "kazwifictl/commands.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -7,11 +7,11 @@
 #include <chrono>
 #include <string>
 
-#include "command_failed.h"
-#include "fake_device.h"
-#include "live_workspace.h"
-#include "one_shot.h"
-#include "secret_file.h"
+#include "kazwifictl/command_failed.h"
+#include "kazwifictl/live_workspace.h"
+#include "kazwifictl/one_shot.h"
+#include "unit/kazwifictl/fake_device.h"
+#include "unit/kazwifictl/secret_file.h"
 
 namespace kaz::ctl {
 namespace {

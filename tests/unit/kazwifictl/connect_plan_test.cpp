@@ -1,10 +1,10 @@
-#include "connect_plan.h"
+#include "kazwifictl/connect_plan.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "fake_device.h"
+#include "unit/kazwifictl/fake_device.h"
 
 namespace kaz::ctl {
 namespace {

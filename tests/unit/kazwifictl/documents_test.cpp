@@ -1,12 +1,12 @@
-#include "documents.h"
+#include "kazwifictl/documents.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <string>
 
-#include "connect_report.h"
-#include "fake_device.h"
+#include "kazwifictl/connect_report.h"
+#include "unit/kazwifictl/fake_device.h"
 
 namespace kaz::ctl {
 namespace {

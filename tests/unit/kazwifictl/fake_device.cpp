@@ -1,4 +1,4 @@
-#include "fake_device.h"
+#include "unit/kazwifictl/fake_device.h"
 
 #include <algorithm>
 #include <utility>

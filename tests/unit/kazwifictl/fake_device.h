@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "device.h"
+#include "kazwifictl/device.h"
 
 namespace kaz::test {
 

@@ -1,4 +1,4 @@
-#include "library_log.h"
+#include "kazwifictl/library_log.h"
 
 #include <gtest/gtest.h>
 #include <spdlog/spdlog.h>

@@ -1,12 +1,12 @@
-#include "network_table.h"
+#include "kazwifictl/network_table.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "fake_device.h"
-#include "unicode.h"
+#include "kazwifictl/unicode.h"
+#include "unit/kazwifictl/fake_device.h"
 
 namespace kaz::ctl {
 namespace {

@@ -1,12 +1,12 @@
-#include "options.h"
+#include "kazwifictl/options.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "help.h"
-#include "ssid_text.h"
+#include "kazwifictl/help.h"
+#include "kazwifictl/ssid_text.h"
 
 namespace kaz::ctl {
 namespace {

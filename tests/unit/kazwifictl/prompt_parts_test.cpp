@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "completion.h"
-#include "fake_device.h"
-#include "words_of_line.h"
+#include "kazwifictl/completion.h"
+#include "kazwifictl/words_of_line.h"
+#include "unit/kazwifictl/fake_device.h"
 
 namespace kaz::ctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "secret.h"
+#include "kazwifictl/secret.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -7,8 +7,8 @@
 
 #include <string>
 
-#include "command_failed.h"
-#include "secret_file.h"
+#include "kazwifictl/command_failed.h"
+#include "unit/kazwifictl/secret_file.h"
 
 namespace kaz::ctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "session.h"
+#include "kazwifictl/session.h"
 
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -7,7 +7,7 @@
 #include <chrono>
 #include <vector>
 
-#include "fake_device.h"
+#include "unit/kazwifictl/fake_device.h"
 
 namespace kaz::ctl {
 namespace {

@@ -1,4 +1,4 @@
-#include "ssid_text.h"
+#include "kazwifictl/ssid_text.h"
 
 #include <gtest/gtest.h>
 

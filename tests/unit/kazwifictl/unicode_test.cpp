@@ -1,4 +1,4 @@
-#include "unicode.h"
+#include "kazwifictl/unicode.h"
 
 #include <gtest/gtest.h>
 

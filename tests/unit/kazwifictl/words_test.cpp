@@ -1,10 +1,10 @@
-#include "words.h"
+#include "kazwifictl/words.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 
-#include "signal_strength.h"
+#include "kazwifictl/signal_strength.h"
 
 namespace kaz::ctl {
 namespace {

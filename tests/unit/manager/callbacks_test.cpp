@@ -1,5 +1,5 @@
 // What a callback may do, and what it may not spoil.
-#include "engine_fixture.h"
+#include "unit/manager/engine_fixture.h"
 
 #include <algorithm>
 #include <functional>

@@ -1,5 +1,5 @@
 // EAP methods, and what success and failure of a connection do to the supplicant's configuration.
-#include "engine_fixture.h"
+#include "unit/manager/engine_fixture.h"
 
 #include <array>
 #include <set>

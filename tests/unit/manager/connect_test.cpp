@@ -1,5 +1,5 @@
 // Connecting to new and to configured networks.
-#include "engine_fixture.h"
+#include "unit/manager/engine_fixture.h"
 
 namespace kaz::test {
 namespace {

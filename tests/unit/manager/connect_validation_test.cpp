@@ -1,5 +1,5 @@
-#include "connect_validation.h"
-#include "engine_fixture.h"
+#include "manager/connect_validation.h"
+#include "unit/manager/engine_fixture.h"
 
 #include <climits>
 #include <cstddef>

@@ -1,5 +1,5 @@
 // The publication of the connection state, and the timer that polls the signal.
-#include "engine_fixture.h"
+#include "unit/manager/engine_fixture.h"
 
 namespace kaz::test {
 namespace {

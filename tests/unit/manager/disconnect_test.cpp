@@ -1,5 +1,5 @@
 // Disconnecting, forgetting, and networks that the supplicant selects.
-#include "engine_fixture.h"
+#include "unit/manager/engine_fixture.h"
 
 namespace kaz::test {
 namespace {

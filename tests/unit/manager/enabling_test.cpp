@@ -1,5 +1,5 @@
 // The on/off switch, and the supplicant coming and going.
-#include "engine_fixture.h"
+#include "unit/manager/engine_fixture.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
-#include "engine_fixture.h"
+#include "unit/manager/engine_fixture.h"
 
-#include "connection_info_text.h"
+#include "diagnostics/connection_info_text.h"
 
 #include <ostream>
 #include <utility>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "communicator.h"
-#include "fake_clock.h"
-#include "fake_communicator.h"
-#include "fake_metrics.h"
-#include "fake_wifi_stack.h"
-#include "manager_impl.h"
-#include "recording_log.h"
+#include "communicator/communicator.h"
+#include "doubles/fake_clock/fake_clock.h"
+#include "doubles/fake_communicator/fake_communicator.h"
+#include "doubles/fake_communicator/fake_wifi_stack.h"
+#include "doubles/fake_metrics/fake_metrics.h"
+#include "doubles/recording_log/recording_log.h"
+#include "manager/manager_impl.h"
 
 #include <gtest/gtest.h>
 #include <wifi/types.h>

@@ -1,7 +1,7 @@
 // Manager forwards every operation to the engine's operation of the same name.
-#include "fake_communicator.h"
-#include "fake_wifi_stack.h"
-#include "recording_log.h"
+#include "doubles/fake_communicator/fake_communicator.h"
+#include "doubles/fake_communicator/fake_wifi_stack.h"
+#include "doubles/recording_log/recording_log.h"
 
 #include <wifi/manager.h>
 

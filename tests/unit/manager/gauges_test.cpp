@@ -1,5 +1,5 @@
 // What the engine reports to the gauges, and in which order.
-#include "engine_fixture.h"
+#include "unit/manager/engine_fixture.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // Construction, destruction and the idle pass.
-#include "engine_fixture.h"
+#include "unit/manager/engine_fixture.h"
 
 namespace kaz::test {
 namespace {

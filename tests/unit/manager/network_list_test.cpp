@@ -1,5 +1,5 @@
 // The published list of networks in range.
-#include "engine_fixture.h"
+#include "unit/manager/engine_fixture.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,9 +1,9 @@
 // No memory is given back with a password in it, however a connect task ends.
-#include "fake_clock.h"
-#include "fake_communicator.h"
-#include "freed_memory_watch.h"
-#include "manager_impl.h"
-#include "recording_log.h"
+#include "doubles/fake_clock/fake_clock.h"
+#include "doubles/fake_communicator/fake_communicator.h"
+#include "doubles/recording_log/recording_log.h"
+#include "manager/manager_impl.h"
+#include "support/freed_memory_watch/freed_memory_watch.h"
 
 #include <gtest/gtest.h>
 

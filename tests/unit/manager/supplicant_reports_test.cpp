@@ -1,5 +1,5 @@
 // What the engine makes of the supplicant's property reports.
-#include "engine_fixture.h"
+#include "unit/manager/engine_fixture.h"
 
 namespace kaz::test {
 namespace {

@@ -1,8 +1,8 @@
 // The engine with a loop thread of its own, and other threads that call it meanwhile.
-#include "fake_clock.h"
-#include "manager_impl.h"
-#include "recording_log.h"
-#include "threaded_communicator.h"
+#include "doubles/fake_clock/fake_clock.h"
+#include "doubles/fake_communicator/threaded_communicator.h"
+#include "doubles/recording_log/recording_log.h"
+#include "manager/manager_impl.h"
 
 #include <gtest/gtest.h>
 

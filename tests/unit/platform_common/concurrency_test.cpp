@@ -15,7 +15,7 @@
 #include <thread>
 #include <vector>
 
-#include "config_fixture.h"
+#include "unit/platform_common/config_fixture.h"
 
 namespace kaz::test {
 namespace {

@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <vector>
 
-#include "config_fixture.h"
+#include "unit/platform_common/config_fixture.h"
 
 namespace kaz::test {
 namespace {

@@ -18,7 +18,7 @@
 #include <utility>
 #include <vector>
 
-#include "config_fixture.h"
+#include "unit/platform_common/config_fixture.h"
 
 namespace kaz::test {
 namespace {

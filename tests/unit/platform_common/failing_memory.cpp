@@ -1,4 +1,4 @@
-#include "failing_memory.h"
+#include "unit/platform_common/failing_memory.h"
 
 #include <cstdlib>
 #include <new>

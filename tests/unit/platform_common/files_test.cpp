@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "config_fixture.h"
+#include "unit/platform_common/config_fixture.h"
 
 namespace kaz::test {
 namespace {

@@ -1,6 +1,6 @@
 // A writer that is killed before and after each of its system calls.
-#include "config_fixture.h"
-#include "stepped_process.h"
+#include "unit/platform_common/config_fixture.h"
+#include "unit/platform_common/stepped_process.h"
 
 namespace kaz::test {
 namespace {

@@ -13,8 +13,8 @@
 #include <random>
 #include <thread>
 
-#include "config_fixture.h"
-#include "stepped_process.h"
+#include "unit/platform_common/config_fixture.h"
+#include "unit/platform_common/stepped_process.h"
 
 namespace kaz::test {
 namespace {

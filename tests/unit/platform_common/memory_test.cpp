@@ -2,8 +2,8 @@
 #include <map>
 #include <optional>
 
-#include "config_fixture.h"
-#include "failing_memory.h"
+#include "unit/platform_common/config_fixture.h"
+#include "unit/platform_common/failing_memory.h"
 
 namespace kaz::test {
 namespace {

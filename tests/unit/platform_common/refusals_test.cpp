@@ -1,6 +1,6 @@
 #include <vector>
 
-#include "config_fixture.h"
+#include "unit/platform_common/config_fixture.h"
 
 namespace kaz::test {
 namespace {

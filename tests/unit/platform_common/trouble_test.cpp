@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "config_fixture.h"
+#include "unit/platform_common/config_fixture.h"
 
 namespace kaz::test {
 namespace {

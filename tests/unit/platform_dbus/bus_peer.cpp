@@ -1,4 +1,4 @@
-#include "bus_peer.h"
+#include "unit/platform_dbus/bus_peer.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "waiting.h"
+#include "unit/platform_dbus/waiting.h"
 
 namespace kaz::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "loop_fixture.h"
+#include "unit/platform_dbus/loop_fixture.h"
 
 namespace kaz::test {
 namespace {

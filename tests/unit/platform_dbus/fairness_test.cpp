@@ -3,7 +3,7 @@
 #include <future>
 #include <thread>
 
-#include "loop_fixture.h"
+#include "unit/platform_dbus/loop_fixture.h"
 
 namespace kaz::test {
 namespace {

@@ -2,7 +2,7 @@
 #include <optional>
 #include <vector>
 
-#include "loop_fixture.h"
+#include "unit/platform_dbus/loop_fixture.h"
 
 namespace kaz::test {
 namespace {

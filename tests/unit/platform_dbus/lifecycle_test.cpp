@@ -4,7 +4,7 @@
 #include <atomic>
 #include <vector>
 
-#include "loop_fixture.h"
+#include "unit/platform_dbus/loop_fixture.h"
 
 namespace kaz::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "loop_fixture.h"
+#include "unit/platform_dbus/loop_fixture.h"
 
 #include <kaz/dbus/calls.h>
 #include <unistd.h>

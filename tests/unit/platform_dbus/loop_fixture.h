@@ -12,8 +12,8 @@
 #include <string>
 #include <utility>
 
-#include "bus_peer.h"
-#include "waiting.h"
+#include "unit/platform_dbus/bus_peer.h"
+#include "unit/platform_dbus/waiting.h"
 
 namespace kaz::test {
 

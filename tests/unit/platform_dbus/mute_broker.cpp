@@ -1,4 +1,4 @@
-#include "mute_broker.h"
+#include "unit/platform_dbus/mute_broker.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "waiting.h"
+#include "unit/platform_dbus/waiting.h"
 
 namespace kaz::test {
 namespace {

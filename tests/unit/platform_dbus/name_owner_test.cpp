@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "loop_fixture.h"
+#include "unit/platform_dbus/loop_fixture.h"
 
 namespace kaz::test {
 namespace {

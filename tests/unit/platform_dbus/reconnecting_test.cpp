@@ -7,8 +7,8 @@
 #include <thread>
 #include <vector>
 
-#include "loop_fixture.h"
-#include "mute_broker.h"
+#include "unit/platform_dbus/loop_fixture.h"
+#include "unit/platform_dbus/mute_broker.h"
 
 namespace kaz::test {
 namespace {

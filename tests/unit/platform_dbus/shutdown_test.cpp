@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "loop_fixture.h"
-#include "mute_broker.h"
+#include "unit/platform_dbus/loop_fixture.h"
+#include "unit/platform_dbus/mute_broker.h"
 
 namespace kaz::test {
 namespace {

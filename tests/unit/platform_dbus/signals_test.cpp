@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "loop_fixture.h"
+#include "unit/platform_dbus/loop_fixture.h"
 
 #include <kaz/dbus/calls.h>
 

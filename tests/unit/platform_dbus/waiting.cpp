@@ -1,4 +1,4 @@
-#include "waiting.h"
+#include "unit/platform_dbus/waiting.h"
 
 #include <fstream>
 #include <string>

@@ -1,5 +1,5 @@
-#include "wipe.h"
-#include "freed_memory_watch.h"
+#include "secrets/wipe.h"
+#include "support/freed_memory_watch/freed_memory_watch.h"
 
 #include <gtest/gtest.h>
 

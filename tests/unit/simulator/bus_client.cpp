@@ -1,9 +1,9 @@
-#include "bus_client.h"
+#include "unit/simulator/bus_client.h"
 
 #include <algorithm>
 #include <cstdint>
 
-#include "message_json.h"
+#include "simulator/bus/message_json.h"
 
 namespace kaz::sim::test {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "handles.h"
+#include "simulator/bus/handles.h"
 
 namespace kaz::sim::test {
 

@@ -1,8 +1,8 @@
-#include "bytes.h"
+#include "simulator/world/bytes.h"
 
 #include <gtest/gtest.h>
 
-#include "access_point.h"
+#include "simulator/world/access_point.h"
 
 namespace kaz::sim::test {
 namespace {

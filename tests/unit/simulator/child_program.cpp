@@ -1,4 +1,4 @@
-#include "child_program.h"
+#include "unit/simulator/child_program.h"
 
 #include <fcntl.h>
 #include <signal.h>

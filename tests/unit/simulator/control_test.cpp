@@ -1,4 +1,4 @@
-#include "device_fixture.h"
+#include "unit/simulator/device_fixture.h"
 
 namespace kaz::sim::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "credentials.h"
+#include "simulator/supplicant/credentials.h"
 
 #include <gtest/gtest.h>
 

@@ -7,10 +7,10 @@
 #include <optional>
 #include <string>
 
-#include "bus_client.h"
-#include "neighbourhood.h"
-#include "private_bus.h"
-#include "simulated_device.h"
+#include "simulator/device/simulated_device.h"
+#include "simulator/private_bus/private_bus.h"
+#include "simulator/world/neighbourhood.h"
+#include "unit/simulator/bus_client.h"
 
 namespace kaz::sim::test {
 

@@ -1,10 +1,10 @@
-#include "faults.h"
+#include "simulator/bus/faults.h"
 
 #include <chrono>
 #include <cstdint>
 #include <thread>
 
-#include "device_fixture.h"
+#include "unit/simulator/device_fixture.h"
 
 namespace kaz::sim::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "neighbourhood_json.h"
+#include "simulator/world/neighbourhood_json.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

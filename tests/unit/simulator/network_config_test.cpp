@@ -1,4 +1,4 @@
-#include "network_config.h"
+#include "simulator/supplicant/network_config.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

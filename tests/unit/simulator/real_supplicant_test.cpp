@@ -5,8 +5,8 @@
 #include <fstream>
 #include <iterator>
 
-#include "child_program.h"
-#include "device_fixture.h"
+#include "unit/simulator/child_program.h"
+#include "unit/simulator/device_fixture.h"
 
 namespace kaz::sim::test {
 namespace {

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "device_fixture.h"
+#include "unit/simulator/device_fixture.h"
 
 namespace kaz::sim::test {
 namespace {

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "device_fixture.h"
+#include "unit/simulator/device_fixture.h"
 
 namespace kaz::sim::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "answers.h"
+#include "support/scripted_peer/answers.h"
 
 #include <utility>
 

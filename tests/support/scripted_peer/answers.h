@@ -1,7 +1,7 @@
 // What a scripted peer can answer to a call.
 #pragma once
 
-#include "require_success.h"
+#include "support/scripted_peer/require_success.h"
 
 #include <kaz/dbus/message.h>
 #include <systemd/sd-bus.h>

@@ -1,4 +1,4 @@
-#include "freed_memory_watch.h"
+#include "support/freed_memory_watch/freed_memory_watch.h"
 
 #include <malloc.h>
 #include <string.h>

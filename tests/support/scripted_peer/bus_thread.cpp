@@ -1,6 +1,6 @@
-#include "bus_thread.h"
+#include "support/scripted_peer/bus_thread.h"
 
-#include "require_success.h"
+#include "support/scripted_peer/require_success.h"
 
 #include <kaz/dbus/message.h>
 

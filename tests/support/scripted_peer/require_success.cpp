@@ -1,4 +1,4 @@
-#include "require_success.h"
+#include "support/scripted_peer/require_success.h"
 
 #include <stdexcept>
 #include <string>

@@ -1,8 +1,8 @@
-#include "scripted_peer.h"
+#include "support/scripted_peer/scripted_peer.h"
 
-#include "bus_thread.h"
-#include "message_text.h"
-#include "require_success.h"
+#include "support/message_text/message_text.h"
+#include "support/scripted_peer/bus_thread.h"
+#include "support/scripted_peer/require_success.h"
 
 #include <map>
 #include <mutex>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "answers.h"
-#include "call_log.h"
+#include "support/call_log/call_log.h"
+#include "support/scripted_peer/answers.h"
 
 #include <memory>
 #include <string>
