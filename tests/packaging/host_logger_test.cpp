@@ -1,6 +1,6 @@
 // The library shares the process's one default logger with its host.
-#include <recording_log.h>
-#include <temporary_folder.h>
+#include "doubles/recording_log/recording_log.h"
+#include "support/temporary_folder/temporary_folder.h"
 
 #include <gtest/gtest.h>
 #include <spdlog/spdlog.h>

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <recording_log.h>
+#include "doubles/recording_log/recording_log.h"
+
 #include <wifi/manager.h>
 
 #include <gtest/gtest.h>

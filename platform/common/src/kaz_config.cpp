@@ -1,4 +1,8 @@
-#include <config_text.h>
+#include "platform/common/config_lock.h"
+#include "platform/common/file_error.h"
+#include "platform/common/stored_file.h"
+#include "platform/common/syntax/config_text.h"
+
 #include <kaz/util/kaz_config.h>
 #include <spdlog/spdlog.h>
 
@@ -6,10 +10,6 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-
-#include "platform/common/config_lock.h"
-#include "platform/common/file_error.h"
-#include "platform/common/stored_file.h"
 
 namespace kaz::util {
 namespace {

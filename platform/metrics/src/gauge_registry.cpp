@@ -1,9 +1,9 @@
 #include "platform/metrics/gauge_registry.h"
+#include "platform/metrics/exposition/file_writer.h"
+#include "platform/metrics/exposition/text_format.h"
 
-#include <file_writer.h>
 #include <spdlog/spdlog.h>
 #include <stdlib.h>
-#include <text_format.h>
 
 #include <algorithm>
 #include <atomic>

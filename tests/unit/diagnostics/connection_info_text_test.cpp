@@ -1,6 +1,7 @@
-#include <connection_info_text.h>
+#include "diagnostics/connection_info_text.h"
+#include "doubles/recording_log/recording_log.h"
+
 #include <gmock/gmock.h>
-#include <recording_log.h>
 #include <spdlog/spdlog.h>
 
 #include <chrono>

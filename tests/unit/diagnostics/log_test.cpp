@@ -1,6 +1,7 @@
+#include "diagnostics/log.h"
+#include "doubles/recording_log/recording_log.h"
+
 #include <gtest/gtest.h>
-#include <log.h>
-#include <recording_log.h>
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/null_sink.h>
 #include <spdlog/spdlog.h>

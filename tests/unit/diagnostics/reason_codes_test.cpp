@@ -1,5 +1,6 @@
+#include "diagnostics/reason_codes.h"
+
 #include <gtest/gtest.h>
-#include <reason_codes.h>
 
 #include <array>
 #include <limits>

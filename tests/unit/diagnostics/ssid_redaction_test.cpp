@@ -1,5 +1,6 @@
+#include "diagnostics/ssid_redaction.h"
+
 #include <gmock/gmock.h>
-#include <ssid_redaction.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,11 +1,13 @@
-#include <child_process.h>
+#include "support/child_process/child_process.h"
+#include "support/waiting/waiting.h"
+#include "unit/platform_common/config_fixture.h"
+
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <waiting.h>
 
 #include <atomic>
 #include <chrono>
@@ -14,8 +16,6 @@
 #include <memory>
 #include <thread>
 #include <vector>
-
-#include "unit/platform_common/config_fixture.h"
 
 namespace kaz::test {
 namespace {

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "doubles/recording_log/recording_log.h"
+#include "support/temporary_folder/temporary_folder.h"
+
 #include <gtest/gtest.h>
 #include <kaz/util/kaz_config.h>
-#include <recording_log.h>
 #include <stdlib.h>
-#include <temporary_folder.h>
 
 #include <filesystem>
 #include <string>

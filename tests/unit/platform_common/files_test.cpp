@@ -1,11 +1,11 @@
 // Where the file is, and what it keeps when it is replaced.
-#include <child_process.h>
+#include "support/child_process/child_process.h"
+#include "unit/platform_common/config_fixture.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <vector>
-
-#include "unit/platform_common/config_fixture.h"
 
 namespace kaz::test {
 namespace {

@@ -1,9 +1,12 @@
 // Processes that write one file at once and are killed.
-#include <child_process.h>
+#include "support/child_process/child_process.h"
+#include "support/waiting/waiting.h"
+#include "unit/platform_common/config_fixture.h"
+#include "unit/platform_common/stepped_process.h"
+
 #include <fmt/format.h>
 #include <stdlib.h>
 #include <sys/mman.h>
-#include <waiting.h>
 
 #include <array>
 #include <atomic>
@@ -12,9 +15,6 @@
 #include <memory>
 #include <random>
 #include <thread>
-
-#include "unit/platform_common/config_fixture.h"
-#include "unit/platform_common/stepped_process.h"
 
 namespace kaz::test {
 namespace {

@@ -1,12 +1,12 @@
 // What the bytes of the file mean, and which of them an update changes.
-#include <config_text.h>
+#include "platform/common/syntax/config_text.h"
+#include "unit/platform_common/config_fixture.h"
+
 #include <fmt/format.h>
 
 #include <map>
 #include <string_view>
 #include <vector>
-
-#include "unit/platform_common/config_fixture.h"
 
 namespace kaz::test {
 namespace {

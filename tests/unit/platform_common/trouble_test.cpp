@@ -1,6 +1,8 @@
 // Files that cannot be read or replaced. The old content, a secret of somebody else's, stays and is not
 // logged.
-#include <child_process.h>
+#include "support/child_process/child_process.h"
+#include "unit/platform_common/config_fixture.h"
+
 #include <gmock/gmock.h>
 #include <sched.h>
 #include <signal.h>
@@ -11,8 +13,6 @@
 
 #include <cstdint>
 #include <functional>
-
-#include "unit/platform_common/config_fixture.h"
 
 namespace kaz::test {
 namespace {

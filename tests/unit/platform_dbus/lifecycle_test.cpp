@@ -1,10 +1,10 @@
-#include <child_process.h>
+#include "support/child_process/child_process.h"
+#include "unit/platform_dbus/loop_fixture.h"
+
 #include <unistd.h>
 
 #include <atomic>
 #include <vector>
-
-#include "unit/platform_dbus/loop_fixture.h"
 
 namespace kaz::test {
 namespace {

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "doubles/recording_log/recording_log.h"
+#include "simulator/private_bus/private_bus.h"
+#include "unit/platform_dbus/bus_peer.h"
+#include "unit/platform_dbus/waiting.h"
+
 #include <gtest/gtest.h>
 #include <kaz/dbus/event_loop.h>
-#include <private_bus.h>
-#include <recording_log.h>
 
 #include <functional>
 #include <future>
@@ -11,9 +14,6 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
-
-#include "unit/platform_dbus/bus_peer.h"
-#include "unit/platform_dbus/waiting.h"
 
 namespace kaz::test {
 

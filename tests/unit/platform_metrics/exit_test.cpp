@@ -1,9 +1,10 @@
 // What a process leaves in its file when it ends.
-#include <child_process.h>
+#include "support/child_process/child_process.h"
+#include "support/temporary_folder/temporary_folder.h"
+
 #include <gmock/gmock.h>
 #include <stdio.h>
 #include <stdlib.h>
-#include <temporary_folder.h>
 #include <unistd.h>
 
 #include <filesystem>

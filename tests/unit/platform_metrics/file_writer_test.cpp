@@ -1,13 +1,14 @@
-#include <child_process.h>
-#include <file_writer.h>
+#include "platform/metrics/exposition/file_writer.h"
+#include "doubles/recording_log/recording_log.h"
+#include "support/child_process/child_process.h"
+#include "support/temporary_folder/temporary_folder.h"
+#include "support/waiting/waiting.h"
+
 #include <gmock/gmock.h>
 #include <pthread.h>
-#include <recording_log.h>
 #include <signal.h>
 #include <sys/resource.h>
-#include <temporary_folder.h>
 #include <unistd.h>
-#include <waiting.h>
 
 #include <atomic>
 #include <barrier>

@@ -1,10 +1,11 @@
-#include <child_process.h>
+#include "platform/metrics/exposition/text_file.h"
+#include "support/child_process/child_process.h"
+#include "support/temporary_folder/temporary_folder.h"
+
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <temporary_folder.h>
-#include <text_file.h>
 #include <unistd.h>
 
 #include <atomic>

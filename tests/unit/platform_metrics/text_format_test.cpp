@@ -1,5 +1,6 @@
+#include "platform/metrics/exposition/text_format.h"
+
 #include <gmock/gmock.h>
-#include <text_format.h>
 
 #include <cmath>
 #include <cstdint>
