@@ -12,42 +12,49 @@ namespace kaz::wifi {
 
 class ManagerImpl;
 
-/// Manages the Wi-Fi of one device: switches it on and off, scans, connects, forgets, and follows the state.
+/// Manages the Wi-Fi of one device: switches it on and off, scans, connects, forgets, and reports the state.
 ///
-/// A Manager runs one thread of its own on which all of its work happens: requests become tasks that run there
-/// one after the other in the order they were made, and callbacks are invoked there. Every operation may be
-/// called from any thread, from inside a callback too. No operation waits for the bus or for a task. Requests
-/// report nothing, but for `connect`, which judges its argument by its rules and by eapMethods(); their outcome
-/// shows later in connectionInfo() and networks(). While 4096 of them are waiting, as behind a bus that hangs,
-/// further ones are dropped, with a warning in the log.
+/// Threads: any thread may call any operation, also inside a callback. A Manager owns one thread. Each
+/// request becomes a task on this thread; tasks run one at a time, in the order of the requests. No operation
+/// waits for the bus or for a task, except the destructor. Up to 4096 requests wait; further ones are dropped
+/// with a warning in the log, for example while the bus hangs.
 ///
-/// Callbacks carry no arguments: call the matching getter to learn the new state. A callback should return
-/// soon, because nothing else happens while it runs; an exception it throws is logged and otherwise ignored.
-/// There is one callback of each kind, none at first. Registering replaces it, an empty function switches it
-/// off. A callback that is running while another thread replaces it may still be running when the registration
-/// returns. No lock is held while a callback runs, but one is while it is copied or replaced: the copying and
-/// the destruction of what it captured must not call the Manager, which would hang.
+/// Results: requests return nothing. Only `connect` validates its settings and returns the verdict. The
+/// outcome appears later in connectionInfo() and networks().
 ///
-/// Log records go to what is the process's default spdlog logger at that moment. It may be replaced at any time;
-/// when there is none, because logging was shut down, they are dropped. An SSID appears there only in the form
-/// ssid="...", and no password, key or identity ever does.
+/// Callbacks run on the Manager's thread and have no arguments: call the matching getter. They should return
+/// soon, because nothing else runs on that thread meanwhile. An exception from a callback is logged and
+/// otherwise ignored. There is one callback per kind, initially none; registering replaces it, and an empty
+/// function removes it. The old callback may still be running when another thread's registration returns. A
+/// callback may also begin while ~Manager runs its last pass. So it must not reach the Manager through a
+/// pointer that is being reset, such as a std::unique_ptr. Callbacks are copied and replaced under a lock:
+/// copy constructors and destructors of their captures must not call the Manager, or it deadlocks.
+///
+/// Attempts: `connect` and `connectConfigured` start an attempt. connectionInfo() shows `connectingWifi` with
+/// its SSID, and on success `connectingIP`, then `connected`. The attempt fails when the supplicant gives up,
+/// when it connects to another network, or when it does not react for 2000 ms. The timeout is paused during a
+/// scan and restarts at zero after it. After a failure, `disconnectSsid` names the network,
+/// `disconnectReason` is `causedBySystem`, and `status` shows what the supplicant does now: `disconnected`,
+/// or a connection to another network. It can be the former connection, if the supplicant refused the request
+/// or never received it.
+///
+/// Log records go to the process's default spdlog logger, which may be replaced at any time. Without one,
+/// after spdlog was shut down, they are dropped. An SSID appears there only as ssid="..."; passwords, keys
+/// and identities never appear.
 class [[gnu::visibility("default")]] Manager {
   public:
-    /// Starts the thread and begins to follow the system. Returns at once: until the first state has been read
-    /// (see onEnabledChanged) the getters tell of a system without Wi-Fi. Throws std::system_error when no
-    /// thread can be started, or no descriptor is left for its event loop; a bus that cannot be reached is not
-    /// an error here: it is logged, and asked again every few seconds. The same goes for a bus that is lost
-    /// later.
+    /// Starts the thread and returns. The getters report a system without Wi-Fi until the first state has
+    /// been read (see onEnabledChanged). Throws std::system_error when no thread can be started or no file
+    /// descriptor is left for its event loop. A bus that cannot be reached, now or later, is not an error: it
+    /// is logged, and the connection is retried every few seconds.
     Manager();
 
-    /// Ends the thread. A task or callback that is running is waited for, tasks not yet begun are dropped. What
-    /// the supplicant is owed follows: the other networks, which an attempt that has not ended yet disabled, are
-    /// enabled again, and then a configuration that was still to be saved is saved. When a peer on the bus does
-    /// not answer, all of this is given up after about a second. No callback runs afterwards. Must not be called
-    /// from a callback.
+    /// Waits for the running task or callback, drops the queued tasks, and ends the thread. Before the thread
+    /// ends, networks that an unfinished attempt disabled are enabled again, and a pending save is made.
+    /// Calls to a peer that does not answer are cancelled after about a second. No callback runs after the
+    /// destructor returned. Must not be called from a callback.
     ///
-    /// A child process that inherited the Manager by fork() may destroy it, which then does nothing to the
-    /// parent's connection, and must not use it otherwise.
+    /// After fork(), the child may only destroy the Manager; the parent's connection is not affected.
     ~Manager();
 
     Manager(const Manager&) = delete;
@@ -55,76 +62,65 @@ class [[gnu::visibility("default")]] Manager {
     Manager(Manager &&) = delete;
     Manager& operator=(Manager&&) = delete;
 
-    /// Switches Wi-Fi on or off and remembers the choice across restarts of the device. The flag and the
-    /// configuration file are written on the calling thread before this returns, so the call takes as long as
-    /// the disk does, and as long as another process holds the file's lock. Starting or stopping the supplicant
-    /// follows on the Manager's thread. A repeated `true` tries again to start the supplicant. A choice that
-    /// cannot be written is logged and holds only until the supplicant next starts or stops, which the switch
-    /// itself usually brings about: then the file is read again.
+    /// Switches Wi-Fi on or off and stores the choice, which survives a restart of the device. Before it
+    /// returns, it sets isEnabled() and writes the configuration file. It blocks as long as the disk takes or
+    /// another process holds the file's lock. The supplicant is started or stopped later, on the Manager's
+    /// thread. A repeated `true` tries again to start it. A choice that cannot be written is logged. It is
+    /// lost when the supplicant next starts or stops, usually due to this call: then the file is read again.
     void setEnabled(bool enabled);
 
-    /// The user's choice: true when there is none yet, false for a value in the file that means nothing.
-    /// Lock-free.
+    /// The user's choice: true when none is stored, false when the stored value is invalid. Lock-free.
     bool isEnabled() const;
 
-    /// Whether the supplicant runs and is being followed; scanning and connecting work only while it does.
+    /// Whether the Manager is attached to a running supplicant. Scanning and connecting work only then.
     /// Lock-free.
     bool isWifiStackInitialized() const;
 
     /// Called after isEnabled() or isWifiStackInitialized() changed.
     void onEnabledChanged(std::function<void()> callback);
 
-    /// Asks for a scan for networks. Results arrive as a change of networks(). Ignored while the supplicant
-    /// does not run; while it scans already, it decides what becomes of the request, and may refuse it.
+    /// Requests a scan. Its results change networks(). Ignored while isWifiStackInitialized() is false. The
+    /// supplicant may refuse the request, for example while it is scanning.
     void scan();
 
-    /// Whether the supplicant reported a scan in progress, asked for or not. Lock-free.
+    /// Whether the supplicant reported a scan in progress, requested or not. Lock-free.
     bool isScanning() const;
 
-    /// Called after isScanning() changed; not called when it turns false because the supplicant went away.
+    /// Called after isScanning() changed, but not when the supplicant stopped during a scan.
     void onScanningChanged(std::function<void()> callback);
 
-    /// The networks in range, strongest first, one entry an SSID. The network in use or being connected to is
-    /// left out, as are networks that hide their SSID. Returns a copy.
+    /// The networks in range, strongest first, one entry per SSID. Hidden networks are left out, and so is
+    /// the network that is in use or being connected to. Returns a copy.
     std::vector<WifiNetwork> networks();
 
     /// Called after networks() changed.
     void onNetworksListChanged(std::function<void()> callback);
 
     /// The EAP methods that `connect` accepts: those of "MSCHAPV2", "PEAP", "PWD" and "TTLS" that the
-    /// supplicant offers. Empty until the supplicant was found running. Returns a copy.
+    /// supplicant offers. Empty until the Manager first attached to the supplicant. Returns a copy.
     std::set<std::string> eapMethods() const;
 
     /// The inner methods that `connect` accepts: always "GTC", "MSCHAP", "MSCHAPV2" and "PAP".
     std::set<std::string> phase2Methods() const;
 
-    /// Connects to a network, adding it to the configuration. An older configuration of the same SSID is
-    /// replaced, an existing connection is given up first.
+    /// Adds a network to the supplicant's configuration and connects to it. It replaces older configurations
+    /// of the same SSID and ends an existing connection. See "Attempts" at Manager.
     ///
-    /// Checks the settings and returns the verdict; anything but `ok` changes nothing. Checked are, in this
-    /// order, the SSID's length and what the security mode demands: see ConnectResult. Lengths are in bytes,
-    /// and a WEP key is 5 or 13 characters as they are, not hexadecimal digits.
-    ///
-    /// After `ok` the attempt shows in connectionInfo() as `connectingWifi` with the SSID. It succeeds with
-    /// `connectingIP`, and then `connected`. It fails when the supplicant gives up, when it connects to another
-    /// network, or when it does not react for 2000 ms, a time that stands still during a scan and begins anew
-    /// after it. Then `disconnectSsid` names the network, with the reason `causedBySystem`, and the status is
-    /// what the supplicant is at: `disconnected`, or the connection to another network. That may be the former
-    /// one, when the supplicant refused the request or never heard of it.
-    ///
-    /// Settings with a text that the bus cannot carry, which is one with a NUL or with invalid UTF-8, are
-    /// accepted, but never reach the supplicant: the attempt is given up after the 2000 ms.
+    /// First validates the settings on the calling thread: the SSID's length, then the rules of the security
+    /// mode (see ConnectResult). Lengths are in bytes. A WEP key is 5 or 13 characters, not hexadecimal
+    /// digits. Any result but `ok` means that nothing changed. A field with NUL or invalid UTF-8 is accepted,
+    /// but cannot be sent to the supplicant: the attempt fails after the 2000 ms.
     ConnectResult connect(const ConnectionSettings& settings);
 
-    /// Connects to a network that is configured already. The attempt shows and ends as one of `connect` does;
-    /// when there is none with this SSID, it is given up after the 2000 ms.
+    /// Connects to a configured network. See "Attempts" at Manager. Without a configuration of this SSID the
+    /// attempt fails after the 2000 ms.
     void connectConfigured(const std::string& ssid);
 
-    /// Ends the connection or the attempt. The configuration is kept.
+    /// Ends the connection or the attempt. The network stays configured.
     void disconnect();
 
-    /// Removes every configuration of this SSID, ending its connection if it is the one in use. An empty SSID
-    /// is ignored.
+    /// Removes every configuration of this SSID and ends its connection if it is in use. Ignores an empty
+    /// SSID.
     void forgetNetwork(const std::string& ssid);
 
     /// The state of the connection. Returns a copy.
