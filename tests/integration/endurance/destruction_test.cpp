@@ -1,6 +1,6 @@
 // Managers that end at any moment.
 #include "integration/endurance/resources.h"
-#include "integration/support/device_fixture.h"
+#include "support/device_fixture/device_fixture.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 // More requests than may wait, while the device takes its time to answer.
 #include "integration/endurance/resources.h"
-#include "integration/support/device_fixture.h"
+#include "support/device_fixture/device_fixture.h"
 
 #include <algorithm>
 #include <chrono>

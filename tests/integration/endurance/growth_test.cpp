@@ -1,6 +1,6 @@
 // What is done over and over must not use more and more.
 #include "integration/endurance/resources.h"
-#include "integration/support/device_fixture.h"
+#include "support/device_fixture/device_fixture.h"
 
 #include <algorithm>
 #include <functional>

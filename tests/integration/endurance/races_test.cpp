@@ -1,5 +1,5 @@
 // Everything at once. Above all for the thread sanitizer; KAZ_RACE_SECONDS says for how long.
-#include "integration/support/device_fixture.h"
+#include "support/device_fixture/device_fixture.h"
 
 #include <algorithm>
 #include <array>

@@ -12,10 +12,10 @@
 
 #include "communicator/communicator.h"
 #include "doubles/recording_log/recording_log.h"
-#include "integration/support/wifi_user.h"
 #include "simulator/device/simulated_device.h"
 #include "simulator/private_bus/private_bus.h"
 #include "support/temporary_folder/temporary_folder.h"
+#include "support/wifi_user/wifi_user.h"
 
 namespace kaz::test {
 namespace {

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <chrono>
 
-#include "integration/support/device_fixture.h"
+#include "support/device_fixture/device_fixture.h"
 
 namespace kaz::test {
 namespace {

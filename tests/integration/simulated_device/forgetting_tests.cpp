@@ -1,4 +1,4 @@
-#include "integration/support/device_fixture.h"
+#include "support/device_fixture/device_fixture.h"
 
 namespace kaz::test {
 namespace {

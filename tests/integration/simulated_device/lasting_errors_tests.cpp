@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <ostream>
 
-#include "integration/support/device_fixture.h"
+#include "support/device_fixture/device_fixture.h"
 
 namespace kaz::test {
 namespace {

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "integration/support/device_fixture.h"
+#include "support/device_fixture/device_fixture.h"
 
 namespace kaz::test {
 namespace {

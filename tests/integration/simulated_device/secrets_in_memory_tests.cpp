@@ -1,6 +1,6 @@
 // What is left of a secret in the memory of a process once the library is done with it: nothing.
 #include "integration/simulated_device/secret_holder.h"
-#include "integration/support/device_fixture.h"
+#include "support/device_fixture/device_fixture.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "integration/support/device_fixture.h"
+#include "support/device_fixture/device_fixture.h"
 
 namespace kaz::test {
 namespace {

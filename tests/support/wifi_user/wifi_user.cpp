@@ -1,4 +1,4 @@
-#include "integration/support/wifi_user.h"
+#include "support/wifi_user/wifi_user.h"
 
 #include <algorithm>
 #include <utility>
