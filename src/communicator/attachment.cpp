@@ -48,7 +48,7 @@ void DbusCommunicator::detach() {
     supplicantOn_ = false;
     networkdSilent_ = false;
     wifiServiceStatusChangeHandler();
-    eventLoop_.removeTemporarySignalHandlersSync();
+    bus_.dropTemporarySubscriptions();
     logAttachment();
 }
 
@@ -70,7 +70,8 @@ void DbusCommunicator::logAttachment() {
 
 void DbusCommunicator::subscribeToSupplicant() {
     const auto follow = [this](const char* interface, const char* member, SignalHandler handler) {
-        subscribe(bus::supplicant::service, supplicantInterfacePath_, interface, member, true, handler);
+        subscribe(bus::supplicant::service, supplicantInterfacePath_, interface, member,
+                  dbus::Bus::Lifetime::temporary, handler);
     };
     follow(bus::supplicant::interfaceInterface, "ScanDone", &DbusCommunicator::onSignalSupplicantScanDone);
     follow(bus::supplicant::interfaceInterface, "EAP", &DbusCommunicator::onSignalEAP);
@@ -97,7 +98,8 @@ void DbusCommunicator::readInitialSupplicantProperties() {
 
 void DbusCommunicator::followNetworkd() {
     subscribe(bus::networkd::service, bus::networkd::managerPath, bus::propertiesInterface,
-              bus::propertiesChanged, true, &DbusCommunicator::onSignalNetworkdLinkPropertiesChanged);
+              bus::propertiesChanged, dbus::Bus::Lifetime::temporary,
+              &DbusCommunicator::onSignalNetworkdLinkPropertiesChanged);
     readNetworkd();
 }
 

@@ -1,7 +1,6 @@
 #include "communicator/dbus_communicator.h"
 
 #include "communicator/bus_names.h"
-#include "communicator/loop_extensions.h"
 #include "diagnostics/log.h"
 
 #include <utility>
@@ -13,21 +12,21 @@ std::unique_ptr<Communicator> createCommunicator() {
 }
 
 DbusCommunicator::DbusCommunicator() {
-    followConnection(eventLoop_, [this](bool connected) { onConnectionChanged(connected); });
+    bus_.onConnectionChanged([this](bool connected) { onConnectionChanged(connected); });
     // From the start: who comes between a call that failed and the moment we begin to look would be missed.
-    followNameOwner(eventLoop_, bus::systemd::service, [this](bool owned) { onSystemdChanged(owned); });
-    followNameOwner(eventLoop_, bus::networkd::service, [this](bool owned) { onNetworkdChanged(owned); });
-    eventLoop_.pushTaskAsync([this] { connectToSystemdSync(); });
+    bus_.onOwnerChanged(bus::systemd::service, [this](bool owned) { onSystemdChanged(owned); });
+    bus_.onOwnerChanged(bus::networkd::service, [this](bool owned) { onNetworkdChanged(owned); });
+    bus_.pushTask([this] { connectToSystemdSync(); });
 }
 
 DbusCommunicator::~DbusCommunicator() = default;
 
 void DbusCommunicator::startEventLoop() {
-    eventLoop_.startEventLoopAsync();
+    bus_.start();
 }
 
 void DbusCommunicator::stopEventLoop() {
-    eventLoop_.stopEventLoopAsync();
+    bus_.stop();
 }
 
 bool DbusCommunicator::isSupplicantOn() {
@@ -35,19 +34,19 @@ bool DbusCommunicator::isSupplicantOn() {
 }
 
 void DbusCommunicator::pushTaskAsync_(std::function<void()> task) {
-    eventLoop_.pushTaskAsync(std::move(task));
+    bus_.pushTask(std::move(task));
 }
 
 void DbusCommunicator::configureTimerSync(bool enable, std::chrono::milliseconds interval) {
-    eventLoop_.configureTimerSync(enable, interval);
+    bus_.configureTimer(enable, interval);
 }
 
 void DbusCommunicator::setTimerCompletedTask(std::function<void()> task) {
-    eventLoop_.setTimerCompletedTask(std::move(task));
+    bus_.setTimerTask(std::move(task));
 }
 
 void DbusCommunicator::setIdleTask(std::function<std::optional<std::chrono::milliseconds>()> task) {
-    eventLoop_.setIdleTaskSync(std::move(task));
+    bus_.setIdleTask(std::move(task));
 }
 
 bool DbusCommunicator::mayUseSupplicant(const char* what, log::Level level) {
@@ -60,7 +59,7 @@ bool DbusCommunicator::mayUseSupplicant(const char* what, log::Level level) {
 
 dbus::RemoteObject DbusCommunicator::remoteObject(const char* destination, const dbus::OPath& path,
                                                   const char* interface) {
-    return {eventLoop_.getSdBusHandle(), {destination, path.str(), interface}};
+    return bus_.object(destination, path, interface);
 }
 
 dbus::RemoteObject DbusCommunicator::supplicantRoot() {
@@ -81,10 +80,9 @@ dbus::RemoteObject DbusCommunicator::systemdManager() {
 }
 
 void DbusCommunicator::subscribe(const char* sender, const dbus::OPath& path, const char* interface,
-                                 const char* member, bool temporary, SignalHandler handler) {
-    eventLoop_.registerSignalHandlerSync(
-        sender, path.c_str(), interface, member, temporary,
-        [this, handler](dbus::MessageDecoder& decoder) { (this->*handler)(decoder); });
+                                 const char* member, dbus::Bus::Lifetime lifetime, SignalHandler handler) {
+    bus_.subscribe(sender, path, interface, member, lifetime,
+                   [this, handler](dbus::MessageDecoder& decoder) { (this->*handler)(decoder); });
 }
 
 }  // namespace kaz::wifi

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "communicator/communicator.h"
+#include "dbus/bus.h"
 #include "dbus/records.h"
 #include "dbus/remote_object.h"
 #include "diagnostics/log.h"
 
-#include <kaz/dbus/event_loop.h>
 #include <kaz/dbus/opath.h>
 
 #include <atomic>
@@ -103,7 +103,7 @@ class DbusCommunicator final : public Communicator {
 
     using SignalHandler = void (DbusCommunicator::*)(dbus::MessageDecoder&);
     void subscribe(const char* sender, const dbus::OPath& path, const char* interface, const char* member,
-                   bool temporary, SignalHandler handler);
+                   dbus::Bus::Lifetime lifetime, SignalHandler handler);
 
     void attach();
     void detach();
@@ -131,7 +131,7 @@ class DbusCommunicator final : public Communicator {
     bool networkdSilent_ = false;  // it did not answer since we attached
     bool othersDisabled_ = false;  // a network was selected, and none enabled since
     std::atomic<bool> supplicantOn_ = false;
-    dbus::EventLoop eventLoop_;  // the last member, so that its thread ends before anything it uses does
+    dbus::Bus bus_;  // the last member, so that its thread ends before anything it uses does
 };
 
 }  // namespace kaz::wifi

@@ -1,7 +1,6 @@
 // The supplicant's unit in systemd, and the link in systemd-networkd.
 #include "communicator/bus_names.h"
 #include "communicator/dbus_communicator.h"
-#include "communicator/loop_extensions.h"
 #include "diagnostics/log.h"
 
 #include <algorithm>
@@ -46,8 +45,8 @@ void DbusCommunicator::followUnit(const dbus::OPath& unit) {
         return;
     }
     followedUnits_.push_back(unit);
-    subscribe(bus::systemd::service, unit, bus::propertiesInterface, bus::propertiesChanged, false,
-              &DbusCommunicator::onSignalUnitPropertiesChanged);
+    subscribe(bus::systemd::service, unit, bus::propertiesInterface, bus::propertiesChanged,
+              dbus::Bus::Lifetime::permanent, &DbusCommunicator::onSignalUnitPropertiesChanged);
 }
 
 // A systemd that was not there yet knew no unit, and a new one does not know that we asked for signals.
