@@ -67,7 +67,8 @@ def problems_of_dev(words):
         if PLACEHOLDER.fullmatch(word):
             pass
         elif in_targets and word != "--target":
-            problems += [] if word in targets else [f"there is no target {word}"]
+            known = word in targets or f"{word.removesuffix('/all')}/CMakeLists.txt" in projects
+            problems += [] if known else [f"there is no target {word}"]
         elif previous == "-R":
             problems += [] if matches(word, tests()) else [f"no test matches {word}"]
         elif previous == "--filter":
