@@ -1,31 +1,31 @@
-# shellcheck shell=bash disable=SC2154  # `package` sets what is used here
-# Sourced. Clean roots of Debian testing to build and to try packages in, kept in .deps/package for the next run.
+# shellcheck shell=bash disable=SC2154  # `package` sets the variables
+# Sourced. Clean roots of Debian testing for building and testing packages, kept in .deps/package for the next run.
 #
-# A root is a stack of folders, one over the other:
-#   base    what a program that uses the library is built with: a compiler, CMake, pkgconf, and apt
-#   build   over base: debian/control's build dependencies, and lintian
-#   cross   over base: the build dependencies of arm64, its cross compiler, what its tests want, and qemu-user
-# Whatever runs in a root works on one more folder on top, so that the stack stays clean. Mounts live in a namespace of
-# their own and end with the command.
+# A root is a stack of folders:
+#   base    what a program that uses the library needs to build: a compiler, CMake, pkgconf, and apt
+#   build   above base: debian/control's build dependencies, and lintian
+#   cross   above base: the build dependencies for arm64, its cross compiler, what its tests need, and qemu-user
+# A command in a root writes to one more folder on top, so that the stack stays clean. Its mounts have their own
+# namespace and end with the command.
 #
-# Uses $store, $control (the file) and $fresh ('yes': make everything anew).
+# Uses $store, $control (the file) and $fresh ('yes': make new roots).
 
 readonly suite=forky
 readonly base_packages=(g++ cmake make pkgconf)
 readonly build_tools=(build-essential dpkg-dev lintian ccache)
-# The distribution's own tests' tools are not here: the packages are built without the tests.
+# The packages are built without the tests, so the tools that the tests need are missing here.
 readonly cross_tools=(build-essential crossbuild-essential-arm64 dpkg-dev ccache ninja-build qemu-user dbus-daemon)
 readonly cross_packages=(libgtest-dev:arm64 libgmock-dev:arm64)
 
 say() { printf '==> %s\n' "$*" >&2; }
 die() { printf 'package: %s\n' "$*" >&2; exit 1; }
 
-# Runs a command with its output in a log, which is shown when it fails.
+# Runs a command and writes its output to a log. Shows the end of the log when the command fails.
 logged() { # log, command...
   "${@:2}" >"$1" 2>&1 </dev/null || { tail -n 60 "$1" | cut -c1-400 >&2; die "failed; see $1"; }
 }
 
-# The archive of this machine's own release, as apt knows it; it carries the other suites too.
+# The archive of this machine's release, from apt's configuration. It has the other suites too.
 archive() {
   local codename
   # shellcheck source=/dev/null
@@ -35,13 +35,13 @@ archive() {
     awk -v name="$codename" '($2 == name || $3 == name) && $NF == "main" {print $1; exit}'
 }
 
-# How this machine's apt reaches an archive, and whether it takes one that has not been renewed, holds in the roots too.
+# The roots use this machine's apt options for proxies, retries and expired archives.
 apt_options() {
   apt-config dump | grep -E '^Acquire::(Check-Valid-Until|Retries|https?::Proxy|ForceIPv[46]) ' || true
 }
 
-# Runs a command in a stack of folders, top first and separated by colons, on top of which is a folder for all that
-# changes. With 'bind SOURCE TARGET' further folders are shown inside.
+# Runs a command in a stack of folders, separated by colons, the top one first. All changes go to one more folder on top.
+# 'bind SOURCE TARGET' mounts further folders inside.
 enter() { # stack, folder for changes, [bind SOURCE TARGET]... command...
   local stack=$1 changing=$2 binds=() inside
   shift 2
@@ -71,8 +71,8 @@ throw_away() { # folder of enter's
   rm -rf --one-file-system "$1"
 }
 
-# A layer is remade when what went into it changes, and 'fresh' asks for it. The archive moving on is no reason: every
-# run brings the packages it tries up to date.
+# A layer is rebuilt when its inputs change or 'fresh' requests it. A new state of the archive is no reason, because
+# every run updates the root in which packages are tested.
 layer_is_there() { # name, what goes into it
   [ "$fresh" != yes ] && [ -d "$store/$1" ] && [ "$(cat "$store/$1.made-of" 2>/dev/null)" = "$2" ]
 }
@@ -82,7 +82,7 @@ make_base() {
   made_of="$suite $(IFS=,; echo "${base_packages[*]}")"
   if layer_is_there base "$made_of"; then return; fi
   site=$(archive)
-  [ -n "$site" ] || die "apt knows no archive that carries this release's main component; run apt-get update"
+  [ -n "$site" ] || die "apt has no archive with this release's main component; run apt-get update"
   say "making a root of $suite (once)"
   throw_away "$new"
   throw_away "$store/build"
@@ -97,12 +97,12 @@ make_base() {
   echo "$made_of" >"$store/base.made-of"
 }
 
-# Nobody reads manuals where packages are built.
+# The roots need no manuals.
 readonly without_manuals="
   printf 'path-exclude=/usr/share/%s/*\n' doc locale man info >/etc/dpkg/dpkg.cfg.d/without-manuals
   echo 'man-db man-db/auto-update boolean false' | debconf-set-selections"
 
-# The build dependencies of debian/control, with the option given.
+# A script that installs the build dependencies of debian/control, with the given option.
 build_dependencies() { # [option]
   echo "
     mkdir -p /tmp/of/debian
@@ -112,7 +112,7 @@ build_dependencies() { # [option]
     rm -rf /tmp/of"
 }
 
-# Makes a layer over base by a script that runs in it.
+# Makes a layer above base with a script that runs in it.
 make_layer() { # name, script
   local made_of new=$store/$1.new
   made_of="$(cat "$store/base.made-of") $(cat "$control") $2"

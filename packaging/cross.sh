@@ -21,8 +21,8 @@ cross_build() {
   holds "the packages of version $version cross-build for arm64 without a warning"
 }
 
-# The tests' bus is a dbus-daemon of the machine's own architecture. What cannot be done under qemu-user stands in
-# not_under_qemu, with the reason.
+# The tests use a dbus-daemon of the machine's own architecture. not_under_qemu lists the tests that cannot run under
+# qemu-user, with the reasons.
 cross_test() {
   say "running the unit tests for arm64 under qemu-user"
   # shellcheck disable=SC2016  # for the shell in there

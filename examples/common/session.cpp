@@ -73,7 +73,7 @@ void Session::enter(const std::string& line) {
     settings.securityMode = kaz::wifi::SecurityMode::rsnPsk;
     settings.password = line;
     switch (wifi_.connect(settings)) {
-        case ConnectResult::ok:  // update() tells what becomes of it
+        case ConnectResult::ok:  // update() shows the outcome
             break;
         case ConnectResult::passwordTooShort:
         case ConnectResult::passwordTooLong:

@@ -1,4 +1,4 @@
-// What the examples for the terminal do, whatever the loop that drives them.
+// What the terminal examples do, in any event loop.
 #pragma once
 
 #include <wifi/manager.h>
@@ -8,20 +8,19 @@
 
 namespace example {
 
-// `ssid` in printable ASCII: an SSID is bytes that a stranger chose, and may hold what moves the cursor.
+// `ssid` in printable ASCII. An SSID is bytes that a stranger chose, and may contain terminal escape sequences.
 std::string printable(const std::string& ssid);
 
-// Shows the state of the Wi-Fi on standard output, and connects to one WPA2 network. For one thread, that of the
-// loop.
+// Prints the state of the Wi-Fi and connects to one WPA2 network. To be used on the loop's thread only.
 class Session {
   public:
-    // `wifi` outlives the session.
+    // `wifi` must outlive the session.
     Session(kaz::wifi::Manager& wifi, std::string ssid);
 
-    // Prints what is new since the last time. To be called after any of the Manager's callbacks.
+    // Prints what changed since the last call. To be called after each callback of the Manager.
     void update();
 
-    // Takes a line that was typed: the passphrase.
+    // Handles a line of input: the passphrase.
     void enter(const std::string& line);
 
   private:

@@ -8,8 +8,8 @@
 
 namespace example {
 
-// Lets other threads wake a loop that waits for file descriptors. However often it is signalled before the loop
-// looks, that is one wake-up.
+// Lets other threads wake a loop that waits for file descriptors. Several signals before the loop runs cause one
+// wake-up.
 class Wakeup {
   public:
     Wakeup() : fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
@@ -23,10 +23,10 @@ class Wakeup {
     Wakeup(Wakeup&&) = delete;
     Wakeup& operator=(Wakeup&&) = delete;
 
-    // Readable once signalled, until cleared.
+    // Readable after signal(), until clear().
     int fd() const { return fd_; }
 
-    // From any thread. Cannot fail: the counter would have to be near its end, and then the loop is awake.
+    // Callable from any thread. It fails only when the counter is at its maximum, and then the loop is awake anyway.
     void signal() const { static_cast<void>(eventfd_write(fd_, 1)); }
 
     void clear() const {

@@ -1,9 +1,9 @@
-// Callbacks in GLib's main loop, by way of an eventfd:
+// Callbacks in GLib's main loop, through an eventfd:
 //
 //     glib_loop SSID
 //
-// g_main_context_invoke would not do: while the loop is not running yet, it calls the function where it stands, on
-// the Manager's thread. A source made by g_idle_add may still be waiting when what it points to is gone.
+// Do not use g_main_context_invoke: before the loop runs, it calls the function directly, on the Manager's thread. A
+// source of g_idle_add may still be queued when its data no longer exists.
 #include <glib-unix.h>
 #include <unistd.h>
 #include <wifi/manager.h>
@@ -23,7 +23,7 @@ using Text = std::unique_ptr<gchar, decltype(&g_free)>;
 
 struct App {
     const example::Wakeup changed;
-    // Destroyed before `changed`, to which its callbacks write until then.
+    // After `changed`, because its callbacks write to `changed` until it is destroyed.
     kaz::wifi::Manager wifi;
     example::Session session;
     Loop loop{g_main_loop_new(nullptr, FALSE), g_main_loop_unref};
@@ -33,7 +33,7 @@ struct App {
 
 gboolean onChanged(gint /*fd*/, GIOCondition /*condition*/, gpointer data) {
     auto& app = *static_cast<App*>(data);
-    app.changed.clear();  // before looking: what changes from here on wakes the loop again
+    app.changed.clear();  // before the getters: a later change wakes the loop again
     app.session.update();
     return G_SOURCE_CONTINUE;
 }
@@ -65,7 +65,7 @@ int main(int argc, char** argv) {
     App app(argv[1]);
     const auto wake = [&app] {
         app.changed.signal();
-    };  // runs on the Manager's thread and touches nothing else
+    };  // runs on the Manager's thread, so it does nothing else
     app.wifi.onEnabledChanged(wake);
     app.wifi.onScanningChanged(wake);
     app.wifi.onNetworksListChanged(wake);

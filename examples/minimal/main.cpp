@@ -1,8 +1,8 @@
-// Connects to a WPA2 network and tells how that ended:
+// Connects to a WPA2 network and prints the outcome:
 //
 //     echo PASSPHRASE | minimal SSID
 //
-// The passphrase is read and not an argument, because every user of a machine can see the arguments of a process.
+// The passphrase is not an argument, because every user of a machine can see the arguments of a process.
 #include <wifi/manager.h>
 
 #include <chrono>
@@ -21,13 +21,13 @@ int main(int argc, char** argv) {
     settings.securityMode = kaz::wifi::SecurityMode::rsnPsk;
     std::getline(std::cin, settings.password);
 
-    // What the callback uses is declared before the Manager, so that it is still there when the Manager ends.
+    // Declared before the Manager, because its callback uses them until it is destroyed.
     std::promise<bool> verdict;
     bool begun = false;
     bool ended = false;
 
     kaz::wifi::Manager wifi;
-    // Called on the Manager's thread, the only one that touches `begun` and `ended`.
+    // Runs on the Manager's thread. No other thread uses `begun` and `ended`.
     wifi.onConnectionInfoChanged([&] {
         const auto info = wifi.connectionInfo();
         begun = begun || (info.status == Status::connectingWifi && info.ssid == settings.ssid);

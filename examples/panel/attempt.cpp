@@ -8,7 +8,7 @@ using Status = kaz::wifi::ConnectionInfo::Status;
 namespace {
 
 constexpr std::chrono::milliseconds patience{2000};
-// The library looks at its clock a little late, and so do those who hear of it.
+// The library and the panel both notice the timeout a little late.
 constexpr std::chrono::milliseconds early{200};
 constexpr std::chrono::milliseconds late{500};
 constexpr std::chrono::seconds patienceForAnAddress{30};
@@ -24,7 +24,7 @@ std::optional<Attempt::Outcome> Attempt::see(const Sight& sight) {
     if (!sight.running) {
         return Outcome::stopped;
     }
-    if (!begun_) {  // until the library takes the request up, it tells of what was before
+    if (!begun_) {  // before the library handles the request, it reports the former state
         begun_ = ours;
         return std::nullopt;
     }

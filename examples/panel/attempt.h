@@ -6,30 +6,29 @@
 #include <optional>
 #include <string>
 
-// Follows one attempt to connect, from the request to what came of it. It sees nothing but what the Manager's getters
-// tell, so that it can be tested without one.
+// Tracks one attempt to connect, from the request to the outcome. Its input is what the Manager's getters return, so
+// tests need no Manager.
 //
-// The library tells when an attempt is given up, not why. It gives up 2000 ms after the request or the last scan when
-// nobody answers, and at any other time when the network turned the device away; so the time is what tells the two
-// apart.
+// The library reports that an attempt failed, but not why. If no access point answers, it fails 2000 ms after the
+// request or the last scan. If it fails at another time, the network refused the device.
 class Attempt {
   public:
     enum class Outcome {
         connected,
-        notAnswering,  // nobody answered under that name
-        refused,       // the network turned the device away
-        noAddress,     // the link stands, but no address came for half a minute; this may still change
+        notAnswering,  // no access point with this SSID answered
+        refused,       // the network refused the device
+        noAddress,     // the link is up, but there is no address after half a minute; this may still change
         lost,          // the link broke
         stopped,       // Wi-Fi stopped meanwhile
     };
     using Clock = std::chrono::steady_clock;
 
-    // What the Manager tells at one moment.
+    // What the Manager's getters return at one moment.
     struct Sight {
         kaz::wifi::ConnectionInfo info;
         bool running = true;
         bool scanning = false;
-        Clock::time_point scanningChanged;  // when `scanning` last did
+        Clock::time_point scanningChanged;  // when `scanning` last changed
         Clock::time_point now;
     };
 
@@ -37,14 +36,14 @@ class Attempt {
 
     const std::string& ssid() const { return ssid_; }
 
-    // To be called after each change, and now and then. The outcome once there is one; not to be called after that.
+    // Returns the outcome once there is one. Call it after each change and periodically, but not after the outcome.
     std::optional<Outcome> see(const Sight& sight);
 
   private:
     Outcome end(const Sight& sight) const;
 
     std::string ssid_;
-    Clock::time_point patienceBegan_;  // when the 2000 ms began
+    Clock::time_point patienceBegan_;  // start of the 2000 ms
     Clock::time_point linkUpSince_;
     bool begun_ = false;
     bool linkUp_ = false;

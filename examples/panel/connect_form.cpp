@@ -41,7 +41,7 @@ ConnectForm::Security securityOf(SecurityMode mode) {
         case SecurityMode::rsnPsk:
             return ConnectForm::Wpa2;
         case SecurityMode::sae:
-        case SecurityMode::unsupported:  // so a network is listed that speaks WPA3 only
+        case SecurityMode::unsupported:  // a WPA3-only network is listed like this
             return ConnectForm::Wpa3;
         case SecurityMode::enterprise:
         case SecurityMode::enterpriseVariant:
@@ -55,7 +55,7 @@ void wipe(std::string& text) {
     text.clear();
 }
 
-// With the empty text in front, which leaves the choice to the two sides.
+// The empty string comes first; with it, the supplicant and the server negotiate.
 QStringList choices(const std::set<std::string>& methods) {
     QStringList list{QString()};
     for (const std::string& method : methods) {
@@ -182,7 +182,7 @@ ConnectForm::Field ConnectForm::problemField() const {
         case ConnectResult::securityModeUnsupported:
             return MethodField;
     }
-    // The library lets this pass, but no network would.
+    // The library accepts this, but no network does.
     return security_ == Enterprise && typed_.identity.empty() ? IdentityField : NoField;
 }
 

@@ -12,7 +12,7 @@
 
 #include "network_model.h"
 
-// What is typed into the connect dialog, checked at every key stroke.
+// The input of the connect dialog, validated at every key stroke.
 class ConnectForm : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -23,7 +23,7 @@ class ConnectForm : public QObject {
     Q_PROPERTY(QString ssid READ ssid WRITE setSsid NOTIFY changed)  // of a hidden network
     Q_PROPERTY(Security security READ security WRITE setSecurity NOTIFY changed)
     Q_PROPERTY(QString securityName READ securityName NOTIFY changed)
-    Q_PROPERTY(bool guessed READ guessed NOTIFY changed)  // the list could not name the security
+    Q_PROPERTY(bool guessed READ guessed NOTIFY changed)  // the list does not show the security
     Q_PROPERTY(QString password READ password WRITE setPassword NOTIFY changed)
     Q_PROPERTY(QString passwordHint READ passwordHint NOTIFY changed)
     Q_PROPERTY(QString identity READ identity WRITE setIdentity NOTIFY changed)
@@ -33,7 +33,7 @@ class ConnectForm : public QObject {
     Q_PROPERTY(QStringList eapMethods READ eapMethods NOTIFY changed)
     Q_PROPERTY(QStringList phase2Methods READ phase2Methods NOTIFY changed)
     Q_PROPERTY(Field problemField READ problemField NOTIFY changed)
-    Q_PROPERTY(QString problem READ problem NOTIFY changed)  // why it cannot be sent
+    Q_PROPERTY(QString problem READ problem NOTIFY changed)  // why connecting is not possible
     Q_PROPERTY(bool valid READ valid NOTIFY changed)
 
   public:
@@ -44,15 +44,15 @@ class ConnectForm : public QObject {
 
     using QObject::QObject;
 
-    // Starts afresh, for a network in the list or for one that is hidden.
+    // Resets the form, for a network in the list or for a hidden one.
     void begin(const NetworkModel::Row& network);
     void beginHidden();
     void setMethods(std::set<std::string> eap, std::set<std::string> phase2);
 
-    // The settings as typed. Fields that do not belong to the security are empty.
+    // The settings from the input. Fields that the security does not use are empty.
     kaz::wifi::ConnectionSettings settings() const;
 
-    // Takes what was typed out of sight and out of memory, as far as Qt's texts allow.
+    // Clears the input on the screen and, as far as QString allows, in memory.
     Q_INVOKABLE void clear();
 
     QString name() const;

@@ -9,7 +9,7 @@ Q_IMPORT_QML_PLUGIN(PanelPlugin)
 
 int main(int argc, char** argv) {
     const QGuiApplication app(argc, argv);
-    WifiPanel panel;  // outlives the engine, whose items are bound to it
+    WifiPanel panel;  // must outlive the engine, whose items are bound to it
     QQmlApplicationEngine engine;
     engine.addImportPath(QStringLiteral(":/qt/qml"));
     engine.setInitialProperties(

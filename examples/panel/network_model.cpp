@@ -14,7 +14,7 @@ using kaz::wifi::WifiNetwork;
 namespace {
 
 int barsOf(int dBm) {
-    if (dBm == 0 || dBm == kaz::wifi::NoSignaldBm) {  // not known
+    if (dBm == 0 || dBm == kaz::wifi::NoSignaldBm) {  // unknown
         return 0;
     }
     constexpr std::array limits{-85, -75, -67, -55};
@@ -85,7 +85,7 @@ std::vector<NetworkModel::Row> NetworkModel::wanted(const ConnectionInfo& connec
                                                     const std::vector<WifiNetwork>& inRange) const {
     std::vector<Row> rows;
     if (connection.status != ConnectionInfo::Status::disconnected) {
-        // The list leaves out the network in use. What was known of it is kept.
+        // The list leaves out the network in use, so keep what was known about it.
         Row current;
         if (const Row* known = find(connection.ssid)) {
             current = *known;

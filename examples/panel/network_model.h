@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-// The networks a user can choose from: the one in use or being joined first, then the others as the library sorts
-// them. An update changes only the rows that differ, so that the view keeps its place and its focus.
+// The networks a user can choose from. The one in use or being joined is first, then the others in the library's
+// order. An update changes only the rows that differ, so that the view keeps its scroll position and focus.
 class NetworkModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -26,10 +26,10 @@ class NetworkModel : public QAbstractListModel {
         bool operator==(const Row& other) const;
     };
     enum Role {
-        NetworkIdRole = Qt::UserRole,  // names the network in calls
-        NameRole,                      // for the eye
+        NetworkIdRole = Qt::UserRole,  // identifies the network in calls
+        NameRole,                      // for display
         BarsRole,                      // 0 to 4
-        SecurityRole,  // in words; empty when unknown, as for a network in use that no scan showed
+        SecurityRole,  // as text; empty when unknown, for example when no scan listed the network in use
         LockedRole,
         SavedRole,
         StageRole,  // 0 not in use, 1 joining, 2 getting an address, 3 connected

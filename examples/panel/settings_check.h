@@ -5,9 +5,8 @@
 #include <set>
 #include <string>
 
-// What Manager::connect would say about these settings. It says so itself, but connects at once when they pass; to
-// tell somebody who is still typing, the rules beside ConnectResult are repeated here. tests/examples/panel compares
-// the two.
+// Returns what Manager::connect would return for these settings. Manager::connect connects at once when they are
+// valid, so validation during typing repeats the rules of ConnectResult here. tests/examples/panel compares the two.
 kaz::wifi::ConnectResult checkSettings(const kaz::wifi::ConnectionSettings& settings,
                                        const std::set<std::string>& eapMethods,
                                        const std::set<std::string>& phase2Methods);

@@ -20,7 +20,7 @@ bool isMark(char32_t point) {
     }
 }
 
-// Letters that have no shape of their own, but are in no category that says so.
+// Invisible letters that no Unicode category marks as such.
 bool isBlankLetter(char32_t point) {
     return point == 0x115F || point == 0x1160 || point == 0x2800 || point == 0x3164 || point == 0xFFA0;
 }
@@ -28,7 +28,7 @@ bool isBlankLetter(char32_t point) {
 bool isHarmless(char32_t point) {
     switch (QChar::category(point)) {
         case QChar::Other_Control:
-        case QChar::Other_Format:  // the marks of direction among them
+        case QChar::Other_Format:  // includes the direction marks
         case QChar::Other_Surrogate:
         case QChar::Other_PrivateUse:
         case QChar::Other_NotAssigned:
@@ -56,7 +56,7 @@ QString shownSsid(const std::string& ssid) {
     QStringDecoder decode(QStringDecoder::Utf8);
     const QString text = decode(QByteArray::fromStdString(ssid));
     QString shown;
-    int marks = marksShown;  // nothing stands before the first character that a mark could go with
+    int marks = marksShown;  // the first character has no letter before it that a mark could belong to
     for (const char32_t point : text.toUcs4()) {
         marks = isMark(point) ? marks + 1 : 0;
         const bool asItIs = isHarmless(point) && marks <= marksShown;

@@ -25,8 +25,8 @@ WifiPanel::WifiPanel(QObject* parent) : QObject(parent) {
     refresh();
 }
 
-// On the Manager's thread. Many changes make one refresh, which reads whatever holds by then. One that is still queued
-// when the panel ends is dropped with it.
+// Runs on the Manager's thread. Several changes queue one refresh, which reads the latest state. Qt drops a queued
+// refresh when the panel is destroyed.
 void WifiPanel::wake() {
     if (!awake_.exchange(true)) {
         QMetaObject::invokeMethod(this, &WifiPanel::refresh, Qt::QueuedConnection);
@@ -34,7 +34,7 @@ void WifiPanel::wake() {
 }
 
 void WifiPanel::refresh() {
-    awake_ = false;  // first: what changes from here on makes another refresh
+    awake_ = false;  // before reading: a later change queues another refresh
     on_ = wifi_.isEnabled();
     scanning_ = wifi_.isScanning();
     const bool ran = std::exchange(running_, wifi_.isWifiStackInitialized());
@@ -68,7 +68,7 @@ void WifiPanel::followAttempt(const ConnectionInfo& info) {
     const std::string ssid = attempt_->ssid();
     endAttempt();
     fail(*outcome, ssid);
-    // Settings that did not work are not kept, or the supplicant would go on trying them.
+    // Forget settings that did not work, or the supplicant would retry them.
     const bool useless = *outcome == Attempt::Outcome::refused || *outcome == Attempt::Outcome::notAnswering;
     if (useless && !attemptSaved_) {
         wifi_.forgetNetwork(ssid);
@@ -126,7 +126,7 @@ void WifiPanel::submit() {
     const ConnectResult verdict = wifi_.connect(settings);
     if (verdict == ConnectResult::ok) {
         begin(settings.ssid, settings.securityMode, false);
-    } else {  // the form lets nothing pass that the library refuses, but the library has the last word
+    } else {  // the form refuses everything that the library refuses, but the library decides
         problem_ = problemInWords(verdict, settings.securityMode);
         Q_EMIT changed();
     }

@@ -14,8 +14,8 @@
 #include "connect_form.h"
 #include "network_model.h"
 
-// The Manager as QML sees it: properties that change on the GUI thread, and what a user can ask for. Networks are named
-// by the model's `networkId`.
+// The Manager for QML: properties that change on the GUI thread, and the user's requests. The model's `networkId`
+// identifies a network.
 class WifiPanel : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -24,9 +24,9 @@ class WifiPanel : public QObject {
     Q_PROPERTY(bool on READ isOn WRITE setOn NOTIFY changed)
     Q_PROPERTY(bool running READ isRunning NOTIFY changed)
     Q_PROPERTY(bool scanning READ isScanning NOTIFY changed)
-    Q_PROPERTY(QString problem READ problem NOTIFY changed)  // the last thing that went wrong, in words
+    Q_PROPERTY(QString problem READ problem NOTIFY changed)  // the last problem, as text
     Q_PROPERTY(QString problemId READ problemId NOTIFY
-                   changed)  // the network it was about, while that can be retried
+                   changed)  // the network with the problem, while the user can retry
     Q_PROPERTY(NetworkModel* networks READ networks CONSTANT)
     Q_PROPERTY(ConnectForm* form READ form CONSTANT)
 
@@ -43,10 +43,10 @@ class WifiPanel : public QObject {
     ConnectForm* form() { return &form_; }
 
     Q_INVOKABLE void scan();
-    // Prepares the form for a network. False when that is no longer in the list.
+    // Prepares the form for a network. Returns false when the network is no longer in the list.
     Q_INVOKABLE bool prepare(const QString& networkId);
     Q_INVOKABLE void prepareHidden();
-    // Connects as the form says, or to a saved network.
+    // Connect with the form's settings, or to a configured network.
     Q_INVOKABLE void submit();
     Q_INVOKABLE void joinSaved(const QString& networkId);
     Q_INVOKABLE void leave();
@@ -81,6 +81,6 @@ class WifiPanel : public QObject {
 
     std::atomic<bool> awake_{false};
     std::atomic<Attempt::Clock::time_point> scanningChanged_{Attempt::Clock::time_point()};
-    // Last, and so destroyed first: until then its callbacks use the rest.
+    // The last member, so that it is destroyed first: its callbacks use the other members.
     kaz::wifi::Manager wifi_;
 };

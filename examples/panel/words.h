@@ -1,4 +1,4 @@
-// What the panel says about the library's values.
+// The panel's texts for the library's values.
 #pragma once
 
 #include <wifi/types.h>
@@ -10,12 +10,12 @@
 // "WPA2"
 QString securityInWords(kaz::wifi::SecurityMode mode);
 
-// Why these settings will not do; empty for `ok`.
+// Why these settings are invalid; empty for `ok`.
 QString problemInWords(kaz::wifi::ConnectResult verdict, kaz::wifi::SecurityMode mode);
 
-// What a password for this security looks like, before anything is typed.
+// The form of a password for this security, shown while the field is empty.
 QString passwordHint(kaz::wifi::SecurityMode mode);
 
-// What went wrong. `name` is the network's; `saved`: the settings were not typed just now.
+// The problem. `name` is the network's; `saved`: the network was configured before.
 QString failureInWords(Attempt::Outcome outcome, const QString& name, kaz::wifi::SecurityMode mode,
                        bool saved);

@@ -1,4 +1,4 @@
-// Callbacks in a program's own poll(2) loop, by way of an eventfd:
+// Callbacks in a program's own poll(2) loop, through an eventfd:
 //
 //     poll_loop SSID
 #include <poll.h>
@@ -14,7 +14,7 @@
 
 namespace {
 
-// Hands whole lines of standard input to the session. False at its end.
+// Passes whole lines of standard input to the session. Returns false at the end of the input.
 bool readLines(std::string& input, example::Session& session) {
     char bytes[256];
     const ssize_t count = read(STDIN_FILENO, bytes, sizeof bytes);
@@ -36,12 +36,12 @@ int main(int argc, char** argv) {
         std::cerr << "usage: poll_loop SSID\n";
         return 2;
     }
-    // The Manager is destroyed first: its callbacks write to the descriptor until then.
+    // Declared before the Manager, because its callbacks write to the file descriptor until it is destroyed.
     const example::Wakeup changed;
     kaz::wifi::Manager wifi;
     const auto wake = [&changed] {
         changed.signal();
-    };  // runs on the Manager's thread and touches nothing else
+    };  // runs on the Manager's thread, so it does nothing else
     wifi.onEnabledChanged(wake);
     wifi.onScanningChanged(wake);
     wifi.onNetworksListChanged(wake);
@@ -56,7 +56,7 @@ int main(int argc, char** argv) {
             return 1;
         }
         if (watched[1].revents != 0) {
-            changed.clear();  // before looking: what changes from here on wakes the loop again
+            changed.clear();  // before the getters: a later change wakes the loop again
             session.update();
         }
         if (watched[0].revents != 0 && !readLines(input, session)) {

@@ -1,27 +1,28 @@
 SUMMARY = "Wi-Fi management library for embedded devices"
 DESCRIPTION = "For the user interface of a device: switches Wi-Fi on and off, scans, lists the networks in range, \
-connects, forgets, and follows the state of the connection."
+connects, forgets, and reports the state of the connection."
 SECTION = "libs"
 # The sources state no licence.
 LICENSE = "CLOSED"
 
-# The archive of sources that `./dev package` makes, unless the layer says where else they are.
+# The source archive that `./dev package` makes, unless the layer sets another one.
 KAZWIFI_SRC_URI ?= "file://kazwifi_${PV}.orig.tar.xz"
 SRC_URI = "${KAZWIFI_SRC_URI}"
 
 inherit cmake pkgconfig
 
-# fmt and spdlog as shared libraries, spdlog with that fmt: the log goes to the process's own default logger.
+# fmt and spdlog must be shared libraries, and spdlog must use this fmt: only then the log goes to the process's default
+# logger.
 DEPENDS = "fmt spdlog systemd tl-expected"
 
 EXTRA_OECMAKE = "-DBUILD_TESTING=OFF -DKAZ_BUILD_EXAMPLES=OFF -DCMAKE_SKIP_INSTALL_RPATH=ON"
 
-# system-platform: the device brings libkazdbus, libkazmetrics and libkazcommon, with the CMake package kazplatform.
+# system-platform: the device has its own libkazdbus, libkazmetrics and libkazcommon, with the CMake package kazplatform.
 PACKAGECONFIG ??= "tools"
 PACKAGECONFIG[tools] = "-DKAZ_BUILD_TOOLS=ON -DKAZ_BUILD_SIMULATOR=ON,-DKAZ_BUILD_TOOLS=OFF -DKAZ_BUILD_SIMULATOR=OFF,cli11 nlohmann-json readline"
 PACKAGECONFIG[system-platform] = "-DKAZ_PLATFORM=system,-DKAZ_PLATFORM=bundled,kazplatform"
 
-# The same packages as Debian's; debian.bbclass gives the libraries their names there, libkazwifi0 and so on.
+# The same packages as Debian's; debian.bbclass renames the libraries to libkazwifi0 and so on.
 PACKAGES = "${PN}-dbg ${PN}-src ${PN}-tools ${PN}-dev libkazplatform-dev libkazdbus libkazmetrics libkazcommon ${PN}"
 
 FILES:${PN} = "${libdir}/libkazwifi.so.0*"

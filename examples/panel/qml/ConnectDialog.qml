@@ -3,7 +3,7 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Panel
 
-// Asks for what a network of this security takes. Of a hidden network it asks for the name and the security too.
+// Asks for the fields that the network's security needs. For a hidden network it also asks for name and security.
 PanelDialog {
     id: dialog
 

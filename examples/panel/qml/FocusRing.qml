@@ -1,7 +1,7 @@
 import QtQuick
 import Panel
 
-// Shows around its parent where the keyboard is.
+// A ring around its parent that shows the keyboard focus.
 Rectangle {
     anchors.fill: parent
     anchors.margins: -2

@@ -3,7 +3,7 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Panel
 
-// The title, the theme, and the switch of the whole.
+// The title, the theme button, and the Wi-Fi switch.
 RowLayout {
     id: bar
 

@@ -40,8 +40,8 @@ ApplicationWindow {
         value: "system"
     }
 
-    // Open networks are joined after a question, saved ones have a dialog of their own, all others ask for what they
-    // need.
+    // Tapping an open network asks for confirmation, a configured one opens its dialog, and any other one opens the
+    // connect dialog.
     function choose(networkId, name, locked, saved, stage) {
         if (saved || stage > 0) {
             networkDialog.show(networkId, name, stage)

@@ -3,7 +3,7 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Panel
 
-// What can be done with a network that is saved or in use.
+// The actions for a network that is configured or in use.
 PanelDialog {
     id: dialog
 

@@ -3,7 +3,7 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Panel
 
-// The networks around, and what else can be asked for.
+// The networks in range, and further actions.
 ColumnLayout {
     id: page
 
@@ -71,7 +71,7 @@ ColumnLayout {
             Keys.onEnterPressed: if (currentItem) currentItem.clicked()
             Keys.onSpacePressed: if (currentItem) currentItem.clicked()
 
-            // Pulled down far enough and let go.
+            // The user pulled the list down far enough and released it.
             onDragEnded: if (contentY - originY < -Theme.touch) page.scanAsked()
         }
         Label {

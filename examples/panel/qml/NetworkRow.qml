@@ -18,7 +18,7 @@ ItemDelegate {
 
     objectName: "row:" + name
     implicitHeight: 68
-    focusPolicy: Qt.NoFocus  // the list has it
+    focusPolicy: Qt.NoFocus  // the list has the focus
     Accessible.name: name + ", " + detail.text
 
     contentItem: RowLayout {

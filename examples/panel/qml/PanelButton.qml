@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Controls.Basic
 import Panel
 
-// `flat`: text alone. `prominent`: what Enter does. `dangerous`: what cannot be undone.
+// `flat`: only text. `prominent`: the action of Enter. `dangerous`: an action that cannot be undone.
 Button {
     id: button
 

@@ -4,7 +4,7 @@ import QtQuick.Layouts
 import QtQuick.Templates as T
 import Panel
 
-// A title, a body that scrolls when it has to, and the two buttons. Esc closes it; Enter accepts from any field.
+// A title, a body that scrolls if it is too long, and two buttons. Esc closes it; Enter accepts in any field.
 Popup {
     id: dialog
 
@@ -12,7 +12,7 @@ Popup {
     property string acceptText
     property bool acceptEnabled: true
     property bool dangerous
-    property int wanted: 420  // the width, where there is room
+    property int wanted: 420  // the width, if there is room
     default property alias body: body.data
     property alias extraButtons: extras.data
     signal accepted

@@ -3,8 +3,8 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Panel
 
-// A line of text with its label, and below it a hint or what is wrong with it. That shows once something was typed or
-// the field was left.
+// A text field with its label, and below it a hint or an error. The error appears after the user typed or left the
+// field.
 ColumnLayout {
     id: root
 
@@ -28,7 +28,7 @@ ColumnLayout {
 
     spacing: 4
     Layout.fillWidth: true
-    Layout.preferredWidth: 1  // as wide as those beside it
+    Layout.preferredWidth: 1  // as wide as the fields beside it
 
     Label {
         id: label

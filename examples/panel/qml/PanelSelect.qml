@@ -3,7 +3,7 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Panel
 
-// One of several, with its label.
+// A choice of several values, with its label.
 ColumnLayout {
     id: root
 
@@ -17,7 +17,7 @@ ColumnLayout {
 
     spacing: 4
     Layout.fillWidth: true
-    Layout.preferredWidth: 1  // as wide as those beside it
+    Layout.preferredWidth: 1  // as wide as the fields beside it
 
     Label {
         id: label

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Controls.Basic
 import Panel
 
-// Instead of the list, while Wi-Fi is off or has not started.
+// Shown instead of the list while Wi-Fi is off or has not started.
 Item {
     id: placeholder
 

@@ -3,7 +3,7 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Panel
 
-// What went wrong last, until it is dismissed or something goes right.
+// The last problem, until the user dismisses it or an action succeeds.
 Rectangle {
     id: banner
 

@@ -3,7 +3,7 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Panel
 
-// Asks before something is done to a network.
+// Asks for confirmation before an action on a network.
 PanelDialog {
     id: dialog
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Panel
 
-// Four bars, of which `bars` are filled.
+// Four bars; `bars` of them are filled.
 Row {
     id: signal
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Panel
 
-// How far joining has come: the link, an address, done. The part that is going on breathes.
+// The stage of joining: link, address, done. The current part pulsates.
 Row {
     id: bar
 

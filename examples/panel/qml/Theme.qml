@@ -1,7 +1,7 @@
 pragma Singleton
 import QtQuick
 
-// Colours, sizes and distances. Text on its ground has a contrast of 4.5:1 or more in both themes.
+// Colours, sizes and distances. Text has a contrast of 4.5:1 or more to its background in both themes.
 QtObject {
     property string choice: "system"  // or "light", "dark"
     readonly property bool dark: choice === "dark" || (choice !== "light" && system.window.hslLightness < 0.5)
@@ -23,7 +23,7 @@ QtObject {
 
     readonly property int gap: 8
     readonly property int margin: 16
-    readonly property int touch: 48  // the least size of what is tapped
+    readonly property int touch: 48  // the least size of a touch target
     readonly property int radius: 12
 
     readonly property int titleSize: 26

@@ -1,7 +1,7 @@
 import QtQuick
 import Panel
 
-// A disc, half of it filled.
+// A disc, half filled.
 Rectangle {
     implicitWidth: 22
     implicitHeight: 22
