@@ -13,7 +13,7 @@ void DbusCommunicator::connectOrDisconnectFromSupplicantSync(const std::string& 
     if (running && !supplicantOn_) {
         attach();
     } else if (stopped) {
-        othersDisabled_ = false;  // the next one starts from its file
+        supplicantLost_ = false;
         if (supplicantOn_) {
             detach();
         }
@@ -38,8 +38,8 @@ void DbusCommunicator::attach() {
     subscribeToSupplicant();
     readInitialSupplicantProperties();
     followNetworkd();
-    enableOtherNetworks();
     wifiServiceStatusChangeHandler();
+    supplicantLost_ = false;
     logAttachment();
 }
 
@@ -50,18 +50,6 @@ void DbusCommunicator::detach() {
     wifiServiceStatusChangeHandler();
     bus_.dropTemporarySubscriptions();
     logAttachment();
-}
-
-// When we lose the bus in the middle of an attempt, the supplicant may live on with all networks disabled but one, and
-// whatever is saved next would keep that for good.
-void DbusCommunicator::enableOtherNetworks() {
-    if (!othersDisabled_) {
-        return;
-    }
-    for (const auto& network : getAllConfiguredNetworksSync()) {
-        network->setEnabledSync(true);
-    }
-    othersDisabled_ = false;
 }
 
 void DbusCommunicator::logAttachment() {

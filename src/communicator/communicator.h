@@ -101,6 +101,10 @@ class Communicator {
     // Whether a supplicant is attached. Callable from any thread.
     virtual bool isSupplicantOn() = 0;
 
+    // Whether the supplicant that is being attached is the one that was attached before: we lost the bus in between,
+    // and did not see it stop. For wifiServiceStatusChangeHandler only.
+    virtual bool supplicantSurvived() = 0;
+
     // Queues a task for the loop thread; first in, first out. Callable from any thread.
     virtual void pushTaskAsync_(std::function<void()> task) = 0;
 

@@ -33,6 +33,10 @@ bool DbusCommunicator::isSupplicantOn() {
     return supplicantOn_;
 }
 
+bool DbusCommunicator::supplicantSurvived() {
+    return supplicantLost_;
+}
+
 void DbusCommunicator::pushTaskAsync_(std::function<void()> task) {
     bus_.pushTask(std::move(task));
 }

@@ -41,6 +41,7 @@ class DbusCommunicator final : public Communicator {
     void startEventLoop() override;
     void stopEventLoop() override;
     bool isSupplicantOn() override;
+    bool supplicantSurvived() override;
     void pushTaskAsync_(std::function<void()> task) override;
     void configureTimerSync(bool enable, std::chrono::milliseconds interval) override;
     void setTimerCompletedTask(std::function<void()> task) override;
@@ -111,7 +112,6 @@ class DbusCommunicator final : public Communicator {
     void readInitialSupplicantProperties();
     void followNetworkd();
     void readNetworkd();
-    void enableOtherNetworks();
     void logAttachment();
 
     void resolveBssList(const dbus::SupplicantInterfaceProperties& from, SupplicantInterfaceProperties& to);
@@ -129,7 +129,7 @@ class DbusCommunicator final : public Communicator {
     std::vector<dbus::OPath> followedUnits_;
     bool unitFollowed_ = false;    // systemd has told the unit's path and state
     bool networkdSilent_ = false;  // it did not answer since we attached
-    bool othersDisabled_ = false;  // a network was selected, and none enabled since
+    bool supplicantLost_ = false;  // together with the bus, and not seen to stop since
     std::atomic<bool> supplicantOn_ = false;
     dbus::Bus bus_;  // the last member, so that its thread ends before anything it uses does
 };

@@ -29,7 +29,6 @@ bool DbusCommunicator::selectNetworkSync(const dbus::OPath& network) {
     if (!mayUseSupplicant("select network")) {
         return false;
     }
-    othersDisabled_ = true;
     if (!supplicantInterface().call("SelectNetwork", network)) {
         return false;
     }
@@ -49,10 +48,7 @@ bool DbusCommunicator::removeNetworkSync(const dbus::OPath& network) {
 }
 
 bool DbusCommunicator::setNetworkEnabledSync(const dbus::OPath& network, bool enabled) {
-    const bool done =
-        mayUseSupplicant("enable network") && supplicantNetwork(network).set("Enabled", enabled);
-    othersDisabled_ = othersDisabled_ && !(enabled && done);
-    return done;
+    return mayUseSupplicant("enable network") && supplicantNetwork(network).set("Enabled", enabled);
 }
 
 // The supplicant keeps all settings that the dictionary does not name.

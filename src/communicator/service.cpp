@@ -67,6 +67,7 @@ void DbusCommunicator::onConnectionChanged(bool connected) {
     if (connected) {
         connectToSystemdSync();
     } else if (supplicantOn_) {
+        supplicantLost_ = true;
         detach();
     }
 }

@@ -95,10 +95,9 @@ void ManagerImpl::taskConnectConfigured(const std::string& ssid) {
 void ManagerImpl::taskConnectCommon(Communicator::ConfiguredNetwork& network) {
     const std::string ssid = network.getSsid().value();
     log::info("Connecting to {}", Communicator::makeSsidRedactable(ssid));
-    if (!network.selectSync()) {
+    if (!configuration_.select(network)) {
         return;
     }
-    othersDisabled_ = true;
     // One configuration an SSID: the one just selected replaces all older ones.
     for (const auto& other : communicator_->getAllConfiguredNetworksSync()) {
         if (other->id() != network.id() && hasSsid(*other, ssid)) {
@@ -131,7 +130,7 @@ void ManagerImpl::taskForgetNetwork(const std::string& ssid) {
         log::error("Unable to remove network, configuration not found. {}",
                    Communicator::makeSsidRedactable(ssid));
     }
-    saveNeeded_ = true;
+    configuration_.requestSave();
 }
 
 void ManagerImpl::signalNetworkSelected(const std::optional<std::string>& ssid) {

@@ -13,6 +13,7 @@ ManagerImpl::ManagerImpl(std::unique_ptr<Communicator> communicator,
                          std::shared_ptr<TimeProvider> timeProvider)
     : communicator_(std::move(communicator)),
       connectionInfoHelper_(std::move(timeProvider)),
+      configuration_(*communicator_),
       enabled_(communicator_->readEnabledConfiguration()) {
     wireCommunicator();
     communicator_->pushTaskAsync_([this] { signalEventLoopIdle(); });
@@ -66,18 +67,10 @@ std::optional<std::chrono::milliseconds> ManagerImpl::signalEventLoopIdle() {
     taskUpdateNetworks();
     if (stopping_) {
         // Nobody will follow the attempt to its end.
-        enableAllNetworks();
+        configuration_.enableOthersAgain();
     }
-    taskSaveConfiguration();
+    configuration_.taskSaveConfiguration();
     return connectionInfoHelper_.getActiveTimeout();
-}
-
-void ManagerImpl::taskSaveConfiguration() {
-    // Never save with all other networks disabled: the device would know only one network after a restart.
-    if (saveNeeded_ && !othersDisabled_) {
-        saveNeeded_ = false;
-        communicator_->saveNetworkConfigurationSync();
-    }
 }
 
 void ManagerImpl::signalTimerCompleted() {
@@ -89,6 +82,7 @@ void ManagerImpl::signalTimerCompleted() {
 void ManagerImpl::signalWifiServiceStatusChange() {
     const bool up = communicator_->isSupplicantOn();
     if (up) {
+        configuration_.supplicantCame();
         taskUpdateEapMethods();
         taskUpdateConfiguredNetworks();
     } else {
@@ -96,7 +90,7 @@ void ManagerImpl::signalWifiServiceStatusChange() {
         bssList_.clear();
         configuredSsids_.clear();
         networksDirty_ = true;
-        othersDisabled_ = false;
+        configuration_.supplicantWent();
     }
     connectionInfoHelper_.setSupplicantState(up);
     const bool enabledChanged = adoptStoredChoice();

@@ -4,6 +4,7 @@
 #include "connection_info/connection_info_helper.h"
 #include "connection_info/connection_metrics.h"
 #include "connection_info/time_provider.h"
+#include "manager/supplicant_configuration.h"
 
 #include <wifi/types.h>
 
@@ -81,7 +82,6 @@ class ManagerImpl {
     bool adoptStoredChoice();  // true when it differs from what was known
     std::optional<std::chrono::milliseconds> signalEventLoopIdle();
     void signalTimerCompleted();
-    void taskSaveConfiguration();
     void taskCallEnabledChangedCallback();
 
     // networks.cpp
@@ -104,8 +104,6 @@ class ManagerImpl {
     void taskUpdateConnectionInfo();
     void updateSignalPollTimer(const ConnectionInfo& next);
     void reactToSuccess(const ConnectionInfo& next);
-    void reenableOtherNetworks(const ConnectionInfo& next);
-    void enableAllNetworks();
 
     // The state of a callback is its owner's business: copied under the lock, invoked without it.
     void replaceCallback(Callback& target, Callback callback);
@@ -119,12 +117,10 @@ class ManagerImpl {
 
     // Loop thread only.
     ConnectionInfoHelper connectionInfoHelper_;
-    // A connect selected one network, which made the supplicant disable all others. They are to be enabled.
-    bool othersDisabled_ = false;
+    SupplicantConfiguration configuration_;
     std::vector<Communicator::BssProperties> bssList_;
     std::set<std::string> configuredSsids_;
     bool networksDirty_ = false;
-    bool saveNeeded_ = false;
     bool connectionInfoStored_ = false;
 
     std::atomic<bool> enabled_ = false;

@@ -17,8 +17,6 @@ using Status = ConnectionInfo::Status;
 
 constexpr std::array candidateEapMethods{"PEAP", "TTLS", "MSCHAPV2", "PWD"};
 constexpr std::chrono::milliseconds signalPollPeriod{60000};
-constexpr int connectedNetworkPriority = 2;
-constexpr int otherNetworkPriority = 1;
 
 }  // namespace
 
@@ -101,7 +99,9 @@ void ManagerImpl::taskUpdateConnectionInfo() {
     // The first change after the start tells what was so before, not what an attempt came to.
     if (connectionInfoStored_) {
         reactToSuccess(info);
-        reenableOtherNetworks(info);
+        if (info.status != Status::connectingWifi) {
+            configuration_.enableOthersAgain();
+        }
     }
     std::unique_lock lock(mutex_);
     connectionInfo_ = std::move(info);
@@ -126,32 +126,7 @@ void ManagerImpl::reactToSuccess(const ConnectionInfo& next) {
         return;
     }
     metrics_.reportSuccess();
-    for (const auto& network : communicator_->getAllConfiguredNetworksSync()) {
-        if (const auto& ssid = network->getSsid(); ssid && *ssid == next.ssid) {
-            log::debug("Setting priority=2 for {}", Communicator::makeSsidRedactable(next.ssid));
-            network->setPrioritySync(connectedNetworkPriority);
-        } else {
-            network->setPrioritySync(otherNetworkPriority);
-        }
-    }
-    saveNeeded_ = true;
-}
-
-void ManagerImpl::reenableOtherNetworks(const ConnectionInfo& next) {
-    if (next.status != Status::connectingWifi) {
-        enableAllNetworks();
-    }
-}
-
-void ManagerImpl::enableAllNetworks() {
-    if (!othersDisabled_) {
-        return;
-    }
-    saveNeeded_ = true;
-    othersDisabled_ = false;
-    for (const auto& network : communicator_->getAllConfiguredNetworksSync()) {
-        network->setEnabledSync(true);
-    }
+    configuration_.prefer(next.ssid);
 }
 
 }  // namespace kaz::wifi

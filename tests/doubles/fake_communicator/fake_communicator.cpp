@@ -105,6 +105,11 @@ bool FakeCommunicator::isSupplicantOn() {
     return stack_->supplicantOn;
 }
 
+bool FakeCommunicator::supplicantSurvived() {
+    stack_->record("supplicantSurvived");
+    return stack_->supplicantSurvives;
+}
+
 void FakeCommunicator::pushTaskAsync_(std::function<void()> task) {
     stack_->record("pushTaskAsync_");
     tasks_.push_back(std::move(task));

@@ -46,6 +46,7 @@ class FakeCommunicator : public wifi::Communicator {
     void startEventLoop() override;
     void stopEventLoop() override;
     bool isSupplicantOn() override;
+    bool supplicantSurvived() override;
     void pushTaskAsync_(std::function<void()> task) override;
     void configureTimerSync(bool enable, std::chrono::milliseconds interval) override;
     void setTimerCompletedTask(std::function<void()> task) override;

@@ -17,11 +17,11 @@ FakeWifiStack::Network* FakeWifiStack::find(std::size_t id) {
 }
 
 bool FakeWifiStack::record(const std::string& operation, const std::string& arguments) {
-    const bool succeeds = !failing.contains(operation);
     std::string call = operation;
     if (!arguments.empty()) {
         call += '(' + arguments + ')';
     }
+    const bool succeeds = !failing.contains(operation) && !failing.contains(call);
     if (!succeeds) {
         call += " fails";
     }

@@ -30,11 +30,13 @@ class FakeWifiStack {
     // What the operations answer.
     std::atomic<bool> supplicantOn = false;
     std::atomic<bool> enabledConfiguration = true;
+    bool supplicantSurvives = false;  // the loss of the bus
     std::optional<int> signalPoll;
     std::set<std::string> eapMethods;
     std::vector<Network> networks;
 
-    // The operations, by name, that fail. Their calls are recorded with " fails" at the end.
+    // The operations that fail, by name or as one call with its arguments. Such a call is recorded with " fails" at
+    // its end.
     std::set<std::string> failing;
 
     // Called with every call, after it was recorded and before it does anything.

@@ -27,36 +27,14 @@ class BusLoss : public CommunicatorTest {
         systemd.comeBack();
     }
 
-    // Two, of which the first is selected.
-    void beginAnAttempt() {
-        supplicant.onGet(interfacePath, interfaceInterface, "Networks",
-                         reply("v", "ao", 2, networkPath, otherNetworkPath));
-        startAttached();
-        onLoop([&] { communicator->selectNetworkSync(dbus::OPath(networkPath)); });
+    // Notes for each attach whether the supplicant survived.
+    void noteSurvival() {
+        communicator->wifiServiceStatusChangeHandler = [this] {
+            const bool on = communicator->isSupplicantOn();
+            const char* const attached = communicator->supplicantSurvived() ? "on, survived" : "on, new";
+            calls.add(std::string("status changed: ") + (on ? attached : "off"));
+        };
     }
-
-    void missTheBusForAMoment() {
-        loseBus();
-        ASSERT_TRUE(calls.waitForCall("status changed: off"));
-        forget();
-        bringBusBack();
-        ASSERT_TRUE(calls.waitForCall("status changed: on"));
-    }
-
-    // The paths of the networks that were enabled.
-    std::vector<std::string> enabled() {
-        std::vector<std::string> paths;
-        for (const std::string& path : {networkPath, otherNetworkPath}) {
-            const auto all = calls.calls();
-            if (std::count(all.begin(), all.end(), setText(path, networkInterface, "Enabled", "<true>")) >
-                0) {
-                paths.push_back(path);
-            }
-        }
-        return paths;
-    }
-
-    const std::string otherNetworkPath = interfacePath + "/Networks/1";
 
     std::vector<std::string> statusChanges() {
         std::vector<std::string> changes;
@@ -105,38 +83,50 @@ TEST_F(BusLoss, HearsEverySignalOnceAfterwards) {
                                    "status changed: off"));
 }
 
-TEST_F(BusLoss, InAnAttemptEnablesTheOtherNetworksAfterwards) {
-    beginAnAttempt();
-    ASSERT_NO_FATAL_FAILURE(missTheBusForAMoment());
-    EXPECT_THAT(enabled(), ElementsAre(networkPath, otherNetworkPath));
-    EXPECT_EQ(calls.calls().back(), "status changed: on") << "before anybody can save";
+TEST_F(BusLoss, IsSurvivedByASupplicantThatWasNotSeenToStop) {
+    noteSurvival();
+    startAttached();
+    loseBus();
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    bringBusBack();
+    ASSERT_TRUE(calls.waitForCall("status changed: on, survived"));
 }
 
-TEST_F(BusLoss, AfterAnAttemptLeavesTheNetworksAlone) {
-    supplicant.onSet(otherNetworkPath, networkInterface, "Enabled", reply(""));
-    beginAnAttempt();
-    onLoop([&] { EXPECT_TRUE(communicator->setNetworkEnabledSync(dbus::OPath(otherNetworkPath), true)); });
-    ASSERT_NO_FATAL_FAILURE(missTheBusForAMoment());
-    EXPECT_THAT(enabled(), IsEmpty());
+TEST_F(BusLoss, OnceSurvivedDoesNotCountForTheNextSupplicant) {
+    noteSurvival();
+    startAttached();
+    loseBus();
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    bringBusBack();
+    ASSERT_TRUE(calls.waitForCall("status changed: on, survived"));
+    settle();
+    emitUnitState("inactive");
+    emitUnitState("active");
+    ASSERT_TRUE(calls.waitForCall("status changed: on, new"));
 }
 
-TEST_F(BusLoss, AfterAnAttemptWhoseEndWasRefusedEnablesTheOtherNetworks) {
-    beginAnAttempt();
-    onLoop([&] { EXPECT_FALSE(communicator->setNetworkEnabledSync(dbus::OPath(otherNetworkPath), true)); });
-    ASSERT_NO_FATAL_FAILURE(missTheBusForAMoment());
-    EXPECT_THAT(enabled(), ElementsAre(networkPath, otherNetworkPath));
-}
-
-TEST_F(BusLoss, InAnAttemptWhoseSupplicantHadEndedLeavesTheNetworksAlone) {
-    beginAnAttempt();
+TEST_F(BusLoss, IsNotSurvivedByASupplicantThatStoppedBefore) {
+    noteSurvival();
+    startAttached();
     emitUnitState("inactive");
     ASSERT_TRUE(calls.waitForCall("status changed: off"));
     loseBus();
     ASSERT_TRUE(log.waitForText(spdlog::level::err, "Lost the connection to the system bus"));
-    forget();
     bringBusBack();
-    ASSERT_TRUE(calls.waitForCall("status changed: on"));
-    EXPECT_THAT(enabled(), IsEmpty());
+    ASSERT_TRUE(calls.waitForCall("status changed: on, new"));
+}
+
+TEST_F(BusLoss, IsNotSurvivedByASupplicantThatStoppedMeanwhile) {
+    noteSurvival();
+    startAttached();
+    loseBus();
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    systemd.onGet(unitPath, unitInterface, "ActiveState", reply("v", "s", "inactive"));
+    bringBusBack();
+    ASSERT_TRUE(calls.waitForCall(getText(unitPath, unitInterface, "ActiveState")));
+    onLoop([] {});
+    emitUnitState("active");
+    ASSERT_TRUE(calls.waitForCall("status changed: on, new"));
 }
 
 TEST_F(BusLoss, WhileDetachedTellsNothing) {

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "communicator/communicator.h"
+
+#include <string>
+
+namespace kaz::wifi {
+
+// The engine's duties towards the supplicant's configuration: networks that a selection disabled are enabled again,
+// and changes are saved. Nobody else decides either. Loop thread only.
+class SupplicantConfiguration {
+  public:
+    explicit SupplicantConfiguration(Communicator& communicator) : communicator_(communicator) {}
+
+    // Selects this network, which makes the supplicant disable all others. False on failure.
+    bool select(Communicator::ConfiguredNetwork& network);
+
+    // Ends a selection: enables all networks and requests a save. Without a selection it does nothing.
+    void enableOthersAgain();
+
+    // Gives the networks of this SSID a higher priority than all others and requests a save.
+    void prefer(const std::string& ssid);
+
+    void requestSave() { saveNeeded_ = true; }
+
+    // Makes the requested save. While a selection keeps the other networks disabled the save waits: a device that
+    // restarts with such a file knows only one network.
+    void taskSaveConfiguration();
+
+    void supplicantCame();
+    void supplicantWent();
+
+  private:
+    void enableAll();
+
+    Communicator& communicator_;
+    bool othersDisabled_ = false;
+    // A selection may have disabled networks, and not all of them have been enabled successfully since.
+    bool enablingUnconfirmed_ = false;
+    bool saveNeeded_ = false;
+};
+
+}  // namespace kaz::wifi
