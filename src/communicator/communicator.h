@@ -101,10 +101,6 @@ class Communicator {
     // Whether a supplicant is attached. Callable from any thread.
     virtual bool isSupplicantOn() = 0;
 
-    // Whether the supplicant that is being attached is the one that was attached before: we lost the bus in between,
-    // and did not see it stop. For wifiServiceStatusChangeHandler only.
-    virtual bool supplicantSurvived() = 0;
-
     // Queues a task for the loop thread; first in, first out. Callable from any thread.
     virtual void pushTaskAsync_(std::function<void()> task) = 0;
 
@@ -141,6 +137,10 @@ class Communicator {
 
     // The networks in the supplicant's configuration, in its order.
     virtual std::vector<std::unique_ptr<ConfiguredNetwork>> getAllConfiguredNetworksSync() = 0;
+
+    // Whether the bus was lost since the last attachment and the same supplicant is attached again. To be called
+    // from wifiServiceStatusChangeHandler only.
+    virtual bool supplicantSurvived() = 0;
 
     // The only form in which an SSID may enter a log record.
     static std::string makeSsidRedactable(const std::string& ssid);
