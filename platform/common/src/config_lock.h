@@ -6,12 +6,12 @@
 
 namespace kaz::util {
 
-// The right to replace a file, held by one thread of one process at a time. It lies on a file beside the
-// protected one, because that one is another file after each replacement. The kernel gives it back when its
-// holder dies.
+// The lock for replacing a file. One thread of one process holds it at a time. The lock is on a second file,
+// because each replacement makes the protected file a different one. The kernel releases it when its process
+// dies.
 class ConfigLock {
   public:
-    // Blocks until the lock is free. Throws FileError when it cannot be had. The folder must exist.
+    // Blocks until the lock is free. Throws FileError on failure. The folder must exist.
     explicit ConfigLock(const std::filesystem::path& target);
     ~ConfigLock();
     ConfigLock(const ConfigLock&) = delete;

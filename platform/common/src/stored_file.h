@@ -1,4 +1,4 @@
-// Reading a file whole and replacing it whole. What fails is thrown as FileError.
+// Reads and replaces whole files. Failures throw FileError.
 #pragma once
 
 #include <sys/types.h>
@@ -48,8 +48,8 @@ std::optional<StoredFile> readFile(const std::filesystem::path& path, std::size_
 void replaceFile(const std::filesystem::path& target, std::string_view text,
                  const std::optional<FileAccess>& access);
 
-// Waits until a file that was read is on disk, and its place in the folder. The file is not opened again: by now
-// the path may lead to another one, or to a pipe.
+// Waits until a file that was read is on disk, and its place in the folder. The file is not opened again: by
+// now the path may lead to another one, or to a pipe.
 void flushFile(const StoredFile& file, const std::filesystem::path& path);
 
 }  // namespace kaz::util

@@ -9,11 +9,11 @@ namespace kaz::util {
 
 std::map<std::string, std::string> parseConfig(std::string_view text);
 
-// Why the two cannot be written as a line that reads back as the same two; null when they can.
+// Returns why key and value cannot be written as a line that reads back the same; null when they can.
 const char* refusal(std::string_view key, std::string_view value);
 
-// The text with exactly one line for the key, where its last one was or else at the end. A line keeps its
-// kind of line end.
+// Returns the text with exactly one line for the key, in place of its last line or else at the end. A line
+// keeps its line ending.
 std::string withEntry(std::string_view text, std::string_view key, std::string_view value);
 
 }  // namespace kaz::util

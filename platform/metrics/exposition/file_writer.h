@@ -14,13 +14,13 @@
 
 namespace kaz::metrics_reporting {
 
-// Keeps a file up to date with something that changes often. A thread, which the first change starts, writes
-// the file soon after a change but not more often than once an interval, and sleeps until the next change.
+// Keeps a file up to date with values that change often. The first change starts a thread. The thread writes
+// the file soon after a change, at most once per interval, and sleeps until the next change.
 class FileWriter {
   public:
     using Render = std::function<std::string()>;
 
-    // `render` gives the text for the file. It is called by the thread and by close(), never by both at once.
+    // `render` returns the text for the file. The thread and close() call it, never at the same time.
     FileWriter(std::filesystem::path file, std::chrono::steady_clock::duration interval, Render render);
     ~FileWriter();
     FileWriter(const FileWriter&) = delete;
@@ -28,13 +28,14 @@ class FileWriter {
     FileWriter(FileWriter&&) = delete;
     FileWriter& operator=(FileWriter&&) = delete;
 
-    // Any thread, at any time; what changed before is in the file when it is written next. Takes no lock once
-    // the thread runs. Where it cannot be started, each change tries again, and one record of the log says so.
+    // Reports a change. Callable from any thread at any time. The next write contains all earlier changes.
+    // Takes no lock once the thread runs. If the thread cannot be started, that is logged once, and each
+    // change retries.
     void noteChange() noexcept;
 
-    // Ends the thread, and writes what has changed since it wrote last, without waiting for the interval.
-    // Later changes are not written. In a child forked after the thread was started it does nothing, and the
-    // child must not destroy this object.
+    // Ends the thread and writes pending changes, without waiting for the interval. Later changes are not
+    // written. In a child that was forked after the thread started, it does nothing, and the child must not
+    // destroy this object.
     void close() noexcept;
 
   private:
@@ -49,13 +50,13 @@ class FileWriter {
 
     std::atomic<bool> changed_ = false;
     std::atomic<bool> closing_ = false;
-    WakeUp wakeUp_;              // posted once for each time changed_ becomes true, and by close()
-    bool failedBefore_ = false;  // belongs to whom render_ is called by
+    WakeUp wakeUp_;              // posted when changed_ becomes true, and by close()
+    bool failedBefore_ = false;  // used only where render_ is called
 
-    std::mutex threadMutex_;  // guards starting and ending the thread against each other
+    std::mutex threadMutex_;  // held while the thread is started or ended
     std::thread thread_;
     bool startFailedBefore_ = false;
-    std::atomic<pid_t> process_ = 0;  // that started the thread
+    std::atomic<pid_t> process_ = 0;  // the process that started the thread
 };
 
 }  // namespace kaz::metrics_reporting

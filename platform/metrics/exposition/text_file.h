@@ -5,9 +5,8 @@
 
 namespace kaz::metrics_reporting {
 
-// Puts a file with this text in the place of the one that may be there, so that a reader sees either whole.
-// Not for what has to survive a power cut. Throws std::runtime_error, also when something other than a
-// regular file is in the way.
+// Creates or replaces the file atomically. It may be lost after a power cut. Throws std::runtime_error, also
+// when the path exists and is not a regular file.
 void replaceTextFile(const std::filesystem::path& path, std::string_view text);
 
 }  // namespace kaz::metrics_reporting

@@ -7,9 +7,9 @@
 
 namespace kaz::metrics_reporting {
 
-// The samples as a page of the Prometheus text format. Gauges whose names differ only in what Prometheus does
-// not allow are told apart by a number, given in the order of the samples: a page with one name twice would
-// be refused whole.
+// Returns the samples in the Prometheus text format. If the names of two gauges differ only in bytes that
+// Prometheus does not allow, the later one gets a number. Prometheus would refuse a page with a name that
+// occurs twice.
 std::string toPrometheusText(const std::vector<Sample>& samples);
 
 }  // namespace kaz::metrics_reporting

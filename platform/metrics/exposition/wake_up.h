@@ -8,9 +8,9 @@
 
 namespace kaz::metrics_reporting {
 
-// Wakes one sleeping thread, or lets it not fall asleep. POSIX's semaphore, because posting it takes no lock
-// that could stay locked in a forked child, and because some std::counting_semaphore wait for a time by
-// polling.
+// Wakes one sleeping thread, or prevents its next sleep. It uses a POSIX semaphore for two reasons: posting
+// takes no lock that a forked child could inherit locked, and some implementations of std::counting_semaphore
+// poll in timed waits.
 class WakeUp {
   public:
     WakeUp() noexcept { ::sem_init(&semaphore_, 0, 0); }
@@ -22,13 +22,13 @@ class WakeUp {
 
     void post() noexcept { ::sem_post(&semaphore_); }
 
-    // Takes one post.
+    // Waits for one post and takes it.
     void wait() noexcept {
         while (::sem_wait(&semaphore_) != 0 && errno == EINTR) {
         }
     }
 
-    // False when the time came without a post.
+    // The same; returns false on timeout.
     bool waitUntil(std::chrono::steady_clock::time_point time) noexcept {
         const auto sinceBoot = time.time_since_epoch();
         const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(sinceBoot);

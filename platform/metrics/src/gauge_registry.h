@@ -11,10 +11,10 @@ namespace kaz::metrics_reporting {
 
 class FileWriter;
 
-// All gauges of the process, and the file they are written to, if there is one. Any thread.
+// All gauges of the process, and the file to which they are written, if there is one. For any thread.
 class GaugeRegistry {
   public:
-    // The one of this process. It is never destroyed, because gauges may be set until the very end.
+    // The registry of this process. It is never destroyed, because gauges may be set until the process ends.
     static GaugeRegistry& instance();
 
     GaugeRegistry(const GaugeRegistry&) = delete;
@@ -25,7 +25,7 @@ class GaugeRegistry {
     std::shared_ptr<Gauge> gauge(const std::string& name);
     std::vector<Sample> snapshot() const;
 
-    // Writes what was reported last. Nothing is written afterwards.
+    // Writes pending reports. Later reports are not written.
     void close() noexcept;
 
   private:

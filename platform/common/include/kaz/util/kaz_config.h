@@ -1,12 +1,12 @@
 /// @file
 /// The device's shared configuration file, a list of "key=value" lines.
 ///
-/// The key is all before the first "=" of a line, the value all after it, both taken as they stand: blanks are
-/// part of them. A line ends with LF or CR LF. Blank lines, lines that begin with "#", and lines without a key
-/// or without "=" mean nothing. Of several lines with one key the last counts.
+/// The key is everything before the first "=" of a line, and the value everything after it, including blanks.
+/// A line ends with LF or CR LF. Blank lines, lines that begin with "#", and lines without a key or without
+/// "=" are ignored. If several lines have the same key, the last one is used.
 ///
-/// Any number of processes and threads may read and update the file at the same time. Nothing here throws;
-/// what goes wrong is logged at warning level, never with the content of the file.
+/// Any number of processes and threads may read and update the file at the same time. Nothing here throws.
+/// Errors are logged at warning level, never with the content of the file.
 #pragma once
 
 #include <map>
@@ -14,28 +14,28 @@
 
 namespace kaz::util {
 
-/// Where the file is, unless the environment variable KAZ_CONFIG_FILE names another. (Programs that run with
-/// raised privileges ignore the variable.)
+/// The path of the file, unless the environment variable KAZ_CONFIG_FILE names another. Programs that run
+/// with raised privileges ignore the variable.
 inline constexpr const char* kazConfigPath = "/home/root/.config/tessaline/kaz.conf";
 
-/// The whole configuration. A file that is missing, cannot be read or is larger than 1 MiB gives an empty map;
-/// a missing one is not logged. Never waits for a writer, and sees the file as it was before or after an
-/// update, never in between.
+/// Returns the whole configuration. A file that is missing, unreadable or larger than 1 MiB gives an empty
+/// map; a missing file is not logged. Never waits for a writer. Reads the file as it was before or after an
+/// update.
 [[gnu::visibility("default")]] std::map<std::string, std::string> readKazConfig();
 
-/// Sets one key and keeps every other byte of the file; where the key had several lines, one is left. A
-/// missing file is created, with its folders. A symbolic link is followed. The file keeps its mode, and its
-/// owner where this process may say so.
+/// Sets one key and keeps every other byte of the file. If the key had several lines, one remains. Creates a
+/// missing file and its folders. Follows a symbolic link. The file keeps its mode, and its owner if this
+/// process has the permission to set it.
 ///
-/// True when the file with the new value is on disk. On false the file is as it was, but for one case: the new
-/// one is in place and only the disk did not confirm it. A process killed half-way leaves the old file or the
-/// new one, and no lock.
+/// Returns true when the file with the new value is on disk. After false the file is unchanged, with one
+/// exception: the new file is in place, but the disk did not confirm it. If the process is killed during the
+/// call, either the old file or the new one remains, and no lock.
 ///
-/// Refused are: an empty key, a key that begins with "#" or holds "=", a line break (LF or CR) or NUL in key
-/// or value, a file that exists but cannot be read, and a change after which the file could not be read.
+/// Refuses an empty key, a key that begins with "#" or contains "=", a line break (LF or CR) or NUL in key or
+/// value, a file that exists but is unreadable, and a change that would make the file unreadable.
 ///
-/// Blocks for the disk and for other writers, which take turns by a lock on a file beside the configuration,
-/// named like it with ".lock" appended. That file stays.
+/// Blocks for the disk and for other writers. Writers lock a file beside the configuration, with the same
+/// name and ".lock" appended. The lock file is never removed.
 [[gnu::visibility("default")]] bool updateKazConfig(const std::string& key, const std::string& value);
 
 }  // namespace kaz::util

@@ -4,17 +4,17 @@
 
 namespace kaz::dbus {
 
-/// A D-Bus object path as a value. Holds any text; whether it is a valid path shows when it is used.
+/// A D-Bus object path as a value. It accepts any text; an invalid path is detected when it is used.
 class [[gnu::visibility("default")]] OPath {
   public:
     /// No text.
     OPath() = default;
-    /// Takes any text, also where a path is asked for and a text is given.
-    OPath(std::string path);  // NOLINT(google-explicit-constructor): a path is written as a text
-    /// The same; null counts as no text.
-    OPath(const char* path);  // NOLINT(google-explicit-constructor): so is this one
+    /// Takes any text, and converts implicitly.
+    OPath(std::string path);  // NOLINT(google-explicit-constructor): callers write a path as a string
+    /// The same; null gives an empty text.
+    OPath(const char* path);  // NOLINT(google-explicit-constructor): callers write a path as a string
 
-    /// True for no text and for "/", by which services say "no such object".
+    /// True for an empty text and for "/", with which services say "no such object".
     bool emptyPath() const noexcept;
 
     /// The text.

@@ -5,11 +5,11 @@
 
 namespace kaz::metrics_reporting {
 
-/// What was reported to one gauge up to some moment.
+/// What was reported to one gauge up to a moment.
 struct Sample {
     std::string name;           ///< of the gauge
-    double value = 0;           ///< the last one; 0 when there was none
-    std::uint64_t reports = 0;  ///< how many there were
+    double value = 0;           ///< the last value; 0 before the first report
+    std::uint64_t reports = 0;  ///< the number of reports
 
     friend bool operator==(const Sample&, const Sample&) = default;
 };
