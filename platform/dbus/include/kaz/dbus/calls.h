@@ -1,5 +1,5 @@
 /// @file
-/// Building and sending method calls. Everything here belongs to the loop thread.
+/// Builds and sends method calls. Only the loop thread may use this.
 #pragma once
 
 #include <kaz/dbus/message.h>
@@ -8,26 +8,26 @@
 
 namespace kaz::dbus {
 
-/// A call of `member` at `endpoint`, ready for arguments. It starts no service that is not running. A null bus
-/// or an endpoint without a path gives a builder without a message.
+/// A call of `member` at `endpoint`, ready for arguments. It never starts a service. A null bus or an
+/// endpoint without a path gives a builder without a message.
 [[gnu::visibility("default")]] MessageBuilder makeDbusCall(sd_bus* bus, MessageEndpoint endpoint,
                                                            const std::string& member);
 
-/// A call of org.freedesktop.DBus.Properties.Get for a property of endpoint's interface, complete. The reply
-/// holds one variant.
+/// A complete call of org.freedesktop.DBus.Properties.Get for a property of endpoint's interface. The reply
+/// contains one variant.
 [[gnu::visibility("default")]] MessageBuilder makeDbusGetProperty(sd_bus* bus, MessageEndpoint endpoint,
                                                                   const std::string& property);
 
-/// A call of org.freedesktop.DBus.Properties.Set for a property of endpoint's interface; the value, one
-/// variant, is still to be appended.
+/// A call of org.freedesktop.DBus.Properties.Set for a property of endpoint's interface. The caller appends
+/// the value, one variant.
 [[gnu::visibility("default")]] MessageBuilder makeDbusSetProperty(sd_bus* bus, MessageEndpoint endpoint,
                                                                   const std::string& property);
 
-/// Sends the call and blocks until the reply is here, at most 10 s, or until the loop gives up on its way out.
-/// A call that failed, on the bus or by an error reply, is logged at warning level with member, destination
-/// and the error's name and text (a sensitive call only with the name), and yields a decoder without a
-/// message. A builder without a message and a null bus yield the same, unlogged. A builder that is not ok() is
-/// sent as far as it got.
+/// Sends the call and blocks until the reply arrives: 10 s at most, or until the stopping loop cancels the
+/// call. A failed call gives a decoder without a message. The failure, also an error reply, is logged at
+/// warning level with member, destination and the error's name and text; for a sensitive call without the
+/// text. A builder without a message and a null bus give the same, but are not logged. A builder that is not
+/// ok() is sent with the arguments that it has.
 [[gnu::visibility("default")]] MessageDecoder sendMessage(sd_bus* bus, MessageBuilder& builder);
 
 }  // namespace kaz::dbus

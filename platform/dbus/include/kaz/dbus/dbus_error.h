@@ -4,8 +4,8 @@
 
 namespace kaz::dbus {
 
-/// The text of a negative sd-bus return code. The text is the C library's English description of the errno and
-/// never depends on the locale.
+/// The text of a negative sd-bus return code: the C library's English description of the errno, in every
+/// locale.
 class [[gnu::visibility("default")]] DbusError {
   public:
     /// `code` as sd-bus returned it.
@@ -13,8 +13,8 @@ class [[gnu::visibility("default")]] DbusError {
     ~DbusError();
     DbusError(const DbusError&) = default;                 ///< A copy of the text.
     DbusError& operator=(const DbusError&) = default;      ///< A copy of the text.
-    DbusError(DbusError &&) noexcept = default;            ///< Takes the text over.
-    DbusError& operator=(DbusError&&) noexcept = default;  ///< Takes the text over.
+    DbusError(DbusError &&) noexcept = default;            ///< Moves the text.
+    DbusError& operator=(DbusError&&) noexcept = default;  ///< Moves the text.
 
     /// The text.
     const std::string& error() const noexcept {

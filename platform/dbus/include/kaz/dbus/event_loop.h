@@ -9,34 +9,34 @@
 
 namespace kaz::dbus {
 
-/// One thread that owns one connection to the system bus and runs, one at a time: queued tasks (first in,
+/// One thread that owns one connection to the system bus. It runs, one at a time: queued tasks (first in,
 /// first out), handlers of bus signals, the task of one timer, and an idle task.
 ///
-/// Tasks, signals and the timer take turns: neither endless tasks nor a storm of signals keeps the others from
-/// running. The idle task runs when nothing else is ready, and when there is no such moment, 100 ms after the
-/// event that called for it. The loop never wakes up without a cause.
+/// Tasks, signals and the timer take turns: neither endless tasks nor a storm of signals blocks the others.
+/// The idle task runs when nothing else is ready, or at the latest 100 ms after the event that requires it.
+/// The loop never wakes up without a cause.
 ///
-/// An exception that leaves a task or handler is logged at error level; the loop goes on.
+/// An exception from a task or handler is logged at error level, and the loop continues.
 ///
-/// Without a bus, or when the bus goes away, the log gets one error; tasks, timer and idle task go on. The loop tries
-/// to connect again after 100 ms, then after pauses that double up to 5 s, and sleeps meanwhile. On the new connection
-/// all signal handlers are subscribed again.
+/// Without a bus, or when the bus is lost, the log gets one error. Tasks, timer and idle task continue. The
+/// loop reconnects after 100 ms, then after pauses that double up to 5 s, and sleeps meanwhile. On the new
+/// connection it subscribes all signal handlers again.
 ///
-/// pushTaskAsync and stopEventLoopAsync may be called from any thread. Everything else is to be called before
-/// the start or on the loop thread.
+/// Any thread may call pushTaskAsync and stopEventLoopAsync. Call everything else before the start or on the
+/// loop thread.
 class [[gnu::visibility("default")]] EventLoop {
   public:
-    /// The connection is opened by the loop thread, before the first task runs. Throws std::system_error when no
-    /// event, eventfd or timer can be had, as when the process has no descriptor left.
+    /// The loop thread opens the connection before it runs the first task. Throws std::system_error when it
+    /// cannot create an event, eventfd or timer, for example when the process has no file descriptor left.
     EventLoop();
 
-    /// Stops the loop if it runs and waits for its thread. 1000 ms after the stop was asked for, a bus call
-    /// that is still waiting for its reply fails, and so does every call after it. Until this returns, the
-    /// task in progress and the last idle pass may run. What they use must be alive, and lead here: mind that
+    /// Stops the loop if it runs and waits for its thread. 1000 ms after the stop, a bus call that waits for
+    /// its reply fails, and so does every later call. The task in progress and the last idle pass may run
+    /// until this returns, so what they use must exist until then. This includes a pointer to the loop:
     /// std::unique_ptr::reset() clears its pointer before it destroys. Must not run on the loop thread.
     ///
-    /// In a child process that inherited the loop by fork() it does nothing: thread and connection are the
-    /// parent's. The child must not use the loop otherwise.
+    /// In a child of fork() it does nothing, because thread and connection belong to the parent. The child
+    /// must not use the loop otherwise.
     ~EventLoop();
 
     EventLoop(const EventLoop&) = delete;
@@ -44,50 +44,50 @@ class [[gnu::visibility("default")]] EventLoop {
     EventLoop(EventLoop &&) = delete;
     EventLoop& operator=(EventLoop&&) = delete;
 
-    /// Starts the thread. Does nothing when it was started before, or stopped. Throws std::system_error when
-    /// there can be no thread.
+    /// Starts the thread. Does nothing if it was started or stopped before. Throws std::system_error when no
+    /// thread can be started.
     void startEventLoopAsync();
 
-    /// Asks the loop to finish and returns at once. The task or handler in progress ends, queued tasks are
-    /// dropped (destroyed on the loop thread), and the idle task runs one last time. Asking again changes
-    /// nothing; a loop stopped before its start never runs anything.
+    /// Requests the stop and returns at once. The task or handler in progress finishes, queued tasks are
+    /// dropped (destroyed on the loop thread), and the idle task runs one last time. A second request changes
+    /// nothing. A loop that is stopped before its start never runs anything.
     void stopEventLoopAsync();
 
-    /// After the stop, the task is dropped quietly. While 4096 tasks are waiting, it is dropped with a warning in the
-    /// log, one until the queue is half empty again.
+    /// Queues a task. After the stop, the task is dropped and not logged. While 4096 tasks are waiting, it is
+    /// dropped with a warning in the log; the next warning comes only after the queue was half empty.
     void pushTaskAsync(std::function<void()> task);
 
-    /// The idle task returns the delay after which it is to run again even if nothing happens; zero or less
-    /// means at once, though no faster than every 10 ms when it says so each time. Without a delay it runs
-    /// again only after something else did.
+    /// The idle task returns the delay after which it runs again even if nothing happens. Zero or less means
+    /// at once, but at most every 10 ms if it always returns that. Without a delay it runs again only after
+    /// another event.
     void setIdleTaskSync(std::function<std::optional<std::chrono::milliseconds>()> task);
 
-    /// Arms the timer, which then expires every `period` until it is disarmed; arming it again restarts the
-    /// period. A period below 1 ms counts as 1 ms. Monotonic clock; expiries missed while a task ran long are
-    /// not made up for.
+    /// Arms or disarms the timer. An armed timer expires every `period` of the monotonic clock; arming it
+    /// again restarts the period. The shortest period is 1 ms. Expiries during a long task are skipped.
     void configureTimerSync(bool enable, std::chrono::milliseconds period);
-    /// What the timer runs; a task set later replaces it.
+    /// Sets the timer's task; a later one replaces it.
     void setTimerCompletedTask(std::function<void()> task);
 
-    /// Subscribes to a signal. Only signals sent by the owner of the name `sender` reach the handler; the
-    /// owner is followed when it changes. A temporary handler lives until removeTemporarySignalHandlersSync(),
-    /// any other as long as the loop. An empty path is refused quietly. Handlers may add and remove handlers,
-    /// themselves included; one that is added hears only later signals.
+    /// Subscribes to a signal. Only signals from the current owner of the name `sender` reach the handler. A
+    /// temporary handler lives until removeTemporarySignalHandlersSync(), any other one as long as the loop.
+    /// An empty path is refused and not logged. Handlers may add and remove handlers, also themselves; a new
+    /// handler gets only later signals.
     void registerSignalHandlerSync(const char* sender, const char* path, const char* interface,
                                    const char* member, bool temporary,
                                    std::function<void(MessageDecoder&)> handler);
-    /// Ends the subscriptions of all temporary handlers.
+    /// Removes all temporary handlers.
     void removeTemporarySignalHandlersSync();
 
-    /// Runs the task when the connection is lost (false), and when there is one again or, after a start without
-    /// a bus, at last (true). On the loop thread, outside of any other task or handler. A task set later replaces it.
+    /// Sets the task that runs when the connection is lost (false), and after a reconnect or a first
+    /// connection that did not succeed at the start (true). It runs on the loop thread, outside of any other
+    /// task or handler. A later task replaces it.
     void setConnectionTaskSync(std::function<void(bool connected)> task);
 
-    /// Runs the task when the bus name gets another owner (true) or loses its owner (false) while there is a
-    /// connection; what happens while there is none is not told. One task a name, a later one replaces it.
+    /// Sets the task that runs when the bus name gets another owner (true) or loses its owner (false).
+    /// Changes without a connection are not reported. One task per name; a later one replaces it.
     void setNameOwnerTaskSync(const char* name, std::function<void(bool owned)> task);
 
-    /// The connection, for use on the loop thread; null while there is none.
+    /// The connection, for the loop thread; null while there is none.
     sd_bus* getSdBusHandle() const;
 
   private:
