@@ -18,14 +18,14 @@ struct Call {
     std::string arguments;  // a JSON array
 };
 
-// Every call in the order of arrival, also the ones a fault was ordered for. Any thread.
+// Every call in the order of arrival, also calls with a fault. Callable from any thread.
 class CallLog {
   public:
     void add(Call call);
     std::vector<Call> calls() const;
     void forget();
 
-    // Waits until the condition holds for the calls so far; false when it does not within the limit.
+    // Waits until the condition is true for the calls so far. Returns false on timeout.
     bool waitUntil(const std::function<bool(const std::vector<Call>&)>& condition,
                    std::chrono::milliseconds limit) const;
 

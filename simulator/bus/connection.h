@@ -9,7 +9,7 @@
 
 namespace kaz::sim {
 
-// What all simulated services share.
+// Shared by all simulated services.
 struct Environment {
     std::string busAddress;
     Scheduler scheduler;
@@ -17,11 +17,12 @@ struct Environment {
     CallLog& log;
 };
 
-// A service's connection to the bus. Destroying it drops it at once, as the end of the process would.
+// A service's connection to the bus. The destructor closes it at once, as if the process ended.
 class Connection {
   public:
-    // Connects and listens, but owns no name yet. `peer` is the service's name in the call log and in faults;
-    // without one, calls are neither logged nor disturbed. `onCrash` runs when a crash was ordered.
+    // Connects and handles calls, but owns no bus name yet. `peer` is the service's name in the call log and
+    // in faults; without it, calls are neither logged nor get faults. `onCrash` runs for a fault of kind
+    // crash.
     Connection(const Environment& environment, std::string peer, std::function<void()> onCrash = nullptr);
     ~Connection();
     Connection(const Connection&) = delete;
@@ -31,10 +32,10 @@ class Connection {
 
     void own(const char* name);
 
-    // Sends what is still queued. For an end in good order.
+    // Sends queued messages. For an orderly end.
     void flush();
 
-    // The methods, properties and signals of one interface of one object, until the slot goes.
+    // Adds methods, properties and signals of one interface to one object, until the slot is destroyed.
     [[nodiscard]] Slot serve(const std::string& path, const char* interface, const sd_bus_vtable* vtable,
                              void* object);
 
@@ -50,7 +51,7 @@ class Connection {
     std::string peer_;
     std::function<void()> onCrash_;
     Bus bus_;
-    Bus forwarder_;  // delayed calls come in again through this one
+    Bus forwarder_;  // sends delayed calls again
     Slot filter_;
     std::map<unsigned, Timer> delayed_;
     unsigned delays_ = 0;

@@ -12,26 +12,26 @@ namespace kaz::sim {
 
 enum class FaultKind {
     error,         // an error reply with the fault's name and text
-    noReply,       // nothing at all, ever
-    delay,         // the call is served, but later
-    wrongType,     // a reply whose values have other types than usual
-    wrongNesting,  // a reply whose containers are not the usual ones
-    emptyValue,    // a dictionary without entries, a property that is an empty array or text
+    noReply,       // no reply, ever
+    delay,         // the normal reply, but later
+    wrongType,     // a reply with values of other types
+    wrongNesting,  // a reply with other containers
+    emptyValue,    // an empty dictionary, or a property that is an empty array or string
     noBody,        // a reply without arguments
-    vanished,      // what the bus library answers for an object that is gone
-    crash,         // the service falls off the bus instead of answering
+    vanished,      // the bus library's error for an object that does not exist
+    crash,         // the service leaves the bus instead of replying
 };
 
 // "error", "no-reply", "delay", "wrong-type", "wrong-nesting", "empty-value", "no-body", "vanished", "crash".
 std::optional<FaultKind> faultKindFromText(std::string_view text);
 
-// Something that goes wrong with calls of one member of one service. Empty texts match everything.
+// A fault for the calls that match. Empty strings match everything.
 struct Fault {
     std::string peer;      // "supplicant", "systemd" or "networkd"
     std::string member;    // "GetAll", "Get", "AddNetwork"
-    std::string path;      // of the object called
-    std::string argument;  // a text that is one of the arguments, such as a property's or interface's name
-    unsigned nth = 0;      // only the nth of the calls that match, 1 being the next one; 0 for all of them
+    std::string path;      // of the called object
+    std::string argument;  // a string argument, such as a property's or interface's name
+    unsigned nth = 0;      // only the nth matching call, 1 is the next one; 0 for all of them
     FaultKind kind = FaultKind::error;
     std::string errorName = "org.freedesktop.DBus.Error.Failed";
     std::string errorText = "ordered fault";
@@ -40,16 +40,16 @@ struct Fault {
 
 using FaultId = unsigned;
 
-// The faults that are ordered at present. Loop thread only.
+// The current faults. For the loop thread only.
 class Faults {
   public:
     FaultId order(Fault fault);
     void clear();
 
-    // How often the fault has struck; also after clear(). 0 for one that was never ordered.
+    // How often the fault was applied, also after clear(). 0 for an unknown fault.
     unsigned timesFired(FaultId id) const;
 
-    // The fault that strikes this call, oldest order first, which then counts as fired.
+    // Returns the oldest fault that matches this call and counts it as applied.
     std::optional<Fault> strike(const Call& call);
 
   private:

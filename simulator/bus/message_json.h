@@ -6,8 +6,8 @@
 
 namespace kaz::sim {
 
-// The arguments of a message as a JSON array: dictionaries become objects, byte arrays arrays of numbers, and
-// a variant is its value. The message is left rewound.
+// The arguments of a message as a JSON array. Dictionaries become objects, byte arrays become arrays of
+// numbers, variants become their values. The message is rewound afterwards.
 std::string argumentsAsJson(sd_bus_message* message);
 
 }  // namespace kaz::sim

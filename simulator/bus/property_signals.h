@@ -8,7 +8,7 @@
 
 namespace kaz::sim {
 
-// Where the properties of one interface of one object are found.
+// The source of the properties of one interface of one object.
 struct PropertySource {
     sd_bus* bus = nullptr;
     std::string path;
@@ -17,21 +17,22 @@ struct PropertySource {
     void* object = nullptr;
 };
 
-// Appends an a{sv} of the named properties, in that order; of all when there are no names.
+// Appends an a{sv} of the named properties, in this order; of all properties if there are no names.
 void appendProperties(sd_bus_message* out, const PropertySource& source,
                       const std::vector<std::string>& names);
 
-// Tells the bus which properties changed. Changes are collected and sent together once the loop has dealt
-// with what is ready, so after the reply to the call that caused them and after signals sent directly.
+// Sends PropertiesChanged signals. Changes are collected and sent together when the loop has handled
+// everything that is ready. So they follow the reply to the call that caused them, and signals that are sent
+// directly.
 class PropertySignals {
   public:
-    // With `ownSignal` the interface's own signal PropertiesChanged(a{sv}) follows the standard one.
+    // With `ownSignal`, the interface's own signal PropertiesChanged(a{sv}) follows the standard signal.
     PropertySignals(const Scheduler& scheduler, PropertySource source, bool ownSignal)
         : scheduler_(&scheduler), source_(std::move(source)), ownSignal_(ownSignal) {}
 
     void changed(const std::string& name);
 
-    // Sends at once what was collected.
+    // Sends the collected changes at once.
     void flush();
 
     const PropertySource& source() const noexcept { return source_; }

@@ -8,7 +8,7 @@
 
 namespace kaz::sim {
 
-// A function that is going to run; destroying this calls it off.
+// A function that will run later. The destructor cancels it.
 class Timer {
   public:
     Timer() = default;
@@ -29,21 +29,21 @@ class Timer {
     std::unique_ptr<State> state_;
 };
 
-// Simulated time: every delay is multiplied by one factor. Loop thread only.
+// Simulated time: every delay is multiplied by one factor. For the loop thread only.
 class Scheduler {
   public:
     Scheduler(sd_event* event, double timeScale) : event_(event), timeScale_(timeScale) {}
 
-    // The task may replace or cancel its own timer. What it throws is dropped.
+    // The task may replace or cancel its own timer. Its exceptions are ignored.
     [[nodiscard]] Timer after(std::chrono::milliseconds delay, std::function<void()> task) const;
 
-    // Real milliseconds, whatever the scale.
+    // In real milliseconds, without the scale.
     [[nodiscard]] Timer afterRealTime(std::chrono::milliseconds delay, std::function<void()> task) const;
 
-    // Once everything that is ready now has been dealt with.
+    // Runs the task when everything that is ready now was handled.
     [[nodiscard]] Timer soon(std::function<void()> task) const;
 
-    // Milliseconds of simulated time since some moment of the past.
+    // Milliseconds of simulated time since an unspecified moment.
     std::chrono::milliseconds now() const;
 
     sd_event* event() const noexcept { return event_; }

@@ -5,7 +5,7 @@
 
 namespace kaz::sim {
 
-// Answers the call as the fault wants it, for the kinds that answer at once.
+// Replies to the call as the fault requires, for the kinds that reply at once.
 void spoiltReply(const Fault& fault, sd_bus_message* call);
 
 }  // namespace kaz::sim

@@ -9,7 +9,7 @@
 
 namespace kaz::sim {
 
-// What a method or property throws to answer with an error.
+// A method or property throws this to reply with an error.
 class BusError : public std::runtime_error {
   public:
     BusError(std::string name, const std::string& text) : std::runtime_error(text), name_(std::move(name)) {}
@@ -20,12 +20,12 @@ class BusError : public std::runtime_error {
     std::string name_;
 };
 
-// Entries of an sd_bus_vtable that call a member function of the object the vtable was added with. Methods
-// are void(sd_bus_message* call) and reply by themselves; getters are void(sd_bus_message* out) const and
-// append the value; setters are void(sd_bus_message* in).
+// Entries of an sd_bus_vtable that call a member function of the vtable's object. Methods are
+// void(sd_bus_message* call) and send the reply; getters are void(sd_bus_message* out) const and append the
+// value; setters are void(sd_bus_message* in).
 namespace vtable {
 
-// A property whose changes are signalled.
+// A property that signals its changes.
 inline constexpr auto emits = SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE;
 
 template <typename Function>

@@ -6,11 +6,11 @@ namespace kaz::sim {
 
 class Device;
 
-// The bus interface by which a test in another process commands the device. docs/simulator.md tells its
+// The bus interface with which a test in another process controls the device. docs/simulator.md describes its
 // methods.
 class Control {
   public:
-    // Everything referred to outlives this.
+    // All references must outlive this.
     Control(const Environment& environment, Device& device);
 
   private:

@@ -9,7 +9,7 @@
 
 namespace kaz::sim {
 
-// The texts of the control interface. Throws std::runtime_error for a text that is no fault.
+// The JSON of the control interface. Throws std::runtime_error for a text that describes no fault.
 Fault faultFromJson(std::string_view text);
 std::string callsAsJson(const std::vector<Call>& calls);
 

@@ -14,7 +14,7 @@
 
 namespace kaz::sim {
 
-// All services of a device on one event loop, and everything that may be done to them.
+// All services of a device on one event loop, and the operations on them.
 class Device {
   public:
     struct Options {
@@ -25,7 +25,7 @@ class Device {
         bool realSupplicant = false;
     };
 
-    // The event and the log outlive the device.
+    // The event and the log must outlive the device.
     Device(sd_event* event, Options options, CallLog& log);
     ~Device();
     Device(const Device&) = delete;
@@ -33,7 +33,7 @@ class Device {
     Device(Device&&) = delete;
     Device& operator=(Device&&) = delete;
 
-    // False as long as a unit that is to be active is not.
+    // False until the unit is active, if it is to be active.
     bool ready() const noexcept { return ready_; }
 
     std::string addAccessPoint(AccessPoint accessPoint);
@@ -46,7 +46,7 @@ class Device {
     void crashSupplicant() { process_->kill(); }
     void restartSupplicant();
 
-    // Empty while no simulated supplicant runs.
+    // Empty unless the simulated supplicant runs.
     std::string supplicantState();
 
     Faults& faults() noexcept { return faults_; }
@@ -58,7 +58,7 @@ class Device {
     void accessPointsChanged();
     void followLink();
 
-    // Null while none runs, and always with the real one.
+    // Null unless the simulated supplicant runs; always null with the real one.
     Supplicant* supplicant() { return simulated_ == nullptr ? nullptr : simulated_->supplicant(); }
 
     Neighbourhood neighbourhood_;

@@ -12,10 +12,10 @@
 
 namespace kaz::sim {
 
-// The thread of a simulated device and the way onto it.
+// The thread of a simulated device; runs functions on it.
 class SimulatedDevice::Thread {
   public:
-    // Returns when the device is ready; throws what its making threw.
+    // Returns when the device is ready. Rethrows an exception from its construction.
     explicit Thread(Options options);
     ~Thread();
     Thread(const Thread&) = delete;
@@ -23,8 +23,8 @@ class SimulatedDevice::Thread {
     Thread(Thread&&) = delete;
     Thread& operator=(Thread&&) = delete;
 
-    // Runs the function on the device's thread and hands back what it returns or throws. The thread survives
-    // every exception.
+    // Runs the function on the device's thread, and returns its result or rethrows its exception. The thread
+    // continues after an exception.
     template <typename Function>
     auto run(Function&& function) {
         using Result = std::invoke_result_t<Function, Device&>;

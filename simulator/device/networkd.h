@@ -8,14 +8,14 @@
 
 namespace kaz::sim {
 
-// systemd-networkd's manager: online a while after the link is up, offline at once when it is down.
+// systemd-networkd's manager: online some time after the link is up, offline as soon as it is down.
 class Networkd {
   public:
     Networkd(const Environment& environment, const Times& times);
 
     void linkIs(bool up);
 
-    // Whatever the link does; until the link changes again.
+    // Sets the state until the link changes.
     void setOnlineState(const std::string& state);
 
     const std::string& onlineState() const noexcept { return onlineState_; }

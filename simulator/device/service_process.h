@@ -4,21 +4,21 @@
 
 namespace kaz::sim {
 
-// The process behind a unit.
+// The process of a unit.
 class ServiceProcess {
   public:
     virtual ~ServiceProcess() = default;
 
-    // Starts it; `ready` is called once it has its name on the bus.
+    // Starts it. `ready` is called when it has its bus name.
     virtual void start(std::function<void()> ready) = 0;
 
-    // Asks it to end; `gone` is called once it has. Also while it is still starting.
+    // Requests its end, also while it is starting. `gone` is called when it has ended.
     virtual void stop(std::function<void()> gone) = 0;
 
-    // Ends it the hard way if it runs.
+    // Kills it if it runs.
     virtual void kill() = 0;
 
-    // Called when it ends though nobody stopped it.
+    // Called when it ends without a stop.
     std::function<void(bool cleanly)> exited = [](bool) {};
 };
 

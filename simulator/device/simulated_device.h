@@ -15,24 +15,24 @@
 namespace kaz::sim {
 
 // A device on a bus: systemd with the supplicant's unit, networkd, the supplicant with its radio, and the
-// control interface of docs/simulator.md. It runs on a thread of its own. Every operation may be called from
-// any other thread and has taken effect when it returns; what follows from it happens in simulated time.
+// control interface of docs/simulator.md. It runs on its own thread. Every operation may be called from any
+// other thread, and has taken effect when it returns; its consequences follow in simulated time.
 class SimulatedDevice {
   public:
     struct Options {
         std::string busAddress;
         Neighbourhood neighbourhood;       // access points without a BSSID get one
-        double timeScale = 1.0;            // 0.01: everything simulated is a hundred times faster
+        double timeScale = 1.0;            // 0.01: the simulation is a hundred times faster
         std::filesystem::path configFile;  // read at start if it exists, written by SaveConfig; may be empty
 
-        // Starts and stops the wpa_supplicant daemon of this machine, with its wired driver on a network of
-        // its own, instead of simulating one. Access points and whatever else belongs to the simulated radio
-        // have no effect then.
+        // Starts and stops the wpa_supplicant daemon of this machine, with its wired driver on a separate
+        // network, instead of simulating it. Access points and the rest of the simulated radio then have no
+        // effect.
         bool realSupplicant = false;
     };
 
-    // Returns when all services are on the bus; with `unitActive` the supplicant too. Throws std::exception
-    // when that cannot be.
+    // Returns when all services are on the bus, with `unitActive` also the supplicant. Throws std::exception
+    // on failure.
     explicit SimulatedDevice(Options options);
     ~SimulatedDevice();
     SimulatedDevice(const SimulatedDevice&) = delete;
@@ -40,13 +40,14 @@ class SimulatedDevice {
     SimulatedDevice(SimulatedDevice&&) = delete;
     SimulatedDevice& operator=(SimulatedDevice&&) = delete;
 
-    // The air. An access point without a BSSID gets one; the result is it. False for an unknown BSSID.
+    // The radio. Returns the BSSID of the new access point, which gets one if it has none. Returns false for
+    // an unknown BSSID.
     std::string addAccessPoint(const AccessPoint& accessPoint);
     bool removeAccessPoint(const std::string& bssid);
     bool alterAccessPoint(const std::string& bssid, const std::function<void(AccessPoint&)>& alter);
     bool setSignal(const std::string& bssid, std::int16_t dBm);
 
-    // The connection: the access point sends the device away, or falls silent.
+    // The connection: the access point disconnects the device, or goes silent.
     void deauthenticate(int reason);
     void dropLink();
     void setOnlineState(const std::string& state);
@@ -67,7 +68,7 @@ class SimulatedDevice {
     bool waitForCalls(const std::function<bool(const std::vector<Call>&)>& condition,
                       std::chrono::milliseconds limit) const;
 
-    // What there is to see. The supplicant's state is empty while it does not run.
+    // Observations. The supplicant's state is empty while it does not run.
     std::string supplicantState() const;
     std::string unitState() const;
     std::string onlineState() const;

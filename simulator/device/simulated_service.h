@@ -11,7 +11,8 @@ namespace kaz::sim {
 // The simulated supplicant as a process that starts, ends and crashes.
 class SimulatedService : public ServiceProcess {
   public:
-    // Everything referred to outlives this. `stateChanged` follows the supplicant's state, also when it ends.
+    // All references must outlive this. `stateChanged` is called for each state of the supplicant, also for
+    // its end.
     SimulatedService(const Environment& environment, const Neighbourhood& neighbourhood,
                      InterfaceObject::Storage& storage, std::function<void()> stateChanged);
 
@@ -19,10 +20,10 @@ class SimulatedService : public ServiceProcess {
     void stop(std::function<void()> gone) override;
     void kill() override;
 
-    // Runs at once, for a device that was on before anybody looked.
+    // Runs at once, for a device that was on before the test began.
     void launch();
 
-    // Null while it does not run.
+    // Null while the supplicant does not run.
     Supplicant* supplicant() noexcept { return supplicant_.get(); }
 
   private:

@@ -9,8 +9,8 @@
 
 namespace kaz::sim {
 
-// systemd's manager with the one unit this device has. As with the real one, nobody who did not subscribe
-// hears of anything.
+// systemd's manager with the one unit of this device. Like the real one, it sends signals only after a
+// Subscribe.
 class Systemd {
   public:
     static constexpr const char* unitName = "wpa_supplicant.service";

@@ -9,7 +9,7 @@
 
 namespace kaz::sim {
 
-// A service unit as systemd keeps it: its states and their order.
+// A service unit of systemd: its states and their order.
 class Unit {
   public:
     struct States {
@@ -19,21 +19,21 @@ class Unit {
         bool operator==(const States&) const = default;
     };
 
-    // The process and the times outlive the unit. `changed` follows every change of the states.
+    // The process and the times must outlive the unit. `changed` is called for every change of the states.
     Unit(const Scheduler& scheduler, const Times& times, ServiceProcess& process,
          std::function<void()> changed);
 
-    // `done` is called when the job is finished; with false when another one took its place or it failed.
+    // `done` is called when the job has ended, with false if it failed or another job replaced it.
     using Done = std::function<void(bool done)>;
     void start(Done done);
     void stop(Done done);
     void restart(Done done);
     void resetFailed();
 
-    // The states alone; the process does not notice.
+    // Sets only the states; the process is not affected.
     void force(const States& states);
 
-    // Whether a crash is followed by another start.
+    // Whether the unit starts again after a crash.
     void setAutoRestart(bool restart) noexcept { autoRestart_ = restart; }
 
     const States& states() const noexcept { return states_; }

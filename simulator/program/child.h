@@ -7,11 +7,11 @@
 
 namespace kaz::sim {
 
-// Starts a command that is sent SIGTERM when the calling thread ends. Signals are not blocked in it. Throws
-// std::system_error when there can be no process; a command that cannot run exits with status 127.
+// Starts a command, which gets SIGTERM when the calling thread ends. It has no blocked signals. Throws
+// std::system_error when no process can be started; a command that cannot run exits with status 127.
 pid_t startChild(const std::vector<std::string>& command);
 
-// What a shell makes of the way a process ended.
+// Converts a wait status into an exit status, as a shell does.
 int exitStatus(int waitStatus);
 
 }  // namespace kaz::sim

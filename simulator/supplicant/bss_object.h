@@ -11,7 +11,7 @@ namespace kaz::sim {
 // A BSS on the bus.
 class BssObject {
   public:
-    // The entry and the scheduler outlive this.
+    // The entry and the scheduler must outlive this.
     BssObject(Connection& connection, const Scheduler& scheduler, std::string path, const Bss& bss);
 
     const std::string& path() const noexcept { return path_; }

@@ -11,16 +11,16 @@
 
 namespace kaz::sim {
 
-// What scans have shown of one access point.
+// What scans found about one access point.
 struct Bss {
     unsigned id = 0;
-    AccessPoint seen;  // as of the last scan that met it
-    std::string ssid;  // what it told: nothing as long as nobody asked a hidden one
+    AccessPoint seen;  // as of the last scan that found it
+    std::string ssid;  // as announced: empty for a hidden access point until a scan probed for it
     std::chrono::milliseconds lastSeen{0};
     unsigned scansMissed = 0;
 };
 
-// The BSSs found, in the order they were found. Ids are never used twice.
+// The BSSs in the order in which they were found. Ids are never reused.
 class BssTable {
   public:
     struct Events {
@@ -31,12 +31,12 @@ class BssTable {
 
     explicit BssTable(Events events) : events_(std::move(events)) {}
 
-    // Takes in what a scan hears. A hidden access point tells its SSID when it is among those asked for. A
-    // BSS that two scans in a row have missed is forgotten, unless it is `kept`.
+    // Adds the results of a scan. A hidden access point answers if the scan probed for its SSID. A BSS that
+    // two scans in a row missed is removed, unless it is `kept`.
     void update(const Neighbourhood& neighbourhood, const std::set<std::string>& askedFor,
                 std::chrono::milliseconds now, const Bss* kept);
 
-    // Forgets what was last seen longer ago than `age`; everything but `kept` for zero.
+    // Removes BSSs that were last seen longer than `age` ago; with zero, all but `kept`.
     void flush(std::chrono::milliseconds age, std::chrono::milliseconds now, const Bss* kept);
 
     const Bss* find(unsigned id) const;

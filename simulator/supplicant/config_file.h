@@ -8,17 +8,17 @@
 
 namespace kaz::sim {
 
-// What the supplicant keeps over its restarts.
+// What the supplicant keeps across a restart.
 struct SavedConfig {
     bool updateConfig = true;
     std::vector<NetworkConfig> networks;
 };
 
-// The file in the supplicant's own format. Lines it does not know are passed over; a network with a field
-// that is unknown or cannot be is left out. Throws std::runtime_error when the file cannot be read.
+// Reads a file in the supplicant's format. Ignores unknown lines, and leaves out a network with an unknown or
+// invalid field. Throws std::runtime_error when the file cannot be read.
 SavedConfig readConfig(const std::filesystem::path& file, const std::vector<std::string>& eapMethods);
 
-// Writes beside the file and renames, so that there is always an old or a new one. Throws std::runtime_error.
+// Replaces the file atomically. Throws std::runtime_error on failure.
 void writeConfig(const std::filesystem::path& file, const SavedConfig& config);
 
 }  // namespace kaz::sim

@@ -5,20 +5,20 @@
 
 namespace kaz::sim {
 
-// Whether the network's settings fit the kind of security that the access point offers.
+// Whether the network's settings match the access point's kind of security.
 bool suits(const NetworkConfig& network, const AccessPoint& accessPoint);
 
 enum class Admission {
     granted,
-    refusedAtAuthentication,  // SAE and WEP: before there is an association
-    refusedAtHandshake,       // a pre-shared key: the four-way handshake never ends
+    refusedAtAuthentication,  // SAE and WEP: before the association
+    refusedAtHandshake,       // a pre-shared key: the four-way handshake does not complete
     refusedByServer,          // EAP
 };
 
-// What the access point makes of the network's keys. They suit one another.
+// The access point's verdict on the network's keys. Requires that their kinds of security match.
 Admission admission(const NetworkConfig& network, const AccessPoint& accessPoint);
 
-// The connection's key management as CurrentAuthMode names it.
+// The connection's key management, with the name of CurrentAuthMode.
 std::string authMode(const NetworkConfig& network, const AccessPoint& accessPoint);
 
 }  // namespace kaz::sim

@@ -17,13 +17,13 @@ class InterfaceObject {
   public:
     static constexpr const char* path = "/fi/w1/wpa_supplicant1/Interfaces/0";
 
-    // What outlives a restart of the supplicant.
+    // What the supplicant keeps across a restart.
     struct Storage {
-        std::filesystem::path file;  // where SaveConfig writes; empty for nowhere
+        std::filesystem::path file;  // the target of SaveConfig; may be empty
         SavedConfig config;
     };
 
-    // Everything referred to outlives this. Begins with the stored networks.
+    // All references must outlive this. Starts with the stored networks.
     InterfaceObject(Connection& connection, const Scheduler& scheduler, const Neighbourhood& neighbourhood,
                     Storage& storage, std::function<void()> stateChanged);
 
@@ -31,19 +31,19 @@ class InterfaceObject {
     Station& station() noexcept { return station_; }
     const NetworkList& networks() const noexcept { return networks_; }
 
-    // As at the end of the daemon: tells that the networks go.
+    // Signals the removal of all networks, as the daemon does when it ends.
     void withdraw();
 
-    // That many PropertiesChanged signals of the interface, as fast as they can be written.
+    // Sends this number of PropertiesChanged signals of the interface as fast as possible.
     void storm(unsigned signals);
 
-    // For signals of others that carry all properties of this object.
+    // For signals of other objects that contain all properties of this one.
     const PropertySource& properties() const noexcept { return properties_.source(); }
 
   private:
     static const sd_bus_vtable vtable_[];
 
-    // methods.cpp
+    // interface_methods.cpp
     void scan(sd_bus_message* call);
     void signalPoll(sd_bus_message* call);
     void disconnect(sd_bus_message* call);
@@ -58,7 +58,7 @@ class InterfaceObject {
     Network& networkOf(sd_bus_message* call);
     void remove(Network& network);
 
-    // properties.cpp
+    // interface_properties.cpp
     void capabilities(sd_bus_message* out) const;
     void state(sd_bus_message* out) const;
     void scanning(sd_bus_message* out) const;
@@ -83,7 +83,7 @@ class InterfaceObject {
     Station::Events stationEvents();
     Network& publish(NetworkConfig config);
     void changed(const char* property);
-    // A signal that cannot be sent is lost: the radio goes on when the bus has gone.
+    // A signal that cannot be sent is dropped: the radio continues without the bus.
     template <typename... Arguments>
     void emit(const char* member, const char* types, Arguments... arguments);
     void emitAdded(const char* member, const PropertySource& object);

@@ -11,20 +11,20 @@
 
 namespace kaz::sim {
 
-// One network block: its fields in their text forms, checked.
+// One network block: its validated fields in text form.
 class NetworkConfig {
   public:
-    // The text form from a configuration file. False when the field is unknown or cannot have that value; the
-    // block is unchanged then.
+    // Sets a field to a text from a configuration file. Returns false and changes nothing if the field is
+    // unknown or the value is invalid.
     bool setText(std::string_view name, std::string_view text, const std::vector<std::string>& eapMethods);
 
-    // A value as it comes over the bus: texts are put in quotes for most fields.
+    // Sets a field to a value from the bus. For most fields a string is put in quotes.
     bool set(std::string_view name, const Setting& value, const std::vector<std::string>& eapMethods);
 
-    // All of them, or none when one is refused.
+    // Sets all of them, or none if one is refused.
     bool setAll(const Settings& settings, const std::vector<std::string>& eapMethods);
 
-    // The field's text form, the initial one when nothing was set; empty for none.
+    // The field's text form, or the initial one if it was not set; empty if there is none.
     std::string_view text(std::string_view name) const;
     int number(std::string_view name) const;
     std::string bytes(std::string_view name) const;
@@ -35,13 +35,13 @@ class NetworkConfig {
     bool enabled() const { return number("disabled") == 0; }
     void setEnabled(bool enabled) { values_.insert_or_assign("disabled", enabled ? "0" : "1"); }
 
-    // What may be shown: every field that was set or has an initial value, but no secrets.
+    // Every field that was set or has an initial value, without secrets.
     std::vector<std::pair<std::string, std::string>> shown() const;
 
-    // What was set, in order, with secrets; for the configuration file.
+    // The fields that were set, in order, with secrets; for the configuration file.
     std::vector<std::pair<std::string, std::string>> stored() const;
 
-    // False for a network that asks for a key and has none: it is not worth a place in the file.
+    // False for a network without the key that it needs: SaveConfig leaves it out.
     bool complete() const;
 
   private:

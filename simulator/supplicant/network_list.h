@@ -8,17 +8,17 @@
 
 namespace kaz::sim {
 
-// A configured network and what experience says about it.
+// A configured network and its recent failures.
 struct Network {
     unsigned id = 0;
     NetworkConfig config;
     unsigned failures = 0;                     // in a row
-    std::chrono::milliseconds pausedUntil{0};  // simulated time; refused us too recently to be tried again
+    std::chrono::milliseconds pausedUntil{0};  // simulated time; not tried before, after a refusal
 };
 
 class NetworkList {
   public:
-    // The id is one more than the greatest in use, so that it may be one that was used before.
+    // The id is one more than the greatest in use, so an id can be reused.
     Network& add(NetworkConfig config);
 
     Network* find(unsigned id);

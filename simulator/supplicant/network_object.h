@@ -14,7 +14,7 @@ class NetworkObject {
   public:
     static std::string pathOf(const std::string& interfacePath, unsigned id);
 
-    // The network and everything else referred to outlive this.
+    // All references must outlive this.
     NetworkObject(Connection& connection, const Scheduler& scheduler, std::string path, Network& network,
                   const std::vector<std::string>& eapMethods, std::function<void(bool enabled)> setEnabled);
 

@@ -5,7 +5,7 @@
 
 namespace kaz::sim {
 
-// Reads an a{sv} of network settings. Throws std::system_error when the message holds something else.
+// Reads an a{sv} of network settings. Throws std::system_error if the message contains something else.
 Settings readSettings(sd_bus_message* message);
 
 }  // namespace kaz::sim

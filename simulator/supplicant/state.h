@@ -4,7 +4,7 @@
 
 namespace kaz::sim {
 
-// In the order in which a connection passes through them.
+// In the order of a connection.
 enum class State {
     interfaceDisabled,
     disconnected,
@@ -18,7 +18,7 @@ enum class State {
     completed,
 };
 
-// The supplicant's own word for the state.
+// The supplicant's name of the state.
 constexpr std::string_view toText(State state) {
     switch (state) {
         case State::interfaceDisabled:

@@ -14,16 +14,16 @@
 
 namespace kaz::sim {
 
-// What the supplicant does with its radio: it scans, picks a network and connects to it.
+// What the supplicant does with its radio: it scans, selects a network and connects to it.
 //
-//  1. While there are enabled networks and no connection it scans, again and again, unless it was told to
-//     disconnect. Scans that somebody asks for run in any state.
-//  2. After a scan it picks the enabled network of the greatest priority that is in range; among those of one
-//     priority the strongest BSS counts.
-//  3. Connecting passes the states of state.h; each step takes its time. Keys are checked on the way.
-//  4. A refused key ends in `disconnected`. The network is then paused, longer after every refusal in a row,
-//     and the search goes on.
-//  5. A lost connection starts the search again.
+//  1. While there are enabled networks and no connection, it scans repeatedly, except after a Disconnect.
+//     Requested scans run in any state.
+//  2. After a scan it selects the enabled network in range with the greatest priority, and among equal
+//     priorities the one with the strongest BSS.
+//  3. Connecting passes through the states of state.h. Each step takes time, and keys are checked on the way.
+//  4. A refused key leads to `disconnected`. The network is then paused, longer after each refusal in a row,
+//     and the search continues.
+//  5. After the loss of a connection the search starts again.
 class Station {
   public:
     struct Events {
@@ -35,28 +35,28 @@ class Station {
         BssTable::Events bss;
     };
 
-    // Everything referred to outlives the station. Nothing happens before start().
+    // All references must outlive the station. Nothing happens before start().
     Station(const Scheduler& scheduler, const Neighbourhood& neighbourhood, NetworkList& networks,
             Events events);
 
     void start();
 
-    // False when a scan is already under way. Hidden networks answer when they are among `ssids` or belong to
-    // an enabled network with scan_ssid.
+    // Returns false if a scan is in progress. Hidden access points answer if their SSID is in `ssids` or
+    // belongs to an enabled network with scan_ssid.
     bool scan(std::set<std::string> ssids);
 
-    // Disables all other networks and connects to this one. Nothing more happens when it is the current one.
+    // Disables all other networks and connects to this one, unless it is the current one.
     void select(Network& network);
     void setEnabled(Network& network, bool enabled);
     void remove(Network& network);
 
-    // False when there is no current network.
+    // Returns false if there is no current network.
     bool disconnect();
     void reconnect();
     bool reassociate();
     void flush(std::chrono::milliseconds age);
 
-    // From outside: the access point sends us away, or is not heard any more.
+    // From outside: the access point disconnects the station, or goes silent.
     void deauthenticated(int reason);
     void connectionLost();
     void accessPointsChanged();
@@ -70,7 +70,7 @@ class Station {
     int authStatusCode() const noexcept { return authStatusCode_; }
     const BssTable& bsss() const noexcept { return table_; }
 
-    // The access point we are associated with, as it is now; null without association.
+    // The current state of the associated access point; null without association.
     const AccessPoint* associatedWith() const;
 
   private:
@@ -118,12 +118,12 @@ class Station {
     bool scanning_ = false;
     bool toldToDisconnect_ = false;
     std::optional<unsigned> current_;
-    std::optional<unsigned> announced_;  // the current network as the bus knows it
+    std::optional<unsigned> announced_;  // the current network as published on the bus
     std::optional<unsigned> bss_;
     std::string authMode_ = "INACTIVE";
     int disconnectReason_ = 0;
     int authStatusCode_ = 0;
-    unsigned failures_ = 0;  // to get associated, in a row
+    unsigned failures_ = 0;  // failed associations in a row
     std::optional<std::chrono::milliseconds> lastScan_;
 
     Timer scanTimer_;

@@ -6,16 +6,16 @@
 
 namespace kaz::sim {
 
-// The supplicant daemon while it runs. Making one is starting it; destroying it is killing it.
+// The supplicant daemon while it runs. The constructor starts it; the destructor kills it.
 class Supplicant {
   public:
-    // Everything referred to outlives this. `stateChanged` follows the interface's State; `crash` is called
-    // from the loop when a fault orders one and destroys the supplicant.
+    // All references must outlive this. `stateChanged` is called for each State of the interface. For a fault
+    // of kind crash, the loop calls `crash`, which destroys the supplicant.
     Supplicant(const Environment& environment, const Neighbourhood& neighbourhood,
                InterfaceObject::Storage& storage, std::function<void()> stateChanged,
                std::function<void()> crash);
 
-    // Says good-bye on the bus, as the daemon does when it is asked to end.
+    // Sends the signals that the daemon sends when it is terminated.
     void withdraw();
 
     Station& station() noexcept { return interface_.station(); }

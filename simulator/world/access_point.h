@@ -14,7 +14,7 @@ enum class Security { open, wep, wpa, wpa2, wpa2Wpa3, wpa3, eap };
 std::string_view toText(Security security);
 std::optional<Security> securityFromText(std::string_view text);
 
-// Somebody whom the network's authentication server lets in. An empty method or phase2 stands for any.
+// An account that the network's authentication server accepts. An empty method or phase2 allows any.
 struct EapAccount {
     std::string identity;
     std::string password;
@@ -24,22 +24,22 @@ struct EapAccount {
     bool operator==(const EapAccount&) const = default;
 };
 
-// A radio that beacons.
+// A simulated access point.
 struct AccessPoint {
-    std::string ssid;           // bytes
-    std::string bssid;          // "02:00:00:00:00:01"; the one name of an access point that never changes
-    std::int16_t signal = -60;  // dBm
+    std::string ssid;                // bytes
+    std::string bssid;               // "02:00:00:00:00:01"; never changes
+    std::int16_t signal = -60;       // dBm
     std::uint16_t frequency = 2412;  // MHz
     Security security = Security::open;
     std::string password;  // WEP, WPA and SAE
     std::vector<EapAccount> accounts;
-    bool hidden = false;  // beacons without its SSID, answers only who asks for it
-    bool full = false;    // turns every station away
+    bool hidden = false;  // beacons without its SSID, answers only probes for it
+    bool full = false;    // refuses every station
 
     bool operator==(const AccessPoint&) const = default;
 };
 
-// The six bytes of a BSSID in text form; empty when it is none.
+// The six bytes of a BSSID in text form; empty if the text is invalid.
 std::optional<std::string> bssidBytes(std::string_view text);
 
 }  // namespace kaz::sim

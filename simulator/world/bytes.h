@@ -6,10 +6,10 @@
 
 namespace kaz::sim {
 
-// Lower-case, two digits a byte.
+// Lower case, two digits per byte.
 std::string toHex(std::string_view bytes);
 
-// Empty when the text has an odd length or a character that is no hexadecimal digit.
+// Empty if the text has an odd length or a character that is not a hexadecimal digit.
 std::optional<std::string> fromHex(std::string_view digits);
 
 }  // namespace kaz::sim

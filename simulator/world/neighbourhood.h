@@ -10,7 +10,7 @@
 
 namespace kaz::sim {
 
-// What a device finds when it is switched on: the access points around it and its own set-up.
+// The state of a device when it is switched on: the access points in range and its own set-up.
 struct Neighbourhood {
     std::vector<AccessPoint> accessPoints;
     std::vector<Settings> configuredNetworks;
@@ -20,9 +20,9 @@ struct Neighbourhood {
     bool unitActive = true;
     bool updateConfig = true;
     unsigned moreInterfaces = 0;     // listed by the supplicant after the one that is simulated
-    bool announceOwnChoice = false;  // NetworkSelected also for networks the supplicant picked by itself
+    bool announceOwnChoice = false;  // NetworkSelected also for the supplicant's own choices
 
-    // The access point with that BSSID, or null.
+    // The access point with this BSSID, or null.
     AccessPoint* find(std::string_view bssid);
     const AccessPoint* find(std::string_view bssid) const;
 

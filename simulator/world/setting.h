@@ -8,12 +8,12 @@
 
 namespace kaz::sim {
 
-// A value of a kind that the supplicant takes for no setting at all.
+// A value of a type that the supplicant accepts for no setting.
 struct UnusableSetting {
     bool operator==(const UnusableSetting&) const = default;
 };
 
-// Bytes as such, against the text of a string.
+// Bytes, as opposed to a string.
 struct ByteSetting {
     std::string bytes;
 
@@ -22,7 +22,7 @@ struct ByteSetting {
 
 using Setting = std::variant<UnusableSetting, std::string, std::int64_t, ByteSetting>;
 
-// One network's settings by name, in the order they were given.
+// One network's settings by name, in the given order.
 using Settings = std::vector<std::pair<std::string, Setting>>;
 
 }  // namespace kaz::sim

@@ -78,9 +78,9 @@ class [[gnu::visibility("default")]] EventLoop {
     /// Removes all temporary handlers.
     void removeTemporarySignalHandlersSync();
 
-    /// Sets the task that runs when the connection is lost (false), and after a reconnect or a first
-    /// connection that did not succeed at the start (true). It runs on the loop thread, outside of any other
-    /// task or handler. A later task replaces it.
+    /// Sets the task that runs when the connection is lost (false) and when it is restored (true). After a
+    /// start without a bus, the first connection counts as restored. The task runs on the loop thread,
+    /// outside of any other task or handler. A later task replaces it.
     void setConnectionTaskSync(std::function<void(bool connected)> task);
 
     /// Sets the task that runs when the bus name gets another owner (true) or loses its owner (false).
