@@ -21,7 +21,7 @@ void require(bool good) {
 }
 
 Message shared(dbus::MessagePtr message) {
-    return {message.release(), dbus::MessageUnref()};
+    return message;
 }
 
 void addReadBss(std::vector<CodecTask>& tasks, const Message& message) {

@@ -1,16 +1,10 @@
 #pragma once
 
-#include <kaz/dbus/message.h>
-#include <systemd/sd-bus.h>
-
-#include <memory>
+#include "base/sd_bus/handles.h"
 
 namespace kaz::bench {
 
-struct BusUnref {
-    void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
-};
-using BusPtr = std::unique_ptr<sd_bus, BusUnref>;
+using dbus::BusPtr;
 
 // A connection that leads nowhere: enough to build messages.
 BusPtr makeUnconnectedBus();

@@ -1,5 +1,7 @@
 #include "dbus/remote_object.h"
 
+#include "dbus/platform_help.h"
+
 #include <utility>
 
 namespace kaz::dbus {
@@ -18,12 +20,21 @@ bool RemoteObject::set(const char* property, const Variant& value) const {
     return static_cast<bool>(send(builder));
 }
 
+void RemoteObject::markSecret(MessageBuilder& builder) {
+    if (builder.message() != nullptr) {
+        sd_bus_message_sensitive(builder.message());
+    }
+    keepErrorTextOutOfLog(builder);
+}
+
 Reply RemoteObject::send(MessageBuilder& builder) const {
-    // What was built may not be a message: sd-bus notes the type of a text before it refuses the text, and
+    // After a failed argument this is no message: sd-bus notes the type of a text before it refuses the text, and
     // the bus disconnects whoever sends that.
-    if (!builder.ok()) {
+    if (builder.message() == nullptr || !builder.ok()) {
         return Reply(MessageDecoder{});
     }
+    // A late call must not start a service that was stopped meanwhile. That is systemd's business.
+    sd_bus_message_set_auto_start(builder.message(), 0);
     return Reply(sendMessage(bus_, builder));
 }
 

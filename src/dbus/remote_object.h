@@ -12,8 +12,9 @@
 namespace kaz::dbus {
 
 // One interface of one object of a service. Every operation is a blocking call on the loop thread; its
-// outcome is the reply, or none. A call with an argument that cannot be sent fails without being made. Made
-// for the moment of the call: it does not keep the connection.
+// outcome is the reply, or none. A call with an argument that cannot be sent fails without being made, and so does
+// every call without a bus or a path. No call starts a service. Made for the moment of the call: it does not keep the
+// connection.
 class RemoteObject {
   public:
     RemoteObject(sd_bus* bus, MessageEndpoint endpoint);
@@ -25,12 +26,13 @@ class RemoteObject {
         return send(builder);
     }
 
-    // A call whose arguments hold secrets: the message is wiped when it is freed, and its text kept out of the
-    // log. What sd-bus leaves behind when a message grows while it is written is not wiped.
+    // A call whose arguments hold secrets: the message is wiped when it is freed, and the text of an error, which may
+    // repeat an argument, is kept out of the platform's log as far as that can. What sd-bus leaves behind when a
+    // message grows while it is written is not wiped.
     template <typename... Arguments>
     Reply callWithSecrets(const char* member, const Arguments&... arguments) const {
         MessageBuilder builder = makeDbusCall(bus_, endpoint_, member);
-        builder.markSensitive();
+        markSecret(builder);
         (write(builder, arguments), ...);
         return send(builder);
     }
@@ -42,6 +44,7 @@ class RemoteObject {
     bool set(const char* property, const Variant& value) const;
 
   private:
+    static void markSecret(MessageBuilder& builder);
     Reply send(MessageBuilder& builder) const;
 
     sd_bus* bus_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/sd_bus/handles.h"
 #include "dbus/message_io.h"
 
 #include <kaz/dbus/message.h>

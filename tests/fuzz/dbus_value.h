@@ -1,7 +1,7 @@
 #pragma once
 
 #include <fuzzer/FuzzedDataProvider.h>
-#include <kaz/dbus/message.h>
+#include <systemd/sd-bus.h>
 
 #include <cstdint>
 #include <string>

@@ -1,5 +1,6 @@
 // Messages as they come from a socket, in either byte order. Bodies of any bytes: reading them fails or succeeds, the
 // same way each time, and texts are texts. Bodies laid out by hand: what they hold is read.
+#include "base/sd_bus/handles.h"
 #include "dbus/records.h"
 #include "dbus/value_codec.h"
 #include "fuzz/dbus_value.h"
@@ -7,7 +8,6 @@
 #include "fuzz/require.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
-#include <kaz/dbus/message.h>
 #include <sys/socket.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
@@ -170,10 +170,6 @@ class Line {
     }
 
   private:
-    struct CloseBus {
-        void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
-    };
-
     void send(std::string_view bytes) {
         require(
             ::send(ends_[1], bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size()),
@@ -181,7 +177,7 @@ class Line {
     }
 
     std::array<int, 2> ends_{-1, -1};
-    std::unique_ptr<sd_bus, CloseBus> bus_;
+    dbus::BusPtr bus_;
 };
 
 void checkText(const std::string& text) {

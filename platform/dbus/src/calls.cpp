@@ -50,11 +50,8 @@ MessageBuilder makeDbusCall(sd_bus* bus, MessageEndpoint endpoint, const std::st
     if (result < 0) {
         log(spdlog::level::warn, "Cannot make a call of {} at {}: {}", member, endpoint.destination,
             DbusError(result).error());
-    } else {
-        // A call that comes late must not start what was stopped meanwhile: that is systemd's business.
-        sd_bus_message_set_auto_start(message, 0);
     }
-    return MessageBuilder(MessagePtr(message));
+    return MessageBuilder(message);
 }
 
 MessageBuilder makeDbusGetProperty(sd_bus* bus, MessageEndpoint endpoint, const std::string& property) {

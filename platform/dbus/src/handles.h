@@ -1,39 +1,13 @@
-// Owners of what libsystemd and the kernel hand out.
+// Owners of what libsystemd and the kernel hand out, and what their interfaces need.
 #pragma once
 
-#include <systemd/sd-bus.h>
-#include <systemd/sd-event.h>
 #include <unistd.h>
 
-#include <memory>
 #include <utility>
 
+#include "base/sd_bus/handles.h"
+
 namespace kaz::dbus {
-
-template <auto release>
-struct Release {
-    template <typename Object>
-    void operator()(Object* object) const noexcept {
-        release(object);
-    }
-};
-
-using EventPtr = std::unique_ptr<sd_event, Release<&sd_event_unref>>;
-using SourcePtr = std::unique_ptr<sd_event_source, Release<&sd_event_source_disable_unref>>;
-using BusPtr = std::unique_ptr<sd_bus, Release<&sd_bus_close_unref>>;
-using SlotPtr = std::unique_ptr<sd_bus_slot, Release<&sd_bus_slot_unref>>;
-
-// An error as calls report it.
-struct BusError {
-    BusError() = default;
-    ~BusError() { sd_bus_error_free(&value); }
-    BusError(const BusError&) = delete;
-    BusError& operator=(const BusError&) = delete;
-    BusError(BusError&&) = delete;
-    BusError& operator=(BusError&&) = delete;
-
-    sd_bus_error value{};
-};
 
 class Fd {
   public:

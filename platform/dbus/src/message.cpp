@@ -4,7 +4,7 @@
 
 namespace kaz::dbus {
 
-MessageBuilder::MessageBuilder(MessagePtr message) noexcept : message_(std::move(message)) {}
+MessageBuilder::MessageBuilder(sd_bus_message* message) noexcept : message_(message) {}
 
 void MessageBuilder::fail(std::string error) {
     if (error_.empty()) {
@@ -14,9 +14,6 @@ void MessageBuilder::fail(std::string error) {
 
 void MessageBuilder::markSensitive() noexcept {
     sensitive_ = true;
-    if (message_) {
-        sd_bus_message_sensitive(message_.get());
-    }
 }
 
 }  // namespace kaz::dbus

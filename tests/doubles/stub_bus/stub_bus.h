@@ -1,10 +1,10 @@
 #pragma once
 
-#include <kaz/dbus/message.h>
+#include "base/sd_bus/handles.h"
+
 #include <systemd/sd-bus.h>
 
 #include <array>
-#include <memory>
 
 namespace kaz::test {
 
@@ -37,14 +37,10 @@ class StubBus {
     static void seal(sd_bus_message* message);
 
   private:
-    struct Close {
-        void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
-    };
-
     static void checked(int result);
 
     std::array<int, 2> sockets_{-1, -1};
-    std::unique_ptr<sd_bus, Close> bus_;
+    dbus::BusPtr bus_;
 };
 
 }  // namespace kaz::test

@@ -1,9 +1,9 @@
 // What a scripted peer can answer to a call.
 #pragma once
 
+#include "base/sd_bus/handles.h"
 #include "support/scripted_peer/require_success.h"
 
-#include <kaz/dbus/message.h>
 #include <systemd/sd-bus.h>
 
 #include <functional>

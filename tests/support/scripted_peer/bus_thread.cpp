@@ -2,8 +2,6 @@
 
 #include "support/scripted_peer/require_success.h"
 
-#include <kaz/dbus/message.h>
-
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <systemd/sd-bus.h>
+#include "base/sd_bus/handles.h"
 
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -30,17 +29,13 @@ class BusThread {
     void run(const Job& job);
 
   private:
-    struct CloseBus {
-        void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
-    };
-
     void serve();
     void processMessages();
     void runJobs();
     void sleep() const;
     void wake() const;
 
-    std::unique_ptr<sd_bus, CloseBus> bus_;
+    dbus::BusPtr bus_;
     Receiver receiver_;
     int wakeUp_ = -1;
     std::mutex mutex_;

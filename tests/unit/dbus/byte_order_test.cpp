@@ -97,16 +97,12 @@ class ByteOrder : public testing::Test {
     }
 
   private:
-    struct CloseBus {
-        void operator()(sd_bus* closed) const noexcept { sd_bus_close_unref(closed); }
-    };
-
     void send(const std::string& bytes) {
         EXPECT_EQ(::write(sockets_[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     }
 
     std::array<int, 2> sockets_{-1, -1};
-    std::unique_ptr<sd_bus, CloseBus> bus_;
+    BusPtr bus_;
 };
 
 TEST_F(ByteOrder, DoesNotMatterForNumbers) {

@@ -66,7 +66,7 @@ TEST_F(MessageIo, FailsAReadWithoutAMessage) {
 }
 
 TEST_F(MessageIo, AppendsArgumentsAndLogsNothing) {
-    MessageBuilder builder(bus.message());
+    MessageBuilder builder(bus.message().release());
     write(builder, std::string("text"));
     write(builder, OPath("/a"));
     write(builder, Variant(true));
@@ -78,7 +78,7 @@ TEST_F(MessageIo, AppendsArgumentsAndLogsNothing) {
 }
 
 TEST_F(MessageIo, LogsAnArgumentThatCannotBeAppendedAndFailsTheBuilder) {
-    MessageBuilder builder(bus.message());
+    MessageBuilder builder(bus.message().release());
     write(builder, Variant::Map{{"ssid", "\xff"}});
     const std::string error = "Unable to write value: Unable to write to variant: " + invalidArgument;
     EXPECT_FALSE(builder.ok());

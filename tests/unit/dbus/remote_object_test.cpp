@@ -8,6 +8,8 @@
 
 #include <memory>
 #include <set>
+#include <string>
+#include <vector>
 
 namespace kaz::dbus {
 namespace {
@@ -56,6 +58,22 @@ TEST_F(RemoteObjectTest, CallsWithItsArgumentsInOrderAndHandsTheReplyOn) {
     EXPECT_THAT(calls.calls(), ElementsAre(R"(/radio com.example.Radio.Tuner.Tune("loud", o"/band", i5, )"
                                            R"({"a": <"text">, "b": <true>}))"));
     EXPECT_THAT(log.records(), IsEmpty());
+}
+
+TEST_F(RemoteObjectTest, NeverStartsAService) {
+    std::vector<int> autoStarts;
+    const test::Answer note = [&](sd_bus_message* call) {
+        autoStarts.push_back(sd_bus_message_get_auto_start(call));
+        return reply("")(call);
+    };
+    peer.onCall(path, interface, "Tune", note);
+    peer.onGet(path, interface, "Station", note);
+    peer.onSet(path, interface, "Station", note);
+    radio().call("Tune");
+    radio().callWithSecrets("Tune", std::string("passphrase"));
+    radio().get("Station");
+    radio().set("Station", "Home");
+    EXPECT_THAT(autoStarts, ElementsAre(0, 0, 0, 0));
 }
 
 TEST_F(RemoteObjectTest, TakesAnEmptyReplyForASuccess) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/sd_bus/handles.h"
 #include "doubles/recording_log/recording_log.h"
 #include "simulator/private_bus/private_bus.h"
 #include "unit/platform_dbus/bus_peer.h"

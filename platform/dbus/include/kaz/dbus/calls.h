@@ -8,8 +8,8 @@
 
 namespace kaz::dbus {
 
-/// A call of `member` at `endpoint`, ready for arguments. It never starts a service. A null bus or an
-/// endpoint without a path gives a builder without a message.
+/// A call of `member` at `endpoint`, ready for arguments. A null bus or an endpoint without a path gives a builder
+/// without a message.
 [[gnu::visibility("default")]] MessageBuilder makeDbusCall(sd_bus* bus, MessageEndpoint endpoint,
                                                            const std::string& member);
 

@@ -14,20 +14,12 @@ struct MessageEndpoint {
     std::string interface;    ///< of the member to be called
 };
 
-/// Gives a reference on a message back.
-struct MessageUnref {
-    /// Null is left alone.
-    void operator()(sd_bus_message* message) const noexcept { sd_bus_message_unref(message); }
-};
-/// One reference on a message.
-using MessagePtr = std::unique_ptr<sd_bus_message, MessageUnref>;
-
 /// A method call under construction: the message, null when it could not be created, and whether all arguments
 /// could be appended so far. Belongs to one thread, the loop's.
 class [[gnu::visibility("default")]] MessageBuilder {
   public:
-    /// Takes over one reference on `message`.
-    explicit MessageBuilder(MessagePtr message) noexcept;
+    /// Takes over the caller's reference on `message`.
+    explicit MessageBuilder(sd_bus_message * message) noexcept;
 
     /// The message, null when it could not be created. The builder keeps its reference.
     sd_bus_message* message() const noexcept {
@@ -45,9 +37,8 @@ class [[gnu::visibility("default")]] MessageBuilder {
         return error_;
     }
 
-    /// The arguments hold a secret: the message's memory is wiped when it is freed, and the text of an error
-    /// reply, which may repeat an argument, is kept out of the log. A message that grows after the secret was
-    /// appended moves, and sd-bus gives its former memory back unwiped.
+    /// The arguments hold a secret: the text of an error reply, which may repeat an argument, is kept out of the
+    /// log. To have the message's memory wiped is the caller's business: sd_bus_message_sensitive().
     void markSensitive() noexcept;
     /// Whether markSensitive() was called.
     bool sensitive() const noexcept {
@@ -55,7 +46,11 @@ class [[gnu::visibility("default")]] MessageBuilder {
     }
 
   private:
-    MessagePtr message_;
+    struct Unref {
+        void operator()(sd_bus_message* message) const noexcept { sd_bus_message_unref(message); }
+    };
+
+    std::unique_ptr<sd_bus_message, Unref> message_;
     std::string error_;
     bool sensitive_ = false;
 };

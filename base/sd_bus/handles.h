@@ -1,0 +1,37 @@
+// Owners of what libsystemd hands out. Each gives its one reference back.
+#pragma once
+
+#include <systemd/sd-bus.h>
+#include <systemd/sd-event.h>
+
+#include <memory>
+
+namespace kaz::dbus {
+
+template <auto release>
+struct Release {
+    template <typename Object>
+    void operator()(Object* object) const noexcept {
+        release(object);
+    }
+};
+
+using EventPtr = std::unique_ptr<sd_event, Release<&sd_event_unref>>;
+using SourcePtr = std::unique_ptr<sd_event_source, Release<&sd_event_source_disable_unref>>;
+using BusPtr = std::unique_ptr<sd_bus, Release<&sd_bus_close_unref>>;
+using SlotPtr = std::unique_ptr<sd_bus_slot, Release<&sd_bus_slot_unref>>;
+using MessagePtr = std::unique_ptr<sd_bus_message, Release<&sd_bus_message_unref>>;
+
+// An error as calls report it.
+struct BusError {
+    BusError() = default;
+    ~BusError() { sd_bus_error_free(&value); }
+    BusError(const BusError&) = delete;
+    BusError& operator=(const BusError&) = delete;
+    BusError(BusError&&) = delete;
+    BusError& operator=(BusError&&) = delete;
+
+    sd_bus_error value{};
+};
+
+}  // namespace kaz::dbus
