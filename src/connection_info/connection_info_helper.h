@@ -1,30 +1,33 @@
-// The connection tracker: turns scattered facts about the link into one consistent ConnectionInfo.
+// The connection tracker: combines facts about the link into one consistent ConnectionInfo.
 //
-// Facts come from three sides. The user asks to connect, to disconnect or to forget. The supplicant chooses a
-// network, changes its connection status and moves between access points (BSSs); it may also come and go as a
-// whole. And networkd says whether the link has an address.
+// The facts have three sources. The user requests to connect, to disconnect or to forget. The supplicant
+// starts and stops, selects a network, changes its connection status, and moves between access points (BSSs).
+// networkd reports whether the link has an address.
 //
-// 1. While nobody asked for anything, the published status follows the supplicant: Connecting is
-//    `connectingWifi`, Connected is `connectingIP` or, when networkd is online, `connected`; anything below is
-//    `disconnected`. The SSID is that of the current BSS.
+// 1. Without a request, the published status follows the supplicant. Connecting becomes `connectingWifi`.
+// Connected
+//    becomes `connectingIP` or, if networkd is online, `connected`. All lower states become `disconnected`. The
+//    SSID is that of the current BSS.
 //
-// 2. An attempt begins when the user asks for a network or the supplicant chooses one by itself. From then on
-//    `connectingWifi` with that SSID is published whatever the supplicant still says about the network before;
-//    reports older than the attempt do not count. The attempt ends when
-//      - the supplicant completes on the wanted SSID: success;
+// 2. An attempt begins when the user requests a network or the supplicant selects one by itself. From then on
+// the
+//    published status is `connectingWifi` with its SSID. Reports older than the attempt are ignored, because they
+//    are about the former network. The attempt ends when
+//      - the supplicant is connected to the requested SSID: success;
 //      - it sets up the link to another SSID: that one is published;
-//      - it had begun to set up the link and falls back: failure;
-//      - nothing happens for 2 s: failure. The 2 s begin anew when a scan ends. They stand still while a scan
-//        runs, and for good once the link set-up was seen, because then the supplicant itself will tell how it
-//        ends;
-//      - another attempt begins, the user disconnects, or the supplicant goes away.
+//      - it leaves link set-up without a connection: failure;
+//      - nothing happens for 2 s: failure. The timeout is paused during a scan and restarts at zero after it. It
+//        stops for good when link set-up begins, because the supplicant then reports how that ends;
+//      - another attempt begins, the user disconnects, or the supplicant stops.
 //    After that the status follows the supplicant again, as in 1.
 //
-// 3. A disconnect that the user asked for is published at once. Supplicant reports older than the request are
-//    ignored, so that a late "still connected" does not undo it.
+// 3. A disconnect request is published at once. Supplicant reports older than the request are ignored, so
+// that a
+//    late "still connected" does not undo it.
 //
-// 4. Every end of a live state is recorded: from which network, when, and whether the user or the system
-//    caused it. The record stays until the next one, or until the supplicant comes or goes.
+// 4. The end of every connection and attempt is recorded: which network, when, and whether the user or the
+// system
+//    caused it. The record stays until the next one, or until the supplicant starts or stops.
 #pragma once
 
 #include "communicator/communicator.h"
@@ -39,10 +42,10 @@
 
 namespace kaz::wifi {
 
-// Facts in, record out. Not thread-safe: everything is called on the loop thread.
+// Not thread-safe: for the loop thread only.
 class ConnectionInfoHelper {
   public:
-    // How long the supplicant may be silent about an attempt.
+    // How long the supplicant may take to react to an attempt.
     static constexpr std::chrono::nanoseconds AttemptTimeout = std::chrono::seconds(2);
 
     explicit ConnectionInfoHelper(std::shared_ptr<TimeProvider> timeProvider);
@@ -50,11 +53,11 @@ class ConnectionInfoHelper {
     void notifyAboutConnectionAttempt(std::string ssid);
     void notifyAboutDisconnect();
 
-    // Forgetting the network in use is a disconnect. Forgetting the one that just dropped makes the drop the
-    // user's doing.
+    // Forgetting the network in use is a disconnect. Forgetting the network of the last disconnect changes
+    // that disconnect's reason to the user.
     void notifyAboutForget(const std::string& ssid);
 
-    // The supplicant chose this network; nothing when it did not say which.
+    // The supplicant selected this network; nullopt if it did not say which.
     void setCurrentNetworkSsid(std::optional<std::string> ssid);
 
     void setScanning(bool scanning);
@@ -66,13 +69,13 @@ class ConnectionInfoHelper {
 
     void setNetworkdIsOnline(bool online);
 
-    // The supplicant came or went. Either way the record starts afresh.
+    // The supplicant started or stopped. Both reset the record.
     void setSupplicantState(bool on);
 
-    // The record as of now: an attempt whose time is up is given up first.
+    // Ends an attempt whose timeout has expired, then returns the current record.
     ConnectionInfo getConnectionInfo();
 
-    // What is left of the attempt's 2 s, zero or negative when they are over; nothing when no time is running.
+    // The rest of the attempt's 2 s, zero or negative after they expired; nullopt while no timeout runs.
     std::optional<std::chrono::milliseconds> getActiveTimeout() const;
 
   private:
@@ -82,7 +85,7 @@ class ConnectionInfoHelper {
         bool linkSetupSeen = false;
     };
 
-    // Where the decision goes on after a step.
+    // The step with which the decision continues.
     enum class Next { status, signal, stop };
 
     void internalUpdate();
@@ -101,7 +104,7 @@ class ConnectionInfoHelper {
     std::optional<std::chrono::steady_clock::time_point> disconnectRequestTime_;
     std::optional<Communicator::BssProperties> currentBss_;
     std::chrono::steady_clock::time_point currentBssTime_;
-    Communicator::SupplicantConnectionStatus supplicantStatus_{};  // 0, below all others: nothing reported
+    Communicator::SupplicantConnectionStatus supplicantStatus_{};  // 0, below all others: no report yet
     std::chrono::steady_clock::time_point supplicantStatusTime_;
     bool scanning_ = false;
     bool networkdIsOnline_ = false;

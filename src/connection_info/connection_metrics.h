@@ -7,16 +7,16 @@
 
 namespace kaz::wifi {
 
-// The five gauges about the connection. An outcome is reported as 1.0 each time it happens; adding up is the
-// metrics service's business. Loop thread only.
+// The five gauges about the connection. Each outcome is reported as 1.0, and the metrics service adds them
+// up. For the loop thread only.
 class ConnectionMetrics {
   public:
     ConnectionMetrics();
 
-    // The published state goes from `previous` to `next`, which differs.
+    // The published state changes from `previous` to `next`.
     void reportChange(const ConnectionInfo& previous, const ConnectionInfo& next);
 
-    // An attempt reached the set-up of the address.
+    // An attempt reached `connectingIP`.
     void reportSuccess();
 
   private:

@@ -4,7 +4,7 @@
 
 namespace kaz::wifi {
 
-// The clock of the connection tracker. Monotonic; zero stands for never.
+// The clock of the connection tracker. Monotonic; zero means never.
 class TimeProvider {
   public:
     virtual std::chrono::steady_clock::time_point get() = 0;
@@ -17,7 +17,7 @@ class TimeProvider {
     TimeProvider& operator=(TimeProvider&&) = delete;
 };
 
-// The real time. Callable from any thread.
+// The real clock. Callable from any thread.
 class TimeProviderWallClock final : public TimeProvider {
   public:
     std::chrono::steady_clock::time_point get() override;

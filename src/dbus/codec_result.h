@@ -6,16 +6,16 @@
 
 namespace kaz::dbus {
 
-// A value, or the text that says why there is none.
+// A value, or an error text.
 template <typename T>
 using CodecResult = tl::expected<T, std::string>;
 
 using CodecError = tl::unexpected<std::string>;
 
-// The error of a negative sd-bus return code: its bare text.
+// The error of a negative sd-bus return code, with its text.
 CodecError sdBusError(int code);
 
-// The same error, told from one level further out.
+// The same error with the prefix of an outer level.
 CodecError nestedError(std::string_view prefix, const std::string& inner);
 
 }  // namespace kaz::dbus

@@ -1,11 +1,11 @@
-// Decodes a property dictionary (a{sv}) into a record. A record type R tells its fields by a specialisation
+// Decodes a property dictionary (a{sv}) into a record. A record type R lists its fields in a specialisation
 //
 //   template <> struct RecordFields<R> {
 //       static constexpr auto table = std::tuple(field("Key", &R::member), ...);
 //   };
 //
-// Keys that the table does not hold are skipped, fields whose key is absent keep their initial value, and a
-// key that comes twice is read twice. One field that cannot be read fails the whole record.
+// Unknown keys are skipped. A field without a key in the dictionary keeps its initial value. A repeated key
+// is read again. If one field cannot be read, the whole record fails.
 #pragma once
 
 #include "dbus/value_codec.h"
@@ -38,16 +38,16 @@ concept Record = requires {
 
 namespace detail {
 
-// How the entries of a dictionary are typed, which decides how much has to be looked up for each of them.
+// The type of a dictionary's entries, which decides how much must be peeked for each entry.
 enum class EntryType {
     stringToVariant,  // {sv}, as good as always
     other,
 };
 
-// Enters the dictionary, whatever it holds.
+// Enters the dictionary, with any type of entries.
 int enterDictionary(sd_bus_message* message, EntryType& entries);
 
-// Above zero: inside the next entry; zero: there is none; below: an error.
+// Positive: inside the next entry; zero: there is no entry; negative: an error.
 int enterNextEntry(sd_bus_message* message, EntryType entries);
 
 CodecResult<std::string_view> readKey(sd_bus_message* message, EntryType entries);

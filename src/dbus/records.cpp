@@ -8,8 +8,8 @@
 namespace kaz::dbus::detail {
 namespace {
 
-// sd-bus skips an array element by element, the information elements of an access point byte by byte. An array of
-// numbers can be stepped over whole.
+// sd-bus skips an array element by element, for example the information elements of an access point byte by
+// byte. Reading an array of numbers skips it at once.
 bool holdsArrayOfNumbers(const char* contents) {
     constexpr std::string_view numbers = "ynqiuxtd";
     return contents != nullptr && contents[0] == SD_BUS_TYPE_ARRAY && contents[1] != '\0' &&
@@ -26,7 +26,7 @@ int skipArrayOfNumbers(sd_bus_message* message, char number) {
     std::size_t size = 0;
     int r = sd_bus_message_read_array(message, number, &numbers, &size);
     if (r == -EOPNOTSUPP) {
-        // A sender of the other byte order: sd-bus hands out no arrays as they lie there.
+        // The sender has the other byte order: then sd-bus gives no access to the array.
         r = sd_bus_message_skip(message, contents.data());
     }
     return r < 0 ? r : sd_bus_message_exit_container(message);
@@ -46,7 +46,7 @@ int skipVariant(sd_bus_message* message) {
 }  // namespace
 
 int enterDictionary(sd_bus_message* message, EntryType& entries) {
-    // As good as always it is this; where it is not, look what it is.
+    // It is nearly always this type; otherwise peek.
     if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{sv}") > 0) {
         entries = EntryType::stringToVariant;
         return 1;
@@ -64,7 +64,7 @@ int enterNextEntry(sd_bus_message* message, EntryType entries) {
         return sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv");
     }
     const char* contents = nullptr;
-    // An error here counts as the end: leaving the array afterwards tells what is really wrong.
+    // Treat an error as the end: leaving the array then reports the real error.
     if (sd_bus_message_peek_type(message, nullptr, &contents) <= 0) {
         return 0;
     }

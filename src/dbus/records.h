@@ -1,4 +1,4 @@
-// What the property dictionaries of the daemons are decoded into. Every record comes from an a{sv}.
+// The records into which the daemons' property dictionaries (a{sv}) are decoded.
 #pragma once
 
 #include "dbus/record_codec.h"
@@ -23,13 +23,13 @@ struct ConfiguredSsid {
     std::optional<std::string> ssid;  // the SSID's text form: quoted, or in hexadecimal digits
 };
 
-// The "WPA" or "RSN" information of an access point.
+// The "WPA" or "RSN" dictionary of an access point.
 struct WPA_RSN {
     std::set<std::string> keyMgmt;  // key-management suites
     std::string group;              // group cipher
 };
 
-// An access point. What it does not report keeps a neutral value.
+// An access point. A property that is not reported keeps a neutral value.
 struct BSSData {
     short signal = 0;  // dBm
     bool privacy = false;
@@ -38,7 +38,7 @@ struct BSSData {
     WPA_RSN rsn;
 };
 
-// The answer to a signal poll.
+// The reply to a signal poll.
 struct SignalPoll {
     std::optional<int> rssi;  // dBm
 };
@@ -52,7 +52,7 @@ struct NetworkdLinkProperties {
     std::optional<std::string> onlineState;
 };
 
-// An interface of the supplicant, or what changed of it.
+// An interface of the supplicant, or its changes.
 struct SupplicantInterfaceProperties {
     std::optional<bool> scanning;
     std::optional<std::vector<OPath>> bsss;

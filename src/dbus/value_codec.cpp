@@ -55,7 +55,7 @@ CodecResult<std::vector<unsigned char>> Wire<std::vector<unsigned char>>::read(s
     std::size_t size = 0;
     const int r = sd_bus_message_read_array(message, SD_BUS_TYPE_BYTE, &bytes, &size);
     if (r == -EOPNOTSUPP) {
-        // A sender of the other byte order: sd-bus hands out no arrays as they lie there, not even of bytes.
+        // The sender has the other byte order: then sd-bus gives no access to arrays, not even of bytes.
         return detail::ArrayWire<std::vector<unsigned char>, unsigned char>::read(message);
     }
     if (r < 0) {
@@ -74,7 +74,7 @@ CodecResult<void> appendBasic(sd_bus_message* message, char type, const void* va
     return {};
 }
 
-// sd-bus takes texts up to their first NUL, so a text that holds one would arrive as another, shorter text.
+// sd-bus would truncate a text at its first NUL.
 CodecResult<void> appendText(sd_bus_message* message, char type, const std::string& text) {
     if (text.find('\0') != std::string::npos) {
         return sdBusError(-EINVAL);

@@ -1,5 +1,5 @@
-// Reads and writes the values of D-Bus messages. What travels how is known at compile time: Wire<T> names the
-// D-Bus type of T and reads one value of it; everything else composes from there.
+// Reads and writes the values of D-Bus messages. The types are fixed at compile time: Wire<T> names the D-Bus
+// type of T and reads one value of it. Containers are composed from these.
 //
 //   T                                   D-Bus type
 //   int                                 i
@@ -9,12 +9,12 @@
 //   std::string                         s
 //   std::string_view (read only)        s, valid as long as the message
 //   OPath                               o
-//   std::optional<U>                    that of U; a read never gives an empty one
+//   std::optional<U>                    that of U; a read never returns an empty one
 //   std::vector<U>, std::set<U>         aX with X that of U, a basic type
 //   a record (record_codec.h)           a{sv}
 //
-// Errors are values: an sd-bus failure gives the bare text of its code, and each level around it adds a
-// prefix. After a failed read the message's position is undefined; it is to be given up.
+// Errors are values: an sd-bus failure gives the text of its code, and each outer level adds a prefix. After
+// a failed read the position in the message is undefined, so do not read on.
 #pragma once
 
 #include "dbus/codec_result.h"
@@ -37,12 +37,12 @@ namespace kaz::dbus {
 template <typename T>
 struct Wire;
 
-// Reads one complete value. A value inside any number of variants reads like the bare value, so that the same
-// read serves property Get replies and plain ones.
+// Reads one complete value, also from inside any number of variants. So the same read works for replies of
+// property Get and for others.
 template <typename T>
 CodecResult<T> read(sd_bus_message* message);
 
-// Reads one value into `target`, which stays as it was on failure.
+// Reads one value into `target`, which is unchanged on failure.
 template <typename T>
 CodecResult<void> fillHelper(T& target, sd_bus_message* message) {
     CodecResult<T> value = read<T>(message);
@@ -53,8 +53,8 @@ CodecResult<void> fillHelper(T& target, sd_bus_message* message) {
     return {};
 }
 
-// Appends one value of a basic type: int (i), bool (b), std::string (s), OPath (o). A text that D-Bus cannot
-// carry (one with a NUL byte, or not in UTF-8) fails.
+// Appends one value of a basic type: int (i), bool (b), std::string (s), OPath (o). Fails for a text with NUL
+// or invalid UTF-8.
 template <typename T>
 CodecResult<void> write(sd_bus_message* message, const T& value);
 
@@ -69,20 +69,20 @@ CodecResult<void> write(sd_bus_message* message, const OPath& value);
 
 namespace detail {
 
-// Steps that do not depend on the type read. The int results are sd-bus return codes.
+// Steps that do not depend on the type. The int results are sd-bus return codes.
 int peekType(sd_bus_message* message, char& type);
 int enterVariant(sd_bus_message* message);
 int enterVariantOf(sd_bus_message* message, const char* signature);
 int enterArrayOf(sd_bus_message* message, const char* elementSignature);
 int exitContainer(sd_bus_message* message);
 
-// Above zero: `value` was read; zero: there is none; below: an error.
+// Positive: `value` was read; zero: there is no value; negative: an error.
 int takeBasic(sd_bus_message* message, char type, void* value);
 
-// The end of a message where a value has to be is an error.
+// The same, but a missing value is an error.
 CodecError takeError(int result);
 
-// The signature of an array of elements with this one.
+// The signature of an array of elements with this signature.
 template <std::size_t size>
 constexpr std::array<char, size + 1> arrayOf(const std::array<char, size>& element) {
     std::array<char, size + 1> signature{SD_BUS_TYPE_ARRAY};
@@ -200,7 +200,7 @@ struct Wire<std::vector<T>> : detail::ArrayWire<std::vector<T>, T> {};
 template <typename T>
 struct Wire<std::set<T>> : detail::ArrayWire<std::set<T>, T> {};
 
-// Bytes lie in the message as they are wanted, so they are copied in one piece.
+// sd-bus gives access to all bytes of an array, so they are copied at once.
 template <>
 struct Wire<std::vector<unsigned char>> {
     static constexpr auto signature = detail::arrayOf(Wire<unsigned char>::signature);
@@ -210,7 +210,7 @@ struct Wire<std::vector<unsigned char>> {
 
 namespace detail {
 
-// Reads the value after its variant was entered.
+// Reads the value inside a variant that was entered.
 template <typename T, typename Read>
 CodecResult<T> readInVariant(sd_bus_message* message, Read readValue) {
     CodecResult<T> inner = readValue(message);
@@ -223,8 +223,8 @@ CodecResult<T> readInVariant(sd_bus_message* message, Read readValue) {
     return inner;
 }
 
-// As dbus::read where the next value is known to be a variant. Nearly always it holds the wanted type itself,
-// and entering it as such saves looking first; where it does not, the general way finds out what is wrong.
+// Like dbus::read, for a next value that is a variant. It nearly always contains the requested type, so this
+// enters it without peeking first. If that fails, the general way finds the error.
 template <typename T>
 CodecResult<T> readVariant(sd_bus_message* message) {
     if (enterVariantOf(message, Wire<T>::signature.data()) > 0) {

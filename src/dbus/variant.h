@@ -11,14 +11,13 @@
 
 namespace kaz::dbus {
 
-// A value of any type that can be sent, carried with its D-Bus signature: int (i), bool (b), std::string (s)
-// or a dictionary of variants (a{sv}). Owns a copy of the value and wipes a text's memory at its end, since
-// the text may be a passphrase.
+// A value with its D-Bus signature: int (i), bool (b), std::string (s) or a dictionary of variants (a{sv}).
+// Owns a copy of the value. The destructor wipes the memory of a text, which may be a passphrase.
 class Variant {
   public:
     using Map = std::map<std::string, Variant>;
 
-    // Only these very types: a conversion would send something else than what was meant, a literal as a bool.
+    // Only exactly these types: a conversion could send another type, for example a literal as a bool.
     Variant(int value);                 // NOLINT(google-explicit-constructor)
     Variant(bool value);                // NOLINT(google-explicit-constructor)
     Variant(std::string&& value);       // NOLINT(google-explicit-constructor)
@@ -30,7 +29,7 @@ class Variant {
 
     const std::string& signature() const noexcept { return signature_; }
 
-    // Appends the value, without the variant around it. An exception on the way becomes the error's text.
+    // Appends the value without the variant around it. An exception becomes the error text.
     CodecResult<void> writeValue(sd_bus_message* message) const;
 
   private:
@@ -42,7 +41,7 @@ class Variant {
     Writer writer_;
 };
 
-// Appends a variant (v). When its value cannot be written the container is left open.
+// Appends a variant (v). If its value cannot be written, the container stays open.
 template <>
 CodecResult<void> write(sd_bus_message* message, const Variant& value);
 

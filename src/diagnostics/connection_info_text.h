@@ -1,4 +1,4 @@
-// Lets a ConnectionInfo be an argument of any fmt format string.
+// Formats a ConnectionInfo with fmt.
 #pragma once
 
 #include <fmt/format.h>
@@ -9,12 +9,12 @@
 
 namespace kaz::wifi {
 
-// The state in one line; both SSIDs appear in their redactable form.
+// The state in one line, with both SSIDs in their redactable form.
 std::string toText(const ConnectionInfo& info);
 
 }  // namespace kaz::wifi
 
-// Takes the format options of a string: fill, alignment, width, precision, '?'.
+// Accepts the format options of a string: fill, alignment, width, precision, '?'.
 template <>
 struct fmt::formatter<kaz::wifi::ConnectionInfo> : fmt::formatter<std::string_view> {
     auto format(const kaz::wifi::ConnectionInfo& info, fmt::format_context& context) const {

@@ -2,8 +2,8 @@
 
 namespace kaz::wifi {
 
-// The symbolic name of an IEEE 802.11 reason code, "<unknown>" for a code without one. The text is static,
-// never null. Callable from any thread.
+// The symbolic name of an IEEE 802.11 reason code, or "<unknown>". The text is static and never null.
+// Callable from any thread.
 const char* ieee80211_get_reason_code_string(int code);
 
 }  // namespace kaz::wifi

@@ -5,9 +5,8 @@
 
 namespace kaz::wifi {
 
-// An SSID in the form ssid="...", by which it can be found and removed in a log. Quotes and backslashes
-// inside are escaped with a backslash, so that the end of the form is never in doubt; all other bytes are
-// copied as they are.
+// An SSID in the form ssid="...", so that it can be found in a log and removed. Quotes and backslashes are
+// escaped with a backslash, so that the end of the form is certain. All other bytes are unchanged.
 std::string redactableSsid(std::string_view ssid);
 
 }  // namespace kaz::wifi
