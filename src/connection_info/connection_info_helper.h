@@ -5,29 +5,26 @@
 // networkd reports whether the link has an address.
 //
 // 1. Without a request, the published status follows the supplicant. Connecting becomes `connectingWifi`.
-// Connected
-//    becomes `connectingIP` or, if networkd is online, `connected`. All lower states become `disconnected`. The
-//    SSID is that of the current BSS.
+//    Connected becomes `connectingIP` or, if networkd is online, `connected`. All lower states become
+//    `disconnected`. The SSID is that of the current BSS.
 //
 // 2. An attempt begins when the user requests a network or the supplicant selects one by itself. From then on
-// the
-//    published status is `connectingWifi` with its SSID. Reports older than the attempt are ignored, because they
-//    are about the former network. The attempt ends when
+//    the published status is `connectingWifi` with its SSID. Reports older than the attempt are ignored,
+//    because they are about the former network. The attempt ends when
 //      - the supplicant is connected to the requested SSID: success;
 //      - it sets up the link to another SSID: that one is published;
 //      - it leaves link set-up without a connection: failure;
-//      - nothing happens for 2 s: failure. The timeout is paused during a scan and restarts at zero after it. It
-//        stops for good when link set-up begins, because the supplicant then reports how that ends;
+//      - nothing happens for 2 s: failure. The timeout is paused during a scan and restarts at zero after it.
+//        It stops for good when link set-up begins, because the supplicant then reports how that ends;
 //      - another attempt begins, the user disconnects, or the supplicant stops.
 //    After that the status follows the supplicant again, as in 1.
 //
 // 3. A disconnect request is published at once. Supplicant reports older than the request are ignored, so
-// that a
-//    late "still connected" does not undo it.
+//    that a late "still connected" does not undo it.
 //
-// 4. The end of every connection and attempt is recorded: which network, when, and whether the user or the
-// system
-//    caused it. The record stays until the next one, or until the supplicant starts or stops.
+// 4. When a connection or an unsuccessful attempt ends, the record names the network, the time, and whether
+//    the user or the system caused the end. It stays until the next one, or until the supplicant starts or
+//    stops.
 #pragma once
 
 #include "communicator/communicator.h"
@@ -53,8 +50,8 @@ class ConnectionInfoHelper {
     void notifyAboutConnectionAttempt(std::string ssid);
     void notifyAboutDisconnect();
 
-    // Forgetting the network in use is a disconnect. Forgetting the network of the last disconnect changes
-    // that disconnect's reason to the user.
+    // Forgetting the network in use is a disconnect. Forgetting the network of the last disconnect, if the
+    // system caused that, records the user as its cause.
     void notifyAboutForget(const std::string& ssid);
 
     // The supplicant selected this network; nullopt if it did not say which.

@@ -79,7 +79,7 @@ int exitContainer(sd_bus_message* message);
 // Positive: `value` was read; zero: there is no value; negative: an error.
 int takeBasic(sd_bus_message* message, char type, void* value);
 
-// The same, but a missing value is an error.
+// The error for a result of takeBasic() that is not positive.
 CodecError takeError(int result);
 
 // The signature of an array of elements with this signature.
