@@ -19,7 +19,7 @@ EXTRA_OECMAKE = "-DBUILD_TESTING=OFF -DKAZ_BUILD_EXAMPLES=OFF -DCMAKE_SKIP_INSTA
 
 # system-platform: the device has its own libkazdbus, libkazmetrics and libkazcommon, with the CMake package kazplatform.
 PACKAGECONFIG ??= "tools"
-PACKAGECONFIG[tools] = "-DKAZ_BUILD_TOOLS=ON -DKAZ_BUILD_SIMULATOR=ON,-DKAZ_BUILD_TOOLS=OFF -DKAZ_BUILD_SIMULATOR=OFF,cli11 nlohmann-json readline"
+PACKAGECONFIG[tools] = "-DKAZ_BUILD_TOOLS=ON -DKAZ_BUILD_SIMULATOR=ON,-DKAZ_BUILD_TOOLS=OFF -DKAZ_BUILD_SIMULATOR=OFF,cli11 libedit nlohmann-json utf8proc"
 PACKAGECONFIG[system-platform] = "-DKAZ_PLATFORM=system,-DKAZ_PLATFORM=bundled,kazplatform"
 
 # The same packages as Debian's; debian.bbclass renames the libraries to libkazwifi0 and so on.

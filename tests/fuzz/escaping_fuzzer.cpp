@@ -8,6 +8,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 #include <locale.h>
 #include <wchar.h>
+#include <wctype.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -56,11 +57,28 @@ bool steersDirection(wchar_t character) {
            (character >= 0x202A && character <= 0x202E) || (character >= 0x2066 && character <= 0x2069);
 }
 
+// The C library makes these wide although Unicode does not, or the other way round.
+bool isOfDisputedWidth(wchar_t character) {
+    return (character >= 0x4DC0 && character <= 0x4DFF) || (character >= 0x3248 && character <= 0x324F) ||
+           character == 0x302E || character == 0x302F || character == 0x16FF0 || character == 0x16FF1;
+}
+
+// The columns of a character by the C library; by kazwifictl where the C library's Unicode is too old to know.
+int widthOf(wchar_t character) {
+    const auto value = static_cast<char32_t>(character);
+    const bool unknown =
+        !::iswprint(static_cast<wint_t>(character)) && !::iswcntrl(static_cast<wint_t>(character));
+    if ((unknown && ctl::isShowable(value)) || isOfDisputedWidth(character)) {
+        return ctl::columnsOf(value);
+    }
+    return ::wcwidth(character);
+}
+
 // The columns that a terminal gives to a text that is fit for one.
 int checkedWidth(const std::string& text, bool utf8) {
     int columns = 0;
     const bool valid = forEachCharacter(text, [&columns](wchar_t character) {
-        const int width = character == 0 ? -1 : ::wcwidth(character);
+        const int width = character == 0 ? -1 : widthOf(character);
         require(width >= 0, "what is shown is printable");
         require(!steersDirection(character), "what is shown does not steer the direction of text");
         columns += width;

@@ -9,7 +9,7 @@
 #include <system_error>
 #include <utility>
 
-#include "kazwifictl/interrupts.h"
+#include "kazwifictl/caught_signals.h"
 
 namespace kaz::ctl {
 namespace {

@@ -10,9 +10,9 @@
 #include <system_error>
 
 #include "kazwifictl/background.h"
+#include "kazwifictl/caught_signals.h"
 #include "kazwifictl/command_failed.h"
 #include "kazwifictl/commands.h"
-#include "kazwifictl/interrupts.h"
 #include "kazwifictl/library_log.h"
 #include "kazwifictl/live_workspace.h"
 #include "kazwifictl/one_shot.h"

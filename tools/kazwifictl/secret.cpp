@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <string.h>
-#include <sys/signalfd.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -57,33 +56,6 @@ class EchoOff {
     termios former_{};
 };
 
-// Catches Ctrl-Z for a while, which would otherwise stop the process with the terminal as it is.
-class StopCatcher {
-  public:
-    StopCatcher() {
-        sigset_t set;
-        ::sigemptyset(&set);
-        ::sigaddset(&set, SIGTSTP);
-        ::pthread_sigmask(SIG_BLOCK, &set, &former_);
-        signals_ = FileDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
-    }
-    ~StopCatcher() { ::pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
-    StopCatcher(const StopCatcher&) = delete;
-    StopCatcher& operator=(const StopCatcher&) = delete;
-    StopCatcher(StopCatcher&&) = delete;
-    StopCatcher& operator=(StopCatcher&&) = delete;
-
-    int fd() const { return signals_.get(); }
-    bool take() {
-        signalfd_siginfo info{};
-        return ::read(signals_.get(), &info, sizeof(info)) == static_cast<ssize_t>(sizeof(info));
-    }
-
-  private:
-    sigset_t former_{};
-    FileDescriptor signals_;
-};
-
 void writeAll(int fd, std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = ::write(fd, text.data(), text.size());
@@ -129,7 +101,7 @@ std::string askSecret(const std::string& question, Interrupts& interrupts) {
         throw CommandFailed({ExitCode::usage, "cannot ask for the password", "there is no terminal",
                              "--password-file FILE, or the password on the standard input"});
     }
-    StopCatcher stops;
+    CaughtSignals stops({SIGTSTP});  // Ctrl-Z would stop the process with the terminal as it is
     EchoOff echo(tty.get());
     writeAll(tty.get(), question);
     std::string answer;

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "kazwifictl/interrupts.h"
+#include "kazwifictl/caught_signals.h"
 
 namespace kaz::ctl {
 

@@ -25,10 +25,10 @@
 #include <optional>
 #include <string>
 
+#include "kazwifictl/caught_signals.h"
 #include "kazwifictl/device.h"
 #include "kazwifictl/event.h"
 #include "kazwifictl/inbox.h"
-#include "kazwifictl/interrupts.h"
 
 namespace kaz::ctl {
 

@@ -21,16 +21,6 @@ bool isPrintableAscii(char32_t value) {
     return value >= 0x20 && value < 0x7F;
 }
 
-// Blanks other than the plain one look like it, so they count as not printable.
-bool isForeignBlank(char32_t value) {
-    return value == 0xA0 || value == 0x1680 || (value >= 0x2000 && value <= 0x200A) || value == 0x202F ||
-           value == 0x205F || value == 0x3000 || value == 0x2800;
-}
-
-bool isPrivate(char32_t value) {
-    return (value >= 0xE000 && value <= 0xF8FF) || value >= 0xF0000;
-}
-
 std::string escapedBytes(std::string_view bytes) {
     std::string result;
     for (const char byte : bytes) {
@@ -63,11 +53,10 @@ class Escaper {
 
   private:
     bool showable(char32_t value) {
-        const int columns = columnsOf(value);
-        if (!utf8_ || columns < 0 || isInvisible(value) || isForeignBlank(value) || isPrivate(value)) {
+        if (!utf8_ || !isShowable(value)) {
             return false;
         }
-        marks_ = columns > 0 ? 0 : marks_ + 1;
+        marks_ = columnsOf(value) > 0 ? 0 : marks_ + 1;
         return marks_ <= marksShown;
     }
 

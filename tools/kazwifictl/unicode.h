@@ -19,11 +19,15 @@ CodePoint codePointAt(std::string_view text, std::size_t at);
 
 std::string toUtf8(char32_t value);
 
-// The columns a character takes on a terminal: 0 for combining marks, 2 for wide characters, -1 for those
-// that are not to be printed (controls, unassigned ones).
+// Whether a character shows itself and nothing else. Controls and unassigned characters do not, nor those
+// that are invisible (joiners, fillers, tags), that alter the layout of their neighbours (direction marks),
+// that have no common meaning (private use), or that look like the plain blank.
+bool isShowable(char32_t value);
+
+// The columns that a showable character takes on a terminal: 0 for combining marks, 2 for wide characters.
 int columnsOf(char32_t value);
 
-// The columns that `text`, made of printable characters, takes.
+// The columns that `text`, made of showable characters and plain blanks, takes.
 int columnsOf(std::string_view text);
 
 // `text` cut to at most `columns`, ending in `ellipsis` when something was cut off. A character is taken
@@ -33,11 +37,7 @@ std::string cutTo(std::string_view text, int columns, std::string_view ellipsis)
 // `text` with blanks added up to `columns`.
 std::string paddedTo(std::string_view text, int columns);
 
-// Whether a character changes how its neighbours are laid out or is seen by nobody: direction marks and
-// overrides, joiners, soft hyphens, fillers, variation selectors, tags.
-bool isInvisible(char32_t value);
-
-// Whether a character is written from right to left.
+// Whether a character is written from right to left, or is a digit of such a script.
 bool isRightToLeft(char32_t value);
 
 }  // namespace kaz::ctl

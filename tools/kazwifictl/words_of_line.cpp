@@ -1,9 +1,11 @@
 #include "kazwifictl/words_of_line.h"
 
 namespace kaz::ctl {
+namespace {
 
-std::optional<std::vector<std::string>> wordsOfLine(std::string_view line) {
-    std::vector<std::string> words;
+// Also whether the last word has begun.
+std::pair<SplitLine, bool> splitAtBlanks(std::string_view line) {
+    SplitLine result;
     bool inWord = false;
     char quote = '\0';
     for (std::size_t i = 0; i < line.size(); ++i) {
@@ -14,21 +16,39 @@ std::optional<std::vector<std::string>> wordsOfLine(std::string_view line) {
             continue;
         }
         if (!inWord) {
-            words.emplace_back();
+            result.words.emplace_back();
+            result.lastBegins = i;
             inWord = true;
         }
         const bool escapes = letter == '\\' && quote != '\'' && i + 1 < line.size();
         if (escapes) {
-            words.back() += line[++i];
+            result.words.back() += line[++i];
         } else if (quote == '\0' && (letter == '\'' || letter == '"')) {
             quote = letter;
         } else if (letter == quote) {
             quote = '\0';
         } else {
-            words.back() += letter;
+            result.words.back() += letter;
         }
     }
-    return quote == '\0' ? std::optional(words) : std::nullopt;
+    result.quoteIsOpen = quote != '\0';
+    return {result, inWord};
+}
+
+}  // namespace
+
+SplitLine split(std::string_view line) {
+    auto [result, inWord] = splitAtBlanks(line);
+    if (!inWord) {
+        result.words.emplace_back();
+        result.lastBegins = line.size();
+    }
+    return result;
+}
+
+std::optional<std::vector<std::string>> wordsOfLine(std::string_view line) {
+    const SplitLine result = splitAtBlanks(line).first;
+    return result.quoteIsOpen ? std::nullopt : std::optional(result.words);
 }
 
 }  // namespace kaz::ctl

@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
+#include "kazwifictl/caught_signals.h"
 #include "kazwifictl/device.h"
 #include "kazwifictl/failure.h"
-#include "kazwifictl/interrupts.h"
 #include "kazwifictl/library_log.h"
 #include "kazwifictl/session.h"
 

@@ -1,4 +1,4 @@
-#include "kazwifictl/interrupts.h"
+#include "kazwifictl/caught_signals.h"
 
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -7,21 +7,13 @@
 #include <system_error>
 
 namespace kaz::ctl {
-namespace {
 
-sigset_t endingSignals() {
+CaughtSignals::CaughtSignals(std::initializer_list<int> signals) {
     sigset_t set;
     ::sigemptyset(&set);
-    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+    for (const int signal : signals) {
         ::sigaddset(&set, signal);
     }
-    return set;
-}
-
-}  // namespace
-
-Interrupts::Interrupts() {
-    const sigset_t set = endingSignals();
     ::pthread_sigmask(SIG_BLOCK, &set, &former_);
     signals_ = FileDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
     if (signals_.get() < 0) {
@@ -29,11 +21,11 @@ Interrupts::Interrupts() {
     }
 }
 
-Interrupts::~Interrupts() {
+CaughtSignals::~CaughtSignals() {
     ::pthread_sigmask(SIG_SETMASK, &former_, nullptr);
 }
 
-std::optional<int> Interrupts::take() {
+std::optional<int> CaughtSignals::take() {
     signalfd_siginfo info{};
     const bool taken = ::read(signals_.get(), &info, sizeof(info)) == static_cast<ssize_t>(sizeof(info));
     return taken ? std::optional(static_cast<int>(info.ssi_signo)) : std::nullopt;
