@@ -1,14 +1,14 @@
 #!/usr/bin/python3 -B
-"""commands.py [--programs FOLDER...] [DOCUMENT...]: the commands in the documents work.
+"""commands.py [--programs FOLDER...] [DOCUMENT...]: checks that the commands in the documents work.
 
-A block of commands is marked `sh`, or by indentation alone; `console` is a session, whose commands follow a `$ `.
+A block of commands is marked `sh`, or only indented. A `console` block is a session; its commands follow a `$ `.
 
-- Builds and other long commands are not run again: their names, presets, targets, tests and options exist. That these
-  do their work is what the other tests show.
-- kazwifictl and the simulated device, found in the folders given, are run: a block is a script, on a simulated device
-  among the neighbours of home.json, and has to end with status 0. A session's commands end with status 0 unless the
-  session shows an error of theirs; they are given a password.
-- All else has to say why it is not run, in a comment above the block: `<!-- not run: REASON -->`.
+- Builds and other long commands are not run. Their names, presets, targets, tests and options must exist; other tests
+  show that they work.
+- kazwifictl and the simulated device are run, from the given folders. A block is a script. It runs on a simulated device
+  with the neighbourhood home.json, and must exit with status 0. The commands of a session get a password. They must exit
+  with status 0, unless the session shows their error.
+- Every other block needs a comment above it that says why it is not run: `<!-- not run: REASON -->`.
 """
 
 import argparse
@@ -48,13 +48,13 @@ def matches(expression, names):
 
 
 def matches_filter(expression, names):
-    """As --gtest_filter does, without what it takes away again."""
+    """As --gtest_filter does, without its negative patterns."""
     patterns = [re.escape(one).replace(r"\*", ".*") for one in expression.split("-")[0].split(":")]
     return all(matches(f"^(?:{one})$", names) for one in patterns)
 
 
 def problems_of_dev(words):
-    """Of `./dev` with these arguments."""
+    """The problems of `./dev` with these arguments."""
     if not words or words[0] not in dev_commands | {"help"}:
         return [f"./dev has no command '{' '.join(words[:1])}'"]
     command, words = words[0], words[1:]
@@ -87,7 +87,7 @@ def problems_of_dev(words):
 
 
 def problems_of_cmake(words):
-    """Of installing a preset's build, and of configuring and building a project of the tree on its own."""
+    """The problems of installing a preset's build, and of configuring and building a project of the tree."""
     if words[1:2] == ["--install"] or words[1:2] == ["--build"]:
         folder = words[2] if len(words) > 2 else ""
         known = presets | {Path(name).parent.name for name in projects}
@@ -98,13 +98,13 @@ def problems_of_cmake(words):
 
 
 def problems_of_built(words):
-    """Of programs named by their place in a build folder."""
+    """The problems of programs in a build folder."""
     programs = [word for word in words if re.match(r"build/\w+/", word)]
     return [f"no target makes {word}" for word in programs if word.rsplit("/", 1)[1] not in targets]
 
 
 def problems_of_ours(words):
-    """Of a script of the tree."""
+    """The problems of a script of the tree."""
     path = ROOT / words[0]
     if not os.access(path, os.X_OK) or not path.is_file():
         return [f"there is no program {words[0]}"]
@@ -113,7 +113,7 @@ def problems_of_ours(words):
 
 
 def check(words):
-    """The problems of a command that is not run; None when it has to be."""
+    """The problems of a command that is not run; None for a command that must run."""
     if words[0] == "./dev":
         return problems_of_dev(words[1:])
     if words[0] == "cmake":
@@ -124,7 +124,7 @@ def check(words):
         return problems_of_built(words)
     if "/" in words[0] and not words[0].startswith("/"):
         return problems_of_ours(words)
-    return [f"{words[0]}: nobody knows whether this works; write `<!-- not run: REASON -->` above the block"]
+    return [f"{words[0]}: this cannot be checked; write `<!-- not run: REASON -->` above the block"]
 
 
 class Device:
@@ -172,17 +172,17 @@ def check_script(document, block, device, problems):
 
 
 def plain(text):
-    """What remains when figures differ, lines are broken elsewhere, and the last search is recent enough or not."""
+    """The text without differences in figures, in line breaks and in the age of the last search."""
     text = re.sub(r"^  searched +\S+ s\n", "", text, flags=re.MULTILINE)
     return re.sub(r"\s+", " ", re.sub(r"\d+(\.\d+)?", "N", text))
 
 
 def check_session(document, block, device, problems):
-    """Each `$ command`, one after the other on one device, with the output that the session shows."""
+    """Runs each `$ command`, in order on one device, and compares its output with the session."""
     parts = re.split(r"^\$ (.*)\n", block.text, flags=re.MULTILINE)[1:]
     script, expected = "", []
     for command, output in zip(parts[::2], parts[1::2]):
-        # A session that ends with ^C is interrupted; one that asks for a password does so on a terminal only.
+        # A command that ends with ^C is interrupted. The question for a password appears only on a terminal.
         wanted = [line for line in output.splitlines() if line != "^C" and not line.startswith("Password")]
         failing = any(line.startswith("kazwifictl: ") for line in wanted)
         interrupted = "^C" in output
@@ -198,7 +198,7 @@ def check_session(document, block, device, problems):
 
 
 def check_code_in_text(document, problems):
-    """A command that is named in the text is none of a block, but exists all the same."""
+    """Commands that are named in the text must exist too."""
     count = 0
     for span in document.code:
         if span.text.startswith("./dev "):
@@ -208,14 +208,14 @@ def check_code_in_text(document, problems):
     return count
 
 
-def check_that_all_are_told(document, problems):
-    """The page for those who work on the tree names every command of ./dev, and so does its help."""
-    told = " ".join([span.text for span in document.code] + [block.text for block in document.blocks])
+def check_that_all_are_named(document, problems):
+    """The page for contributors names every command of ./dev, and so does its help."""
+    named = " ".join([span.text for span in document.code] + [block.text for block in document.blocks])
     for command in sorted(dev_commands):
-        if not re.search(rf"\./dev {command}\b", told):
-            problems.add(document, 1, f"does not tell of ./dev {command}")
+        if not re.search(rf"\./dev {command}\b", named):
+            problems.add(document, 1, f"does not name ./dev {command}")
         if not re.search(rf"^  {command}\b", dev_help, re.MULTILINE):
-            problems.add(document, 1, f"./dev help does not tell of {command}")
+            problems.add(document, 1, f"./dev help does not name {command}")
 
 
 def main():
@@ -240,7 +240,7 @@ def main():
                 check_script(document, block, device, problems)
         count += check_code_in_text(document, problems)
         if document.name == "CONTRIBUTING.md":
-            check_that_all_are_told(document, problems)
+            check_that_all_are_named(document, problems)
     problems.leave(count, "blocks and commands")
 
 

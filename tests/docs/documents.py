@@ -1,6 +1,6 @@
-"""The Markdown documents of the tree, and what is in them.
+"""The Markdown documents of the tree, parsed.
 
-The scripts that use this name Debian's Python, which is the one that finds Debian's modules.
+The scripts that use this run Debian's Python, because only that finds Debian's modules.
 """
 
 import os
@@ -22,7 +22,7 @@ NOT_RUN = re.compile(r"<!-- not run: (.+) -->")
 
 @dataclass
 class Block:
-    """A block of code; `reason` tells why nobody can run it, where somebody wrote that above it."""
+    """A block of code; `reason` is the text of a "not run" comment above it, if there is one."""
 
     line: int
     language: str | None  # None: marked by indentation alone
@@ -32,7 +32,7 @@ class Block:
 
 @dataclass
 class Span:
-    """A link's target or a piece of code within a text; `column` is the heading of its column in a table."""
+    """A link's target or a piece of code in a text; `column` is the heading of its column in a table."""
 
     line: int
     text: str
@@ -40,7 +40,7 @@ class Span:
 
 
 def slug(heading):
-    """The anchor that hosting sites give a heading."""
+    """The anchor of a heading on hosting sites."""
     return re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
 
 
@@ -94,7 +94,7 @@ class Document:
 
 
 def files(*folders):
-    """Every file of the tree, or of the folders, as a path relative to the tree."""
+    """Every file of the tree, or of the given folders, as a path relative to the tree."""
     for folder in folders or (".",):
         for at, below, names in os.walk(ROOT / folder):
             below[:] = [name for name in below if name not in NOT_OURS]
@@ -103,7 +103,7 @@ def files(*folders):
 
 
 def documents(arguments):
-    """Those named on the command line, or else all."""
+    """The documents named on the command line, or all."""
     paths = arguments or sorted(ROOT / name for name in files() if name.endswith(".md") and "/mistakes" not in name)
     return [Document(path) for path in paths]
 
@@ -117,7 +117,7 @@ class Problems:
         print(f"{document.name}:{line}: {text}")
 
     def leave(self, looked_at, what):
-        """Ends the program. To have looked at nothing is a problem too."""
+        """Ends the program. Zero checked items are a problem too."""
         if looked_at == 0:
             self.count += 1
         print(f"{looked_at} {what}, {self.count} problems", file=sys.stderr)

@@ -1,4 +1,4 @@
-// The example of docs/integration.md compiles, in a loop that has something to show.
+// Compiles the example of docs/integration.md.
 #include <sys/eventfd.h>
 #include <wifi/manager.h>
 

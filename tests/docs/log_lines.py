@@ -1,8 +1,8 @@
 #!/usr/bin/python3 -B
-"""log_lines.py [DOCUMENT]: the log records that the table for troubleshooting quotes are the product's, with their level.
+"""log_lines.py [DOCUMENT]: compares the log records quoted in the troubleshooting table with those of the product.
 
-A record is quoted after its level: warning "Couldn't read ...". What stands for anything is `...`, or M and N.
-Every error and every warning has to be in the table.
+A record is quoted after its level: warning "Couldn't read ...". Placeholders are `...`, M and N. The table must have
+every error and every warning.
 """
 
 import re
@@ -13,7 +13,7 @@ from documents import ROOT, Document, Problems, files
 LEVELS = {"err": "error", "error": "error", "warn": "warning", "info": "info", "debug": "debug"}
 RECORD = re.compile(r'\b(err|error|warn|info|debug|(?:log|write)\(\w+)\s*[(,]\s*((?:"(?:[^"\\]|\\.)*"\s*)+)')
 QUOTED = re.compile(r'\b(error|warning|info|debug) ((?:(?:"[^"]*"|`[^`]*`)(?: or )?)+)')
-# What only a bug of the library's own, or of a program around it, can bring about.
+# Records that only a bug of the library or its program can cause.
 NOBODYS_TROUBLE = (
     "Event loop: ",
     "Cannot wait for the system bus",
@@ -28,7 +28,7 @@ ANYTHING = "\0"
 
 
 def records():
-    """Every format of a record, with its level; "any" where the caller says which."""
+    """Every format of a record, with its level; "any" if the caller passes the level."""
     for name in files("src", "platform"):
         if name.endswith((".cpp", ".h")):
             for level, literals in RECORD.findall((ROOT / name).read_text(encoding="utf-8")):
@@ -37,8 +37,8 @@ def records():
 
 
 def fits(quoted, record):
-    """Whether one text could be what both stand for, and has the record's own words in common."""
-    # Row by row: how many characters that stand for themselves the first i of one and j of the other share.
+    """Whether one text could match both patterns, and contains most of the record's own words."""
+    # Row by row: how many literal characters the first i of one pattern and the first j of the other share.
     none = -1
     rows = [[none] * (len(record) + 1) for _ in range(len(quoted) + 1)]
     rows[0][0] = 0
@@ -69,5 +69,5 @@ for number, level, text in quotations:
 for level, record in known:
     if level in ("error", "warning") and not record.startswith(NOBODYS_TROUBLE):
         if not any(quoted_level == level and fits(text, record) for _, quoted_level, text in quotations):
-            problems.add(document, 1, f'does not tell of the {level} "{record.replace(ANYTHING, "...")}"')
+            problems.add(document, 1, f'lacks the {level} "{record.replace(ANYTHING, "...")}"')
 problems.leave(len(quotations), "quoted records")

@@ -1,8 +1,8 @@
 #!/usr/bin/python3 -B
-"""references.py [DOCUMENT...]: what the documents point at is there.
+"""references.py [DOCUMENT...]: checks that what the documents refer to exists.
 
-That is: the targets of links, with their anchors; files and folders of the tree that are named as code; functions and
-members that are named with `::` or `()`; tests in a table's column "shown by".
+These are the targets of links, with their anchors; files and folders of the tree that are named as code; functions and
+members that are named with `::` or `()`; tests in the column "shown by" of a table.
 """
 
 import itertools
@@ -28,13 +28,13 @@ for source in files(*SOURCES):
 
 
 def alternatives(path):
-    """A path with `{a,b}` in it stands for several."""
+    """The paths that a path with `{a,b}` means."""
     parts = [part.split(",") if i % 2 else [part] for i, part in enumerate(re.split(r"\{([^}]*)\}", path))]
     return ["".join(choice) for choice in itertools.product(*parts)]
 
 
 def is_there(path):
-    # What is in capitals stands for a name, but for the names of documents.
+    # Capitals are a placeholder for a name, except in the names of documents.
     pattern = re.sub(r"(?<![A-Za-z])[A-Z]+(?![A-Za-z]|\\\.md)", "[^/]+", re.escape(path.rstrip("/")).replace(r"\*", "[^/]*"))
     pattern = re.compile(rf"(?:.*/)?{pattern}(?:\.in)?" if "/" not in path or FILE.fullmatch(path) else pattern)
     return any(pattern.fullmatch(name) for name in everything | folders)
@@ -52,7 +52,7 @@ def check_link(document, span, problems):
     path, _, anchor = span.text.partition("#")
     target = (document.path.parent / path).resolve() if path else document.path
     if not target.exists():
-        problems.add(document, span.line, f"links to {path}, which is not there")
+        problems.add(document, span.line, f"links to {path}, which does not exist")
     elif anchor and target.suffix == ".md" and anchor not in Document(target).anchors:
         problems.add(document, span.line, f"links to {span.text}, which has no such heading")
 
@@ -62,7 +62,7 @@ def check_code(document, span, problems):
     if looks_like_a_path(text):
         for path in alternatives(text):
             if not is_there(path):
-                problems.add(document, span.line, f"names {path}, which is not there")
+                problems.add(document, span.line, f"names {path}, which does not exist")
     elif IDENTIFIER.fullmatch(text) and ("::" in text or text.endswith("()")) and not text.startswith(STANDARD):
         missing = [word for word in re.findall(r"\w+", text) if word not in words]
         if missing:
@@ -73,7 +73,7 @@ def check_test(document, span, problems):
     if span.text.startswith("./dev"):
         return
     if span.text not in known_tests | known_suites | known_targets:
-        problems.add(document, span.line, f"names {span.text}, which is no test")
+        problems.add(document, span.line, f"names {span.text}, which is not a test")
 
 
 known_tests, known_suites, known_targets = tests(), suites(), fuzz_targets()
@@ -84,6 +84,6 @@ for one in documents(sys.argv[1:]):
     for code in one.code:
         (check_test if code.column == "shown by" or code.text in known_tests else check_code)(one, code, found)
         if re.fullmatch(r"[A-Z][a-z]\w+\.[A-Z][a-z]\w+", code.text) and code.text not in known_tests:
-            found.add(one, code.line, f"names {code.text}, which is no test")
+            found.add(one, code.line, f"names {code.text}, which is not a test")
     looked_at += len(one.links) + len(one.code)
 found.leave(looked_at, "references")

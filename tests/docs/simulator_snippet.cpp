@@ -1,4 +1,4 @@
-// The example of docs/simulator.md compiles, in a test.
+// Compiles the example of docs/simulator.md.
 #include "simulator/device/simulated_device.h"
 #include "simulator/private_bus/private_bus.h"
 #include "simulator/world/neighbourhood_json.h"

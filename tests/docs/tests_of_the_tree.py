@@ -15,7 +15,7 @@ def tests(folder="tests"):
         if name.endswith(".cpp"):
             names |= {f"{suite}.{test}" for suite, test in GOOGLE_TEST.findall(text)}
         elif name.endswith("CMakeLists.txt"):
-            # Where a variable follows, the name goes on.
+            # A variable may follow, so the name may be incomplete.
             found = {test.rstrip("_") for test in CTEST.findall(text)}
             names |= {test if "." in test else f"Packaging.{test}" for test in found}
     return names
