@@ -1,4 +1,5 @@
-// Reads n access points off a private bus in every way there is, in turns, so that a busy machine hits all alike.
+// Reads n access points from a private bus with each reader, in turns, so that a busy machine affects all
+// equally.
 //
 //   bss_benchmark [--short]
 #include "bench/bss/bss_reader.h"
@@ -24,7 +25,7 @@ using namespace kaz::bench;
 struct Contestant {
     std::string name;
     std::unique_ptr<BssReader> reader;
-    std::vector<double> times;  // us a BSS; one for each turn
+    std::vector<double> times;  // us per BSS; one for each turn
     std::vector<double> processorTimes;
 };
 
@@ -42,7 +43,7 @@ void takeTurn(Contestant& contestant, const std::vector<std::string>& paths,
     });
 }
 
-// Turn by turn, so that what disturbed one turn disturbed both.
+// Turn by turn, so that a disturbance affects both.
 std::vector<double> ratios(const std::vector<double>& ours, const std::vector<double>& limit) {
     std::vector<double> all(ours.size());
     std::transform(ours.begin(), ours.end(), limit.begin(), all.begin(),
@@ -84,7 +85,7 @@ void runSize(std::vector<Contestant>& contestants, std::size_t size, std::size_t
     }
     for (std::size_t turn = 0; turn < turns; ++turn) {
         for (std::size_t i = 0; i < contestants.size(); ++i) {
-            // Nobody always follows the same one.
+            // Rotate, so that no reader always follows the same one.
             takeTurn(contestants[(i + turn) % contestants.size()], paths, expected);
         }
     }

@@ -9,7 +9,7 @@
 
 namespace kaz::bench {
 
-// One way of reading access points off the bus, one call each, into what the library makes of them.
+// One way of reading access points from the bus, one call each, into the library's records.
 class BssReader {
   public:
     using Bss = wifi::Communicator::BssProperties;
@@ -21,16 +21,16 @@ class BssReader {
     BssReader(BssReader&&) = delete;
     BssReader& operator=(BssReader&&) = delete;
 
-    // Throws when one of them cannot be read.
+    // Throws when an access point cannot be read.
     virtual std::vector<Bss> read(const std::vector<std::string>& paths) = 0;
 
-    // Runs the work on the thread that is to call read(), and waits for it.
+    // Runs the work on the thread that calls read(), and waits for it.
     virtual void onItsThread(const std::function<void()>& work) { work(); }
 };
 
 std::unique_ptr<BssReader> makeOurReader();
 std::unique_ptr<BssReader> makeHandWrittenReader(const std::string& busAddress);
-// By hand too, but it sends further calls before the replies of those before are here.
+// By hand too, but with several calls in flight.
 std::unique_ptr<BssReader> makePipelinedReader(const std::string& busAddress);
 std::unique_ptr<BssReader> makeSdbusCppReader(const std::string& busAddress);
 std::unique_ptr<BssReader> makeGDBusReader(const std::string& busAddress);

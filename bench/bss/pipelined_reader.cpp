@@ -11,7 +11,7 @@
 namespace kaz::bench {
 namespace {
 
-// The system bus hands out an error for more calls of one client without a reply than 128.
+// The system bus returns an error for more than 128 calls without a reply per client.
 constexpr std::size_t callsInFlight = 64;
 
 class PipelinedReader final : public BssReader {

@@ -1,4 +1,4 @@
-// The codec beside the same work done by hand over sd-bus: time, and calls of operator new.
+// The codec compared with the same work by hand over sd-bus: time, and calls of operator new.
 #include "bench/codec/codec_tasks.h"
 #include "bench/codec/counted_allocations.h"
 #include "bench/codec/sample_messages.h"

@@ -1,7 +1,7 @@
-// Runs one of the codec's tasks a given number of times, for whoever counts instructions.
+// Runs one of the codec's tasks a given number of times, to count its instructions.
 //
-//   codec_probe NUMBER TIMES     the first task is number 0; without a task of that number the status is 2
-//   codec_probe                  prints their names, "what/who", one a line
+//   codec_probe NUMBER TIMES     the first task is number 0; an unknown number gives status 2
+//   codec_probe                  prints their names, "what/who", one per line
 #include "bench/codec/codec_tasks.h"
 #include "bench/codec/sample_messages.h"
 

@@ -8,15 +8,15 @@
 
 namespace kaz::bench {
 
-// One thing the codec does, or the same done by hand over sd-bus; on a message in memory, so that no bus takes
-// part. `run` throws when the outcome is wrong.
+// One operation of the codec, or the same by hand over sd-bus, on a message in memory and without a bus.
+// `run` throws if the result is wrong.
 struct CodecTask {
     std::string name;  // "read a BSS"
     std::string who;   // "libkazwifi" or "hand-written sd-bus"
     std::function<void()> run;
 };
 
-// All of them, in pairs. They use the bus to make messages and must not outlive it.
+// All tasks, in pairs. They use the bus to make messages and must not outlive it.
 std::vector<CodecTask> codecTasks(sd_bus* bus);
 
 }  // namespace kaz::bench

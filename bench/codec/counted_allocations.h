@@ -4,7 +4,7 @@
 
 namespace kaz::bench {
 
-// How often this thread has called the global operator new.
+// The number of calls of the global operator new by this thread.
 std::size_t allocations() noexcept;
 
 }  // namespace kaz::bench

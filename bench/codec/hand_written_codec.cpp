@@ -17,7 +17,7 @@ int readStrings(sd_bus_message* message, std::set<std::string>& strings) {
     return r < 0 ? r : sd_bus_message_exit_container(message);
 }
 
-// sd-bus skips an array element by element, bytes too; reading one hands it out whole.
+// sd-bus skips an array element by element, even bytes; reading an array takes it at once.
 int skipVariant(sd_bus_message* message) {
     const char* contents = nullptr;
     int r = sd_bus_message_peek_type(message, nullptr, &contents);
@@ -38,7 +38,7 @@ int skipVariant(sd_bus_message* message) {
     return r < 0 ? r : sd_bus_message_exit_container(message);
 }
 
-// Calls `readValue(key)` inside the variant of each entry; a value it does not want is skipped.
+// Calls `readValue(key)` inside the variant of each entry, and skips a value that it does not read.
 template <typename ReadValue>
 int readDictionary(sd_bus_message* message, ReadValue readValue) {
     int r = sd_bus_message_enter_container(message, 'a', "{sv}");

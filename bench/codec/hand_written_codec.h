@@ -1,5 +1,4 @@
-// The same decoding, written out call by call over sd-bus: the limit the codec is measured against. Good
-// messages only.
+// The same decoding, written by hand over sd-bus: the reference for the codec. Only for valid messages.
 #pragma once
 
 #include "dbus/records.h"
@@ -8,7 +7,7 @@
 
 namespace kaz::bench {
 
-// Below zero on any failure.
+// Negative on any failure.
 int readBssByHand(sd_bus_message* message, wifi::BSSData& bss);
 int readPropertiesChangedByHand(sd_bus_message* message, dbus::SupplicantInterfaceProperties& properties);
 int writeNetworkByHand(sd_bus_message* message);

@@ -14,7 +14,7 @@ BusPtr makeUnconnectedBus() {
     sd_bus* bus = nullptr;
     check(sd_bus_new(&bus));
     BusPtr owned(bus);
-    check(sd_bus_set_fd(bus, ends[0], ends[0]));  // the other end stays open for the process's life
+    check(sd_bus_set_fd(bus, ends[0], ends[0]));  // the other end stays open until the process ends
     check(sd_bus_start(bus));
     return owned;
 }

@@ -5,8 +5,8 @@
 
 namespace kaz::bench {
 
-// Connects to the bus and makes, over sd-bus and in a loop, the calls that a Manager makes until it has its first
-// list, in the same order; ends with that list, sorted. Returns its size. Throws std::runtime_error.
+// Connects to the bus and makes, over sd-bus in a loop, the calls that a Manager makes until its first list,
+// in the same order. Makes the sorted list and returns its size. Throws std::runtime_error on failure.
 std::size_t listNetworksByHand(const std::string& busAddress);
 
 }  // namespace kaz::bench

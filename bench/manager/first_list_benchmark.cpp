@@ -1,5 +1,5 @@
-// From nothing to the first published list: a Manager, and the same calls made by hand in a loop, on the caller's thread
-// and on one of their own, in turns.
+// The time until the first published list: a Manager, and the same calls by hand in a loop, on the caller's
+// thread and on a separate one, in turns.
 //
 //   first_list_benchmark [--short]
 #include "bench/manager/calls_by_hand.h"
@@ -72,7 +72,7 @@ Sample timeByHand(const std::string& address, std::size_t count) {
     return read(watch);
 }
 
-// As a Manager does it: so that the caller is free meanwhile.
+// Like a Manager: the caller does not wait.
 Sample timeByHandOnAThread(const std::string& address, std::size_t count) {
     std::size_t listed = 0;
     const bench::StopWatch watch;
@@ -111,7 +111,7 @@ void report(const Client& client, std::size_t count) {
 }
 
 void runSize(const std::string& address, std::size_t count, std::size_t turns) {
-    std::vector<double> ends;  // of destroying the Manager
+    std::vector<double> ends;  // the times to destroy the Manager
     std::array<Client, 3> clients{{
         {"hand-written sd-bus", [&] { return timeByHand(address, count); }, {}, {}, {}},
         {"hand-written, on a thread", [&] { return timeByHandOnAThread(address, count); }, {}, {}, {}},

@@ -1,5 +1,5 @@
-// What the caller waits for in a getter or a request: with an idle loop, with one that reads 1,000 access points, and
-// with one that waits for a peer that does not answer.
+// How long the caller waits in a getter or a request: with an idle loop, with a loop that reads 1,000 access
+// points, and with a loop that waits for a peer that hangs.
 //
 //   getters_benchmark [--short]
 #include "bench/manager/published_list.h"
@@ -28,7 +28,7 @@ using Clock = std::chrono::steady_clock;
 constexpr unsigned networkCount = 50;
 constexpr unsigned busyCount = 1000;
 
-// A network of nobody's: the stand-in refuses to add it.
+// An unknown network: the stand-in refuses to add it.
 const wifi::ConnectionSettings home = [] {
     wifi::ConnectionSettings settings;
     settings.ssid = "A network at home";
@@ -37,7 +37,7 @@ const wifi::ConnectionSettings home = [] {
     return settings;
 }();
 
-// ns each of `calls` calls took, averaged over `batch` of them at a time where one is too short for the clock.
+// The ns of each of `calls` calls, averaged over `batch` calls if one is too short for the clock.
 template <typename Call>
 std::vector<double> sample(std::size_t calls, int batch, Call call) {
     std::vector<double> times;
@@ -72,7 +72,7 @@ void measure(wifi::Manager& manager, const std::string& when, std::size_t calls)
                 }));
     reportCalls("connectionInfo()", when,
                 sample(calls, 1, [&] { static_cast<void>(manager.connectionInfo()); }));
-    // Few enough that none is dropped.
+    // So few that none is dropped.
     const std::size_t requests = std::min<std::size_t>(calls, 2000);
     reportCalls("scan()", when, sample(requests, 1, [&] { manager.scan(); }));
     reportCalls("connect()", when, sample(requests, 1, [&] {
@@ -82,7 +82,7 @@ void measure(wifi::Manager& manager, const std::string& when, std::size_t calls)
                 }));
 }
 
-// Whether the loop reaches a task within this time.
+// Whether the loop runs a task within this time.
 bool loopIsBusy(wifi::Manager& manager, const std::shared_ptr<std::promise<void>>& reached) {
     manager.onEnabledChanged([reached] { reached->set_value(); });
     manager.setEnabled(!manager.isEnabled());

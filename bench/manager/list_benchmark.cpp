@@ -1,4 +1,5 @@
-// What the engine takes to make the published list out of the access points it was told: rebuild, sort, publish.
+// How long the engine takes to make the published list from the reported access points: rebuild, sort,
+// publish.
 //
 //   list_benchmark [--short]
 #include "bench/measuring/figures.h"
@@ -24,7 +25,7 @@ namespace {
 using namespace kaz;
 using Bss = wifi::Communicator::BssProperties;
 
-// Access points of as many networks, in no order.
+// Access points, each of a separate network, unsorted.
 std::vector<Bss> makeAir(std::size_t count, std::mt19937& random) {
     std::uniform_int_distribution<int> signal(-95, -30);
     std::vector<Bss> air;

@@ -10,7 +10,7 @@ namespace kaz::bench {
 void awaitList(wifi::Manager& manager) {
     const auto published = std::make_shared<std::promise<void>>();
     manager.onNetworksListChanged([published] { published->set_value(); });
-    // It may have come before there was a callback.
+    // The list may have been published before the callback was registered.
     if (manager.networks().empty()) {
         published->get_future().wait();
     }

@@ -1,4 +1,4 @@
-// 20,000 signals at once, each of which changes what the user of a Manager is told of.
+// 20,000 signals at once, each of which changes the published state of a Manager.
 //
 //   storm_benchmark [--short]
 #include "bench/manager/published_list.h"

@@ -6,10 +6,10 @@
 
 namespace kaz::bench {
 
-// The value below which the share `part` (0 to 1) of the samples lies. There must be samples.
+// The quantile `part` (0 to 1) of the samples. There must be samples.
 double percentile(std::vector<double> samples, double part);
 
-// What the samples come to: the median, and the quartiles as a measure of how far to trust it.
+// The median of the samples, and the quartiles as a measure of its reliability.
 struct Spread {
     double median = 0;
     double lower = 0;
@@ -17,8 +17,7 @@ struct Spread {
 };
 Spread spreadOf(const std::vector<double>& samples);
 
-// Prints one figure as a line of JSON on standard output, which is how a benchmark reports to bench/run.
-// Names must need no escaping.
+// Prints one figure for bench/run, as a line of JSON on standard output. Names must need no escaping.
 using Values = std::vector<std::pair<std::string, double>>;
 void report(const std::string& benchmark, const std::string& who, const Values& values);
 

@@ -2,8 +2,8 @@
 
 namespace kaz::bench {
 
-// What main() of a benchmark does: runs it, in the short form when --short is asked for. Returns the exit status; what
-// keeps it from running goes to stderr under the program's name.
+// The main() of a benchmark: runs it, in the short form with --short. Returns the exit status. Errors go to
+// stderr, with the program's name.
 int runProgram(int argc, char** argv, void (*benchmark)(bool brief));
 
 }  // namespace kaz::bench

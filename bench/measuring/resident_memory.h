@@ -2,7 +2,7 @@
 
 namespace kaz::bench {
 
-// What this process has in memory now, kB.
+// The resident memory of this process, in kB.
 double residentKilobytes();
 
 }  // namespace kaz::bench

@@ -4,8 +4,7 @@
 
 namespace kaz::bench {
 
-// Measures from its construction: the time that passed, and what this process (all its threads)
-// was given of the processor meanwhile.
+// Measures the time since its construction, and the processor time of this process (all its threads).
 class StopWatch {
   public:
     StopWatch() noexcept;

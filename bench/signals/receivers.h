@@ -10,13 +10,13 @@ namespace kaz::bench {
 
 inline constexpr const char* senderName = "com.kazwifi.Bench1";
 
-// What a receiver writes down. The time is that of the last signal.
+// The record of a receiver. The time is that of the last signal.
 struct Reception {
     std::atomic<std::chrono::steady_clock::time_point> at{};
     std::atomic<std::uint32_t> count = 0;  // of PropertiesChanged with a State; notified
 };
 
-// Something on a thread of its own that hears PropertiesChanged of `path`, sent by senderName, and decodes it.
+// Receives and decodes PropertiesChanged of `path` from senderName, on its own thread.
 class Receiver {
   public:
     Receiver() = default;
@@ -29,7 +29,7 @@ class Receiver {
     Reception reception;
 };
 
-// Subscribed on return. The sender must own its name.
+// Returns after it has subscribed. The sender must own its name.
 std::unique_ptr<Receiver> makeOurReceiver(const std::string& path);
 std::unique_ptr<Receiver> makeBareReceiver(const std::string& busAddress, const std::string& path);
 

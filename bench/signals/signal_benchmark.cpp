@@ -1,5 +1,5 @@
-// One property signal from its sending to the handler, and 20,000 of them at once: the event loop beside a bare
-// sd-bus handler. Sender and receivers are threads of this process; the bus is between them.
+// One property signal from sender to handler, and 20,000 at once: the event loop compared with a plain sd-bus
+// handler. Sender and receivers are threads of this process and use a bus.
 //
 //   signal_benchmark [--short]
 #include "bench/measuring/figures.h"
@@ -38,7 +38,7 @@ void send(sd_bus* bus, const char* path) {
     require(sd_bus_flush(bus));
 }
 
-// Sends one and waits for it, us.
+// Sends a signal and waits for it; returns the us.
 double latency(sd_bus* bus, const char* path, Reception& reception) {
     const std::uint32_t before = reception.count;
     const auto sent = std::chrono::steady_clock::now();

@@ -8,13 +8,13 @@ namespace kaz::bench {
 
 inline constexpr const char* controlInterface = "com.kazwifi.Bench1";
 
-// Serves a call of the control interface:
+// Handles a call of the control interface:
 //
-//   SetBssCount(u)   how many access points there are
-//   SetSsidCount(u)  how many networks they belong to; 0 for one each
-//   Report(u)        emits PropertiesChanged with the paths of so many access points
-//   Scans(u)         emits so many signals: by turns that a scan began and that it is done
-//   Hang(b)          whether to leave all calls but these without an answer
+//   SetBssCount(u)   the number of access points
+//   SetSsidCount(u)  the number of networks they belong to; 0: one per access point
+//   Report(u)        emits PropertiesChanged with the paths of this number of access points
+//   Scans(u)         emits this number of signals, alternately the start and the end of a scan
+//   Hang(b)          whether to leave all other calls without a reply
 int control(sd_bus_message* call, World& world);
 
 }  // namespace kaz::bench

@@ -1,5 +1,6 @@
-// Stands in for wpa_supplicant, systemd and networkd on the bus given: the same canned replies for every client,
-// at as little cost as sd-bus allows. Prints a line when it has its names, and ends with its parent.
+// Replaces wpa_supplicant, systemd and networkd on the given bus. It sends the same prepared replies to every
+// client, with the least cost that sd-bus allows. Prints a line when it has its names, and ends with its
+// parent.
 #include "bench/stand_in/bss_dictionary.h"
 #include "bench/stand_in/canned_replies.h"
 #include "bench/stand_in/control.h"

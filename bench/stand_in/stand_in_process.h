@@ -18,8 +18,8 @@ using OpenBus = std::unique_ptr<sd_bus, CloseBus>;
 // A connection to the bus at this address. Throws std::runtime_error.
 OpenBus connectTo(const std::string& address);
 
-// The services of the benchmarks, in a process of their own that ends with this object. Throws
-// std::runtime_error when it does not start or does not obey.
+// The services of the benchmarks, in a separate process that ends with this object. Throws std::runtime_error
+// when the process does not start or a control call fails.
 class StandInProcess {
   public:
     explicit StandInProcess(const std::string& busAddress);
@@ -35,7 +35,7 @@ class StandInProcess {
     void reportScans(std::uint32_t signals) { order("Scans", "u", signals); }
     void hang(bool hanging) { order("Hang", "b", hanging ? 1U : 0U); }
 
-    // The object paths of its first `count` access points.
+    // The object paths of the first `count` access points.
     static std::vector<std::string> bssPaths(std::size_t count);
 
   private:

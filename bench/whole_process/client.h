@@ -1,12 +1,12 @@
-// What the clients have in common that are looked at from outside.
+// Shared by the clients that another process measures.
 #pragma once
 
 namespace kaz::bench {
 
-// Memory that this process has written to and no other shares, kB.
+// The private memory that this process has written to, in kB.
 long privateKilobytes();
 
-// Prints "ready" and how much that memory was before.
+// Prints "ready" and the former amount of this memory.
 void reportReady(long before);
 
 }  // namespace kaz::bench

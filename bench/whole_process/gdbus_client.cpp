@@ -1,4 +1,4 @@
-// Follows the supplicant over GDBus: subscribes, reads the access points, keeps their SSIDs, and waits.
+// A client of the supplicant over GDBus: subscribes, reads the access points, keeps their SSIDs, and waits.
 //
 //   gdbus_client BSS-COUNT
 #include "bench/whole_process/client.h"

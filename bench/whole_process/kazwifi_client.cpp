@@ -1,6 +1,6 @@
-// Has a Manager and does nothing, until standard input ends.
+// Creates a Manager and waits until standard input ends.
 //
-//   kazwifi_client NETWORK-COUNT     how many to wait for; 0 waits for nothing
+//   kazwifi_client NETWORK-COUNT     the number of networks to wait for; 0: do not wait
 #include "bench/whole_process/client.h"
 
 #include <spdlog/spdlog.h>

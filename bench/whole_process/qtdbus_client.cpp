@@ -1,4 +1,4 @@
-// Follows the supplicant over QtDBus: subscribes, reads the access points, keeps their SSIDs, and waits.
+// A client of the supplicant over QtDBus: subscribes, reads the access points, keeps their SSIDs, and waits.
 //
 //   qtdbus_client BSS-COUNT
 #include "bench/whole_process/client.h"

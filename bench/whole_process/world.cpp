@@ -1,6 +1,6 @@
-// A private bus, with the stand-in on it unless told otherwise, until standard input ends. Prints the bus's address.
+// A private bus until standard input ends, by default with the stand-in. Prints the bus's address.
 //
-//   bench_world BSS-COUNT     -1 for a bus with no services on it
+//   bench_world BSS-COUNT     -1: a bus without services
 #include "bench/stand_in/stand_in_process.h"
 #include "simulator/private_bus/private_bus.h"
 
