@@ -1,6 +1,8 @@
 // The on/off switch, and the supplicant coming and going.
 #include "unit/manager/engine_fixture.h"
 
+#include <future>
+#include <thread>
 #include <utility>
 
 namespace kaz::test {
@@ -75,7 +77,7 @@ TEST_F(Enabling, IsNotUndoneByASupplicantThatGoesWhileTheChoiceIsWritten) {
     bool gone = false;
     stack->onCall = [&](const std::string& call) {
         if (call == "writeEnabledConfiguration(false)" && !std::exchange(gone, true)) {
-            supplicantGoes();  // while the file still says on
+            std::thread([this] { supplicantGoes(); }).join();  // while the file still says on
         }
     };
     engine->setEnabled(false);
@@ -89,14 +91,16 @@ TEST_F(Enabling, IsNotUndoneByASupplicantThatGoesWhileTheChoiceIsWritten) {
 TEST_F(Enabling, IsNotUndoneByAFileThatWasReadBefore) {
     startWithSupplicant();
     stack->failing = {"writeEnabledConfiguration"};
-    bool chosen = false;
+    std::future<void> choice;
     stack->onCall = [&](const std::string& call) {
-        if (call == "readEnabledConfiguration" && !std::exchange(chosen, true)) {
-            engine->setEnabled(false);
+        if (call == "readEnabledConfiguration" && !choice.valid()) {
+            choice = std::async(std::launch::async, [this] { engine->setEnabled(false); });
+            ASSERT_TRUE(log.waitForText(spdlog::level::info, "Turning wifi off"));
         }
     };
     supplicantGoes();
-    EXPECT_TRUE(chosen);
+    ASSERT_TRUE(choice.valid());
+    choice.get();
     EXPECT_FALSE(engine->isEnabled());
     supplicantComes();
     EXPECT_TRUE(engine->isEnabled()) << "the next time, the file counts again";

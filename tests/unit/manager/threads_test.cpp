@@ -177,6 +177,24 @@ TEST_F(Threads, ThatSwitchAtOnceLeaveFlagFileAndSupplicantAgreed) {
     }
 }
 
+TEST_F(Threads, ThatSwitchWhileTheSupplicantComesAreNotUndoneByTheFile) {
+    for (int round = 0; round < rounds; ++round) {
+        const bool on = round % 2 == 0;
+        std::latch ready(2);
+        std::thread other([&] {
+            ready.arrive_and_wait();
+            engine->setEnabled(on);
+        });
+        onLoop([&] {
+            ready.arrive_and_wait();
+            communicator->wifiServiceStatusChangeHandler();
+        });
+        other.join();
+        ASSERT_EQ(engine->isEnabled(), on) << "round " << round;
+        ASSERT_EQ(stack->enabledConfiguration, on) << "round " << round;
+    }
+}
+
 TEST_F(Threads, ReplaceCallbacksWhileTheLoopInvokesThem) {
     std::atomic<int> invoked = 0;
     whilePublishing([&] {

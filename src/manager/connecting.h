@@ -1,0 +1,37 @@
+#pragma once
+
+#include "communicator/communicator.h"
+#include "connection_info/connection_info_helper.h"
+#include "manager/connection_refresh.h"
+#include "manager/network_list.h"
+#include "manager/supplicant_configuration.h"
+
+#include <wifi/types.h>
+
+#include <string>
+
+namespace kaz::wifi {
+
+// The requests to connect, disconnect and forget. Each informs the tracker and publishes before it calls the supplicant.
+// No failure is returned: an attempt that gets no further ends by the tracker's timeout. Loop thread only.
+class Connecting {
+  public:
+    Connecting(Communicator& communicator, ConnectionInfoHelper& tracker, ConnectionRefresh& refresh,
+               SupplicantConfiguration& configuration, NetworkList& list);
+
+    void taskConnect(const ConnectionSettings& settings);
+    void taskConnectConfigured(const std::string& ssid);
+    void taskDisconnect();
+    void taskForgetNetwork(const std::string& ssid);
+
+  private:
+    void taskConnectCommon(Communicator::ConfiguredNetwork& network);
+
+    Communicator& communicator_;
+    ConnectionInfoHelper& tracker_;
+    ConnectionRefresh& refresh_;
+    SupplicantConfiguration& configuration_;
+    NetworkList& list_;
+};
+
+}  // namespace kaz::wifi

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "communicator/communicator.h"
+#include "connection_info/connection_info_helper.h"
+#include "connection_info/connection_metrics.h"
+#include "manager/network_list.h"
+#include "manager/published.h"
+#include "manager/supplicant_configuration.h"
+
+#include <wifi/types.h>
+
+namespace kaz::wifi {
+
+// Publishes what the tracker says about the connection, and does what a change of it calls for: gauges, the timer that
+// polls the signal, priorities after a success, enabling the other networks after an attempt. Loop thread only.
+class ConnectionRefresh {
+  public:
+    ConnectionRefresh(Communicator& communicator, ConnectionInfoHelper& tracker,
+                      SupplicantConfiguration& configuration, NetworkList& list, Published& published);
+
+    void taskUpdateConnectionInfo();
+
+  private:
+    void updateSignalPollTimer(const ConnectionInfo& next);
+    void reactToSuccess(const ConnectionInfo& next);
+    void reactToEndOfAttempt(const ConnectionInfo& next);
+
+    Communicator& communicator_;
+    ConnectionInfoHelper& tracker_;
+    SupplicantConfiguration& configuration_;
+    NetworkList& list_;
+    Published& published_;
+    ConnectionMetrics metrics_;
+    ConnectionInfo connectionInfo_;  // as last published
+    bool connectionInfoStored_ = false;
+};
+
+}  // namespace kaz::wifi

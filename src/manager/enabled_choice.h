@@ -1,0 +1,35 @@
+#pragma once
+
+#include "communicator/communicator.h"
+#include "manager/published.h"
+
+#include <atomic>
+#include <mutex>
+
+namespace kaz::wifi {
+
+// The user's choice of Wi-Fi on or off: a flag, the configuration file, and the supplicant, which starts and stops
+// accordingly. Thread-safe.
+class EnabledChoice {
+  public:
+    // Starts with the choice that is stored.
+    EnabledChoice(Communicator& communicator, Published& published);
+
+    bool isEnabled() const { return enabled_; }
+
+    // Sets the flag and writes the file on the calling thread, then posts the start or stop of the supplicant. Of two
+    // threads that call at once, one is last in all three.
+    void setEnabled(bool on);
+
+    // Reads the file again and takes over what it says. True when that changed the flag. Does nothing while setEnabled()
+    // runs: its choice is newer than the file. Never waits for setEnabled().
+    bool adoptStoredChoice();
+
+  private:
+    Communicator& communicator_;
+    Published& published_;
+    std::mutex mutex_;
+    std::atomic<bool> enabled_;
+};
+
+}  // namespace kaz::wifi

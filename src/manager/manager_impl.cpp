@@ -1,0 +1,136 @@
+#include "manager/manager_impl.h"
+
+#include "manager/connect_validation.h"
+#include "manager/wiped_settings.h"
+
+#include <utility>
+
+namespace kaz::wifi {
+namespace {
+
+using Change = Published::Change;
+
+}  // namespace
+
+ManagerImpl::ManagerImpl() : ManagerImpl(createCommunicator(), std::make_shared<TimeProviderWallClock>()) {}
+
+ManagerImpl::ManagerImpl(std::unique_ptr<Communicator> communicator,
+                         std::shared_ptr<TimeProvider> timeProvider)
+    : communicator_(std::move(communicator)),
+      tracker_(std::move(timeProvider)),
+      configuration_(*communicator_),
+      list_(*communicator_, published_),
+      refresh_(*communicator_, tracker_, configuration_, list_, published_),
+      connecting_(*communicator_, tracker_, refresh_, configuration_, list_),
+      reports_(tracker_, list_, published_),
+      choice_(*communicator_, published_) {
+    wireCommunicator();
+    communicator_->pushTaskAsync_([this] { signalEventLoopIdle(); });
+    communicator_->startEventLoop();
+}
+
+void ManagerImpl::wireCommunicator() {
+    communicator_->wifiServiceStatusChangeHandler = [this] { signalWifiServiceStatusChange(); };
+    communicator_->scanningDoneHandler = [this](bool success) { reports_.signalScanningDone(success); };
+    communicator_->networkSelectedHandler = [this](const std::optional<std::string>& ssid) {
+        reports_.signalNetworkSelected(ssid);
+    };
+    communicator_->supplicantPropertiesHandler =
+        [this](Communicator::SupplicantInterfaceProperties properties) {
+            reports_.signalSupplicantPropertiesChanged(std::move(properties));
+        };
+    communicator_->setIdleTask([this] { return signalEventLoopIdle(); });
+    communicator_->setTimerCompletedTask([this] { signalTimerCompleted(); });
+    communicator_->networkdOnlineHandler = [this](bool online) { tracker_.setNetworkdIsOnline(online); };
+}
+
+ManagerImpl::~ManagerImpl() {
+    stopping_ = true;
+    communicator_->stopEventLoop();
+    // The communicator's destructor waits for the last idle pass, whose callbacks may still make requests. So the pointer
+    // stays valid until the destructor has returned; reset() would clear it first.
+    std::default_delete<Communicator>()(communicator_.get());
+    static_cast<void>(communicator_.release());
+}
+
+void ManagerImpl::scan() {
+    communicator_->pushTaskAsync_([this] { communicator_->scanSync(); });
+}
+
+ConnectResult ManagerImpl::connect(const ConnectionSettings& settings) {
+    const ConnectResult verdict = validateConnectionSettings(settings, eapMethods(), phase2Methods());
+    if (verdict == ConnectResult::ok) {
+        communicator_->pushTaskAsync_([this, copy = std::make_shared<const WipedSettings>(settings)] {
+            connecting_.taskConnect(copy->get());
+        });
+    }
+    return verdict;
+}
+
+void ManagerImpl::connectConfigured(const std::string& ssid) {
+    communicator_->pushTaskAsync_([this, ssid] { connecting_.taskConnectConfigured(ssid); });
+}
+
+void ManagerImpl::disconnect() {
+    communicator_->pushTaskAsync_([this] { connecting_.taskDisconnect(); });
+}
+
+void ManagerImpl::forgetNetwork(const std::string& ssid) {
+    if (!ssid.empty()) {
+        communicator_->pushTaskAsync_([this, ssid] { connecting_.taskForgetNetwork(ssid); });
+    }
+}
+
+void ManagerImpl::onEnabledChanged(std::function<void()> callback) {
+    published_.onChange(Change::enabled, std::move(callback));
+}
+
+void ManagerImpl::onNetworksListChanged(std::function<void()> callback) {
+    published_.onChange(Change::networks, std::move(callback));
+}
+
+void ManagerImpl::onScanningChanged(std::function<void()> callback) {
+    published_.onChange(Change::scanning, std::move(callback));
+}
+
+void ManagerImpl::onConnectionInfoChanged(std::function<void()> callback) {
+    published_.onChange(Change::connectionInfo, std::move(callback));
+}
+
+std::optional<std::chrono::milliseconds> ManagerImpl::signalEventLoopIdle() {
+    refresh_.taskUpdateConnectionInfo();
+    list_.taskUpdateNetworks();
+    if (stopping_) {
+        // Nobody will see how the attempt ends.
+        configuration_.enableOthersAgain();
+    }
+    configuration_.taskSaveConfiguration();
+    return tracker_.getActiveTimeout();
+}
+
+void ManagerImpl::signalTimerCompleted() {
+    if (const auto signal = communicator_->signalPollSync()) {
+        tracker_.setSignalStrength(*signal);
+    }
+}
+
+void ManagerImpl::signalWifiServiceStatusChange() {
+    const bool up = communicator_->isSupplicantOn();
+    if (up) {
+        configuration_.supplicantCame();
+        published_.publish(usableEapMethods(communicator_->eapMethodsSync()));
+        list_.taskUpdateConfiguredNetworks();
+    } else {
+        reports_.supplicantWent();
+        list_.supplicantWent();
+        configuration_.supplicantWent();
+    }
+    tracker_.setSupplicantState(up);
+    const bool enabledChanged = choice_.adoptStoredChoice();
+    const bool initializedChanged = wifiStackInitialized_.exchange(up) != up;
+    if (enabledChanged || initializedChanged) {
+        published_.notify(Change::enabled);
+    }
+}
+
+}  // namespace kaz::wifi

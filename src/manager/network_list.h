@@ -1,0 +1,43 @@
+#pragma once
+
+#include "communicator/communicator.h"
+#include "manager/published.h"
+
+#include <wifi/types.h>
+
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace kaz::wifi {
+
+// The list of networks in range: one entry per SSID, without the network in use. A new fact only marks the list; the
+// next taskUpdateNetworks() rebuilds and publishes it. Loop thread only.
+class NetworkList {
+  public:
+    NetworkList(Communicator& communicator, Published& published)
+        : communicator_(communicator), published_(published) {}
+
+    void setBssList(std::vector<Communicator::BssProperties> list);
+    void setConnection(const ConnectionInfo& info);
+    void supplicantWent();
+
+    // Asks the supplicant which networks are configured.
+    void taskUpdateConfiguredNetworks();
+
+    void taskUpdateNetworks();
+
+  private:
+    std::vector<WifiNetwork> currentNetworks() const;
+
+    Communicator& communicator_;
+    Published& published_;
+    std::vector<Communicator::BssProperties> bssList_;
+    std::set<std::string> configuredSsids_;
+    std::optional<std::string> ssidInUse_;
+    std::vector<WifiNetwork> networks_;  // as last published
+    bool networksDirty_ = false;
+};
+
+}  // namespace kaz::wifi

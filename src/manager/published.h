@@ -1,0 +1,56 @@
+#pragma once
+
+#include <wifi/types.h>
+
+#include <array>
+#include <functional>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace kaz::wifi {
+
+// What other threads may see of the engine: copies of its state, and the callbacks that announce a change. Thread-safe.
+//
+// The mutex is held to copy or to swap, never while a callback runs. A callback is copied and replaced under it, so
+// copying or destroying what a callback captured must not call the engine.
+class Published {
+  public:
+    enum class Change { enabled, networks, scanning, connectionInfo };
+
+    std::vector<WifiNetwork> networks() const { return copyOf(networks_); }
+    ConnectionInfo connectionInfo() const { return copyOf(connectionInfo_); }
+    std::set<std::string> eapMethods() const { return copyOf(eapMethods_); }
+
+    // Replaces the copy, then calls back. EAP methods have no callback.
+    void publish(std::vector<WifiNetwork> networks);
+    void publish(ConnectionInfo info);
+    void publish(std::set<std::string> eapMethods);
+
+    // Replaces the callback. An empty function switches it off.
+    void onChange(Change change, std::function<void()> callback);
+
+    // Invokes the callback on the calling thread. An exception that it throws is logged.
+    void notify(Change change);
+
+  private:
+    using Callback = std::function<void()>;
+
+    template <typename T>
+    T copyOf(const T& member) const {
+        const std::lock_guard lock(mutex_);
+        return member;
+    }
+    template <typename T>
+    void replace(T& member, T next);  // the former value is destroyed after unlocking
+    Callback& callbackFor(Change change);
+
+    mutable std::mutex mutex_;
+    std::vector<WifiNetwork> networks_;
+    ConnectionInfo connectionInfo_;
+    std::set<std::string> eapMethods_;
+    std::array<Callback, 4> callbacks_;
+};
+
+}  // namespace kaz::wifi

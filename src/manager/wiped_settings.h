@@ -1,0 +1,30 @@
+#pragma once
+
+#include "secrets/wipe.h"
+
+#include <wifi/types.h>
+
+namespace kaz::wifi {
+
+// A copy of connection settings that wipes its secrets when it is destroyed, whether its task ran or was dropped.
+class WipedSettings {
+  public:
+    // NOLINTNEXTLINE(modernize-pass-by-value): an argument by value would be one more copy to wipe
+    explicit WipedSettings(const ConnectionSettings& settings) : settings_(settings) {}
+    ~WipedSettings() {
+        wipe(settings_.password);
+        wipe(settings_.identity);
+        wipe(settings_.anonymousIdentity);
+    }
+    WipedSettings(const WipedSettings&) = delete;
+    WipedSettings& operator=(const WipedSettings&) = delete;
+    WipedSettings(WipedSettings&&) = delete;
+    WipedSettings& operator=(WipedSettings&&) = delete;
+
+    const ConnectionSettings& get() const { return settings_; }
+
+  private:
+    ConnectionSettings settings_;
+};
+
+}  // namespace kaz::wifi
