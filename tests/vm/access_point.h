@@ -4,8 +4,8 @@
 
 namespace kaz::vm {
 
-// One of the access points of guest/access-points, by its name there. It is up, with its usual power and
-// configuration, once this object is gone.
+// One of the access points of guest/access-points, by its name there. The destructor restores its power and
+// configuration.
 class AccessPoint {
   public:
     explicit AccessPoint(std::string name);
@@ -15,17 +15,17 @@ class AccessPoint {
     AccessPoint(AccessPoint&&) = delete;
     AccessPoint& operator=(AccessPoint&&) = delete;
 
-    // Gone from one moment to the next, as when its plug is pulled: nobody is told.
+    // Disappears at once without a frame, as after a power cut.
     void vanish();
     void comeBack();
 
-    // Throws every station out, in one frame to all of them.
+    // Disconnects every station, with one frame to all of them.
     void deauthenticateAll();
 
-    // What the device sees is 50 dB less.
+    // The device receives it 50 dB weaker.
     void setPower(int dBm);
 
-    // Adds a line to hostapd's configuration and starts anew with it.
+    // Adds a line to hostapd's configuration and restarts hostapd.
     void reconfigure(const std::string& line);
 
   private:

@@ -4,11 +4,11 @@
 
 namespace kaz::vm {
 
-// Runs a shell command of the guest, waits for its end, and returns what it wrote to stdout. Throws
-// std::runtime_error with all of its output when it fails.
+// Runs a shell command in the guest, waits for its end, and returns its stdout. Throws std::runtime_error
+// with all of its output if it fails.
 std::string run(const std::string& command);
 
-// Whether the command ends with 0. What it writes is dropped.
+// Whether the command exits with 0. Its output is dropped.
 bool succeeds(const std::string& command);
 
 }  // namespace kaz::vm

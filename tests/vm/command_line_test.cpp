@@ -1,4 +1,4 @@
-// kazwifictl as it is installed, alone on the device.
+// The installed kazwifictl, without another user of the library.
 #include "vm/command.h"
 #include "vm/neighbourhood.h"
 #include "vm/supplicant_file.h"

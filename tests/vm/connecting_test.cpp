@@ -14,7 +14,7 @@ namespace {
 struct KindOfNetwork {
     std::string name;
     wifi::ConnectionSettings settings;
-    std::string addresses;  // what the network's DHCP server hands out begins with this
+    std::string addresses;  // the prefix of the addresses from the network's DHCP server
 };
 
 void PrintTo(const KindOfNetwork& value, std::ostream* out) {

@@ -20,10 +20,10 @@ using Status = wifi::ConnectionInfo::Status;
 using Reason = wifi::ConnectionInfo::DisconnectReason;
 using Clock = std::chrono::steady_clock;
 
-// The guest is emulated on a machine that has other work too: what takes a second on a device may take ten.
+// The guest is emulated on a machine that may be busy: a second on a device may become ten.
 inline constexpr std::chrono::seconds generous{90};
 
-// Follows one Manager: keeps every connection state it publishes and counts its notifications.
+// Keeps every connection state that one Manager publishes, and counts its callbacks.
 class Device {
   public:
     Device();
@@ -41,18 +41,18 @@ class Device {
     int enabledChanges() const;
     int scanningChanges() const;
 
-    // Blocks until the condition holds. It is looked at after every notification, and now and then for what
-    // the Manager does not notify of. False when the limit passes.
+    // Blocks until the condition is true. Checks it after every callback, and periodically for changes
+    // without a callback. Returns false on timeout.
     bool eventually(const std::function<bool()>& condition, std::chrono::seconds limit = generous);
 
-    // Blocks until the connection has this status, and this network where one is given.
+    // Blocks until the connection has this status and, if given, this network.
     bool reaches(Status status, const std::string& ssid = {}, std::chrono::seconds limit = generous);
 
-    // Blocks until a state for which the predicate holds is in the history.
+    // Blocks until the history has a state for which the predicate is true.
     bool passes(const std::function<bool(const wifi::ConnectionInfo&)>& predicate,
                 std::chrono::seconds limit = generous);
 
-    // Blocks until the attempt at this network has ended as a failure.
+    // Blocks until the attempt at this network has failed.
     bool loses(const std::string& ssid, std::chrono::seconds limit = generous);
 
     bool attaches() {
@@ -74,11 +74,11 @@ class Device {
     int enabledChanges_ = 0;
     int scanningChanges_ = 0;
     int listChanges_ = 0;
-    wifi::Manager manager_;  // the last, so that it ends before what its callbacks use
+    wifi::Manager manager_;  // the last member, so that it ends before what its callbacks use
 };
 
-// A device that has just been switched on: the supplicant runs, knows no network and is connected to none,
-// and a Manager follows it. The log goes to the results too.
+// A device after a start: the supplicant runs without configured networks and without a connection, and a
+// Manager is attached to it. The log also goes to the results.
 class DeviceTest : public ::testing::Test {
   protected:
     void SetUp() override;
@@ -89,10 +89,10 @@ class DeviceTest : public ::testing::Test {
     const test::RecordingLog& log() const { return log_; }
     test::RecordingLog& log() { return log_; }
 
-    // Makes the Manager, with the device as it is.
+    // Creates the Manager without changing the device.
     void startManager();
 
-    // In the result of this test, in seconds with one decimal.
+    // Records the time in the result of this test, in seconds with one decimal.
     void record(const std::string& name, Clock::duration duration);
 
   private:

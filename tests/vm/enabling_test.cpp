@@ -31,9 +31,9 @@ TEST_F(Enabling, SwitchesTheUnitOffAndOnAndOffAgain) {
         EXPECT_EQ(storedChoice(), on ? "wifi=on" : "wifi=off");
         ASSERT_TRUE(on ? device().attaches() : device().detaches());
         EXPECT_TRUE(device().eventually([&] { return unitIs(on ? "active" : "inactive"); }));
-        // Once for the choice, once for the supplicant.
+        // One callback for the choice and one for the supplicant.
         EXPECT_TRUE(device().eventually([&] { return device().enabledChanges() == before + 2; }));
-        EXPECT_EQ(manager().eapMethods().count("PEAP"), 1U);  // kept when the supplicant leaves
+        EXPECT_EQ(manager().eapMethods().count("PEAP"), 1U);  // kept when the supplicant stops
     }
     EXPECT_TRUE(device().eventually([&] { return manager().networks().empty(); }));
 }

@@ -26,7 +26,8 @@ wifi::ConnectionSettings with(wifi::ConnectionSettings settings, const std::stri
 
 class Failing : public DeviceTest, public ::testing::WithParamInterface<Refusal> {
   protected:
-    // Saved and usable, but out of reach for now, so that nothing takes over from the attempt that fails.
+    // Configured, but out of range for now, so that the supplicant does not connect to it after the failed
+    // attempt.
     static void knowAnotherNetwork() { run("/opt/guest/device save '\"Kaz Saved\"' ''"); }
 };
 
@@ -69,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(Attempts, Failing,
 
 using FailingAtOnce = DeviceTest;
 
-// The message bus carries no such text, and the supplicant is told the SSID as text.
+// The SSID is sent to the supplicant as text, and D-Bus cannot carry this text.
 TEST_F(FailingAtOnce, AnAttemptAtAnSSIDThatIsNotUTF8IsGivenUpAndLeavesNoConfiguration) {
     ASSERT_EQ(manager().connect(bytesNetwork), wifi::ConnectResult::ok);
     ASSERT_TRUE(device().loses(bytesNetwork.ssid));

@@ -1,4 +1,4 @@
-// A program that may do next to nothing but use the library: examples/wifi-panel.service.
+// A program with the least rights that the library needs: examples/wifi-panel.service.
 #include "vm/command.h"
 #include "vm/neighbourhood.h"
 #include "vm/supplicant_file.h"
@@ -17,7 +17,7 @@ class LeastRights : public ::testing::Test {
         run("rm -f /run/systemd/system/wifi-panel.service && systemctl daemon-reload");
     }
 
-    // One command of kazwifictl under the unit of the example. Whether it ended well.
+    // Runs one command of kazwifictl under the unit of the example. Returns whether it succeeded.
     static bool asUnit(const std::string& command) {
         run("sed -e 's#^ExecStart=.*#ExecStart=/opt/kaz/bin/kazwifictl " + command +
             "#' -e 's/^Restart=.*/Type=oneshot/' /opt/guest/wifi-panel.service"
@@ -41,7 +41,7 @@ TEST_F(LeastRights, AreEnoughForEverything) {
 
 TEST_F(LeastRights, AreFew) {
     ASSERT_TRUE(asUnit("status"));
-    // From 0, nothing exposed, to 10.
+    // From 0 (no exposure) to 10.
     const std::string verdict = run("systemd-analyze security --no-pager wifi-panel | tail -n 1");
     EXPECT_TRUE(succeeds("systemd-analyze security --no-pager --threshold=25 wifi-panel")) << verdict;
     RecordProperty("exposure", verdict);

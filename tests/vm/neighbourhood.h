@@ -1,4 +1,4 @@
-// What guest/access-points puts around the device, as settings for Manager::connect.
+// The access points of guest/access-points, as settings for Manager::connect.
 #pragma once
 
 #include <wifi/types.h>
@@ -52,7 +52,7 @@ inline const wifi::ConnectionSettings refusingNetwork = settings("Kaz Full", wif
 inline const wifi::ConnectionSettings absentNetwork =
     settings("Kaz Elsewhere", wifi::SecurityMode::rsnPsk, "absent-secret");
 
-// None of these may appear in a log.
+// Secrets that must not appear in a log.
 inline const std::vector<std::string> secrets = {
     "wpa-one-secret", "wpa-two-secret", "mixed-secret",  "sae-secret",   "alice-secret",   "bob-secret",
     "hidden-secret",  "twin-secret",    "absent-secret", "wrong-secret", "another-secret", "wEp5k",

@@ -1,4 +1,4 @@
-// What is done before the guest restarts, and what is left afterwards.
+// Tests before and after the guest's reboot.
 #include "vm/command.h"
 #include "vm/device.h"
 #include "vm/neighbourhood.h"
@@ -35,7 +35,7 @@ TEST_F(BeforeReboot, NetworksAreForgottenAndWifiIsSwitchedOff) {
     ASSERT_TRUE(device().detaches());
 }
 
-// No reset: the device is as the boot left it.
+// No reset: the device is in the state after the boot.
 class AfterReboot : public DeviceTest {
   protected:
     void SetUp() override { startManager(); }
@@ -48,7 +48,7 @@ TEST_F(AfterReboot, WifiIsStillOffAndTheNetworksAreStillForgotten) {
 
     manager().setEnabled(true);
     ASSERT_TRUE(device().attaches());
-    // Nobody asks for it: the supplicant finds the network it still knows.
+    // Without a request: the supplicant connects to the configured network.
     EXPECT_TRUE(device().reaches(Status::connected, openNetwork.ssid));
     manager().scan();
     EXPECT_TRUE(device().eventually([&] {

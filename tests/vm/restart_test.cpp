@@ -16,7 +16,7 @@ class Restart : public DeviceTest {
         before_ = device().enabledChanges();
     }
 
-    // The Manager let go of the supplicant, found the new one, and that one connected by itself.
+    // The Manager detached from the supplicant and attached to the new one, which connected by itself.
     bool comesBack() {
         return device().eventually([this] { return device().enabledChanges() >= before_ + 2; }) &&
                device().attaches() && device().reaches(Status::connected, wpa2Network.ssid);

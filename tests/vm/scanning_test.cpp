@@ -13,7 +13,8 @@ namespace {
 using wifi::SecurityMode;
 using wifi::WifiNetwork;
 
-// As guest/access-points has them, each a little weaker than the one before. The hidden one shows nowhere.
+// In the order of guest/access-points, each a little weaker than the one before. The hidden one is never
+// listed.
 const std::vector<WifiNetwork> around = {
     {"Kaz Open", -30, SecurityMode::none, false},
     {"Kaz WEP", -31, SecurityMode::wep, false},
@@ -28,7 +29,7 @@ const std::vector<WifiNetwork> around = {
     {"Kaz Full", -42, SecurityMode::none, false},
 };
 
-// Scans until the list is complete: a beacon may be missed.
+// Scans until the list is complete, because a scan may miss a beacon.
 std::vector<WifiNetwork> scanned(Device& device) {
     wifi::Manager& manager = device.manager();
     device.eventually([&, asked = false]() mutable {
@@ -79,7 +80,7 @@ class ScannedNetwork : public DeviceTest, public ::testing::WithParamInterface<L
   protected:
     void SetUp() override {
         if (list_.empty()) {
-            // The hidden network's name may be known from a test that used it.
+            // An earlier test may have revealed the hidden network's SSID.
             run("/opt/guest/device reset && /opt/guest/device unsee");
             DeviceTest::SetUp();
             list_ = scanned(device());

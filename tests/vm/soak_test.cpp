@@ -28,7 +28,7 @@ TEST_F(Soak, TwoHundredConnectsOverTwoNetworksLeaveMemoryAndDescriptorsAsTheyWer
     const auto start = Clock::now();
     for (int round = 0; round < rounds; ++round) {
         const wifi::ConnectionSettings& next = round % 2 == 0 ? wpa2Network : openNetwork;
-        // Now as a new network, which replaces the old configuration, and now as a configured one.
+        // Alternately as a new network, which replaces the old configuration, and as a configured one.
         if (round % 4 < 2) {
             ASSERT_EQ(manager().connect(next), wifi::ConnectResult::ok);
         } else {

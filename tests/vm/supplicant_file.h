@@ -7,12 +7,12 @@
 
 namespace kaz::vm {
 
-// One network={...} block of the supplicant's configuration: the texts as they stand in the file.
+// One network={...} block of the supplicant's configuration, with the texts of the file.
 using SavedNetwork = std::map<std::string, std::string>;
 
 std::vector<SavedNetwork> savedNetworks();
 
-// The one with this SSID (without quotes). None when there is not exactly one.
+// The block with this SSID (without quotes). Empty unless there is exactly one.
 std::optional<SavedNetwork> savedNetwork(const std::string& ssid);
 
 }  // namespace kaz::vm

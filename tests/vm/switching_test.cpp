@@ -38,7 +38,7 @@ TEST_F(Switching, ANewKeyForTheNetworkInUseLeavesOneConfiguration) {
     ASSERT_EQ(manager().connect(again), wifi::ConnectResult::ok);
     ASSERT_TRUE(device().reaches(Status::connected, again.ssid));
     EXPECT_TRUE(device().eventually([] {
-        const auto saved = savedNetwork("Kaz WPA2");  // the only one
+        const auto saved = savedNetwork("Kaz WPA2");  // the only block
         return saved && saved->at("psk") == "\"another-secret\"";
     }));
     EXPECT_EQ(savedNetworks().size(), 1U);
@@ -71,7 +71,7 @@ TEST_F(Switching, OfTwoQuickConnectsTheLastWins) {
 
 TEST_F(Switching, DisconnectingDuringTheHandshakeEndsTheAttempt) {
     ASSERT_EQ(manager().connect(peapNetwork), wifi::ConnectResult::ok);
-    // The handshake of EAP is the longest: it runs once the supplicant says so on the bus.
+    // EAP has the longest handshake. It has started when the supplicant emits an EAP signal.
     ASSERT_TRUE(log().waitForText(spdlog::level::debug, "State=associated", generous));
     manager().disconnect();
     ASSERT_TRUE(device().reaches(Status::disconnected));
@@ -91,7 +91,7 @@ TEST_F(Switching, DisconnectingKeepsTheConfigurationAndStaysDisconnected) {
     manager().disconnect();
     ASSERT_TRUE(device().reaches(Status::disconnected));
     EXPECT_EQ(manager().connectionInfo().disconnectReason, Reason::causedByUser);
-    // Back in the list, as a configured one.
+    // In the list again, as a configured network.
     EXPECT_TRUE(device().eventually([&] {
         const auto all = manager().networks();
         return std::any_of(all.begin(), all.end(), [](const wifi::WifiNetwork& one) {
