@@ -5,6 +5,7 @@ target_compile_features(kaz_build_rules INTERFACE cxx_std_20)
 target_compile_options(kaz_build_rules INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
   -Woverloaded-virtual -Wcast-align -Wformat=2 -Wimplicit-fallthrough -Wswitch-enum
+  -Wdeprecated-copy-dtor
   $<$<BOOL:${KAZ_WERROR}>:-Werror>)
 # Sources that are compiled together cast shadows on each other that are none.
 target_compile_options(kaz_build_rules INTERFACE $<$<NOT:$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wshadow>)

@@ -1,10 +1,12 @@
-// Owners of what libsystemd hands out. Each gives its one reference back.
+// Owners of libsystemd's objects. Each releases its one reference.
 #pragma once
 
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>
 
 #include <memory>
+
+#include "base/non_copyable.h"
 
 namespace kaz::dbus {
 
@@ -23,13 +25,9 @@ using SlotPtr = std::unique_ptr<sd_bus_slot, Release<&sd_bus_slot_unref>>;
 using MessagePtr = std::unique_ptr<sd_bus_message, Release<&sd_bus_message_unref>>;
 
 // An error as calls report it.
-struct BusError {
+struct BusError : NonCopyable {
     BusError() = default;
     ~BusError() { sd_bus_error_free(&value); }
-    BusError(const BusError&) = delete;
-    BusError& operator=(const BusError&) = delete;
-    BusError(BusError&&) = delete;
-    BusError& operator=(BusError&&) = delete;
 
     sd_bus_error value{};
 };

@@ -1,7 +1,7 @@
 // Following the life of the supplicant: attaching to its interface object and detaching from it.
+#include "base/log.h"
 #include "communicator/bus_names.h"
 #include "communicator/dbus_communicator.h"
-#include "diagnostics/log.h"
 
 #include <utility>
 

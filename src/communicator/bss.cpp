@@ -1,9 +1,9 @@
 // What the radio sees: scans, access points, signal strength; and what the supplicant was built with.
+#include "base/log.h"
 #include "communicator/bss_rules.h"
 #include "communicator/bus_names.h"
 #include "communicator/dbus_communicator.h"
 #include "communicator/patience.h"
-#include "diagnostics/log.h"
 
 #include <utility>
 

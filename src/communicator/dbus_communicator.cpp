@@ -1,7 +1,7 @@
 #include "communicator/dbus_communicator.h"
 
+#include "base/log.h"
 #include "communicator/bus_names.h"
-#include "diagnostics/log.h"
 
 #include <utility>
 

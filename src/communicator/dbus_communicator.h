@@ -1,10 +1,10 @@
 #pragma once
 
+#include "base/log.h"
 #include "communicator/communicator.h"
 #include "dbus/bus.h"
 #include "dbus/records.h"
 #include "dbus/remote_object.h"
-#include "diagnostics/log.h"
 
 #include <kaz/dbus/opath.h>
 

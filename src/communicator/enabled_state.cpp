@@ -1,6 +1,6 @@
 // The user's on/off choice in the device's configuration file.
+#include "base/log.h"
 #include "communicator/dbus_communicator.h"
-#include "diagnostics/log.h"
 
 #include <kaz/util/kaz_config.h>
 

@@ -1,11 +1,11 @@
 // The networks in the supplicant's configuration, and its connection.
+#include "base/log.h"
 #include "communicator/bus_names.h"
 #include "communicator/configured_network.h"
 #include "communicator/configured_ssid.h"
 #include "communicator/dbus_communicator.h"
 #include "communicator/network_settings.h"
 #include "communicator/patience.h"
-#include "diagnostics/log.h"
 
 #include <utility>
 

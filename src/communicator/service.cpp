@@ -1,7 +1,7 @@
 // The supplicant's unit in systemd, and the link in systemd-networkd.
+#include "base/log.h"
 #include "communicator/bus_names.h"
 #include "communicator/dbus_communicator.h"
-#include "diagnostics/log.h"
 
 #include <algorithm>
 

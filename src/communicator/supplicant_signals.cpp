@@ -1,8 +1,8 @@
 // The supplicant's signals, resolved into the engine's terms.
+#include "base/log.h"
 #include "communicator/bus_names.h"
 #include "communicator/dbus_communicator.h"
 #include "communicator/supplicant_state.h"
-#include "diagnostics/log.h"
 #include "diagnostics/reason_codes.h"
 
 #include <limits>

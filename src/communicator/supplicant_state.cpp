@@ -1,6 +1,6 @@
 #include "communicator/supplicant_state.h"
 
-#include "diagnostics/log.h"
+#include "base/log.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "connection_info/connection_info_helper.h"
 
-#include "diagnostics/log.h"
+#include "base/log.h"
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 // Reading from decoders and writing into builders, with the failures logged. Loop thread only.
 #pragma once
 
+#include "base/log.h"
 #include "dbus/value_codec.h"
-#include "diagnostics/log.h"
 
 #include <kaz/dbus/message.h>
 
@@ -21,7 +21,7 @@ CodecResult<T> read(MessageDecoder& decoder) {
     CodecResult<T> value = read<T>(decoder.message);
     if (!value) {
         decoder.ok = false;
-        wifi::log::warn("Error while decoding dbus data. Details: {}", value.error());
+        log::warn("Error while decoding dbus data. Details: {}", value.error());
     }
     return value;
 }
@@ -34,7 +34,7 @@ void write(MessageBuilder& builder, const T& value) {
         return;
     }
     if (auto written = write(builder.message(), value); !written) {
-        wifi::log::warn("Error while encoding dbus data. Details: {}", written.error());
+        log::warn("Error while encoding dbus data. Details: {}", written.error());
         builder.fail(std::move(written.error()));
     }
 }

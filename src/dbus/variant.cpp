@@ -1,6 +1,6 @@
 #include "dbus/variant.h"
 
-#include "secrets/wipe.h"
+#include "base/wipe.h"
 
 #include <exception>
 #include <memory>

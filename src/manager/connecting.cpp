@@ -1,6 +1,6 @@
 #include "manager/connecting.h"
 
-#include "diagnostics/log.h"
+#include "base/log.h"
 
 namespace kaz::wifi {
 namespace {

@@ -1,7 +1,7 @@
 #include "manager/connection_refresh.h"
 
+#include "base/log.h"
 #include "diagnostics/connection_info_text.h"
-#include "diagnostics/log.h"
 
 #include <chrono>
 #include <utility>

@@ -1,6 +1,6 @@
 #include "manager/enabled_choice.h"
 
-#include "diagnostics/log.h"
+#include "base/log.h"
 
 namespace kaz::wifi {
 

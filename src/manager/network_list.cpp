@@ -1,6 +1,6 @@
 #include "manager/network_list.h"
 
-#include "diagnostics/log.h"
+#include "base/log.h"
 
 #include <algorithm>
 #include <map>

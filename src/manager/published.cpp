@@ -1,6 +1,6 @@
 #include "manager/published.h"
 
-#include "diagnostics/log.h"
+#include "base/log.h"
 
 #include <cstddef>
 #include <exception>

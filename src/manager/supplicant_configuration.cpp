@@ -1,6 +1,6 @@
 #include "manager/supplicant_configuration.h"
 
-#include "diagnostics/log.h"
+#include "base/log.h"
 
 namespace kaz::wifi {
 namespace {

@@ -1,6 +1,6 @@
 #include "manager/supplicant_reports.h"
 
-#include "diagnostics/log.h"
+#include "base/log.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "secrets/wipe.h"
+#include "base/wipe.h"
 
 #include <wifi/types.h>
 

@@ -14,7 +14,7 @@ from tests_of_the_tree import fuzz_targets, suites, tests
 
 EXTENSIONS = ("h", "cpp", "md", "py", "json", "map", "symbols", "abi", "cmake")
 FILE = re.compile(rf"[\w./-]+\.(?:{'|'.join(EXTENSIONS)})")
-SOURCES = ("include", "src", "platform", "simulator", "tools", "tests", "examples", "bench")
+SOURCES = ("base", "include", "src", "platform", "simulator", "tools", "tests", "examples", "bench")
 IDENTIFIER = re.compile(r"(?:[\w~]+::)*[\w~]+(?:\(\))?")
 STANDARD = ("std::", "Q", "g_", "secure_getenv", "fork", "exec", "main")
 

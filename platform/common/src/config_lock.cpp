@@ -6,7 +6,7 @@
 
 #include <cerrno>
 
-#include "platform/common/file_error.h"
+#include "base/file_error.h"
 #include "platform/common/stored_file.h"
 
 namespace kaz::util {

@@ -2,22 +2,19 @@
 
 #include <filesystem>
 
-#include "platform/common/file_descriptor.h"
+#include "base/file_descriptor.h"
+#include "base/non_copyable.h"
 
 namespace kaz::util {
 
 // The lock for replacing a file. One thread of one process holds it at a time. The lock is on a second file,
 // because each replacement makes the protected file a different one. The kernel releases it when its process
 // dies.
-class ConfigLock {
+class ConfigLock : NonCopyable {
   public:
     // Blocks until the lock is free. Throws FileError on failure. The folder must exist.
     explicit ConfigLock(const std::filesystem::path& target);
     ~ConfigLock();
-    ConfigLock(const ConfigLock&) = delete;
-    ConfigLock& operator=(const ConfigLock&) = delete;
-    ConfigLock(ConfigLock&&) = delete;
-    ConfigLock& operator=(ConfigLock&&) = delete;
 
   private:
     FileDescriptor file_;

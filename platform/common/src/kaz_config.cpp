@@ -1,15 +1,16 @@
+#include "base/file_error.h"
+#include "base/log.h"
 #include "platform/common/config_lock.h"
-#include "platform/common/file_error.h"
 #include "platform/common/stored_file.h"
 #include "platform/common/syntax/config_text.h"
 
 #include <kaz/util/kaz_config.h>
-#include <spdlog/spdlog.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <string_view>
 
 namespace kaz::util {
 namespace {
@@ -21,15 +22,8 @@ std::filesystem::path configPath() {
     return chosen != nullptr && *chosen != '\0' ? chosen : kazConfigPath;
 }
 
-// The host may have shut its logging down, or log through something that throws.
-void warn(const char* failure, const char* reason) noexcept {
-    try {
-        if (const auto logger = spdlog::default_logger()) {
-            logger->warn("Couldn't {} the configuration: {}", failure, reason);
-        }
-    } catch (...) {
-        // There is nobody left to tell.
-    }
+void warn(std::string_view failure, std::string_view reason) noexcept {
+    log::warn("Couldn't {} the configuration: {}", failure, reason);
 }
 
 void update(const std::string& key, const std::string& value) {
@@ -47,7 +41,7 @@ void update(const std::string& key, const std::string& value) {
     if (old && old->text == text) {
         flushFile(*old, target);
     } else {
-        replaceFile(target, text, old ? std::optional(old->access) : std::nullopt);
+        replaceStoredFile(target, text, old ? std::optional(old->access) : std::nullopt);
     }
 }
 

@@ -8,7 +8,8 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/common/file_error.h"
+#include "base/file_error.h"
+#include "base/file_replacement.h"
 
 namespace kaz::util {
 namespace {
@@ -18,14 +19,6 @@ constexpr mode_t newFile = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
 constexpr mode_t newFolder = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 constexpr mode_t allModeBits = S_ISUID | S_ISGID | S_ISVTX | S_IRWXU | S_IRWXG | S_IRWXO;
 
-FileDescriptor open(const std::filesystem::path& path, int flags, mode_t mode = 0) {
-    FileDescriptor file(::open(path.c_str(), flags | O_CLOEXEC, mode));
-    if (!file.isOpen()) {
-        throw FileError("open", path, errno);
-    }
-    return file;
-}
-
 void flush(const FileDescriptor& file, const std::filesystem::path& path) {
     // EINVAL: this kind of file system has nothing to flush.
     if (::fsync(file.get()) != 0 && errno != EINVAL) {
@@ -34,7 +27,11 @@ void flush(const FileDescriptor& file, const std::filesystem::path& path) {
 }
 
 void flushFolder(const std::filesystem::path& folder) {
-    flush(open(folder, O_RDONLY | O_DIRECTORY), folder);
+    const FileDescriptor file(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!file.isOpen()) {
+        throw FileError("open", folder, errno);
+    }
+    flush(file, folder);
 }
 
 std::string readAll(const FileDescriptor& file, const std::filesystem::path& path, std::size_t limit) {
@@ -56,39 +53,11 @@ std::string readAll(const FileDescriptor& file, const std::filesystem::path& pat
     }
 }
 
-void writeAll(const FileDescriptor& file, const std::filesystem::path& path, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t length = ::write(file.get(), text.data(), text.size());
-        if (length >= 0) {
-            text.remove_prefix(static_cast<std::size_t>(length));
-        } else if (errno != EINTR) {
-            throw FileError("write", path, errno);
-        }
-    }
-}
-
 void restoreAccess(const FileDescriptor& file, const std::filesystem::path& path, const FileAccess& access) {
     giveTo(file, access.owner, access.group);  // a file may change hands, but an update is not lost
     if (::fchmod(file.get(), access.mode) != 0) {
         throw FileError("set the mode of", path, errno);
     }
-}
-
-void removeIfThere(const std::filesystem::path& path) {
-    if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
-        throw FileError("remove", path, errno);
-    }
-}
-
-void writeNewFile(const std::filesystem::path& path, std::string_view text,
-                  const std::optional<FileAccess>& access) {
-    const FileDescriptor file =
-        open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, access ? ownerOnly : newFile);
-    writeAll(file, path, text);
-    if (access) {
-        restoreAccess(file, path, *access);
-    }
-    flush(file, path);
 }
 
 }  // namespace
@@ -154,20 +123,17 @@ std::optional<StoredFile> readFile(const std::filesystem::path& path, std::size_
         std::move(text), {status.st_mode & allModeBits, status.st_uid, status.st_gid}, std::move(file)};
 }
 
-void replaceFile(const std::filesystem::path& target, std::string_view text,
-                 const std::optional<FileAccess>& access) {
+void replaceStoredFile(const std::filesystem::path& target, std::string_view text,
+                       const std::optional<FileAccess>& access) {
     const auto temporary = std::filesystem::path(target) += ".tmp";
-    const auto folder = folderOf(target);
-    removeIfThere(temporary);
-    try {
-        writeNewFile(temporary, text, access);
-        if (::rename(temporary.c_str(), target.c_str()) != 0) {
-            throw FileError("replace", target, errno);
+    const auto folder = folderOf(target);  // before the replacement: what fails after it would deny it
+    const auto prepare = [&](const FileDescriptor& file) {
+        if (access) {
+            restoreAccess(file, temporary, *access);
         }
-    } catch (...) {
-        ::unlink(temporary.c_str());
-        throw;
-    }
+        flush(file, temporary);
+    };
+    replaceFile({target, temporary, access ? ownerOnly : newFile, prepare}, text);
     flushFolder(folder);
 }
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/common/file_descriptor.h"
+#include "base/file_descriptor.h"
 
 namespace kaz::util {
 
@@ -41,12 +41,10 @@ void makeFolders(const std::filesystem::path& folder);
 // Nothing when there is no such file. What is not a regular file, or larger than the limit, is an error.
 std::optional<StoredFile> readFile(const std::filesystem::path& path, std::size_t limit);
 
-// Puts a new file in the place of the old one, so that there is either at any moment, and waits until it is
-// on disk. A file without former access gets that of any new file. To be called by one writer at a time: the
-// text goes through a file named like the target with ".tmp" appended, and one left by a dead writer is
-// removed.
-void replaceFile(const std::filesystem::path& target, std::string_view text,
-                 const std::optional<FileAccess>& access);
+// Replaces a file (base/file_replacement.h) and waits until the new one is on disk. Without former access the new file
+// gets the usual mode. One writer at a time: the temporary file is the target's name with ".tmp" appended.
+void replaceStoredFile(const std::filesystem::path& target, std::string_view text,
+                       const std::optional<FileAccess>& access);
 
 // Waits until a file that was read is on disk, and its place in the folder. The file is not opened again: by
 // now the path may lead to another one, or to a pipe.

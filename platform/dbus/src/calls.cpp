@@ -1,10 +1,10 @@
 #include <kaz/dbus/calls.h>
-#include <kaz/dbus/dbus_error.h>
 
 #include <utility>
 
+#include "base/errno_text.h"
+#include "base/log.h"
 #include "platform/dbus/handles.h"
-#include "platform/dbus/log.h"
 
 namespace kaz::dbus {
 namespace {
@@ -20,7 +20,7 @@ MessageBuilder makePropertyCall(sd_bus* bus, MessageEndpoint endpoint, const cha
         const int result =
             sd_bus_message_append(builder.message(), "ss", interface.c_str(), property.c_str());
         if (result < 0) {
-            builder.fail(DbusError(result).error());
+            builder.fail(errnoText(result));
         }
     }
     return builder;
@@ -30,10 +30,10 @@ void logFailure(const MessageBuilder& call, const sd_bus_error& error) {
     const char* member = textOf(sd_bus_message_get_member(call.message()));
     const char* destination = textOf(sd_bus_message_get_destination(call.message()));
     if (call.sensitive()) {
-        log(spdlog::level::warn, "Call of {} at {} failed: {}", member, destination, textOf(error.name));
+        log::warn("Call of {} at {} failed: {}", member, destination, textOf(error.name));
     } else {
-        log(spdlog::level::warn, "Call of {} at {} failed: {}: {}", member, destination, textOf(error.name),
-            textOf(error.message));
+        log::warn("Call of {} at {} failed: {}: {}", member, destination, textOf(error.name),
+                  textOf(error.message));
     }
 }
 
@@ -48,8 +48,7 @@ MessageBuilder makeDbusCall(sd_bus* bus, MessageEndpoint endpoint, const std::st
         sd_bus_message_new_method_call(bus, &message, endpoint.destination.c_str(), endpoint.path.c_str(),
                                        endpoint.interface.c_str(), member.c_str());
     if (result < 0) {
-        log(spdlog::level::warn, "Cannot make a call of {} at {}: {}", member, endpoint.destination,
-            DbusError(result).error());
+        log::warn("Cannot make a call of {} at {}: {}", member, endpoint.destination, errnoText(result));
     }
     return MessageBuilder(message);
 }

@@ -1,15 +1,14 @@
 #include "platform/dbus/connection.h"
 
-#include <kaz/dbus/dbus_error.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <ctime>
 #include <utility>
 
+#include "base/errno_text.h"
+#include "base/log.h"
 #include "platform/dbus/guard.h"
-#include "platform/dbus/log.h"
 
 namespace kaz::dbus {
 namespace {
@@ -26,7 +25,7 @@ Connection::~Connection() {
 void Connection::open(sd_event* event) {
     event_ = event;
     if (const int result = tryOpen(); result < 0) {
-        log(spdlog::level::err, "Cannot connect to the system bus: {}", DbusError(result).error());
+        log::error("Cannot connect to the system bus: {}", errnoText(result));
         retryLater();
     }
 }
@@ -48,7 +47,7 @@ bool Connection::endTurn() noexcept {
 }
 
 void Connection::setChangeTask(ChangeTask task) {
-    changeTask_ = std::make_shared<const ChangeTask>(std::move(task));
+    changeTask_.set(std::move(task));
 }
 
 void Connection::lose() noexcept {
@@ -56,7 +55,7 @@ void Connection::lose() noexcept {
     if (killSwitch_.pulled()) {
         return;
     }
-    log(spdlog::level::err, "Lost the connection to the system bus");
+    log::error("Lost the connection to the system bus");
     // A bus that lets us in and then throws us out is not asked faster than one that is not there.
     if (Clock::now() - openedAt_ >= longestPause) {
         pause_ = shortestPause;
@@ -73,7 +72,7 @@ void Connection::retryLater() noexcept {
         sd_event_add_time(event_, &source, CLOCK_MONOTONIC, due, retryAccuracy, &Connection::onRetry, this);
     retry_.reset(source);
     if (result < 0) {
-        log(spdlog::level::err, "Cannot wait for the system bus: {}", DbusError(result).error());
+        log::error("Cannot wait for the system bus: {}", errnoText(result));
     }
     pause_ = std::min(2 * pause_, longestPause);
 }
@@ -94,14 +93,12 @@ void Connection::retry() noexcept {
         return;
     }
     retry_.reset();
-    log(spdlog::level::info, "Connected to the system bus");
+    log::info("Connected to the system bus");
     tellChange(true);
 }
 
 void Connection::tellChange(bool connected) noexcept {
-    if (const auto task = changeTask_; task && *task) {
-        runGuarded("connection task", [&] { (*task)(connected); });
-    }
+    runGuarded("connection task", [&] { changeTask_(connected); });
 }
 
 int Connection::tryOpen() {

@@ -3,6 +3,8 @@
 #include <functional>
 #include <memory>
 
+#include "base/non_copyable.h"
+#include "base/replaceable_task.h"
 #include "platform/dbus/clock.h"
 #include "platform/dbus/handles.h"
 #include "platform/dbus/kill_switch.h"
@@ -12,16 +14,12 @@ namespace kaz::dbus {
 
 // The connection to the system bus, and the signal handlers on it. Without a bus it tries again and again, with
 // pauses that grow. Belongs to the loop thread, but for abandon().
-class Connection {
+class Connection : NonCopyable {
   public:
     using ChangeTask = std::function<void(bool connected)>;
 
     Connection() = default;
     ~Connection();
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
-    Connection(Connection&&) = delete;
-    Connection& operator=(Connection&&) = delete;
 
     // Connects, waits to be let in (10 s at most), subscribes the handlers. A failure is one error in the
     // log, however often it is repeated.
@@ -61,7 +59,7 @@ class Connection {
     KillSwitch killSwitch_;
     BusPtr bus_;
     SignalTable signals_;
-    std::shared_ptr<const ChangeTask> changeTask_;  // shared with its own run, which may replace it
+    ReplaceableTask<void(bool connected)> changeTask_;
     Clock::time_point openedAt_;
     Clock::duration pause_ = shortestPause;
     SourcePtr retry_;

@@ -1,21 +1,22 @@
-#include <kaz/dbus/dbus_error.h>
 #include <kaz/dbus/event_loop.h>
 #include <pthread.h>
 #include <unistd.h>
 
 #include <condition_variable>
-#include <csignal>
 #include <cstdint>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <utility>
 
+#include "base/checked.h"
+#include "base/errno_text.h"
+#include "base/log.h"
+#include "base/signals_blocked.h"
 #include "platform/dbus/clock.h"
 #include "platform/dbus/connection.h"
 #include "platform/dbus/handles.h"
 #include "platform/dbus/idle_task.h"
-#include "platform/dbus/log.h"
 #include "platform/dbus/task_queue.h"
 #include "platform/dbus/timer.h"
 
@@ -33,41 +34,15 @@ EventPtr makeEvent() {
     return EventPtr(event);
 }
 
-// While this lives, threads start with their signals blocked: the handlers of the host program run on its own
-// threads. Faults are not blocked, they belong to the thread that makes them.
-class SignalsBlocked {
-  public:
-    SignalsBlocked() noexcept {
-        sigset_t blocked;
-        ::sigfillset(&blocked);
-        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS}) {
-            ::sigdelset(&blocked, fault);
-        }
-        ::pthread_sigmask(SIG_SETMASK, &blocked, &former_);
-    }
-    ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-    SignalsBlocked(SignalsBlocked&&) = delete;
-    SignalsBlocked& operator=(SignalsBlocked&&) = delete;
-
-  private:
-    sigset_t former_{};
-};
-
 }  // namespace
 
 // A turn is one message of the bus or one expiry of the timer, as sd-event picks, then one task, then, when
 // there was neither, the idle task. sd-event alone would not do: it prefers the source that has waited
 // longest, but of a bus with messages read ahead it forgets how long that has waited.
-class EventLoop::Impl {
+class EventLoop::Impl : NonCopyable {
   public:
     ~Impl();
     Impl() = default;
-    Impl(const Impl&) = delete;
-    Impl& operator=(const Impl&) = delete;
-    Impl(Impl&&) = delete;
-    Impl& operator=(Impl&&) = delete;
 
     void start();
     void stop() noexcept;
@@ -141,7 +116,7 @@ void EventLoop::Impl::run() noexcept {
 void EventLoop::Impl::turn() noexcept {
     const int dispatched = sd_event_run(event_.get(), idle.sleep(Clock::now()));
     if (dispatched < 0) {
-        log(spdlog::level::err, "Event loop: {}", DbusError(dispatched).error());
+        log::error("Event loop: {}", errnoText(dispatched));
         std::this_thread::sleep_for(milliseconds(100));
     }
     const bool ran = tasks.runOne();

@@ -2,7 +2,7 @@
 
 #include <exception>
 
-#include "platform/dbus/log.h"
+#include "base/log.h"
 
 namespace kaz::dbus {
 
@@ -10,9 +10,9 @@ void reportException(std::string_view where) noexcept {
     try {
         throw;
     } catch (const std::exception& exception) {
-        log(spdlog::level::err, "Exception from {}: {}", where, exception.what());
+        log::error("Exception from {}: {}", where, exception.what());
     } catch (...) {
-        log(spdlog::level::err, "Exception of an unknown type from {}", where);
+        log::error("Exception of an unknown type from {}", where);
     }
 }
 

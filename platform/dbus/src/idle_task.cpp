@@ -15,7 +15,7 @@ constexpr milliseconds shortestPeriod{10};  // of passes that ask for the next a
 }  // namespace
 
 void IdleTask::set(Task task) {
-    task_ = std::make_shared<const Task>(std::move(task));
+    task_.set(std::move(task));
 }
 
 void IdleTask::noteEvent(Clock::time_point now) noexcept {
@@ -32,9 +32,7 @@ uint64_t IdleTask::sleep(Clock::time_point now) const noexcept {
 
 void IdleTask::run() noexcept {
     std::optional<milliseconds> answer;
-    if (const auto task = task_; task && *task) {
-        runGuarded("idle task", [&] { answer = (*task)(); });
-    }
+    runGuarded("idle task", [&] { answer = task_(); });
     dueAt_ = nextPass(answer);
 }
 

@@ -2,9 +2,9 @@
 
 #include <chrono>
 #include <functional>
-#include <memory>
 #include <optional>
 
+#include "base/replaceable_task.h"
 #include "platform/dbus/clock.h"
 
 namespace kaz::dbus {
@@ -34,7 +34,7 @@ class IdleTask {
   private:
     std::optional<Clock::time_point> nextPass(std::optional<std::chrono::milliseconds> answer) noexcept;
 
-    std::shared_ptr<const Task> task_;  // shared with its own run, which may replace it
+    ReplaceableTask<std::optional<std::chrono::milliseconds>()> task_;
     std::optional<Clock::time_point> dueAt_;
     bool hurried_ = false;  // the last answer was zero or less
 };

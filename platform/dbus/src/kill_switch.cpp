@@ -11,7 +11,7 @@ int KillSwitch::guard(int socket) noexcept {
     const int duplicate = ::fcntl(socket, F_DUPFD_CLOEXEC, 0);
     const int result = duplicate < 0 ? -errno : 0;
     const std::lock_guard lock(mutex_);
-    socket_ = Fd(duplicate);
+    socket_ = FileDescriptor(duplicate);
     if (pulled_) {
         ::shutdown(socket_.get(), SHUT_RDWR);
     }
@@ -20,7 +20,7 @@ int KillSwitch::guard(int socket) noexcept {
 
 void KillSwitch::release() noexcept {
     const std::lock_guard lock(mutex_);
-    socket_ = Fd();
+    socket_ = FileDescriptor();
 }
 
 void KillSwitch::pull() noexcept {

@@ -2,7 +2,7 @@
 
 #include <mutex>
 
-#include "platform/dbus/handles.h"
+#include "base/file_descriptor.h"
 
 namespace kaz::dbus {
 
@@ -20,7 +20,7 @@ class KillSwitch {
 
   private:
     mutable std::mutex mutex_;
-    Fd socket_;  // a duplicate, so that its number cannot be reused while another thread holds it
+    FileDescriptor socket_;  // a duplicate, so that its number cannot be reused while another thread holds it
     bool pulled_ = false;
 };
 

@@ -1,14 +1,14 @@
 #include "platform/dbus/name_owner.h"
 
-#include <kaz/dbus/dbus_error.h>
 #include <kaz/dbus/message.h>
 
 #include <cerrno>
 #include <string_view>
 #include <utility>
 
+#include "base/errno_text.h"
+#include "base/log.h"
 #include "platform/dbus/guard.h"
-#include "platform/dbus/log.h"
 
 namespace kaz::dbus {
 namespace {
@@ -27,12 +27,12 @@ void NameOwner::attach(sd_bus* bus) {
         result = ask(bus);
     }
     if (result < 0) {
-        log(spdlog::level::warn, "Cannot follow the owner of {}: {}", name_, DbusError(result).error());
+        log::warn("Cannot follow the owner of {}: {}", name_, errnoText(result));
     }
 }
 
 void NameOwner::setChangeTask(ChangeTask task) {
-    changeTask_ = std::make_shared<const ChangeTask>(std::move(task));
+    changeTask_.set(std::move(task));
 }
 
 void NameOwner::detach() noexcept {
@@ -75,7 +75,7 @@ int NameOwner::onChanged(sd_bus_message* message, void* owner, sd_bus_error* /*e
     auto* self = static_cast<NameOwner*>(owner);
     const std::string_view sender = textOf(sd_bus_message_get_sender(message));
     if (sender != busName) {
-        log(spdlog::level::debug, "Dropping a NameOwnerChanged of {} that {} sent", self->name_, sender);
+        log::debug("Dropping a NameOwnerChanged of {} that {} sent", self->name_, sender);
         return 0;
     }
     const char* name = nullptr;
@@ -85,10 +85,7 @@ int NameOwner::onChanged(sd_bus_message* message, void* owner, sd_bus_error* /*e
         return 0;
     }
     self->owner_ = present;
-    if (const auto task = self->changeTask_; task && *task) {
-        const bool owned = !self->owner_.empty();
-        runGuarded("name owner task", [&] { (*task)(owned); });
-    }
+    runGuarded("name owner task", [self] { self->changeTask_(!self->owner_.empty()); });
     return 0;
 }
 

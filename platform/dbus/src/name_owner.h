@@ -1,23 +1,20 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <string>
 
+#include "base/non_copyable.h"
+#include "base/replaceable_task.h"
 #include "platform/dbus/handles.h"
 
 namespace kaz::dbus {
 
 // Who owns a bus name at the moment, followed for as long as this object lives and is attached. Bus and
 // client library alone do not keep a process from sending us a signal under the path of a service it is not.
-class NameOwner {
+class NameOwner : NonCopyable {
   public:
     explicit NameOwner(std::string name);
     ~NameOwner() = default;
-    NameOwner(const NameOwner&) = delete;
-    NameOwner& operator=(const NameOwner&) = delete;
-    NameOwner(NameOwner&&) = delete;
-    NameOwner& operator=(NameOwner&&) = delete;
 
     // Starts to follow on this connection; asks for the present owner and waits for the answer. A failure is
     // logged, and the owner stays unknown until it changes.
@@ -39,8 +36,8 @@ class NameOwner {
     int ask(sd_bus* bus);
 
     std::string name_;
-    std::string owner_;                             // unique name, empty while there is none
-    std::shared_ptr<const ChangeTask> changeTask_;  // shared with its own run, which may replace it
+    std::string owner_;  // unique name, empty while there is none
+    ReplaceableTask<void(bool owned)> changeTask_;
     SlotPtr slot_;
 };
 

@@ -1,13 +1,12 @@
 #include "platform/dbus/signal_table.h"
 
-#include <kaz/dbus/dbus_error.h>
-
 #include <algorithm>
 #include <iterator>
 #include <utility>
 
+#include "base/errno_text.h"
+#include "base/log.h"
 #include "platform/dbus/guard.h"
-#include "platform/dbus/log.h"
 #include "platform/dbus/name_owner.h"
 
 namespace kaz::dbus {
@@ -108,8 +107,7 @@ void SignalTable::subscribe(Entry& entry) {
                             match.member.c_str(), &SignalTable::onSignal, &entry);
     entry.slot.reset(slot);
     if (result < 0) {
-        log(spdlog::level::warn, "Cannot subscribe to {} of {}: {}", match.member, match.sender,
-            DbusError(result).error());
+        log::warn("Cannot subscribe to {} of {}: {}", match.member, match.sender, errnoText(result));
     }
 }
 
@@ -117,8 +115,8 @@ int SignalTable::onSignal(sd_bus_message* message, void* entry, sd_bus_error* /*
     // Its own handler may remove the entry.
     const auto self = static_cast<Entry*>(entry)->shared_from_this();
     if (!self->owner->sent(message)) {
-        log(spdlog::level::debug, "Dropping {}: sent by {}, which does not own {}", self->match.member,
-            textOf(sd_bus_message_get_sender(message)), self->match.sender);
+        log::debug("Dropping {}: sent by {}, which does not own {}", self->match.member,
+                   textOf(sd_bus_message_get_sender(message)), self->match.sender);
         return 0;
     }
     MessageDecoder decoder{message};

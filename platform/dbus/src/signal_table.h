@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/non_copyable.h"
 #include "platform/dbus/handles.h"
 
 namespace kaz::dbus {
@@ -22,16 +23,12 @@ struct SignalMatch {
 
 // The handlers of bus signals. They outlive the connection: attached to another, they are subscribed again.
 // Handlers may add and remove handlers; sd-bus sees to it that one added hears only what arrives after it.
-class SignalTable {
+class SignalTable : NonCopyable {
   public:
     using Handler = std::function<void(MessageDecoder&)>;
 
     SignalTable() = default;
     ~SignalTable();
-    SignalTable(const SignalTable&) = delete;
-    SignalTable& operator=(const SignalTable&) = delete;
-    SignalTable(SignalTable&&) = delete;
-    SignalTable& operator=(SignalTable&&) = delete;
 
     void attach(sd_bus* bus);
     void detach() noexcept;

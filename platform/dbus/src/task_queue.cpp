@@ -1,22 +1,15 @@
 #include "platform/dbus/task_queue.h"
 
 #include <sys/epoll.h>
-#include <sys/eventfd.h>
 
-#include <cerrno>
 #include <utility>
 
+#include "base/checked.h"
+#include "base/log.h"
 #include "platform/dbus/guard.h"
-#include "platform/dbus/log.h"
 
 namespace kaz::dbus {
 namespace {
-
-Fd makeWakeUp() {
-    Fd fd(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    checked(fd ? 0 : -errno, "eventfd");
-    return fd;
-}
 
 int justWake(sd_event_source* /*source*/, int /*fd*/, uint32_t /*events*/, void* /*data*/) {
     return 0;
@@ -24,7 +17,7 @@ int justWake(sd_event_source* /*source*/, int /*fd*/, uint32_t /*events*/, void*
 
 }  // namespace
 
-TaskQueue::TaskQueue(sd_event* event) : wakeUp_(makeWakeUp()) {
+TaskQueue::TaskQueue(sd_event* event) {
     sd_event_source* source = nullptr;
     checked(sd_event_add_io(event, &source, wakeUp_.get(), EPOLLIN, &justWake, nullptr), "sd_event_add_io");
     source_.reset(source);
@@ -40,7 +33,7 @@ void TaskQueue::push(Task task) {
         if (tasks_.size() < limit) {
             tasks_.push_back(std::move(task));
             if (tasks_.size() == 1) {
-                wake();
+                wakeUp_.set();
             }
             return;
         }
@@ -48,13 +41,13 @@ void TaskQueue::push(Task task) {
             return;
         }
     }
-    log(spdlog::level::warn, "{} tasks are waiting, dropping what is added until some have run", limit);
+    log::warn("{} tasks are waiting, dropping what is added until some have run", limit);
 }
 
 void TaskQueue::close() noexcept {
     const std::lock_guard lock(mutex_);
     closed_ = true;
-    wake();
+    wakeUp_.set();
 }
 
 void TaskQueue::drop() noexcept {
@@ -74,20 +67,11 @@ bool TaskQueue::runOne() noexcept {
         tasks_.pop_front();
         full_ = full_ && tasks_.size() > limit / 2;  // one warning for a flood, not for each of its waves
         if (tasks_.empty()) {
-            sleep();
+            wakeUp_.clear();
         }
     }
     runGuarded("task", task);
     return true;
-}
-
-void TaskQueue::wake() noexcept {
-    ::eventfd_write(wakeUp_.get(), 1);
-}
-
-void TaskQueue::sleep() noexcept {
-    eventfd_t ignored = 0;
-    ::eventfd_read(wakeUp_.get(), &ignored);
 }
 
 }  // namespace kaz::dbus

@@ -6,6 +6,7 @@
 #include <functional>
 #include <mutex>
 
+#include "base/event_fd.h"
 #include "platform/dbus/handles.h"
 
 namespace kaz::dbus {
@@ -36,14 +37,11 @@ class TaskQueue {
     void drop() noexcept;
 
   private:
-    void wake() noexcept;
-    void sleep() noexcept;
-
     mutable std::mutex mutex_;
     std::deque<Task> tasks_;
     bool full_ = false;  // and the log was told
     std::atomic<bool> closed_ = false;
-    Fd wakeUp_;  // readable while there are tasks, and for good once closed
+    EventFd wakeUp_;  // readable while there are tasks, and for good once closed
     SourcePtr source_;
 };
 

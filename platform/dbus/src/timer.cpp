@@ -4,6 +4,7 @@
 #include <ctime>
 #include <utility>
 
+#include "base/checked.h"
 #include "platform/dbus/clock.h"
 #include "platform/dbus/guard.h"
 
@@ -38,7 +39,7 @@ void Timer::configure(bool enable, milliseconds period) noexcept {
 }
 
 void Timer::setTask(Task task) {
-    task_ = std::make_shared<const Task>(std::move(task));
+    task_.set(std::move(task));
 }
 
 int Timer::onExpired(sd_event_source* /*source*/, uint64_t due, void* timer) {
@@ -49,9 +50,7 @@ int Timer::onExpired(sd_event_source* /*source*/, uint64_t due, void* timer) {
 void Timer::expired(uint64_t due) noexcept {
     const uint64_t now = std::max(nowInMicroseconds(), due);
     arm(due + period_ * (1 + (now - due) / period_));
-    if (const auto task = task_; task && *task) {
-        runGuarded("timer task", *task);
-    }
+    runGuarded("timer task", [this] { task_(); });
 }
 
 void Timer::arm(uint64_t due) noexcept {

@@ -2,8 +2,8 @@
 
 #include <chrono>
 #include <functional>
-#include <memory>
 
+#include "base/replaceable_task.h"
 #include "platform/dbus/handles.h"
 
 namespace kaz::dbus {
@@ -25,8 +25,8 @@ class Timer {
     void expired(uint64_t due) noexcept;
     void arm(uint64_t due) noexcept;
 
-    uint64_t period_ = 1;               // in us, as all times here
-    std::shared_ptr<const Task> task_;  // shared with its own run, which may replace it
+    uint64_t period_ = 1;  // in us, as all times here
+    ReplaceableTask<void()> task_;
     SourcePtr source_;
 };
 

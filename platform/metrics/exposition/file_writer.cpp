@@ -1,50 +1,21 @@
 #include "platform/metrics/exposition/file_writer.h"
 
 #include <pthread.h>
-#include <signal.h>
-#include <spdlog/spdlog.h>
 #include <unistd.h>
 
 #include <exception>
 #include <utility>
 
+#include "base/log.h"
+#include "base/signals_blocked.h"
 #include "platform/metrics/exposition/text_file.h"
 
 namespace kaz::metrics_reporting {
 namespace {
 
 void warn(const std::filesystem::path& file, const char* reason) noexcept {
-    try {
-        // The host may have shut its logging down.
-        if (const auto logger = spdlog::default_logger()) {
-            logger->warn("Couldn't write metrics to {}: {}", file.native(), reason);
-        }
-    } catch (...) {
-        // There is nobody left to tell.
-    }
+    log::warn("Couldn't write metrics to {}: {}", file.native(), reason);
 }
-
-// Signals are the host's business: a thread started meanwhile gets none. Faults are not blocked, they belong to
-// the thread that makes them.
-class SignalsBlocked {
-  public:
-    SignalsBlocked() {
-        ::sigset_t blocked;
-        ::sigfillset(&blocked);
-        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS}) {
-            ::sigdelset(&blocked, fault);
-        }
-        ::pthread_sigmask(SIG_SETMASK, &blocked, &former_);
-    }
-    ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-    SignalsBlocked(SignalsBlocked&&) = delete;
-    SignalsBlocked& operator=(SignalsBlocked&&) = delete;
-
-  private:
-    ::sigset_t former_{};
-};
 
 }  // namespace
 

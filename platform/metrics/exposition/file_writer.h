@@ -10,23 +10,20 @@
 #include <string>
 #include <thread>
 
+#include "base/non_copyable.h"
 #include "platform/metrics/exposition/wake_up.h"
 
 namespace kaz::metrics_reporting {
 
 // Keeps a file up to date with values that change often. The first change starts a thread. The thread writes
 // the file soon after a change, at most once per interval, and sleeps until the next change.
-class FileWriter {
+class FileWriter : NonCopyable {
   public:
     using Render = std::function<std::string()>;
 
     // `render` returns the text for the file. The thread and close() call it, never at the same time.
     FileWriter(std::filesystem::path file, std::chrono::steady_clock::duration interval, Render render);
     ~FileWriter();
-    FileWriter(const FileWriter&) = delete;
-    FileWriter& operator=(const FileWriter&) = delete;
-    FileWriter(FileWriter&&) = delete;
-    FileWriter& operator=(FileWriter&&) = delete;
 
     // Reports a change. Callable from any thread at any time. The next write contains all earlier changes.
     // Takes no lock once the thread runs. If the thread cannot be started, that is logged once, and each

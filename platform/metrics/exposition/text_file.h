@@ -5,8 +5,8 @@
 
 namespace kaz::metrics_reporting {
 
-// Creates or replaces the file atomically. It may be lost after a power cut. Throws std::runtime_error, also
-// when the path exists and is not a regular file.
+// Replaces a file (base/file_replacement.h) without waiting for the disk: a power cut may leave it empty. Throws
+// FileError, also when something other than a regular file has this name.
 void replaceTextFile(const std::filesystem::path& path, std::string_view text);
 
 }  // namespace kaz::metrics_reporting

@@ -6,19 +6,17 @@
 #include <chrono>
 #include <ctime>
 
+#include "base/non_copyable.h"
+
 namespace kaz::metrics_reporting {
 
 // Wakes one sleeping thread, or prevents its next sleep. It uses a POSIX semaphore for two reasons: posting
 // takes no lock that a forked child could inherit locked, and some implementations of std::counting_semaphore
 // poll in timed waits.
-class WakeUp {
+class WakeUp : NonCopyable {
   public:
     WakeUp() noexcept { ::sem_init(&semaphore_, 0, 0); }
     ~WakeUp() { ::sem_destroy(&semaphore_); }
-    WakeUp(const WakeUp&) = delete;
-    WakeUp& operator=(const WakeUp&) = delete;
-    WakeUp(WakeUp&&) = delete;
-    WakeUp& operator=(WakeUp&&) = delete;
 
     void post() noexcept { ::sem_post(&semaphore_); }
 

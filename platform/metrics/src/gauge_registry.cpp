@@ -29,15 +29,11 @@ std::unique_ptr<FileWriter> configuredWriter(FileWriter::Render render) {
 
 // Closes the registry when the process exits. As this is created when the library is loaded, it happens after
 // the static objects of all who use the library were destroyed.
-class Exit {
+class Exit : NonCopyable {
   public:
     // The writer's thread logs until it is joined, so the log has to be older, that is, destroyed later.
     Exit() { spdlog::default_logger_raw(); }
     ~Exit() { GaugeRegistry::instance().close(); }
-    Exit(const Exit&) = delete;
-    Exit& operator=(const Exit&) = delete;
-    Exit(Exit&&) = delete;
-    Exit& operator=(Exit&&) = delete;
 };
 
 const Exit exitOfProcess;

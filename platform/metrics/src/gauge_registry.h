@@ -7,20 +7,17 @@
 #include <string>
 #include <vector>
 
+#include "base/non_copyable.h"
+
 namespace kaz::metrics_reporting {
 
 class FileWriter;
 
 // All gauges of the process, and the file to which they are written, if there is one. For any thread.
-class GaugeRegistry {
+class GaugeRegistry : NonCopyable {
   public:
     // The registry of this process. It is never destroyed, because gauges may be set until the process ends.
     static GaugeRegistry& instance();
-
-    GaugeRegistry(const GaugeRegistry&) = delete;
-    GaugeRegistry& operator=(const GaugeRegistry&) = delete;
-    GaugeRegistry(GaugeRegistry&&) = delete;
-    GaugeRegistry& operator=(GaugeRegistry&&) = delete;
 
     std::shared_ptr<Gauge> gauge(const std::string& name);
     std::vector<Sample> snapshot() const;

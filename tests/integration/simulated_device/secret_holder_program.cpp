@@ -1,6 +1,6 @@
 // The process whose memory is searched: a Manager, and a thread that does what it reads from its standard input, a
 // socket. Each request is answered with a byte.
-#include "secrets/wipe.h"
+#include "base/wipe.h"
 #include "support/wifi_user/wifi_user.h"
 
 #include <spdlog/spdlog.h>

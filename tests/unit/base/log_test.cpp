@@ -1,4 +1,4 @@
-#include "diagnostics/log.h"
+#include "base/log.h"
 #include "doubles/recording_log/recording_log.h"
 
 #include <gtest/gtest.h>
@@ -13,27 +13,26 @@
 #include <thread>
 #include <vector>
 
-namespace kaz::wifi {
+namespace kaz::test {
 
 // Counts how often it is turned into text.
 struct Counted {
     int* times;
 };
 
-}  // namespace kaz::wifi
+}  // namespace kaz::test
 
 template <>
-struct fmt::formatter<kaz::wifi::Counted> : fmt::formatter<fmt::string_view> {
-    auto format(const kaz::wifi::Counted& counted, fmt::format_context& context) const {
+struct fmt::formatter<kaz::test::Counted> : fmt::formatter<fmt::string_view> {
+    auto format(const kaz::test::Counted& counted, fmt::format_context& context) const {
         ++*counted.times;
         return fmt::formatter<fmt::string_view>::format("counted", context);
     }
 };
 
-namespace kaz::wifi {
+namespace kaz::test {
 namespace {
 
-using test::RecordingLog;
 namespace level = spdlog::level;
 
 // Gives the process its logger back.
@@ -136,4 +135,4 @@ TEST_F(Log, CanBeReplacedWhileItIsWritten) {
 }
 
 }  // namespace
-}  // namespace kaz::wifi
+}  // namespace kaz::test

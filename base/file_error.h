@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string_view>
 
-namespace kaz::util {
+namespace kaz {
 
 // A failed step on a file. The text reads "open /a/b: Permission denied" and does not depend on the locale.
 class FileError : public std::runtime_error {
@@ -12,4 +12,4 @@ class FileError : public std::runtime_error {
     FileError(std::string_view step, const std::filesystem::path& path, int error);
 };
 
-}  // namespace kaz::util
+}  // namespace kaz

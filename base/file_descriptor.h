@@ -4,15 +4,15 @@
 
 #include <utility>
 
-namespace kaz::util {
+namespace kaz {
 
-// An open file, closed at the end of scope.
+// Owns a file descriptor, or none: closes it at the end of scope, or when another is assigned.
 class FileDescriptor {
   public:
-    explicit FileDescriptor(int fd) noexcept : fd_(fd) {}
+    explicit FileDescriptor(int fd = -1) noexcept : fd_(fd) {}
     FileDescriptor(FileDescriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
     FileDescriptor& operator=(FileDescriptor&& other) noexcept {
-        std::swap(fd_, other.fd_);
+        const FileDescriptor former(std::exchange(fd_, std::exchange(other.fd_, -1)));
         return *this;
     }
     FileDescriptor(const FileDescriptor&) = delete;
@@ -30,4 +30,4 @@ class FileDescriptor {
     int fd_;
 };
 
-}  // namespace kaz::util
+}  // namespace kaz

@@ -1,4 +1,4 @@
-#include "secrets/wipe.h"
+#include "base/wipe.h"
 #include "support/freed_memory_watch/freed_memory_watch.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,9 @@
-#include "platform/dbus/handles.h"
+#include "base/checked.h"
 
+#include <cerrno>
 #include <system_error>
 
-namespace kaz::dbus {
+namespace kaz {
 
 int checked(int result, const char* call) {
     if (result < 0) {
@@ -11,4 +12,8 @@ int checked(int result, const char* call) {
     return result;
 }
 
-}  // namespace kaz::dbus
+void throwErrno(const std::string& what) {
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+}  // namespace kaz

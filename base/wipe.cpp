@@ -1,4 +1,4 @@
-#include "secrets/wipe.h"
+#include "base/wipe.h"
 
 #include <string.h>
 

@@ -1,10 +1,10 @@
-#include "diagnostics/log.h"
+#include "base/log.h"
 
 #include <spdlog/spdlog.h>
 
 #include <iterator>
 
-namespace kaz::wifi::log {
+namespace kaz::log {
 namespace {
 
 spdlog::level::level_enum spdlogLevel(Level level) {
@@ -37,4 +37,4 @@ void write(Level level, fmt::string_view format, fmt::format_args arguments) noe
     }
 }
 
-}  // namespace kaz::wifi::log
+}  // namespace kaz::log

@@ -1,10 +1,11 @@
-// The library's log records. They go to what is the process's default logger at that moment; the host may replace it
-// at any time, or have shut logging down, and then they are dropped. Any thread; nothing here throws.
+// Log records. Each goes to the logger that is the process's default one at that moment. The host may replace that logger
+// at any time. After spdlog::shutdown() records are dropped. Any thread. Nothing here throws, so it can be used in
+// destructors, in C callbacks, and when a sink throws.
 #pragma once
 
 #include <fmt/format.h>
 
-namespace kaz::wifi::log {
+namespace kaz::log {
 
 enum class Level { debug, info, warn, error };
 
@@ -30,4 +31,4 @@ void error(fmt::format_string<Args...> format, Args&&... args) noexcept {
     write(Level::error, format, fmt::make_format_args(args...));
 }
 
-}  // namespace kaz::wifi::log
+}  // namespace kaz::log

@@ -6,11 +6,11 @@
 
 namespace kaz {
 
-// Overwrites all memory the string holds, unused capacity included, and empties it. The compiler cannot leave
-// this out.
+// Overwrites all memory that the string holds, unused capacity included, and empties it. The compiler cannot optimise
+// this away.
 void wipe(std::string& secret) noexcept;
 
-// A string that overwrites its memory at its end.
+// A string that overwrites its memory when it is destroyed.
 class WipedString {
   public:
     explicit WipedString(std::string&& text) noexcept : text_(std::move(text)) { wipe(text); }

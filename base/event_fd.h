@@ -1,0 +1,21 @@
+#pragma once
+
+#include "base/file_descriptor.h"
+
+namespace kaz {
+
+// A descriptor that wakes a thread out of poll(): readable from set() to clear(). Any thread.
+class EventFd {
+  public:
+    // Throws std::system_error.
+    EventFd();
+
+    void set() const noexcept;
+    void clear() const noexcept;
+    int get() const noexcept { return fd_.get(); }
+
+  private:
+    FileDescriptor fd_;
+};
+
+}  // namespace kaz

@@ -1,0 +1,16 @@
+// Bytes as hexadecimal digits.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kaz {
+
+// Lower case, two digits per byte.
+std::string toHex(std::string_view bytes);
+
+// Reads digits of either case. Nothing when their number is odd or a character is no hexadecimal digit.
+std::optional<std::string> fromHex(std::string_view digits);
+
+}  // namespace kaz

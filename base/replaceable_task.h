@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+namespace kaz {
+
+// A function that may replace itself while it runs: the run keeps what it runs alive. One thread.
+template <typename Signature>
+class ReplaceableTask;
+
+template <typename Result, typename... Arguments>
+class ReplaceableTask<Result(Arguments...)> {
+  public:
+    using Function = std::function<Result(Arguments...)>;
+
+    void set(Function function) { function_ = std::make_shared<const Function>(std::move(function)); }
+
+    // Does nothing, and returns a default value, when there is no function.
+    Result operator()(Arguments... arguments) const {
+        const auto running = function_;
+        return running && *running ? (*running)(std::forward<Arguments>(arguments)...) : Result();
+    }
+
+  private:
+    std::shared_ptr<const Function> function_;
+};
+
+}  // namespace kaz

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <signal.h>
+
+#include "base/non_copyable.h"
+
+namespace kaz {
+
+// While this lives, threads that the calling thread starts have their signals blocked, so the host's signal handlers
+// run on the host's own threads. Faults are not blocked: they belong to the thread that causes them.
+class SignalsBlocked : NonCopyable {
+  public:
+    SignalsBlocked() noexcept;
+    ~SignalsBlocked();
+
+  private:
+    sigset_t former_{};
+};
+
+}  // namespace kaz
