@@ -5,8 +5,8 @@
 
 namespace kaz {
 
-// Returns the result of a function that reports failure as a negated errno, as libsystemd's do. Throws
-// std::system_error when it is negative.
+// Returns the result of a function that reports failure as a negated errno, like those of libsystemd. Throws
+// std::system_error if the result is negative.
 int checked(int result, const char* call);
 
 // Throws errno as std::system_error.

@@ -4,7 +4,7 @@
 
 namespace kaz {
 
-// A descriptor that wakes a thread out of poll(): readable from set() to clear(). Any thread.
+// A file descriptor that wakes a thread from poll(): readable from set() to clear(). Usable from any thread.
 class EventFd {
   public:
     // Throws std::system_error.

@@ -6,7 +6,7 @@
 
 namespace kaz {
 
-// Owns a file descriptor, or none: closes it at the end of scope, or when another is assigned.
+// Owns a file descriptor or none. Closes it at the end of scope, or when another one is assigned.
 class FileDescriptor {
   public:
     explicit FileDescriptor(int fd = -1) noexcept : fd_(fd) {}

@@ -10,7 +10,7 @@
 
 namespace kaz {
 
-// How a file is replaced.
+// The details of replacing a file.
 struct FileReplacement {
     std::filesystem::path target;
     std::filesystem::path temporary;  // in the target's folder, and used by one writer at a time
@@ -20,8 +20,8 @@ struct FileReplacement {
     std::function<void(const FileDescriptor&)> prepare;
 };
 
-// Puts a file with this text in the place of the target, so that a reader sees the old file or the new one, whole.
-// A temporary file that a dead writer left is removed, and so is ours when something fails. Throws FileError.
+// Replaces the target by a file with this text, atomically: a reader sees the whole old file or the whole new
+// one. Removes the temporary file of a writer that died, and its own after a failure. Throws FileError.
 void replaceFile(const FileReplacement& replacement, std::string_view text);
 
 }  // namespace kaz

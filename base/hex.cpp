@@ -3,7 +3,7 @@
 namespace kaz {
 namespace {
 
-// -1 for what is no digit.
+// -1 if the character is not a digit.
 int digitValue(char digit) {
     if (digit >= '0' && digit <= '9') {
         return digit - '0';

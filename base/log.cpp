@@ -25,7 +25,7 @@ spdlog::level::level_enum spdlogLevel(Level level) {
 
 void write(Level level, fmt::string_view format, fmt::format_args arguments) noexcept {
     try {
-        // Held while it is used: whoever replaces it meanwhile would otherwise destroy it under us.
+        // Keep the logger alive while it is used: another thread may replace it meanwhile.
         const auto logger = spdlog::default_logger();
         if (logger && (logger->should_log(spdlogLevel(level)) || logger->should_backtrace())) {
             fmt::memory_buffer text;
@@ -33,7 +33,7 @@ void write(Level level, fmt::string_view format, fmt::format_args arguments) noe
             logger->log(spdlogLevel(level), spdlog::string_view_t(text.data(), text.size()));
         }
     } catch (...) {
-        // There is nobody left to tell.
+        // There is no way to report this.
     }
 }
 

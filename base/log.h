@@ -1,6 +1,6 @@
-// Log records. Each goes to the logger that is the process's default one at that moment. The host may replace that logger
-// at any time. After spdlog::shutdown() records are dropped. Any thread. Nothing here throws, so it can be used in
-// destructors, in C callbacks, and when a sink throws.
+// Log records. Each goes to the process's default logger, which the host may replace at any time. After
+// spdlog::shutdown() records are dropped. Callable from any thread. Nothing here throws, so it can be used in
+// destructors and C callbacks, and when a sink throws.
 #pragma once
 
 #include <fmt/format.h>

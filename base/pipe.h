@@ -4,7 +4,7 @@
 
 namespace kaz {
 
-// The two ends of a new pipe. They are closed in a program that is executed.
+// The two ends of a new pipe. An exec closes them.
 struct Pipe {
     // Throws std::system_error.
     Pipe();

@@ -6,7 +6,8 @@
 
 namespace kaz {
 
-// A function that may replace itself while it runs: the run keeps what it runs alive. One thread.
+// A function that may replace itself while it runs: the running function stays alive until it returns. For
+// one thread.
 template <typename Signature>
 class ReplaceableTask;
 
@@ -17,7 +18,7 @@ class ReplaceableTask<Result(Arguments...)> {
 
     void set(Function function) { function_ = std::make_shared<const Function>(std::move(function)); }
 
-    // Does nothing, and returns a default value, when there is no function.
+    // Without a function it does nothing and returns a default value.
     Result operator()(Arguments... arguments) const {
         const auto running = function_;
         return running && *running ? (*running)(std::forward<Arguments>(arguments)...) : Result();

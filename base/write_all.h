@@ -4,7 +4,7 @@
 
 namespace kaz {
 
-// Writes the whole text, through interruptions and partial writes. False, with errno set, when that fails.
+// Writes the whole text, despite interruptions and partial writes. Returns false and sets errno on failure.
 bool writeAll(int fd, std::string_view text) noexcept;
 
 }  // namespace kaz

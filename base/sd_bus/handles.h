@@ -24,7 +24,7 @@ using BusPtr = std::unique_ptr<sd_bus, Release<&sd_bus_close_unref>>;
 using SlotPtr = std::unique_ptr<sd_bus_slot, Release<&sd_bus_slot_unref>>;
 using MessagePtr = std::unique_ptr<sd_bus_message, Release<&sd_bus_message_unref>>;
 
-// An error as calls report it.
+// The error of a failed call.
 struct BusError : NonCopyable {
     BusError() = default;
     ~BusError() { sd_bus_error_free(&value); }

@@ -12,8 +12,8 @@
 namespace kaz::util {
 namespace {
 
-// Whoever may replace files in the folder may lock, nobody else: not even read, for a reader could hold the
-// lock for ever.
+// Only those who may replace files in the folder may lock. Others may not even read the lock file, because a
+// reader could hold the lock for ever.
 void openToWritersOf(const std::filesystem::path& folder, const FileDescriptor& file) {
     struct stat status {};
     if (::stat(folder.c_str(), &status) != 0 || !giveTo(file, status.st_uid, status.st_gid)) {
@@ -63,7 +63,7 @@ FileDescriptor acquire(const std::filesystem::path& path) {
     for (;;) {
         FileDescriptor file = openLockFile(path);
         waitForLock(file.get(), path);
-        // Somebody may have removed the file meanwhile; then the next writer locks another one.
+        // The file may have been removed meanwhile; then the next writer locks another file.
         if (isStillAt(path, file.get())) {
             return file;
         }
@@ -76,7 +76,7 @@ ConfigLock::ConfigLock(const std::filesystem::path& target)
     : file_(acquire(std::filesystem::path(target) += ".lock")) {}
 
 ConfigLock::~ConfigLock() {
-    // Closing alone would leave the lock with a child that another thread forked in the meantime.
+    // After a close only, a child that another thread forked meanwhile would still hold the lock.
     ::flock(file_.get(), LOCK_UN);
 }
 

@@ -20,7 +20,7 @@ constexpr mode_t newFolder = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 constexpr mode_t allModeBits = S_ISUID | S_ISGID | S_ISVTX | S_IRWXU | S_IRWXG | S_IRWXO;
 
 void flush(const FileDescriptor& file, const std::filesystem::path& path) {
-    // EINVAL: this kind of file system has nothing to flush.
+    // EINVAL: this file system does not support it.
     if (::fsync(file.get()) != 0 && errno != EINVAL) {
         throw FileError("flush", path, errno);
     }
@@ -54,7 +54,7 @@ std::string readAll(const FileDescriptor& file, const std::filesystem::path& pat
 }
 
 void restoreAccess(const FileDescriptor& file, const std::filesystem::path& path, const FileAccess& access) {
-    giveTo(file, access.owner, access.group);  // a file may change hands, but an update is not lost
+    giveTo(file, access.owner, access.group);  // may fail: a changed owner is better than a lost update
     if (::fchmod(file.get(), access.mode) != 0) {
         throw FileError("set the mode of", path, errno);
     }
@@ -103,7 +103,7 @@ void makeFolders(const std::filesystem::path& folder) {
 }
 
 std::optional<StoredFile> readFile(const std::filesystem::path& path, std::size_t limit) {
-    // Not blocking, because opening a pipe would wait for its other end.
+    // Nonblocking, because opening a pipe would wait for its other end.
     FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file.isOpen()) {
         if (errno == ENOENT) {
@@ -126,7 +126,8 @@ std::optional<StoredFile> readFile(const std::filesystem::path& path, std::size_
 void replaceStoredFile(const std::filesystem::path& target, std::string_view text,
                        const std::optional<FileAccess>& access) {
     const auto temporary = std::filesystem::path(target) += ".tmp";
-    const auto folder = folderOf(target);  // before the replacement: what fails after it would deny it
+    // First, because a failure after the replacement would be reported as a failed update.
+    const auto folder = folderOf(target);
     const auto prepare = [&](const FileDescriptor& file) {
         if (access) {
             restoreAccess(file, temporary, *access);

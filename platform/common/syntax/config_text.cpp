@@ -12,7 +12,7 @@ struct Entry {
     std::string_view lineEnd;
 };
 
-// Cuts the first line, its end included, off the text.
+// Removes the first line, with its line ending, from the text.
 std::string_view takeLine(std::string_view& text) {
     const auto lineFeed = text.find('\n');
     const auto line = text.substr(0, lineFeed == std::string_view::npos ? lineFeed : lineFeed + 1);
@@ -22,7 +22,7 @@ std::string_view takeLine(std::string_view& text) {
 
 std::size_t lineEndLength(std::string_view line) {
     std::size_t length = line.ends_with('\n') ? 1 : 0;
-    // Also on a last line without LF, so that a line appended after it does not take the CR's meaning away.
+    // Also on a last line without LF, so that the CR keeps its meaning when a line is appended.
     if (line.substr(0, line.size() - length).ends_with('\r')) {
         ++length;
     }

@@ -1,4 +1,4 @@
-// The one clock of the loop, CLOCK_MONOTONIC.
+// The loop's only clock, CLOCK_MONOTONIC.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +9,7 @@ namespace kaz::dbus {
 
 using Clock = std::chrono::steady_clock;
 
-// Long enough to be never, short enough to be added to a time.
+// Practically never, but small enough to be added to a time.
 inline constexpr std::chrono::hours longestDelay{24 * 365 * 100};
 
 // sd-event counts microseconds. The delay must not be negative.

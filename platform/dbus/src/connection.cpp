@@ -56,7 +56,7 @@ void Connection::lose() noexcept {
         return;
     }
     log::error("Lost the connection to the system bus");
-    // A bus that lets us in and then throws us out is not asked faster than one that is not there.
+    // Keep the pauses also for a bus that accepts the connection and then closes it.
     if (Clock::now() - openedAt_ >= longestPause) {
         pause_ = shortestPause;
     }
@@ -66,7 +66,8 @@ void Connection::lose() noexcept {
 
 void Connection::retryLater() noexcept {
     sd_event_source* source = nullptr;
-    // Not relative: that would count from the beginning of the turn, before an attempt that may have taken seconds.
+    // Not a relative time: it would count from the start of the turn, before an attempt that may have taken
+    // seconds.
     const uint64_t due = toMicroseconds((Clock::now() + pause_).time_since_epoch());
     const int result =
         sd_event_add_time(event_, &source, CLOCK_MONOTONIC, due, retryAccuracy, &Connection::onRetry, this);
@@ -126,10 +127,10 @@ int Connection::connect() {
 }
 
 int Connection::waitToBeLetIn() {
-    // sd-bus would do this within the first call, without this limit.
+    // sd-bus would do this in the first call, without this limit.
     const auto deadline = Clock::now() + callTimeout;
     while (sd_bus_is_ready(bus_.get()) <= 0) {
-        // Each time: the next address of a list is another socket.
+        // Each time, because the next address of a list has another socket.
         if (const int guarded = killSwitch_.guard(sd_bus_get_fd(bus_.get())); guarded < 0) {
             return guarded;
         }
@@ -156,7 +157,7 @@ int Connection::waitToBeLetIn() {
 }
 
 void Connection::drop() noexcept {
-    sd_bus_close(bus_.get());  // first: nobody needs to hear that the handlers go
+    sd_bus_close(bus_.get());  // first, so that no RemoveMatch calls are sent
     signals_.detach();
     killSwitch_.release();
     bus_.reset();

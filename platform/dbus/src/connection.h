@@ -12,8 +12,8 @@
 
 namespace kaz::dbus {
 
-// The connection to the system bus, and the signal handlers on it. Without a bus it tries again and again, with
-// pauses that grow. Belongs to the loop thread, but for abandon().
+// The connection to the system bus, and its signal handlers. Without a bus it reconnects repeatedly, with
+// growing pauses. For the loop thread only, except abandon().
 class Connection : NonCopyable {
   public:
     using ChangeTask = std::function<void(bool connected)>;
@@ -21,21 +21,21 @@ class Connection : NonCopyable {
     Connection() = default;
     ~Connection();
 
-    // Connects, waits to be let in (10 s at most), subscribes the handlers. A failure is one error in the
-    // log, however often it is repeated.
+    // Connects, waits until the bus accepts the connection (10 s at most), and subscribes the handlers.
+    // Repeated failures are logged as one error.
     void open(sd_event* event);
 
-    // Sends what is still queued, then disconnects for good.
+    // Sends queued messages, then disconnects for good.
     void close() noexcept;
 
-    // To be called after each turn of the loop. A connection that broke is given up here, not in the middle
-    // of a task that still uses it, with one error in the log. True when that happened.
+    // Closes a broken connection, logs one error, and returns true. Called after each turn of the loop, so that a
+    // task never loses the connection while it uses it.
     bool endTurn() noexcept;
 
-    // Runs after each loss of the connection and after each success but that of open().
+    // Runs after each loss of the connection and after each connect, except in open().
     void setChangeTask(ChangeTask task);
 
-    // Makes whatever this connection waits for fail now, and everything later. From any thread.
+    // Makes the current call and all later ones fail at once. Callable from any thread.
     void abandon() noexcept { killSwitch_.pull(); }
 
     sd_bus* bus() const noexcept { return bus_.get(); }

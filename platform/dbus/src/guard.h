@@ -1,4 +1,4 @@
-// The edge between the loop and what it runs.
+// Catches exceptions of the functions that the loop runs.
 #pragma once
 
 #include <string_view>
@@ -6,10 +6,10 @@
 
 namespace kaz::dbus {
 
-// Logs the exception being handled at error level.
+// Logs the current exception at error level.
 void reportException(std::string_view where) noexcept;
 
-// Runs the function; an exception of whatever type ends here, with a record in the log.
+// Runs the function. Catches and logs an exception of any type.
 template <typename Function>
 void runGuarded(std::string_view where, Function&& function) noexcept {
     try {

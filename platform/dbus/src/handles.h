@@ -1,11 +1,11 @@
-// What libsystemd's interfaces need.
+// Helpers for libsystemd's interfaces.
 #pragma once
 
 #include "base/sd_bus/handles.h"
 
 namespace kaz::dbus {
 
-// C interfaces say null where they have no text.
+// The C text, or an empty one for null.
 inline const char* textOf(const char* text) noexcept {
     return text == nullptr ? "" : text;
 }

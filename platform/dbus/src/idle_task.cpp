@@ -10,7 +10,7 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds patience{100};
-constexpr milliseconds shortestPeriod{10};  // of passes that ask for the next at once
+constexpr milliseconds shortestPeriod{10};  // of passes that return zero or less
 
 }  // namespace
 

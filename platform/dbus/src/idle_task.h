@@ -9,26 +9,26 @@
 
 namespace kaz::dbus {
 
-// When the idle task is to run, and its runs. A pass falls due with every event, at once when the task
-// answered zero or less, and otherwise after the delay it answered.
+// Schedules and runs the idle task. A pass becomes due with every event, and after the delay that the task
+// returned: at once for zero or less.
 class IdleTask {
   public:
     using Task = std::function<std::optional<std::chrono::milliseconds>()>;
 
     void set(Task task);
 
-    // Something has happened: a pass is due now, if none was before.
+    // An event happened, so a pass is due now.
     void noteEvent(Clock::time_point now) noexcept;
 
     bool due(Clock::time_point now) const noexcept { return dueAt_ && *dueAt_ <= now; }
 
-    // Whether a due pass has waited so long for a quiet moment that it is to run anyway.
+    // Whether a due pass has waited so long for an idle moment that it runs anyway.
     bool overdue(Clock::time_point now) const noexcept;
 
-    // How long the loop may sleep, in us; UINT64_MAX for as long as nothing happens.
+    // How long the loop may sleep, in us; UINT64_MAX: until the next event.
     uint64_t sleep(Clock::time_point now) const noexcept;
 
-    // One pass.
+    // Runs one pass.
     void run() noexcept;
 
   private:
@@ -36,7 +36,7 @@ class IdleTask {
 
     ReplaceableTask<std::optional<std::chrono::milliseconds>()> task_;
     std::optional<Clock::time_point> dueAt_;
-    bool hurried_ = false;  // the last answer was zero or less
+    bool hurried_ = false;  // the task last returned zero or less
 };
 
 }  // namespace kaz::dbus

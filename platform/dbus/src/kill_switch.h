@@ -6,12 +6,12 @@
 
 namespace kaz::dbus {
 
-// Lets another thread break the connection on which the loop thread may be blocked: whatever waits for the
-// socket fails at once, and so does every later use of it. May be used from any thread.
+// Lets another thread break the connection on which the loop thread may be blocked. A wait on the socket
+// fails at once, and so does every later use. Usable from any thread.
 class KillSwitch {
   public:
-    // The socket to break. When the switch was thrown before, it is broken at once. Gives 0, or a negative error code
-    // when it cannot be guarded.
+    // Sets the socket to break, and breaks it at once if that was requested before. Returns 0, or a negative
+    // error code on failure.
     int guard(int socket) noexcept;
     void release() noexcept;
 
@@ -20,7 +20,7 @@ class KillSwitch {
 
   private:
     mutable std::mutex mutex_;
-    FileDescriptor socket_;  // a duplicate, so that its number cannot be reused while another thread holds it
+    FileDescriptor socket_;  // a duplicate, so that its number is not reused while another thread uses it
     bool pulled_ = false;
 };
 

@@ -8,15 +8,14 @@
 
 namespace kaz::dbus {
 
-// Runs a task periodically until it is disarmed. Expiries that pass while the loop is busy are not made up
-// for.
+// Runs a task periodically until it is disarmed. Expiries while the loop is busy are skipped.
 class Timer {
   public:
     using Task = std::function<void()>;
 
     explicit Timer(sd_event* event);
 
-    // A period below 1 ms counts as 1 ms.
+    // The shortest period is 1 ms.
     void configure(bool enable, std::chrono::milliseconds period) noexcept;
     void setTask(Task task);
 
@@ -25,7 +24,7 @@ class Timer {
     void expired(uint64_t due) noexcept;
     void arm(uint64_t due) noexcept;
 
-    uint64_t period_ = 1;  // in us, as all times here
+    uint64_t period_ = 1;  // in us, like all times here
     ReplaceableTask<void()> task_;
     SourcePtr source_;
 };

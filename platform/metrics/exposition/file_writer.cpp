@@ -28,7 +28,7 @@ FileWriter::~FileWriter() {
 }
 
 void FileWriter::noteChange() noexcept {
-    // Always an exchange, never a mere look: it orders this change before the writer's reading of it.
+    // Always exchange, never only load: this orders the change before the writer's read.
     const bool isFirst = !changed_.exchange(true);
     if (process_ == 0) {
         start();
@@ -40,7 +40,7 @@ void FileWriter::noteChange() noexcept {
 
 void FileWriter::close() noexcept {
     if (isInherited()) {
-        return;  // before locking: nobody would ever unlock what the parent had locked
+        return;  // before locking: a mutex that the parent had locked is never unlocked here
     }
     const std::lock_guard lock(threadMutex_);
     if (closing_.exchange(true)) {
@@ -76,7 +76,7 @@ void FileWriter::run() {
     auto earliest = std::chrono::steady_clock::now();
     for (;;) {
         wakeUp_.wait();
-        // A change that was noted is noted once, so that only close() can cut this wait short.
+        // A change posts only once, so only close() can end this wait early.
         while (!closing_ && wakeUp_.waitUntil(earliest)) {
         }
         if (closing_) {

@@ -17,8 +17,8 @@ namespace fs = std::filesystem;
 
 constexpr mode_t newFile = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
 
-// One per process, since several may be told to write to one file. Hidden, and without the ending that collectors look
-// for.
+// One per process, because several processes may write to one file. Hidden, and without the extension that
+// collectors look for.
 fs::path temporaryFor(const fs::path& path) {
     return fs::path(path).replace_filename(fmt::format(".{}.{}.tmp", path.filename().native(), ::getpid()));
 }
@@ -28,7 +28,7 @@ fs::path temporaryFor(const fs::path& path) {
 void replaceTextFile(const fs::path& path, std::string_view text) {
     std::error_code unknown;
     const auto inTheWay = fs::symlink_status(path, unknown).type();
-    // Above all /dev/stdout and its like, which a root process could replace.
+    // Especially /dev/stdout and similar files, which a root process could replace.
     if (inTheWay != fs::file_type::regular && inTheWay != fs::file_type::not_found) {
         throw FileError("replace", path, unknown ? unknown.value() : EINVAL);
     }

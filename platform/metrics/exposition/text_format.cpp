@@ -10,7 +10,7 @@
 namespace kaz::metrics_reporting {
 namespace {
 
-// Not <cctype>, which depends on the locale.
+// <cctype> depends on the locale.
 bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';
 }
@@ -35,7 +35,7 @@ std::string counterOf(const std::string& gauge) {
     return gauge + "_reports_total";
 }
 
-// Reserves the name for a gauge and its counter, with a number appended if need be.
+// Reserves the name for a gauge and its counter, with a number appended if necessary.
 std::string reserve(std::set<std::string>& taken, const std::string& wanted) {
     std::string name = wanted;
     for (int number = 2; taken.contains(name) || taken.contains(counterOf(name)); ++number) {
@@ -54,7 +54,7 @@ std::string escapedHelp(std::string_view text) {
         } else if (byte == '\\') {
             result += "\\\\";
         } else {
-            // The page has to be UTF-8.
+            // The page must be UTF-8.
             result += byte >= ' ' && byte <= '~' ? byte : '?';
         }
     }

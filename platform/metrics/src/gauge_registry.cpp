@@ -15,7 +15,7 @@
 namespace kaz::metrics_reporting {
 namespace {
 
-// Null when nothing is to be written. Absolute, for the host may change its working folder.
+// Null if nothing is written. An absolute path, because the host may change its working folder.
 std::unique_ptr<FileWriter> configuredWriter(FileWriter::Render render) {
     const char* file = ::secure_getenv("KAZ_METRICS_FILE");
     if (file == nullptr || *file == '\0') {
@@ -27,11 +27,11 @@ std::unique_ptr<FileWriter> configuredWriter(FileWriter::Render render) {
                                         std::move(render));
 }
 
-// Closes the registry when the process exits. As this is created when the library is loaded, it happens after
-// the static objects of all who use the library were destroyed.
+// Closes the registry when the process exits. This object is created when the library is loaded, so its
+// destructor runs after the destructors of static objects in programs that use the library.
 class Exit : NonCopyable {
   public:
-    // The writer's thread logs until it is joined, so the log has to be older, that is, destroyed later.
+    // The writer's thread logs until it is joined, so the logger must be older, that is, be destroyed later.
     Exit() { spdlog::default_logger_raw(); }
     ~Exit() { GaugeRegistry::instance().close(); }
 };
@@ -55,7 +55,7 @@ class GaugeRegistry::CountingGauge final : public Gauge {
     const std::string& name() const noexcept { return name_; }
 
     Sample sample() const {
-        // The count first: where there is one, there is a value.
+        // The count first: if there is a count, there is a value.
         const auto reports = reports_.load(std::memory_order_acquire);
         return {name_, value_.load(std::memory_order_relaxed), reports};
     }
