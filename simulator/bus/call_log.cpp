@@ -19,7 +19,7 @@ std::vector<Call> CallLog::calls() const {
 
 void CallLog::forget() {
     const std::lock_guard lock(mutex_);
-    calls_ = std::vector<Call>();  // with its memory, for tests that measure it
+    calls_ = std::vector<Call>();  // releases the memory too, for tests that measure it
 }
 
 bool CallLog::waitUntil(const std::function<bool(const std::vector<Call>&)>& condition,

@@ -33,7 +33,7 @@ bool isCall(sd_bus_message* message) {
            std::strcmp(interface, "org.freedesktop.DBus.Peer") != 0;
 }
 
-// Passes the reply of a forwarded call on to who made the call first.
+// Sends the reply of a forwarded call to the original caller.
 int relay(sd_bus_message* answer, void* data, sd_bus_error* error) {
     auto* const call = static_cast<sd_bus_message*>(data);
     if (sd_bus_message_is_method_error(answer, nullptr) > 0) {

@@ -12,7 +12,7 @@
 namespace kaz::sim {
 namespace {
 
-// Root needs no user namespace; who is not root keeps his own uid in one, because the bus checks it.
+// Root needs no user namespace. Another user keeps its uid in one, because the bus checks it.
 std::vector<std::string> confined(const std::vector<std::string>& command) {
     std::vector<std::string> words = {"unshare", "--net"};
     if (::geteuid() != 0) {
@@ -51,7 +51,8 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
 
 pid_t startConfined(const std::vector<std::string>& command,
                     const std::map<std::string, std::string>& variables) {
-    // Everything is made before the fork: afterwards only what is safe in a signal handler may be called.
+    // Prepare everything before the fork: afterwards only functions that are safe in a signal handler may be
+    // called.
     auto words = confined(command);
     auto lines = environmentWith(variables);
     const auto arguments = pointersTo(words);

@@ -13,7 +13,7 @@
 namespace kaz::sim {
 namespace {
 
-// The process's own threads are to get its signals.
+// The process's own threads must get its signals.
 void blockSignals() {
     sigset_t all;
     ::sigfillset(&all);

@@ -18,7 +18,7 @@ void Unit::start(Done done) {
     finish(false);
     done_ = std::move(done);
     if (states_.active == "activating" && !restart_.pending()) {
-        return;  // on its way already
+        return;  // in progress
     }
     if (states_.active == "deactivating") {
         process_.stop([this] { launch(); });

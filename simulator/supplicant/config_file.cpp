@@ -18,7 +18,7 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-// Reads up to the closing brace. Empty when a field was refused.
+// Reads up to the closing brace. Empty if a field was refused.
 std::optional<NetworkConfig> readNetwork(std::istream& in, const std::vector<std::string>& eapMethods) {
     NetworkConfig network;
     bool valid = true;

@@ -17,7 +17,7 @@ bool usesSae(const NetworkConfig& network, Security security) {
            (security == Security::wpa2Wpa3 && network.hasKeyword("key_mgmt", "SAE"));
 }
 
-// A raw key is compared with the digits of a password that is itself such a key.
+// Compares a raw key with a password that consists of such a key's digits.
 bool knowsPassphrase(const NetworkConfig& network, const std::string& password) {
     const auto bytes = network.bytes("psk");
     return network.has("psk") &&

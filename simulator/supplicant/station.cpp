@@ -6,7 +6,7 @@ namespace kaz::sim {
 namespace {
 
 constexpr int leavingReason = 3;     // IEEE 802.11: the station is leaving
-constexpr int inactivityReason = 4;  // IEEE 802.11: nothing heard any more
+constexpr int inactivityReason = 4;  // IEEE 802.11: inactivity
 
 }  // namespace
 

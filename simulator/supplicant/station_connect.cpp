@@ -8,7 +8,7 @@
 namespace kaz::sim {
 namespace {
 
-constexpr int handshakeTimeoutReason = 15;  // IEEE 802.11: 4-way handshake time-out
+constexpr int handshakeTimeoutReason = 15;  // IEEE 802.11: 4-way handshake timeout
 constexpr int eapRefusedReason = 23;        // IEEE 802.11: IEEE 802.1X authentication failed
 
 // IEEE 802.11 status codes.
@@ -16,7 +16,7 @@ constexpr int unspecifiedFailure = 1;
 constexpr int challengeFailed = 15;
 constexpr int tooManyStations = 17;
 
-// Why the access point does not even authenticate; nothing when it does.
+// Why the access point refuses to authenticate; empty if it accepts.
 std::optional<int> refusalAtAuthentication(const NetworkConfig& network, const AccessPoint& accessPoint) {
     if (accessPoint.full) {
         return tooManyStations;
@@ -30,7 +30,7 @@ std::optional<int> refusalAtAuthentication(const NetworkConfig& network, const A
     return accessPoint.security == Security::wep ? challengeFailed : unspecifiedFailure;
 }
 
-// How many times the shortest pause a network gets after so many refusals in a row.
+// The pause after this number of refusals in a row, as a multiple of the shortest pause.
 int pauseFactor(unsigned failures) {
     constexpr std::array<std::pair<unsigned, int>, 6> steps = {
         {{50, 30}, {10, 12}, {5, 9}, {3, 6}, {2, 3}, {1, 2}}};
@@ -153,7 +153,7 @@ void Station::refused(int reason) {
 
 void Station::refusedAtAuthentication(int status) {
     constexpr unsigned patience = 3;
-    constexpr std::array<int, patience + 1> delays = {1, 5, 10, 50};  // times the usual pause
+    constexpr std::array<int, patience + 1> delays = {1, 5, 10, 50};  // multiples of the usual pause
     authStatusCode_ = status;
     events_.changed("AuthStatusCode");
     const unsigned before = std::min(failures_++, patience);
