@@ -30,7 +30,7 @@ class OurReader final : public BssReader {
 
     std::vector<Bss> read(const std::vector<std::string>& paths) override {
         const std::vector<dbus::OPath> objects(paths.begin(), paths.end());
-        std::vector<Bss> read = communicator_.decodeBssPaths(objects);
+        std::vector<Bss> read = communicator_.radio().bssListSync(objects);
         if (read.size() != paths.size()) {
             throw std::runtime_error("the library left out access points");
         }

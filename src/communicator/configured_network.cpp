@@ -1,36 +1,38 @@
 #include "communicator/configured_network.h"
 
+#include "communicator/configured_networks.h"
+
 #include <functional>
 #include <utility>
 
 namespace kaz::wifi {
 
-DbusCommunicator::ConfiguredNetwork::ConfiguredNetwork(DbusCommunicator& owner, dbus::OPath path,
-                                                       std::optional<std::string> ssid)
-    : owner_(owner), path_(std::move(path)), ssid_(std::move(ssid)) {}
+ConfiguredNetwork::ConfiguredNetwork(ConfiguredNetworks& networks, dbus::OPath path,
+                                     std::optional<std::string> ssid)
+    : networks_(networks), path_(std::move(path)), ssid_(std::move(ssid)) {}
 
-std::size_t DbusCommunicator::ConfiguredNetwork::id() {
+std::size_t ConfiguredNetwork::id() {
     return std::hash<std::string>{}(path_.str());
 }
 
-const std::optional<std::string>& DbusCommunicator::ConfiguredNetwork::getSsid() {
+const std::optional<std::string>& ConfiguredNetwork::getSsid() {
     return ssid_;
 }
 
-bool DbusCommunicator::ConfiguredNetwork::removeSync() {
-    return owner_.removeNetworkSync(path_);
+bool ConfiguredNetwork::removeSync() {
+    return networks_.removeSync(path_);
 }
 
-bool DbusCommunicator::ConfiguredNetwork::selectSync() {
-    return owner_.selectNetworkSync(path_);
+bool ConfiguredNetwork::selectSync() {
+    return networks_.selectSync(path_);
 }
 
-bool DbusCommunicator::ConfiguredNetwork::setEnabledSync(bool enabled) {
-    return owner_.setNetworkEnabledSync(path_, enabled);
+bool ConfiguredNetwork::setEnabledSync(bool enabled) {
+    return networks_.setEnabledSync(path_, enabled);
 }
 
-bool DbusCommunicator::ConfiguredNetwork::setPrioritySync(int priority) {
-    return owner_.setNetworkPrioritySync(path_, priority);
+bool ConfiguredNetwork::setPrioritySync(int priority) {
+    return networks_.setPrioritySync(path_, priority);
 }
 
 }  // namespace kaz::wifi

@@ -1,18 +1,21 @@
 #pragma once
 
-#include "communicator/dbus_communicator.h"
+#include "communicator/communicator.h"
 
 #include <kaz/dbus/opath.h>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
 namespace kaz::wifi {
 
-// A network object of the supplicant.
-class DbusCommunicator::ConfiguredNetwork final : public Communicator::ConfiguredNetwork {
+class ConfiguredNetworks;
+
+// One network in the supplicant's configuration.
+class ConfiguredNetwork final : public Communicator::ConfiguredNetwork {
   public:
-    ConfiguredNetwork(DbusCommunicator& owner, dbus::OPath path, std::optional<std::string> ssid);
+    ConfiguredNetwork(ConfiguredNetworks& networks, dbus::OPath path, std::optional<std::string> ssid);
 
     std::size_t id() override;
     const std::optional<std::string>& getSsid() override;
@@ -22,7 +25,7 @@ class DbusCommunicator::ConfiguredNetwork final : public Communicator::Configure
     bool setPrioritySync(int priority) override;
 
   private:
-    DbusCommunicator& owner_;
+    ConfiguredNetworks& networks_;
     dbus::OPath path_;
     std::optional<std::string> ssid_;
 };

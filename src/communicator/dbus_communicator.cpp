@@ -11,12 +11,16 @@ std::unique_ptr<Communicator> createCommunicator() {
     return std::make_unique<DbusCommunicator>();
 }
 
-DbusCommunicator::DbusCommunicator() {
+DbusCommunicator::DbusCommunicator()
+    : unit_(bus_,
+            [this](const std::string& activeState) { connectOrDisconnectFromSupplicantSync(activeState); }),
+      onlineState_(bus_, [this](bool online) { networkdOnlineHandler(online); }) {
     bus_.onConnectionChanged([this](bool connected) { onConnectionChanged(connected); });
-    // From the start: who comes between a call that failed and the moment we begin to look would be missed.
-    bus_.onOwnerChanged(bus::systemd::service, [this](bool owned) { onSystemdChanged(owned); });
-    bus_.onOwnerChanged(bus::networkd::service, [this](bool owned) { onNetworkdChanged(owned); });
-    bus_.pushTask([this] { connectToSystemdSync(); });
+    // From the start, so that no daemon is missed that joins the bus after a call to it failed.
+    bus_.onOwnerChanged(bus::systemd::service, [this](bool owned) { unit_.onOwnerChangedSync(owned); });
+    bus_.onOwnerChanged(bus::networkd::service,
+                        [this](bool owned) { onlineState_.onOwnerChangedSync(owned); });
+    bus_.pushTask([this] { unit_.connectSync(); });
 }
 
 DbusCommunicator::~DbusCommunicator() = default;
@@ -30,11 +34,11 @@ void DbusCommunicator::stopEventLoop() {
 }
 
 bool DbusCommunicator::isSupplicantOn() {
-    return supplicantOn_;
+    return supplicant_.attached();
 }
 
 bool DbusCommunicator::supplicantSurvived() {
-    return supplicantLost_;
+    return lostWithBus_;
 }
 
 void DbusCommunicator::pushTaskAsync_(std::function<void()> task) {
@@ -53,40 +57,88 @@ void DbusCommunicator::setIdleTask(std::function<std::optional<std::chrono::mill
     bus_.setIdleTask(std::move(task));
 }
 
-bool DbusCommunicator::mayUseSupplicant(const char* what, log::Level level) {
-    if (supplicantOn_) {
-        return true;
+bool DbusCommunicator::saveNetworkConfigurationSync() {
+    return networks_.saveSync();
+}
+
+bool DbusCommunicator::startStopSupplicantSync(bool start) {
+    return unit_.startStopSync(start);
+}
+
+bool DbusCommunicator::scanSync() {
+    return radio_.scanSync();
+}
+
+std::unique_ptr<Communicator::ConfiguredNetwork> DbusCommunicator::addNetworkSync(
+    const ConnectionSettings& settings) {
+    return networks_.addSync(settings);
+}
+
+bool DbusCommunicator::reconnectSync() {
+    return radio_.reconnectSync();
+}
+
+bool DbusCommunicator::disconnectSync() {
+    return radio_.disconnectSync();
+}
+
+std::optional<int> DbusCommunicator::signalPollSync() {
+    return radio_.signalPollSync();
+}
+
+std::set<std::string> DbusCommunicator::eapMethodsSync() {
+    return radio_.eapMethodsSync();
+}
+
+std::vector<std::unique_ptr<Communicator::ConfiguredNetwork>>
+DbusCommunicator::getAllConfiguredNetworksSync() {
+    return networks_.listSync();
+}
+
+void DbusCommunicator::connectOrDisconnectFromSupplicantSync(const std::string& activeState) {
+    const bool running = activeState == "active" || activeState == "reloading";
+    const bool ended = activeState == "failed" || activeState == "inactive";
+    if (running && !supplicant_.attached()) {
+        attachSync();
+    } else if (ended) {
+        lostWithBus_ = false;
+        if (supplicant_.attached()) {
+            detach();
+        }
     }
-    log::write(level, "Can't {}, wpa_supplicant isn't running.", fmt::make_format_args(what));
-    return false;
 }
 
-dbus::RemoteObject DbusCommunicator::remoteObject(const char* destination, const dbus::OPath& path,
-                                                  const char* interface) {
-    return bus_.object(destination, path, interface);
+void DbusCommunicator::attachSync() {
+    if (!supplicant_.attachSync()) {
+        return;
+    }
+    signals_.subscribe();
+    signals_.readSync();
+    onlineState_.subscribeSync();
+    wifiServiceStatusChangeHandler();
+    lostWithBus_ = false;
+    logAttachment();
 }
 
-dbus::RemoteObject DbusCommunicator::supplicantRoot() {
-    return remoteObject(bus::supplicant::service, bus::supplicant::rootPath, bus::supplicant::rootInterface);
+void DbusCommunicator::detach() {
+    supplicant_.detach();
+    onlineState_.detach();
+    wifiServiceStatusChangeHandler();
+    bus_.dropTemporarySubscriptions();
+    logAttachment();
 }
 
-dbus::RemoteObject DbusCommunicator::supplicantInterface() {
-    return remoteObject(bus::supplicant::service, supplicantInterfacePath_,
-                        bus::supplicant::interfaceInterface);
+void DbusCommunicator::onConnectionChanged(bool connected) {
+    if (connected) {
+        unit_.connectSync();
+    } else if (supplicant_.attached()) {
+        lostWithBus_ = true;
+        detach();
+    }
 }
 
-dbus::RemoteObject DbusCommunicator::supplicantNetwork(const dbus::OPath& network) {
-    return remoteObject(bus::supplicant::service, network, bus::supplicant::networkInterface);
-}
-
-dbus::RemoteObject DbusCommunicator::systemdManager() {
-    return remoteObject(bus::systemd::service, bus::systemd::managerPath, bus::systemd::managerInterface);
-}
-
-void DbusCommunicator::subscribe(const char* sender, const dbus::OPath& path, const char* interface,
-                                 const char* member, dbus::Bus::Lifetime lifetime, SignalHandler handler) {
-    bus_.subscribe(sender, path, interface, member, lifetime,
-                   [this, handler](dbus::MessageDecoder& decoder) { (this->*handler)(decoder); });
+void DbusCommunicator::logAttachment() const {
+    log::debug("wpa_supplicant is {}", supplicant_.attached() ? "running" : "stopped");
 }
 
 }  // namespace kaz::wifi

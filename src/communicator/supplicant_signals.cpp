@@ -1,10 +1,13 @@
-// The supplicant's signals, resolved into the engine's terms.
+#include "communicator/supplicant_signals.h"
+
 #include "base/log.h"
 #include "communicator/bus_names.h"
-#include "communicator/dbus_communicator.h"
 #include "communicator/supplicant_state.h"
+#include "dbus/message_io.h"
+#include "dbus/reply.h"
 #include "diagnostics/reason_codes.h"
 
+#include <cstdlib>
 #include <limits>
 #include <utility>
 
@@ -20,15 +23,48 @@ void logDisconnectReason(int reason) {
 
 }  // namespace
 
-void DbusCommunicator::onSignalSupplicantScanDone(dbus::MessageDecoder& decoder) {
-    scanningDoneHandler(dbus::read<bool>(decoder).value_or(false));
-    log::debug("PropertiesChanged: Scanning=false (via ScanDone)");
-    SupplicantInterfaceProperties scanEnded;
-    scanEnded.scanning = false;
-    supplicantPropertiesHandler(std::move(scanEnded));
+SupplicantSignals::SupplicantSignals(dbus::Bus& bus, const SupplicantInterface& supplicant,
+                                     ConfiguredNetworks& networks, Radio& radio, Communicator& handlers)
+    : bus_(bus), supplicant_(supplicant), networks_(networks), radio_(radio), handlers_(handlers) {}
+
+void SupplicantSignals::subscribe() {
+    subscribe(bus::supplicant::interfaceInterface, "ScanDone", &SupplicantSignals::onSignalScanDone);
+    subscribe(bus::supplicant::interfaceInterface, "EAP", &SupplicantSignals::onSignalEap);
+    subscribe(bus::supplicant::interfaceInterface, "NetworkSelected",
+              &SupplicantSignals::onSignalNetworkSelected);
+    subscribe(bus::propertiesInterface, bus::propertiesChanged,
+              &SupplicantSignals::onSignalPropertiesChanged);
 }
 
-void DbusCommunicator::onSignalEAP(dbus::MessageDecoder& decoder) {
+void SupplicantSignals::subscribe(const char* interface, const char* member, SignalHandler handler) {
+    bus_.subscribe(bus::supplicant::service, supplicant_.path(), interface, member,
+                   dbus::Bus::Lifetime::temporary,
+                   [this, handler](dbus::MessageDecoder& decoder) { (this->*handler)(decoder); });
+}
+
+void SupplicantSignals::readSync() {
+    dbus::Reply reply =
+        supplicant_.interfaceProperties().call("GetAll", std::string(bus::supplicant::interfaceInterface));
+    if (!reply) {
+        return;
+    }
+    const auto properties = reply.read<dbus::SupplicantInterfaceProperties>();
+    if (!properties) {
+        log::error("Couldn't decode wpa_supplicant PropertiesChanged ({})", properties.error());
+        return;
+    }
+    report(*properties);
+}
+
+void SupplicantSignals::onSignalScanDone(dbus::MessageDecoder& decoder) {
+    handlers_.scanningDoneHandler(dbus::read<bool>(decoder).value_or(false));
+    log::debug("PropertiesChanged: Scanning=false (via ScanDone)");
+    Report scanEnded;
+    scanEnded.scanning = false;
+    handlers_.supplicantPropertiesHandler(std::move(scanEnded));
+}
+
+void SupplicantSignals::onSignalEap(dbus::MessageDecoder& decoder) {
     const auto status = dbus::read<std::string>(decoder);
     const auto parameter = dbus::read<std::string>(decoder);
     if (status && parameter) {
@@ -36,20 +72,20 @@ void DbusCommunicator::onSignalEAP(dbus::MessageDecoder& decoder) {
     }
 }
 
-void DbusCommunicator::onSignalSupplicantNetworkSelected(dbus::MessageDecoder& decoder) {
+void SupplicantSignals::onSignalNetworkSelected(dbus::MessageDecoder& decoder) {
     const auto network = dbus::read<dbus::OPath>(decoder);
     if (!network) {
         log::warn("Got NetworkSelected without object path");
         return;
     }
-    const std::optional<std::string> ssid = getConfiguredSsidForNetworkSync(*network);
+    const std::optional<std::string> ssid = networks_.ssidSync(*network);
     if (!ssid) {
         log::error("NetworkSelected {}, but couldn't get SSID", network->str());
     }
-    networkSelectedHandler(ssid);
+    handlers_.networkSelectedHandler(ssid);
 }
 
-void DbusCommunicator::onSignalSupplicantPropertiesChanged(dbus::MessageDecoder& decoder) {
+void SupplicantSignals::onSignalPropertiesChanged(dbus::MessageDecoder& decoder) {
     const auto interface = dbus::read<std::string>(decoder);
     const auto properties = dbus::read<dbus::SupplicantInterfaceProperties>(decoder);
     if (!interface || !properties) {
@@ -61,12 +97,11 @@ void DbusCommunicator::onSignalSupplicantPropertiesChanged(dbus::MessageDecoder&
         log::debug("Ignoring PropertiesChanged on {}", *interface);
         return;
     }
-    emitSupplicantInterfaceProperties(*properties);
+    report(*properties);
 }
 
-void DbusCommunicator::emitSupplicantInterfaceProperties(
-    const dbus::SupplicantInterfaceProperties& properties) {
-    SupplicantInterfaceProperties resolved;
+void SupplicantSignals::report(const dbus::SupplicantInterfaceProperties& properties) {
+    Report resolved;
     resolveBssList(properties, resolved);
     if (properties.scanning) {
         // The end of a scan is told by ScanDone, which also comes when no property changes.
@@ -84,47 +119,44 @@ void DbusCommunicator::emitSupplicantInterfaceProperties(
     if (properties.disconnectReason) {
         logDisconnectReason(*properties.disconnectReason);
     }
-    supplicantPropertiesHandler(std::move(resolved));
+    handlers_.supplicantPropertiesHandler(std::move(resolved));
 }
 
-void DbusCommunicator::resolveBssList(const dbus::SupplicantInterfaceProperties& from,
-                                      SupplicantInterfaceProperties& to) {
+void SupplicantSignals::resolveBssList(const dbus::SupplicantInterfaceProperties& from, Report& to) {
     if (!from.bsss) {
         return;
     }
     if (from.bsss->empty()) {
-        to.bssListChange = PropertyChange::Cleared;
+        to.bssListChange = Communicator::PropertyChange::Cleared;
         return;
     }
-    to.bssList = decodeBssPaths(*from.bsss);
-    to.bssListChange = PropertyChange::Set;
+    to.bssList = radio_.bssListSync(*from.bsss);
+    to.bssListChange = Communicator::PropertyChange::Set;
     log::debug("PropertiesChanged: BSSs={} values, decoded={}", from.bsss->size(), to.bssList.size());
 }
 
-void DbusCommunicator::resolveCurrentNetwork(const dbus::SupplicantInterfaceProperties& from,
-                                             SupplicantInterfaceProperties& to) {
+void SupplicantSignals::resolveCurrentNetwork(const dbus::SupplicantInterfaceProperties& from, Report& to) {
     if (!from.currentNetwork) {
         return;
     }
     if (from.currentNetwork->emptyPath()) {
-        to.currentNetworkChange = PropertyChange::Cleared;
-    } else if (auto ssid = getConfiguredSsidForNetworkSync(*from.currentNetwork)) {
+        to.currentNetworkChange = Communicator::PropertyChange::Cleared;
+    } else if (auto ssid = networks_.ssidSync(*from.currentNetwork)) {
         to.currentNetworkSsid = std::move(*ssid);
-        to.currentNetworkChange = PropertyChange::Set;
+        to.currentNetworkChange = Communicator::PropertyChange::Set;
     }
     log::debug("PropertiesChanged: CurrentNetwork={}", from.currentNetwork->str());
 }
 
-void DbusCommunicator::resolveCurrentBss(const dbus::SupplicantInterfaceProperties& from,
-                                         SupplicantInterfaceProperties& to) {
+void SupplicantSignals::resolveCurrentBss(const dbus::SupplicantInterfaceProperties& from, Report& to) {
     if (!from.currentBss) {
         return;
     }
     if (from.currentBss->emptyPath()) {
-        to.currentBssChange = PropertyChange::Cleared;
-    } else if (auto bss = getBssPropertiesSync(*from.currentBss)) {
+        to.currentBssChange = Communicator::PropertyChange::Cleared;
+    } else if (auto bss = radio_.bssSync(*from.currentBss)) {
         to.currentBss = std::move(*bss);
-        to.currentBssChange = PropertyChange::Set;
+        to.currentBssChange = Communicator::PropertyChange::Set;
     }
     log::debug("PropertiesChanged: CurrentBSS={}", from.currentBss->str());
 }

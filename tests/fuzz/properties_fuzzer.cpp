@@ -213,19 +213,19 @@ void checkSignal(FuzzedDataProvider& bytes, Device& device) {
     const Told& told = device.told;
     switch (signal) {
         case Signal::interfaceProperties:
-            device.communicator.onSignalSupplicantPropertiesChanged(decoder);
+            device.communicator.signals().onSignalPropertiesChanged(decoder);
             checkInterfaceProperties(device, arguments);
             return require(told.calls() == told.reports.size(), "and nothing else is");
         case Signal::linkProperties:
-            device.communicator.onSignalNetworkdLinkPropertiesChanged(decoder);
+            device.communicator.onlineState().onSignalPropertiesChanged(decoder);
             checkLinkProperties(device, arguments);
             return require(told.calls() == told.onlineStates.size(), "and nothing else is");
         case Signal::unitProperties:
-            device.communicator.onSignalUnitPropertiesChanged(decoder);
+            device.communicator.unit().onSignalPropertiesChanged(decoder);
             checkUnitProperties(device, arguments, attached);
             return require(told.calls() == told.serviceChanges, "and nothing else is");
         case Signal::scanDone: {
-            device.communicator.onSignalSupplicantScanDone(decoder);
+            device.communicator.signals().onSignalScanDone(decoder);
             const bool success = arguments.expectFirst<bool>().value_or(false);
             Report ended;
             ended.scanning = false;
@@ -233,10 +233,10 @@ void checkSignal(FuzzedDataProvider& bytes, Device& device) {
             return require(told.reports == std::vector{ended} && told.calls() == 2, "and reported as such");
         }
         case Signal::eap:
-            device.communicator.onSignalEAP(decoder);
+            device.communicator.signals().onSignalEap(decoder);
             return require(told.calls() == 0, "what EAP does is for the log only");
         case Signal::networkSelected:
-            device.communicator.onSignalSupplicantNetworkSelected(decoder);
+            device.communicator.signals().onSignalNetworkSelected(decoder);
             require(told.selections == (arguments.expectFirst<dbus::OPath>() ? 1U : 0U),
                     "a selection is told when there is one");
             return require(told.calls() == told.selections, "and nothing else is");

@@ -12,7 +12,7 @@ class Bss : public CommunicatorTest {
     Bss() { startAttached(); }
 
     std::string read(const std::string& path) {
-        const auto bss = onLoop([&] { return communicator->getBssPropertiesSync(path); });
+        const auto bss = onLoop([&] { return communicator->radio().bssSync(path); });
         return bss ? bssText(*bss) : "nothing";
     }
 
@@ -87,13 +87,13 @@ TEST_F(Bss, ListKeepsTheOrderOfThePathsAndEverySsid) {
     supplicant.onGetAll("/b/2", bssInterface, reply("a{sv}", 1, "Signal", "n", -2));
     supplicant.onGetAll("/b/3", bssInterface, reply("a{sv}", 1, "Signal", "s", "x"));
     const auto list = onLoop([&] {
-        return communicator->decodeBssPaths({"/b/2", "/b/gone", "/b/3", "/b/1", "/b/2"});
+        return communicator->radio().bssListSync({"/b/2", "/b/gone", "/b/3", "/b/1", "/b/2"});
     });
     ASSERT_EQ(list.size(), 3U);
     EXPECT_EQ(list[0].signal, -2);
     EXPECT_EQ(list[1].signal, -1);
     EXPECT_EQ(list[2].signal, -2);
-    EXPECT_THAT(onLoop([&] { return communicator->decodeBssPaths({}); }), IsEmpty());
+    EXPECT_THAT(onLoop([&] { return communicator->radio().bssListSync({}); }), IsEmpty());
 }
 
 TEST_F(Bss, ListWaitsForOneThatIsNotAnsweredAndLeavesTheOthersOut) {
@@ -101,7 +101,9 @@ TEST_F(Bss, ListWaitsForOneThatIsNotAnsweredAndLeavesTheOthersOut) {
     for (const char* path : {"/b/2", "/b/3", "/b/4"}) {
         supplicant.onGetAll(path, bssInterface, noReply());
     }
-    const auto list = onLoop([&] { return communicator->decodeBssPaths({"/b/1", "/b/2", "/b/3", "/b/4"}); });
+    const auto list = onLoop([&] {
+        return communicator->radio().bssListSync({"/b/1", "/b/2", "/b/3", "/b/4"});
+    });
     ASSERT_EQ(list.size(), 1U);
     EXPECT_EQ(list[0].signal, -1);
     EXPECT_THAT(takeCalls(), ElementsAre(getAllText("/b/1", bssInterface), getAllText("/b/2", bssInterface)));

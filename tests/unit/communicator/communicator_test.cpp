@@ -2,6 +2,7 @@
 #include "communicator/communicator.h"
 
 #include "communicator/configured_network.h"
+#include "communicator/dbus_communicator.h"
 #include "unit/communicator/report_text.h"
 
 #include <gtest/gtest.h>
@@ -44,9 +45,9 @@ TEST(CommunicatorHandlers, LeaveTheOneForNetworkdWithoutADefault) {
     const auto communicator = createCommunicator();
     EXPECT_FALSE(communicator->networkdOnlineHandler);
     DbusCommunicator unassigned;
-    EXPECT_THROW(unassigned.emitNetworkdLinkProperties({"online"}), std::bad_function_call);
-    EXPECT_THROW(unassigned.emitNetworkdLinkProperties({"offline"}), std::bad_function_call);
-    EXPECT_NO_THROW(unassigned.emitNetworkdLinkProperties({}));
+    EXPECT_THROW(unassigned.onlineState().report({"online"}), std::bad_function_call);
+    EXPECT_THROW(unassigned.onlineState().report({"offline"}), std::bad_function_call);
+    EXPECT_NO_THROW(unassigned.onlineState().report({}));
 }
 
 TEST(CommunicatorReport, SaysNothingAtFirst) {
@@ -57,11 +58,10 @@ TEST(CommunicatorReport, SaysNothingAtFirst) {
 
 TEST(CommunicatorNetwork, HasTheSameIdForTheSamePathWhateverItsSsid) {
     DbusCommunicator owner;
-    using Network = DbusCommunicator::ConfiguredNetwork;
-    Network known(owner, "/networks/0", "Home");
-    Network renamed(owner, "/networks/0", "Office");
-    Network unknown(owner, "/networks/0", std::nullopt);
-    Network other(owner, "/networks/1", "Home");
+    ConfiguredNetwork known(owner.configuredNetworks(), "/networks/0", "Home");
+    ConfiguredNetwork renamed(owner.configuredNetworks(), "/networks/0", "Office");
+    ConfiguredNetwork unknown(owner.configuredNetworks(), "/networks/0", std::nullopt);
+    ConfiguredNetwork other(owner.configuredNetworks(), "/networks/1", "Home");
     EXPECT_EQ(known.id(), renamed.id());
     EXPECT_EQ(known.id(), unknown.id());
     EXPECT_NE(known.id(), other.id());
@@ -73,7 +73,7 @@ TEST(CommunicatorNetwork, HasTheSameIdForTheSamePathWhateverItsSsid) {
 TEST(CommunicatorNetwork, KeepsAnSsidOfAnyBytes) {
     DbusCommunicator owner;
     const std::string bytes("\0\xff\"", 3);
-    DbusCommunicator::ConfiguredNetwork network(owner, "/networks/0", bytes);
+    ConfiguredNetwork network(owner.configuredNetworks(), "/networks/0", bytes);
     EXPECT_EQ(network.getSsid(), bytes);
 }
 

@@ -101,7 +101,7 @@ FaultOperation ofSystemd(FaultOperation operation) {
 FaultOperation ofTheStart(FaultOperation operation) {
     operation.prepare = detach;
     operation.run = [](DbusCommunicator& communicator) {
-        communicator.connectToSystemdSync();
+        communicator.unit().connectSync();
         return attached(communicator);
     };
     operation.goodOutcome = "attached, report: nothing, status changed: on";
@@ -274,7 +274,7 @@ FaultOperation networkProperties() {
     made.good = reply("v", "a{sv}", 1, "ssid", "s", "\"Home\"");
     made.huge = replyWith(inVariant("a{sv}", hugeDictionary("ssid", "s", values("s", "\"Home\""))));
     made.run = [](DbusCommunicator& communicator) {
-        return communicator.getConfiguredSsidForNetworkSync(networkPath).value_or("unknown");
+        return communicator.configuredNetworks().ssidSync(networkPath).value_or("unknown");
     };
     made.goodOutcome = "Home";
     made.failedOutcome = "unknown";
@@ -292,7 +292,7 @@ FaultOperation bssProperties() {
     made.good = reply("a{sv}", 1, "Signal", "n", -40);
     made.huge = replyWith(hugeDictionary("Signal", "n", values("n", -40)));
     made.run = [](DbusCommunicator& communicator) {
-        const auto bss = communicator.getBssPropertiesSync(bssPath);
+        const auto bss = communicator.radio().bssSync(bssPath);
         return bss ? std::to_string(bss->signal) : "unknown";
     };
     made.goodOutcome = "-40";
@@ -327,9 +327,9 @@ std::vector<FaultOperation> faultOperations() {
         startUnit("StopUnit", false),
         addNetwork(),
         command("SelectNetwork",
-                [](auto& communicator) { return communicator.selectNetworkSync(networkPath); }),
+                [](auto& communicator) { return communicator.configuredNetworks().selectSync(networkPath); }),
         command("RemoveNetwork",
-                [](auto& communicator) { return communicator.removeNetworkSync(networkPath); }),
+                [](auto& communicator) { return communicator.configuredNetworks().removeSync(networkPath); }),
         withLog(command("SaveConfig",
                         [](auto& communicator) { return communicator.saveNetworkConfigurationSync(); }),
                 {error("Couldn't save wpa_supplicant config")}),
@@ -341,11 +341,14 @@ std::vector<FaultOperation> faultOperations() {
         networks(),
         networkProperties(),
         bssProperties(),
-        setOfNetwork(
-            "Enabled",
-            [](auto& communicator) { return communicator.setNetworkEnabledSync(networkPath, true); }),
+        setOfNetwork("Enabled",
+                     [](auto& communicator) {
+                         return communicator.configuredNetworks().setEnabledSync(networkPath, true);
+                     }),
         setOfNetwork("Properties",
-                     [](auto& communicator) { return communicator.setNetworkPrioritySync(networkPath, 3); }),
+                     [](auto& communicator) {
+                         return communicator.configuredNetworks().setPrioritySync(networkPath, 3);
+                     }),
     };
 }
 

@@ -93,7 +93,7 @@ TEST_F(Loop, WithoutABusFailsEveryOperationAndDoesNotCrash) {
     onLoop([&] {
         EXPECT_FALSE(communicator->startStopSupplicantSync(true));
         EXPECT_THAT(communicator->eapMethodsSync(), IsEmpty());
-        EXPECT_FALSE(communicator->setNetworkPrioritySync("/n", 1));
+        EXPECT_FALSE(communicator->configuredNetworks().setPrioritySync("/n", 1));
         EXPECT_FALSE(communicator->scanSync());
     });
     EXPECT_FALSE(communicator->isSupplicantOn());

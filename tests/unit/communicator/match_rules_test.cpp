@@ -13,7 +13,8 @@ class MatchRules : public CommunicatorTest {
 
     // Leaves a trace on the bus, from the loop thread.
     void mark(const std::string& name) {
-        communicator->setNetworkPrioritySync(dbus::OPath("/mark"), static_cast<int>(marks.size()));
+        communicator->configuredNetworks().setPrioritySync(dbus::OPath("/mark"),
+                                                           static_cast<int>(marks.size()));
         marks.push_back(name);
     }
 

@@ -129,8 +129,7 @@ TEST_F(Networkd, IsNotReadWhileDetached) {
 TEST_F(Networkd, RaisesWithoutAHandlerAndTheLoopGoesOn) {
     communicator->networkdOnlineHandler = nullptr;
     startAttached();
-    EXPECT_THROW(onLoop([&] { communicator->emitNetworkdLinkProperties({"online"}); }),
-                 std::bad_function_call);
+    EXPECT_THROW(onLoop([&] { communicator->onlineState().report({"online"}); }), std::bad_function_call);
     emitOnlineState("online");
     EXPECT_TRUE(log.waitFor([](const auto& records) {
         return std::any_of(records.begin(), records.end(),

@@ -22,7 +22,7 @@ class Networks : public CommunicatorTest {
 
     std::optional<std::string> configuredSsid() {
         forget();
-        return onLoop([&] { return communicator->getConfiguredSsidForNetworkSync(network); });
+        return onLoop([&] { return communicator->configuredNetworks().ssidSync(network); });
     }
     std::optional<std::string> configuredSsid(const std::string& text) {
         onNetworkProperties(reply("v", "a{sv}", 2, "priority", "s", "1", "ssid", "s", text));
@@ -36,7 +36,7 @@ class Networks : public CommunicatorTest {
 };
 
 TEST_F(Networks, AreSelectedByTheirPath) {
-    const auto select = [](DbusCommunicator& c) { return c.selectNetworkSync(network); };
+    const auto select = [](DbusCommunicator& c) { return c.configuredNetworks().selectSync(network); };
     onInterface("SelectNetwork", reply(""));
     EXPECT_TRUE(run(select));
     EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("SelectNetwork", "o\"" + networkPath + '"')));
@@ -47,7 +47,7 @@ TEST_F(Networks, AreSelectedByTheirPath) {
 }
 
 TEST_F(Networks, AreRemovedByTheirPath) {
-    const auto remove = [](DbusCommunicator& c) { return c.removeNetworkSync(network); };
+    const auto remove = [](DbusCommunicator& c) { return c.configuredNetworks().removeSync(network); };
     onInterface("RemoveNetwork", reply(""));
     EXPECT_TRUE(run(remove));
     EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("RemoveNetwork", "o\"" + networkPath + '"')));
@@ -59,26 +59,26 @@ TEST_F(Networks, AreRemovedByTheirPath) {
 
 TEST_F(Networks, AreEnabledAndDisabledByAVariantOfTypeB) {
     supplicant.onSet(networkPath, networkInterface, "Enabled", reply(""));
-    EXPECT_TRUE(run([](auto& c) { return c.setNetworkEnabledSync(network, true); }));
+    EXPECT_TRUE(run([](auto& c) { return c.configuredNetworks().setEnabledSync(network, true); }));
     EXPECT_THAT(takeCalls(), ElementsAre(setText(networkPath, networkInterface, "Enabled", "<true>")));
-    EXPECT_TRUE(run([](auto& c) { return c.setNetworkEnabledSync(network, false); }));
+    EXPECT_TRUE(run([](auto& c) { return c.configuredNetworks().setEnabledSync(network, false); }));
     EXPECT_THAT(takeCalls(), ElementsAre(setText(networkPath, networkInterface, "Enabled", "<false>")));
     EXPECT_THAT(takeLog(), IsEmpty());
     supplicant.onSet(networkPath, networkInterface, "Enabled", refused);
-    EXPECT_FALSE(run([](auto& c) { return c.setNetworkEnabledSync(network, true); }));
+    EXPECT_FALSE(run([](auto& c) { return c.configuredNetworks().setEnabledSync(network, true); }));
 }
 
 TEST_F(Networks, ArePrioritisedByADictionaryWithThatOneEntry) {
     supplicant.onSet(networkPath, networkInterface, "Properties", reply(""));
     for (const int priority : {2, 1, 0, -1}) {
-        EXPECT_TRUE(run([=](auto& c) { return c.setNetworkPrioritySync(network, priority); }));
+        EXPECT_TRUE(run([=](auto& c) { return c.configuredNetworks().setPrioritySync(network, priority); }));
         EXPECT_THAT(takeCalls(),
                     ElementsAre(setText(networkPath, networkInterface, "Properties",
                                         "<{\"priority\": <i" + std::to_string(priority) + ">}>")));
     }
     EXPECT_THAT(takeLog(), IsEmpty());
     supplicant.onSet(networkPath, networkInterface, "Properties", refused);
-    EXPECT_FALSE(run([](auto& c) { return c.setNetworkPrioritySync(network, 1); }));
+    EXPECT_FALSE(run([](auto& c) { return c.configuredNetworks().setPrioritySync(network, 1); }));
 }
 
 TEST_F(Networks, AreSavedAndEitherOutcomeIsLogged) {

@@ -19,14 +19,15 @@ const dbus::OPath networkObject(networkPath);
 const std::vector<Refusal> refusals{
     {"addNetworkSync", [](auto& c) { return c.addNetworkSync(openNetwork("Home")) == nullptr; },
      warning("Can't add network, wpa_supplicant isn't running.")},
-    {"selectNetworkSync", [](auto& c) { return !c.selectNetworkSync(networkObject); },
+    {"selectNetworkSync", [](auto& c) { return !c.configuredNetworks().selectSync(networkObject); },
      warning("Can't select network, wpa_supplicant isn't running.")},
-    {"removeNetworkSync", [](auto& c) { return !c.removeNetworkSync(networkObject); },
+    {"removeNetworkSync", [](auto& c) { return !c.configuredNetworks().removeSync(networkObject); },
      warning("Can't remove network, wpa_supplicant isn't running.")},
-    {"setNetworkEnabledSync", [](auto& c) { return !c.setNetworkEnabledSync(networkObject, true); },
+    {"setNetworkEnabledSync",
+     [](auto& c) { return !c.configuredNetworks().setEnabledSync(networkObject, true); },
      warning("Can't enable network, wpa_supplicant isn't running.")},
     {"getConfiguredSsidForNetworkSync",
-     [](auto& c) { return !c.getConfiguredSsidForNetworkSync(networkObject); },
+     [](auto& c) { return !c.configuredNetworks().ssidSync(networkObject); },
      warning("Can't get network ssid, wpa_supplicant isn't running.")},
     {"getAllConfiguredNetworksSync", [](auto& c) { return c.getAllConfiguredNetworksSync().empty(); },
      warning("Can't list configured networks, wpa_supplicant isn't running.")},
@@ -37,9 +38,9 @@ const std::vector<Refusal> refusals{
     {"reconnectSync", [](auto& c) { return !c.reconnectSync(); },
      warning("Can't reconnect, wpa_supplicant isn't running.")},
     {"scanSync", [](auto& c) { return !c.scanSync(); }, debug("Can't scan, wpa_supplicant isn't running.")},
-    {"getBssPropertiesSync", [](auto& c) { return !c.getBssPropertiesSync(bssPath); },
+    {"getBssPropertiesSync", [](auto& c) { return !c.radio().bssSync(bssPath); },
      warning("Can't get bss properties, wpa_supplicant isn't running.")},
-    {"decodeBssPaths", [](auto& c) { return c.decodeBssPaths({bssPath}).empty(); },
+    {"decodeBssPaths", [](auto& c) { return c.radio().bssListSync({bssPath}).empty(); },
      warning("Can't get bss properties, wpa_supplicant isn't running.")},
     {"signalPollSync", [](auto& c) { return !c.signalPollSync(); },
      warning("Can't poll for signal strength, wpa_supplicant isn't running.")},
@@ -75,7 +76,8 @@ TEST_F(Refusals, BeginAgainAfterADetach) {
 
 TEST_F(Refusals, DoNotConcernSetNetworkPriorityWhichStillTriesTheCallAndReturnsFalse) {
     startDetached();
-    EXPECT_FALSE(onLoop([&] { return communicator->setNetworkPrioritySync(networkObject, 2); }));
+    EXPECT_FALSE(
+        onLoop([&] { return communicator->configuredNetworks().setPrioritySync(networkObject, 2); }));
     EXPECT_THAT(takeCalls(),
                 ElementsAre(setText(networkPath, networkInterface, "Properties", R"(<{"priority": <i2>}>)")));
     EXPECT_FALSE(log.contains("isn't running"));

@@ -166,7 +166,7 @@ TEST_F(Service, HasAnEmptyStateWhenThatCannotBeRead) {
     for (const Answer& answer :
          {errorReply("org.freedesktop.DBus.Error.UnknownProperty", "x"), reply("v", "i", 1), reply("")}) {
         systemd.onGet(unitPath, unitInterface, "ActiveState", answer);
-        onLoop([&] { communicator->connectToSystemdSync(); });
+        onLoop([&] { communicator->unit().connectSync(); });
         EXPECT_FALSE(communicator->isSupplicantOn());
     }
 }

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "communicator/communicator.h"
+#include "communicator/supplicant_interface.h"
+
+#include <wifi/types.h>
+
+#include <kaz/dbus/opath.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kaz::wifi {
+
+// The networks in the supplicant's configuration. Every operation is refused while detached, except setPrioritySync().
+// A failed operation returns false or nothing. Loop thread only.
+class ConfiguredNetworks {
+  public:
+    using List = std::vector<std::unique_ptr<Communicator::ConfiguredNetwork>>;
+
+    explicit ConfiguredNetworks(const SupplicantInterface& supplicant);
+
+    std::unique_ptr<Communicator::ConfiguredNetwork> addSync(const ConnectionSettings& settings);
+    bool selectSync(const dbus::OPath& network);
+    bool removeSync(const dbus::OPath& network);
+    bool setEnabledSync(const dbus::OPath& network, bool enabled);
+    bool setPrioritySync(const dbus::OPath& network, int priority);
+    std::optional<std::string> ssidSync(const dbus::OPath& network);
+
+    // All of them, in the supplicant's order. One call per network; those that are not reached in time
+    // (Patience) are listed without their SSID.
+    List listSync();
+
+    // Makes the supplicant write its configuration file.
+    bool saveSync();
+
+  private:
+    const SupplicantInterface& supplicant_;
+};
+
+}  // namespace kaz::wifi

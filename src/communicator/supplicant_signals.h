@@ -1,0 +1,48 @@
+#pragma once
+
+#include "communicator/communicator.h"
+#include "communicator/configured_networks.h"
+#include "communicator/radio.h"
+#include "communicator/supplicant_interface.h"
+#include "dbus/bus.h"
+#include "dbus/records.h"
+
+#include <kaz/dbus/message.h>
+
+namespace kaz::wifi {
+
+// Turns the signals and properties of the supplicant's interface into calls of the communicator's handlers. Object
+// paths are resolved by asking the supplicant. Loop thread only.
+class SupplicantSignals {
+  public:
+    SupplicantSignals(dbus::Bus& bus, const SupplicantInterface& supplicant, ConfiguredNetworks& networks,
+                      Radio& radio, Communicator& handlers);
+
+    // Subscribes to the signals of the attached interface, until temporary subscriptions are dropped.
+    void subscribe();
+    // Reads and reports the present properties.
+    void readSync();
+
+    void onSignalScanDone(dbus::MessageDecoder& decoder);
+    void onSignalEap(dbus::MessageDecoder& decoder);
+    void onSignalNetworkSelected(dbus::MessageDecoder& decoder);
+    void onSignalPropertiesChanged(dbus::MessageDecoder& decoder);
+
+  private:
+    using Report = Communicator::SupplicantInterfaceProperties;
+    using SignalHandler = void (SupplicantSignals::*)(dbus::MessageDecoder&);
+
+    void subscribe(const char* interface, const char* member, SignalHandler handler);
+    void report(const dbus::SupplicantInterfaceProperties& properties);
+    void resolveBssList(const dbus::SupplicantInterfaceProperties& from, Report& to);
+    void resolveCurrentNetwork(const dbus::SupplicantInterfaceProperties& from, Report& to);
+    void resolveCurrentBss(const dbus::SupplicantInterfaceProperties& from, Report& to);
+
+    dbus::Bus& bus_;
+    const SupplicantInterface& supplicant_;
+    ConfiguredNetworks& networks_;
+    Radio& radio_;
+    Communicator& handlers_;
+};
+
+}  // namespace kaz::wifi

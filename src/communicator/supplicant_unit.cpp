@@ -1,0 +1,89 @@
+#include "communicator/supplicant_unit.h"
+
+#include "base/log.h"
+#include "communicator/bus_names.h"
+#include "dbus/message_io.h"
+#include "dbus/records.h"
+#include "dbus/reply.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kaz::wifi {
+namespace {
+
+constexpr const char* noUnit = "/";
+
+}  // namespace
+
+SupplicantUnit::SupplicantUnit(dbus::Bus& bus, Handler handler) : bus_(bus), handler_(std::move(handler)) {}
+
+bool SupplicantUnit::startStopSync(bool start) {
+    log::debug("Turning wpa_supplicant {}.", start ? "on" : "off");
+    const std::string unit = bus::systemd::supplicantUnit;
+    if (start) {
+        // A unit that failed too often in a row would not start again.
+        systemd().call("ResetFailedUnit", unit);
+    }
+    const bool accepted = static_cast<bool>(
+        systemd().call(start ? "StartUnit" : "StopUnit", unit, std::string(bus::systemd::jobMode)));
+    if (start && accepted && !found_) {
+        connectSync();
+    }
+    return accepted;
+}
+
+void SupplicantUnit::connectSync() {
+    const dbus::OPath unit = loadSync();
+    log::debug("Dbus path of wpa_supplicant within systemd daemon is {}", unit.str());
+    // systemd sends no unit signals before a client asked for them.
+    systemd().call("Subscribe");
+    subscribe(unit);
+    const std::string state = activeStateSync(unit);
+    found_ = unit.str() != noUnit && !state.empty();
+    handler_(state);
+}
+
+void SupplicantUnit::onOwnerChangedSync(bool owned) {
+    if (owned) {
+        connectSync();
+    }
+}
+
+void SupplicantUnit::onSignalPropertiesChanged(dbus::MessageDecoder& decoder) {
+    const auto interface = dbus::read<std::string>(decoder);
+    if (!interface || *interface != bus::systemd::unitInterface) {
+        return;
+    }
+    const auto properties = dbus::read<SystemdUnitProperty>(decoder);
+    if (properties && properties->activeState) {
+        handler_(*properties->activeState);
+    }
+}
+
+dbus::OPath SupplicantUnit::loadSync() {
+    dbus::Reply reply = systemd().call("LoadUnit", std::string(bus::systemd::supplicantUnit));
+    return reply.read<dbus::OPath>().value_or(dbus::OPath(noUnit));
+}
+
+std::string SupplicantUnit::activeStateSync(const dbus::OPath& unit) {
+    dbus::Reply reply =
+        bus_.object(bus::systemd::service, unit, bus::systemd::unitInterface).get("ActiveState");
+    return reply.read<std::string>().value_or(std::string());
+}
+
+void SupplicantUnit::subscribe(const dbus::OPath& unit) {
+    if (std::find(subscribed_.begin(), subscribed_.end(), unit) != subscribed_.end()) {
+        return;
+    }
+    subscribed_.push_back(unit);
+    bus_.subscribe(bus::systemd::service, unit, bus::propertiesInterface, bus::propertiesChanged,
+                   dbus::Bus::Lifetime::permanent,
+                   [this](dbus::MessageDecoder& decoder) { onSignalPropertiesChanged(decoder); });
+}
+
+dbus::RemoteObject SupplicantUnit::systemd() const {
+    return bus_.object(bus::systemd::service, bus::systemd::managerPath, bus::systemd::managerInterface);
+}
+
+}  // namespace kaz::wifi
