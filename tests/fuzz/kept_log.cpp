@@ -14,7 +14,9 @@ class KeptLog::Sink final : public spdlog::sinks::base_sink<spdlog::details::nul
 
   private:
     void sink_it_(const spdlog::details::log_msg& record) override {
-        texts_.emplace_back(record.payload.data(), record.payload.size());
+        const auto level = spdlog::level::to_string_view(record.level);
+        texts_.push_back(std::string(level.data(), level.size()) + ": " +
+                         std::string(record.payload.data(), record.payload.size()));
     }
     void flush_() override {}
 

@@ -5,7 +5,7 @@
 
 namespace kaz::fuzz {
 
-// The texts that the library logged, at whatever level. Of one thread.
+// What the library logged on one thread: the level, ": " and the text.
 class KeptLog {
   public:
     // Takes the place of the process's default logger when it is first asked for.

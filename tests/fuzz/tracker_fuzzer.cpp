@@ -5,8 +5,8 @@
 #include "fuzz/kept_log.h"
 #include "fuzz/require.h"
 #include "fuzz/tracker_event.h"
-#include "fuzz/tracker_model.h"
 #include "fuzz/tracker_promises.h"
+#include "support/tracker_model/tracker_model.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -53,7 +53,8 @@ TrackerEvent makeEvent(FuzzedDataProvider& bytes) {
             break;
         case Kind::status:
             // Also the numbers beside those that stand for a state.
-            event.status = static_cast<TrackerModel::Status>(bytes.ConsumeIntegralInRange(-1, 5));
+            event.status = static_cast<wifi::Communicator::SupplicantConnectionStatus>(
+                bytes.ConsumeIntegralInRange(-1, 5));
             break;
         case Kind::wait:
             event.duration = makeDuration(bytes);
@@ -69,7 +70,9 @@ TrackerEvent makeEvent(FuzzedDataProvider& bytes) {
     return event;
 }
 
-void tell(wifi::ConnectionInfoHelper& tracker, const TrackerEvent& event) {
+// The tracker and its model have the same operations.
+template <typename Tracker>
+void tell(Tracker& tracker, const TrackerEvent& event) {
     switch (event.kind) {
         case Kind::connect:
             return tracker.notifyAboutConnectionAttempt(event.ssid);
@@ -103,44 +106,10 @@ void tell(wifi::ConnectionInfoHelper& tracker, const TrackerEvent& event) {
     }
 }
 
-void tell(TrackerModel& model, const TrackerEvent& event, TrackerModel::Time now) {
-    switch (event.kind) {
-        case Kind::connect:
-            return model.userConnects(event.ssid, now);
-        case Kind::disconnect:
-            return model.userDisconnects(now);
-        case Kind::forget:
-            return model.userForgets(event.ssid, now);
-        case Kind::select:
-            return model.supplicantSelects(event.ssid, now);
-        case Kind::selectNameless:
-            return model.supplicantSelects(std::nullopt, now);
-        case Kind::scanning:
-            return model.scanning(event.flag, now);
-        case Kind::bss:
-            return model.bss(event.bss(), now);
-        case Kind::noBss:
-            return model.bss(std::nullopt, now);
-        case Kind::status:
-            return model.status(event.status, now);
-        case Kind::signal:
-            return model.signal(event.dBm, now);
-        case Kind::online:
-            return model.online(event.flag, now);
-        case Kind::supplicantComes:
-            return model.supplicantCame();
-        case Kind::supplicantGoes:
-            return model.supplicantWent(now);
-        case Kind::wait:
-        case Kind::look:
-            return;
-    }
-}
-
 void run(FuzzedDataProvider& bytes) {
     const auto clock = std::make_shared<test::FakeClock>();
     wifi::ConnectionInfoHelper tracker(clock);
-    TrackerModel model;
+    test::TrackerModel model(clock);
     TrackerPromises promises;
     KeptLog& log = KeptLog::instance();
     // Looking settles things, so the engine's looks after some events only are another case than looks after all.
@@ -150,14 +119,14 @@ void run(FuzzedDataProvider& bytes) {
         log.clear();
         clock->advance(event.duration);
         tell(tracker, event);
-        tell(model, event, clock->get());
-        require(tracker.getActiveTimeout() == model.timeLeft(clock->get()),
+        tell(model, event);
+        require(tracker.getActiveTimeout() == model.getActiveTimeout(),
                 "tracker and model see the same time left");
         if (looksAlways || event.kind == Kind::look) {
-            model.settle(clock->get());
-            require(tracker.getConnectionInfo() == model.info(), "tracker and model publish the same record");
+            require(tracker.getConnectionInfo() == model.getConnectionInfo(),
+                    "tracker and model publish the same record");
         }
-        require(log.texts() == model.takeLog(), "the log tells how attempts end, and nothing else");
+        require(log.texts() == model.takeTexts(), "the log tells how attempts end, and nothing else");
         promises.judgeEvent(event, log.texts());
         if (looksAlways) {
             promises.judgeRecord(event, tracker.getConnectionInfo(), clock->get());

@@ -24,7 +24,7 @@ auto disconnectOf(const ConnectionInfo& record) {
 
 bool tellsOfTimeOut(const TrackerPromises::Records& logged) {
     return std::any_of(logged.begin(), logged.end(),
-                       [](const std::string& text) { return text.starts_with("No response"); });
+                       [](const std::string& text) { return text.starts_with("warning: No response"); });
 }
 
 bool beginsAttempt(Kind kind) {

@@ -1,4 +1,4 @@
-// How an attempt begins, and how it ends by what the supplicant reports.
+// How an attempt begins, and which reports of the supplicant end it.
 #include "unit/connection_info/tracker_fixture.h"
 
 #include <optional>
@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 
 class Attempt : public TrackerTest {
   protected:
-    // Time passes after it, so that what follows is newer.
+    // The clock advances, so that all later reports are newer.
     void attempt(const std::string& ssid) {
         tracker.notifyAboutConnectionAttempt(ssid);
         clock->advance(100ms);
@@ -21,18 +21,18 @@ class Attempt : public TrackerTest {
 
 constexpr auto connectedElsewhere = R"(Connected to ssid="Cafe" while attempting to connect to ssid="Home")";
 
-TEST_F(Attempt, IsPublishedAtOnce) {
+TEST_F(Attempt, AttemptIsPublishedAtOnce) {
     tracker.notifyAboutConnectionAttempt("Home");
     EXPECT_EQ(published(), "connectingWifi 'Home' -100");
 }
 
-TEST_F(Attempt, EndsTheFormerConnectionAsTheUsersDoing) {
+TEST_F(Attempt, AttemptEndsTheFormerConnectionByUser) {
     becomeConnected("Old");
     tracker.notifyAboutConnectionAttempt("Home");
     EXPECT_EQ(published(), "connectingWifi 'Home' -100, causedByUser 'Old' @ 1000 ms");
 }
 
-TEST_F(Attempt, ReplacesTheFormerAttemptSilently) {
+TEST_F(Attempt, NewAttemptReplacesTheFormerWithoutALog) {
     attempt("Home");
     attempt("Cafe");
     EXPECT_EQ(published(), "connectingWifi 'Cafe' -100, causedByUser 'Home' @ 100 ms");
@@ -40,7 +40,7 @@ TEST_F(Attempt, ReplacesTheFormerAttemptSilently) {
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(Attempt, SucceedsWhenTheSupplicantCompletesOnItsNetwork) {
+TEST_F(Attempt, CompletionOnTheRequestedNetworkIsSuccess) {
     attempt("Home");
     tracker.setCurrentBss(bss("Home", -61));
     tracker.setSupplicantStatus(SupplicantStatus::Connecting);
@@ -53,14 +53,14 @@ TEST_F(Attempt, SucceedsWhenTheSupplicantCompletesOnItsNetwork) {
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(Attempt, SucceedsStraightToConnectedWhileNetworkdIsOnline) {
+TEST_F(Attempt, SuccessIsConnectedWhileNetworkdIsOnline) {
     tracker.setNetworkdIsOnline(true);
     attempt("Home");
     reportSuccess("Home");
     EXPECT_EQ(published(), "connected 'Home' -50");
 }
 
-TEST_F(Attempt, IsOverAfterItsSuccess) {
+TEST_F(Attempt, SuccessEndsTheAttempt) {
     attempt("Home");
     reportSuccess("Home");
     clock->advance(1s);
@@ -69,9 +69,10 @@ TEST_F(Attempt, IsOverAfterItsSuccess) {
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(Attempt, FailsWhenLinkSetUpFallsBack) {
+TEST_F(Attempt, EndOfLinkSetUpWithoutAConnectionIsFailure) {
     for (const auto status :
          {SupplicantStatus::Disconnected, SupplicantStatus::InterfaceDisabled, noReportYet}) {
+        SCOPED_TRACE(::testing::PrintToString(status));
         log.clear();
         tracker.setSupplicantState(false);
         clock->advance(1s);
@@ -80,18 +81,16 @@ TEST_F(Attempt, FailsWhenLinkSetUpFallsBack) {
         clock->advance(1h);
         tracker.setSupplicantStatus(status);
         const ConnectionInfo info = tracker.getConnectionInfo();
-        const int number = static_cast<int>(status);
-        EXPECT_EQ(info.status, ConnectionInfo::Status::disconnected) << number;
-        EXPECT_EQ(info.disconnectReason, ConnectionInfo::DisconnectReason::causedBySystem) << number;
-        EXPECT_EQ(info.disconnectSsid, "Home") << number;
+        EXPECT_EQ(info.status, ConnectionInfo::Status::disconnected);
+        EXPECT_EQ(info.disconnectReason, ConnectionInfo::DisconnectReason::causedBySystem);
+        EXPECT_EQ(info.disconnectSsid, "Home");
         EXPECT_EQ(log.records(),
                   (RecordingLog::Records{
-                      {spdlog::level::debug, "Disconnected after attempted connection to ssid=\"Home\""}}))
-            << number;
+                      {spdlog::level::debug, "Disconnected after attempted connection to ssid=\"Home\""}}));
     }
 }
 
-TEST_F(Attempt, IsOverAfterItsFailure) {
+TEST_F(Attempt, FailureEndsTheAttempt) {
     attempt("Home");
     tracker.setSupplicantStatus(SupplicantStatus::Connecting);
     tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
@@ -101,7 +100,7 @@ TEST_F(Attempt, IsOverAfterItsFailure) {
     EXPECT_EQ(log.records().size(), 1U);
 }
 
-TEST_F(Attempt, KeepsWaitingWhileADisconnectionIsReportedBeforeLinkSetUp) {
+TEST_F(Attempt, DisconnectedBeforeLinkSetUpKeepsTheAttempt) {
     attempt("Home");
     tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
     EXPECT_EQ(published(), "connectingWifi 'Home' -100");
@@ -109,7 +108,7 @@ TEST_F(Attempt, KeepsWaitingWhileADisconnectionIsReportedBeforeLinkSetUp) {
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(Attempt, IgnoresAStatusReportOlderThanItself) {
+TEST_F(Attempt, StatusOlderThanTheAttemptIsIgnored) {
     tracker.setSupplicantStatus(SupplicantStatus::Connecting);
     clock->advance(1ns);
     tracker.notifyAboutConnectionAttempt("Home");
@@ -119,7 +118,7 @@ TEST_F(Attempt, IgnoresAStatusReportOlderThanItself) {
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(Attempt, CountsAStatusReportOfTheSameTimeAsNewer) {
+TEST_F(Attempt, StatusOfTheAttemptsTimeCounts) {
     tracker.setSupplicantStatus(SupplicantStatus::Connecting);
     tracker.notifyAboutConnectionAttempt("Home");
     EXPECT_EQ(timeLeft(), 2000ms) << "nothing was decided yet";
@@ -127,7 +126,7 @@ TEST_F(Attempt, CountsAStatusReportOfTheSameTimeAsNewer) {
     EXPECT_EQ(timeLeft(), std::nullopt) << "link set-up was seen";
 }
 
-TEST_F(Attempt, IgnoresABssOlderThanItself) {
+TEST_F(Attempt, BssOlderThanTheAttemptIsIgnored) {
     tracker.setCurrentBss(bss("Home", -70));
     clock->advance(1ns);
     tracker.notifyAboutConnectionAttempt("Home");
@@ -138,14 +137,14 @@ TEST_F(Attempt, IgnoresABssOlderThanItself) {
     EXPECT_EQ(published(), "connectingIP 'Home' -60");
 }
 
-TEST_F(Attempt, CountsABssOfTheSameTimeAsNewer) {
+TEST_F(Attempt, BssOfTheAttemptsTimeCounts) {
     tracker.setCurrentBss(bss("Home", -70));
     tracker.notifyAboutConnectionAttempt("Home");
     tracker.setSupplicantStatus(SupplicantStatus::Connected);
     EXPECT_EQ(published(), "connectingIP 'Home' -70");
 }
 
-TEST_F(Attempt, IgnoresAnotherNetworksBssOlderThanItself) {
+TEST_F(Attempt, OlderBssOfAnotherNetworkIsIgnored) {
     tracker.setCurrentBss(bss("Cafe"));
     clock->advance(1ns);
     attempt("Home");
@@ -154,7 +153,7 @@ TEST_F(Attempt, IgnoresAnotherNetworksBssOlderThanItself) {
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(Attempt, CountsReportsFromBeforeTheEndOfAScanAsOld) {
+TEST_F(Attempt, ReportsBeforeTheEndOfAScanAreIgnored) {
     attempt("Home");
     tracker.setScanning(true);
     tracker.setSupplicantStatus(SupplicantStatus::Connected);
@@ -167,18 +166,18 @@ TEST_F(Attempt, CountsReportsFromBeforeTheEndOfAScanAsOld) {
     EXPECT_EQ(published(), "connectingIP 'Home' -50");
 }
 
-TEST_F(Attempt, KeepsWaitingWithoutABss) {
+TEST_F(Attempt, CompletionWithoutABssKeepsTheAttempt) {
     attempt("Home");
     tracker.setCurrentBss(std::nullopt);
     for (const auto status :
          {SupplicantStatus::Disconnected, SupplicantStatus::Connected, SupplicantStatus::Connecting}) {
         tracker.setSupplicantStatus(status);
-        EXPECT_EQ(published(), "connectingWifi 'Home' -100") << static_cast<int>(status);
+        EXPECT_EQ(published(), "connectingWifi 'Home' -100") << ::testing::PrintToString(status);
     }
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(Attempt, KeepsWaitingOnItsBssUntilTheLinkIsUp) {
+TEST_F(Attempt, LinkSetUpOnTheRequestedBssKeepsTheAttempt) {
     attempt("Home");
     tracker.setCurrentBss(bss("Home", -44));
     tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
@@ -186,7 +185,7 @@ TEST_F(Attempt, KeepsWaitingOnItsBssUntilTheLinkIsUp) {
     EXPECT_EQ(timeLeft(), 1900ms);
 }
 
-TEST_F(Attempt, KeepsWaitingWhileTheSupplicantIsIdleOnAnotherNetworksBss) {
+TEST_F(Attempt, IdleSupplicantOnAnotherBssKeepsTheAttempt) {
     attempt("Home");
     tracker.setCurrentBss(bss("Cafe"));
     tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
@@ -195,7 +194,7 @@ TEST_F(Attempt, KeepsWaitingWhileTheSupplicantIsIdleOnAnotherNetworksBss) {
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(Attempt, EndsWithAWarningWhenTheSupplicantCompletesElsewhere) {
+TEST_F(Attempt, CompletionOnAnotherNetworkEndsTheAttemptWithAWarning) {
     attempt("Home");
     reportSuccess("Cafe");
     EXPECT_EQ(published(), "connectingIP 'Cafe' -50, causedBySystem 'Home' @ 100 ms");
@@ -203,7 +202,7 @@ TEST_F(Attempt, EndsWithAWarningWhenTheSupplicantCompletesElsewhere) {
     EXPECT_EQ(timeLeft(), std::nullopt);
 }
 
-TEST_F(Attempt, EndsWithAWarningWhenTheSupplicantSetsUpALinkElsewhere) {
+TEST_F(Attempt, LinkSetUpOnAnotherNetworkEndsTheAttemptWithAWarning) {
     attempt("Home");
     tracker.setCurrentBss(bss("Cafe"));
     tracker.setSupplicantStatus(SupplicantStatus::Connecting);
@@ -212,7 +211,7 @@ TEST_F(Attempt, EndsWithAWarningWhenTheSupplicantSetsUpALinkElsewhere) {
     EXPECT_EQ(timeLeft(), std::nullopt);
 }
 
-TEST_F(Attempt, ComparesNetworksByteByByte) {
+TEST_F(Attempt, SsidsAreComparedByteByByte) {
     const std::string nulInside("Home\0a", 6);
     for (const std::string& other :
          {std::string("home"), std::string("Home "), nulInside, std::string("Hom")}) {
@@ -224,7 +223,7 @@ TEST_F(Attempt, ComparesNetworksByteByByte) {
     }
 }
 
-TEST_F(Attempt, NamesBothNetworksInRedactableForm) {
+TEST_F(Attempt, WarningNamesBothNetworksInRedactableForm) {
     attempt("a\"b");
     reportSuccess(std::string("c\\\0\xff", 4));
     const std::string elsewhere("ssid=\"c\\\\\0\xff\"", 12);
@@ -233,7 +232,7 @@ TEST_F(Attempt, NamesBothNetworksInRedactableForm) {
               "Connected to " + elsewhere + " while attempting to connect to ssid=\"a\\\"b\"");
 }
 
-TEST_F(Attempt, NamesTheNetworkOfAFailureInRedactableForm) {
+TEST_F(Attempt, FailureNamesItsNetworkInRedactableForm) {
     attempt("a\"b\\");
     tracker.setSupplicantStatus(SupplicantStatus::Connecting);
     tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
@@ -241,7 +240,7 @@ TEST_F(Attempt, NamesTheNetworkOfAFailureInRedactableForm) {
               (std::vector<std::string>{"Disconnected after attempted connection to ssid=\"a\\\"b\\\\\""}));
 }
 
-TEST_F(Attempt, WithANegativeStatusAfterLinkSetUpIsDroppedButStaysPublished) {
+TEST_F(Attempt, NegativeStatusAfterLinkSetUpDropsTheAttemptButKeepsTheRecord) {
     attempt("Home");
     tracker.setSupplicantStatus(SupplicantStatus::Connecting);
     tracker.setSupplicantStatus(static_cast<SupplicantStatus>(-1));
@@ -249,28 +248,28 @@ TEST_F(Attempt, WithANegativeStatusAfterLinkSetUpIsDroppedButStaysPublished) {
     EXPECT_EQ(log.texts(spdlog::level::debug).size(), 1U);
 }
 
-TEST_F(Attempt, OfTheSupplicantsOwnEndsTheFormerConnectionAsTheSystemsDoing) {
+TEST_F(Attempt, SupplicantChosenAttemptEndsTheFormerConnectionBySystem) {
     becomeConnected("Old");
     tracker.setCurrentNetworkSsid("Home");
     EXPECT_EQ(published(), "connectingWifi 'Home' -100, causedBySystem 'Old' @ 1000 ms");
     EXPECT_EQ(timeLeft(), 2000ms);
 }
 
-TEST_F(Attempt, OfTheSupplicantsOwnRestartsEvenTheNetworkInUse) {
+TEST_F(Attempt, SupplicantChosenAttemptRestartsTheNetworkInUse) {
     becomeConnected("Home");
     tracker.setCurrentNetworkSsid("Home");
     EXPECT_EQ(published(), "connectingWifi 'Home' -50, causedBySystem 'Home' @ 1000 ms");
     EXPECT_EQ(timeLeft(), 2000ms);
 }
 
-TEST_F(Attempt, OfTheUserIsOnlyConfirmedWhenTheSupplicantSelectsItsNetwork) {
+TEST_F(Attempt, SelectionOfTheRequestedNetworkKeepsTheAttempt) {
     attempt("Home");
     tracker.setCurrentNetworkSsid("Home");
     EXPECT_EQ(timeLeft(), 1900ms);
     EXPECT_EQ(published(), "connectingWifi 'Home' -100");
 }
 
-TEST_F(Attempt, OfTheUserIsReplacedWhenTheSupplicantSelectsAnotherNetwork) {
+TEST_F(Attempt, SelectionOfAnotherNetworkReplacesTheAttempt) {
     attempt("Home");
     tracker.setCurrentNetworkSsid("Cafe");
     EXPECT_EQ(timeLeft(), 2000ms);
@@ -278,14 +277,14 @@ TEST_F(Attempt, OfTheUserIsReplacedWhenTheSupplicantSelectsAnotherNetwork) {
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(Attempt, IsUntouchedBySelectionOfANetworkWithoutAName) {
+TEST_F(Attempt, SelectionWithoutAnSsidKeepsTheAttempt) {
     attempt("Home");
     tracker.setCurrentNetworkSsid(std::nullopt);
     EXPECT_EQ(timeLeft(), 1900ms);
     EXPECT_EQ(published(), "connectingWifi 'Home' -100");
 }
 
-TEST_F(Attempt, IsNotBegunBySelectionOfANetworkWithoutAName) {
+TEST_F(Attempt, SelectionWithoutAnSsidBeginsNoAttempt) {
     becomeConnected("Home");
     tracker.setCurrentNetworkSsid(std::nullopt);
     EXPECT_EQ(published(), "connected 'Home' -50");

@@ -1,4 +1,4 @@
-// How long an attempt may stay without an answer of the supplicant.
+// How long an attempt lasts without a reaction of the supplicant.
 #include "unit/connection_info/tracker_fixture.h"
 
 #include <array>
@@ -20,7 +20,7 @@ class AttemptTimeOut : public TrackerTest {};
 constexpr auto noResponseFromHome =
     R"(No response from wpa_supplicant, assuming we are disconnected from ssid="Home")";
 
-TEST_F(AttemptTimeOut, CountsDownFromTwoSecondsWithoutAnyStatusReport) {
+TEST_F(AttemptTimeOut, TimeoutCountsDownFromTwoSeconds) {
     tracker.notifyAboutConnectionAttempt("Home");
     EXPECT_EQ(timeLeft(), 2000ms);
     clock->advance(1ms);
@@ -31,7 +31,7 @@ TEST_F(AttemptTimeOut, CountsDownFromTwoSecondsWithoutAnyStatusReport) {
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(AttemptTimeOut, IsTruncatedTowardsZeroAndNeverClamped) {
+TEST_F(AttemptTimeOut, RestOfTheTimeoutIsTruncatedAndNotClamped) {
     struct Row {
         std::chrono::nanoseconds elapsed;
         std::chrono::milliseconds left;
@@ -61,7 +61,7 @@ TEST_F(AttemptTimeOut, IsTruncatedTowardsZeroAndNeverClamped) {
     }
 }
 
-TEST_F(AttemptTimeOut, DoesNotRunWithoutAnAttempt) {
+TEST_F(AttemptTimeOut, NoTimeoutRunsWithoutAnAttempt) {
     EXPECT_EQ(timeLeft(), std::nullopt);
     becomeConnected("Home");
     EXPECT_EQ(timeLeft(), std::nullopt);
@@ -69,7 +69,7 @@ TEST_F(AttemptTimeOut, DoesNotRunWithoutAnAttempt) {
     EXPECT_EQ(timeLeft(), std::nullopt);
 }
 
-TEST_F(AttemptTimeOut, DropsTheAttemptWithAWarningAtTheNextUpdate) {
+TEST_F(AttemptTimeOut, ExpiredTimeoutEndsTheAttemptWithAWarning) {
     tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
     clock->advance(1s);
     tracker.notifyAboutConnectionAttempt("Home");
@@ -82,13 +82,13 @@ TEST_F(AttemptTimeOut, DropsTheAttemptWithAWarningAtTheNextUpdate) {
     EXPECT_EQ(log.records().size(), 1U);
 }
 
-TEST_F(AttemptTimeOut, WithASupplicantThatNeverReportedAnythingEndsDisconnected) {
+TEST_F(AttemptTimeOut, ExpiredTimeoutWithoutAnyReportEndsDisconnected) {
     tracker.notifyAboutConnectionAttempt("Home");
     clock->advance(2s);
     EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 2000 ms");
 }
 
-TEST_F(AttemptTimeOut, IsOverAsSoonAsLessThanAMillisecondIsLeft) {
+TEST_F(AttemptTimeOut, TimeoutExpiresWithLessThanAMillisecondLeft) {
     tracker.notifyAboutConnectionAttempt("Home");
     clock->advance(1'999'000'000ns);
     EXPECT_EQ(published(), "connectingWifi 'Home' -100");
@@ -96,7 +96,7 @@ TEST_F(AttemptTimeOut, IsOverAsSoonAsLessThanAMillisecondIsLeft) {
     EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 1999.000001 ms");
 }
 
-TEST_F(AttemptTimeOut, IsNoticedByEveryOperationThatUpdates) {
+TEST_F(AttemptTimeOut, ExpiredTimeoutIsNoticedByEveryOperationThatUpdates) {
     const std::vector<std::function<void()>> updates{
         [&] { tracker.setCurrentBss(std::nullopt); },
         [&] { tracker.setSupplicantStatus(SupplicantStatus::Disconnected); },
@@ -105,7 +105,7 @@ TEST_F(AttemptTimeOut, IsNoticedByEveryOperationThatUpdates) {
         [&] { tracker.setSignalStrength(-40); },
     };
     for (std::size_t i = 0; i < updates.size(); ++i) {
-        tracker.setCurrentBss(bss("Old"));  // without one, a signal strength is of nothing
+        tracker.setCurrentBss(bss("Old"));  // without a BSS, a signal is ignored
         log.clear();
         tracker.notifyAboutConnectionAttempt("Home");
         clock->advance(2s);
@@ -114,7 +114,7 @@ TEST_F(AttemptTimeOut, IsNoticedByEveryOperationThatUpdates) {
     }
 }
 
-TEST_F(AttemptTimeOut, IsNotNoticedByOperationsThatOnlyStore) {
+TEST_F(AttemptTimeOut, ExpiredTimeoutIsNotNoticedByOperationsThatOnlyStore) {
     tracker.notifyAboutConnectionAttempt("Home");
     clock->advance(5s);
     tracker.setCurrentNetworkSsid("Home");
@@ -127,7 +127,7 @@ TEST_F(AttemptTimeOut, IsNotNoticedByOperationsThatOnlyStore) {
     EXPECT_EQ(timeLeft(), 2000ms);
 }
 
-TEST_F(AttemptTimeOut, FallsBackToTheConnectionThatTheSupplicantLastReported) {
+TEST_F(AttemptTimeOut, ExpiredTimeoutPublishesTheConnectionThatTheSupplicantLastReported) {
     becomeConnected("Old");
     tracker.notifyAboutConnectionAttempt("Home");
     clock->advance(2s);
@@ -135,7 +135,7 @@ TEST_F(AttemptTimeOut, FallsBackToTheConnectionThatTheSupplicantLastReported) {
     EXPECT_EQ(log.texts(), std::vector<std::string>{noResponseFromHome});
 }
 
-TEST_F(AttemptTimeOut, IsFrozenWhileScanningAndBeginsAnewWhenTheScanEnds) {
+TEST_F(AttemptTimeOut, ScanPausesTheTimeoutAndItsEndRestartsIt) {
     tracker.notifyAboutConnectionAttempt("Home");
     clock->advance(1500ms);
     tracker.setScanning(true);
@@ -151,7 +151,7 @@ TEST_F(AttemptTimeOut, IsFrozenWhileScanningAndBeginsAnewWhenTheScanEnds) {
     EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 3603500 ms");
 }
 
-TEST_F(AttemptTimeOut, IsFrozenByAScanThatBeganBeforeTheAttempt) {
+TEST_F(AttemptTimeOut, ScanBegunBeforeTheAttemptPausesTheTimeout) {
     tracker.setScanning(true);
     tracker.notifyAboutConnectionAttempt("Home");
     EXPECT_EQ(timeLeft(), std::nullopt);
@@ -159,7 +159,7 @@ TEST_F(AttemptTimeOut, IsFrozenByAScanThatBeganBeforeTheAttempt) {
     EXPECT_EQ(published(), "connectingWifi 'Home' -100");
 }
 
-TEST_F(AttemptTimeOut, DoesNotBeginAnewWhenTheEndOfAScanIsReportedAgain) {
+TEST_F(AttemptTimeOut, RepeatedEndOfAScanDoesNotRestartTheTimeout) {
     tracker.notifyAboutConnectionAttempt("Home");
     clock->advance(500ms);
     tracker.setScanning(false);
@@ -173,7 +173,7 @@ TEST_F(AttemptTimeOut, DoesNotBeginAnewWhenTheEndOfAScanIsReportedAgain) {
     EXPECT_EQ(timeLeft(), 1500ms);
 }
 
-TEST_F(AttemptTimeOut, IsFrozenForGoodOnceLinkSetUpWasSeen) {
+TEST_F(AttemptTimeOut, LinkSetUpStopsTheTimeoutForGood) {
     tracker.notifyAboutConnectionAttempt("Home");
     clock->advance(1999ms);
     tracker.setSupplicantStatus(SupplicantStatus::Connecting);
@@ -187,7 +187,7 @@ TEST_F(AttemptTimeOut, IsFrozenForGoodOnceLinkSetUpWasSeen) {
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(AttemptTimeOut, StartsAfreshWithEachAttempt) {
+TEST_F(AttemptTimeOut, EveryAttemptRestartsTheTimeout) {
     tracker.notifyAboutConnectionAttempt("Home");
     tracker.setSupplicantStatus(SupplicantStatus::Connecting);
     clock->advance(1ns);
@@ -197,7 +197,7 @@ TEST_F(AttemptTimeOut, StartsAfreshWithEachAttempt) {
     EXPECT_EQ(timeLeft(), 2000ms);
 }
 
-TEST_F(AttemptTimeOut, NamesTheNetworkInRedactableForm) {
+TEST_F(AttemptTimeOut, ExpiredTimeoutNamesTheNetworkInRedactableForm) {
     struct Row {
         std::string ssid;
         std::string redactable;

@@ -28,7 +28,7 @@ class ConnectionMetrics : public ::testing::Test {
     }
 };
 
-TEST_F(ConnectionMetrics, AreFiveGaugesCreatedInAFixedOrder) {
+TEST_F(ConnectionMetrics, FiveGaugesAreCreatedInAFixedOrder) {
     const wifi::ConnectionMetrics metrics;
     EXPECT_EQ(takeGaugeCreations(), (std::vector<std::string>{
                                         "createGauge(quarn.wifi.connected)",
@@ -40,7 +40,7 @@ TEST_F(ConnectionMetrics, AreFiveGaugesCreatedInAFixedOrder) {
     EXPECT_EQ(takeGaugeReports(), Reports{});
 }
 
-TEST_F(ConnectionMetrics, ReportEveryChangeOfStatus) {
+TEST_F(ConnectionMetrics, EveryChangeOfStatusIsReported) {
     const GaugeReport up{"quarn.wifi.connected", 1.0};
     const GaugeReport down{"quarn.wifi.connected", 0.0};
     const GaugeReport signal{"quarn.wifi.signal-strength-dbm", -52.0};
@@ -72,18 +72,18 @@ TEST_F(ConnectionMetrics, ReportEveryChangeOfStatus) {
     for (const Row& row : rows) {
         metrics.reportChange(info(row.from), info(row.to));
         EXPECT_EQ(takeGaugeReports(), row.reports)
-            << static_cast<int>(row.from) << " to " << static_cast<int>(row.to);
+            << ::testing::PrintToString(row.from) << " to " << ::testing::PrintToString(row.to);
     }
 }
 
-TEST_F(ConnectionMetrics, ReportAnUnknownSignalAsItIs) {
+TEST_F(ConnectionMetrics, UnknownSignalIsReportedAsMinus100) {
     wifi::ConnectionMetrics metrics;
     metrics.reportChange(info(Status::connectingWifi), info(Status::connectingIP, "Home", -100));
     EXPECT_EQ(takeGaugeReports(),
               (Reports{{"quarn.wifi.connected", 0.0}, {"quarn.wifi.signal-strength-dbm", -100.0}}));
 }
 
-TEST_F(ConnectionMetrics, ReportASuccessBeforeTheTotal) {
+TEST_F(ConnectionMetrics, SuccessIsReportedBeforeTheTotal) {
     wifi::ConnectionMetrics metrics;
     metrics.reportSuccess();
     EXPECT_EQ(takeGaugeReports(), (Reports{{"quarn.wifi.connection-attempt.success", 1.0},

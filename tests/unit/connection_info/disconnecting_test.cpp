@@ -1,4 +1,4 @@
-// Disconnecting and forgetting by the user's wish.
+// Disconnecting and forgetting at the user's request.
 #include "unit/connection_info/tracker_fixture.h"
 
 #include <optional>
@@ -11,13 +11,13 @@ using namespace std::chrono_literals;
 class DisconnectRequest : public TrackerTest {};
 class Forgetting : public TrackerTest {};
 
-TEST_F(DisconnectRequest, IsPublishedAtOnceAsTheUsersDoing) {
+TEST_F(DisconnectRequest, DisconnectIsPublishedAtOnceAsByUser) {
     becomeConnected("Home");
     tracker.notifyAboutDisconnect();
     EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 1000 ms");
 }
 
-TEST_F(DisconnectRequest, KeepsTheRecordOfAnEarlierDisconnect) {
+TEST_F(DisconnectRequest, RepeatedDisconnectKeepsTheFirstRecord) {
     becomeConnected("Home");
     tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
     clock->advance(1s);
@@ -25,12 +25,12 @@ TEST_F(DisconnectRequest, KeepsTheRecordOfAnEarlierDisconnect) {
     EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 1000 ms");
 }
 
-TEST_F(DisconnectRequest, InventsNoRecordWhenThereWasNoConnection) {
+TEST_F(DisconnectRequest, DisconnectWithoutAConnectionRecordsNothing) {
     tracker.notifyAboutDisconnect();
     EXPECT_EQ(published(), "disconnected '' -100");
 }
 
-TEST_F(DisconnectRequest, EndsAnAttempt) {
+TEST_F(DisconnectRequest, DisconnectEndsTheAttempt) {
     tracker.notifyAboutConnectionAttempt("Home");
     clock->advance(100ms);
     tracker.notifyAboutDisconnect();
@@ -40,7 +40,7 @@ TEST_F(DisconnectRequest, EndsAnAttempt) {
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(DisconnectRequest, IsNotUndoneByAnOlderReportOfTheConnection) {
+TEST_F(DisconnectRequest, ReportOlderThanTheDisconnectIsIgnored) {
     becomeConnected("Home");
     tracker.notifyAboutDisconnect();
     tracker.setCurrentBss(bss("Home", -40));
@@ -49,7 +49,7 @@ TEST_F(DisconnectRequest, IsNotUndoneByAnOlderReportOfTheConnection) {
     EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 1000 ms");
 }
 
-TEST_F(DisconnectRequest, IsUndoneByANewerReportOfTheConnection) {
+TEST_F(DisconnectRequest, ReportNewerThanTheDisconnectRestoresTheConnection) {
     becomeConnected("Home");
     tracker.notifyAboutDisconnect();
     clock->advance(1ns);
@@ -59,14 +59,14 @@ TEST_F(DisconnectRequest, IsUndoneByANewerReportOfTheConnection) {
     EXPECT_EQ(published(), "connectingIP 'Home' -50, causedByUser 'Home' @ 1000 ms");
 }
 
-TEST_F(DisconnectRequest, IsUndoneByAReportOfTheSameTime) {
+TEST_F(DisconnectRequest, ReportOfTheDisconnectsTimeRestoresTheConnection) {
     becomeConnected("Home");
     tracker.notifyAboutDisconnect();
     tracker.setSupplicantStatus(SupplicantStatus::Connected);
     EXPECT_EQ(published(), "connected 'Home' -50, causedByUser 'Home' @ 1000 ms");
 }
 
-TEST_F(DisconnectRequest, StillPendingMakesALaterDropTheUsersDoing) {
+TEST_F(DisconnectRequest, PendingDisconnectMakesALaterDropByUser) {
     becomeConnected("Home");
     tracker.notifyAboutDisconnect();
     clock->advance(1s);
@@ -76,7 +76,7 @@ TEST_F(DisconnectRequest, StillPendingMakesALaterDropTheUsersDoing) {
     EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 3000 ms");
 }
 
-TEST_F(DisconnectRequest, AnsweredOnceDoesNotCountForTheNextDrop) {
+TEST_F(DisconnectRequest, AnsweredDisconnectMakesTheNextDropBySystem) {
     becomeConnected("Home");
     tracker.notifyAboutDisconnect();
     clock->advance(1s);
@@ -88,7 +88,7 @@ TEST_F(DisconnectRequest, AnsweredOnceDoesNotCountForTheNextDrop) {
     EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 3000 ms");
 }
 
-TEST_F(DisconnectRequest, StaysPendingWhenItsAnswerChangesNothing) {
+TEST_F(DisconnectRequest, DisconnectStaysPendingWhenItsAnswerChangesNothing) {
     becomeConnected("Home");
     tracker.notifyAboutDisconnect();
     tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
@@ -98,7 +98,7 @@ TEST_F(DisconnectRequest, StaysPendingWhenItsAnswerChangesNothing) {
     EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 2000 ms");
 }
 
-TEST_F(DisconnectRequest, IsForgottenWhenTheUserConnects) {
+TEST_F(DisconnectRequest, ConnectCancelsThePendingDisconnect) {
     becomeConnected("Home");
     tracker.notifyAboutDisconnect();
     tracker.notifyAboutConnectionAttempt("Home");
@@ -108,7 +108,7 @@ TEST_F(DisconnectRequest, IsForgottenWhenTheUserConnects) {
     EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 2000 ms");
 }
 
-TEST_F(DisconnectRequest, IsForgottenWhenTheSupplicantSelectsANetwork) {
+TEST_F(DisconnectRequest, SelectionBySupplicantCancelsThePendingDisconnect) {
     becomeConnected("Home");
     tracker.notifyAboutDisconnect();
     clock->advance(1s);
@@ -118,7 +118,7 @@ TEST_F(DisconnectRequest, IsForgottenWhenTheSupplicantSelectsANetwork) {
     EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Cafe' @ 2000 ms");
 }
 
-TEST_F(DisconnectRequest, IsForgottenWhenTheSupplicantVanishes) {
+TEST_F(DisconnectRequest, StoppedSupplicantCancelsThePendingDisconnect) {
     becomeConnected("Home");
     tracker.notifyAboutDisconnect();
     tracker.setSupplicantState(false);
@@ -128,7 +128,7 @@ TEST_F(DisconnectRequest, IsForgottenWhenTheSupplicantVanishes) {
     EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 2000 ms");
 }
 
-TEST_F(Forgetting, TheNetworkInUseIsADisconnect) {
+TEST_F(Forgetting, ForgettingTheNetworkInUseIsADisconnect) {
     becomeConnected("Home");
     tracker.notifyAboutForget("Home");
     EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 1000 ms");
@@ -139,21 +139,21 @@ TEST_F(Forgetting, TheNetworkInUseIsADisconnect) {
         << "the request was pending";
 }
 
-TEST_F(Forgetting, TheNetworkBeingConnectedToEndsTheAttempt) {
+TEST_F(Forgetting, ForgettingTheRequestedNetworkEndsTheAttempt) {
     tracker.notifyAboutConnectionAttempt("Home");
     tracker.notifyAboutForget("Home");
     EXPECT_EQ(timeLeft(), std::nullopt);
     EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 0 ms");
 }
 
-TEST_F(Forgetting, AnotherNetworkWhileConnectedChangesNothing) {
+TEST_F(Forgetting, ForgettingAnotherNetworkWhileConnectedHasNoEffect) {
     becomeConnected("Home");
     tracker.notifyAboutForget("Cafe");
     tracker.notifyAboutForget("");
     EXPECT_EQ(published(), "connected 'Home' -50");
 }
 
-TEST_F(Forgetting, TheNetworkJustDroppedByTheSystemMakesTheDropTheUsersAndRenewsItsTime) {
+TEST_F(Forgetting, ForgettingADroppedNetworkMakesTheDropByUserAndRenewsItsTime) {
     becomeConnected("Home");
     tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
     clock->advance(5s);
@@ -161,7 +161,7 @@ TEST_F(Forgetting, TheNetworkJustDroppedByTheSystemMakesTheDropTheUsersAndRenews
     EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 6000 ms");
 }
 
-TEST_F(Forgetting, AnotherNetworkThanTheOneJustDroppedChangesNothing) {
+TEST_F(Forgetting, ForgettingAnotherNetworkThanTheDroppedHasNoEffect) {
     becomeConnected("Home");
     tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
     clock->advance(5s);
@@ -170,7 +170,7 @@ TEST_F(Forgetting, AnotherNetworkThanTheOneJustDroppedChangesNothing) {
     EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 1000 ms");
 }
 
-TEST_F(Forgetting, TheNetworkThatTheUserDisconnectedKeepsTheTimeOfThat) {
+TEST_F(Forgetting, ForgettingANetworkDisconnectedByUserKeepsItsTime) {
     becomeConnected("Home");
     tracker.notifyAboutDisconnect();
     clock->advance(5s);
@@ -178,13 +178,13 @@ TEST_F(Forgetting, TheNetworkThatTheUserDisconnectedKeepsTheTimeOfThat) {
     EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 1000 ms");
 }
 
-TEST_F(Forgetting, AnythingInAFreshTrackerChangesNothing) {
+TEST_F(Forgetting, ForgettingInANewTrackerHasNoEffect) {
     tracker.notifyAboutForget("Home");
     tracker.notifyAboutForget("");
     EXPECT_EQ(published(), "disconnected '' 0");
 }
 
-TEST_F(Forgetting, TwoEmptyNamesAreEqual) {
+TEST_F(Forgetting, EmptySsidsAreEqual) {
     becomeConnecting("");
     tracker.notifyAboutForget("");
     EXPECT_EQ(published(), "disconnected '' -50, causedByUser '' @ 1000 ms")

@@ -11,31 +11,31 @@ using namespace std::chrono_literals;
 class LinkStatus : public TrackerTest {};
 class Signal : public TrackerTest {};
 
-TEST_F(LinkStatus, OfAFreshTrackerIsDisconnectedWithSignalZero) {
+TEST_F(LinkStatus, NewTrackerIsDisconnectedWithSignalZero) {
     EXPECT_EQ(published(), "disconnected '' 0");
     EXPECT_EQ(tracker.getConnectionInfo(), ConnectionInfo());
     EXPECT_EQ(tracker.getConnectionInfo().disconnectTime, FakeClock::TimePoint());
 }
 
-TEST_F(LinkStatus, NeedsABssToBecomeLive) {
+TEST_F(LinkStatus, StatusWithoutABssHasNoEffect) {
     for (const auto status : {SupplicantStatus::Connecting, SupplicantStatus::Connected}) {
         tracker.setSupplicantStatus(status);
-        EXPECT_EQ(published(), "disconnected '' 0") << static_cast<int>(status);
+        EXPECT_EQ(published(), "disconnected '' 0") << ::testing::PrintToString(status);
     }
 }
 
-TEST_F(LinkStatus, IsConnectingWhileTheLinkIsSetUp) {
+TEST_F(LinkStatus, LinkSetUpIsConnectingWifi) {
     becomeConnecting("Home");
     EXPECT_EQ(published(), "connectingWifi 'Home' -50");
 }
 
-TEST_F(LinkStatus, IsTheSameWhicheverOfStatusAndBssComesFirst) {
+TEST_F(LinkStatus, OrderOfStatusAndBssDoesNotMatter) {
     tracker.setSupplicantStatus(SupplicantStatus::Connecting);
     tracker.setCurrentBss(bss("Home"));
     EXPECT_EQ(published(), "connectingWifi 'Home' -50");
 }
 
-TEST_F(LinkStatus, IsConnectingIpUntilNetworkdIsOnline) {
+TEST_F(LinkStatus, LinkIsConnectingIpUntilNetworkdIsOnline) {
     becomeConnectingIP("Home");
     EXPECT_EQ(published(), "connectingIP 'Home' -50");
     tracker.setNetworkdIsOnline(true);
@@ -44,14 +44,14 @@ TEST_F(LinkStatus, IsConnectingIpUntilNetworkdIsOnline) {
     EXPECT_EQ(published(), "connectingIP 'Home' -50");
 }
 
-TEST_F(LinkStatus, IgnoresNetworkdWhileTheLinkIsNotUp) {
+TEST_F(LinkStatus, NetworkdIsIgnoredWhileTheLinkIsNotUp) {
     tracker.setNetworkdIsOnline(true);
     EXPECT_EQ(published(), "disconnected '' 0");
     becomeConnecting("Home");
     EXPECT_EQ(published(), "connectingWifi 'Home' -50");
 }
 
-TEST_F(LinkStatus, BelowConnectingIsADropBySystem) {
+TEST_F(LinkStatus, StatusBelowConnectingIsADropBySystem) {
     for (const auto status :
          {noReportYet, SupplicantStatus::InterfaceDisabled, SupplicantStatus::Disconnected}) {
         const auto ownClock = std::make_shared<FakeClock>();
@@ -62,17 +62,17 @@ TEST_F(LinkStatus, BelowConnectingIsADropBySystem) {
         fresh.setSupplicantStatus(status);
         EXPECT_EQ(describe(fresh.getConnectionInfo()),
                   "disconnected '' -100, causedBySystem 'Home' @ 1000 ms")
-            << static_cast<int>(status);
+            << ::testing::PrintToString(status);
     }
 }
 
-TEST_F(LinkStatus, FallingBackToLinkSetUpIsNoDisconnect) {
+TEST_F(LinkStatus, ReturnToLinkSetUpIsNoDisconnect) {
     becomeConnected("Home");
     tracker.setSupplicantStatus(SupplicantStatus::Connecting);
     EXPECT_EQ(published(), "connectingWifi 'Home' -50");
 }
 
-TEST_F(LinkStatus, OutsideTheKnownOnesChangesNothing) {
+TEST_F(LinkStatus, UnknownStatusHasNoEffect) {
     becomeConnected("Home");
     for (const int number : {-1, 5, 1000}) {
         tracker.setSupplicantStatus(static_cast<SupplicantStatus>(number));
@@ -83,13 +83,13 @@ TEST_F(LinkStatus, OutsideTheKnownOnesChangesNothing) {
     }
 }
 
-TEST_F(LinkStatus, OnAnotherNetworkRecordsTheSwitchAsTheSystemsDoing) {
+TEST_F(LinkStatus, LinkToAnotherNetworkRecordsADisconnectBySystem) {
     becomeConnected("Home");
     tracker.setCurrentBss(bss("Cafe", -66));
     EXPECT_EQ(published(), "connected 'Cafe' -66, causedBySystem 'Home' @ 1000 ms");
 }
 
-TEST_F(LinkStatus, OnAnotherNetworkKeepsTheRecordOfAnEarlierDisconnect) {
+TEST_F(LinkStatus, LinkAfterADisconnectKeepsItsRecord) {
     becomeConnected("Home");
     tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
     clock->advance(1s);
@@ -98,13 +98,13 @@ TEST_F(LinkStatus, OnAnotherNetworkKeepsTheRecordOfAnEarlierDisconnect) {
     EXPECT_EQ(published(), "connectingWifi 'Cafe' -50, causedBySystem 'Home' @ 1000 ms");
 }
 
-TEST_F(LinkStatus, OnAnotherBssOfTheSameNetworkOnlyChangesTheSignal) {
+TEST_F(LinkStatus, AnotherBssOfTheNetworkChangesOnlyTheSignal) {
     becomeConnected("Home");
     tracker.setCurrentBss(bss("Home", -77));
     EXPECT_EQ(published(), "connected 'Home' -77");
 }
 
-TEST_F(LinkStatus, StaysWhenTheBssIsGoneUntilAStatusIsReported) {
+TEST_F(LinkStatus, ClearedBssKeepsTheRecordUntilTheNextStatus) {
     becomeConnected("Home");
     tracker.setCurrentBss(std::nullopt);
     EXPECT_EQ(published(), "connected 'Home' -50");
@@ -114,20 +114,20 @@ TEST_F(LinkStatus, StaysWhenTheBssIsGoneUntilAStatusIsReported) {
     EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 1000 ms");
 }
 
-TEST_F(LinkStatus, OnANetworkWithoutANameKeepsItsStateAndTheEmptyNameTogether) {
+TEST_F(LinkStatus, BssWithoutSsidIsPublishedWithAnEmptySsid) {
     tracker.setCurrentBss(bss("", -70));
     EXPECT_EQ(published(), "disconnected '' -70") << "the names are equal, so the signal counts";
     tracker.setSupplicantStatus(SupplicantStatus::Connected);
     EXPECT_EQ(published(), "connectingIP '' -70");
 }
 
-TEST_F(Signal, IsThatOfTheBss) {
+TEST_F(Signal, SignalIsThatOfTheBss) {
     becomeConnected("Home");
     tracker.setSignalStrength(-33);
     EXPECT_EQ(published(), "connected 'Home' -33");
 }
 
-TEST_F(Signal, WithoutABssIsIgnored) {
+TEST_F(Signal, SignalWithoutABssIsIgnored) {
     tracker.setSignalStrength(-33);
     EXPECT_EQ(published(), "disconnected '' 0");
     becomeConnected("Home");
@@ -138,7 +138,7 @@ TEST_F(Signal, WithoutABssIsIgnored) {
     EXPECT_EQ(published(), "connected 'Home' -55");
 }
 
-TEST_F(Signal, OfAnotherNetworksBssIsKeptForThat) {
+TEST_F(Signal, SignalOfAnotherNetworksBssIsKeptForThatNetwork) {
     becomeConnected("Home");
     tracker.notifyAboutConnectionAttempt("Cafe");
     tracker.setSignalStrength(-33);
@@ -147,7 +147,7 @@ TEST_F(Signal, OfAnotherNetworksBssIsKeptForThat) {
     EXPECT_EQ(tracker.getConnectionInfo().signal, -33) << "back on Home, whose BSS has that signal";
 }
 
-TEST_F(Signal, DoesNotMakeTheBssNewer) {
+TEST_F(Signal, SignalDoesNotRenewTheBss) {
     tracker.setCurrentBss(bss("Home"));
     clock->advance(1ns);
     tracker.notifyAboutConnectionAttempt("Home");
@@ -156,7 +156,7 @@ TEST_F(Signal, DoesNotMakeTheBssNewer) {
     EXPECT_EQ(published(), "connectingWifi 'Home' -33");
 }
 
-TEST_F(Signal, OfADisconnectedRecordIsUnknown) {
+TEST_F(Signal, DisconnectedRecordHasNoSignal) {
     becomeConnected("Home");
     tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
     tracker.setSignalStrength(-33);

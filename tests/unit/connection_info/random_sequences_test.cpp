@@ -1,7 +1,6 @@
-// Many random sequences of events. After every event the tracker has to agree with a second telling of its
-// rules, and to keep what must always hold.
+// Many random sequences of events. After every event the tracker must agree with the model, and keep the invariants.
+#include "support/tracker_model/tracker_model.h"
 #include "unit/connection_info/tracker_fixture.h"
-#include "unit/connection_info/tracker_model.h"
 
 #include <algorithm>
 #include <array>
@@ -43,14 +42,14 @@ enum class Event {
     wait,
 };
 
-// One event for the tracker and for the model, and what happened in words.
+// The events and their arguments.
 class RandomSequence {
   public:
-    // Odd seeds know a network without a name and statuses outside the known ones, too.
+    // Odd seeds also give an empty SSID and unknown statuses.
     explicit RandomSequence(std::uint64_t seed) : random_(seed), odd_(seed % 2 == 1) {}
 
     Event next() {
-        // Waiting, statuses and BSSs often, a supplicant that comes or goes seldom: attempts have to live.
+        // Waiting, statuses and BSSs are frequent. A supplicant that starts or stops is rare, because it ends attempts.
         static constexpr std::array events{
             Event::attempt, Event::attempt,  Event::disconnect, Event::forget, Event::select,
             Event::select,  Event::scanning, Event::scanning,   Event::bss,    Event::bss,
@@ -92,7 +91,7 @@ class Comparison {
   public:
     explicit Comparison(std::uint64_t seed) : random_(seed) {}
 
-    // False at the first disagreement, which is reported.
+    // Stops at the first disagreement, reports it and returns false.
     bool run() {
         for (int i = 0; i < eventsInASequence; ++i) {
             const ConnectionInfo before = tracker_.getConnectionInfo();
@@ -114,8 +113,8 @@ class Comparison {
         return true;
     }
 
-    // The records that were to be logged.
-    const std::vector<std::string>& texts() const { return model_.texts(); }
+    // The records logged so far.
+    const std::vector<std::string>& texts() const { return texts_; }
 
   private:
     template <typename Operation>
@@ -167,9 +166,8 @@ class Comparison {
             scanning_ = flag;
             both("scanning", flag ? "true" : "false", [&](auto& t) { t.setScanning(flag); });
         } else if (event_ == Event::status) {
-            story_ += "status(" + std::to_string(status) + ") ";
-            tracker_.setSupplicantStatus(static_cast<SupplicantStatus>(status));
-            model_.setSupplicantStatus(status);
+            both("status", std::to_string(status),
+                 [&](auto& t) { t.setSupplicantStatus(static_cast<SupplicantStatus>(status)); });
         } else if (event_ == Event::signal) {
             both("signal", std::to_string(signal), [&](auto& t) { t.setSignalStrength(signal); });
         } else if (event_ == Event::online) {
@@ -185,12 +183,14 @@ class Comparison {
 
     void compare() {
         EXPECT_EQ(tracker_.getActiveTimeout(), model_.getActiveTimeout());
+        std::vector<std::string> logged;
         for (const LogRecord& record : log_.records()) {
             const auto level = spdlog::level::to_string_view(record.level);
-            texts_.push_back(std::string(level.data(), level.size()) + ": " + record.text);
+            logged.push_back(std::string(level.data(), level.size()) + ": " + record.text);
         }
         log_.clear();
-        EXPECT_EQ(texts_, model_.texts());
+        EXPECT_EQ(logged, model_.takeTexts());
+        texts_.insert(texts_.end(), logged.begin(), logged.end());
         EXPECT_EQ(describe(tracker_.getConnectionInfo()), describe(model_.getConnectionInfo()));
     }
 
@@ -204,7 +204,7 @@ class Comparison {
         checkRecord(before, after);
     }
 
-    // What can begin an attempt or its time, and what cannot end it.
+    // Which events can start a timeout, and which cannot end it.
     void checkAttempt(const ConnectionInfo& after, bool wasRunning) {
         recordMayBeFresh_ =
             (event_ == Event::supplicant || recordMayBeFresh_) && after.status == Status::disconnected;
@@ -234,8 +234,7 @@ class Comparison {
         }
     }
 
-    // A disconnect is recorded only when something live ended, with the network it was on and the present
-    // time.
+    // A disconnect is recorded only when a connection or attempt ended, with its SSID and the current time.
     void checkRecord(const ConnectionInfo& before, const ConnectionInfo& after) {
         if (event_ == Event::supplicant) {
             return;
@@ -249,7 +248,7 @@ class Comparison {
         EXPECT_EQ(after.disconnectTime, clock_->get());
         EXPECT_NE(after.disconnectReason, Reason::unknown);
         const bool wasLive = before.status != Status::disconnected && after.disconnectSsid == before.ssid;
-        // Reports of the same time as the attempt may end it at once.
+        // Reports with the same time as the attempt may end it at once.
         const bool wasBegun = isOneOf({Event::attempt, Event::select}) && after.disconnectSsid == argument_;
         const bool wasRelabelled =
             event_ == Event::forget && before.disconnectReason == Reason::causedBySystem &&
@@ -268,10 +267,10 @@ class Comparison {
     std::vector<std::string> texts_;
     std::size_t seenTexts_ = 0;
     bool scanning_ = false;
-    bool recordMayBeFresh_ = false;  // a supplicant that came clears the record of a pending attempt
+    bool recordMayBeFresh_ = false;  // a started supplicant clears the record of a pending attempt
 };
 
-TEST(RandomEventSequences, LeaveTrackerAndModelInAgreementAfterEveryEvent) {
+TEST(RandomEventSequences, TrackerAgreesWithTheModelAfterEveryRandomEvent) {
     std::map<std::string, int> ends;
     for (std::uint64_t seed = 1; seed <= sequences; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
@@ -281,7 +280,7 @@ TEST(RandomEventSequences, LeaveTrackerAndModelInAgreementAfterEveryEvent) {
             ++ends[text.substr(0, text.find(' ', text.find(' ') + 1))];
         }
     }
-    // The sequences are worth their time only if attempts end in every way.
+    // The sequences must end many attempts in each way.
     EXPECT_GT(ends["warning: No"], 1000);
     EXPECT_GT(ends["warning: Connected"], 1000);
     EXPECT_GT(ends["debug: Disconnected"], 1000);

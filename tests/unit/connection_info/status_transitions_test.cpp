@@ -1,4 +1,4 @@
-// Every transition of the published status, from each of the states it may start in.
+// Every transition of the published status, from every state.
 #include "unit/connection_info/tracker_fixture.h"
 
 #include <optional>
@@ -45,7 +45,7 @@ class StatusTransition : public TrackerTest, public ::testing::WithParamInterfac
         ASSERT_EQ(tracker.getConnectionInfo().ssid, GetParam().ssid);
     }
 
-    // What the record of a disconnect at the time of the event is; none when there was nothing to end.
+    // The disconnect record that the event leaves; empty if the state was disconnected.
     std::string recorded(const std::string& reason) const {
         return GetParam().status == ConnectionInfo::Status::disconnected
                    ? ""
@@ -63,48 +63,48 @@ INSTANTIATE_TEST_SUITE_P(
                       From{"connected", false, ConnectionInfo::Status::connected, "Home"}),
     [](const auto& state) { return state.param.name; });
 
-TEST_P(StatusTransition, OnAConnectRequest) {
+TEST_P(StatusTransition, ConnectPublishesConnectingWifi) {
     tracker.notifyAboutConnectionAttempt("Cafe");
     EXPECT_EQ(published(), "connectingWifi 'Cafe' -100" + recorded("causedByUser"));
 }
 
-TEST_P(StatusTransition, OnTheSupplicantSelectingAnotherNetwork) {
+TEST_P(StatusTransition, SelectionOfAnotherNetworkPublishesConnectingWifi) {
     tracker.setCurrentNetworkSsid("Cafe");
     EXPECT_EQ(published(), "connectingWifi 'Cafe' -100" + recorded("causedBySystem"));
 }
 
-TEST_P(StatusTransition, OnADisconnectRequest) {
+TEST_P(StatusTransition, DisconnectPublishesDisconnectedByUser) {
     tracker.notifyAboutDisconnect();
     EXPECT_EQ(published(), (GetParam().status == ConnectionInfo::Status::disconnected
                                 ? "disconnected '' -100"
                                 : "disconnected '' -100" + recorded("causedByUser")));
 }
 
-TEST_P(StatusTransition, OnForgettingTheCurrentNetwork) {
+TEST_P(StatusTransition, ForgettingTheCurrentNetworkPublishesDisconnectedByUser) {
     tracker.notifyAboutForget("Home");
     EXPECT_EQ(published(), (GetParam().status == ConnectionInfo::Status::disconnected
                                 ? "disconnected '' 0"
                                 : "disconnected '' -100" + recorded("causedByUser")));
 }
 
-TEST_P(StatusTransition, OnForgettingAnotherNetwork) {
+TEST_P(StatusTransition, ForgettingAnotherNetworkHasNoEffect) {
     const std::string before = published();
     tracker.notifyAboutForget("Cafe");
     EXPECT_EQ(published(), before);
 }
 
-TEST_P(StatusTransition, OnADisconnectedStatusWithoutARequest) {
+TEST_P(StatusTransition, DisconnectedStatusPublishesDisconnectedBySystem) {
     const std::string before = published();
     for (const auto status :
          {noReportYet, SupplicantStatus::InterfaceDisabled, SupplicantStatus::Disconnected}) {
         tracker.setSupplicantStatus(status);
         const bool stays = GetParam().attemptPending || before == "disconnected '' 0";
         EXPECT_EQ(published(), (stays ? before : "disconnected '' -100" + recorded("causedBySystem")))
-            << static_cast<int>(status);
+            << ::testing::PrintToString(status);
     }
 }
 
-TEST_P(StatusTransition, OnADisconnectedStatusAfterARequestThatWasUndone) {
+TEST_P(StatusTransition, DisconnectedStatusAfterAnUndoneDisconnectPublishesDisconnectedByUser) {
     tracker.notifyAboutDisconnect();
     clock->advance(1s);
     reportSuccess("Home");
@@ -112,35 +112,35 @@ TEST_P(StatusTransition, OnADisconnectedStatusAfterARequestThatWasUndone) {
          {noReportYet, SupplicantStatus::InterfaceDisabled, SupplicantStatus::Disconnected}) {
         tracker.setSupplicantStatus(status);
         EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 2000 ms")
-            << static_cast<int>(status);
+            << ::testing::PrintToString(status);
     }
 }
 
-TEST_P(StatusTransition, OnLinkSetUpOnAnotherNetwork) {
+TEST_P(StatusTransition, LinkSetUpOnAnotherNetworkPublishesConnectingWifi) {
     tracker.setCurrentBss(bss("Cafe"));
     tracker.setSupplicantStatus(SupplicantStatus::Connecting);
     EXPECT_EQ(published(), "connectingWifi 'Cafe' -50" + recorded("causedBySystem"));
 }
 
-TEST_P(StatusTransition, OnLinkSetUpOnTheSameNetwork) {
+TEST_P(StatusTransition, LinkSetUpOnTheSameNetworkPublishesConnectingWifi) {
     tracker.setCurrentBss(bss("Home"));
     tracker.setSupplicantStatus(SupplicantStatus::Connecting);
     EXPECT_EQ(published(), "connectingWifi 'Home' -50");
 }
 
-TEST_P(StatusTransition, OnALinkWithoutAnAddressOnAnotherNetwork) {
+TEST_P(StatusTransition, LinkToAnotherNetworkPublishesConnectingIp) {
     tracker.setNetworkdIsOnline(false);
     reportSuccess("Cafe");
     EXPECT_EQ(published(), "connectingIP 'Cafe' -50" + recorded("causedBySystem"));
 }
 
-TEST_P(StatusTransition, OnALinkWithAnAddressOnAnotherNetwork) {
+TEST_P(StatusTransition, LinkWithAnAddressToAnotherNetworkPublishesConnected) {
     tracker.setNetworkdIsOnline(true);
     reportSuccess("Cafe");
     EXPECT_EQ(published(), "connected 'Cafe' -50" + recorded("causedBySystem"));
 }
 
-TEST_P(StatusTransition, OnALinkOnTheSameNetwork) {
+TEST_P(StatusTransition, LinkToTheSameNetworkPublishesConnectingIpThenConnected) {
     tracker.setNetworkdIsOnline(false);
     reportSuccess("Home");
     EXPECT_EQ(published(), "connectingIP 'Home' -50");
@@ -148,7 +148,7 @@ TEST_P(StatusTransition, OnALinkOnTheSameNetwork) {
     EXPECT_EQ(published(), "connected 'Home' -50");
 }
 
-TEST_P(StatusTransition, OnTheSupplicantVanishing) {
+TEST_P(StatusTransition, StoppedSupplicantPublishesDisconnectedWithoutARecord) {
     tracker.setSupplicantState(false);
     EXPECT_EQ(published(), "disconnected '' -100");
     EXPECT_EQ(timeLeft(), std::nullopt);

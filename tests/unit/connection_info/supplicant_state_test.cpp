@@ -1,4 +1,4 @@
-// The supplicant coming and going.
+// The supplicant starts and stops.
 #include "unit/connection_info/tracker_fixture.h"
 
 #include <optional>
@@ -8,17 +8,17 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class SupplicantGone : public TrackerTest {};
-class SupplicantThere : public TrackerTest {};
+class SupplicantStopped : public TrackerTest {};
+class SupplicantStarted : public TrackerTest {};
 
-TEST_F(SupplicantGone, LeavesAFreshRecordButForTheSignal) {
+TEST_F(SupplicantStopped, StoppedSupplicantLeavesANewRecordWithoutASignal) {
     becomeConnected("Home");
     tracker.notifyAboutConnectionAttempt("Cafe");
     tracker.setSupplicantState(false);
     EXPECT_EQ(published(), "disconnected '' -100") << "the disconnect record is cleared, too";
 }
 
-TEST_F(SupplicantGone, EndsAnAttemptSilently) {
+TEST_F(SupplicantStopped, StoppedSupplicantEndsTheAttemptWithoutALog) {
     tracker.notifyAboutConnectionAttempt("Home");
     tracker.setSupplicantState(false);
     EXPECT_EQ(timeLeft(), std::nullopt);
@@ -27,7 +27,7 @@ TEST_F(SupplicantGone, EndsAnAttemptSilently) {
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(SupplicantGone, TakesTheBssAlong) {
+TEST_F(SupplicantStopped, StoppedSupplicantClearsTheBss) {
     becomeConnected("Home");
     tracker.setSupplicantState(false);
     tracker.setSupplicantStatus(SupplicantStatus::Connected);
@@ -35,21 +35,21 @@ TEST_F(SupplicantGone, TakesTheBssAlong) {
     EXPECT_EQ(published(), "disconnected '' -100");
 }
 
-TEST_F(SupplicantGone, CountsAsAReportOfADisabledInterface) {
+TEST_F(SupplicantStopped, StoppedSupplicantCountsAsADisabledInterface) {
     becomeConnected("Home");
     tracker.setSupplicantState(false);
     tracker.setCurrentBss(bss("Home"));
     EXPECT_EQ(published(), "disconnected '' -100") << "its status was reset";
 
-    // As a report it is as old as the disappearance: an attempt begun at the same time counts it, and fails
-    // only by its time-out because no link set-up was seen.
+    // This report has the time of the stop. An attempt of the same time counts it, but ends only by its timeout, because
+    // no link set-up was seen.
     tracker.notifyAboutConnectionAttempt("Home");
     EXPECT_EQ(published(), "connectingWifi 'Home' -50");
     clock->advance(2s);
     EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 3000 ms");
 }
 
-TEST_F(SupplicantGone, EndsTheScan) {
+TEST_F(SupplicantStopped, StoppedSupplicantEndsTheScan) {
     tracker.setScanning(true);
     tracker.setSupplicantState(false);
     tracker.notifyAboutConnectionAttempt("Home");
@@ -58,21 +58,21 @@ TEST_F(SupplicantGone, EndsTheScan) {
     EXPECT_EQ(timeLeft(), std::nullopt) << "a new scan is a change";
 }
 
-TEST_F(SupplicantGone, DoesNotTouchWhatNetworkdSaid) {
+TEST_F(SupplicantStopped, StoppedSupplicantKeepsNetworkdsState) {
     becomeConnected("Home");
     tracker.setSupplicantState(false);
     reportSuccess("Home");
     EXPECT_EQ(published(), "connected 'Home' -50");
 }
 
-TEST_F(SupplicantThere, LeavesAFreshRecordWithSignalZero) {
+TEST_F(SupplicantStarted, StartedSupplicantLeavesANewRecordWithSignalZero) {
     tracker.setSupplicantState(false);
     tracker.setSupplicantState(true);
     EXPECT_EQ(published(), "disconnected '' 0");
     EXPECT_EQ(tracker.getConnectionInfo(), ConnectionInfo());
 }
 
-TEST_F(SupplicantThere, ClearsTheDisconnectRecord) {
+TEST_F(SupplicantStarted, StartedSupplicantClearsTheDisconnectRecord) {
     becomeConnected("Home");
     tracker.notifyAboutDisconnect();
     tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
@@ -80,13 +80,13 @@ TEST_F(SupplicantThere, ClearsTheDisconnectRecord) {
     EXPECT_EQ(published(), "disconnected '' 0");
 }
 
-TEST_F(SupplicantThere, KeepsTheFactsSoThatTheStateComesBackWithoutADisconnect) {
+TEST_F(SupplicantStarted, StartedSupplicantKeepsTheFactsOfTheConnection) {
     becomeConnected("Home");
     tracker.setSupplicantState(true);
     EXPECT_EQ(published(), "connected 'Home' -50");
 }
 
-TEST_F(SupplicantThere, KeepsAnAttemptWaiting) {
+TEST_F(SupplicantStarted, StartedSupplicantKeepsTheAttempt) {
     tracker.notifyAboutConnectionAttempt("Home");
     clock->advance(500ms);
     tracker.setSupplicantState(true);
@@ -97,7 +97,7 @@ TEST_F(SupplicantThere, KeepsAnAttemptWaiting) {
     EXPECT_EQ(timeLeft(), std::nullopt);
 }
 
-TEST_F(SupplicantThere, KeepsTheScanRunning) {
+TEST_F(SupplicantStarted, StartedSupplicantKeepsTheScan) {
     tracker.setScanning(true);
     tracker.setSupplicantState(true);
     tracker.notifyAboutConnectionAttempt("Home");

@@ -8,7 +8,7 @@
 namespace kaz::test {
 namespace {
 
-TEST(TimeProviderWallClock, TellsTheTimeOfTheSteadyClock) {
+TEST(TimeProviderWallClock, WallClockReturnsTheSteadyClocksTime) {
     const std::shared_ptr<wifi::TimeProvider> clock = std::make_shared<wifi::TimeProviderWallClock>();
     const auto before = std::chrono::steady_clock::now();
     const auto now = clock->get();

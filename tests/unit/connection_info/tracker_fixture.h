@@ -4,6 +4,7 @@
 #include "connection_info/connection_info_helper.h"
 #include "doubles/fake_clock/fake_clock.h"
 #include "doubles/recording_log/recording_log.h"
+#include "support/printed_values/printed_values.h"
 
 #include <gtest/gtest.h>
 
@@ -29,12 +30,12 @@ class TrackerTest : public ::testing::Test {
   protected:
     static constexpr auto noReportYet = SupplicantStatus{};
 
-    // Brings the tracker into a published state, one second before the present time, with the BSS at -50 dBm.
-    void becomeConnecting(const std::string& ssid);  // the supplicant's doing: there is no attempt
+    // Brings the tracker into this state, then advances the clock by one second. The BSS has -50 dBm.
+    void becomeConnecting(const std::string& ssid);  // by the supplicant, without an attempt
     void becomeConnectingIP(const std::string& ssid);
     void becomeConnected(const std::string& ssid);
 
-    // What the supplicant says when the link to the BSS is up.
+    // The supplicant's reports when the link to the BSS is up.
     void reportSuccess(const std::string& ssid);
 
     std::string published() { return describe(tracker.getConnectionInfo()); }

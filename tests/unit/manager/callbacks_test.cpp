@@ -1,4 +1,4 @@
-// What a callback may do, and what it may not spoil.
+// What a callback may do, and that a failing one disturbs nothing else.
 #include "unit/manager/engine_fixture.h"
 
 #include <algorithm>
@@ -10,7 +10,7 @@ namespace {
 
 using Registration = void (wifi::ManagerImpl::*)(std::function<void()>);
 
-// To be called as a callback, and throws when it is copied once it is armed.
+// A callback whose copy constructor throws while `armed` is set.
 class Uncopyable {
   public:
     explicit Uncopyable(const bool& armed) : armed_(&armed) {}
@@ -42,7 +42,7 @@ class Callback : public EngineTest {
         reportOnline(online_);
         reportLinkUp("Home");
         reportBssList({{"Cafe", online_ ? -50 : -60, SecurityMode::none}});
-        settle();
+        runUntilIdle();
     }
 
     const std::vector<Registration> registrations{
@@ -53,14 +53,14 @@ class Callback : public EngineTest {
     bool online_ = false;
 };
 
-TEST_F(Callback, FiresOnceForEachOfItsChanges) {
+TEST_F(Callback, EveryChangeInvokesItsCallbackOnce) {
     changeEverything();
     EXPECT_EQ(takeCallbacks(), (Callbacks{1, 1, 1, 1}));
     changeEverything();
     EXPECT_EQ(takeCallbacks(), (Callbacks{1, 1, 1, 1}));
 }
 
-TEST_F(Callback, MayCallEveryGetterWithoutADeadlock) {
+TEST_F(Callback, CallbackMayCallEveryGetter) {
     int calls = 0;
     const auto callEverything = [&] {
         static_cast<void>(engine->networks());
@@ -77,9 +77,9 @@ TEST_F(Callback, MayCallEveryGetterWithoutADeadlock) {
     EXPECT_EQ(calls, 4);
 }
 
-TEST_F(Callback, MayMakeEveryRequest) {
+TEST_F(Callback, CallbackMayMakeEveryRequest) {
     for (const Registration on : registrations) {
-        // Once, because requests change the connection, which calls back.
+        // Only once, because the requests change the connection, which invokes the callback again.
         (*engine.*on)([this, on] {
             (*engine.*on)(nullptr);
             engine->scan();
@@ -91,12 +91,12 @@ TEST_F(Callback, MayMakeEveryRequest) {
         });
     }
     changeEverything();
-    settle();
+    runUntilIdle();
     const Calls calls = takeCalls();
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "scanSync"), 4) << "each request was served";
 }
 
-TEST_F(Callback, IsInvokedWithoutTheLockAndSoAreAllCallsOfTheCommunicator) {
+TEST_F(Callback, NoLockIsHeldDuringCallbacksAndCommunicatorCalls) {
     stack->configure("Home");
     int calls = 0;
     stack->onCall = [&](const std::string& /*call*/) {
@@ -106,16 +106,16 @@ TEST_F(Callback, IsInvokedWithoutTheLockAndSoAreAllCallsOfTheCommunicator) {
     };
     changeEverything();
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    settle();
+    runUntilIdle();
     reportLinkUp("Home");
-    settle();
-    supplicantComes();
-    supplicantGoes();
+    runUntilIdle();
+    attachSupplicant();
+    detachSupplicant();
     communicator->expireTimer();
     EXPECT_GT(calls, 10);
 }
 
-TEST_F(Callback, ReplacedFromInsideItselfFinishesAndIsNotCalledAgain) {
+TEST_F(Callback, CallbackThatReplacesItselfFinishesAndIsNotInvokedAgain) {
     for (const Registration on : registrations) {
         int former = 0;
         int latter = 0;
@@ -128,7 +128,7 @@ TEST_F(Callback, ReplacedFromInsideItselfFinishesAndIsNotCalledAgain) {
         changeEverything();
         EXPECT_EQ(former, 1);
         EXPECT_EQ(latter, 0);
-        EXPECT_EQ(alive.use_count(), 1) << "and gave it back afterwards";
+        EXPECT_EQ(alive.use_count(), 1) << "and released it afterwards";
         changeEverything();
         EXPECT_EQ(former, 1);
         EXPECT_EQ(latter, 1);
@@ -136,7 +136,7 @@ TEST_F(Callback, ReplacedFromInsideItselfFinishesAndIsNotCalledAgain) {
     }
 }
 
-TEST_F(Callback, IsSwitchedOffByAnEmptyFunction) {
+TEST_F(Callback, EmptyFunctionSwitchesCallbackOff) {
     for (const Registration on : registrations) {
         (*engine.*on)(nullptr);
     }
@@ -144,7 +144,7 @@ TEST_F(Callback, IsSwitchedOffByAnEmptyFunction) {
     EXPECT_EQ(takeCallbacks(), Callbacks{});
 }
 
-TEST_F(Callback, ReplacedByAnotherIsDestroyedAtOnce) {
+TEST_F(Callback, ReplacedCallbackIsDestroyedAtOnce) {
     for (const Registration on : registrations) {
         const auto captured = std::make_shared<int>(7);
         (*engine.*on)([captured] {});
@@ -154,14 +154,14 @@ TEST_F(Callback, ReplacedByAnotherIsDestroyedAtOnce) {
     }
 }
 
-TEST_F(Callback, ThatThrowsIsLoggedAndSpoilsNothing) {
+TEST_F(Callback, ThrowingCallbackIsLoggedAndPublicationContinues) {
     for (const Registration on : registrations) {
         (*engine.*on)([] { throw std::runtime_error("no luck"); });
     }
     stack->configure("Home");
     communicator->networkSelectedHandler("Home");
     reportBssList({{"Home", -50, SecurityMode::none}, {"Cafe", -60, SecurityMode::none}});
-    settle();
+    runUntilIdle();
     EXPECT_EQ(log.texts(spdlog::level::err),
               (std::vector<std::string>{"A callback threw an exception: no luck",
                                         "A callback threw an exception: no luck"}));
@@ -169,25 +169,25 @@ TEST_F(Callback, ThatThrowsIsLoggedAndSpoilsNothing) {
     takeCalls();
     reportScanning(true);
     reportLinkUp("Home");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=connectingIP, ssid="Home", signal=-50)");
     EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 2)",
                                   "saveNetworkConfigurationSync"}));
     engine->setEnabled(false);
     takeCalls();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{"startStopSupplicantSync(false)"});
     EXPECT_EQ(log.texts(spdlog::level::err).size(), 5U);
 }
 
-TEST_F(Callback, ThatThrowsSomethingElseIsLoggedToo) {
+TEST_F(Callback, CallbackThatThrowsNoStdExceptionIsLogged) {
     engine->onScanningChanged([] { throw 42; });
     reportScanning(true);
     EXPECT_EQ(log.records(),
               (RecordingLog::Records{{spdlog::level::err, "A callback threw an exception of unknown type"}}));
 }
 
-TEST_F(Callback, ThatCannotBeCopiedIsLoggedAndSpoilsNothing) {
+TEST_F(Callback, CallbackWithThrowingCopyIsLoggedAndPublicationContinues) {
     bool armed = false;
     for (const Registration on : registrations) {
         (*engine.*on)(Uncopyable(armed));
@@ -201,7 +201,7 @@ TEST_F(Callback, ThatCannotBeCopiedIsLoggedAndSpoilsNothing) {
     everything.currentBss = {"Home", -50, SecurityMode::none};
     everything.status = SupplicantStatus::Connected;
     report(everything);
-    settle();
+    runUntilIdle();
     EXPECT_TRUE(engine->isScanning());
     EXPECT_EQ(state(), R"(status=connectingIP, ssid="Home", signal=-50)");
     EXPECT_EQ(engine->networks(), (std::vector<WifiNetwork>{{"Cafe", -60, SecurityMode::none, false}}));
@@ -209,7 +209,7 @@ TEST_F(Callback, ThatCannotBeCopiedIsLoggedAndSpoilsNothing) {
               std::vector<std::string>(3, "A callback threw an exception: no copy"));
 }
 
-TEST_F(Callback, ThatThrowsWhileATaskPublishesDoesNotStopTheTask) {
+TEST_F(Callback, TaskContinuesAfterAThrowingCallback) {
     engine->onConnectionInfoChanged([] { throw std::runtime_error("no luck"); });
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
     takeCalls();

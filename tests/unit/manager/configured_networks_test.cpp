@@ -1,4 +1,4 @@
-// EAP methods, and what success and failure of a connection do to the supplicant's configuration.
+// EAP methods, and how success and failure of a connection change the supplicant's configuration.
 #include "unit/manager/engine_fixture.h"
 
 #include <array>
@@ -16,7 +16,7 @@ class Success : public EngineTest {};
 class Reenabling : public EngineTest {};
 class PostponedSave : public EngineTest {};
 
-TEST_F(EapMethods, AreTheCandidatesThatTheSupplicantOffers) {
+TEST_F(EapMethods, EapMethodsAreTheOfferedCandidates) {
     struct Row {
         Methods offered;
         Methods usable;
@@ -32,45 +32,45 @@ TEST_F(EapMethods, AreTheCandidatesThatTheSupplicantOffers) {
     start();
     for (const Row& row : rows) {
         stack->eapMethods = row.offered;
-        supplicantComes();
+        attachSupplicant();
         EXPECT_EQ(engine->eapMethods(), row.usable) << ::testing::PrintToString(row.offered);
     }
 }
 
-TEST_F(EapMethods, AreEmptyBeforeTheSupplicantComesAndWhenItDoesNotSay) {
+TEST_F(EapMethods, EapMethodsAreEmptyUntilTheSupplicantNamesThem) {
     stack->eapMethods = {"PEAP"};
     start();
     EXPECT_EQ(engine->eapMethods(), Methods{});
     stack->failing = {"eapMethodsSync"};
-    supplicantComes();
+    attachSupplicant();
     EXPECT_EQ(engine->eapMethods(), Methods{});
 }
 
-TEST_F(EapMethods, AreReplacedWithoutACallbackOfTheirOwn) {
+TEST_F(EapMethods, NewEapMethodsInvokeNoCallback) {
     startWithSupplicant();
     stack->eapMethods = {"TTLS"};
-    supplicantComes();
+    attachSupplicant();
     EXPECT_EQ(engine->eapMethods(), Methods{"TTLS"});
     EXPECT_EQ(takeCallbacks(), Callbacks{});
 }
 
-TEST_F(EapMethods, OfPhase2AreTheSameFourWhetherOrNotTheSupplicantRuns) {
+TEST_F(EapMethods, Phase2MethodsAreFixed) {
     const Methods four{"GTC", "MSCHAP", "MSCHAPV2", "PAP"};
     start();
     EXPECT_EQ(engine->phase2Methods(), four);
-    supplicantComes();
+    attachSupplicant();
     EXPECT_EQ(engine->phase2Methods(), four);
-    supplicantGoes();
+    detachSupplicant();
     EXPECT_EQ(engine->phase2Methods(), four);
     EXPECT_EQ(log.records().size(), 0U);
 }
 
-TEST_F(Success, IsNotCountedForTheFirstChangeAfterTheStart) {
+TEST_F(Success, FirstChangeAfterTheStartSetsNoPriorities) {
     stack->configure("Home");
     startWithSupplicant();
     reportOnline(true);
     reportLinkUp("Home");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=connected, ssid="Home", signal=-50)");
     EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
     EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(true, 60000)"}) << "no priorities, nothing to save";
@@ -78,14 +78,14 @@ TEST_F(Success, IsNotCountedForTheFirstChangeAfterTheStart) {
               (GaugeReports{{"quarn.wifi.connected", 1.0}, {"quarn.wifi.signal-strength-dbm", -50.0}}));
 }
 
-TEST_F(Success, GivesTheNetworkPriorityTwoAndAllOthersOneAndSaves) {
+TEST_F(Success, ConnectedNetworkGetsPriority2AndAllOthers1) {
     stack->configure("Cafe");
     stack->configure("Home");
     stack->configure(std::nullopt);
     stack->configure("Home");
     startWithSupplicant();
     communicator->networkSelectedHandler("Home");
-    settle();
+    runUntilIdle();
     forget();
     reportLinkUp("Home");
     communicator->runIdlePass();
@@ -101,24 +101,24 @@ TEST_F(Success, GivesTheNetworkPriorityTwoAndAllOthersOneAndSaves) {
             priority}));
 }
 
-TEST_F(Success, IsNotRepeatedWhenTheAddressIsThere) {
+TEST_F(Success, SuccessIsNotRepeatedWhenTheLinkGetsItsAddress) {
     startWithSupplicant();
     communicator->networkSelectedHandler("Home");
-    settle();
+    runUntilIdle();
     reportLinkUp("Home");
-    settle();
+    runUntilIdle();
     forget();
     reportOnline(true);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=connected, ssid="Home", signal=-50)");
     EXPECT_EQ(takeCalls(), Calls{});
     reportOnline(false);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{});
     EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 2});
 }
 
-TEST_F(Success, OnAnotherNetworkMovesThePriority) {
+TEST_F(Success, SwitchingNetworksMovesThePriority) {
     stack->configure("A");
     stack->configure("B");
     startWithSupplicant();
@@ -135,159 +135,159 @@ TEST_F(Success, OnAnotherNetworkMovesThePriority) {
     EXPECT_EQ(stack->networks, (std::vector<Stored>{{1, "A", true, 1}, {2, "B", true, 2}}));
 }
 
-TEST_F(Success, IsCountedWhenTheNetworkChangesWithoutAnAttempt) {
+TEST_F(Success, RoamingToAnotherNetworkMovesThePriority) {
     stack->configure("A");
     stack->configure("B");
     startWithSupplicant();
     becomeConnected("A");
     reportBss("B");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=connected, ssid="B", signal=-50)");
     EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 1)",
                                   "setPrioritySync(2, 2)", "saveNetworkConfigurationSync"}));
 }
 
-TEST_F(Success, SavesEvenWithoutAListing) {
+TEST_F(Success, SuccessSavesEvenWhenTheListingFails) {
     stack->configure("Home");
     startWithSupplicant();
     communicator->networkSelectedHandler("Home");
-    settle();
+    runUntilIdle();
     forget();
     stack->failing = {"getAllConfiguredNetworksSync"};
     reportLinkUp("Home");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync fails", "saveNetworkConfigurationSync"}));
 }
 
-TEST_F(Success, CarriesOnWhenAPriorityCannotBeSet) {
+TEST_F(Success, FailedPriorityDoesNotStopTheOthers) {
     stack->configure("Home");
     stack->configure("Cafe");
     startWithSupplicant();
     communicator->networkSelectedHandler("Home");
-    settle();
+    runUntilIdle();
     forget();
     stack->failing = {"setPrioritySync"};
     reportLinkUp("Home");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 2) fails",
                                   "setPrioritySync(2, 1) fails", "saveNetworkConfigurationSync"}));
 }
 
-TEST_F(Reenabling, FollowsTheSuccessOfAConnect) {
+TEST_F(Reenabling, SuccessfulConnectEnablesAllNetworksOnce) {
     stack->configure("Cafe");
     startWithSupplicant();
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(stack->networks, (std::vector<Stored>{{1, "Cafe", false, 0}, {2, "Home", true, 0}}));
     reportLinkUp("Home");
     takeCalls();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(),
               (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 1)", "setPrioritySync(2, 2)",
                      "getAllConfiguredNetworksSync", "setEnabledSync(1, true)", "setEnabledSync(2, true)",
                      "saveNetworkConfigurationSync"}));
     EXPECT_EQ(stack->networks, (std::vector<Stored>{{1, "Cafe", true, 1}, {2, "Home", true, 2}}));
-    settle();
+    runUntilIdle();
     reportOnline(true);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{}) << "once";
 }
 
-TEST_F(Reenabling, FollowsTheFailureOfAConnect) {
+TEST_F(Reenabling, FailedConnectEnablesAllNetworks) {
     stack->configure("Cafe");
     startWithSupplicant();
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    settle();
+    runUntilIdle();
     reportStatus(SupplicantStatus::Connecting);
-    settle();
+    runUntilIdle();
     takeCalls();
     reportStatus(SupplicantStatus::Disconnected);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=disconnected, disconnectReason=causedBySystem, disconnectssid="Home")");
     EXPECT_EQ(takeCalls(),
               (Calls{"configureTimerSync(false, 60000)", "getAllConfiguredNetworksSync",
                      "setEnabledSync(1, true)", "setEnabledSync(2, true)", "saveNetworkConfigurationSync"}));
 }
 
-TEST_F(Reenabling, FollowsTheTimeOutOfAConnect) {
+TEST_F(Reenabling, TimedOutConnectEnablesAllNetworks) {
     startWithSupplicant();
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    settle();
+    runUntilIdle();
     clock->advance(2s);
     takeCalls();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(false, 60000)", "getAllConfiguredNetworksSync",
                                   "setEnabledSync(1, true)", "saveNetworkConfigurationSync"}));
 }
 
-TEST_F(Reenabling, FollowsADisconnectDuringAConnect) {
+TEST_F(Reenabling, DisconnectDuringAConnectEnablesAllNetworks) {
     startWithSupplicant();
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    settle();
+    runUntilIdle();
     engine->disconnect();
     takeCalls();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(),
               (Calls{"configureTimerSync(false, 60000)", "getAllConfiguredNetworksSync",
                      "setEnabledSync(1, true)", "disconnectSync", "saveNetworkConfigurationSync"}));
 }
 
-TEST_F(Reenabling, CarriesOnWhenANetworkCannotBeEnabledAndIsNotTriedAgain) {
+TEST_F(Reenabling, FailedEnablingContinuesAndIsNotRetried) {
     stack->configure("Cafe");
     startWithSupplicant();
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    settle();
+    runUntilIdle();
     stack->failing = {"setEnabledSync"};
     clock->advance(2s);
     takeCalls();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(false, 60000)", "getAllConfiguredNetworksSync",
                                   "setEnabledSync(1, true) fails", "setEnabledSync(2, true) fails",
                                   "saveNetworkConfigurationSync"}));
     reportStatus(SupplicantStatus::Connecting);
     reportBss("Cafe");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(true, 60000)"});
 }
 
-TEST_F(Reenabling, WaitsWhileTheLinkIsStillSetUp) {
+TEST_F(Reenabling, NothingIsEnabledOrSavedDuringLinkSetUp) {
     startWithSupplicant();
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    settle();
+    runUntilIdle();
     takeCalls();
     reportBss("Home", -70);
     reportStatus(SupplicantStatus::Connecting);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=connectingWifi, ssid="Home", signal=-70)");
     EXPECT_EQ(takeCalls(), Calls{}) << "nothing is enabled, nothing is saved";
 }
 
-TEST_F(PostponedSave, WaitsUntilTheOtherNetworksAreEnabledAgain) {
+TEST_F(PostponedSave, SaveWaitsUntilTheOtherNetworksAreEnabled) {
     stack->configure("Cafe");
     startWithSupplicant();
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    settle();
+    runUntilIdle();
     engine->forgetNetwork("Cafe");
     takeCalls();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(),
               (Calls{"getAllConfiguredNetworksSync", "removeSync(1)", "getAllConfiguredNetworksSync"}));
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{});
     reportLinkUp("Home");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(),
               (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(2, 2)", "getAllConfiguredNetworksSync",
                      "setEnabledSync(2, true)", "saveNetworkConfigurationSync"}));
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{});
 }
 
-TEST_F(PostponedSave, IsMadeAtTheEndOnceTheOthersAreEnabledAgain) {
+TEST_F(PostponedSave, EngineEndDuringAConnectEnablesAllNetworksAndSaves) {
     stack->configure("Cafe");
     startWithSupplicant();
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    settle();
+    runUntilIdle();
     takeCalls();
     engine.reset();
     EXPECT_EQ(takeCalls(),
@@ -295,25 +295,25 @@ TEST_F(PostponedSave, IsMadeAtTheEndOnceTheOthersAreEnabledAgain) {
                      "setEnabledSync(1, true)", "setEnabledSync(2, true)", "saveNetworkConfigurationSync"}));
 }
 
-TEST_F(PostponedSave, IsNotNeededWhenNothingCouldBeSelected) {
+TEST_F(PostponedSave, SaveDoesNotWaitAfterAFailedSelection) {
     startWithSupplicant();
     stack->failing = {"selectSync"};
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
     engine->forgetNetwork("Cafe");
     communicator->runTasks();
     takeCalls();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{"saveNetworkConfigurationSync"});
 }
 
-TEST_F(PostponedSave, OfAConnectFromTheVeryFirstChangeComesWithTheSecond) {
+TEST_F(PostponedSave, ConnectAtTheStartSavesWithTheSecondChange) {
     startWithSupplicant();
-    // The first change publishes the attempt, so the second may do what a success asks for.
+    // The first change publishes the attempt, so the second counts as a success.
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
     communicator->runTasks();
     reportLinkUp("Home");
     takeCalls();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(),
               (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 2)", "getAllConfiguredNetworksSync",
                      "setEnabledSync(1, true)", "saveNetworkConfigurationSync"}));

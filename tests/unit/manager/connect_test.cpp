@@ -27,14 +27,14 @@ class ConnectConfigured : public EngineTest {
     }
 };
 
-TEST_F(Connect, AddsSelectsAndListsInThisOrder) {
+TEST_F(Connect, ConnectAddsThenSelectsThenLists) {
     connect(settingsFor("Home"));
     EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home)", "selectSync(1)",
                                   "getAllConfiguredNetworksSync", "getAllConfiguredNetworksSync"}));
     EXPECT_EQ(stack->networks, (std::vector<Stored>{{1, "Home", true, 0}}));
 }
 
-TEST_F(Connect, RemovesOlderConfigurationsOfTheSameNetworkOnceTheNewOneIsSelected) {
+TEST_F(Connect, ConnectRemovesOlderConfigurationsAfterTheSelection) {
     stack->configure("Home");
     stack->configure("Cafe");
     stack->configure("Home");
@@ -50,7 +50,7 @@ TEST_F(Connect, RemovesOlderConfigurationsOfTheSameNetworkOnceTheNewOneIsSelecte
                                                     {6, "Home", true, 0}}));
 }
 
-TEST_F(Connect, TwiceToTheSameNetworkLeavesOneConfiguration) {
+TEST_F(Connect, TwoConnectsToOneNetworkLeaveOneConfiguration) {
     connect(settingsFor("Home"));
     takeCalls();
     connect(settingsFor("Home", SecurityMode::sae));
@@ -59,7 +59,7 @@ TEST_F(Connect, TwiceToTheSameNetworkLeavesOneConfiguration) {
     EXPECT_EQ(stack->networks, (std::vector<Stored>{{2, "Home", true, 0}}));
 }
 
-TEST_F(Connect, CarriesOnWhenAnOlderConfigurationCannotBeRemoved) {
+TEST_F(Connect, FailedRemovalDoesNotStopTheConnect) {
     stack->configure("Home");
     stack->configure("Home");
     stack->failing = {"removeSync"};
@@ -69,7 +69,7 @@ TEST_F(Connect, CarriesOnWhenAnOlderConfigurationCannotBeRemoved) {
                                   "removeSync(2) fails", "getAllConfiguredNetworksSync"}));
 }
 
-TEST_F(Connect, IsPublishedBeforeTheSupplicantIsTouched) {
+TEST_F(Connect, ConnectIsPublishedBeforeTheSupplicantIsCalled) {
     std::string published;
     stack->onCall = [&](const std::string& call) {
         if (call == "addNetworkSync(Home)") {
@@ -81,7 +81,7 @@ TEST_F(Connect, IsPublishedBeforeTheSupplicantIsTouched) {
     EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
 }
 
-TEST_F(Connect, HandsOnACopyOfAllSettings) {
+TEST_F(Connect, ConnectPassesACopyOfAllSettings) {
     ConnectionSettings settings{"Home",     SecurityMode::enterprise, true, "password", "identity", "", "PAP",
                                 "anonymous"};
     ConnectionSettings seen;
@@ -99,7 +99,7 @@ TEST_F(Connect, HandsOnACopyOfAllSettings) {
     EXPECT_EQ(seen.anonymousIdentity, "anonymous");
 }
 
-TEST_F(Connect, IsLoggedBeforeAndAfterAdding) {
+TEST_F(Connect, ConnectIsLoggedBeforeAndAfterAdding) {
     connect(settingsFor("Home"));
     EXPECT_EQ(log.records(),
               (RecordingLog::Records{
@@ -108,7 +108,7 @@ TEST_F(Connect, IsLoggedBeforeAndAfterAdding) {
                   {spdlog::level::info, R"(Connecting to ssid="Home")"}}));
 }
 
-TEST_F(Connect, ToAHiddenNetworkLogsThatToo) {
+TEST_F(Connect, ConnectToAHiddenNetworkIsLogged) {
     ConnectionSettings settings = settingsFor("Home");
     settings.hidden = true;
     connect(settings);
@@ -120,7 +120,7 @@ TEST_F(Connect, ToAHiddenNetworkLogsThatToo) {
                   {spdlog::level::info, R"(Connecting to ssid="Home")"}}));
 }
 
-TEST_F(Connect, LogsNamesInRedactableFormAndNoSecretAtAll) {
+TEST_F(Connect, ConnectLogsRedactableSsidsAndNoSecrets) {
     ConnectionSettings settings{std::string("a\"b\\\0\xff", 6),
                                 SecurityMode::enterprise,
                                 true,
@@ -133,7 +133,7 @@ TEST_F(Connect, LogsNamesInRedactableFormAndNoSecretAtAll) {
     communicator->networkSelectedHandler(settings.ssid);
     engine->connectConfigured(settings.ssid);
     engine->forgetNetwork(settings.ssid);
-    settle();
+    runUntilIdle();
     EXPECT_FALSE(log.records().empty());
     const std::string redactable("ssid=\"a\\\"b\\\\\0\xff\"", 15);
     for (const std::string& text : log.texts()) {
@@ -146,18 +146,18 @@ TEST_F(Connect, LogsNamesInRedactableFormAndNoSecretAtAll) {
     }
 }
 
-TEST_F(Connect, ThatCannotBeAddedStopsAndIsGivenUpByItsTimeOut) {
+TEST_F(Connect, FailedAdditionEndsTheConnectByItsTimeout) {
     stack->failing = {"addNetworkSync"};
     connect(settingsFor("Home"));
     EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home) fails"}));
-    EXPECT_EQ(settle(), 2000ms);
+    EXPECT_EQ(runUntilIdle(), 2000ms);
     clock->advance(2s);
-    EXPECT_EQ(settle(), std::nullopt);
+    EXPECT_EQ(runUntilIdle(), std::nullopt);
     EXPECT_EQ(state(), R"(status=disconnected, disconnectReason=causedBySystem, disconnectssid="Home")");
     EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(false, 60000)"});
 }
 
-TEST_F(Connect, ThatCannotBeSelectedKeepsTheOthersAndTheirStates) {
+TEST_F(Connect, FailedSelectionKeepsTheOtherConfigurations) {
     stack->configure("Home");
     stack->failing = {"selectSync"};
     connect(settingsFor("Home"));
@@ -166,28 +166,28 @@ TEST_F(Connect, ThatCannotBeSelectedKeepsTheOthersAndTheirStates) {
         << "the only listing is that of the configured names";
     EXPECT_EQ(stack->networks.size(), 2U);
     clock->advance(2s);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(false, 60000)"}) << "there is nothing to enable again";
 }
 
-TEST_F(Connect, MarksTheNetworkAsConfigured) {
+TEST_F(Connect, ConnectMarksTheNetworkAsConfigured) {
     reportBssList({{"Home", -50, SecurityMode::rsnPsk}});
     connect(settingsFor("Home"));
     engine->disconnect();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(engine->networks(), (std::vector<WifiNetwork>{{"Home", -50, SecurityMode::rsnPsk, true}}));
 }
 
-TEST_F(Connect, EndsAnExistingConnectionAsTheUsersDoing) {
+TEST_F(Connect, ConnectEndsTheFormerConnectionByUser) {
     becomeConnected("Old");
     connect(settingsFor("Home"));
     EXPECT_EQ(state(), R"(status=connectingWifi, ssid="Home")");
     EXPECT_EQ(engine->connectionInfo().disconnectReason, ConnectionInfo::DisconnectReason::causedByUser);
     EXPECT_EQ(engine->connectionInfo().disconnectSsid, "Old");
-    EXPECT_EQ(takeCalls().front(), "addNetworkSync(Home)") << "the timer runs on";
+    EXPECT_EQ(takeCalls().front(), "addNetworkSync(Home)") << "the timer keeps running";
 }
 
-TEST_F(ConnectConfigured, SelectsTheFirstOfTwoConfigurationsAndRemovesTheOther) {
+TEST_F(ConnectConfigured, ConnectConfiguredSelectsTheFirstConfigurationAndRemovesTheOther) {
     stack->configure(std::nullopt);
     stack->configure("Cafe");
     stack->configure("Home");
@@ -201,7 +201,7 @@ TEST_F(ConnectConfigured, SelectsTheFirstOfTwoConfigurationsAndRemovesTheOther) 
         (std::vector<Stored>{{1, std::nullopt, false, 0}, {2, "Cafe", false, 0}, {3, "Home", true, 0}}));
 }
 
-TEST_F(ConnectConfigured, IsLogged) {
+TEST_F(ConnectConfigured, ConnectConfiguredIsLogged) {
     stack->configure("Home");
     startWithSupplicant();
     connect("Home");
@@ -212,7 +212,7 @@ TEST_F(ConnectConfigured, IsLogged) {
                   {spdlog::level::info, R"(Connecting to ssid="Home")"}}));
 }
 
-TEST_F(ConnectConfigured, IsPublishedBeforeTheSupplicantIsTouched) {
+TEST_F(ConnectConfigured, ConnectConfiguredIsPublishedBeforeTheSupplicantIsCalled) {
     stack->configure("Home");
     startWithSupplicant();
     std::string published;
@@ -225,7 +225,7 @@ TEST_F(ConnectConfigured, IsPublishedBeforeTheSupplicantIsTouched) {
     EXPECT_EQ(published, R"(status=connectingWifi, ssid="Home")");
 }
 
-TEST_F(ConnectConfigured, ThatCannotBeSelectedStopsThere) {
+TEST_F(ConnectConfigured, FailedSelectionEndsTheConnectConfigured) {
     stack->configure("Home");
     stack->configure("Home");
     stack->failing = {"selectSync"};
@@ -236,7 +236,7 @@ TEST_F(ConnectConfigured, ThatCannotBeSelectedStopsThere) {
         << "the second configuration is not tried";
 }
 
-TEST_F(ConnectConfigured, OfAnUnknownNetworkWarnsAndIsPublishedUntilItsTimeOut) {
+TEST_F(ConnectConfigured, UnknownNetworkWarnsAndIsPublishedUntilTheTimeout) {
     stack->configure("Cafe");
     stack->configure(std::nullopt);
     startWithSupplicant();
@@ -247,37 +247,37 @@ TEST_F(ConnectConfigured, OfAnUnknownNetworkWarnsAndIsPublishedUntilItsTimeOut) 
         (LogRecord{spdlog::level::warn,
                    R"(Tried connecting to configured network, but it isn't known to us. ssid="Home")"}));
     EXPECT_EQ(state(), R"(status=connectingWifi, ssid="Home")");
-    EXPECT_EQ(settle(), 2000ms);
+    EXPECT_EQ(runUntilIdle(), 2000ms);
     clock->advance(2s);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=disconnected, disconnectReason=causedBySystem, disconnectssid="Home")");
 }
 
-TEST_F(ConnectConfigured, OfAnUnknownNetworkEndsOnTheConnectionThatThereWas) {
+TEST_F(ConnectConfigured, UnknownNetworkEndsOnTheFormerConnection) {
     stack->configure("Home");
     startWithSupplicant();
     becomeConnected("Home");
     engine->connectConfigured("Nowhere");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=connectingWifi, ssid="Nowhere")");
     clock->advance(2s);
     forget();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=connected, ssid="Home", signal=-50)");
     EXPECT_EQ(engine->connectionInfo().disconnectSsid, "Nowhere");
     EXPECT_EQ(engine->connectionInfo().disconnectReason, ConnectionInfo::DisconnectReason::causedBySystem);
-    // The record went up from an attempt to a connection, which is what a success looks like.
+    // A change from an attempt to a connection counts as a success.
     EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 2)",
                                   "saveNetworkConfigurationSync"}));
     EXPECT_EQ(takeGaugeReports(), (GaugeReports{{"quarn.wifi.connected", 1.0},
                                                 {"quarn.wifi.signal-strength-dbm", -50.0},
                                                 {"quarn.wifi.connection-attempt.success", 1.0},
                                                 {"quarn.wifi.connection-attempt.total", 1.0}}));
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{});
 }
 
-TEST_F(ConnectConfigured, WithoutAListingIsAnUnknownNetwork) {
+TEST_F(ConnectConfigured, FailedListingMakesTheNetworkUnknown) {
     stack->configure("Home");
     startWithSupplicant();
     stack->failing = {"getAllConfiguredNetworksSync"};
@@ -286,7 +286,7 @@ TEST_F(ConnectConfigured, WithoutAListingIsAnUnknownNetwork) {
     EXPECT_EQ(log.texts(spdlog::level::warn).size(), 1U);
 }
 
-TEST_F(ConnectConfigured, PostsWithoutAnyCheck) {
+TEST_F(ConnectConfigured, ConnectConfiguredPostsItsTaskForAnySsid) {
     startWithSupplicant();
     engine->connectConfigured("");
     engine->connectConfigured(std::string(100, 'x'));

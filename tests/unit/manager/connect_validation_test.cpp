@@ -52,7 +52,7 @@ void addSsids(std::vector<Row>& rows) {
         {"SSID of 17 characters in 34 bytes", settingsFor(accented, none), ConnectResult::ssidTooLong});
 }
 
-// What is checked first decides.
+// The first broken rule decides.
 void addPrecedence(std::vector<Row>& rows) {
     const std::string longSsid(33, 'x');
     const auto mode = SecurityMode::unsupported;
@@ -99,7 +99,7 @@ void addPasswords(std::vector<Row>& rows) {
         lengths.push_back(length);
     }
     for (const Length& row : lengths) {
-        rows.push_back({"mode " + std::to_string(static_cast<int>(row.mode)) + " with a password of " +
+        rows.push_back({"mode " + ::testing::PrintToString(row.mode) + " with a password of " +
                             std::to_string(row.length) + " bytes",
                         withPassword(row.mode, row.length), row.verdict});
     }
@@ -110,7 +110,7 @@ void addMethods(std::vector<Row>& rows) {
     const auto badEap = ConnectResult::eapMethodUnsupported;
     const auto badPhase2 = ConnectResult::phase2MethodUnsupported;
     for (const auto mode : {SecurityMode::enterprise, SecurityMode::enterpriseVariant}) {
-        const std::string name = "mode " + std::to_string(static_cast<int>(mode)) + " with ";
+        const std::string name = "mode " + ::testing::PrintToString(mode) + " with ";
         rows.push_back({name + "no method at all", withMethods(mode, "", ""), ok});
         rows.push_back({name + "PEAP", withMethods(mode, "PEAP", ""), ok});
         rows.push_back({name + "PEAP and MSCHAPV2", withMethods(mode, "PEAP", "MSCHAPV2"), ok});
@@ -149,7 +149,7 @@ std::vector<Row> allRows() {
     return rows;
 }
 
-TEST(ConnectValidation, GivesTheVerdictOfTheFirstRuleThatIsBroken) {
+TEST(ConnectValidation, FirstBrokenRuleDecidesTheVerdict) {
     for (const Row& row : allRows()) {
         EXPECT_EQ(wifi::validateConnectionSettings(row.settings, {"PEAP", "MSCHAPV2"},
                                                    {"GTC", "MSCHAP", "MSCHAPV2", "PAP"}),
@@ -158,7 +158,7 @@ TEST(ConnectValidation, GivesTheVerdictOfTheFirstRuleThatIsBroken) {
     }
 }
 
-TEST(ConnectValidation, HasFixedNumbersForItsVerdicts) {
+TEST(ConnectValidation, VerdictsHaveFixedNumbers) {
     const std::vector<ConnectResult> inOrder{
         ConnectResult::ok,
         ConnectResult::ssidEmpty,
@@ -177,7 +177,7 @@ TEST(ConnectValidation, HasFixedNumbersForItsVerdicts) {
 
 class ConnectRequest : public EngineTest {};
 
-TEST_F(ConnectRequest, PostsItsTaskOnlyWhenAcceptedAndChangesNothingWhenRefused) {
+TEST_F(ConnectRequest, RefusedConnectPostsNothingAndChangesNothing) {
     stack->eapMethods = {"PEAP", "MSCHAPV2", "TLS"};
     startWithSupplicant();
     for (const Row& row : allRows()) {
@@ -188,17 +188,17 @@ TEST_F(ConnectRequest, PostsItsTaskOnlyWhenAcceptedAndChangesNothingWhenRefused)
         EXPECT_TRUE(log.records().empty()) << row.what;
         communicator->dropTasks();
     }
-    EXPECT_EQ(settle(), std::nullopt) << "no attempt was begun";
+    EXPECT_EQ(runUntilIdle(), std::nullopt) << "no attempt was begun";
     EXPECT_EQ(takeCallbacks(), Callbacks{});
 }
 
-TEST_F(ConnectRequest, WithAnyEapMethodIsRefusedUntilTheSupplicantWasThere) {
+TEST_F(ConnectRequest, EapMethodIsRefusedUntilTheSupplicantIsAttached) {
     stack->eapMethods = {"PEAP"};
     start();
     EXPECT_EQ(engine->connect(withMethods(SecurityMode::enterprise, "PEAP", "")),
               ConnectResult::eapMethodUnsupported);
     EXPECT_EQ(engine->connect(withMethods(SecurityMode::enterprise, "", "PAP")), ConnectResult::ok);
-    supplicantComes();
+    attachSupplicant();
     EXPECT_EQ(engine->connect(withMethods(SecurityMode::enterprise, "PEAP", "")), ConnectResult::ok);
 }
 

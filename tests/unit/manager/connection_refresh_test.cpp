@@ -16,7 +16,7 @@ class SignalPoll : public EngineTest {
     SignalPoll() { startWithSupplicant(); }
 };
 
-TEST_F(ConnectionRefresh, HappensInTheIdlePass) {
+TEST_F(ConnectionRefresh, ReportIsPublishedByTheNextIdlePass) {
     reportLinkUp("Home");
     EXPECT_EQ(engine->connectionInfo(), ConnectionInfo());
     EXPECT_EQ(takeCallbacks(), Callbacks{});
@@ -25,35 +25,35 @@ TEST_F(ConnectionRefresh, HappensInTheIdlePass) {
     EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
 }
 
-TEST_F(ConnectionRefresh, CollectsABurstOfReportsInOneCallback) {
+TEST_F(ConnectionRefresh, BurstOfReportsInvokesOneCallback) {
     for (int i = 0; i < 10; ++i) {
         reportLinkUp("Home");
         reportStatus(SupplicantStatus::Connecting);
         reportOnline(i % 2 == 0);
     }
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
 }
 
-TEST_F(ConnectionRefresh, PublishesBeforeItsCallback) {
+TEST_F(ConnectionRefresh, CallbackSeesTheNewConnectionInfo) {
     ConnectionInfo seen;
     engine->onConnectionInfoChanged([&] { seen = engine->connectionInfo(); });
     reportLinkUp("Home");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(seen.ssid, "Home");
     EXPECT_EQ(seen, engine->connectionInfo());
 }
 
-TEST_F(ConnectionRefresh, IsLogged) {
+TEST_F(ConnectionRefresh, NewConnectionInfoIsLogged) {
     reportLinkUp("Home");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(
         log.records(),
         (RecordingLog::Records{{spdlog::level::debug,
                                 R"(connectionInfo changed: status=connectingIP, ssid="Home", signal=-50)"}}));
 }
 
-TEST_F(ConnectionRefresh, LogsTheNewStateBeforeItActsOnIt) {
+TEST_F(ConnectionRefresh, NewConnectionInfoIsLoggedBeforeTheReactions) {
     std::size_t recordsAtTimer = 0;
     stack->onCall = [&](const std::string& call) {
         if (call == "configureTimerSync(true, 60000)") {
@@ -61,55 +61,55 @@ TEST_F(ConnectionRefresh, LogsTheNewStateBeforeItActsOnIt) {
         }
     };
     reportLinkUp("Home");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(recordsAtTimer, 1U);
 }
 
-TEST_F(ConnectionRefresh, WithNothingNewDoesNothingAtAll) {
+TEST_F(ConnectionRefresh, UnchangedConnectionInfoHasNoEffect) {
     becomeConnected("Home");
     reportBss("Home");
     reportStatus(SupplicantStatus::Connected);
     reportOnline(true);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{});
     EXPECT_EQ(takeCallbacks(), Callbacks{});
     EXPECT_EQ(takeGaugeReports(), GaugeReports{});
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(ConnectionRefresh, IsTriggeredByEveryFieldOnItsOwn) {
+TEST_F(ConnectionRefresh, ChangeOfAnyFieldIsPublished) {
     becomeConnected("Home");
     reportBss("Home", -51);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1}) << "signal";
     reportOnline(false);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1}) << "status";
     reportStatus(SupplicantStatus::Disconnected);
-    settle();
+    runUntilIdle();
     takeCallbacks();
     clock->advance(1s);
     engine->forgetNetwork("Home");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1}) << "reason and time of the disconnect";
 }
 
-TEST_F(ConnectionRefresh, ShowsTheActsOfTheSupplicantOnlyAfterThemToTheCallback) {
+TEST_F(ConnectionRefresh, CallbackFollowsThePriorities) {
     stack->configure("Home");
     communicator->networkSelectedHandler("Home");
-    settle();
+    runUntilIdle();
     std::vector<std::string> order;
     engine->onConnectionInfoChanged([&] { order.emplace_back("callback"); });
     stack->onCall = [&](const std::string& call) { order.push_back(call); };
     reportLinkUp("Home");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(order, (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 2)", "callback",
                             "saveNetworkConfigurationSync"}));
 }
 
-TEST_F(ConnectionRefresh, GivesUpAnExpiredAttempt) {
+TEST_F(ConnectionRefresh, ExpiredAttemptIsPublishedAsEnded) {
     engine->connectConfigured("Home");
-    settle();
+    runUntilIdle();
     clock->advance(2s);
     forget();
     communicator->runIdlePass();
@@ -120,54 +120,54 @@ TEST_F(ConnectionRefresh, GivesUpAnExpiredAttempt) {
     EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
 }
 
-TEST_F(SignalPoll, RunsExactlyWhileNotDisconnected) {
+TEST_F(SignalPoll, SignalTimerRunsExactlyWhileNotDisconnected) {
     reportBss("Home");
     reportStatus(SupplicantStatus::Connecting);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(true, 60000)"}) << "with the first change, too";
     reportStatus(SupplicantStatus::Connected);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "saveNetworkConfigurationSync"}))
         << "no second arming";
     reportOnline(true);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{});
     reportStatus(SupplicantStatus::Disconnected);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(false, 60000)"});
     engine->forgetNetwork("Home");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(),
               (Calls{"pushTaskAsync_", "getAllConfiguredNetworksSync", "saveNetworkConfigurationSync"}))
         << "disconnected as before";
 }
 
-TEST_F(SignalPoll, UpdatesTheSignalAtTheNextIdlePass) {
+TEST_F(SignalPoll, PolledSignalIsPublishedByTheNextIdlePass) {
     becomeConnected("Home");
     stack->signalPoll = -33;
     communicator->expireTimer();
     EXPECT_EQ(takeCalls(), Calls{"signalPollSync"});
     EXPECT_EQ(engine->connectionInfo().signal, -50);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(engine->connectionInfo().signal, -33);
     EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
 }
 
-TEST_F(SignalPoll, WithoutAResultLeavesTheSignal) {
+TEST_F(SignalPoll, FailedPollKeepsTheSignal) {
     becomeConnected("Home");
     stack->signalPoll = -33;
     stack->failing = {"signalPollSync"};
     communicator->expireTimer();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{"signalPollSync fails"});
     EXPECT_EQ(engine->connectionInfo().signal, -50);
     EXPECT_EQ(takeCallbacks(), Callbacks{});
 }
 
-TEST_F(SignalPoll, WithoutABssIsIgnored) {
+TEST_F(SignalPoll, PolledSignalWithoutABssIsIgnored) {
     stack->signalPoll = -33;
     communicator->expireTimer();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(engine->connectionInfo(), ConnectionInfo());
 }
 

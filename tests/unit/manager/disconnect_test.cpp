@@ -23,7 +23,7 @@ class NetworkSelected : public EngineTest {
     NetworkSelected() { startWithSupplicant(); }
 };
 
-TEST_F(Disconnect, PublishesBeforeItTellsTheSupplicant) {
+TEST_F(Disconnect, DisconnectIsPublishedBeforeTheSupplicantIsCalled) {
     startWithSupplicant();
     becomeConnected("Home");
     engine->disconnect();
@@ -41,25 +41,25 @@ TEST_F(Disconnect, PublishesBeforeItTellsTheSupplicant) {
     EXPECT_EQ(log.records().front(), (LogRecord{spdlog::level::info, "Disconnecting"}));
 }
 
-TEST_F(Disconnect, WithoutAConnectionStillTellsTheSupplicant) {
+TEST_F(Disconnect, DisconnectWithoutAConnectionCallsTheSupplicant) {
     startWithSupplicant();
     stack->failing = {"disconnectSync"};
     engine->disconnect();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), (Calls{"pushTaskAsync_", "disconnectSync fails"}));
     EXPECT_EQ(state(), "status=disconnected, disconnectReason=unknown");
 }
 
-TEST_F(Disconnect, KeepsTheConfiguration) {
+TEST_F(Disconnect, DisconnectKeepsTheConfiguration) {
     stack->configure("Home");
     startWithSupplicant();
     becomeConnected("Home");
     engine->disconnect();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(stack->networks.size(), 1U);
 }
 
-TEST_F(Forget, RemovesTheConfigurationRefreshesTheNamesAndSaves) {
+TEST_F(Forget, ForgetRemovesTheConfigurationAndSaves) {
     stack->configure("Cafe");
     stack->configure("Home");
     startWithSupplicant();
@@ -72,7 +72,7 @@ TEST_F(Forget, RemovesTheConfigurationRefreshesTheNamesAndSaves) {
     EXPECT_EQ(takeCalls(), Calls{"saveNetworkConfigurationSync"});
 }
 
-TEST_F(Forget, RemovesBothOfTwoConfigurations) {
+TEST_F(Forget, ForgetRemovesBothOfTwoConfigurations) {
     stack->configure("Home");
     stack->configure("Cafe");
     stack->configure("Home");
@@ -84,7 +84,7 @@ TEST_F(Forget, RemovesBothOfTwoConfigurations) {
     EXPECT_EQ(stack->networks.size(), 2U);
 }
 
-TEST_F(Forget, CarriesOnWhenAConfigurationCannotBeRemoved) {
+TEST_F(Forget, FailedRemovalDoesNotStopTheForget) {
     stack->configure("Home");
     stack->configure("Home");
     stack->failing = {"removeSync"};
@@ -97,7 +97,7 @@ TEST_F(Forget, CarriesOnWhenAConfigurationCannotBeRemoved) {
     EXPECT_EQ(takeCalls(), Calls{"saveNetworkConfigurationSync"});
 }
 
-TEST_F(Forget, OfAnUnknownNetworkIsAnErrorAndSavesAllTheSame) {
+TEST_F(Forget, ForgettingAnUnknownNetworkLogsAnErrorAndSaves) {
     stack->configure("Cafe");
     stack->configure(std::nullopt);
     startWithSupplicant();
@@ -111,7 +111,7 @@ TEST_F(Forget, OfAnUnknownNetworkIsAnErrorAndSavesAllTheSame) {
     EXPECT_EQ(takeCalls(), Calls{"saveNetworkConfigurationSync"});
 }
 
-TEST_F(Forget, OfTheNetworkInUseIsADisconnectThatIsPublishedFirst) {
+TEST_F(Forget, ForgettingTheNetworkInUsePublishesADisconnectFirst) {
     stack->configure("Home");
     startWithSupplicant();
     becomeConnected("Home");
@@ -127,65 +127,65 @@ TEST_F(Forget, OfTheNetworkInUseIsADisconnectThatIsPublishedFirst) {
                                   "removeSync(1)", "getAllConfiguredNetworksSync"}));
 }
 
-TEST_F(Forget, OfTheNetworkThatJustDroppedMakesTheDropTheUsers) {
+TEST_F(Forget, ForgettingADroppedNetworkMakesTheDropByUser) {
     startWithSupplicant();
     becomeConnected("Home");
     reportStatus(SupplicantStatus::Disconnected);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=disconnected, disconnectReason=causedBySystem, disconnectssid="Home")");
     forget();
     forgetNetwork("Home");
     EXPECT_EQ(state(), R"(status=disconnected, disconnectReason=causedByUser, disconnectssid="Home")");
 }
 
-TEST_F(Forget, OfANetworkInRangeListsItAsNotConfigured) {
+TEST_F(Forget, ForgottenNetworkInRangeIsListedAsNotConfigured) {
     stack->configure("Home");
     startWithSupplicant();
     reportBssList({{"Home", -50, SecurityMode::rsnPsk}});
-    settle();
+    runUntilIdle();
     ASSERT_TRUE(engine->networks().front().configured);
     forget();
     forgetNetwork("Home");
-    settle();
+    runUntilIdle();
     EXPECT_FALSE(engine->networks().front().configured);
     EXPECT_EQ(takeCallbacks(), Callbacks{.networks = 1});
 }
 
-TEST_F(Forget, OfAnEmptyNameDoesNothingAtAll) {
+TEST_F(Forget, ForgettingAnEmptySsidHasNoEffect) {
     startWithSupplicant();
     engine->forgetNetwork("");
     EXPECT_EQ(takeCalls(), Calls{});
     EXPECT_EQ(communicator->queuedTasks(), 0U);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{});
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(NetworkSelected, ByTheSupplicantIsAnAttempt) {
+TEST_F(NetworkSelected, SelectionBySupplicantBeginsAnAttempt) {
     communicator->networkSelectedHandler("Home");
     EXPECT_EQ(log.records(),
               (RecordingLog::Records{{spdlog::level::debug, R"(NetworkSelected is ssid="Home")"}}));
     EXPECT_EQ(state(), "status=disconnected, disconnectReason=unknown") << "not before the idle pass";
-    EXPECT_EQ(settle(), 2000ms);
+    EXPECT_EQ(runUntilIdle(), 2000ms);
     EXPECT_EQ(state(), R"(status=connectingWifi, ssid="Home")");
     EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(true, 60000)"});
 }
 
-TEST_F(NetworkSelected, WithoutAnSsidChangesNothing) {
+TEST_F(NetworkSelected, SelectionWithoutAnSsidHasNoEffect) {
     becomeConnected("Home");
     communicator->networkSelectedHandler(std::nullopt);
     EXPECT_TRUE(log.records().empty());
-    EXPECT_EQ(settle(), std::nullopt);
+    EXPECT_EQ(runUntilIdle(), std::nullopt);
     EXPECT_EQ(state(), R"(status=connected, ssid="Home", signal=-50)");
     EXPECT_EQ(takeCallbacks(), Callbacks{});
 }
 
-TEST_F(NetworkSelected, AsTheUserWantedIsNoNewAttempt) {
+TEST_F(NetworkSelected, SelectionOfTheRequestedNetworkKeepsTheAttempt) {
     engine->connectConfigured("Home");
-    settle();
+    runUntilIdle();
     clock->advance(500ms);
     communicator->networkSelectedHandler("Home");
-    EXPECT_EQ(settle(), 1500ms);
+    EXPECT_EQ(runUntilIdle(), 1500ms);
 }
 
 }  // namespace

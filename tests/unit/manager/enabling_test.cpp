@@ -1,4 +1,4 @@
-// The on/off switch, and the supplicant coming and going.
+// The choice of on or off, and the supplicant attached and detached.
 #include "unit/manager/engine_fixture.h"
 
 #include <future>
@@ -11,10 +11,10 @@ namespace {
 using namespace std::chrono_literals;
 
 class Enabling : public EngineTest {};
-class SupplicantComing : public EngineTest {};
-class SupplicantGoing : public EngineTest {};
+class SupplicantAttached : public EngineTest {};
+class SupplicantDetached : public EngineTest {};
 
-TEST_F(Enabling, WritesTheConfigurationOnTheCallersThreadAndPostsTheRest) {
+TEST_F(Enabling, SetEnabledWritesTheFileBeforeItReturnsAndPostsTheRest) {
     stack->enabledConfiguration = false;
     start();
     engine->setEnabled(true);
@@ -29,7 +29,7 @@ TEST_F(Enabling, WritesTheConfigurationOnTheCallersThreadAndPostsTheRest) {
     EXPECT_EQ(communicator->queuedTasks(), 0U);
 }
 
-TEST_F(Enabling, TwiceCallsBackOnceAndWritesAndStartsTwice) {
+TEST_F(Enabling, RepeatedSetEnabledCallsBackOnceButWritesAndStartsAgain) {
     stack->enabledConfiguration = false;
     start();
     engine->setEnabled(true);
@@ -41,7 +41,7 @@ TEST_F(Enabling, TwiceCallsBackOnceAndWritesAndStartsTwice) {
     EXPECT_EQ(takeCallbacks(), Callbacks{.enabled = 1});
 }
 
-TEST_F(Enabling, SwitchesOffToo) {
+TEST_F(Enabling, SetEnabledFalseStopsTheSupplicant) {
     start();
     engine->setEnabled(false);
     EXPECT_FALSE(engine->isEnabled());
@@ -51,7 +51,7 @@ TEST_F(Enabling, SwitchesOffToo) {
     EXPECT_EQ(takeCallbacks(), Callbacks{.enabled = 1});
 }
 
-TEST_F(Enabling, IsLoggedOnEveryCall) {
+TEST_F(Enabling, EverySetEnabledIsLogged) {
     start();
     engine->setEnabled(true);
     engine->setEnabled(true);
@@ -61,7 +61,7 @@ TEST_F(Enabling, IsLoggedOnEveryCall) {
                                                     {spdlog::level::info, "Turning wifi off"}}));
 }
 
-TEST_F(Enabling, HoldsEvenWhenWritingAndStartingFail) {
+TEST_F(Enabling, ChoiceHoldsWhenWritingAndStartingFail) {
     stack->enabledConfiguration = false;
     stack->failing = {"writeEnabledConfiguration", "startStopSupplicantSync"};
     start();
@@ -72,23 +72,23 @@ TEST_F(Enabling, HoldsEvenWhenWritingAndStartingFail) {
                                   "startStopSupplicantSync(true) fails"}));
 }
 
-TEST_F(Enabling, IsNotUndoneByASupplicantThatGoesWhileTheChoiceIsWritten) {
+TEST_F(Enabling, ChoiceIsKeptWhenTheSupplicantDetachesDuringTheWrite) {
     startWithSupplicant();
     bool gone = false;
     stack->onCall = [&](const std::string& call) {
         if (call == "writeEnabledConfiguration(false)" && !std::exchange(gone, true)) {
-            std::thread([this] { supplicantGoes(); }).join();  // while the file still says on
+            std::thread([this] { detachSupplicant(); }).join();  // the file still says on
         }
     };
     engine->setEnabled(false);
     EXPECT_TRUE(gone);
     EXPECT_FALSE(engine->isEnabled());
     stack->enabledConfiguration = true;
-    supplicantComes();
-    EXPECT_TRUE(engine->isEnabled()) << "the next time, the file counts again";
+    attachSupplicant();
+    EXPECT_TRUE(engine->isEnabled()) << "the next attach reads the file again";
 }
 
-TEST_F(Enabling, IsNotUndoneByAFileThatWasReadBefore) {
+TEST_F(Enabling, ChoiceMadeDuringTheReadIsKept) {
     startWithSupplicant();
     stack->failing = {"writeEnabledConfiguration"};
     std::future<void> choice;
@@ -98,27 +98,27 @@ TEST_F(Enabling, IsNotUndoneByAFileThatWasReadBefore) {
             ASSERT_TRUE(log.waitForText(spdlog::level::info, "Turning wifi off"));
         }
     };
-    supplicantGoes();
+    detachSupplicant();
     ASSERT_TRUE(choice.valid());
     choice.get();
     EXPECT_FALSE(engine->isEnabled());
-    supplicantComes();
-    EXPECT_TRUE(engine->isEnabled()) << "the next time, the file counts again";
+    attachSupplicant();
+    EXPECT_TRUE(engine->isEnabled()) << "the next attach reads the file again";
 }
 
-TEST_F(Enabling, ThatCannotBeWrittenHoldsUntilTheSupplicantComesOrGoes) {
+TEST_F(Enabling, UnwrittenChoiceHoldsUntilTheNextAttachOrDetach) {
     startWithSupplicant();
     stack->failing = {"writeEnabledConfiguration"};
     engine->setEnabled(false);
     EXPECT_FALSE(engine->isEnabled());
-    supplicantGoes();
+    detachSupplicant();
     EXPECT_TRUE(engine->isEnabled());
     EXPECT_FALSE(engine->isWifiStackInitialized());
 }
 
-TEST_F(SupplicantComing, ReadsItsMethodsAndNetworksAndThenTheConfiguration) {
+TEST_F(SupplicantAttached, AttachAsksForMethodsAndNetworksBeforeItReadsTheFile) {
     start();
-    supplicantComes();
+    attachSupplicant();
     EXPECT_EQ(takeCalls(), (Calls{"isSupplicantOn", "eapMethodsSync", "getAllConfiguredNetworksSync",
                                   "readEnabledConfiguration"}));
     EXPECT_TRUE(engine->isWifiStackInitialized());
@@ -126,116 +126,116 @@ TEST_F(SupplicantComing, ReadsItsMethodsAndNetworksAndThenTheConfiguration) {
     EXPECT_EQ(communicator->queuedTasks(), 0U) << "the callback was called directly";
 }
 
-TEST_F(SupplicantComing, AgainCallsBackNoMore) {
+TEST_F(SupplicantAttached, SecondAttachInvokesNoCallback) {
     startWithSupplicant();
-    supplicantComes();
+    attachSupplicant();
     EXPECT_EQ(takeCallbacks(), Callbacks{});
     EXPECT_TRUE(engine->isWifiStackInitialized());
 }
 
-TEST_F(SupplicantComing, WithAChangedConfigurationCallsBackOnceForBoth) {
+TEST_F(SupplicantAttached, AttachWithAChangedFileInvokesOneCallback) {
     start();
     stack->enabledConfiguration = false;
-    supplicantComes();
+    attachSupplicant();
     EXPECT_FALSE(engine->isEnabled());
     EXPECT_TRUE(engine->isWifiStackInitialized());
     EXPECT_EQ(takeCallbacks(), Callbacks{.enabled = 1});
 }
 
-TEST_F(SupplicantComing, AgainWithAChangedConfigurationCallsBack) {
+TEST_F(SupplicantAttached, SecondAttachWithAChangedFileInvokesTheCallback) {
     startWithSupplicant();
     stack->enabledConfiguration = false;
-    supplicantComes();
+    attachSupplicant();
     EXPECT_FALSE(engine->isEnabled());
     EXPECT_EQ(takeCallbacks(), Callbacks{.enabled = 1});
 }
 
-TEST_F(SupplicantComing, KeepsTheAccessPointsReportedJustBefore) {
+TEST_F(SupplicantAttached, AccessPointsReportedBeforeTheAttachAreKept) {
     start();
     stack->configure("Home");
     reportBssList({{"Home", -50, SecurityMode::rsnPsk}});
-    supplicantComes();
-    settle();
+    attachSupplicant();
+    runUntilIdle();
     EXPECT_EQ(engine->networks(), (std::vector<WifiNetwork>{{"Home", -50, SecurityMode::rsnPsk, true}}));
 }
 
-TEST_F(SupplicantComing, StartsTheConnectionStateAfreshFromTheFactsReportedJustBefore) {
+TEST_F(SupplicantAttached, ConnectionReportedBeforeTheAttachIsPublishedWithoutADisconnect) {
     start();
     reportOnline(true);
     reportLinkUp("Home");
-    supplicantComes();
-    settle();
+    attachSupplicant();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=connected, ssid="Home", signal=-50)");
     EXPECT_EQ(engine->connectionInfo().disconnectReason, ConnectionInfo::DisconnectReason::unknown);
 }
 
-TEST_F(SupplicantComing, ForgetsHowAnAttemptEndedThatWasMadeWithoutIt) {
+TEST_F(SupplicantAttached, AttachClearsTheDisconnectOfAnEarlierAttempt) {
     start();
     engine->connectConfigured("Nowhere");
-    settle();
+    runUntilIdle();
     clock->advance(2s);
-    settle();
+    runUntilIdle();
     ASSERT_EQ(engine->connectionInfo().disconnectReason, ConnectionInfo::DisconnectReason::causedBySystem);
-    supplicantComes();
-    settle();
+    attachSupplicant();
+    runUntilIdle();
     EXPECT_EQ(engine->connectionInfo(), ConnectionInfo());
 }
 
-TEST_F(SupplicantGoing, ReadsTheConfigurationOnly) {
+TEST_F(SupplicantDetached, DetachOnlyReadsTheFile) {
     startWithSupplicant();
-    supplicantGoes();
+    detachSupplicant();
     EXPECT_EQ(takeCalls(), (Calls{"isSupplicantOn", "readEnabledConfiguration"}));
     EXPECT_FALSE(engine->isWifiStackInitialized());
     EXPECT_EQ(takeCallbacks(), Callbacks{.enabled = 1});
 }
 
-TEST_F(SupplicantGoing, EndsScanningWithoutTheScanningCallback) {
+TEST_F(SupplicantDetached, DetachEndsScanningWithoutItsCallback) {
     startWithSupplicant();
     reportScanning(true);
     forget();
-    supplicantGoes();
+    detachSupplicant();
     EXPECT_FALSE(engine->isScanning());
     EXPECT_EQ(takeCallbacks(), Callbacks{.enabled = 1});
 }
 
-TEST_F(SupplicantGoing, EmptiesTheNetworkListAtTheNextIdlePass) {
+TEST_F(SupplicantDetached, DetachEmptiesTheListAtTheNextIdlePass) {
     startWithSupplicant();
     reportBssList({{"Home", -50, SecurityMode::rsnPsk}});
-    settle();
+    runUntilIdle();
     forget();
-    supplicantGoes();
+    detachSupplicant();
     EXPECT_EQ(engine->networks().size(), 1U);
-    settle();
+    runUntilIdle();
     EXPECT_TRUE(engine->networks().empty());
     EXPECT_EQ(takeCallbacks(), (Callbacks{.enabled = 1, .networks = 1, .connection = 1}))
         << "the connection's signal is unknown now";
 }
 
-TEST_F(SupplicantGoing, EmptiesTheNetworkListAlsoWhenTheConnectionStaysAsItWas) {
+TEST_F(SupplicantDetached, DetachEmptiesTheListWhenTheConnectionStaysAsItWas) {
     startWithSupplicant();
     engine->disconnect();
-    settle();
+    runUntilIdle();
     reportBssList({{"Home", -50, SecurityMode::rsnPsk}});
-    settle();
+    runUntilIdle();
     ASSERT_EQ(engine->networks().size(), 1U);
     forget();
-    supplicantGoes();
-    settle();
+    detachSupplicant();
+    runUntilIdle();
     EXPECT_TRUE(engine->networks().empty());
     EXPECT_EQ(takeCallbacks(), (Callbacks{.enabled = 1, .networks = 1}));
 }
 
-TEST_F(SupplicantGoing, WithoutHavingBeenThereCallsNothingBack) {
+TEST_F(SupplicantDetached, DetachWithoutAnAttachInvokesNoCallback) {
     start();
-    supplicantGoes();
+    detachSupplicant();
     EXPECT_EQ(takeCallbacks(), Callbacks{});
 }
 
-TEST_F(SupplicantGoing, ClearsTheConnectionStateWithoutADisconnectRecord) {
+TEST_F(SupplicantDetached, DetachClearsTheConnectionWithoutADisconnectRecord) {
     startWithSupplicant();
     becomeConnected("Home");
-    supplicantGoes();
-    settle();
+    detachSupplicant();
+    runUntilIdle();
     EXPECT_EQ(state(), "status=disconnected, disconnectReason=unknown");
     EXPECT_EQ(engine->connectionInfo().signal, -100);
     EXPECT_EQ(takeCallbacks(), (Callbacks{.enabled = 1, .connection = 1}));
@@ -243,35 +243,36 @@ TEST_F(SupplicantGoing, ClearsTheConnectionStateWithoutADisconnectRecord) {
               (Calls{"isSupplicantOn", "readEnabledConfiguration", "configureTimerSync(false, 60000)"}));
 }
 
-TEST_F(SupplicantGoing, ForgetsWhichNetworksAreConfigured) {
+TEST_F(SupplicantDetached, DetachClearsTheConfiguredNetworks) {
     stack->configure("Home");
     startWithSupplicant();
-    supplicantGoes();
+    detachSupplicant();
     reportBssList({{"Home", -50, SecurityMode::rsnPsk}});
-    settle();
+    runUntilIdle();
     EXPECT_EQ(engine->networks(), (std::vector<WifiNetwork>{{"Home", -50, SecurityMode::rsnPsk, false}}));
 }
 
-TEST_F(SupplicantGoing, KeepsTheEapMethods) {
+TEST_F(SupplicantDetached, DetachKeepsTheEapMethods) {
     stack->eapMethods = {"PEAP"};
     startWithSupplicant();
-    supplicantGoes();
+    detachSupplicant();
     EXPECT_EQ(engine->eapMethods(), std::set<std::string>{"PEAP"});
 }
 
-TEST_F(SupplicantGoing, ForgetsThatOtherNetworksWereDisabled) {
+TEST_F(SupplicantDetached, NewSupplicantHasNoNetworksToEnable) {
     stack->configure("Home");
     startWithSupplicant();
     engine->connectConfigured("Home");
-    settle();
-    supplicantGoes();
+    runUntilIdle();
+    detachSupplicant();
     takeCalls();
-    settle();
-    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(false, 60000)"}) << "there is nobody to enable them";
-    supplicantComes();
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(false, 60000)"})
+        << "there is no supplicant to enable them";
+    attachSupplicant();
     engine->forgetNetwork("Cafe");
     takeCalls();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "saveNetworkConfigurationSync"}))
         << "saved at once, and nothing enabled again: a new supplicant starts with all networks enabled";
 }

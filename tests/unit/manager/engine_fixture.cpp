@@ -25,7 +25,7 @@ EngineTest::EngineTest() {
     takeGaugeReports();
 }
 
-// The last idle pass comes with the end of the engine, when whatever a test captured is gone.
+// The engine's destructor runs a last idle pass. What the callbacks captured no longer exists then.
 EngineTest::~EngineTest() {
     stack->onCall = nullptr;
     if (engine) {
@@ -44,28 +44,28 @@ void EngineTest::start() {
     engine->onNetworksListChanged([this] { ++callbacks_.networks; });
     engine->onScanningChanged([this] { ++callbacks_.scanning; });
     engine->onConnectionInfoChanged([this] { ++callbacks_.connection; });
-    settle();
+    runUntilIdle();
     forget();
 }
 
 void EngineTest::startWithSupplicant() {
     start();
-    supplicantComes();
-    settle();
+    attachSupplicant();
+    runUntilIdle();
     forget();
 }
 
-std::optional<std::chrono::milliseconds> EngineTest::settle() {
+std::optional<std::chrono::milliseconds> EngineTest::runUntilIdle() {
     communicator->runTasks();
     return communicator->runIdlePass();
 }
 
-void EngineTest::supplicantComes() {
+void EngineTest::attachSupplicant() {
     stack->supplicantOn = true;
     communicator->wifiServiceStatusChangeHandler();
 }
 
-void EngineTest::supplicantGoes() {
+void EngineTest::detachSupplicant() {
     stack->supplicantOn = false;
     communicator->wifiServiceStatusChangeHandler();
 }
@@ -104,7 +104,7 @@ void EngineTest::reportLinkUp(const std::string& ssid) {
 void EngineTest::becomeConnected(const std::string& ssid) {
     reportOnline(true);
     reportLinkUp(ssid);
-    settle();
+    runUntilIdle();
     clock->advance(std::chrono::seconds(1));
     ASSERT_EQ(engine->connectionInfo().status, ConnectionInfo::Status::connected);
     forget();

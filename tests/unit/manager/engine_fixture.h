@@ -7,6 +7,7 @@
 #include "doubles/fake_metrics/fake_metrics.h"
 #include "doubles/recording_log/recording_log.h"
 #include "manager/manager_impl.h"
+#include "support/printed_values/printed_values.h"
 
 #include <gtest/gtest.h>
 #include <wifi/types.h>
@@ -47,7 +48,7 @@ std::ostream& operator<<(std::ostream& out, const Callbacks& callbacks);
 // Settings for a network with a password that is valid for the mode.
 ConnectionSettings settingsFor(const std::string& ssid, SecurityMode mode = SecurityMode::rsnPsk);
 
-// An engine on a fake communicator: everything it does, it does when the test says so and on its thread.
+// An engine on a fake communicator. It works only when the test tells it to, on the test's thread.
 class EngineTest : public ::testing::Test {
   protected:
     EngineTest();
@@ -57,17 +58,16 @@ class EngineTest : public ::testing::Test {
     EngineTest(EngineTest&&) = delete;
     EngineTest& operator=(EngineTest&&) = delete;
 
-    // Constructs the engine and settles it. What happened until then is forgotten.
+    // Constructs the engine and runs it until idle. Then forgets all calls, callbacks, gauges and log records.
     void start();
-    // The same, and lets the supplicant come.
+    // The same with an attached supplicant.
     void startWithSupplicant();
 
-    // Runs the queued tasks and then an idle pass, as a loop with nothing else to do would. Returns the delay
-    // that the idle pass asked for.
-    std::optional<std::chrono::milliseconds> settle();
+    // Runs the queued tasks and then an idle pass. Returns the delay that the idle pass asked for.
+    std::optional<std::chrono::milliseconds> runUntilIdle();
 
-    void supplicantComes();
-    void supplicantGoes();
+    void attachSupplicant();
+    void detachSupplicant();
     void report(const SupplicantReport& report) { communicator->supplicantPropertiesHandler(report); }
     void reportStatus(SupplicantStatus status);
     void reportBss(const std::string& ssid, int signal = -50);
@@ -76,7 +76,7 @@ class EngineTest : public ::testing::Test {
     void reportLinkUp(const std::string& ssid);
     void reportOnline(bool online) { communicator->networkdOnlineHandler(online); }
 
-    // Reports and settles until the engine is connected to the network, then forgets what happened.
+    // Makes the engine connected to the network, then forgets what happened.
     void becomeConnected(const std::string& ssid);
 
     // What happened since these were last called.

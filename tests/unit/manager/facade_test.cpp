@@ -17,7 +17,7 @@
 namespace kaz::test {
 namespace {
 
-// What the next createCommunicator() gives away.
+// What the next createCommunicator() returns.
 std::unique_ptr<FakeCommunicator>& nextCommunicator() {
     static std::unique_ptr<FakeCommunicator> next;
     return next;
@@ -26,7 +26,7 @@ std::unique_ptr<FakeCommunicator>& nextCommunicator() {
 }  // namespace
 }  // namespace kaz::test
 
-// In place of the one that talks to the system bus.
+// Replaces the factory of the communicator for the system bus.
 std::unique_ptr<kaz::wifi::Communicator> kaz::wifi::createCommunicator() {
     return std::move(test::nextCommunicator());
 }
@@ -49,11 +49,11 @@ class Manager : public ::testing::Test {
         communicator = nextCommunicator().get();
         manager = std::make_unique<wifi::Manager>();
         communicator->wifiServiceStatusChangeHandler();
-        settle();
+        runUntilIdle();
         stack->takeCalls();
     }
 
-    // What a test captured is gone before the last idle pass.
+    // The callbacks' captures no longer exist when the last idle pass runs.
     void TearDown() override {
         if (manager) {
             manager->onEnabledChanged(nullptr);
@@ -63,7 +63,7 @@ class Manager : public ::testing::Test {
         }
     }
 
-    void settle() {
+    void runUntilIdle() {
         communicator->runTasks();
         communicator->runIdlePass();
     }
@@ -83,13 +83,13 @@ class Manager : public ::testing::Test {
 static_assert(!std::is_copy_constructible_v<wifi::Manager>);
 static_assert(!std::is_copy_assignable_v<wifi::Manager>);
 
-TEST_F(Manager, TakesItsCommunicatorFromTheOneFactoryAndEndsItWithItself) {
+TEST_F(Manager, ManagerCreatesItsCommunicatorAndDestroysIt) {
     EXPECT_EQ(nextCommunicator(), nullptr);
     manager.reset();
     EXPECT_EQ(stack->takeCalls(), (Calls{"stopEventLoop", "~Communicator"}));
 }
 
-TEST_F(Manager, ForwardsTheSwitch) {
+TEST_F(Manager, ManagerForwardsSetEnabled) {
     EXPECT_TRUE(manager->isEnabled());
     EXPECT_TRUE(manager->isWifiStackInitialized());
     int changes = 0;
@@ -100,7 +100,7 @@ TEST_F(Manager, ForwardsTheSwitch) {
     EXPECT_EQ(changes, 1);
 }
 
-TEST_F(Manager, ForwardsScanningAndTheList) {
+TEST_F(Manager, ManagerForwardsScanAndNetworks) {
     int scanChanges = 0;
     int listChanges = 0;
     manager->onScanningChanged([&] { ++scanChanges; });
@@ -112,7 +112,7 @@ TEST_F(Manager, ForwardsScanningAndTheList) {
     report.bssListChange = Communicator::PropertyChange::Set;
     report.bssList = {{"Home", -50, SecurityMode::none}};
     communicator->supplicantPropertiesHandler(report);
-    settle();
+    runUntilIdle();
     EXPECT_TRUE(manager->isScanning());
     EXPECT_EQ(scanChanges, 1);
     EXPECT_EQ(manager->networks(),
@@ -120,7 +120,7 @@ TEST_F(Manager, ForwardsScanningAndTheList) {
     EXPECT_EQ(listChanges, 1);
 }
 
-TEST_F(Manager, ForwardsConnecting) {
+TEST_F(Manager, ManagerForwardsConnect) {
     int changes = 0;
     manager->onConnectionInfoChanged([&] { ++changes; });
     wifi::ConnectionSettings settings;
@@ -135,26 +135,26 @@ TEST_F(Manager, ForwardsConnecting) {
     EXPECT_EQ(changes, 1);
 }
 
-TEST_F(Manager, ForwardsConnectingToAConfiguredNetwork) {
+TEST_F(Manager, ManagerForwardsConnectConfigured) {
     stack->configure("Home");
     manager->connectConfigured("Home");
     EXPECT_EQ(callsOfTasks(), (Calls{"configureTimerSync(true, 60000)", "getAllConfiguredNetworksSync",
                                      "selectSync(1)", "getAllConfiguredNetworksSync"}));
 }
 
-TEST_F(Manager, ForwardsDisconnecting) {
+TEST_F(Manager, ManagerForwardsDisconnect) {
     manager->disconnect();
     EXPECT_EQ(callsOfTasks(), Calls{"disconnectSync"});
 }
 
-TEST_F(Manager, ForwardsForgetting) {
+TEST_F(Manager, ManagerForwardsForgetNetwork) {
     manager->forgetNetwork("");
     EXPECT_EQ(communicator->queuedTasks(), 0U);
     manager->forgetNetwork("Home");
     EXPECT_EQ(callsOfTasks(), Calls{"getAllConfiguredNetworksSync"});
 }
 
-TEST_F(Manager, ForwardsTheMethods) {
+TEST_F(Manager, ManagerForwardsEapAndPhase2Methods) {
     EXPECT_EQ(manager->eapMethods(), std::set<std::string>{"PEAP"});
     EXPECT_EQ(manager->phase2Methods(), (std::set<std::string>{"GTC", "MSCHAP", "MSCHAPV2", "PAP"}));
 }

@@ -13,7 +13,7 @@ class Gauges : public EngineTest {
     Gauges() { startWithSupplicant(); }
 
     GaugeReports reportsOfNextPass() {
-        settle();
+        runUntilIdle();
         return takeGaugeReports();
     }
 
@@ -25,27 +25,27 @@ class Gauges : public EngineTest {
     const GaugeReport total{"quarn.wifi.connection-attempt.total", 1.0};
 };
 
-TEST_F(Gauges, HearNothingBeforeAnythingHappened) {
+TEST_F(Gauges, RefreshBeforeAnyEventReportsNothing) {
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(reportsOfNextPass(), GaugeReports{});
     }
 }
 
-TEST_F(Gauges, HearOfTheFirstChangeButNeverOfASuccessInIt) {
+TEST_F(Gauges, FirstChangeIsReportedButNotAsASuccess) {
     reportOnline(true);
     reportLinkUp("Home");
     EXPECT_EQ(reportsOfNextPass(), (GaugeReports{up, signal}));
 }
 
-TEST_F(Gauges, HearNothingOfARefreshWithoutAChange) {
+TEST_F(Gauges, RefreshWithoutAChangeReportsNothing) {
     reportLinkUp("Home");
-    settle();
+    runUntilIdle();
     takeGaugeReports();
     reportLinkUp("Home");
     EXPECT_EQ(reportsOfNextPass(), GaugeReports{});
 }
 
-TEST_F(Gauges, HearOfAFailureAndTheTotalOnce) {
+TEST_F(Gauges, FailedAttemptReportsFailureAndTotalOnce) {
     communicator->networkSelectedHandler("Home");
     EXPECT_EQ(reportsOfNextPass(), GaugeReports{notUp});
     clock->advance(2s);
@@ -53,9 +53,9 @@ TEST_F(Gauges, HearOfAFailureAndTheTotalOnce) {
     EXPECT_EQ(reportsOfNextPass(), GaugeReports{});
 }
 
-TEST_F(Gauges, HearOfASuccessAndTheTotalWhenTheAddressIsBeingObtainedAndNotAgain) {
+TEST_F(Gauges, AttemptThatReachesConnectingIpReportsSuccessAndTotalOnce) {
     communicator->networkSelectedHandler("Home");
-    settle();
+    runUntilIdle();
     takeGaugeReports();
     reportLinkUp("Home");
     EXPECT_EQ(reportsOfNextPass(), (GaugeReports{notUp, signal, success, total}));
@@ -65,23 +65,23 @@ TEST_F(Gauges, HearOfASuccessAndTheTotalWhenTheAddressIsBeingObtainedAndNotAgain
     EXPECT_EQ(reportsOfNextPass(), (GaugeReports{notUp, signal}));
 }
 
-TEST_F(Gauges, HearOfASuccessStraightToConnected) {
+TEST_F(Gauges, AttemptThatReachesConnectedReportsSuccess) {
     reportOnline(true);
     communicator->networkSelectedHandler("Home");
-    settle();
+    runUntilIdle();
     takeGaugeReports();
     reportLinkUp("Home");
     EXPECT_EQ(reportsOfNextPass(), (GaugeReports{up, signal, success, total}));
 }
 
-TEST_F(Gauges, HearOfASuccessAgainOnAnotherNetwork) {
+TEST_F(Gauges, SwitchingNetworksReportsAnotherSuccess) {
     becomeConnected("A");
     reportOnline(false);
     reportBss("B");
     EXPECT_EQ(reportsOfNextPass(), (GaugeReports{notUp, signal, success, total}));
 }
 
-TEST_F(Gauges, HearOfASuccessAfterADropOnTheSameNetwork) {
+TEST_F(Gauges, ReconnectAfterADropReportsAnotherSuccess) {
     becomeConnected("A");
     reportStatus(SupplicantStatus::Connecting);
     EXPECT_EQ(reportsOfNextPass(), (GaugeReports{notUp}));
@@ -89,15 +89,15 @@ TEST_F(Gauges, HearOfASuccessAfterADropOnTheSameNetwork) {
     EXPECT_EQ(reportsOfNextPass(), (GaugeReports{up, signal, success, total}));
 }
 
-TEST_F(Gauges, HearOfNoFailureWhenAConnectionDrops) {
+TEST_F(Gauges, DroppedConnectionReportsNoFailure) {
     becomeConnected("Home");
     reportStatus(SupplicantStatus::Disconnected);
     EXPECT_EQ(reportsOfNextPass(), (GaugeReports{notUp}));
 }
 
-TEST_F(Gauges, HearOfAnUnknownSignalAsItIs) {
+TEST_F(Gauges, UnknownSignalIsReportedAsMinus100) {
     communicator->networkSelectedHandler("Home");
-    settle();
+    runUntilIdle();
     takeGaugeReports();
     reportBss("Home", -100);
     reportStatus(SupplicantStatus::Connected);
@@ -105,16 +105,16 @@ TEST_F(Gauges, HearOfAnUnknownSignalAsItIs) {
               (GaugeReports{notUp, {"quarn.wifi.signal-strength-dbm", -100.0}, success, total}));
 }
 
-TEST_F(Gauges, HearOfEveryNewSignalOfAConnection) {
+TEST_F(Gauges, EveryNewSignalIsReported) {
     becomeConnected("Home");
     stack->signalPoll = -61;
     communicator->expireTimer();
     EXPECT_EQ(reportsOfNextPass(), (GaugeReports{up, {"quarn.wifi.signal-strength-dbm", -61.0}}));
 }
 
-TEST_F(Gauges, HearEverythingBeforeTheSupplicantIsAskedToReact) {
+TEST_F(Gauges, GaugesAreSetBeforeTheSupplicantIsCalled) {
     communicator->networkSelectedHandler("Home");
-    settle();
+    runUntilIdle();
     takeGaugeReports();
     GaugeReports reported;
     stack->onCall = [&](const std::string& call) {
@@ -127,9 +127,9 @@ TEST_F(Gauges, HearEverythingBeforeTheSupplicantIsAskedToReact) {
     EXPECT_EQ(reported, (GaugeReports{notUp, signal, success, total}));
 }
 
-TEST_F(Gauges, HearOfAFailureBeforeTheTimerIsDisarmed) {
+TEST_F(Gauges, FailureIsReportedBeforeTheTimerIsDisarmed) {
     communicator->networkSelectedHandler("Home");
-    settle();
+    runUntilIdle();
     clock->advance(2s);
     takeGaugeReports();
     GaugeReports reported;

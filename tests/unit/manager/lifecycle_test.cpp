@@ -8,7 +8,7 @@ using namespace std::chrono_literals;
 
 class EngineStart : public EngineTest {
   protected:
-    // Constructs the engine as it is, without any settling.
+    // Constructs the engine and runs nothing.
     void construct() {
         auto owned = std::make_unique<FakeCommunicator>(stack);
         communicator = owned.get();
@@ -19,13 +19,13 @@ class EngineStart : public EngineTest {
 class EngineEnd : public EngineTest {};
 class IdlePass : public EngineTest {};
 
-TEST_F(EngineStart, CallsTheCommunicatorInAFixedOrder) {
+TEST_F(EngineStart, StartCallsTheCommunicatorInAFixedOrder) {
     construct();
     EXPECT_EQ(takeCalls(), (Calls{"readEnabledConfiguration", "setIdleTask", "setTimerCompletedTask",
                                   "pushTaskAsync_", "startEventLoop"}));
 }
 
-TEST_F(EngineStart, CreatesTheGaugesBeforeAnythingElse) {
+TEST_F(EngineStart, StartCreatesTheGaugesFirst) {
     std::vector<std::string> created;
     stack->onCall = [&](const std::string& call) {
         if (call == "readEnabledConfiguration") {
@@ -37,7 +37,7 @@ TEST_F(EngineStart, CreatesTheGaugesBeforeAnythingElse) {
     EXPECT_TRUE(takeGaugeCreations().empty());
 }
 
-TEST_F(EngineStart, AssignsTheHandlersAfterReadingTheConfigurationAndBeforeTheIdleTask) {
+TEST_F(EngineStart, HandlersAreAssignedBetweenReadingTheFileAndTheIdleTask) {
     auto owned = std::make_unique<FakeCommunicator>(stack);
     communicator = owned.get();
     const auto& defaultHandler = communicator->wifiServiceStatusChangeHandler.target_type();
@@ -51,7 +51,7 @@ TEST_F(EngineStart, AssignsTheHandlersAfterReadingTheConfigurationAndBeforeTheId
     EXPECT_EQ(assigned, (Calls{"setIdleTask", "setTimerCompletedTask", "pushTaskAsync_", "startEventLoop"}));
 }
 
-TEST_F(EngineStart, AssignsTheHandlerOfNetworkdBeforeAnyTaskCanRun) {
+TEST_F(EngineStart, NetworkdHandlerIsAssignedBeforeAnyTaskCanRun) {
     auto owned = std::make_unique<FakeCommunicator>(stack);
     communicator = owned.get();
     std::vector<std::string> assigned;
@@ -64,7 +64,7 @@ TEST_F(EngineStart, AssignsTheHandlerOfNetworkdBeforeAnyTaskCanRun) {
     EXPECT_EQ(assigned, (Calls{"pushTaskAsync_", "startEventLoop"}));
 }
 
-TEST_F(EngineStart, PostsOneIdlePass) {
+TEST_F(EngineStart, StartPostsOneIdlePass) {
     construct();
     EXPECT_EQ(communicator->queuedTasks(), 1U);
     reportBssList({{"Home", -50, SecurityMode::none}});
@@ -72,7 +72,7 @@ TEST_F(EngineStart, PostsOneIdlePass) {
     EXPECT_EQ(engine->networks().size(), 1U);
 }
 
-TEST_F(EngineStart, TakesTheEnabledFlagFromTheConfiguration) {
+TEST_F(EngineStart, EnabledFlagStartsWithTheStoredChoice) {
     for (const bool enabled : {true, false}) {
         stack->enabledConfiguration = enabled;
         construct();
@@ -80,7 +80,7 @@ TEST_F(EngineStart, TakesTheEnabledFlagFromTheConfiguration) {
     }
 }
 
-TEST_F(EngineStart, TellsOfASystemWithoutWifi) {
+TEST_F(EngineStart, GettersStartWithASystemWithoutWifi) {
     construct();
     EXPECT_FALSE(engine->isWifiStackInitialized());
     EXPECT_FALSE(engine->isScanning());
@@ -89,13 +89,13 @@ TEST_F(EngineStart, TellsOfASystemWithoutWifi) {
     EXPECT_EQ(engine->connectionInfo(), ConnectionInfo());
 }
 
-TEST_F(EngineEnd, StopsTheLoopBeforeItDestroysTheCommunicator) {
+TEST_F(EngineEnd, LoopStopsBeforeTheCommunicatorIsDestroyed) {
     start();
     engine.reset();
     EXPECT_EQ(takeCalls(), (Calls{"stopEventLoop", "~Communicator"}));
 }
 
-TEST_F(EngineEnd, DropsTheTasksThatAreStillQueued) {
+TEST_F(EngineEnd, QueuedTasksAreDroppedAtTheEnd) {
     startWithSupplicant();
     engine->scan();
     engine->disconnect();
@@ -105,7 +105,7 @@ TEST_F(EngineEnd, DropsTheTasksThatAreStillQueued) {
     EXPECT_EQ(takeCalls(), (Calls{"stopEventLoop", "~Communicator"}));
 }
 
-TEST_F(EngineEnd, SavesWhatIsOwedInTheLastIdlePassInsideTheCommunicatorsDestructor) {
+TEST_F(EngineEnd, PendingSaveIsMadeInsideTheCommunicatorsDestructor) {
     startWithSupplicant();
     engine->forgetNetwork("Home");
     communicator->runTasks();
@@ -114,7 +114,7 @@ TEST_F(EngineEnd, SavesWhatIsOwedInTheLastIdlePassInsideTheCommunicatorsDestruct
     EXPECT_EQ(takeCalls(), (Calls{"stopEventLoop", "~Communicator", "saveNetworkConfigurationSync"}));
 }
 
-TEST_F(EngineEnd, PublishesAndCallsBackInTheLastIdlePass) {
+TEST_F(EngineEnd, LastIdlePassPublishesAndCallsBack) {
     startWithSupplicant();
     reportLinkUp("Home");
     reportBssList({{"Cafe", -50, SecurityMode::none}});
@@ -126,7 +126,7 @@ TEST_F(EngineEnd, PublishesAndCallsBackInTheLastIdlePass) {
     EXPECT_EQ(seen, "Cafe Home");
 }
 
-TEST_F(IdlePass, RefreshesTheConnectionThenTheListThenSaves) {
+TEST_F(IdlePass, IdlePassPublishesConnectionThenListThenSaves) {
     startWithSupplicant();
     std::vector<std::string> order;
     engine->onConnectionInfoChanged([&] { order.emplace_back("connection"); });
@@ -142,7 +142,7 @@ TEST_F(IdlePass, RefreshesTheConnectionThenTheListThenSaves) {
                             "saveNetworkConfigurationSync"}));
 }
 
-TEST_F(IdlePass, WithNothingToDoDoesNothing) {
+TEST_F(IdlePass, IdlePassWithoutChangesHasNoEffect) {
     startWithSupplicant();
     EXPECT_EQ(communicator->runIdlePass(), std::nullopt);
     EXPECT_EQ(takeCalls(), Calls{});
@@ -151,10 +151,10 @@ TEST_F(IdlePass, WithNothingToDoDoesNothing) {
     EXPECT_EQ(takeGaugeReports(), GaugeReports{});
 }
 
-TEST_F(IdlePass, AsksToRunAgainWhenTheAttemptsTimeIsUp) {
+TEST_F(IdlePass, IdlePassReturnsTheRestOfTheAttemptsTimeout) {
     startWithSupplicant();
     engine->connectConfigured("Home");
-    EXPECT_EQ(settle(), 2000ms);
+    EXPECT_EQ(runUntilIdle(), 2000ms);
     clock->advance(1500ms);
     EXPECT_EQ(communicator->runIdlePass(), 500ms);
     reportScanning(true);
@@ -165,7 +165,7 @@ TEST_F(IdlePass, AsksToRunAgainWhenTheAttemptsTimeIsUp) {
     EXPECT_EQ(communicator->runIdlePass(), std::nullopt) << "the attempt was given up";
 }
 
-TEST_F(IdlePass, SavesOnlyOnceEvenWhenSavingFails) {
+TEST_F(IdlePass, FailedSaveIsNotRetried) {
     startWithSupplicant();
     stack->failing = {"saveNetworkConfigurationSync"};
     engine->forgetNetwork("Home");

@@ -17,7 +17,7 @@ class NetworkList : public EngineTest {
 
     void publish(std::vector<Bss> list) {
         reportBssList(std::move(list));
-        settle();
+        runUntilIdle();
     }
 };
 
@@ -30,12 +30,12 @@ constexpr auto none = SecurityMode::none;
 constexpr auto wpaPsk = SecurityMode::wpaPsk;
 constexpr auto rsnPsk = SecurityMode::rsnPsk;
 
-TEST_F(NetworkList, TakesTheStrongestSignalAndTheFirstSecurityModeOfEqualNames) {
+TEST_F(NetworkList, EntryHasTheStrongestSignalAndTheFirstSecurityMode) {
     publish({{"A", -70, rsnPsk}, {"A", -50, none}, {"A", -60, wpaPsk}});
     EXPECT_EQ(engine->networks(), (Networks{{"A", -50, rsnPsk, false}}));
 }
 
-TEST_F(NetworkList, IsSortedBySignalWithTheStrongestFirst) {
+TEST_F(NetworkList, ListBeginsWithTheStrongestSignal) {
     publish({{"A", -70, none}, {"B", -30, none}, {"C", -50, none}, {"A", -40, none}, {"D", 3, none}});
     EXPECT_EQ(engine->networks(), (Networks{{"D", 3, none, false},
                                             {"B", -30, none, false},
@@ -43,14 +43,14 @@ TEST_F(NetworkList, IsSortedBySignalWithTheStrongestFirst) {
                                             {"C", -50, none, false}}));
 }
 
-TEST_F(NetworkList, LeavesOutAccessPointsWithoutAName) {
+TEST_F(NetworkList, AccessPointsWithoutSsidAreNotListed) {
     publish({{"", -10, none}, {"A", -70, none}, {"", -20, rsnPsk}});
     EXPECT_EQ(engine->networks(), (Networks{{"A", -70, none, false}}));
     publish({{"", -10, none}});
     EXPECT_TRUE(engine->networks().empty());
 }
 
-TEST_F(NetworkList, TellsNamesApartByEveryByte) {
+TEST_F(NetworkList, SsidsThatDifferInOneByteAreTwoEntries) {
     const std::string nul("A\0", 2);
     publish(
         {{"A", -10, none}, {nul, -20, none}, {"a", -30, none}, {"A ", -40, none}, {"\xff\xfe", -50, none}});
@@ -61,16 +61,16 @@ TEST_F(NetworkList, TellsNamesApartByEveryByte) {
                                             {"\xff\xfe", -50, none, false}}));
 }
 
-TEST_F(NetworkList, IsRebuiltNoEarlierThanInTheNextIdlePass) {
+TEST_F(NetworkList, ListIsRebuiltByTheNextIdlePass) {
     reportBssList({{"A", -70, none}});
     EXPECT_TRUE(engine->networks().empty());
     EXPECT_EQ(takeCallbacks(), Callbacks{});
-    settle();
+    runUntilIdle();
     EXPECT_EQ(engine->networks().size(), 1U);
     EXPECT_EQ(takeCallbacks(), Callbacks{.networks = 1});
 }
 
-TEST_F(NetworkList, IsPublishedBeforeItsCallbackAndLogged) {
+TEST_F(NetworkList, NewListIsPublishedBeforeItsCallbackAndLogged) {
     Networks seen;
     engine->onNetworksListChanged([&] { seen = engine->networks(); });
     publish({{"A", -70, none}, {"B", -60, none}});
@@ -81,7 +81,7 @@ TEST_F(NetworkList, IsPublishedBeforeItsCallbackAndLogged) {
     EXPECT_EQ(takeCalls(), Calls{}) << "the supplicant is not asked";
 }
 
-TEST_F(NetworkList, ThatComesOutTheSameAsBeforeFiresNoCallback) {
+TEST_F(NetworkList, EqualListInvokesNoCallback) {
     publish({{"A", -70, none}, {"B", -60, none}});
     forget();
     publish({{"B", -60, none}, {"A", -70, none}});
@@ -90,7 +90,7 @@ TEST_F(NetworkList, ThatComesOutTheSameAsBeforeFiresNoCallback) {
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(NetworkList, FiresItsCallbackForAChangeOfAnyField) {
+TEST_F(NetworkList, ChangeOfAnyFieldInvokesTheCallback) {
     publish({{"A", -70, none}});
     const std::vector<std::vector<Bss>> changes{
         {{"A", -71, none}}, {{"A", -71, rsnPsk}}, {{"B", -71, rsnPsk}}, {}, {{"B", -71, rsnPsk}}};
@@ -101,83 +101,83 @@ TEST_F(NetworkList, FiresItsCallbackForAChangeOfAnyField) {
     }
     stack->configure("B");
     forget();
-    supplicantComes();
-    settle();
+    attachSupplicant();
+    runUntilIdle();
     EXPECT_EQ(engine->networks(), (Networks{{"B", -71, rsnPsk, true}}));
     EXPECT_EQ(takeCallbacks(), (Callbacks{.networks = 1}));
 }
 
-TEST_F(NetworkList, MarksConfiguredNetworks) {
+TEST_F(NetworkList, ConfiguredNetworksAreMarked) {
     stack->configure("A");
     stack->configure("A");
     stack->configure(std::nullopt);
-    supplicantComes();
+    attachSupplicant();
     publish({{"A", -70, none}, {"B", -60, none}});
     EXPECT_EQ(engine->networks(), (Networks{{"B", -60, none, false}, {"A", -70, none, true}}));
 }
 
-TEST_F(NetworkList, LeavesOutConfiguredNetworksThatAreNotInRange) {
+TEST_F(NetworkList, ConfiguredNetworksOutOfRangeAreNotListed) {
     stack->configure("Far away");
-    supplicantComes();
+    attachSupplicant();
     publish({{"A", -70, none}});
     EXPECT_EQ(engine->networks(), (Networks{{"A", -70, none, false}}));
 }
 
-TEST_F(NetworkList, LeavesOutTheNetworkInUseUntilItIsDisconnected) {
+TEST_F(NetworkList, NetworkInUseIsNotListedUntilItIsDisconnected) {
     publish({{"A", -70, none}, {"B", -60, none}});
     reportOnline(true);
     reportLinkUp("A");
-    settle();
+    runUntilIdle();
     ASSERT_EQ(state(), R"(status=connected, ssid="A", signal=-50)");
     EXPECT_EQ(engine->networks(), (Networks{{"B", -60, none, false}}));
     forget();
     reportStatus(SupplicantStatus::Disconnected);
     EXPECT_EQ(engine->networks().size(), 1U);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(engine->networks(), (Networks{{"B", -60, none, false}, {"A", -70, none, false}}));
     EXPECT_EQ(takeCallbacks(), (Callbacks{.networks = 1, .connection = 1}));
 }
 
-TEST_F(NetworkList, LeavesOutTheNetworkBeingConnectedTo) {
+TEST_F(NetworkList, NetworkBeingConnectedToIsNotListed) {
     publish({{"A", -70, none}, {"B", -60, none}});
     engine->connectConfigured("A");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(engine->networks(), (Networks{{"B", -60, none, false}}));
     engine->connectConfigured("B");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(engine->networks(), (Networks{{"A", -70, none, false}}));
 }
 
-TEST_F(NetworkList, OnlyOfTheNetworkInUseIsEmpty) {
+TEST_F(NetworkList, ListIsEmptyWhenOnlyTheNetworkInUseIsInRange) {
     publish({{"A", -70, none}, {"A", -60, none}});
     reportLinkUp("A");
-    settle();
+    runUntilIdle();
     EXPECT_TRUE(engine->networks().empty());
 }
 
-TEST_F(NetworkList, IsEmptiedByAClearedReport) {
+TEST_F(NetworkList, ClearedReportEmptiesTheList) {
     publish({{"A", -70, none}});
     forget();
     SupplicantReport cleared;
     cleared.bssListChange = PropertyChange::Cleared;
     report(cleared);
     EXPECT_EQ(engine->networks().size(), 1U);
-    settle();
+    runUntilIdle();
     EXPECT_TRUE(engine->networks().empty());
     EXPECT_EQ(takeCallbacks(), Callbacks{.networks = 1});
     EXPECT_EQ(log.texts(), std::vector<std::string>{"Network list changed, size: 0"});
 }
 
-TEST_F(NetworkList, IsUntouchedByAReportThatDoesNotMentionIt) {
+TEST_F(NetworkList, ReportWithoutABssListKeepsTheList) {
     publish({{"A", -70, none}});
     SupplicantReport other;
     other.bssList = {{"B", -70, none}};
     report(other);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(engine->networks(), (Networks{{"A", -70, none, false}}));
 }
 
-TEST_F(NetworkList, KeepsItsRulesForAnyAccessPoints) {
+TEST_F(NetworkList, RandomAccessPointsGiveAListThatFollowsTheRules) {
     std::mt19937_64 random(20240229);
     const auto pick = [&](int count) { return std::uniform_int_distribution<int>(0, count - 1)(random); };
     for (int round = 0; round < 500; ++round) {
@@ -206,7 +206,7 @@ TEST_F(NetworkList, KeepsItsRulesForAnyAccessPoints) {
     }
 }
 
-TEST_F(Scanning, IsAskedForByATask) {
+TEST_F(Scanning, ScanPostsATaskThatScans) {
     engine->scan();
     EXPECT_EQ(takeCalls(), Calls{"pushTaskAsync_"});
     communicator->runTasks();
@@ -215,20 +215,20 @@ TEST_F(Scanning, IsAskedForByATask) {
     EXPECT_EQ(takeCallbacks(), Callbacks{});
 }
 
-TEST_F(Scanning, ThatIsRefusedChangesNothing) {
+TEST_F(Scanning, RefusedScanHasNoEffect) {
     stack->failing = {"scanSync"};
     engine->scan();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), (Calls{"pushTaskAsync_", "scanSync fails"}));
     EXPECT_EQ(takeCallbacks(), Callbacks{});
 }
 
-TEST_F(Scanning, ThatIsDoneIsOnlyLogged) {
+TEST_F(Scanning, EndOfAScanIsOnlyLogged) {
     communicator->scanningDoneHandler(true);
     communicator->scanningDoneHandler(false);
     EXPECT_EQ(log.records(), (RecordingLog::Records{{spdlog::level::debug, "Scan done, status: true"},
                                                     {spdlog::level::debug, "Scan done, status: false"}}));
-    settle();
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{});
     EXPECT_EQ(takeCallbacks(), Callbacks{});
 }

@@ -1,4 +1,4 @@
-// No memory is given back with a password in it, however a connect task ends.
+// However a connect task ends, no memory is freed with a password in it.
 #include "doubles/fake_clock/fake_clock.h"
 #include "doubles/fake_communicator/fake_communicator.h"
 #include "doubles/recording_log/recording_log.h"
@@ -14,7 +14,7 @@
 namespace kaz::test {
 namespace {
 
-// Both forms of std::string: the short ones lie inside the object.
+// Both forms of std::string: short texts are stored inside the object.
 class SecretsOfAConnectTask : public ::testing::TestWithParam<std::string> {
   protected:
     SecretsOfAConnectTask() {
@@ -26,7 +26,7 @@ class SecretsOfAConnectTask : public ::testing::TestWithParam<std::string> {
         settings.securityMode = wifi::SecurityMode::enterprise;
     }
 
-    // Every member in turn is the secret one.
+    // Each member in turn holds the secret.
     template <typename Test>
     void forEachSecretMember(const Test& test) {
         using Settings = wifi::ConnectionSettings;
@@ -49,13 +49,13 @@ INSTANTIATE_TEST_SUITE_P(ShortAndLong, SecretsOfAConnectTask,
                                            std::string(63, 'x') + "correct horse battery staple"),
                          [](const auto& secret) { return secret.param.size() < 16 ? "Short" : "Long"; });
 
-TEST_P(SecretsOfAConnectTask, AreSeenByTheWatchWhenTheyAreFreed) {
+TEST_P(SecretsOfAConnectTask, WatchSeesASecretThatIsFreedUnwiped) {
     const FreedMemoryWatch watch(GetParam());
     std::make_unique<wifi::ConnectionSettings>()->password = GetParam();
     EXPECT_GE(watch.leaks(), 1U);
 }
 
-TEST_P(SecretsOfAConnectTask, AreWipedAfterItEnded) {
+TEST_P(SecretsOfAConnectTask, SecretsAreWipedAfterTheTask) {
     forEachSecretMember([&] {
         const FreedMemoryWatch watch(GetParam());
         EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
@@ -65,7 +65,7 @@ TEST_P(SecretsOfAConnectTask, AreWipedAfterItEnded) {
     });
 }
 
-TEST_P(SecretsOfAConnectTask, AreWipedWhenTheNetworkCouldNotBeAdded) {
+TEST_P(SecretsOfAConnectTask, SecretsAreWipedWhenTheAdditionFails) {
     stack->failing = {"addNetworkSync"};
     forEachSecretMember([&] {
         const FreedMemoryWatch watch(GetParam());
@@ -75,7 +75,7 @@ TEST_P(SecretsOfAConnectTask, AreWipedWhenTheNetworkCouldNotBeAdded) {
     });
 }
 
-TEST_P(SecretsOfAConnectTask, AreWipedWhenItThrows) {
+TEST_P(SecretsOfAConnectTask, SecretsAreWipedWhenTheTaskThrows) {
     stack->onCall = [](const std::string& call) {
         if (call == "addNetworkSync(Home)") {
             throw std::runtime_error("out of luck");
@@ -89,7 +89,7 @@ TEST_P(SecretsOfAConnectTask, AreWipedWhenItThrows) {
     });
 }
 
-TEST_P(SecretsOfAConnectTask, AreWipedWhenItWasDropped) {
+TEST_P(SecretsOfAConnectTask, SecretsAreWipedWhenTheTaskIsDropped) {
     forEachSecretMember([&] {
         const FreedMemoryWatch watch(GetParam());
         EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
@@ -99,7 +99,7 @@ TEST_P(SecretsOfAConnectTask, AreWipedWhenItWasDropped) {
     });
 }
 
-TEST_P(SecretsOfAConnectTask, AreWipedWhenTheEngineEndsBeforeIt) {
+TEST_P(SecretsOfAConnectTask, SecretsAreWipedWhenTheEngineEndsFirst) {
     settings.password = GetParam();
     const FreedMemoryWatch watch(GetParam());
     EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
@@ -107,7 +107,7 @@ TEST_P(SecretsOfAConnectTask, AreWipedWhenTheEngineEndsBeforeIt) {
     EXPECT_EQ(watch.leaks(), 0U);
 }
 
-TEST_P(SecretsOfAConnectTask, AreNotCopiedWhenTheRequestIsRefused) {
+TEST_P(SecretsOfAConnectTask, RefusedRequestCopiesNoSecrets) {
     settings.password = GetParam();
     settings.securityMode = wifi::SecurityMode::unsupported;
     const FreedMemoryWatch watch(GetParam());
@@ -116,7 +116,7 @@ TEST_P(SecretsOfAConnectTask, AreNotCopiedWhenTheRequestIsRefused) {
     EXPECT_EQ(watch.leaks(), 0U);
 }
 
-TEST_P(SecretsOfAConnectTask, NeverComeToTheLog) {
+TEST_P(SecretsOfAConnectTask, SecretsAreNeverLogged) {
     forEachSecretMember([&] {
         EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
         communicator->runTasks();

@@ -1,4 +1,4 @@
-// Networks that a selection disabled are enabled again when we lost the supplicant only together with the bus.
+// A supplicant that survives the loss of the bus gets the networks enabled that a selection disabled.
 #include "unit/manager/engine_fixture.h"
 
 namespace kaz::test {
@@ -16,24 +16,24 @@ class LostSupplicant : public EngineTest {
 
     void beginAttempt() {
         engine->connectConfigured("Home");
-        settle();
+        runUntilIdle();
     }
 
     void loseBus() {
-        supplicantGoes();
-        settle();
+        detachSupplicant();
+        runUntilIdle();
     }
 
-    // The calls until the next idle pass has ended.
+    // Attaches the supplicant, runs until idle, and returns the calls.
     Calls comeBack(bool survived) {
         stack->supplicantSurvives = survived;
         takeCalls();
-        supplicantComes();
-        settle();
+        attachSupplicant();
+        runUntilIdle();
         return takeCalls();
     }
 
-    // What the engine calls when the supplicant comes, with nothing to do for its networks.
+    // The calls of an attach without networks to enable, and with them.
     const Calls coming{"isSupplicantOn", "eapMethodsSync", "getAllConfiguredNetworksSync",
                        "readEnabledConfiguration"};
     const Calls comingAndEnabling{"isSupplicantOn",
@@ -47,7 +47,7 @@ class LostSupplicant : public EngineTest {
                                   "saveNetworkConfigurationSync"};
 };
 
-TEST_F(LostSupplicant, ThatSurvivedAnAttemptHasAllNetworksEnabledBeforeAnythingIsSaved) {
+TEST_F(LostSupplicant, SurvivorOfAnAttemptGetsAllNetworksEnabledBeforeTheSave) {
     beginAttempt();
     loseBus();
     EXPECT_EQ(comeBack(true), comingAndEnabling);
@@ -55,7 +55,7 @@ TEST_F(LostSupplicant, ThatSurvivedAnAttemptHasAllNetworksEnabledBeforeAnythingI
     EXPECT_EQ(comeBack(true), coming) << "once";
 }
 
-TEST_F(LostSupplicant, ThatDidNotSurviveKeepsTheNetworksOfItsFile) {
+TEST_F(LostSupplicant, NewSupplicantKeepsTheNetworksOfItsFile) {
     beginAttempt();
     loseBus();
     EXPECT_EQ(comeBack(false), (Calls{"isSupplicantOn", "supplicantSurvived", "eapMethodsSync",
@@ -64,21 +64,21 @@ TEST_F(LostSupplicant, ThatDidNotSurviveKeepsTheNetworksOfItsFile) {
     EXPECT_EQ(comeBack(true), coming) << "the attempt belonged to an earlier supplicant";
 }
 
-TEST_F(LostSupplicant, WithoutAnAttemptKeepsItsNetworks) {
+TEST_F(LostSupplicant, SurvivorWithoutAnAttemptKeepsItsNetworks) {
     loseBus();
     EXPECT_EQ(comeBack(true), coming);
 }
 
-TEST_F(LostSupplicant, AfterAnAttemptKeepsItsNetworks) {
+TEST_F(LostSupplicant, SurvivorAfterACompleteEnablingKeepsItsNetworks) {
     beginAttempt();
     clock->advance(2s);
-    settle();
+    runUntilIdle();
     loseBus();
     EXPECT_EQ(comeBack(true), coming);
 }
 
-TEST_F(LostSupplicant, HasAllNetworksEnabledWhenAnyOfThemCouldNotBeEnabledBefore) {
-    // The networks whose enabling fails at the end of the attempt.
+TEST_F(LostSupplicant, SurvivorOfAFailedEnablingGetsAllNetworksEnabled) {
+    // What fails when the attempt ends.
     const std::vector<std::set<std::string>> rows{{"setEnabledSync"},
                                                   {"setEnabledSync(1, true)"},
                                                   {"setEnabledSync(2, true)"},
@@ -88,21 +88,21 @@ TEST_F(LostSupplicant, HasAllNetworksEnabledWhenAnyOfThemCouldNotBeEnabledBefore
         beginAttempt();
         stack->failing = failing;
         clock->advance(2s);
-        settle();
+        runUntilIdle();
         loseBus();
         stack->failing.clear();
         EXPECT_EQ(comeBack(true), comingAndEnabling);
     }
 }
 
-TEST_F(LostSupplicant, HasAllNetworksEnabledWhenTheReplyToTheSelectionWasLost) {
+TEST_F(LostSupplicant, SurvivorOfASelectionWithoutReplyGetsAllNetworksEnabled) {
     stack->failing = {"selectSync"};
     beginAttempt();
     loseBus();
     EXPECT_EQ(comeBack(true), comingAndEnabling);
 }
 
-TEST_F(LostSupplicant, HasAllNetworksEnabledAtTheNextAttachWhenThatFailedAtThisOne) {
+TEST_F(LostSupplicant, FailedEnablingOfASurvivorIsRetriedAtTheNextLoss) {
     beginAttempt();
     loseBus();
     stack->failing = {"setEnabledSync"};

@@ -1,4 +1,4 @@
-// What the engine makes of the supplicant's property reports.
+// How the engine handles the supplicant's property reports.
 #include "unit/manager/engine_fixture.h"
 
 namespace kaz::test {
@@ -16,7 +16,7 @@ class Report : public EngineTest {
     Report() { startWithSupplicant(); }
 };
 
-TEST_F(ScanningReport, IsPublishedAtOnceWithOneCallbackAChange) {
+TEST_F(ScanningReport, ScanningIsPublishedAtOnceWithOneCallbackPerChange) {
     bool seen = false;
     engine->onScanningChanged([&] { seen = engine->isScanning(); });
     reportScanning(true);
@@ -27,7 +27,7 @@ TEST_F(ScanningReport, IsPublishedAtOnceWithOneCallbackAChange) {
     EXPECT_FALSE(seen);
 }
 
-TEST_F(ScanningReport, OfNoChangeFiresNoCallback) {
+TEST_F(ScanningReport, RepeatedScanningReportInvokesNoCallback) {
     reportScanning(false);
     EXPECT_EQ(takeCallbacks(), Callbacks{});
     reportScanning(true);
@@ -38,61 +38,61 @@ TEST_F(ScanningReport, OfNoChangeFiresNoCallback) {
     EXPECT_EQ(takeCallbacks(), Callbacks{.scanning = 1});
 }
 
-TEST_F(ScanningReport, AfterTheSupplicantWasAwayIsAChangeAgain) {
+TEST_F(ScanningReport, ScanningAfterADetachIsAChange) {
     reportScanning(true);
-    supplicantGoes();
+    detachSupplicant();
     forget();
     reportScanning(true);
     EXPECT_EQ(takeCallbacks(), Callbacks{.scanning = 1});
 }
 
-TEST_F(ScanningReport, ComesToTheTrackerToo) {
+TEST_F(ScanningReport, ScanningReachesTheTracker) {
     engine->connectConfigured("Home");
-    EXPECT_EQ(settle(), 2000ms);
+    EXPECT_EQ(runUntilIdle(), 2000ms);
     reportScanning(true);
-    EXPECT_EQ(settle(), std::nullopt);
+    EXPECT_EQ(runUntilIdle(), std::nullopt);
 }
 
-TEST_F(Report, ThatMentionsNothingChangesNothing) {
+TEST_F(Report, EmptyReportHasNoEffect) {
     becomeConnected("Home");
     SupplicantReport empty;
     empty.bssList = {{"Cafe", -50, SecurityMode::none}};
     empty.currentNetworkSsid = "Cafe";
     empty.currentBss = {"Cafe", -60, SecurityMode::none};
     report(empty);
-    EXPECT_EQ(settle(), std::nullopt);
+    EXPECT_EQ(runUntilIdle(), std::nullopt);
     EXPECT_EQ(state(), R"(status=connected, ssid="Home", signal=-50)");
     EXPECT_TRUE(engine->networks().empty());
     EXPECT_EQ(takeCallbacks(), Callbacks{});
     EXPECT_EQ(takeCalls(), Calls{});
 }
 
-TEST_F(Report, OfACurrentNetworkBeginsAnAttempt) {
+TEST_F(Report, CurrentNetworkBeginsAnAttempt) {
     SupplicantReport selected;
     selected.currentNetworkChange = PropertyChange::Set;
     selected.currentNetworkSsid = "Home";
     report(selected);
-    EXPECT_EQ(settle(), 2000ms);
+    EXPECT_EQ(runUntilIdle(), 2000ms);
     EXPECT_EQ(state(), R"(status=connectingWifi, ssid="Home")");
 }
 
-TEST_F(Report, OfNoCurrentNetworkIsIgnored) {
+TEST_F(Report, ClearedCurrentNetworkIsIgnored) {
     becomeConnected("Home");
     SupplicantReport cleared;
     cleared.currentNetworkChange = PropertyChange::Cleared;
     report(cleared);
-    EXPECT_EQ(settle(), std::nullopt);
+    EXPECT_EQ(runUntilIdle(), std::nullopt);
     EXPECT_EQ(state(), R"(status=connected, ssid="Home", signal=-50)");
 }
 
-TEST_F(Report, OfACurrentBssMovesTheConnectionThere) {
+TEST_F(Report, CurrentBssMovesTheConnectionToIt) {
     becomeConnected("Home");
     reportBss("Home", -44);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=connected, ssid="Home", signal=-44)");
 }
 
-TEST_F(Report, OfNoCurrentBssTakesTheBssAway) {
+TEST_F(Report, ClearedCurrentBssRemovesTheBss) {
     becomeConnected("Home");
     SupplicantReport cleared;
     cleared.currentBssChange = PropertyChange::Cleared;
@@ -100,16 +100,16 @@ TEST_F(Report, OfNoCurrentBssTakesTheBssAway) {
     report(cleared);
     stack->signalPoll = -33;
     communicator->expireTimer();
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=connected, ssid="Home", signal=-50)")
         << "there is no BSS to have the signal";
 }
 
-TEST_F(Report, OfEverythingAtOnceIsTakenFromNetworkToBssToStatus) {
+TEST_F(Report, CombinedReportAppliesNetworkThenBssThenStatus) {
     clock->tickWithEveryReading();
     becomeConnected("Home");
     engine->connectConfigured("Office");
-    settle();
+    runUntilIdle();
     forget();
     SupplicantReport all;
     all.scanning = true;
@@ -122,35 +122,35 @@ TEST_F(Report, OfEverythingAtOnceIsTakenFromNetworkToBssToStatus) {
     all.status = SupplicantStatus::Connected;
     report(all);
     EXPECT_TRUE(engine->isScanning());
-    EXPECT_EQ(settle(), std::nullopt);
+    EXPECT_EQ(runUntilIdle(), std::nullopt);
     EXPECT_EQ(state(), R"(status=connected, ssid="Cafe", signal=-60)");
     EXPECT_TRUE(log.texts(spdlog::level::warn).empty())
         << "the new attempt succeeded, the old one was replaced";
     EXPECT_EQ(engine->networks(), (std::vector<WifiNetwork>{{"Home", -50, SecurityMode::none, false}}));
 }
 
-TEST_F(Report, OfTheEndOfAScanRestartsTheTimeBeforeTheStatusCounts) {
+TEST_F(Report, EndOfScanRestartsTheTimeoutBeforeTheStatusCounts) {
     clock->tickWithEveryReading();
     reportScanning(true);
     engine->connectConfigured("Home");
-    settle();
+    runUntilIdle();
     SupplicantReport done;
     done.scanning = false;
     done.currentBssChange = PropertyChange::Set;
     done.currentBss = {"Home", -60, SecurityMode::none};
     done.status = SupplicantStatus::Connected;
     report(done);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=connectingIP, ssid="Home", signal=-60)")
         << "the link is newer than the scan's end";
 }
 
-TEST_F(Report, OfNetworkdBeingOnlineMakesTheLinkAConnection) {
+TEST_F(Report, NetworkdOnlineTurnsTheLinkIntoAConnection) {
     reportLinkUp("Home");
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=connectingIP, ssid="Home", signal=-50)");
     reportOnline(true);
-    settle();
+    runUntilIdle();
     EXPECT_EQ(state(), R"(status=connected, ssid="Home", signal=-50)");
 }
 

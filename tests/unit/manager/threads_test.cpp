@@ -1,4 +1,4 @@
-// The engine with a loop thread of its own, and other threads that call it meanwhile.
+// The engine with its own loop thread, called by other threads at the same time.
 #include "doubles/fake_clock/fake_clock.h"
 #include "doubles/fake_communicator/threaded_communicator.h"
 #include "doubles/recording_log/recording_log.h"
@@ -42,7 +42,7 @@ class Threads : public ::testing::Test {
         onLoop([this] { communicator->wifiServiceStatusChangeHandler(); });
     }
 
-    // What a test captured is gone before the last idle pass.
+    // The callbacks' captures no longer exist when the last idle pass runs.
     void TearDown() override {
         if (!engine) {
             return;
@@ -58,7 +58,7 @@ class Threads : public ::testing::Test {
 
     void onLoop(const std::function<void()>& function) { communicator->onLoop(function); }
 
-    // Changes everything that can be published; each number gives another state.
+    // Changes everything that is published; each number gives a different state.
     void publishAnother(int number) {
         Communicator::SupplicantInterfaceProperties report;
         report.scanning = number % 2 == 0;
@@ -72,7 +72,7 @@ class Threads : public ::testing::Test {
         communicator->networkdOnlineHandler(number % 3 == 0);
     }
 
-    // Runs the function over and over on a few threads while the loop thread publishes `rounds` states.
+    // Runs the function repeatedly on `threadCount` threads while the loop thread publishes `rounds` states.
     void whilePublishing(const std::function<void()>& function) {
         std::latch started(threadCount);
         std::atomic<bool> done = false;
@@ -103,14 +103,14 @@ class Threads : public ::testing::Test {
     std::unique_ptr<wifi::ManagerImpl> engine;
 };
 
-TEST_F(Threads, ReadConsistentCopiesWhileTheLoopPublishes) {
+TEST_F(Threads, ReadersSeeConsistentCopiesWhileTheLoopPublishes) {
     std::atomic<int> broken = 0;
     whilePublishing([&] {
         const ConnectionInfo info = engine->connectionInfo();
         const bool live = info.status != ConnectionInfo::Status::disconnected;
         broken += live == info.ssid.empty() ? 1 : 0;
         for (const wifi::WifiNetwork& network : engine->networks()) {
-            // Both are written together, so a torn list would not match itself.
+            // SSID and signal have the same number unless the list is torn.
             const bool isCafe = network.ssid == "Cafe " + std::to_string(-network.signal);
             broken += isCafe || network.ssid == "Home" ? 0 : 1;
         }
@@ -123,7 +123,7 @@ TEST_F(Threads, ReadConsistentCopiesWhileTheLoopPublishes) {
     EXPECT_EQ(engine->connectionInfo().signal, -rounds);
 }
 
-TEST_F(Threads, MakeRequestsThatAreAllServed) {
+TEST_F(Threads, RequestsOfSeveralThreadsAreAllServed) {
     constexpr int requestsOfEach = 100;
     wifi::ConnectionSettings settings;
     settings.ssid = "Office";
@@ -155,7 +155,7 @@ TEST_F(Threads, MakeRequestsThatAreAllServed) {
               threadCount * requestsOfEach);
 }
 
-TEST_F(Threads, ThatSwitchAtOnceLeaveFlagFileAndSupplicantAgreed) {
+TEST_F(Threads, ConcurrentChoicesLeaveFlagFileAndSupplicantAgreed) {
     for (int round = 0; round < rounds; ++round) {
         std::latch ready(2);
         const auto turn = [&](bool on) {
@@ -177,7 +177,7 @@ TEST_F(Threads, ThatSwitchAtOnceLeaveFlagFileAndSupplicantAgreed) {
     }
 }
 
-TEST_F(Threads, ThatSwitchWhileTheSupplicantComesAreNotUndoneByTheFile) {
+TEST_F(Threads, ChoiceDuringAnAttachIsKept) {
     for (int round = 0; round < rounds; ++round) {
         const bool on = round % 2 == 0;
         std::latch ready(2);
@@ -195,7 +195,7 @@ TEST_F(Threads, ThatSwitchWhileTheSupplicantComesAreNotUndoneByTheFile) {
     }
 }
 
-TEST_F(Threads, ReplaceCallbacksWhileTheLoopInvokesThem) {
+TEST_F(Threads, CallbacksMayBeReplacedWhileTheLoopInvokesThem) {
     std::atomic<int> invoked = 0;
     whilePublishing([&] {
         const auto payload = std::make_shared<std::string>(100, 'x');
@@ -208,7 +208,7 @@ TEST_F(Threads, ReplaceCallbacksWhileTheLoopInvokesThem) {
     EXPECT_GT(invoked, 0);
 }
 
-TEST_F(Threads, SeeCallbacksOnTheLoopThreadOnlyAndWithTheNewState) {
+TEST_F(Threads, CallbackRunsOnTheLoopThreadAndSeesTheNewState) {
     std::thread::id loopThread;
     onLoop([&] { loopThread = std::this_thread::get_id(); });
     std::promise<std::pair<std::thread::id, ConnectionInfo>> seen;
@@ -224,7 +224,7 @@ TEST_F(Threads, SeeCallbacksOnTheLoopThreadOnlyAndWithTheNewState) {
     EXPECT_EQ(info.ssid, "Home");
 }
 
-TEST_F(Threads, AreNotBlockedByACallbackThatTakesItsTime) {
+TEST_F(Threads, SlowCallbackDoesNotBlockOtherThreads) {
     std::promise<void> inside;
     std::promise<void> mayReturn;
     engine->onConnectionInfoChanged([&] {
@@ -242,7 +242,7 @@ TEST_F(Threads, AreNotBlockedByACallbackThatTakesItsTime) {
     onLoop([] {});
 }
 
-TEST_F(Threads, MayReplaceACallbackFromInsideIt) {
+TEST_F(Threads, CallbackMayReplaceItself) {
     std::atomic<int> former = 0;
     std::atomic<int> latter = 0;
     engine->onScanningChanged([&] {
@@ -256,7 +256,7 @@ TEST_F(Threads, MayReplaceACallbackFromInsideIt) {
     EXPECT_EQ(latter, 2) << "the first of the four numbers brought no change";
 }
 
-TEST_F(Threads, MayCallEveryGetterFromACallback) {
+TEST_F(Threads, CallbackMayCallEveryGetter) {
     std::atomic<int> calls = 0;
     const auto callEverything = [&] {
         static_cast<void>(engine->networks());
@@ -276,7 +276,7 @@ TEST_F(Threads, MayCallEveryGetterFromACallback) {
     EXPECT_EQ(calls, 4);
 }
 
-TEST_F(Threads, GoOnAfterACallbackThatThrows) {
+TEST_F(Threads, LoopContinuesAfterAThrowingCallback) {
     const auto fail = [] { throw std::runtime_error("no luck"); };
     engine->onConnectionInfoChanged(fail);
     engine->onNetworksListChanged(fail);
@@ -289,7 +289,7 @@ TEST_F(Threads, GoOnAfterACallbackThatThrows) {
     EXPECT_TRUE(log.contains("A callback threw an exception: no luck"));
 }
 
-TEST_F(Threads, SeeAnAttemptGivenUpByTheDelayOfTheIdlePassAlone) {
+TEST_F(Threads, ExpiredAttemptIsPublishedByTheIdlePassesDelayAlone) {
     std::promise<void> givenUp;
     engine->onConnectionInfoChanged([&] {
         if (engine->connectionInfo().status == ConnectionInfo::Status::disconnected) {
@@ -298,13 +298,13 @@ TEST_F(Threads, SeeAnAttemptGivenUpByTheDelayOfTheIdlePassAlone) {
     });
     engine->connectConfigured("Nowhere");
     onLoop([&] { clock->advance(std::chrono::milliseconds(1990)); });
-    // The loop now looks again every 10 ms, and nothing else happens.
+    // From now on only the delay of 10 ms makes the loop run the idle pass.
     clock->advance(std::chrono::milliseconds(10));
     givenUp.get_future().wait();
     EXPECT_EQ(engine->connectionInfo().disconnectSsid, "Nowhere");
 }
 
-TEST_F(Threads, EndTheEngineWithoutItsQueuedTasksButWithALastIdlePass) {
+TEST_F(Threads, EngineEndDropsQueuedTasksAndRunsALastIdlePass) {
     std::promise<void> inside;
     std::promise<void> mayReturn;
     communicator->pushTaskAsync_([&] {

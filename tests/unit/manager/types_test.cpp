@@ -1,4 +1,6 @@
 // The value types that cross the library's boundary.
+#include "support/printed_values/printed_values.h"
+
 #include <wifi/types.h>
 
 #include <gtest/gtest.h>
@@ -17,13 +19,13 @@ using wifi::SecurityMode;
 using wifi::UISecurityMode;
 using wifi::WifiNetwork;
 
-TEST(UiSecurityMode, IsNoneForNoneAndForEveryUnknownMode) {
+TEST(UiSecurityMode, UnknownModesMapToNone) {
     for (const int mode : {0, 8, 9, -1, 1000, INT_MAX, INT_MIN}) {
         EXPECT_EQ(wifi::toUISecurityMode(static_cast<SecurityMode>(mode)), UISecurityMode::none) << mode;
     }
 }
 
-TEST(UiSecurityMode, IsTheCoarseFormOfEveryMode) {
+TEST(UiSecurityMode, EveryModeMapsToItsCoarseForm) {
     struct Row {
         SecurityMode mode;
         UISecurityMode shown;
@@ -39,11 +41,11 @@ TEST(UiSecurityMode, IsTheCoarseFormOfEveryMode) {
         Row{SecurityMode::unsupported, UISecurityMode::unsupported},
     };
     for (const Row& row : rows) {
-        EXPECT_EQ(wifi::toUISecurityMode(row.mode), row.shown) << static_cast<int>(row.mode);
+        EXPECT_EQ(wifi::toUISecurityMode(row.mode), row.shown) << ::testing::PrintToString(row.mode);
     }
 }
 
-TEST(SecurityMode, HasFixedNumbers) {
+TEST(SecurityMode, SecurityModesHaveFixedNumbers) {
     constexpr std::array inOrder{SecurityMode::none,
                                  SecurityMode::wep,
                                  SecurityMode::wpaPsk,
@@ -57,14 +59,14 @@ TEST(SecurityMode, HasFixedNumbers) {
     }
 }
 
-TEST(WifiNetwork, DiffersWhenOnlyTheConfiguredFlagDoes) {
+TEST(WifiNetwork, NetworksThatDifferInConfiguredAreUnequal) {
     const WifiNetwork network{"Home", -50, SecurityMode::rsnPsk, false};
     const WifiNetwork configured{"Home", -50, SecurityMode::rsnPsk, true};
     EXPECT_FALSE(network == configured);
     EXPECT_TRUE(network != configured);
 }
 
-TEST(WifiNetwork, EqualsOnlyWhatIsTheSameInAllFields) {
+TEST(WifiNetwork, NetworksAreEqualOnlyInAllFields) {
     const WifiNetwork network{"Home", -50, SecurityMode::rsnPsk, true};
     EXPECT_TRUE(network == (WifiNetwork{"Home", -50, SecurityMode::rsnPsk, true}));
     const std::vector<WifiNetwork> others{{"home", -50, SecurityMode::rsnPsk, true},
@@ -76,7 +78,7 @@ TEST(WifiNetwork, EqualsOnlyWhatIsTheSameInAllFields) {
     }
 }
 
-TEST(ConnectionInfo, EqualsOnlyWhatIsTheSameInAllSixFields) {
+TEST(ConnectionInfo, RecordsAreEqualOnlyInAllSixFields) {
     const std::vector<std::function<void(ConnectionInfo&)>> changes{
         [](ConnectionInfo& info) { info.status = ConnectionInfo::Status::connectingIP; },
         [](ConnectionInfo& info) { info.ssid = "Home"; },
@@ -94,7 +96,7 @@ TEST(ConnectionInfo, EqualsOnlyWhatIsTheSameInAllSixFields) {
     }
 }
 
-TEST(ConnectionInfo, StartsAllZero) {
+TEST(ConnectionInfo, NewRecordIsAllZero) {
     const ConnectionInfo info;
     EXPECT_EQ(info.status, ConnectionInfo::Status::disconnected);
     EXPECT_EQ(info.ssid, "");

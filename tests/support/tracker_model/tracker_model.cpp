@@ -1,4 +1,4 @@
-#include "unit/connection_info/tracker_model.h"
+#include "support/tracker_model/tracker_model.h"
 
 #include <cstdint>
 
@@ -76,8 +76,8 @@ void TrackerModel::setCurrentBss(const std::optional<wifi::Communicator::BssProp
     update();
 }
 
-void TrackerModel::setSupplicantStatus(int status) {
-    status_ = status;
+void TrackerModel::setSupplicantStatus(wifi::Communicator::SupplicantConnectionStatus status) {
+    status_ = static_cast<int>(status);
     statusTime_ = clock_->get();
     update();
 }
@@ -123,10 +123,9 @@ void TrackerModel::update() {
     if (attempt_) {
         const Fate fate = fateOfAttempt();
         if (fate != Fate::waits) {
-            mourn(fate);
+            logEnd(fate);
             attempt_.reset();
         }
-        // Out of time: what the supplicant says is judged as if there had never been an attempt.
     }
     if (!attempt_) {
         followSupplicant();
@@ -155,7 +154,7 @@ TrackerModel::Fate TrackerModel::fateOfAttempt() {
     return Fate::waits;
 }
 
-void TrackerModel::mourn(Fate fate) {
+void TrackerModel::logEnd(Fate fate) {
     const std::string wanted = redacted(attempt_->ssid);
     switch (fate) {
         case Fate::waits:

@@ -14,8 +14,8 @@
 
 namespace kaz::test {
 
-// The rules of the connection tracker told a second time, from the point of view of an attempt's fate, to be
-// compared with the tracker itself. Plain and slow; the operations have the tracker's names and meanings.
+// A second implementation of the connection tracker's rules, simple and slow, to compare the tracker with. It first
+// decides whether the attempt has ended, and how. Its operations are those of the tracker.
 class TrackerModel {
   public:
     explicit TrackerModel(std::shared_ptr<FakeClock> clock) : clock_(std::move(clock)) {}
@@ -26,15 +26,15 @@ class TrackerModel {
     void setCurrentNetworkSsid(const std::optional<std::string>& ssid);
     void setScanning(bool scanning);
     void setCurrentBss(const std::optional<wifi::Communicator::BssProperties>& bss);
-    void setSupplicantStatus(int status);
+    void setSupplicantStatus(wifi::Communicator::SupplicantConnectionStatus status);
     void setSignalStrength(int dBm);
     void setNetworkdIsOnline(bool online);
     void setSupplicantState(bool on);
     wifi::ConnectionInfo getConnectionInfo();
     std::optional<std::chrono::milliseconds> getActiveTimeout() const;
 
-    // The texts that were to be logged, each with "warning: " or "debug: " before it.
-    const std::vector<std::string>& texts() const { return texts_; }
+    // The log records expected since the last call, each with "warning: " or "debug: " before its text.
+    std::vector<std::string> takeTexts() { return std::exchange(texts_, {}); }
 
   private:
     using TimePoint = FakeClock::TimePoint;
@@ -51,7 +51,7 @@ class TrackerModel {
     void end(wifi::ConnectionInfo::DisconnectReason reason);
     void update();
     Fate fateOfAttempt();
-    void mourn(Fate fate);
+    void logEnd(Fate fate);
     void followSupplicant();
     void followLink();
 
