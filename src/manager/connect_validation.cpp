@@ -24,7 +24,7 @@ ConnectResult validateWepKey(const std::string& key) {
     return valid ? ConnectResult::ok : ConnectResult::wepKeyInvalidLength;
 }
 
-// No method at all leaves the choice to the two sides.
+// An empty method leaves the choice to the supplicant and the network.
 bool isOffered(const std::string& method, const std::set<std::string>& offered) {
     return method.empty() || offered.contains(method);
 }

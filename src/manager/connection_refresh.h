@@ -11,8 +11,9 @@
 
 namespace kaz::wifi {
 
-// Publishes what the tracker says about the connection, and does what a change of it calls for: gauges, the timer that
-// polls the signal, priorities after a success, enabling the other networks after an attempt. Loop thread only.
+// Publishes the tracker's record when it has changed. Before that it reacts to the change: it sets the gauges, arms or
+// disarms the timer that polls the signal, sets priorities after a success, and enables the other networks after an
+// attempt. Loop thread only.
 class ConnectionRefresh {
   public:
     ConnectionRefresh(Communicator& communicator, ConnectionInfoHelper& tracker,

@@ -18,7 +18,7 @@ void EnabledChoice::setEnabled(bool on) {
     communicator_.pushTaskAsync_([this, on] { communicator_.startStopSupplicantSync(on); });
 }
 
-// A choice made between the reading and the exchange would be lost. Under the mutex it comes before both or after both.
+// Without the mutex, a choice made between the read and the exchange would be lost.
 bool EnabledChoice::adoptStoredChoice() {
     const std::unique_lock lock(mutex_, std::try_to_lock);
     if (!lock) {

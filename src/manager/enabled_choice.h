@@ -22,7 +22,7 @@ class EnabledChoice {
     void setEnabled(bool on);
 
     // Reads the file again and takes over what it says. True when that changed the flag. Does nothing while setEnabled()
-    // runs: its choice is newer than the file. Never waits for setEnabled().
+    // runs: its choice is newer than the file. Never waits for setEnabled(), which waits for this.
     bool adoptStoredChoice();
 
   private:

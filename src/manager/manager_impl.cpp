@@ -101,7 +101,7 @@ std::optional<std::chrono::milliseconds> ManagerImpl::signalEventLoopIdle() {
     refresh_.taskUpdateConnectionInfo();
     list_.taskUpdateNetworks();
     if (stopping_) {
-        // Nobody will see how the attempt ends.
+        // The engine will not see how a pending attempt ends.
         configuration_.enableOthersAgain();
     }
     configuration_.taskSaveConfiguration();
@@ -117,13 +117,13 @@ void ManagerImpl::signalTimerCompleted() {
 void ManagerImpl::signalWifiServiceStatusChange() {
     const bool up = communicator_->isSupplicantOn();
     if (up) {
-        configuration_.supplicantCame();
+        configuration_.supplicantAttached();
         published_.publish(usableEapMethods(communicator_->eapMethodsSync()));
         list_.taskUpdateConfiguredNetworks();
     } else {
-        reports_.supplicantWent();
-        list_.supplicantWent();
-        configuration_.supplicantWent();
+        reports_.supplicantDetached();
+        list_.supplicantDetached();
+        configuration_.supplicantDetached();
     }
     tracker_.setSupplicantState(up);
     const bool enabledChanged = choice_.adoptStoredChoice();

@@ -25,11 +25,12 @@
 
 namespace kaz::wifi {
 
-// The engine behind Manager: posts requests as tasks and connects the communicator's reports with those who handle them.
+// The engine behind Manager. It posts requests as tasks and passes the communicator's reports to the classes that handle
+// them.
 //
 // Requests and getters may be called from any thread. Functions named task... and signal... run on the loop thread, one
-// at a time. They collect facts; the idle pass publishes them: first the connection, then the network list. Last it
-// saves the supplicant's configuration if a save was requested.
+// at a time. The idle pass publishes what they changed: first the connection, then the network list. Then it saves the
+// supplicant's configuration if a save was requested.
 class ManagerImpl {
   public:
     ManagerImpl();

@@ -21,7 +21,7 @@ void NetworkList::setConnection(const ConnectionInfo& info) {
     networksDirty_ = true;
 }
 
-void NetworkList::supplicantWent() {
+void NetworkList::supplicantDetached() {
     bssList_.clear();
     configuredSsids_.clear();
     networksDirty_ = true;

@@ -12,8 +12,8 @@
 
 namespace kaz::wifi {
 
-// The list of networks in range: one entry per SSID, without the network in use. A new fact only marks the list; the
-// next taskUpdateNetworks() rebuilds and publishes it. Loop thread only.
+// The list of networks in range: one entry per SSID, without the network in use. A new fact only marks the list as
+// dirty; the next taskUpdateNetworks() rebuilds and publishes it. Loop thread only.
 class NetworkList {
   public:
     NetworkList(Communicator& communicator, Published& published)
@@ -21,7 +21,7 @@ class NetworkList {
 
     void setBssList(std::vector<Communicator::BssProperties> list);
     void setConnection(const ConnectionInfo& info);
-    void supplicantWent();
+    void supplicantDetached();
 
     // Asks the supplicant which networks are configured.
     void taskUpdateConfiguredNetworks();

@@ -43,8 +43,8 @@ void SupplicantConfiguration::taskSaveConfiguration() {
     }
 }
 
-// A new supplicant starts from its file. One that survived the loss of the bus still has the networks disabled.
-void SupplicantConfiguration::supplicantCame() {
+// A new supplicant has read its file. One that survived the loss of the bus still has the networks disabled.
+void SupplicantConfiguration::supplicantAttached() {
     if (enablingUnconfirmed_ && communicator_.supplicantSurvived()) {
         enableAll();
     } else {
@@ -52,7 +52,7 @@ void SupplicantConfiguration::supplicantCame() {
     }
 }
 
-void SupplicantConfiguration::supplicantWent() {
+void SupplicantConfiguration::supplicantDetached() {
     othersDisabled_ = false;
 }
 

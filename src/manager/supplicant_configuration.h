@@ -6,8 +6,8 @@
 
 namespace kaz::wifi {
 
-// The engine's duties towards the supplicant's configuration: networks that a selection disabled are enabled again,
-// and changes are saved. Nobody else decides either. Loop thread only.
+// The engine's duties towards the supplicant's configuration: it enables networks that a selection disabled, and saves
+// changes. No other class does either. Loop thread only.
 class SupplicantConfiguration {
   public:
     explicit SupplicantConfiguration(Communicator& communicator) : communicator_(communicator) {}
@@ -27,8 +27,8 @@ class SupplicantConfiguration {
     // restarts with such a file knows only one network.
     void taskSaveConfiguration();
 
-    void supplicantCame();
-    void supplicantWent();
+    void supplicantAttached();
+    void supplicantDetached();
 
   private:
     void enableAll();

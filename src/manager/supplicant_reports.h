@@ -25,7 +25,7 @@ class SupplicantReports {
     void signalSupplicantPropertiesChanged(Communicator::SupplicantInterfaceProperties properties);
 
     // Ends scanning without a callback.
-    void supplicantWent() { scanning_ = false; }
+    void supplicantDetached() { scanning_ = false; }
 
   private:
     void setScanning(bool scanning);
