@@ -1,5 +1,6 @@
-# shellcheck shell=bash disable=SC2154  # `package` sets the variables
-# Sourced. Clean roots of Debian testing for building and testing packages, kept in .deps/package for the next run.
+# shellcheck shell=bash disable=SC2154  # `package` and `root` set the variables
+# Sourced. Clean roots of Debian. `root` runs a command in one; `package` builds and tests packages in roots of Debian
+# testing and keeps them in .deps/package for the next run.
 #
 # A root is a stack of folders:
 #   base    what a program that uses the library needs to build: a compiler, CMake, pkgconf, and apt
@@ -18,7 +19,7 @@ readonly cross_tools=(build-essential crossbuild-essential-arm64 dpkg-dev ccache
 readonly cross_packages=(libgtest-dev:arm64 libgmock-dev:arm64)
 
 say() { printf '==> %s\n' "$*" >&2; }
-die() { printf 'package: %s\n' "$*" >&2; exit 1; }
+die() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; exit 1; }
 
 # Runs a command and writes its output to a log. Shows the end of the log when the command fails.
 logged() { # log, command...
@@ -53,6 +54,8 @@ enter() { # stack, folder for changes, [bind SOURCE TARGET]... command...
     mount -t overlay overlay -o "lowerdir=$stack,upperdir=$changing/changes,workdir=$changing/work" "$changing/root"
     mount -t proc proc "$changing/root/proc"
     mount -t tmpfs -o mode=1777 tmpfs "$changing/root/dev/shm"
+    mount -t devpts -o newinstance,ptmxmode=0666 devpts "$changing/root/dev/pts"
+    mount -t sysfs sysfs "$changing/root/sys"
     for file in /etc/resolv.conf /etc/hosts; do
       [ ! -e "$file" ] || [ ! -e "$changing/root$file" ] || mount --bind "$file" "$changing/root$file"
     done
@@ -77,21 +80,28 @@ layer_is_there() { # name, what goes into it
   [ "$fresh" != yes ] && [ -d "$store/$1" ] && [ "$(cat "$store/$1.made-of" 2>/dev/null)" = "$2" ]
 }
 
-make_base() {
-  local site options option new=$store/base.new made_of
-  made_of="$suite $(IFS=,; echo "${base_packages[*]}")"
-  if layer_is_there base "$made_of"; then return; fi
+# Debian's essential packages, apt, and those named; apt keeps its lists.
+make_root() { # folder, suite, log, [package...]
+  local site options option
   site=$(archive)
   [ -n "$site" ] || die "apt has no archive with this release's main component; run apt-get update"
+  options=(--aptopt='APT::Install-Recommends "false"' --dpkgopt=force-unsafe-io)
+  while IFS= read -r option; do options+=("--aptopt=$option"); done < <(apt_options)
+  if [ $# -gt 3 ]; then options+=("--include=$(IFS=,; echo "${*:4}")"); fi
+  TMPDIR=$(dirname "$1") logged "$3" mmdebstrap --variant=apt --format=directory --skip=cleanup/apt/lists \
+    "${options[@]}" "$2" "$1" "deb $site $2 main"
+}
+
+make_base() {
+  local new=$store/base.new made_of
+  made_of="$suite $(IFS=,; echo "${base_packages[*]}")"
+  if layer_is_there base "$made_of"; then return; fi
   say "making a root of $suite (once)"
   throw_away "$new"
   throw_away "$store/build"
   throw_away "$store/cross"
-  options=(--aptopt='APT::Install-Recommends "false"' --dpkgopt=force-unsafe-io)
-  while IFS= read -r option; do options+=("--aptopt=$option"); done < <(apt_options)
   mkdir -p "$store"
-  TMPDIR=$store logged "$store/base.log" mmdebstrap --variant=apt --format=directory --skip=cleanup/apt/lists \
-    "${options[@]}" --include="$(IFS=,; echo "${base_packages[*]}")" "$suite" "$new" "deb $site $suite main"
+  make_root "$new" "$suite" "$store/base.log" "${base_packages[@]}"
   throw_away "$store/base"
   mv "$new" "$store/base"
   echo "$made_of" >"$store/base.made-of"

@@ -76,6 +76,8 @@ def problems_of_dev(words):
         elif word.startswith("-"):
             known = word in ("-R", "--target") or re.search(rf"{re.escape(word)}(?![\w-])", options)
             problems += [] if known else [f"./dev {command} has no option {word}"]
+        elif command == "test" and "/" in word:
+            problems += [] if f"tests/{word}/CMakeLists.txt" in projects else [f"there are no tests in tests/{word}"]
         elif command in ("build", "test") and previous == command:
             problems += [] if word in presets else [f"there is no preset {word}"]
         elif command == "fuzz" and previous == command:

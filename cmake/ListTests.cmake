@@ -1,0 +1,40 @@
+# Included by ctest, for each program that kaz_add_tests made: tells ctest of the tests in it.
+#
+# A process for each suite rather than for each test, since most of a short test's time is its process's start. With
+# KAZ_EACH_TEST set it is a process for each test, and a test can be chosen by its name.
+
+# kaz_list_tests(PROGRAM TIMEOUT [EMULATOR...])
+function(kaz_list_tests program timeout)
+  cmake_path(GET program FILENAME name)
+  if(NOT EXISTS "${program}")
+    add_test(${name}.IsBuilt "${program}")
+    return()
+  endif()
+  set(list "${program}.tests")
+  if(NOT EXISTS "${list}" OR "${program}" IS_NEWER_THAN "${list}")
+    # Without what it says of parameters, which may be any text.
+    execute_process(COMMAND ${ARGN} "${program}" --gtest_list_tests COMMAND sed "s/ *#.*//"
+      OUTPUT_FILE "${list}" RESULTS_VARIABLE codes)
+    if(NOT codes STREQUAL "0;0")
+      file(REMOVE "${list}")
+      message(FATAL_ERROR "${program} does not tell which tests it has: ${codes}")
+    endif()
+  endif()
+  file(STRINGS "${list}" lines REGEX "^[A-Za-z0-9_/]+\\.|^  ")
+  foreach(line IN LISTS lines)
+    if(NOT line MATCHES "^  ")
+      set(suite "${line}")
+    elseif(DEFINED ENV{KAZ_EACH_TEST})
+      string(STRIP "${line}" test)
+      list(APPEND tests "${suite}${test}")
+    else()
+      list(APPEND tests "${suite}*")
+    endif()
+  endforeach()
+  list(REMOVE_DUPLICATES tests)
+  foreach(test IN LISTS tests)
+    string(REGEX REPLACE "\\.\\*$" "" named "${test}")
+    add_test("${named}" ${ARGN} "${program}" "--gtest_filter=${test}")
+    set_tests_properties("${named}" PROPERTIES TIMEOUT ${timeout})
+  endforeach()
+endfunction()
