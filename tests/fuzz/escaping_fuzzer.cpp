@@ -1,9 +1,9 @@
 // SSIDs on a terminal: a stranger chose the bytes, so what is shown must neither steer the terminal nor pass for
 // another SSID, and must be as wide as it was reckoned.
 #include "fuzz/require.h"
-#include "kazwifictl/network_table.h"
-#include "kazwifictl/ssid_text.h"
-#include "kazwifictl/unicode.h"
+#include "kazwifictl/text/network_table.h"
+#include "kazwifictl/text/ssid_text.h"
+#include "kazwifictl/text/unicode.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 #include <locale.h>

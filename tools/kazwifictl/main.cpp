@@ -9,17 +9,17 @@
 #include <memory>
 #include <system_error>
 
-#include "kazwifictl/background.h"
-#include "kazwifictl/caught_signals.h"
-#include "kazwifictl/command_failed.h"
-#include "kazwifictl/commands.h"
-#include "kazwifictl/library_log.h"
-#include "kazwifictl/live_workspace.h"
-#include "kazwifictl/one_shot.h"
-#include "kazwifictl/options.h"
-#include "kazwifictl/output.h"
-#include "kazwifictl/prompt.h"
-#include "kazwifictl/simulation.h"
+#include "kazwifictl/commands/commands.h"
+#include "kazwifictl/input/options.h"
+#include "kazwifictl/output/output.h"
+#include "kazwifictl/process/background.h"
+#include "kazwifictl/process/caught_signals.h"
+#include "kazwifictl/process/library_log.h"
+#include "kazwifictl/process/simulation.h"
+#include "kazwifictl/prompt/prompt.h"
+#include "kazwifictl/session/live_workspace.h"
+#include "kazwifictl/session/one_shot.h"
+#include "kazwifictl/text/failure.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "kazwifictl/device.h"
+#include "kazwifictl/session/device.h"
 
 namespace kaz::ctl {
 namespace {

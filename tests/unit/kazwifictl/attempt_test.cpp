@@ -1,4 +1,4 @@
-#include "kazwifictl/attempt.h"
+#include "kazwifictl/commands/attempt.h"
 
 #include <gtest/gtest.h>
 

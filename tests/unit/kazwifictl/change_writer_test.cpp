@@ -5,7 +5,7 @@
 #include <chrono>
 #include <string>
 
-#include "kazwifictl/monitor.h"
+#include "kazwifictl/commands/change_writer.h"
 #include "unit/kazwifictl/fake_device.h"
 
 namespace kaz::ctl {

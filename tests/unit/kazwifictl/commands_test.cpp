@@ -1,4 +1,4 @@
-#include "kazwifictl/commands.h"
+#include "kazwifictl/commands/commands.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -7,9 +7,9 @@
 #include <chrono>
 #include <string>
 
-#include "kazwifictl/command_failed.h"
-#include "kazwifictl/live_workspace.h"
-#include "kazwifictl/one_shot.h"
+#include "kazwifictl/session/live_workspace.h"
+#include "kazwifictl/session/one_shot.h"
+#include "kazwifictl/text/failure.h"
 #include "unit/kazwifictl/fake_device.h"
 #include "unit/kazwifictl/secret_file.h"
 

@@ -1,4 +1,4 @@
-#include "kazwifictl/connect_plan.h"
+#include "kazwifictl/commands/connect_plan.h"
 
 #include <gtest/gtest.h>
 

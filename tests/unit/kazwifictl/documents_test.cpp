@@ -1,11 +1,11 @@
-#include "kazwifictl/documents.h"
+#include "kazwifictl/output/documents.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <string>
 
-#include "kazwifictl/connect_report.h"
+#include "kazwifictl/commands/connect_report.h"
 #include "unit/kazwifictl/fake_device.h"
 
 namespace kaz::ctl {
@@ -19,7 +19,7 @@ using wifi::SecurityMode;
 
 TEST(Documents, HaveAHeadAndOnFailureAnError) {
     const Failure failure{ExitCode::notFound, "what", "why", "this"};
-    EXPECT_EQ(oneLine(document(Command::forget, ssidMembers("Home"), &failure)),
+    EXPECT_EQ(oneLine(document("forget", ssidMembers("Home"), &failure)),
               R"({"format":1,"command":"forget","ok":false,"ssid":"Home","ssid_hex":"486f6d65",)"
               R"("error":{"code":5,"name":"not-found","what":"what","why":"why","try":"this"}})"
               "\n");

@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "kazwifictl/device.h"
+#include "kazwifictl/session/device.h"
 
 namespace kaz::test {
 

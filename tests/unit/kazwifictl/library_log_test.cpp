@@ -1,4 +1,4 @@
-#include "kazwifictl/library_log.h"
+#include "kazwifictl/process/library_log.h"
 
 #include <gtest/gtest.h>
 #include <spdlog/spdlog.h>

@@ -1,11 +1,11 @@
-#include "kazwifictl/network_table.h"
+#include "kazwifictl/text/network_table.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "kazwifictl/unicode.h"
+#include "kazwifictl/text/unicode.h"
 #include "unit/kazwifictl/fake_device.h"
 
 namespace kaz::ctl {

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "kazwifictl/completion.h"
-#include "kazwifictl/words_of_line.h"
+#include "kazwifictl/prompt/completion.h"
+#include "kazwifictl/prompt/words_of_line.h"
 #include "unit/kazwifictl/fake_device.h"
 
 namespace kaz::ctl {

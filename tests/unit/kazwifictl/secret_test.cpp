@@ -1,4 +1,4 @@
-#include "kazwifictl/secret.h"
+#include "kazwifictl/input/secret.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "kazwifictl/command_failed.h"
+#include "kazwifictl/text/failure.h"
 #include "unit/kazwifictl/secret_file.h"
 
 namespace kaz::ctl {

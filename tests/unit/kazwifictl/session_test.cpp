@@ -1,4 +1,4 @@
-#include "kazwifictl/session.h"
+#include "kazwifictl/session/session.h"
 
 #include <gtest/gtest.h>
 #include <pthread.h>

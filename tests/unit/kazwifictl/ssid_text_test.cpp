@@ -1,4 +1,4 @@
-#include "kazwifictl/ssid_text.h"
+#include "kazwifictl/text/ssid_text.h"
 
 #include <gtest/gtest.h>
 

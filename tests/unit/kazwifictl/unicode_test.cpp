@@ -1,4 +1,4 @@
-#include "kazwifictl/unicode.h"
+#include "kazwifictl/text/unicode.h"
 
 #include <gtest/gtest.h>
 

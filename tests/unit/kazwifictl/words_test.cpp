@@ -1,10 +1,10 @@
-#include "kazwifictl/words.h"
+#include "kazwifictl/text/words.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 
-#include "kazwifictl/signal_strength.h"
+#include "kazwifictl/text/signal_strength.h"
 
 namespace kaz::ctl {
 namespace {

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <wifi/types.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kazwifictl/session/event.h"
+
+namespace kaz::ctl {
+
+// A part of connecting that is over, and what it took.
+struct Stage {
+    enum class Kind {
+        search,   // the supplicant scanned
+        join,     // the radio link was set up
+        address,  // an address was obtained
+    };
+    Kind kind = Kind::join;
+    Clock::duration took{};
+};
+
+// Follows one attempt to connect through the events of the device, from the request to what came of it.
+//
+// The library tells when an attempt is given up, not why. It gives up a supplicant that does not react 2000
+// ms after the attempt began or the last scan ended, and never once the link set-up has been seen; so an end
+// at just that moment means silence and any other end that somebody turned the device away. An end that a
+// slow machine notices late may be taken for the latter.
+class Attempt {
+  public:
+    enum class Outcome {
+        connected,     // with an address
+        notAnswering,  // nobody answered under that name
+        refused,       // the other side broke off
+        lost,          // the link was up and broke before an address was obtained
+        other,         // the device is connected to another network
+        stopped,       // the supplicant went away
+    };
+
+    // `ssid` has been asked for at `requested`.
+    Attempt(std::string ssid, Clock::time_point requested);
+
+    // Every event after the request, in order.
+    void see(const Event& event);
+
+    // Whether the library has taken the attempt up.
+    bool begun() const { return status_ != Status::disconnected; }
+
+    // Nothing while it is still going on.
+    std::optional<Outcome> outcome() const { return outcome_; }
+
+    // Whether the radio link stands; what is missing then is an address.
+    bool linkIsUp() const { return status_ == Status::connectingIP || status_ == Status::connected; }
+
+    // What is going on; nothing before the attempt has begun and after its end.
+    std::optional<Stage::Kind> current() const;
+    const std::vector<Stage>& stages() const { return stages_; }
+
+    const std::string& ssid() const { return ssid_; }
+    // The network that the device ended up with when the outcome is `other`.
+    const std::string& otherSsid() const { return otherSsid_; }
+    std::optional<int> signal() const { return signal_; }
+    Clock::duration total() const { return last_ - requested_; }
+
+  private:
+    using Status = wifi::ConnectionInfo::Status;
+
+    void seeConnection(const wifi::ConnectionInfo& info, Clock::time_point time);
+    void seeScanning(bool scanning, Clock::time_point time);
+    void end(Outcome outcome, Clock::time_point time);
+    void endStage(Stage::Kind kind, Clock::time_point time);
+    Outcome endOfJoining(const wifi::ConnectionInfo& info) const;
+
+    std::string ssid_;
+    Clock::time_point requested_;
+    Clock::time_point stageBegan_;
+    Clock::time_point patienceBegan_;  // when the library's 2000 ms began
+    Clock::time_point last_;
+    Status status_ = Status::disconnected;
+    bool scanning_ = false;
+    std::vector<Stage> stages_;
+    std::optional<Outcome> outcome_;
+    std::optional<int> signal_;
+    std::string otherSsid_;
+};
+
+}  // namespace kaz::ctl

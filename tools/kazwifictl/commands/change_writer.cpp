@@ -1,0 +1,174 @@
+#include "kazwifictl/commands/change_writer.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+#include <time.h>
+
+#include <algorithm>
+#include <map>
+
+#include "kazwifictl/output/documents.h"
+#include "kazwifictl/text/signal_strength.h"
+#include "kazwifictl/text/ssid_text.h"
+#include "kazwifictl/text/words.h"
+
+namespace kaz::ctl {
+
+using wifi::ConnectionInfo;
+using wifi::WifiNetwork;
+
+namespace {
+
+using WallClock = ChangeWriter::WallClock;
+
+int millisecondOf(WallClock::time_point time) {
+    using std::chrono::milliseconds;
+    const auto sinceEpoch = std::chrono::duration_cast<milliseconds>(time.time_since_epoch());
+    return static_cast<int>(sinceEpoch.count() % 1000);
+}
+
+std::string localTime(WallClock::time_point time) {
+    const time_t seconds = WallClock::to_time_t(time);
+    tm parts{};
+    ::localtime_r(&seconds, &parts);
+    return fmt::format("{:%H:%M:%S}.{:03}", parts, millisecondOf(time));
+}
+
+std::string utcTime(WallClock::time_point time) {
+    const time_t seconds = WallClock::to_time_t(time);
+    tm parts{};
+    ::gmtime_r(&seconds, &parts);
+    return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", parts, millisecondOf(time));
+}
+
+std::map<std::string, WifiNetwork> bySsid(const std::vector<WifiNetwork>& networks) {
+    std::map<std::string, WifiNetwork> map;
+    for (const WifiNetwork& network : networks) {
+        map.emplace(network.ssid, network);
+    }
+    return map;
+}
+
+std::string differences(const WifiNetwork& before, const WifiNetwork& now) {
+    std::string text;
+    if (before.signal != now.signal) {
+        text += fmt::format(", was {} dBm", before.signal);
+    }
+    if (before.securityMode != now.securityMode) {
+        text += fmt::format(", was {}", securityInWords(before.securityMode));
+    }
+    if (before.configured != now.configured) {
+        text += before.configured ? ", was saved" : ", was not saved";
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string ChangeWriter::begin(const View& view, WallClock::time_point time) {
+    return power(view, time) + (view.running ? connection(view.connection, time) : std::string()) +
+           (view.scanning ? scanning(true, time) : std::string()) + networks({}, view.networks, time);
+}
+
+std::string ChangeWriter::change(const View& before, const Event& event, WallClock::time_point time) {
+    if (const auto* change = std::get_if<PowerChange>(&event.change)) {
+        View after = before;
+        after.apply(event);
+        return change->enabled == before.enabled && change->running == before.running ? ""
+                                                                                      : power(after, time);
+    }
+    if (const auto* change = std::get_if<ScanningChange>(&event.change)) {
+        return change->scanning == before.scanning ? "" : scanning(change->scanning, time);
+    }
+    if (const auto* change = std::get_if<NetworksChange>(&event.change)) {
+        return networks(before.networks, change->networks, time);
+    }
+    const auto& info = std::get<ConnectionChange>(event.change).info;
+    return info == before.connection ? "" : connection(info, time);
+}
+
+std::string ChangeWriter::line(WallClock::time_point time, std::string_view topic, const std::string& text,
+                               const Json& json) {
+    if (output_.json()) {
+        Json object{{"format", 1}, {"time", utcTime(time)}, {"event", topic}};
+        object.update(json);
+        return oneLine(object);
+    }
+    const std::string stamp = output_.style().dim(localTime(time));
+    return fmt::format("{}  {:<10}  {}\n", stamp, topic, text);
+}
+
+std::string ChangeWriter::power(const View& view, WallClock::time_point time) {
+    const std::string text = fmt::format("{}, wpa_supplicant {}", view.enabled ? "on" : "off",
+                                         view.running ? "runs" : "does not run");
+    return line(time, "wifi", text, {{"enabled", view.enabled}, {"running", view.running}});
+}
+
+std::string ChangeWriter::scanning(bool scanning, WallClock::time_point time) {
+    return line(time, "scan", scanning ? "began" : "ended", {{"scanning", scanning}});
+}
+
+std::string ChangeWriter::connection(const ConnectionInfo& info, WallClock::time_point time) {
+    const Style& style = output_.style();
+    std::string text(statusInWords(info.status));
+    if (info.status == ConnectionInfo::Status::disconnected) {
+        text = info.disconnectReason == ConnectionInfo::DisconnectReason::unknown ? text : style.bad(text);
+        if (!info.disconnectSsid.empty()) {
+            const bool asked = info.disconnectReason == ConnectionInfo::DisconnectReason::causedByUser;
+            text += fmt::format(", last to {}, ended {}", shown(info.disconnectSsid),
+                                asked ? "on request" : "by itself");
+        }
+    } else {
+        const bool connected = info.status == ConnectionInfo::Status::connected;
+        const bool address = info.status == ConnectionInfo::Status::connectingIP;
+        text = fmt::format("{} {} {}", connected ? style.good(text) : text, address ? "from" : "to",
+                           shown(info.ssid));
+        if (const auto dBm = knownSignal(info.signal)) {
+            const std::string signal =
+                fmt::format("{} {} dBm", barsText(*dBm, output_.terminal().utf8), *dBm);
+            text += ", " + style.bySignal(*dBm, signal);
+        }
+    }
+    return line(time, "connection", text, connectionJson(info, Clock::now()));
+}
+
+std::string ChangeWriter::networks(const std::vector<WifiNetwork>& before,
+                                   const std::vector<WifiNetwork>& now, WallClock::time_point time) {
+    const auto were = bySsid(before);
+    const auto are = bySsid(now);
+    std::string text;
+    for (const WifiNetwork& each : before) {
+        if (are.find(each.ssid) == are.end()) {
+            text += network("disappeared", each, {}, time);
+        }
+    }
+    for (const WifiNetwork& each : now) {
+        const auto was = were.find(each.ssid);
+        if (was == were.end()) {
+            text += network("appeared", each, {}, time);
+        } else if (was->second != each) {
+            text += network("changed", each, differences(was->second, each), time);
+        }
+    }
+    return text;
+}
+
+std::string ChangeWriter::network(std::string_view change, const WifiNetwork& network, const std::string& was,
+                                  WallClock::time_point time) {
+    const std::string signal =
+        fmt::format("{} {} dBm", barsText(network.signal, output_.terminal().utf8), network.signal);
+    const std::string text =
+        fmt::format("{} {}  {}  {}{}{}", change == "appeared" ? "+" : (change == "changed" ? "~" : "-"),
+                    shown(network.ssid), output_.style().bySignal(network.signal, signal),
+                    securityInWords(network.securityMode), network.configured ? ", saved" : "", was);
+    Json json{{"change", change}};
+    json.update(networkJson({network.ssid, network.signal, network.securityMode, network.configured}));
+    return line(time, "network", text, json);
+}
+
+std::string ChangeWriter::shown(const std::string& ssid) const {
+    const std::string text = quoted(ssid, output_.terminal().utf8);
+    return output_.terminal().interactive ? isolated(text) : text;
+}
+
+}  // namespace kaz::ctl

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "kazwifictl/output/output.h"
+#include "kazwifictl/session/event.h"
+#include "kazwifictl/text/network_table.h"
+
+namespace kaz::ctl {
+
+// Puts changes into words, or into JSON: one line each.
+class ChangeWriter {
+  public:
+    using WallClock = std::chrono::system_clock;
+
+    explicit ChangeWriter(const Output& output) : output_(output) {}
+
+    // The lines for the state that a monitor begins with.
+    std::string begin(const View& view, WallClock::time_point time);
+
+    // The lines for what `event` changes in `before`; none when it changes nothing that is shown.
+    std::string change(const View& before, const Event& event, WallClock::time_point time);
+
+  private:
+    std::string line(WallClock::time_point time, std::string_view topic, const std::string& text,
+                     const Json& json);
+    std::string power(const View& view, WallClock::time_point time);
+    std::string scanning(bool scanning, WallClock::time_point time);
+    std::string connection(const wifi::ConnectionInfo& info, WallClock::time_point time);
+    std::string networks(const std::vector<wifi::WifiNetwork>& before,
+                         const std::vector<wifi::WifiNetwork>& now, WallClock::time_point time);
+    std::string network(std::string_view change, const wifi::WifiNetwork& network, const std::string& was,
+                        WallClock::time_point time);
+    std::string shown(const std::string& ssid) const;
+
+    const Output& output_;
+};
+
+}  // namespace kaz::ctl

@@ -1,0 +1,263 @@
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "kazwifictl/commands/attempt.h"
+#include "kazwifictl/commands/commands.h"
+#include "kazwifictl/commands/connect_plan.h"
+#include "kazwifictl/commands/connect_report.h"
+#include "kazwifictl/input/secret.h"
+#include "kazwifictl/output/documents.h"
+#include "kazwifictl/session/observation.h"
+#include "kazwifictl/text/failure.h"
+#include "kazwifictl/text/ssid_text.h"
+#include "kazwifictl/text/words.h"
+
+namespace kaz::ctl {
+
+using std::chrono::milliseconds;
+using wifi::ConnectionInfo;
+using wifi::ConnectResult;
+using wifi::SecurityMode;
+
+namespace {
+
+// How long the library may take to begin with a request; what it is doing may have to end first.
+constexpr milliseconds beginLimit{15000};
+// How long to wait for the end of an attempt that was called off.
+constexpr milliseconds callOffLimit{5000};
+
+class ConnectCommand {
+  public:
+    ConnectCommand(const Options& options, Workspace& place, Output& output)
+        : options_(options),
+          place_(place),
+          output_(output),
+          name_(quoted(options.ssid, output.terminal().utf8)),
+          what_("cannot connect to " + name_) {}
+
+    Report run();
+
+  private:
+    ConnectPlan plan();
+    void checkSsid() const;
+    void fetchPassword();
+    void request(Session& session);
+    Report follow(Session& session);
+    std::string beginning() const;
+    bool watch(Session& session, const Attempt& attempt);
+    Report end(Session& session, Attempt attempt);
+    void callOff(Session& session);
+    void giveUpNew(Session& session);
+    Failure refusal(ConnectResult verdict, Session& session) const;
+    std::string advice(ConnectResult verdict, Session& session) const;
+
+    const Options& options_;
+    Workspace& place_;
+    Output& output_;
+    std::string name_;
+    std::string what_;
+    bool saved_ = false;
+    bool inRange_ = true;
+    wifi::ConnectionSettings settings_;
+};
+
+Report ConnectCommand::run() {
+    checkSsid();
+    ConnectPlan plan = this->plan();
+    if (auto* failure = std::get_if<Failure>(&plan)) {
+        failure->what = what_;
+        throw CommandFailed(*failure);
+    }
+    if (std::holds_alternative<AlreadyConnected>(plan)) {
+        Json members = ssidMembers(options_.ssid);
+        members["outcome"] = "already-connected";
+        return {fmt::format("Connected to {} already.\n", name_), members, std::nullopt};
+    }
+    if (auto* settings = std::get_if<UseSettings>(&plan)) {
+        settings_ = std::move(settings->settings);
+        fetchPassword();
+    } else if (const auto* saved = std::get_if<UseSaved>(&plan)) {
+        saved_ = true;
+        inRange_ = saved->inRange;
+    }
+    Session& session = place_.act(what_, Workspace::Need::stack);
+    place_.log().forgetHints();
+    return follow(session);
+}
+
+// The library would say the same, but only after a password was asked for.
+void ConnectCommand::checkSsid() const {
+    const ConnectResult verdict = options_.ssid.empty()       ? ConnectResult::ssidEmpty
+                                  : options_.ssid.size() > 32 ? ConnectResult::ssidTooLong
+                                                              : ConnectResult::ok;
+    if (verdict != ConnectResult::ok) {
+        throw CommandFailed({ExitCode::refused, what_, std::string(brokenRule(verdict, SecurityMode::none)),
+                             "a name of 1 to 32 bytes"});
+    }
+}
+
+ConnectPlan ConnectCommand::plan() {
+    ConnectPlan plan =
+        planConnect(options_.ssid, options_.connect, place_.look(what_, Workspace::Need::stack), false);
+    if (std::holds_alternative<LookFirst>(plan)) {
+        plan = planConnect(options_.ssid, options_.connect, lookAround(what_, place_, output_), true);
+    }
+    return plan;
+}
+
+void ConnectCommand::fetchPassword() {
+    if (!takesPassword(settings_.securityMode)) {
+        return;
+    }
+    const auto& file = options_.connect.passwordFile;
+    if (file) {
+        settings_.password = readSecret(*file, place_.interrupts());
+    } else if (::isatty(STDIN_FILENO) == 1) {
+        output_.sayForNow({});  // the question is not written through output_
+        settings_.password = askSecret(fmt::format("Password for {}: ", name_), place_.interrupts());
+    } else {
+        settings_.password = readSecret("-", place_.interrupts());
+    }
+}
+
+void ConnectCommand::request(Session& session) {
+    if (saved_) {
+        session.device().connectConfigured(options_.ssid);
+        return;
+    }
+    const ConnectResult verdict = session.device().connect(settings_);
+    wipe(settings_.password);
+    if (verdict != ConnectResult::ok) {
+        throw CommandFailed(refusal(verdict, session));
+    }
+}
+
+Failure ConnectCommand::refusal(ConnectResult verdict, Session& session) const {
+    return {ExitCode::refused, what_, std::string(brokenRule(verdict, settings_.securityMode)),
+            advice(verdict, session)};
+}
+
+std::string ConnectCommand::advice(ConnectResult verdict, Session& session) const {
+    const bool sae = settings_.securityMode == SecurityMode::sae;
+    switch (verdict) {
+        case ConnectResult::ok:
+            break;
+        case ConnectResult::ssidEmpty:
+        case ConnectResult::ssidTooLong:
+            return "a name of 1 to 32 bytes";
+        case ConnectResult::passwordTooShort:
+        case ConnectResult::passwordTooLong:
+            return sae ? "a password of 1 to 1024 bytes" : "a password of 8 to 63 bytes";
+        case ConnectResult::wepKeyInvalidLength:
+            return "the key as text, not in hexadecimal digits";
+        case ConnectResult::eapMethodUnsupported: {
+            const auto methods = session.device().eapMethods();
+            return methods.empty() ? "without --eap"
+                                   : fmt::format("--eap with one of {}", fmt::join(methods, ", "));
+        }
+        case ConnectResult::phase2MethodUnsupported:
+            return fmt::format("--phase2 with one of {}", fmt::join(session.device().phase2Methods(), ", "));
+        case ConnectResult::securityModeUnsupported:
+            return "--security wpa3 if the network uses WPA3 with a password";
+    }
+    return {};
+}
+
+Report ConnectCommand::follow(Session& session) {
+    Attempt attempt(options_.ssid, Clock::now());
+    StageLines lines(output_);
+    const Observation observation(session, [&](const Event& event) {
+        attempt.see(event);
+        lines.show(attempt);
+    });
+    request(session);
+    output_.say(beginning());
+    try {
+        return watch(session, attempt) ? end(session, attempt) : startedReport(options_.ssid, name_);
+    } catch (const Interrupted&) {
+        callOff(session);
+        throw;
+    }
+}
+
+std::string ConnectCommand::beginning() const {
+    const std::string name = output_.style().bold(name_);
+    if (saved_ && !inRange_) {
+        return fmt::format("Trying {}, which is not in range; it may be saved\n", name);
+    }
+    return fmt::format("Connecting to {} ({})\n", name,
+                       saved_ ? "saved" : securityInWords(settings_.securityMode));
+}
+
+// False when the command is to return although the attempt goes on.
+bool ConnectCommand::watch(Session& session, const Attempt& attempt) {
+    milliseconds limit = options_.connect.wait;
+    if (limit == milliseconds::zero()) {
+        await(session, beginLimit, [&](const View&) { return attempt.begun(); },
+              {ExitCode::timedOut, what_, "the library does not begin", "kazwifictl status"});
+        if (!place_.goOnUnseen(
+                [&] { present(startedReport(options_.ssid, name_), options_.command, output_); })) {
+            return false;
+        }
+        limit = ConnectOptions{}.wait;
+    }
+    const auto wake =
+        session.until(Clock::now() + limit, [&](const View&) { return attempt.outcome().has_value(); });
+    if (wake == Session::Wake::interrupted) {
+        throw Interrupted(*session.signal());
+    }
+    return true;
+}
+
+// `attempt` is a copy: what calling off does to the connection is no part of it.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+Report ConnectCommand::end(Session& session, Attempt attempt) {
+    const bool unfinished = !attempt.outcome() && !attempt.linkIsUp();
+    const bool failed = attempt.outcome() && attempt.outcome() != Attempt::Outcome::connected;
+    const bool linkWasUp = attempt.linkIsUp() || attempt.outcome() == Attempt::Outcome::lost;
+    bool kept = true;
+    if (unfinished) {
+        kept = saved_ || options_.connect.keep;
+        callOff(session);
+    } else if (failed && !linkWasUp && !saved_ && !options_.connect.keep) {
+        kept = false;
+        giveUpNew(session);
+    } else {
+        place_.finish();  // the event that told of the outcome came from the pass that saves
+    }
+    const LibraryLog::Hints hints = place_.log().hints();
+    ConnectFacts facts{options_.ssid,         name_, what_, settings_.securityMode, saved_, inRange_, kept,
+                       options_.connect.wait, hints};
+    return connectReport(attempt, facts, output_);
+}
+
+// Ends an attempt that is still going on. The library has switched the other saved networks off for it and
+// saves nothing until it is over, so it has to end, also when nobody wants to wait any more.
+void ConnectCommand::callOff(Session& session) {
+    if (saved_ || options_.connect.keep) {
+        session.device().disconnect();
+    } else {
+        session.device().forgetNetwork(options_.ssid);
+    }
+    session.until(Clock::now() + callOffLimit, [](const View& view) {
+        return view.connection.status == ConnectionInfo::Status::disconnected;
+    });
+    place_.settle();
+}
+
+void ConnectCommand::giveUpNew(Session& session) {
+    session.device().forgetNetwork(options_.ssid);
+    place_.settle();
+}
+
+}  // namespace
+
+Report connectTo(const Options& options, Workspace& place, Output& output) {
+    return ConnectCommand(options, place, output).run();
+}
+
+}  // namespace kaz::ctl

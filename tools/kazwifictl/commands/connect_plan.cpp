@@ -1,0 +1,72 @@
+#include "kazwifictl/commands/connect_plan.h"
+
+#include <algorithm>
+
+#include "kazwifictl/text/words.h"
+
+namespace kaz::ctl {
+
+using wifi::ConnectionInfo;
+using wifi::SecurityMode;
+using wifi::WifiNetwork;
+
+namespace {
+
+// The failure's `what` is the caller's business.
+ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options, const WifiNetwork* network,
+                         bool looked) {
+    const bool known = options.security || network != nullptr;
+    if (!known && options.hidden) {
+        return Failure{
+            ExitCode::usage, {}, "the security of a hidden network is in no list", "--security WORD"};
+    }
+    if (!known) {
+        return looked ? ConnectPlan(Failure{ExitCode::notFound,
+                                            {},
+                                            "no network of this name is in range",
+                                            "kazwifictl list, or --hidden --security WORD"})
+                      : LookFirst{};
+    }
+    const SecurityMode mode = options.security ? *options.security : network->securityMode;
+    if (isEnterprise(mode) && options.identity.empty()) {
+        return Failure{ExitCode::usage, {}, "an enterprise network asks who you are", "--identity NAME"};
+    }
+    wifi::ConnectionSettings settings;
+    settings.ssid = ssid;
+    settings.securityMode = mode;
+    settings.hidden = options.hidden;
+    settings.identity = options.identity;
+    settings.anonymousIdentity = options.anonymousIdentity;
+    settings.eapMethod = options.eapMethod;
+    settings.phase2Method = options.phase2Method;
+    return UseSettings{settings};
+}
+
+}  // namespace
+
+ConnectPlan planConnect(const std::string& ssid, const ConnectOptions& options, const View& view,
+                        bool looked) {
+    const auto listed = std::find_if(view.networks.begin(), view.networks.end(),
+                                     [&](const WifiNetwork& network) { return network.ssid == ssid; });
+    const WifiNetwork* network = listed == view.networks.end() ? nullptr : &*listed;
+    const ConnectionInfo& info = view.connection;
+    const bool current = info.ssid == ssid && info.status != ConnectionInfo::Status::disconnected;
+    if (options.describesNetwork()) {
+        if (current && !options.security) {
+            return Failure{
+                ExitCode::usage, {}, "the security of the network in use is in no list", "--security WORD"};
+        }
+        return withSettings(ssid, options, network, looked);
+    }
+    if (current) {
+        return info.status == ConnectionInfo::Status::connected ? ConnectPlan(AlreadyConnected{})
+                                                                : UseSaved{true};
+    }
+    if (network != nullptr) {
+        return network->configured ? UseSaved{true} : withSettings(ssid, options, network, looked);
+    }
+    // It may be saved and out of range, or saved and hidden: only an attempt can tell.
+    return looked ? ConnectPlan(UseSaved{false}) : LookFirst{};
+}
+
+}  // namespace kaz::ctl

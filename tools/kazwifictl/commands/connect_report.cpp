@@ -1,0 +1,218 @@
+#include "kazwifictl/commands/connect_report.h"
+
+#include <fmt/format.h>
+
+#include "kazwifictl/output/documents.h"
+#include "kazwifictl/text/signal_strength.h"
+#include "kazwifictl/text/ssid_text.h"
+#include "kazwifictl/text/words.h"
+
+namespace kaz::ctl {
+namespace {
+
+double seconds(Clock::duration duration) {
+    return static_cast<double>(inMilliseconds(duration)) / 1000;
+}
+
+std::string_view doneText(Stage::Kind kind) {
+    switch (kind) {
+        case Stage::Kind::search:
+            return "searched";
+        case Stage::Kind::join:
+            return "joined";
+        case Stage::Kind::address:
+            return "got an address";
+    }
+    return {};
+}
+
+std::string_view doingText(Stage::Kind kind) {
+    switch (kind) {
+        case Stage::Kind::search:
+            return "searching...";
+        case Stage::Kind::join:
+            return "joining...";
+        case Stage::Kind::address:
+            return "getting an address...";
+    }
+    return {};
+}
+
+std::string_view stageName(Stage::Kind kind) {
+    switch (kind) {
+        case Stage::Kind::search:
+            return "search";
+        case Stage::Kind::join:
+            return "join";
+        case Stage::Kind::address:
+            return "address";
+    }
+    return "unknown";
+}
+
+Json stagesJson(const std::vector<Stage>& stages) {
+    Json json = Json::array();
+    for (const Stage& stage : stages) {
+        json.push_back({{"stage", stageName(stage.kind)}, {"ms", inMilliseconds(stage.took)}});
+    }
+    return json;
+}
+
+using Outcome = Attempt::Outcome;
+
+// What the log says overrules what the time looks like.
+std::optional<Outcome> outcomeOf(const Attempt& attempt, const ConnectFacts& facts) {
+    const auto outcome = attempt.outcome();
+    if (outcome != Outcome::notAnswering && outcome != Outcome::refused) {
+        return outcome;
+    }
+    const auto reason = facts.hints.disconnectReason;
+    if (reason && causeFromReason(*reason)) {
+        return Outcome::refused;
+    }
+    return facts.hints.gaveUp ? Outcome::notAnswering : outcome;
+}
+
+std::string_view outcomeName(std::optional<Outcome> outcome) {
+    if (!outcome) {
+        return "timed-out";
+    }
+    switch (*outcome) {
+        case Outcome::connected:
+            return "connected";
+        case Outcome::notAnswering:
+            return "not-answering";
+        case Outcome::refused:
+            return "refused";
+        case Outcome::lost:
+            return "lost";
+        case Outcome::other:
+            return "other-network";
+        case Outcome::stopped:
+            return "stopped";
+    }
+    return "unknown";
+}
+
+Failure timedOut(const Attempt& attempt, const ConnectFacts& facts) {
+    const double waited = seconds(facts.wait);
+    if (attempt.linkIsUp()) {
+        return {ExitCode::timedOut, facts.what,
+                fmt::format("the radio link is up, but there is no address after {:g} s", waited),
+                "look at the DHCP server, or a longer --wait"};
+    }
+    return {ExitCode::timedOut, facts.what, fmt::format("it is not done after {:g} s", waited),
+            "nearer to the access point, or a longer --wait"};
+}
+
+Failure notAnswering(const ConnectFacts& facts) {
+    if (validUtf8(facts.ssid) != facts.ssid || facts.ssid.find('\0') != std::string::npos) {
+        return {ExitCode::failed, facts.what,
+                "it does not answer; its name is no text, and the library hands names on as text",
+                "another name for the network"};
+    }
+    if (facts.saved && !facts.inRange) {
+        return {ExitCode::notFound, facts.what,
+                "it is not in range, and no saved network of this name answers",
+                "kazwifictl list, or --hidden --security WORD for a hidden one"};
+    }
+    return {ExitCode::failed, facts.what, "it does not answer", "nearer to the access point"};
+}
+
+Failure turnedAway(const ConnectFacts& facts) {
+    std::string why(facts.saved ? "the access point turned this device away; the saved password may be wrong"
+                                : likelyCause(facts.security));
+    if (facts.hints.disconnectReason) {
+        why = causeFromReason(*facts.hints.disconnectReason).value_or(why);
+    }
+    const std::string argument = shellArgument(facts.ssid, true);
+    return {ExitCode::failed, facts.what, "it refused: " + why,
+            facts.saved ? fmt::format("kazwifictl forget {0}, then kazwifictl connect {0}", argument)
+                        : fmt::format("kazwifictl connect {}", argument)};
+}
+
+Failure failureOf(const Attempt& attempt, const ConnectFacts& facts, bool utf8) {
+    const auto outcome = outcomeOf(attempt, facts);
+    if (!outcome) {
+        return timedOut(attempt, facts);
+    }
+    switch (*outcome) {
+        case Outcome::connected:
+            break;
+        case Outcome::refused:
+            return turnedAway(facts);
+        case Outcome::notAnswering:
+            return notAnswering(facts);
+        case Outcome::lost:
+            return {ExitCode::failed, facts.what, "the radio link broke before there was an address",
+                    "nearer to the access point"};
+        case Outcome::other:
+            if (facts.saved && !facts.inRange) {
+                return notAnswering(facts);
+            }
+            return {ExitCode::failed, facts.what,
+                    fmt::format("the device is connected to {} instead", quoted(attempt.otherSsid(), utf8)),
+                    "once more"};
+        case Outcome::stopped:
+            return {ExitCode::noStack, facts.what, "wpa_supplicant stopped meanwhile", "kazwifictl on"};
+    }
+    return {ExitCode::failed, facts.name + " is connected, but not saved",
+            "the supplicant did not write its configuration", "update_config=1 in wpa_supplicant.conf"};
+}
+
+std::string successText(const Attempt& attempt, const ConnectFacts& facts, const Output& output) {
+    std::string signal;
+    if (attempt.signal()) {
+        const int dBm = *attempt.signal();
+        const std::string text = fmt::format("{} {} dBm", barsText(dBm, output.terminal().utf8), dBm);
+        signal = ", " + output.style().bySignal(dBm, text);
+    }
+    return fmt::format("{} to {}{}, after {:.1f} s.\n", output.style().good("Connected"),
+                       output.style().bold(facts.name), signal, seconds(attempt.total()));
+}
+
+}  // namespace
+
+void StageLines::show(const Attempt& attempt) {
+    for (; shown_ < attempt.stages().size(); ++shown_) {
+        const Stage& stage = attempt.stages().at(shown_);
+        output_.say(fmt::format("  {:<15} {:>5.1f} s\n", doneText(stage.kind), seconds(stage.took)));
+        current_.reset();
+    }
+    if (attempt.current() != current_) {
+        current_ = attempt.current();
+        output_.sayForNow(current_ ? "  " + std::string(doingText(*current_)) : std::string());
+    }
+}
+
+Report connectReport(const Attempt& attempt, const ConnectFacts& facts, const Output& output) {
+    Report report;
+    report.members = ssidMembers(facts.ssid);
+    report.members["outcome"] = outcomeName(outcomeOf(attempt, facts));
+    const bool unknown = facts.saved && !facts.inRange && attempt.outcome() != Outcome::connected;
+    report.members["saved"] = unknown ? Json() : Json(facts.kept && !facts.hints.saveFailed);
+    report.members["signal_dbm"] = attempt.signal() ? Json(*attempt.signal()) : Json();
+    report.members["ms"] = inMilliseconds(attempt.total());
+    report.members["stages"] = stagesJson(attempt.stages());
+    const bool connected = attempt.outcome() == Outcome::connected;
+    if (connected) {
+        report.text = successText(attempt, facts, output);
+    }
+    if (!connected || facts.hints.saveFailed) {
+        report.failure = failureOf(attempt, facts, output.terminal().utf8);
+    }
+    if (!facts.kept) {
+        report.text += fmt::format("{} is not saved.\n", facts.name);
+    }
+    return report;
+}
+
+Report startedReport(const std::string& ssid, const std::string& name) {
+    Report report;
+    report.members = ssidMembers(ssid);
+    report.members["outcome"] = "started";
+    report.text = fmt::format("Connecting to {} goes on unseen; see kazwifictl status.\n", name);
+    return report;
+}
+
+}  // namespace kaz::ctl

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <wifi/types.h>
+
+#include <chrono>
+#include <string>
+
+#include "kazwifictl/commands/attempt.h"
+#include "kazwifictl/commands/commands.h"
+#include "kazwifictl/output/output.h"
+#include "kazwifictl/process/library_log.h"
+
+namespace kaz::ctl {
+
+// Shows the stages of an attempt as they happen.
+class StageLines {
+  public:
+    explicit StageLines(Output& output) : output_(output) {}
+
+    // Writes what is new since the last call.
+    void show(const Attempt& attempt);
+
+  private:
+    Output& output_;
+    std::size_t shown_ = 0;
+    std::optional<Stage::Kind> current_;
+};
+
+// What the words about an attempt depend on beside its course.
+struct ConnectFacts {
+    std::string ssid;
+    std::string name;  // fit to be shown
+    std::string what;
+    wifi::SecurityMode security = wifi::SecurityMode::none;  // of a network that was not saved
+    bool saved = false;                                      // a saved network was asked for by name
+    bool inRange = true;                                     // it was in the list
+    bool kept = true;                                        // it is saved now
+    std::chrono::milliseconds wait{};
+    LibraryLog::Hints hints;
+};
+
+// The words for what came of an attempt, or of none in time.
+Report connectReport(const Attempt& attempt, const ConnectFacts& facts, const Output& output);
+
+// The words for an attempt that nobody waits for.
+Report startedReport(const std::string& ssid, const std::string& name);
+
+}  // namespace kaz::ctl

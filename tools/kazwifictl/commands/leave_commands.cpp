@@ -1,0 +1,144 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "kazwifictl/commands/commands.h"
+#include "kazwifictl/output/documents.h"
+#include "kazwifictl/text/failure.h"
+#include "kazwifictl/text/ssid_text.h"
+
+namespace kaz::ctl {
+
+using std::chrono::milliseconds;
+using wifi::ConnectionInfo;
+using wifi::WifiNetwork;
+
+namespace {
+
+// For a change that follows a request at once, if it follows.
+constexpr milliseconds promptly{2000};
+
+bool isDisconnected(const View& view) {
+    return view.connection.status == ConnectionInfo::Status::disconnected;
+}
+
+bool isInUse(const View& view, const std::string& ssid) {
+    return !isDisconnected(view) && view.connection.ssid == ssid;
+}
+
+const WifiNetwork* find(const View& view, const std::string& ssid) {
+    const auto found = std::find_if(view.networks.begin(), view.networks.end(),
+                                    [&](const WifiNetwork& network) { return network.ssid == ssid; });
+    return found == view.networks.end() ? nullptr : &*found;
+}
+
+bool isListedAsSaved(const View& view, const std::string& ssid) {
+    const WifiNetwork* network = find(view, ssid);
+    return network != nullptr && network->configured;
+}
+
+Failure notSaved(const std::string& what) {
+    return {ExitCode::notFound, what, "no network of this name is saved",
+            "kazwifictl list, which marks the saved ones"};
+}
+
+// Whether a request shows soon. When it does not, settle() finds out what became of it.
+bool shows(Session& session, const Session::Condition& effect) {
+    const auto wake = session.until(Clock::now() + promptly, effect);
+    if (wake == Session::Wake::interrupted) {
+        throw Interrupted(*session.signal());
+    }
+    return wake == Session::Wake::event;
+}
+
+// Sees the end of a connection through, which has been asked for at `requested`.
+bool leave(Session& session, Workspace& place, Clock::time_point requested) {
+    shows(session, [requested](const View& view) {
+        return isDisconnected(view) && view.connection.disconnectTime >= requested;
+    });
+    return place.settle();
+}
+
+bool forgetListed(Session& session, Workspace& place, const std::string& ssid) {
+    const bool done = shows(session, [&](const View& view) {
+        const WifiNetwork* network = find(view, ssid);
+        return network != nullptr && !network->configured;
+    });
+    if (!done) {
+        return place.settle();
+    }
+    place.finish();  // the event came from the pass that saves
+    return true;
+}
+
+Failure notSavedAnyLonger(const std::string& name) {
+    return {ExitCode::failed, name + " is forgotten, but only until the next start",
+            "the supplicant did not write its configuration", "update_config=1 in wpa_supplicant.conf"};
+}
+
+void checkForgettable(const std::string& ssid, const std::string& what) {
+    if (ssid.empty() || ssid.size() > 32) {
+        throw CommandFailed({ExitCode::refused, what,
+                             ssid.empty() ? "the SSID is empty" : "the SSID is longer than 32 bytes",
+                             "a name of 1 to 32 bytes"});
+    }
+}
+
+Report forgotten(const std::string& ssid, const std::string& name, bool known) {
+    return {fmt::format("{} {}.\n", known ? "Forgot" : "Asked to forget", name), ssidMembers(ssid),
+            std::nullopt};
+}
+
+}  // namespace
+
+Report disconnectFrom(const Options& /*options*/, Workspace& place, Output& output) {
+    const std::string what = "cannot disconnect";
+    const View before = place.look(what, Workspace::Need::stack);
+    if (isDisconnected(before)) {
+        return {
+            "Not connected.\n", {{"changed", false}, {"ssid", nullptr}, {"ssid_hex", nullptr}}, std::nullopt};
+    }
+    Session& session = place.act(what, Workspace::Need::stack);
+    const auto requested = Clock::now();
+    session.device().disconnect();
+    leave(session, place, requested);
+    Json members{{"changed", true}};
+    members.update(ssidMembers(before.connection.ssid));
+    return {fmt::format("Disconnected from {}.\n", quoted(before.connection.ssid, output.terminal().utf8)),
+            members, std::nullopt};
+}
+
+Report forgetNetwork(const Options& options, Workspace& place, Output& output) {
+    const std::string& ssid = options.ssid;
+    const std::string name = quoted(ssid, output.terminal().utf8);
+    const std::string what = "cannot forget " + name;
+    checkForgettable(ssid, what);
+    const View before = place.look(what, Workspace::Need::stack);
+    const bool inUse = isInUse(before, ssid);
+    const bool listed = find(before, ssid) != nullptr;
+    if (listed && !inUse && !isListedAsSaved(before, ssid)) {
+        throw CommandFailed(notSaved(what));
+    }
+    Session& session = place.act(what, Workspace::Need::stack);
+    place.log().forgetHints();
+    const auto requested = Clock::now();
+    session.device().forgetNetwork(ssid);
+    const bool known = inUse    ? leave(session, place, requested)
+                       : listed ? forgetListed(session, place, ssid)
+                                : place.settle();
+    const LibraryLog::Hints hints = place.log().hints();
+    if (hints.nothingForgotten) {
+        throw CommandFailed(notSaved(what));
+    }
+    if (isListedAsSaved(session.view(), ssid)) {
+        throw CommandFailed(
+            {ExitCode::failed, what, "the supplicant did not remove it", "kazwifictl --verbose forget"});
+    }
+    Report report = forgotten(ssid, name, known);
+    if (hints.saveFailed) {
+        report.failure = notSavedAnyLonger(name);
+    }
+    return report;
+}
+
+}  // namespace kaz::ctl

@@ -1,0 +1,77 @@
+#include <algorithm>
+
+#include "kazwifictl/commands/commands.h"
+#include "kazwifictl/output/documents.h"
+#include "kazwifictl/text/failure.h"
+#include "kazwifictl/text/network_table.h"
+#include "kazwifictl/text/ssid_text.h"
+
+namespace kaz::ctl {
+
+using std::chrono::milliseconds;
+
+namespace {
+
+constexpr milliseconds scanStartLimit{5000};
+constexpr milliseconds scanLimit{30000};
+
+std::string namesText(const std::vector<NetworkRow>& rows) {
+    std::string text;
+    for (const NetworkRow& row : rows) {
+        text += isPlain(row.ssid) ? row.ssid + '\n' : std::string();
+    }
+    return text;
+}
+
+Report listReport(const View& view, const Options& options, const Output& output) {
+    std::vector<NetworkRow> rows = networkRows(view.networks, view.connection);
+    if (options.savedOnly) {
+        rows.erase(std::remove_if(rows.begin(), rows.end(), [](const NetworkRow& row) { return !row.saved; }),
+                   rows.end());
+    }
+    return {options.namesOnly ? namesText(rows) : networkTable(rows, output.terminal()),
+            {{"networks", networksJson(rows)}},
+            std::nullopt};
+}
+
+Report scanAndList(const std::string& what, const Options& options, Workspace& place, Output& output) {
+    const View view = lookAround(what, place, output);
+    place.finish();
+    return listReport(view, options, output);
+}
+
+}  // namespace
+
+// The results of a scan reach a session some time after its end, and nothing does when nothing has changed. But
+// the supplicant has them when it reports the end, so whoever looks then sees them.
+View lookAround(const std::string& what, Workspace& place, Output& output) {
+    Session& session = place.act(what, Workspace::Need::stack);
+    output.sayForNow("scanning...");
+    if (!session.view().scanning) {
+        session.device().scan();
+        await(session, scanStartLimit, [](const View& view) { return view.scanning; },
+              {ExitCode::failed, what, "the supplicant does not begin a scan",
+               "once more in a moment; it may be busy connecting"});
+    }
+    await(session, scanLimit, [](const View& view) { return !view.scanning; },
+          {ExitCode::timedOut, what, "the scan does not end", "kazwifictl off, then kazwifictl on"});
+    if (!session.view().running) {
+        throw CommandFailed({ExitCode::noStack, what, "wpa_supplicant stopped meanwhile", "kazwifictl on"});
+    }
+    return place.lookAfresh(what, Workspace::Need::stack);
+}
+
+Report listNetworks(const Options& options, Workspace& place, Output& output) {
+    const std::string what = "cannot list the networks";
+    const View view = place.look(what, Workspace::Need::stack);
+    const bool nothingKnown =
+        view.networks.empty() && view.connection.status == wifi::ConnectionInfo::Status::disconnected;
+    return nothingKnown && !options.namesOnly ? scanAndList(what, options, place, output)
+                                              : listReport(view, options, output);
+}
+
+Report scanNetworks(const Options& options, Workspace& place, Output& output) {
+    return scanAndList("cannot scan", options, place, output);
+}
+
+}  // namespace kaz::ctl

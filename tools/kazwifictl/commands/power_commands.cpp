@@ -1,0 +1,66 @@
+#include <fmt/format.h>
+
+#include "kazwifictl/commands/commands.h"
+#include "kazwifictl/text/failure.h"
+
+namespace kaz::ctl {
+namespace {
+
+double inSeconds(std::chrono::milliseconds time) {
+    return std::chrono::duration<double>(time).count();
+}
+
+Json powerJson(const View& view, bool changed) {
+    return {{"enabled", view.enabled}, {"running", view.running}, {"changed", changed}};
+}
+
+// The library stores the choice before setEnabled() returns, and tells only its log when it cannot.
+void checkStored(const Workspace& place, bool wanted) {
+    if (place.storedChoice() != wanted) {
+        throw CommandFailed({ExitCode::failed,
+                             fmt::format("Wi-Fi is {}, but only until the next start", wanted ? "on" : "off"),
+                             "the choice could not be written to the configuration file",
+                             "look at the free space and the permissions of kaz.conf"});
+    }
+}
+
+}  // namespace
+
+Report switchOn(const Options& /*options*/, Workspace& place, Output& /*output*/) {
+    const std::string what = "cannot switch Wi-Fi on";
+    Session& session = place.act(what, Workspace::Need::nothing);
+    const bool changed = !session.view().enabled || !session.view().running;
+    session.device().setEnabled(true);
+    const LibraryLog::Hints hints = place.log().hints();
+    const std::string late =
+        fmt::format("wpa_supplicant did not start within {:g} s, or has no Wi-Fi interface",
+                    inSeconds(place.startWait()));
+    await(
+        session, place.startWait(), [](const View& view) { return view.running; },
+        hints.noBus ? noStack(what, session.view(), hints)
+                    : Failure{ExitCode::noStack, what, late, "systemctl status wpa_supplicant.service"});
+    place.finish();
+    checkStored(place, true);
+    View view = session.view();
+    view.enabled = true;
+    return {changed ? "Wi-Fi is on.\n" : "Wi-Fi is on already.\n", powerJson(view, changed), std::nullopt};
+}
+
+Report switchOff(const Options& /*options*/, Workspace& place, Output& /*output*/) {
+    const std::string what = "cannot switch Wi-Fi off";
+    Session& session = place.act(what, Workspace::Need::nothing);
+    const bool changed = session.view().enabled || session.view().running;
+    session.device().setEnabled(false);
+    await(session, place.startWait(), [](const View& view) { return !view.running; },
+          {ExitCode::timedOut, what,
+           fmt::format("wpa_supplicant did not stop within {:g} s", inSeconds(place.startWait())),
+           "systemctl status wpa_supplicant.service"});
+    // That it does not run proves nothing about the request to stop it: it may have been about to start.
+    place.settle();
+    checkStored(place, false);
+    View view = session.view();
+    view.enabled = false;
+    return {changed ? "Wi-Fi is off.\n" : "Wi-Fi is off already.\n", powerJson(view, changed), std::nullopt};
+}
+
+}  // namespace kaz::ctl

@@ -1,0 +1,296 @@
+#include "kazwifictl/input/options.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <utility>
+
+#include "kazwifictl/input/help.h"
+#include "kazwifictl/text/ssid_text.h"
+#include "kazwifictl/text/words.h"
+
+namespace kaz::ctl {
+namespace {
+
+// What the parser writes into before it is turned into Options.
+struct Raw {
+    std::string colour = "auto";
+    std::string simulate;
+    std::string security;
+    std::string passwordFile;
+    double startWait = 5;
+    double wait = 30;
+    bool hex = false;
+    CLI::Option* simulateGiven = nullptr;
+    CLI::Option* passwordFileGiven = nullptr;
+};
+
+constexpr std::string_view noSimulateFile = "built-in";
+
+std::chrono::milliseconds toMilliseconds(double seconds) {
+    return std::chrono::milliseconds(std::llround(seconds * 1000));
+}
+
+class Parser {
+  public:
+    explicit Parser(Options options, bool prompt) : options_(std::move(options)), prompt_(prompt) {
+        app_.require_subcommand(0, 1);
+        app_.set_help_flag("-h,--help", "Show this help");
+        app_.formatter(std::make_shared<HelpLayout>());
+        if (!prompt_) {
+            addGlobals();
+        }
+        addPlainCommands();
+        addConnect();
+        addForget();
+    }
+
+    Parsed parse(const std::vector<std::string>& arguments);
+    std::vector<std::string> commandNames() const;
+    std::vector<std::string> optionNames(const std::string& command) const;
+
+  private:
+    void addGlobals();
+    void addPlainCommands();
+    void addConnect();
+    void addForget();
+    CLI::App* command(Command command, const std::string& description);
+    void addSsid(CLI::App* command);
+    Parsed finish();
+    Failure usage(const std::string& why, const std::string& advice = {}) const;
+    Failure notExpected() const;
+    Message help() const;
+
+    Options options_;
+    Raw raw_;
+    bool prompt_;
+    CLI::App app_{"Manages the Wi-Fi of this device", "kazwifictl"};
+};
+
+void Parser::addGlobals() {
+    app_.add_flag("--json", options_.json, "Write results as JSON");
+    app_.add_option("--color,--colour", raw_.colour, "When to use colours")
+        ->check(CLI::IsMember({"auto", "always", "never"}));
+    app_.add_flag("-v,--verbose", options_.verbose, "Write the library's log to stderr");
+    raw_.simulateGiven = app_.add_flag("--simulate{" + std::string(noSimulateFile) + "}", raw_.simulate,
+                                       "Act on a simulated device");
+    app_.add_option("--start-wait", raw_.startWait, "Seconds to wait for Wi-Fi to start")
+        ->check(CLI::Range(0.0, 86400.0));
+    app_.set_version_flag("--version", "kazwifictl " KAZWIFICTL_VERSION);
+}
+
+CLI::App* Parser::command(Command command, const std::string& description) {
+    CLI::App* sub = app_.add_subcommand(std::string(nameOf(command)), description);
+    sub->fallthrough();
+    sub->callback([this, command] { options_.command = command; });
+    return sub;
+}
+
+void Parser::addPlainCommands() {
+    command(Command::status, "Show what Wi-Fi is doing.");
+    command(Command::on, "Switch Wi-Fi on, now and after the next start of the device.");
+    command(Command::off, "Switch Wi-Fi off, now and after the next start of the device.");
+    command(Command::scan, "Look for networks, then list those in range.");
+    CLI::App* list =
+        command(Command::list, "List the networks in range: the one in use, then the strongest.");
+    list->add_flag("--names", options_.namesOnly, "Only the names that can be typed, one a line");
+    list->add_flag("--saved", options_.savedOnly, "Only those that are saved");
+    command(Command::disconnect, "End the connection. The network stays saved.");
+    command(Command::monitor, "Show every change until interrupted.");
+}
+
+void Parser::addSsid(CLI::App* command) {
+    command->add_option("SSID", options_.ssid, "The network's name")->type_name("")->required();
+    command->add_flag("--hex", raw_.hex, "SSID is given in hexadecimal digits");
+}
+
+void Parser::addConnect() {
+    CLI::App* sub = command(Command::connect, "Connect to a network. A saved one needs only its name.");
+    ConnectOptions& connect = options_.connect;
+    addSsid(sub);
+    sub->add_option("--security", raw_.security, securityNames())->type_name("WORD");
+    sub->add_flag("--hidden", connect.hidden, "The network does not announce its name");
+    raw_.passwordFileGiven =
+        sub->add_option("--password-file", raw_.passwordFile, "Its first line is the password; - is stdin")
+            ->type_name("FILE");
+    sub->add_option("--identity", connect.identity, "EAP identity")->type_name("NAME");
+    sub->add_option("--anonymous-identity", connect.anonymousIdentity, "EAP outer identity")
+        ->type_name("NAME");
+    sub->add_option("--eap", connect.eapMethod, "MSCHAPV2, PEAP, PWD or TTLS")->type_name("METHOD");
+    sub->add_option("--phase2", connect.phase2Method, "GTC, MSCHAP, MSCHAPV2 or PAP")->type_name("METHOD");
+    sub->add_option("--wait", raw_.wait, "Seconds to wait; 0: do not (30)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 86400.0).description(""));
+    sub->add_flag("--keep", connect.keep, "Keep a new network saved although connecting fails");
+    sub->footer(
+        "Examples: kazwifictl connect Home\n"
+        "          kazwifictl connect Lab --hidden --security wpa3 --password-file key");
+}
+
+void Parser::addForget() {
+    addSsid(command(Command::forget, "Delete a saved network, ending its connection."));
+}
+
+Failure Parser::usage(const std::string& why, const std::string& advice) const {
+    const std::string help = prompt_ ? "help" : "kazwifictl --help";
+    return {ExitCode::usage, prompt_ ? "cannot understand this" : "cannot understand the command line",
+            harmless(why, true), advice.empty() ? help : advice};
+}
+
+// What was given too much may be a password, so it is not repeated unless it looks like an option.
+Failure Parser::notExpected() const {
+    const std::vector<std::string> extras = app_.remaining(true);
+    const auto option = std::find_if(extras.begin(), extras.end(),
+                                     [](const std::string& extra) { return extra.substr(0, 1) == "-"; });
+    if (option != extras.end()) {
+        const std::string name = option->substr(0, option->find('='));
+        const bool password = name == "--password" || name == "-p";
+        return usage(fmt::format("there is no option {}", name),
+                     password
+                         ? "--password-file FILE; a password is never an argument, where others can read it"
+                         : "");
+    }
+    const auto subs = app_.get_subcommands();
+    if (subs.empty() && !extras.empty()) {
+        return usage(fmt::format("there is no command \"{}\"", extras.front()));
+    }
+    return usage("there is an argument too many", "a name with blanks in quotes");
+}
+
+Message Parser::help() const {
+    const auto subs = app_.get_subcommands();
+    if (subs.empty()) {
+        return {prompt_ ? promptHelpText() : helpText()};
+    }
+    return {subs.front()->help(prompt_ ? "" : "kazwifictl")};
+}
+
+Parsed Parser::parse(const std::vector<std::string>& arguments) {
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    try {
+        app_.parse(std::move(reversed));
+    } catch (const CLI::CallForHelp&) {
+        return help();
+    } catch (const CLI::CallForVersion& version) {
+        return Message{version.what() + std::string("\n")};
+    } catch (const CLI::ExtrasError&) {
+        return notExpected();
+    } catch (const CLI::ParseError& error) {
+        return usage(error.what());
+    }
+    return finish();
+}
+
+std::vector<std::string> Parser::commandNames() const {
+    std::vector<std::string> names;
+    for (const CLI::App* each : app_.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(each->get_name());
+    }
+    return names;
+}
+
+std::vector<std::string> Parser::optionNames(const std::string& command) const {
+    std::vector<std::string> names;
+    for (const CLI::App* each :
+         app_.get_subcommands([&](const CLI::App* sub) { return sub->check_name(command); })) {
+        for (const CLI::Option* option :
+             each->get_options([](const CLI::Option* one) { return !one->get_lnames().empty(); })) {
+            names.push_back("--" + option->get_lnames().front());
+        }
+        std::rotate(names.begin(), names.begin() + 1, names.end());  // --help, which CLI11 has first
+    }
+    return names;
+}
+
+Parsed Parser::finish() {
+    if (!prompt_) {
+        options_.colour = raw_.colour == "always"  ? ColourChoice::always
+                          : raw_.colour == "never" ? ColourChoice::never
+                                                   : ColourChoice::automatic;
+        options_.startWait = toMilliseconds(raw_.startWait);
+        if (raw_.simulateGiven->count() > 0) {
+            options_.simulate = raw_.simulate == noSimulateFile ? std::string() : raw_.simulate;
+        }
+    }
+    options_.connect.wait = toMilliseconds(raw_.wait);
+    if (raw_.passwordFileGiven->count() > 0) {
+        options_.connect.passwordFile = raw_.passwordFile;
+    }
+    if (!raw_.security.empty()) {
+        options_.connect.security = securityFromName(raw_.security);
+        if (!options_.connect.security) {
+            return usage(fmt::format("there is no security \"{}\"", raw_.security),
+                         fmt::format("one of {}", securityNames()));
+        }
+    }
+    if (raw_.hex) {
+        const auto bytes = fromHex(options_.ssid);
+        if (!bytes) {
+            return usage(fmt::format("\"{}\" is not hexadecimal", options_.ssid),
+                         "an even number of digits and letters a to f");
+        }
+        options_.ssid = *bytes;
+    }
+    return options_;
+}
+
+}  // namespace
+
+std::string_view nameOf(Command command) {
+    switch (command) {
+        case Command::status:
+            return "status";
+        case Command::on:
+            return "on";
+        case Command::off:
+            return "off";
+        case Command::scan:
+            return "scan";
+        case Command::list:
+            return "list";
+        case Command::connect:
+            return "connect";
+        case Command::disconnect:
+            return "disconnect";
+        case Command::forget:
+            return "forget";
+        case Command::monitor:
+            return "monitor";
+        case Command::prompt:
+            break;
+    }
+    return {};
+}
+
+std::vector<std::string> commandNames() {
+    return Parser({}, true).commandNames();
+}
+
+std::vector<std::string> optionNames(const std::string& command) {
+    return Parser({}, true).optionNames(command);
+}
+
+bool ConnectOptions::describesNetwork() const {
+    return security || hidden || passwordFile || !identity.empty() || !anonymousIdentity.empty() ||
+           !eapMethod.empty() || !phase2Method.empty();
+}
+
+Parsed parseCommandLine(const std::vector<std::string>& arguments) {
+    return Parser({}, false).parse(arguments);
+}
+
+Parsed parsePromptLine(const std::vector<std::string>& arguments, const Options& base) {
+    if (!arguments.empty() && arguments.front() == "help") {
+        return Message{promptHelpText()};
+    }
+    Options options = base;
+    options.command = Command::prompt;
+    // Messages and the manual write commands with the program's name.
+    const bool named = !arguments.empty() && arguments.front() == "kazwifictl";
+    return Parser(std::move(options), true).parse({arguments.begin() + (named ? 1 : 0), arguments.end()});
+}
+
+}  // namespace kaz::ctl

@@ -1,0 +1,162 @@
+#include "kazwifictl/input/secret.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <string.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <string_view>
+#include <system_error>
+
+#include "kazwifictl/process/file_descriptor.h"
+#include "kazwifictl/text/failure.h"
+#include "kazwifictl/text/ssid_text.h"
+
+namespace kaz::ctl {
+namespace {
+
+constexpr std::size_t longestLine = 4096;
+constexpr const char* readable = "a file whose first line is the password";
+
+// Keeps a terminal from showing what is typed.
+class EchoOff {
+  public:
+    explicit EchoOff(int tty) : tty_(tty) { hide(); }
+    ~EchoOff() { show(); }
+    EchoOff(const EchoOff&) = delete;
+    EchoOff& operator=(const EchoOff&) = delete;
+    EchoOff(EchoOff&&) = delete;
+    EchoOff& operator=(EchoOff&&) = delete;
+
+    void hide() {
+        ::tcgetattr(tty_, &former_);
+        termios silent = former_;
+        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
+        ::tcsetattr(tty_, TCSAFLUSH, &silent);  // what was typed before the question is no answer
+        hidden_ = true;
+    }
+    void show() {
+        if (hidden_) {
+            ::tcsetattr(tty_, TCSAFLUSH, &former_);  // half a password is nobody else's business
+            hidden_ = false;
+        }
+    }
+    // What is typed after the answer is for whoever reads next.
+    void showAndKeepTheRest() {
+        ::tcsetattr(tty_, TCSADRAIN, &former_);
+        hidden_ = false;
+    }
+
+  private:
+    int tty_;
+    bool hidden_ = false;
+    termios former_{};
+};
+
+void writeAll(int fd, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = ::write(fd, text.data(), text.size());
+        if (written <= 0) {
+            return;
+        }
+        text.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+// Appends what can be read; false at the end of the line or of the file.
+bool readSome(int fd, std::string& line, const std::string& name) {
+    std::array<char, 512> buffer{};
+    const ssize_t count = ::read(fd, buffer.data(), buffer.size());
+    if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
+        return true;
+    }
+    if (count < 0) {
+        const std::string why = std::generic_category().message(errno);
+        throw CommandFailed({ExitCode::failed, "cannot read the password from " + name, why, readable});
+    }
+    const std::string_view read(buffer.data(), static_cast<std::size_t>(count));
+    const std::size_t end = read.find('\n');
+    line += read.substr(0, end);
+    ::explicit_bzero(buffer.data(), buffer.size());
+    if (line.size() > longestLine) {
+        throw CommandFailed({ExitCode::failed, "cannot read the password from " + name,
+                             "its first line is longer than 4096 bytes", readable});
+    }
+    return count > 0 && end == std::string_view::npos;
+}
+
+}  // namespace
+
+void wipe(std::string& secret) {
+    ::explicit_bzero(secret.data(), secret.size());
+    secret.clear();
+}
+
+std::string askSecret(const std::string& question, Interrupts& interrupts) {
+    const FileDescriptor tty(::open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
+    if (tty.get() < 0) {
+        throw CommandFailed({ExitCode::usage, "cannot ask for the password", "there is no terminal",
+                             "--password-file FILE, or the password on the standard input"});
+    }
+    CaughtSignals stops({SIGTSTP});  // Ctrl-Z would stop the process with the terminal as it is
+    EchoOff echo(tty.get());
+    writeAll(tty.get(), question);
+    std::string answer;
+    for (bool more = true; more;) {
+        std::array<pollfd, 3> waited{
+            {{tty.get(), POLLIN, 0}, {interrupts.fd(), POLLIN, 0}, {stops.fd(), POLLIN, 0}}};
+        ::poll(waited.data(), waited.size(), -1);
+        if (waited[1].revents != 0) {
+            if (const auto signal = interrupts.take()) {
+                writeAll(tty.get(), "\n");
+                wipe(answer);
+                throw Interrupted(*signal);
+            }
+        }
+        if (waited[2].revents != 0 && stops.take()) {
+            echo.show();
+            static_cast<void>(::raise(SIGSTOP));
+            echo.hide();
+            writeAll(tty.get(), question);
+        } else if (waited[0].revents != 0) {
+            more = readSome(tty.get(), answer, "the terminal");
+        }
+    }
+    echo.showAndKeepTheRest();
+    writeAll(tty.get(), "\n");
+    return answer;
+}
+
+std::string readSecret(const std::string& path, Interrupts& interrupts) {
+    const bool standardInput = path == "-";
+    const std::string name = standardInput ? "the standard input" : harmless(path, true);
+    const FileDescriptor file(standardInput ? ::dup(STDIN_FILENO)
+                                            : ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (file.get() < 0) {
+        const std::string why = std::generic_category().message(errno);
+        throw CommandFailed({ExitCode::failed, "cannot read the password from " + name, why, readable});
+    }
+    std::string line;
+    for (bool more = true; more;) {
+        std::array<pollfd, 2> waited{{{file.get(), POLLIN, 0}, {interrupts.fd(), POLLIN, 0}}};
+        ::poll(waited.data(), waited.size(), -1);
+        if (waited[1].revents != 0) {
+            if (const auto signal = interrupts.take()) {
+                wipe(line);
+                throw Interrupted(*signal);
+            }
+        }
+        if (waited[0].revents != 0) {
+            more = readSome(file.get(), line, name);
+        }
+    }
+    if (!line.empty() && line.back() == '\r') {
+        line.pop_back();
+    }
+    return line;
+}
+
+}  // namespace kaz::ctl

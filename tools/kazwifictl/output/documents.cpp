@@ -1,0 +1,82 @@
+#include "kazwifictl/output/documents.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include "kazwifictl/text/signal_strength.h"
+#include "kazwifictl/text/ssid_text.h"
+#include "kazwifictl/text/words.h"
+
+namespace kaz::ctl {
+
+using wifi::ConnectionInfo;
+
+namespace {
+
+Json orNull(const std::optional<int>& value) {
+    return value ? Json(*value) : Json();
+}
+
+Json lastDisconnect(const ConnectionInfo& info, std::chrono::steady_clock::time_point now) {
+    if (info.disconnectReason == ConnectionInfo::DisconnectReason::unknown) {
+        return {};
+    }
+    Json json = ssidMembers(info.disconnectSsid);
+    json["by"] = reasonName(info.disconnectReason);
+    json["ms_ago"] = inMilliseconds(now - info.disconnectTime);
+    return json;
+}
+
+}  // namespace
+
+std::int64_t inMilliseconds(std::chrono::steady_clock::duration duration) {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(duration).count();
+}
+
+Json document(std::string_view command, const Json& members, const Failure* failure) {
+    Json json{{"format", 1}, {"command", command}, {"ok", failure == nullptr}};
+    json.update(members);
+    if (failure != nullptr) {
+        json["error"] = {{"code", static_cast<int>(failure->code)},
+                         {"name", nameOf(failure->code)},
+                         {"what", failure->what},
+                         {"why", failure->why},
+                         {"try", failure->advice}};
+    }
+    return json;
+}
+
+Json ssidMembers(const std::string& ssid) {
+    return {{"ssid", validUtf8(ssid)}, {"ssid_hex", toHex(ssid)}};
+}
+
+Json networkJson(const NetworkRow& row) {
+    Json json = ssidMembers(row.ssid);
+    json["signal_dbm"] = orNull(row.dBm);
+    json["bars"] = row.dBm ? Json(barsOf(*row.dBm)) : Json();
+    json["security"] = row.security ? Json(securityName(*row.security)) : Json();
+    json["saved"] = row.saved;
+    json["status"] = statusName(row.status);
+    return json;
+}
+
+Json networksJson(const std::vector<NetworkRow>& rows) {
+    Json json = Json::array();
+    for (const NetworkRow& row : rows) {
+        json.push_back(networkJson(row));
+    }
+    return json;
+}
+
+Json connectionJson(const ConnectionInfo& info, std::chrono::steady_clock::time_point now) {
+    const bool connected = info.status != ConnectionInfo::Status::disconnected;
+    Json json{{"status", statusName(info.status)}};
+    json["ssid"] = connected ? Json(validUtf8(info.ssid)) : Json();
+    json["ssid_hex"] = connected ? Json(toHex(info.ssid)) : Json();
+    json["signal_dbm"] = connected ? orNull(knownSignal(info.signal)) : Json();
+    json["last_disconnect"] = lastDisconnect(info, now);
+    return json;
+}
+
+}  // namespace kaz::ctl

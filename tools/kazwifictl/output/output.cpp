@@ -1,0 +1,63 @@
+#include "kazwifictl/output/output.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+namespace kaz::ctl {
+
+std::string oneLine(const Json& document) {
+    return document.dump(-1, ' ', true, Json::error_handler_t::replace) + '\n';
+}
+
+Output::Output(ColourChoice colour, bool json)
+    : colour_(colour), json_(json), out_(terminalAt(STDOUT_FILENO, colour)), style_(out_.colour) {}
+
+void Output::refresh() {
+    out_ = terminalAt(STDOUT_FILENO, colour_);
+}
+
+void Output::say(std::string_view text) {
+    if (!json_) {
+        write(text);
+    }
+}
+
+void Output::sayForNow(std::string_view text) {
+    if (!json_ && out_.interactive) {
+        write(text);
+        passing_ = true;
+    }
+}
+
+void Output::show(const Json& document) {
+    if (json_) {
+        write(oneLine(document));
+    }
+}
+
+void Output::put(std::string_view text) {
+    if (!text.empty()) {
+        write(text);
+    }
+}
+
+void Output::complain(const Failure& failure) {
+    write({});
+    const std::string line = errorLine(failure) + '\n';
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+}
+
+void Output::write(std::string_view text) {
+    if (passing_) {
+        passing_ = false;
+        static_cast<void>(std::fputs("\r\x1b[K", stdout));
+    }
+    const bool written = text.empty() || std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    if ((std::fflush(stdout) != 0 || !written) && error_ == 0) {
+        error_ = errno == 0 ? EIO : errno;
+    }
+}
+
+}  // namespace kaz::ctl

@@ -1,0 +1,77 @@
+#include "kazwifictl/process/background.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+#include "kazwifictl/process/caught_signals.h"
+
+namespace kaz::ctl {
+namespace {
+
+[[noreturn]] void endAs(pid_t child, int released) {
+    char byte = 0;
+    ssize_t count = -1;
+    do {
+        count = ::read(released, &byte, 1);
+    } while (count < 0 && errno == EINTR);
+    if (count == 1) {
+        ::_exit(0);
+    }
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (WIFSIGNALED(status)) {
+        dieOf(WTERMSIG(status));
+    }
+    ::_exit(WEXITSTATUS(status));
+}
+
+// The child cleans up after these and then dies of them, and the parent with it.
+void ignoreKeyboard() {
+    static_cast<void>(::signal(SIGINT, SIG_IGN));
+    static_cast<void>(::signal(SIGQUIT, SIG_IGN));
+}
+
+}  // namespace
+
+Background::Background() {
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        throw std::system_error(errno, std::generic_category(), "pipe2");
+    }
+    FileDescriptor reading(ends[0]);
+    FileDescriptor writing(ends[1]);
+    const pid_t child = ::fork();
+    if (child < 0) {
+        throw std::system_error(errno, std::generic_category(), "fork");
+    }
+    if (child > 0) {
+        writing = FileDescriptor();
+        ignoreKeyboard();
+        endAs(child, reading.get());
+    }
+    release_ = std::move(writing);
+}
+
+void Background::goOnUnseen() {
+    if (release_.get() < 0) {
+        return;
+    }
+    ::setsid();
+    const FileDescriptor null(::open("/dev/null", O_RDWR | O_CLOEXEC));
+    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        ::dup2(null.get(), standard);
+    }
+    const char byte = 1;
+    if (::write(release_.get(), &byte, 1) == 1) {
+        release_ = FileDescriptor();
+    }
+}
+
+}  // namespace kaz::ctl

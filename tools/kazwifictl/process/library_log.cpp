@@ -1,0 +1,98 @@
+#include "kazwifictl/process/library_log.h"
+
+#include <spdlog/sinks/base_sink.h>
+#include <spdlog/spdlog.h>
+
+#include <charconv>
+#include <cstdio>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "kazwifictl/text/ssid_text.h"
+
+namespace kaz::ctl {
+namespace {
+
+// The number in "PropertiesChanged: DisconnectReason=-15(...)".
+std::optional<int> reasonIn(std::string_view record) {
+    constexpr std::string_view prefix = "PropertiesChanged: DisconnectReason=";
+    if (record.substr(0, prefix.size()) != prefix) {
+        return std::nullopt;
+    }
+    int reason = 0;
+    const auto digits = record.substr(prefix.size());
+    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), reason);
+    return result.ec == std::errc() ? std::optional(reason) : std::nullopt;
+}
+
+bool startsWith(std::string_view text, std::string_view start) {
+    return text.substr(0, start.size()) == start;
+}
+
+}  // namespace
+
+class LibraryLog::Sink final : public spdlog::sinks::base_sink<std::mutex> {
+  public:
+    explicit Sink(bool verbose) : verbose_(verbose) { set_pattern_("%H:%M:%S.%e  %-7l  %v"); }
+
+    Hints hints() {
+        const std::lock_guard lock(mutex_);
+        return hints_;
+    }
+
+    void forgetHints() {
+        const std::lock_guard lock(mutex_);
+        hints_ = {};
+    }
+
+  protected:
+    void sink_it_(const spdlog::details::log_msg& message) override {
+        const std::string_view text(message.payload.data(), message.payload.size());
+        hints_.noBus |= startsWith(text, "Cannot connect to the system bus");
+        hints_.gaveUp |= startsWith(text, "No response from wpa_supplicant");
+        hints_.saveFailed |= startsWith(text, "Couldn't save wpa_supplicant config");
+        hints_.nothingForgotten |= startsWith(text, "Unable to remove network, configuration not found.");
+        if (const auto reason = reasonIn(text)) {
+            hints_.disconnectReason = reason;
+        }
+        if (verbose_) {
+            show(message);
+        }
+    }
+    void flush_() override {}
+
+  private:
+    void show(const spdlog::details::log_msg& message) {
+        spdlog::memory_buf_t buffer;
+        formatter_->format(message, buffer);
+        std::string_view line(buffer.data(), buffer.size());
+        line.remove_suffix(line.empty() ? 0 : 1);  // the line break
+        // SSIDs stand in records as they are, escape sequences and all.
+        const std::string shown = harmless(line, true) + '\n';
+        static_cast<void>(std::fwrite(shown.data(), 1, shown.size(), stderr));
+    }
+
+    bool verbose_;
+    Hints hints_;
+};
+
+LibraryLog::LibraryLog(bool verbose) : sink_(std::make_shared<Sink>(verbose)) {
+    auto logger = std::make_shared<spdlog::logger>("kazwifictl", sink_);
+    logger->set_level(spdlog::level::debug);
+    spdlog::set_default_logger(std::move(logger));
+}
+
+LibraryLog::~LibraryLog() {
+    spdlog::set_default_logger(std::make_shared<spdlog::logger>("silent"));
+}
+
+LibraryLog::Hints LibraryLog::hints() const {
+    return sink_->hints();
+}
+
+void LibraryLog::forgetHints() {
+    sink_->forgetHints();
+}
+
+}  // namespace kaz::ctl

@@ -1,0 +1,54 @@
+#include "kazwifictl/prompt/completion.h"
+
+#include <algorithm>
+
+#include "kazwifictl/input/options.h"
+#include "kazwifictl/text/network_table.h"
+#include "kazwifictl/text/ssid_text.h"
+#include "kazwifictl/text/words.h"
+
+namespace kaz::ctl {
+namespace {
+
+std::vector<std::string> ssids(const View& view, bool savedOnly) {
+    std::vector<std::string> names;
+    for (const NetworkRow& row : networkRows(view.networks, view.connection)) {
+        if (isPlain(row.ssid) && (row.saved || !savedOnly)) {
+            names.push_back(row.ssid);
+        }
+    }
+    return names;
+}
+
+std::vector<std::string> candidates(const std::vector<std::string>& before, std::string_view start,
+                                    const View& view) {
+    if (before.empty()) {
+        std::vector<std::string> names = commandNames();
+        names.insert(names.end(), {"help", "quit"});
+        return names;
+    }
+    if (start.substr(0, 1) == "-") {
+        return optionNames(before.front());
+    }
+    if (before.back() == "--security") {
+        return {securityWords.begin(), securityWords.end()};
+    }
+    if (before.front() == "connect" || before.front() == "forget") {
+        return ssids(view, before.front() == "forget");
+    }
+    return {};
+}
+
+}  // namespace
+
+std::vector<std::string> completions(const std::vector<std::string>& before, std::string_view start,
+                                     const View& view) {
+    std::vector<std::string> result = candidates(before, start, view);
+    result.erase(
+        std::remove_if(result.begin(), result.end(),
+                       [&](const std::string& each) { return each.compare(0, start.size(), start) != 0; }),
+        result.end());
+    return result;
+}
+
+}  // namespace kaz::ctl

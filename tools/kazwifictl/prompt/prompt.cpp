@@ -1,0 +1,122 @@
+#include "kazwifictl/prompt/prompt.h"
+
+#include <signal.h>
+
+#include <string>
+#include <utility>
+
+#include "kazwifictl/commands/change_writer.h"
+#include "kazwifictl/commands/commands.h"
+#include "kazwifictl/prompt/completion.h"
+#include "kazwifictl/prompt/line_editor.h"
+#include "kazwifictl/prompt/words_of_line.h"
+#include "kazwifictl/session/observation.h"
+#include "kazwifictl/text/failure.h"
+
+namespace kaz::ctl {
+namespace {
+
+class Prompt {
+  public:
+    Prompt(const Options& options, LiveWorkspace& place, Output& output)
+        : options_(options),
+          place_(place),
+          output_(output),
+          line_(place.interrupts(), {place.session().fd(), [this] { tell(); }},
+                [&place](const auto& before, const auto& start) {
+                    return completions(before, start, place.session().view());
+                }) {}
+
+    ExitCode run();
+
+  private:
+    void tell();
+    bool obey(const std::string& text);
+    void execute(const Options& options);
+
+    const Options& options_;
+    LiveWorkspace& place_;
+    Output& output_;
+    LineEditor line_;
+    ExitCode last_ = ExitCode::done;
+};
+
+ExitCode Prompt::run() {
+    for (;;) {
+        const auto line = line_.read();
+        if (!line) {
+            output_.say("\n");
+            return last_;
+        }
+        if (!obey(*line)) {
+            return last_;
+        }
+    }
+}
+
+// Tells what the device does by itself: its connection and its power, not every network it sees.
+void Prompt::tell() {
+    ChangeWriter writer(output_);
+    Session& session = place_.session();
+    std::string text;
+    const Observation observation(session, [&](const Event& event) {
+        const bool worthTelling = std::holds_alternative<PowerChange>(event.change) ||
+                                  std::holds_alternative<ConnectionChange>(event.change);
+        if (worthTelling) {
+            text += writer.change(session.view(), event, ChangeWriter::WallClock::now());
+        }
+    });
+    session.takeAll();
+    if (!text.empty() && !output_.json()) {
+        line_.above(text);
+    }
+}
+
+// False when the prompt is to end.
+bool Prompt::obey(const std::string& text) {
+    const auto words = wordsOfLine(text);
+    if (words && words->empty()) {
+        return true;
+    }
+    line_.history().add(text);
+    if (!words) {
+        last_ = ExitCode::usage;
+        output_.complain({ExitCode::usage, "cannot understand this", "a quote is not closed", "help"});
+        return true;
+    }
+    if (words->front() == "quit" || words->front() == "exit") {
+        return false;
+    }
+    const Parsed parsed = parsePromptLine(*words, options_);
+    if (const auto* failure = std::get_if<Failure>(&parsed)) {
+        last_ = failure->code;
+        output_.complain(*failure);
+    } else if (const auto* message = std::get_if<Message>(&parsed)) {
+        output_.put(message->text);
+    } else {
+        execute(std::get<Options>(parsed));
+    }
+    return true;
+}
+
+void Prompt::execute(const Options& options) {
+    output_.refresh();
+    try {
+        last_ = runCommand(options, place_, output_);
+    } catch (const Interrupted& interrupted) {
+        if (interrupted.signal() != SIGINT) {
+            throw;
+        }
+        last_ = ExitCode::failed;
+        output_.complain({ExitCode::failed, "interrupted", {}, {}});
+    }
+}
+
+}  // namespace
+
+ExitCode runPrompt(const Options& options, LiveWorkspace& place, Output& output) {
+    place.look("cannot start", Workspace::Need::nothing);
+    return Prompt(options, place, output).run();
+}
+
+}  // namespace kaz::ctl

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <exception>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace kaz::ctl {
+
+// What the process reports to its parent. The numbers are documented in the manual page and do not change.
+// A run ended by a signal is not among them: it dies of that signal, as shells expect.
+enum class ExitCode : int {
+    done = 0,
+    failed = 1,
+    usage = 2,
+    timedOut = 3,
+    noStack = 4,   // Wi-Fi is off, or the supplicant does not run
+    notFound = 5,  // no such network
+    refused = 6,   // the settings break a rule; nothing was changed
+};
+
+// Why a command did not do what it was asked for. The three texts are fit to be shown: an SSID in them has
+// gone through presentable().
+struct Failure {
+    ExitCode code = ExitCode::failed;
+    std::string what;    // "cannot connect to \"Home\""
+    std::string why;     // "its password is wrong"
+    std::string advice;  // what to try: "type it again"; may be empty
+};
+
+// One line without a line break: "kazwifictl: WHAT: WHY; try: ADVICE".
+std::string errorLine(const Failure& failure);
+
+// "failed", "usage", "timed-out", "no-stack", "not-found", "refused"; "done" for no failure.
+std::string_view nameOf(ExitCode code);
+
+// Leaves a command that cannot do what it was asked for.
+class CommandFailed : public std::exception {
+  public:
+    explicit CommandFailed(Failure failure) : failure_(std::move(failure)) {}
+    const Failure& failure() const { return failure_; }
+    const char* what() const noexcept override { return failure_.what.c_str(); }
+
+  private:
+    Failure failure_;
+};
+
+// Leaves a command because of a signal.
+class Interrupted : public std::exception {
+  public:
+    explicit Interrupted(int signal) : signal_(signal) {}
+    int signal() const { return signal_; }
+    const char* what() const noexcept override { return "interrupted"; }
+
+  private:
+    int signal_;
+};
+
+}  // namespace kaz::ctl

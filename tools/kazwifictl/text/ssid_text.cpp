@@ -1,0 +1,191 @@
+#include "kazwifictl/text/ssid_text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
+
+#include "kazwifictl/text/unicode.h"
+
+namespace kaz::ctl {
+namespace {
+
+constexpr int marksShown = 2;
+
+bool isAscii(char32_t value) {
+    return value < 0x80;
+}
+
+bool isPrintableAscii(char32_t value) {
+    return value >= 0x20 && value < 0x7F;
+}
+
+std::string escapedBytes(std::string_view bytes) {
+    std::string result;
+    for (const char byte : bytes) {
+        result += fmt::format("\\x{:02x}", static_cast<unsigned char>(byte));
+    }
+    return result;
+}
+
+// Walks through a text and decides for each character whether it may stand for itself.
+class Escaper {
+  public:
+    explicit Escaper(bool utf8) : utf8_(utf8) {}
+
+    std::string operator()(std::string_view text, const CodePoint& point, std::size_t at) {
+        const std::string_view bytes = text.substr(at, point.length);
+        if (!point.valid) {
+            marks_ = marksShown;
+            return escapedBytes(bytes);
+        }
+        if (isAscii(point.value)) {
+            marks_ = 0;
+            return isPrintableAscii(point.value) ? std::string(bytes) : escapedBytes(bytes);
+        }
+        if (!showable(point.value)) {
+            marks_ = marksShown;  // a mark would combine with the escape's closing brace
+            return fmt::format("\\u{{{:x}}}", static_cast<std::uint32_t>(point.value));
+        }
+        return std::string(bytes);
+    }
+
+  private:
+    bool showable(char32_t value) {
+        if (!utf8_ || !isShowable(value)) {
+            return false;
+        }
+        marks_ = columnsOf(value) > 0 ? 0 : marks_ + 1;
+        return marks_ <= marksShown;
+    }
+
+    bool utf8_;
+    int marks_ = marksShown;  // nothing stands before the first character that a mark could combine with
+};
+
+bool isBlankAtAnEnd(std::string_view text, std::size_t at) {
+    return text[at] == ' ' && (text.find_first_not_of(' ') > at || text.find_last_not_of(' ') < at);
+}
+
+int nibble(char digit) {
+    if (digit >= '0' && digit <= '9') {
+        return digit - '0';
+    }
+    const int lower = std::tolower(static_cast<unsigned char>(digit));
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+bool needsNoQuotes(char letter) {
+    return std::isalnum(static_cast<unsigned char>(letter)) != 0 || letter == '_' || letter == '.' ||
+           letter == '-';
+}
+
+}  // namespace
+
+std::string presentable(std::string_view ssid, bool utf8) {
+    std::string result;
+    Escaper escape(utf8);
+    for (std::size_t at = 0; at < ssid.size();) {
+        const CodePoint point = codePointAt(ssid, at);
+        const std::string shown = escape(ssid, point, at);
+        if (shown == "\\") {
+            result += "\\\\";
+        } else if (isBlankAtAnEnd(ssid, at)) {
+            result += "\\x20";
+        } else {
+            result += shown;
+        }
+        at += point.length;
+    }
+    return result;
+}
+
+std::string quoted(std::string_view ssid, bool utf8) {
+    std::string result = "\"";
+    for (const char byte : presentable(ssid, utf8)) {
+        if (byte == '"') {
+            result += '\\';
+        }
+        result += byte;
+    }
+    return result + '"';
+}
+
+std::string harmless(std::string_view text, bool utf8) {
+    std::string result;
+    Escaper escape(utf8);
+    for (std::size_t at = 0; at < text.size();) {
+        const CodePoint point = codePointAt(text, at);
+        result += escape(text, point, at);
+        at += point.length;
+    }
+    return result;
+}
+
+bool isPlain(std::string_view ssid) {
+    return !ssid.empty() && presentable(ssid, true) == ssid;
+}
+
+std::string shellArgument(std::string_view ssid, bool utf8) {
+    if (ssid.empty() || presentable(ssid, utf8) != ssid) {
+        return "--hex " + toHex(ssid);
+    }
+    const bool bare = ssid.front() != '-' && std::all_of(ssid.begin(), ssid.end(), needsNoQuotes);
+    if (bare) {
+        return std::string(ssid);
+    }
+    std::string result = ssid.front() == '-' ? "-- '" : "'";
+    for (const char letter : ssid) {
+        result += letter == '\'' ? std::string("'\\''") : std::string{letter};
+    }
+    return result + "'";
+}
+
+std::string validUtf8(std::string_view ssid) {
+    std::string result;
+    for (std::size_t at = 0; at < ssid.size();) {
+        const CodePoint point = codePointAt(ssid, at);
+        result += toUtf8(point.valid ? point.value : U'\uFFFD');
+        at += point.length;
+    }
+    return result;
+}
+
+std::string toHex(std::string_view bytes) {
+    std::string result;
+    for (const char byte : bytes) {
+        result += fmt::format("{:02x}", static_cast<unsigned char>(byte));
+    }
+    return result;
+}
+
+std::optional<std::string> fromHex(std::string_view digits) {
+    if (digits.size() % 2 != 0) {
+        return std::nullopt;
+    }
+    std::string result;
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        const int high = nibble(digits[i]);
+        const int low = nibble(digits[i + 1]);
+        if (high < 0 || low < 0) {
+            return std::nullopt;
+        }
+        result += static_cast<char>(high * 16 + low);
+    }
+    return result;
+}
+
+std::string isolated(std::string_view text) {
+    for (std::size_t at = 0; at < text.size();) {
+        const CodePoint point = codePointAt(text, at);
+        if (isRightToLeft(point.value)) {
+            const std::string mark = toUtf8(0x200E);
+            return fmt::format("{0}{1}{0}", mark, text);
+        }
+        at += point.length;
+    }
+    return std::string(text);
+}
+
+}  // namespace kaz::ctl
