@@ -12,18 +12,18 @@ namespace {
 
 Bus connect(const Environment& environment) {
     sd_bus* raw = nullptr;
-    check(sd_bus_new(&raw), "sd_bus_new");
+    checked(sd_bus_new(&raw), "sd_bus_new");
     Bus bus(raw);
-    check(sd_bus_set_address(raw, environment.busAddress.c_str()), "sd_bus_set_address");
-    check(sd_bus_set_bus_client(raw, 1), "sd_bus_set_bus_client");
-    check(sd_bus_start(raw), "cannot connect to the bus");
-    check(sd_bus_attach_event(raw, environment.scheduler.event(), SD_EVENT_PRIORITY_NORMAL), "attach");
+    checked(sd_bus_set_address(raw, environment.busAddress.c_str()), "sd_bus_set_address");
+    checked(sd_bus_set_bus_client(raw, 1), "sd_bus_set_bus_client");
+    checked(sd_bus_start(raw), "cannot connect to the bus");
+    checked(sd_bus_attach_event(raw, environment.scheduler.event(), SD_EVENT_PRIORITY_NORMAL), "attach");
     return bus;
 }
 
 const char* uniqueName(sd_bus* bus) {
     const char* name = nullptr;
-    check(sd_bus_get_unique_name(bus, &name), "unique name");
+    checked(sd_bus_get_unique_name(bus, &name), "unique name");
     return name;
 }
 
@@ -41,10 +41,10 @@ int relay(sd_bus_message* answer, void* data, sd_bus_error* error) {
     }
     return vtable::guarded(error, [&] {
         sd_bus_message* raw = nullptr;
-        check(sd_bus_message_new_method_return(call, &raw), "new reply");
+        checked(sd_bus_message_new_method_return(call, &raw), "new reply");
         const Message copy(raw);
-        check(sd_bus_message_copy(raw, answer, 1), "copy");
-        check(sd_bus_send(nullptr, raw, nullptr), "send");
+        checked(sd_bus_message_copy(raw, answer, 1), "copy");
+        checked(sd_bus_send(nullptr, raw, nullptr), "send");
     });
 }
 
@@ -59,23 +59,23 @@ Connection::Connection(const Environment& environment, std::string peer, std::fu
         return;
     }
     sd_bus_slot* slot = nullptr;
-    check(sd_bus_add_filter(
-              bus_.get(), &slot,
-              [](sd_bus_message* message, void* self, sd_bus_error* error) {
-                  int handled = 0;
-                  const int result = vtable::guarded(
-                      error, [&] { handled = static_cast<Connection*>(self)->received(message) ? 1 : 0; });
-                  return result < 0 ? result : handled;
-              },
-              this),
-          "sd_bus_add_filter");
+    checked(sd_bus_add_filter(
+                bus_.get(), &slot,
+                [](sd_bus_message* message, void* self, sd_bus_error* error) {
+                    int handled = 0;
+                    const int result = vtable::guarded(
+                        error, [&] { handled = static_cast<Connection*>(self)->received(message) ? 1 : 0; });
+                    return result < 0 ? result : handled;
+                },
+                this),
+            "sd_bus_add_filter");
     filter_.reset(slot);
 }
 
 Connection::~Connection() = default;
 
 void Connection::own(const char* name) {
-    check(sd_bus_request_name(bus_.get(), name, 0), name);
+    checked(sd_bus_request_name(bus_.get(), name, 0), name);
 }
 
 void Connection::flush() {
@@ -85,7 +85,7 @@ void Connection::flush() {
 Slot Connection::serve(const std::string& path, const char* interface, const sd_bus_vtable* vtable,
                        void* object) {
     sd_bus_slot* slot = nullptr;
-    check(sd_bus_add_object_vtable(bus_.get(), &slot, path.c_str(), interface, vtable, object), interface);
+    checked(sd_bus_add_object_vtable(bus_.get(), &slot, path.c_str(), interface, vtable, object), interface);
     return Slot(slot);
 }
 
@@ -144,21 +144,21 @@ void Connection::serveLater(const Fault& fault, sd_bus_message* call) {
 
 void Connection::forward(sd_bus_message* call) {
     sd_bus_message* raw = nullptr;
-    check(sd_bus_message_new_method_call(forwarder_.get(), &raw, uniqueName(bus_.get()),
-                                         sd_bus_message_get_path(call), sd_bus_message_get_interface(call),
-                                         sd_bus_message_get_member(call)),
-          "new call");
+    checked(sd_bus_message_new_method_call(forwarder_.get(), &raw, uniqueName(bus_.get()),
+                                           sd_bus_message_get_path(call), sd_bus_message_get_interface(call),
+                                           sd_bus_message_get_member(call)),
+            "new call");
     const Message again(raw);
-    check(sd_bus_message_rewind(call, 1), "rewind");
-    check(sd_bus_message_copy(again.get(), call, 1), "copy");
+    checked(sd_bus_message_rewind(call, 1), "rewind");
+    checked(sd_bus_message_copy(again.get(), call, 1), "copy");
     sd_bus_slot* slot = nullptr;
-    check(sd_bus_call_async(forwarder_.get(), &slot, again.get(), relay, sd_bus_message_ref(call), 0),
-          "call");
+    checked(sd_bus_call_async(forwarder_.get(), &slot, again.get(), relay, sd_bus_message_ref(call), 0),
+            "call");
     const Slot owned(slot);
-    check(sd_bus_slot_set_destroy_callback(
-              slot, [](void* data) { sd_bus_message_unref(static_cast<sd_bus_message*>(data)); }),
-          "slot");
-    check(sd_bus_slot_set_floating(slot, 1), "slot");
+    checked(sd_bus_slot_set_destroy_callback(
+                slot, [](void* data) { sd_bus_message_unref(static_cast<sd_bus_message*>(data)); }),
+            "slot");
+    checked(sd_bus_slot_set_floating(slot, 1), "slot");
 }
 
 }  // namespace kaz::sim

@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 
+#include "base/non_copyable.h"
 #include "simulator/bus/faults.h"
 #include "simulator/bus/scheduler.h"
 
@@ -18,17 +19,13 @@ struct Environment {
 };
 
 // A service's connection to the bus. The destructor closes it at once, as if the process ended.
-class Connection {
+class Connection : NonCopyable {
   public:
     // Connects and handles calls, but owns no bus name yet. `peer` is the service's name in the call log and
     // in faults; without it, calls are neither logged nor get faults. `onCrash` runs for a fault of kind
     // crash.
     Connection(const Environment& environment, std::string peer, std::function<void()> onCrash = nullptr);
     ~Connection();
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
-    Connection(Connection&&) = delete;
-    Connection& operator=(Connection&&) = delete;
 
     void own(const char* name);
 

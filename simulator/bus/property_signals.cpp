@@ -8,16 +8,16 @@ namespace {
 
 void appendProperty(sd_bus_message* out, const PropertySource& source, const sd_bus_vtable& entry) {
     const auto& property = entry.x.property;
-    check(sd_bus_message_open_container(out, 'e', "sv"), "open entry");
-    check(sd_bus_message_append_basic(out, 's', property.member), "append key");
-    check(sd_bus_message_open_container(out, 'v', property.signature), "open variant");
+    checked(sd_bus_message_open_container(out, 'e', "sv"), "open entry");
+    checked(sd_bus_message_append_basic(out, 's', property.member), "append key");
+    checked(sd_bus_message_open_container(out, 'v', property.signature), "open variant");
     sd_bus_error error{};
     const int result = property.get(source.bus, source.path.c_str(), source.interface.c_str(),
                                     property.member, out, source.object, &error);
     sd_bus_error_free(&error);
-    check(result, property.member);
-    check(sd_bus_message_close_container(out), "close variant");
-    check(sd_bus_message_close_container(out), "close entry");
+    checked(result, property.member);
+    checked(sd_bus_message_close_container(out), "close variant");
+    checked(sd_bus_message_close_container(out), "close entry");
 }
 
 bool isProperty(const sd_bus_vtable& entry) {
@@ -26,8 +26,8 @@ bool isProperty(const sd_bus_vtable& entry) {
 
 Message newSignal(const PropertySource& source, const char* interface) {
     sd_bus_message* raw = nullptr;
-    check(sd_bus_message_new_signal(source.bus, &raw, source.path.c_str(), interface, "PropertiesChanged"),
-          "new signal");
+    checked(sd_bus_message_new_signal(source.bus, &raw, source.path.c_str(), interface, "PropertiesChanged"),
+            "new signal");
     return Message(raw);
 }
 
@@ -35,7 +35,7 @@ Message newSignal(const PropertySource& source, const char* interface) {
 
 void appendProperties(sd_bus_message* out, const PropertySource& source,
                       const std::vector<std::string>& names) {
-    check(sd_bus_message_open_container(out, 'a', "{sv}"), "open dictionary");
+    checked(sd_bus_message_open_container(out, 'a', "{sv}"), "open dictionary");
     for (const sd_bus_vtable* entry = source.vtable; names.empty() && entry->type != _SD_BUS_VTABLE_END;
          ++entry) {
         if (isProperty(*entry)) {
@@ -52,7 +52,7 @@ void appendProperties(sd_bus_message* out, const PropertySource& source,
             appendProperty(out, source, *entry);
         }
     }
-    check(sd_bus_message_close_container(out), "close dictionary");
+    checked(sd_bus_message_close_container(out), "close dictionary");
 }
 
 void PropertySignals::changed(const std::string& name) {
@@ -71,14 +71,14 @@ void PropertySignals::flush() {
         return;
     }
     const Message standard = newSignal(source_, "org.freedesktop.DBus.Properties");
-    check(sd_bus_message_append(standard.get(), "s", source_.interface.c_str()), "append interface");
+    checked(sd_bus_message_append(standard.get(), "s", source_.interface.c_str()), "append interface");
     appendProperties(standard.get(), source_, names);
-    check(sd_bus_message_append(standard.get(), "as", 0), "append invalidated");
-    check(sd_bus_send(source_.bus, standard.get(), nullptr), "send PropertiesChanged");
+    checked(sd_bus_message_append(standard.get(), "as", 0), "append invalidated");
+    checked(sd_bus_send(source_.bus, standard.get(), nullptr), "send PropertiesChanged");
     if (ownSignal_) {
         const Message own = newSignal(source_, source_.interface.c_str());
         appendProperties(own.get(), source_, names);
-        check(sd_bus_send(source_.bus, own.get(), nullptr), "send PropertiesChanged");
+        checked(sd_bus_send(source_.bus, own.get(), nullptr), "send PropertiesChanged");
     }
 }
 

@@ -15,7 +15,7 @@ int Timer::State::run(void* data) {
     try {
         due();  // may destroy the state
     } catch (const std::exception&) {
-        return 0;  // the bus is gone; clients of the service will notice
+        return 0;  // a bus that has gone; whoever waits for the service notices
     }
     return 0;
 }
@@ -26,11 +26,11 @@ Timer Scheduler::at(std::chrono::microseconds delay, std::function<void()> task)
     timer.state_->task = std::move(task);
     sd_event_source* source = nullptr;
     constexpr std::uint64_t accuracy = 1;  // 0 means a quarter of a second
-    check(sd_event_add_time_relative(
-              event_, &source, CLOCK_MONOTONIC, static_cast<std::uint64_t>(delay.count()), accuracy,
-              [](sd_event_source*, std::uint64_t, void* data) { return Timer::State::run(data); },
-              timer.state_.get()),
-          "sd_event_add_time_relative");
+    checked(sd_event_add_time_relative(
+                event_, &source, CLOCK_MONOTONIC, static_cast<std::uint64_t>(delay.count()), accuracy,
+                [](sd_event_source*, std::uint64_t, void* data) { return Timer::State::run(data); },
+                timer.state_.get()),
+            "sd_event_add_time_relative");
     timer.state_->source.reset(source);
     return timer;
 }
@@ -49,10 +49,10 @@ Timer Scheduler::soon(std::function<void()> task) const {
     timer.state_ = std::make_unique<Timer::State>();
     timer.state_->task = std::move(task);
     sd_event_source* source = nullptr;
-    check(sd_event_add_defer(
-              event_, &source, [](sd_event_source*, void* data) { return Timer::State::run(data); },
-              timer.state_.get()),
-          "sd_event_add_defer");
+    checked(sd_event_add_defer(
+                event_, &source, [](sd_event_source*, void* data) { return Timer::State::run(data); },
+                timer.state_.get()),
+            "sd_event_add_defer");
     timer.state_->source.reset(source);
     return timer;
 }

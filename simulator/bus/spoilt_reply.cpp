@@ -13,34 +13,34 @@ bool repliesWithDictionary(std::string_view member) {
 
 Message newReply(sd_bus_message* call) {
     sd_bus_message* raw = nullptr;
-    check(sd_bus_message_new_method_return(call, &raw), "new reply");
+    checked(sd_bus_message_new_method_return(call, &raw), "new reply");
     return Message(raw);
 }
 
 void appendWrongTypes(sd_bus_message* out, std::string_view member) {
     if (repliesWithDictionary(member)) {
-        check(sd_bus_message_append(out, "a{sv}", 5, "State", "u", 1U, "Signal", "s", "loud", "rssi", "s",
-                                    "loud", "ActiveState", "u", 1U, "OnlineState", "u", 1U),
-              "append");
+        checked(sd_bus_message_append(out, "a{sv}", 5, "State", "u", 1U, "Signal", "s", "loud", "rssi", "s",
+                                      "loud", "ActiveState", "u", 1U, "OnlineState", "u", 1U),
+                "append");
     } else if (member == "Get") {
-        check(sd_bus_message_append(out, "v", "u", 1U), "append");
+        checked(sd_bus_message_append(out, "v", "u", 1U), "append");
     } else {
-        check(sd_bus_message_append(out, "u", 1U), "append");
+        checked(sd_bus_message_append(out, "u", 1U), "append");
     }
 }
 
 void appendWrongNesting(sd_bus_message* out, std::string_view member) {
     if (member == "Get") {
-        check(sd_bus_message_append(out, "v", "a(ss)", 1, "not", "this"), "append");
+        checked(sd_bus_message_append(out, "v", "a(ss)", 1, "not", "this"), "append");
     } else {
-        check(sd_bus_message_append(out, "a(ss)", 1, "not", "this"), "append");
+        checked(sd_bus_message_append(out, "a(ss)", 1, "not", "this"), "append");
     }
 }
 
 std::string_view propertyAskedFor(sd_bus_message* call) {
     const char* interface = nullptr;
     const char* property = nullptr;
-    check(sd_bus_message_read(call, "ss", &interface, &property), "read");
+    checked(sd_bus_message_read(call, "ss", &interface, &property), "read");
     return property;
 }
 
@@ -48,18 +48,18 @@ void appendEmptyProperty(sd_bus_message* out, std::string_view property) {
     static const std::set<std::string_view> paths = {"Interfaces", "Networks", "BSSs"};
     static const std::set<std::string_view> texts = {"ActiveState", "OnlineState", "State"};
     if (texts.contains(property)) {
-        check(sd_bus_message_append(out, "v", "s", ""), "append");
+        checked(sd_bus_message_append(out, "v", "s", ""), "append");
     } else if (property == "Properties") {
-        check(sd_bus_message_append(out, "v", "a{sv}", 0), "append");
+        checked(sd_bus_message_append(out, "v", "a{sv}", 0), "append");
     } else {
-        check(sd_bus_message_append(out, "v", paths.contains(property) ? "ao" : "as", 0), "append");
+        checked(sd_bus_message_append(out, "v", paths.contains(property) ? "ao" : "as", 0), "append");
     }
 }
 
 void appendEmptyValue(sd_bus_message* out, sd_bus_message* call) {
     const std::string_view member = sd_bus_message_get_member(call);
     if (repliesWithDictionary(member)) {
-        check(sd_bus_message_append(out, "a{sv}", 0), "append");
+        checked(sd_bus_message_append(out, "a{sv}", 0), "append");
     } else if (member == "Get") {
         appendEmptyProperty(out, propertyAskedFor(call));
     }
@@ -88,7 +88,7 @@ void spoiltReply(const Fault& fault, sd_bus_message* call) {
     } else if (fault.kind == FaultKind::emptyValue) {
         appendEmptyValue(reply.get(), call);
     }
-    check(sd_bus_send(nullptr, reply.get(), nullptr), "send reply");
+    checked(sd_bus_send(nullptr, reply.get(), nullptr), "send reply");
 }
 
 }  // namespace kaz::sim

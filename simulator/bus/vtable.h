@@ -75,7 +75,7 @@ constexpr sd_bus_property_set_t set = &Entry<Member>::set;
 
 template <typename... Arguments>
 void reply(sd_bus_message* call, const char* types, Arguments... arguments) {
-    check(sd_bus_reply_method_return(call, types, arguments...), "reply");
+    checked(sd_bus_reply_method_return(call, types, arguments...), "reply");
 }
 
 }  // namespace kaz::sim

@@ -2,12 +2,9 @@
 
 #include <signal.h>
 #include <stdlib.h>
-#include <sys/prctl.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cerrno>
-#include <system_error>
+#include "base/program.h"
 
 namespace kaz::sim {
 namespace {
@@ -39,42 +36,14 @@ std::vector<std::string> environmentWith(std::map<std::string, std::string> vari
     return lines;
 }
 
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    std::transform(texts.begin(), texts.end(), std::back_inserter(pointers),
-                   [](auto& text) { return text.data(); });
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
 }  // namespace
 
 pid_t startConfined(const std::vector<std::string>& command,
                     const std::map<std::string, std::string>& variables) {
-    // Prepare everything before the fork: afterwards only functions that are safe in a signal handler may be
-    // called.
-    auto words = confined(command);
-    auto lines = environmentWith(variables);
-    const auto arguments = pointersTo(words);
-    const auto environment = pointersTo(lines);
-    sigset_t none;
-    ::sigemptyset(&none);
-    const pid_t parent = ::getpid();
-    const pid_t child = ::fork();
-    if (child < 0) {
-        throw std::system_error(errno, std::generic_category(), "fork");
-    }
-    if (child == 0) {
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (::getppid() != parent) {
-            ::_exit(126);
-        }
-        ::setsid();
-        ::sigprocmask(SIG_SETMASK, &none, nullptr);
-        ::execvpe(arguments.front(), arguments.data(), environment.data());
-        ::_exit(127);
-    }
-    return child;
+    return startProgram({.command = confined(command),
+                         .environment = environmentWith(variables),
+                         .deathSignal = SIGKILL,
+                         .newSession = true});
 }
 
 }  // namespace kaz::sim

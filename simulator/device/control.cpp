@@ -17,7 +17,7 @@ constexpr const char* controlPath = "/com/kazwifi/Simulator1";
 template <typename T>
 T read(sd_bus_message* call, char type) {
     T value{};
-    check(sd_bus_message_read_basic(call, type, &value), "read argument");
+    checked(sd_bus_message_read_basic(call, type, &value), "read argument");
     return value;
 }
 

@@ -33,7 +33,7 @@ void nameAccessPoints(Neighbourhood& neighbourhood) {
 
 }  // namespace
 
-Device::Device(sd_event* event, Options options, CallLog& log)
+Device::Device(sd_event* event, DeviceOptions options, CallLog& log)
     : neighbourhood_(std::move(options.neighbourhood)),
       environment_{options.busAddress, Scheduler(event, options.timeScale), faults_, log},
       storage_(storageOf(neighbourhood_, options.configFile)),

@@ -1,12 +1,13 @@
 #pragma once
 
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
 
+#include "base/non_copyable.h"
 #include "simulator/bus/connection.h"
 #include "simulator/device/control.h"
+#include "simulator/device/device_options.h"
 #include "simulator/device/networkd.h"
 #include "simulator/device/real_service.h"
 #include "simulator/device/simulated_service.h"
@@ -15,23 +16,11 @@
 namespace kaz::sim {
 
 // All services of a device on one event loop, and the operations on them.
-class Device {
+class Device : NonCopyable {
   public:
-    struct Options {
-        std::string busAddress;
-        Neighbourhood neighbourhood;
-        double timeScale = 1.0;
-        std::filesystem::path configFile;
-        bool realSupplicant = false;
-    };
-
     // The event and the log must outlive the device.
-    Device(sd_event* event, Options options, CallLog& log);
+    Device(sd_event* event, DeviceOptions options, CallLog& log);
     ~Device();
-    Device(const Device&) = delete;
-    Device& operator=(const Device&) = delete;
-    Device(Device&&) = delete;
-    Device& operator=(Device&&) = delete;
 
     // False until the unit is active, if it is to be active.
     bool ready() const noexcept { return ready_; }

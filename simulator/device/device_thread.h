@@ -7,21 +7,19 @@
 #include <type_traits>
 #include <utility>
 
+#include "base/event_fd.h"
+#include "base/non_copyable.h"
 #include "simulator/device/device.h"
 #include "simulator/device/simulated_device.h"
 
 namespace kaz::sim {
 
 // The thread of a simulated device; runs functions on it.
-class SimulatedDevice::Thread {
+class SimulatedDevice::Thread : NonCopyable {
   public:
     // Returns when the device is ready. Rethrows an exception from its construction.
     explicit Thread(Options options);
     ~Thread();
-    Thread(const Thread&) = delete;
-    Thread& operator=(const Thread&) = delete;
-    Thread(Thread&&) = delete;
-    Thread& operator=(Thread&&) = delete;
 
     // Runs the function on the device's thread, and returns its result or rethrows its exception. The thread
     // continues after an exception.
@@ -47,7 +45,7 @@ class SimulatedDevice::Thread {
     std::mutex mutex_;
     std::deque<Task> tasks_;
     bool stopping_ = false;
-    int wakeUp_ = -1;
+    EventFd wakeUp_;
     std::thread thread_;
 };
 

@@ -53,16 +53,17 @@ void Networkd::setOnlineState(const std::string& state) {
 }
 
 void Networkd::appendOnlineState(sd_bus_message* out) const {
-    check(sd_bus_message_append_basic(out, 's', onlineState_.c_str()), "append");
+    checked(sd_bus_message_append_basic(out, 's', onlineState_.c_str()), "append");
 }
 
 void Networkd::operationalState(sd_bus_message* out) const {
     const char* const linkOnly = up_ ? "carrier" : "no-carrier";
-    check(sd_bus_message_append_basic(out, 's', onlineState_ == "online" ? "routable" : linkOnly), "append");
+    checked(sd_bus_message_append_basic(out, 's', onlineState_ == "online" ? "routable" : linkOnly),
+            "append");
 }
 
 void Networkd::carrierState(sd_bus_message* out) const {
-    check(sd_bus_message_append_basic(out, 's', up_ ? "carrier" : "no-carrier"), "append");
+    checked(sd_bus_message_append_basic(out, 's', up_ ? "carrier" : "no-carrier"), "append");
 }
 
 }  // namespace kaz::sim

@@ -1,13 +1,10 @@
 #include "simulator/device/real_service.h"
 
 #include <signal.h>
-#include <stdlib.h>
 #include <sys/wait.h>
 
-#include <cerrno>
 #include <fstream>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "simulator/bus/vtable.h"
@@ -19,31 +16,23 @@ namespace {
 constexpr const char* supplicantName = "fi.w1.wpa_supplicant1";
 constexpr std::chrono::seconds patience{5};
 
-std::filesystem::path makeFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "kaz-supplicant-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) {
-        throw std::system_error(errno, std::generic_category(), "cannot make " + pattern);
-    }
-    return pattern;
-}
-
 // The text of "State" in a PropertiesChanged signal of the interface; empty when it is not in it.
 std::string stateIn(sd_bus_message* signal) {
     const char* interface = nullptr;
-    check(sd_bus_message_read(signal, "s", &interface), "read");
-    check(sd_bus_message_enter_container(signal, 'a', "{sv}"), "enter");
+    checked(sd_bus_message_read(signal, "s", &interface), "read");
+    checked(sd_bus_message_enter_container(signal, 'a', "{sv}"), "enter");
     std::string state;
-    while (check(sd_bus_message_enter_container(signal, 'e', "sv"), "enter") > 0) {
+    while (checked(sd_bus_message_enter_container(signal, 'e', "sv"), "enter") > 0) {
         const char* name = nullptr;
-        check(sd_bus_message_read(signal, "s", &name), "read");
+        checked(sd_bus_message_read(signal, "s", &name), "read");
         if (std::string_view(name) == "State") {
             const char* text = nullptr;
-            check(sd_bus_message_read(signal, "v", "s", &text), "read");
+            checked(sd_bus_message_read(signal, "v", "s", &text), "read");
             state = text;
         } else {
-            check(sd_bus_message_skip(signal, "v"), "skip");
+            checked(sd_bus_message_skip(signal, "v"), "skip");
         }
-        check(sd_bus_message_exit_container(signal), "exit");
+        checked(sd_bus_message_exit_container(signal), "exit");
     }
     return state;
 }
@@ -59,10 +48,13 @@ int RealService::handler(sd_bus_message* signal, void* self, sd_bus_error* error
 RealService::RealService(const Environment& environment, std::filesystem::path configFile,
                          std::function<void(bool)> linkChanged)
     : environment_(environment),
-      folder_(configFile.empty() ? makeFolder() : std::filesystem::path()),
-      configFile_(configFile.empty() ? folder_ / "wpa_supplicant.conf" : std::move(configFile)),
+      configFile_(std::move(configFile)),
       linkChanged_(std::move(linkChanged)),
       connection_(environment, "") {
+    if (configFile_.empty()) {
+        folder_.emplace("kaz-supplicant-");
+        configFile_ = *folder_ / "wpa_supplicant.conf";
+    }
     if (!std::filesystem::exists(configFile_)) {
         std::ofstream(configFile_) << "ap_scan=0\nupdate_config=1\n";
     }
@@ -77,10 +69,6 @@ RealService::~RealService() {
     if (process_ > 0) {
         ::kill(process_, SIGKILL);
         ::waitpid(process_, nullptr, 0);
-    }
-    std::error_code ignored;
-    if (!folder_.empty()) {
-        std::filesystem::remove_all(folder_, ignored);
     }
 }
 
@@ -115,14 +103,14 @@ void RealService::launch() {
     process_ = startConfined({"sh", "-c", script, "sh", configFile_.string()},
                              {{"DBUS_SYSTEM_BUS_ADDRESS", environment_.busAddress}});
     sd_event_source* source = nullptr;
-    check(sd_event_add_child(
-              environment_.scheduler.event(), &source, process_, WEXITED,
-              [](sd_event_source*, const siginfo_t* end, void* self) {
-                  static_cast<RealService*>(self)->ended(end->si_code == CLD_EXITED && end->si_status == 0);
-                  return 0;
-              },
-              this),
-          "sd_event_add_child");
+    checked(sd_event_add_child(
+                environment_.scheduler.event(), &source, process_, WEXITED,
+                [](sd_event_source*, const siginfo_t* end, void* self) {
+                    static_cast<RealService*>(self)->ended(end->si_code == CLD_EXITED && end->si_status == 0);
+                    return 0;
+                },
+                this),
+            "sd_event_add_child");
     end_.reset(source);
 }
 
@@ -142,8 +130,8 @@ void RealService::ended(bool cleanly) {
 Slot RealService::hear(const char* sender, const char* interface, const char* member,
                        sd_bus_message_handler_t callback) {
     sd_bus_slot* slot = nullptr;
-    check(sd_bus_match_signal(connection_.bus(), &slot, sender, nullptr, interface, member, callback, this),
-          member);
+    checked(sd_bus_match_signal(connection_.bus(), &slot, sender, nullptr, interface, member, callback, this),
+            member);
     return Slot(slot);
 }
 
@@ -151,7 +139,7 @@ void RealService::nameOwnerChanged(sd_bus_message* signal) {
     const char* name = nullptr;
     const char* before = nullptr;
     const char* owner = nullptr;
-    check(sd_bus_message_read(signal, "sss", &name, &before, &owner), "read");
+    checked(sd_bus_message_read(signal, "sss", &name, &before, &owner), "read");
     if (std::string_view(name) != supplicantName) {
         return;
     }

@@ -4,8 +4,11 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 
+#include "base/non_copyable.h"
+#include "base/temporary_folder.h"
 #include "simulator/bus/connection.h"
 #include "simulator/device/service_process.h"
 
@@ -14,17 +17,13 @@ namespace kaz::sim {
 // The wpa_supplicant daemon of this machine, with its wired driver on one end of a veth pair, in a network
 // namespace of its own that ends with it. The daemon is killed when this object, its thread or the process
 // ends. Needs root, or a kernel that lets users make namespaces.
-class RealService : public ServiceProcess {
+class RealService : public ServiceProcess, NonCopyable {
   public:
     // The daemon reads and saves its configuration in that file, which is made when there is none; without a
     // name, in a folder of its own. `linkChanged` follows whether the daemon's State is "completed".
     RealService(const Environment& environment, std::filesystem::path configFile,
                 std::function<void(bool up)> linkChanged);
     ~RealService() override;
-    RealService(const RealService&) = delete;
-    RealService& operator=(const RealService&) = delete;
-    RealService(RealService&&) = delete;
-    RealService& operator=(RealService&&) = delete;
 
     void start(std::function<void()> ready) override;
     void stop(std::function<void()> gone) override;
@@ -41,7 +40,7 @@ class RealService : public ServiceProcess {
     void propertiesChanged(sd_bus_message* signal);
 
     const Environment& environment_;
-    std::filesystem::path folder_;
+    std::optional<TemporaryFolder> folder_;  // without a file of the caller's
     std::filesystem::path configFile_;
     std::function<void(bool)> linkChanged_;
     Connection connection_;

@@ -2,43 +2,29 @@
 
 #include <chrono>
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "base/non_copyable.h"
 #include "simulator/bus/call_log.h"
 #include "simulator/bus/faults.h"
-#include "simulator/world/neighbourhood.h"
+#include "simulator/device/device_options.h"
 
 namespace kaz::sim {
 
 // A device on a bus: systemd with the supplicant's unit, networkd, the supplicant with its radio, and the
 // control interface of docs/simulator.md. It runs on its own thread. Every operation may be called from any
 // other thread, and has taken effect when it returns; its consequences follow in simulated time.
-class SimulatedDevice {
+class SimulatedDevice : NonCopyable {
   public:
-    struct Options {
-        std::string busAddress;
-        Neighbourhood neighbourhood;       // access points without a BSSID get one
-        double timeScale = 1.0;            // 0.01: the simulation is a hundred times faster
-        std::filesystem::path configFile;  // read at start if it exists, written by SaveConfig; may be empty
-
-        // Starts and stops the wpa_supplicant daemon of this machine, with its wired driver on a separate
-        // network, instead of simulating it. Access points and the rest of the simulated radio then have no
-        // effect.
-        bool realSupplicant = false;
-    };
+    using Options = DeviceOptions;
 
     // Returns when all services are on the bus, with `unitActive` also the supplicant. Throws std::exception
     // on failure.
     explicit SimulatedDevice(Options options);
     ~SimulatedDevice();
-    SimulatedDevice(const SimulatedDevice&) = delete;
-    SimulatedDevice& operator=(const SimulatedDevice&) = delete;
-    SimulatedDevice(SimulatedDevice&&) = delete;
-    SimulatedDevice& operator=(SimulatedDevice&&) = delete;
 
     // The radio. Returns the BSSID of the new access point, which gets one if it has none. Returns false for
     // an unknown BSSID.

@@ -15,7 +15,7 @@ constexpr const char* unitInterface = "org.freedesktop.systemd1.Unit";
 constexpr const char* serviceInterface = "org.freedesktop.systemd1.Service";
 
 void append(sd_bus_message* out, const char* text) {
-    check(sd_bus_message_append_basic(out, 's', text), "append");
+    checked(sd_bus_message_append_basic(out, 's', text), "append");
 }
 
 std::string jobPath(unsigned job) {
@@ -86,7 +86,7 @@ Systemd::Systemd(const Environment& environment, const Times& times, ServiceProc
 
 void Systemd::loadUnit(sd_bus_message* call) {
     const char* name = nullptr;
-    check(sd_bus_message_read(call, "s", &name), "read");
+    checked(sd_bus_message_read(call, "s", &name), "read");
     checkUnit(name);
     reply(call, "o", unitPath);
 }
@@ -120,14 +120,14 @@ void Systemd::restartUnit(sd_bus_message* call) {
 void Systemd::runJob(sd_bus_message* call, void (Unit::*operation)(Unit::Done)) {
     const char* name = nullptr;
     const char* mode = nullptr;
-    check(sd_bus_message_read(call, "ss", &name, &mode), "read");
+    checked(sd_bus_message_read(call, "ss", &name, &mode), "read");
     checkUnit(name);
     checkMode(mode);
     const unsigned job = ++jobs_;
     if (!subscribers_.empty()) {
-        check(sd_bus_emit_signal(connection_.bus(), managerPath, managerInterface, "JobNew", "uos", job,
-                                 jobPath(job).c_str(), unitName),
-              "JobNew");
+        checked(sd_bus_emit_signal(connection_.bus(), managerPath, managerInterface, "JobNew", "uos", job,
+                                   jobPath(job).c_str(), unitName),
+                "JobNew");
     }
     reply(call, "o", jobPath(job).c_str());
     (unit_.*operation)([this, job](bool done) { jobRemoved(job, done); });
@@ -136,15 +136,15 @@ void Systemd::runJob(sd_bus_message* call, void (Unit::*operation)(Unit::Done)) 
 void Systemd::jobRemoved(unsigned job, bool done) {
     unitSignals_.flush();
     if (!subscribers_.empty()) {
-        check(sd_bus_emit_signal(connection_.bus(), managerPath, managerInterface, "JobRemoved", "uoss", job,
-                                 jobPath(job).c_str(), unitName, done ? "done" : "canceled"),
-              "JobRemoved");
+        checked(sd_bus_emit_signal(connection_.bus(), managerPath, managerInterface, "JobRemoved", "uoss",
+                                   job, jobPath(job).c_str(), unitName, done ? "done" : "canceled"),
+                "JobRemoved");
     }
 }
 
 void Systemd::resetFailedUnit(sd_bus_message* call) {
     const char* name = nullptr;
-    check(sd_bus_message_read(call, "s", &name), "read");
+    checked(sd_bus_message_read(call, "s", &name), "read");
     checkUnit(name);
     unit_.resetFailed();
     reply(call, "");

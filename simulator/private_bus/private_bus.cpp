@@ -3,17 +3,17 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <stdlib.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
-#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
-#include <system_error>
+
+#include "base/file_descriptor.h"
+#include "base/pipe.h"
+#include "base/program.h"
 
 namespace kaz::sim {
 namespace {
@@ -39,14 +39,6 @@ constexpr const char* policy =
 </busconfig>
 )";
 
-std::string makeFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "kaz-bus-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) {
-        throw std::system_error(errno, std::generic_category(), "cannot make " + pattern);
-    }
-    return pattern;
-}
-
 void writePolicy(const std::string& file, const std::string& address) {
     std::string text = policy;
     const std::string placeholder = "%ADDRESS%";
@@ -55,9 +47,9 @@ void writePolicy(const std::string& file, const std::string& address) {
 }
 
 // The daemon's complaints are worth reading only when it does not start.
-int openLog(const std::string& file) {
+FileDescriptor openLog(const std::string& file) {
     constexpr mode_t ownerOnly = 0600;
-    return ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, ownerOnly);
+    return FileDescriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, ownerOnly));
 }
 
 std::string contentsOf(const std::string& file) {
@@ -65,42 +57,15 @@ std::string contentsOf(const std::string& file) {
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
-[[noreturn]] void execDaemon(pid_t parent, const std::string& configArgument, int readyFd, int logFd) {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (::getppid() != parent) {
-        ::_exit(126);  // the parent died before it could be watched
-    }
-    ::dup2(logFd, STDERR_FILENO);
-    ::setsid();  // a Ctrl-C at the terminal is not meant for the bus
-    sigset_t none;
-    ::sigemptyset(&none);
-    ::sigprocmask(SIG_SETMASK, &none, nullptr);
-    const std::string printAddress = "--print-address=" + std::to_string(readyFd);
-    ::execlp("dbus-daemon", "dbus-daemon", "--nofork", "--nopidfile", "--nosyslog", configArgument.c_str(),
-             printAddress.c_str(), nullptr);
-    ::_exit(127);
-}
-
 }  // namespace
 
-PrivateBus::PrivateBus() : folder_(makeFolder()), address_("unix:path=" + folder_ + "/socket") {
-    try {
-        writePolicy(folder_ + "/bus.conf", address_);
-        start();
-    } catch (...) {
-        removeFolder();
-        throw;
-    }
+PrivateBus::PrivateBus() : address_("unix:path=" + (folder_ / "socket").string()) {
+    writePolicy(folder_ / "bus.conf", address_);
+    start();
 }
 
 PrivateBus::~PrivateBus() {
     kill();
-    removeFolder();
-}
-
-void PrivateBus::removeFolder() const noexcept {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
 }
 
 void PrivateBus::becomeSystemBus() const {
@@ -117,32 +82,26 @@ void PrivateBus::kill() {
 
 void PrivateBus::restart() {
     kill();
-    std::filesystem::remove(folder_ + "/socket");
+    std::filesystem::remove(folder_ / "socket");
     start();
 }
 
 void PrivateBus::start() {
-    std::array<int, 2> ready{};
-    if (::pipe2(ready.data(), O_CLOEXEC) != 0) {
-        throw std::system_error(errno, std::generic_category(), "pipe2");
-    }
-    const std::string configArgument = "--config-file=" + folder_ + "/bus.conf";
-    const int log = openLog(folder_ + "/log");
-    const pid_t parent = ::getpid();
-    daemon_ = ::fork();
-    if (daemon_ == 0) {
-        ::fcntl(ready[1], F_SETFD, 0);
-        execDaemon(parent, configArgument, ready[1], log);
-    }
-    ::close(ready[1]);
-    ::close(log);
+    Pipe ready;
+    const FileDescriptor log = openLog(folder_ / "log");
+    daemon_ = startProgram({.command = {"dbus-daemon", "--nofork", "--nopidfile", "--nosyslog",
+                                        "--config-file=" + (folder_ / "bus.conf").string(),
+                                        "--print-address=" + std::to_string(ready.writing.get())},
+                            .error = log.get(),
+                            .inherited = ready.writing.get(),
+                            .deathSignal = SIGKILL,
+                            .newSession = true});
+    ready.writing = FileDescriptor();
     char first = 0;
-    const bool listening = daemon_ > 0 && ::read(ready[0], &first, 1) == 1;
-    ::close(ready[0]);
-    if (!listening) {
+    if (::read(ready.reading.get(), &first, 1) != 1) {
         kill();
         throw std::runtime_error("dbus-daemon does not start; is it installed? " +
-                                 contentsOf(folder_ + "/log"));
+                                 contentsOf(folder_ / "log"));
     }
 }
 

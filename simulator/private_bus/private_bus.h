@@ -4,19 +4,18 @@
 
 #include <string>
 
+#include "base/non_copyable.h"
+#include "base/temporary_folder.h"
+
 namespace kaz::sim {
 
 // A message bus of our own: a dbus-daemon with a socket in a new folder under $TMPDIR, on which everybody may
 // own, send and receive everything. The daemon ends with this object, and also when this process dies.
-class PrivateBus {
+class PrivateBus : NonCopyable {
   public:
     // Starts the daemon and waits until it listens. Throws std::runtime_error when it does not start.
     PrivateBus();
     ~PrivateBus();
-    PrivateBus(const PrivateBus&) = delete;
-    PrivateBus& operator=(const PrivateBus&) = delete;
-    PrivateBus(PrivateBus&&) = delete;
-    PrivateBus& operator=(PrivateBus&&) = delete;
 
     const std::string& address() const noexcept { return address_; }
 
@@ -31,9 +30,8 @@ class PrivateBus {
 
   private:
     void start();
-    void removeFolder() const noexcept;
 
-    std::string folder_;
+    TemporaryFolder folder_{"kaz-bus-"};
     std::string address_;
     pid_t daemon_ = -1;
 };

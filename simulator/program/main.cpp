@@ -9,10 +9,10 @@
 #include <optional>
 #include <string_view>
 
+#include "base/program.h"
+#include "base/temporary_folder.h"
 #include "simulator/device/simulated_device.h"
 #include "simulator/private_bus/private_bus.h"
-#include "simulator/program/child.h"
-#include "simulator/program/temporary_folder.h"
 #include "simulator/world/neighbourhood_json.h"
 
 namespace kaz::sim {
@@ -60,7 +60,7 @@ int waitForChild(pid_t child) {
 // Where the command keeps the user's choice of Wi-Fi on or off, unless its caller has said so.
 void keepConfigurationIn(const TemporaryFolder& folder) {
     constexpr int keepExisting = 0;
-    ::setenv("KAZ_CONFIG_FILE", (folder.path() / "kaz.conf").c_str(), keepExisting);
+    ::setenv("KAZ_CONFIG_FILE", (folder / "kaz.conf").c_str(), keepExisting);
 }
 
 int run(const Arguments& arguments) {
@@ -84,10 +84,10 @@ int run(const Arguments& arguments) {
         std::cout << address << std::endl;  // readers wait for this line
         return waitForSignal();
     }
-    const TemporaryFolder folder;
+    const TemporaryFolder folder("kaz-device-");
     keepConfigurationIn(folder);
     ::setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
-    return waitForChild(startChild(arguments.command));
+    return waitForChild(startProgram({.command = arguments.command, .deathSignal = SIGTERM}));
 }
 
 }  // namespace

@@ -13,22 +13,22 @@ namespace {
 constexpr const char* bssInterface = "fi.w1.wpa_supplicant1.BSS";
 
 void appendBytes(sd_bus_message* out, std::string_view bytes) {
-    check(sd_bus_message_append_array(out, 'y', bytes.data(), bytes.size()), "append bytes");
+    checked(sd_bus_message_append_array(out, 'y', bytes.data(), bytes.size()), "append bytes");
 }
 
 using Words = std::vector<const char*>;
 
 void appendWords(sd_bus_message* out, const char* key, const Words& words) {
-    check(sd_bus_message_open_container(out, 'e', "sv"), "open entry");
-    check(sd_bus_message_append_basic(out, 's', key), "append key");
-    check(sd_bus_message_open_container(out, 'v', "as"), "open variant");
-    check(sd_bus_message_open_container(out, 'a', "s"), "open array");
+    checked(sd_bus_message_open_container(out, 'e', "sv"), "open entry");
+    checked(sd_bus_message_append_basic(out, 's', key), "append key");
+    checked(sd_bus_message_open_container(out, 'v', "as"), "open variant");
+    checked(sd_bus_message_open_container(out, 'a', "s"), "open array");
     for (const char* const word : words) {
-        check(sd_bus_message_append_basic(out, 's', word), "append word");
+        checked(sd_bus_message_append_basic(out, 's', word), "append word");
     }
-    check(sd_bus_message_close_container(out), "close array");
-    check(sd_bus_message_close_container(out), "close variant");
-    check(sd_bus_message_close_container(out), "close entry");
+    checked(sd_bus_message_close_container(out), "close array");
+    checked(sd_bus_message_close_container(out), "close variant");
+    checked(sd_bus_message_close_container(out), "close entry");
 }
 
 struct SecurityElement {
@@ -39,16 +39,16 @@ struct SecurityElement {
 };
 
 void appendElement(sd_bus_message* out, const SecurityElement& element) {
-    check(sd_bus_message_open_container(out, 'a', "{sv}"), "open dictionary");
+    checked(sd_bus_message_open_container(out, 'a', "{sv}"), "open dictionary");
     appendWords(out, "KeyMgmt", element.keyMgmt);
     appendWords(out, "Pairwise", element.pairwise);
     if (element.group != nullptr) {
-        check(sd_bus_message_append(out, "{sv}", "Group", "s", element.group), "append group");
+        checked(sd_bus_message_append(out, "{sv}", "Group", "s", element.group), "append group");
     }
     if (element.mgmtGroup != nullptr) {
-        check(sd_bus_message_append(out, "{sv}", "MgmtGroup", "s", element.mgmtGroup), "append mgmt group");
+        checked(sd_bus_message_append(out, "{sv}", "MgmtGroup", "s", element.mgmtGroup), "append mgmt group");
     }
-    check(sd_bus_message_close_container(out), "close dictionary");
+    checked(sd_bus_message_close_container(out), "close dictionary");
 }
 
 SecurityElement wpaElement(Security security) {
@@ -110,25 +110,25 @@ void BssObject::bssid(sd_bus_message* out) const {
 }
 
 void BssObject::privacy(sd_bus_message* out) const {
-    check(sd_bus_message_append(out, "b", bss_.seen.security != Security::open ? 1 : 0), "append");
+    checked(sd_bus_message_append(out, "b", bss_.seen.security != Security::open ? 1 : 0), "append");
 }
 
 void BssObject::mode(sd_bus_message* out) const {
-    check(sd_bus_message_append(out, "s", "infrastructure"), "append");
+    checked(sd_bus_message_append(out, "s", "infrastructure"), "append");
 }
 
 void BssObject::signal(sd_bus_message* out) const {
-    check(sd_bus_message_append_basic(out, 'n', &bss_.seen.signal), "append");
+    checked(sd_bus_message_append_basic(out, 'n', &bss_.seen.signal), "append");
 }
 
 void BssObject::frequency(sd_bus_message* out) const {
-    check(sd_bus_message_append_basic(out, 'q', &bss_.seen.frequency), "append");
+    checked(sd_bus_message_append_basic(out, 'q', &bss_.seen.frequency), "append");
 }
 
 void BssObject::rates(sd_bus_message* out) const {
     constexpr std::array<std::uint32_t, 8> rates = {54'000'000, 48'000'000, 36'000'000, 24'000'000,
                                                     18'000'000, 12'000'000, 9'000'000,  6'000'000};
-    check(sd_bus_message_append_array(out, 'u', rates.data(), sizeof rates), "append");
+    checked(sd_bus_message_append_array(out, 'u', rates.data(), sizeof rates), "append");
 }
 
 void BssObject::wpa(sd_bus_message* out) const {
@@ -140,7 +140,7 @@ void BssObject::rsn(sd_bus_message* out) const {
 }
 
 void BssObject::wps(sd_bus_message* out) const {
-    check(sd_bus_message_append(out, "a{sv}", 0), "append");
+    checked(sd_bus_message_append(out, "a{sv}", 0), "append");
 }
 
 void BssObject::elements(sd_bus_message* out) const {
@@ -152,7 +152,7 @@ void BssObject::elements(sd_bus_message* out) const {
 
 void BssObject::age(sd_bus_message* out) const {
     const auto age = std::chrono::duration_cast<std::chrono::seconds>(scheduler_.now() - bss_.lastSeen);
-    check(sd_bus_message_append(out, "u", static_cast<std::uint32_t>(age.count())), "append");
+    checked(sd_bus_message_append(out, "u", static_cast<std::uint32_t>(age.count())), "append");
 }
 
 }  // namespace kaz::sim

@@ -21,16 +21,16 @@ namespace {
 
 std::set<std::string> readSsids(sd_bus_message* call) {
     std::set<std::string> ssids;
-    check(sd_bus_message_enter_container(call, 'v', "aay"), "enter variant");
-    check(sd_bus_message_enter_container(call, 'a', "ay"), "enter array");
-    while (check(sd_bus_message_at_end(call, 0), "at end") == 0) {
+    checked(sd_bus_message_enter_container(call, 'v', "aay"), "enter variant");
+    checked(sd_bus_message_enter_container(call, 'a', "ay"), "enter array");
+    while (checked(sd_bus_message_at_end(call, 0), "at end") == 0) {
         const void* bytes = nullptr;
         std::size_t size = 0;
-        check(sd_bus_message_read_array(call, 'y', &bytes, &size), "read SSID");
+        checked(sd_bus_message_read_array(call, 'y', &bytes, &size), "read SSID");
         ssids.emplace(static_cast<const char*>(bytes), size);
     }
-    check(sd_bus_message_exit_container(call), "exit array");
-    check(sd_bus_message_exit_container(call), "exit variant");
+    checked(sd_bus_message_exit_container(call), "exit array");
+    checked(sd_bus_message_exit_container(call), "exit variant");
     return ssids;
 }
 
@@ -41,23 +41,23 @@ struct ScanRequest {
 
 ScanRequest readScanRequest(sd_bus_message* call) {
     ScanRequest request;
-    check(sd_bus_message_enter_container(call, 'a', "{sv}"), "enter dictionary");
-    while (check(sd_bus_message_enter_container(call, 'e', "sv"), "enter entry") > 0) {
+    checked(sd_bus_message_enter_container(call, 'a', "{sv}"), "enter dictionary");
+    while (checked(sd_bus_message_enter_container(call, 'e', "sv"), "enter entry") > 0) {
         const char* key = nullptr;
-        check(sd_bus_message_read_basic(call, 's', &key), "read key");
+        checked(sd_bus_message_read_basic(call, 's', &key), "read key");
         const std::string_view name = key;
         if (name == "Type") {
             const char* type = nullptr;
-            check(sd_bus_message_read(call, "v", "s", &type), "read type");
+            checked(sd_bus_message_read(call, "v", "s", &type), "read type");
             request.type = type;
         } else if (name == "SSIDs") {
             request.ssids = readSsids(call);
         } else if (name == "IEs" || name == "Channels" || name == "AllowRoam") {
-            check(sd_bus_message_skip(call, "v"), "skip");
+            checked(sd_bus_message_skip(call, "v"), "skip");
         } else {
             refuseArguments();
         }
-        check(sd_bus_message_exit_container(call), "exit entry");
+        checked(sd_bus_message_exit_container(call), "exit entry");
     }
     return request;
 }
@@ -142,7 +142,7 @@ void InterfaceObject::selectNetwork(sd_bus_message* call) {
 
 void InterfaceObject::flushBss(sd_bus_message* call) {
     std::uint32_t age = 0;
-    check(sd_bus_message_read(call, "u", &age), "read age");
+    checked(sd_bus_message_read(call, "u", &age), "read age");
     station_.flush(std::chrono::seconds(age));
     reply(call, "");
 }
@@ -171,7 +171,7 @@ void InterfaceObject::saveConfig(sd_bus_message* call) {
 
 Network& InterfaceObject::networkOf(sd_bus_message* call) {
     const char* text = nullptr;
-    check(sd_bus_message_read_basic(call, 'o', &text), "read path");
+    checked(sd_bus_message_read_basic(call, 'o', &text), "read path");
     const std::string wanted = text;
     if (!wanted.starts_with(std::string(path) + "/Networks/")) {
         refuseArguments();

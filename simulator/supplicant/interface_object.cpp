@@ -163,9 +163,10 @@ void InterfaceObject::emit(const char* member, const char* types, Arguments... a
 
 void InterfaceObject::emitAdded(const char* member, const PropertySource& object) {
     sd_bus_message* raw = nullptr;
-    check(sd_bus_message_new_signal(connection_.bus(), &raw, path, interfaceInterface, member), "new signal");
+    checked(sd_bus_message_new_signal(connection_.bus(), &raw, path, interfaceInterface, member),
+            "new signal");
     const Message signal(raw);
-    check(sd_bus_message_append(raw, "o", object.path.c_str()), "append path");
+    checked(sd_bus_message_append(raw, "o", object.path.c_str()), "append path");
     appendProperties(raw, object, {});
     sd_bus_send(connection_.bus(), raw, nullptr);
 }

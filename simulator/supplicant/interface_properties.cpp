@@ -8,32 +8,32 @@ namespace kaz::sim {
 namespace {
 
 void append(sd_bus_message* out, const char* types, const char* text) {
-    check(sd_bus_message_append(out, types, text), "append");
+    checked(sd_bus_message_append(out, types, text), "append");
 }
 
 template <typename Objects>
 void appendPaths(sd_bus_message* out, const Objects& objects) {
-    check(sd_bus_message_open_container(out, 'a', "o"), "open array");
+    checked(sd_bus_message_open_container(out, 'a', "o"), "open array");
     for (const auto& [id, object] : objects) {
         append(out, "o", object->path().c_str());
     }
-    check(sd_bus_message_close_container(out), "close array");
+    checked(sd_bus_message_close_container(out), "close array");
 }
 
 }  // namespace
 
 void InterfaceObject::capabilities(sd_bus_message* out) const {
-    check(sd_bus_message_append(out, "a{sv}", 9,                                                       //
-                                "Pairwise", "as", 2, "ccmp", "tkip",                                   //
-                                "Group", "as", 4, "ccmp", "tkip", "wep104", "wep40",                   //
-                                "GroupMgmt", "as", 1, "aes128cmac",                                    //
-                                "KeyMgmt", "as", 5, "none", "ieee8021x", "wpa-eap", "wpa-psk", "sae",  //
-                                "Protocol", "as", 2, "rsn", "wpa",                                     //
-                                "AuthAlg", "as", 3, "open", "shared", "leap",                          //
-                                "Scan", "as", 3, "active", "passive", "ssid",                          //
-                                "Modes", "as", 1, "infrastructure",                                    //
-                                "MaxScanSSID", "i", 20),
-          "append");
+    checked(sd_bus_message_append(out, "a{sv}", 9,                                                       //
+                                  "Pairwise", "as", 2, "ccmp", "tkip",                                   //
+                                  "Group", "as", 4, "ccmp", "tkip", "wep104", "wep40",                   //
+                                  "GroupMgmt", "as", 1, "aes128cmac",                                    //
+                                  "KeyMgmt", "as", 5, "none", "ieee8021x", "wpa-eap", "wpa-psk", "sae",  //
+                                  "Protocol", "as", 2, "rsn", "wpa",                                     //
+                                  "AuthAlg", "as", 3, "open", "shared", "leap",                          //
+                                  "Scan", "as", 3, "active", "passive", "ssid",                          //
+                                  "Modes", "as", 1, "infrastructure",                                    //
+                                  "MaxScanSSID", "i", 20),
+            "append");
 }
 
 void InterfaceObject::state(sd_bus_message* out) const {
@@ -41,19 +41,19 @@ void InterfaceObject::state(sd_bus_message* out) const {
 }
 
 void InterfaceObject::scanning(sd_bus_message* out) const {
-    check(sd_bus_message_append(out, "b", station_.scanning() ? 1 : 0), "append");
+    checked(sd_bus_message_append(out, "b", station_.scanning() ? 1 : 0), "append");
 }
 
 void InterfaceObject::apScan(sd_bus_message* out) const {
-    check(sd_bus_message_append(out, "u", 1U), "append");
+    checked(sd_bus_message_append(out, "u", 1U), "append");
 }
 
 void InterfaceObject::bssExpireAge(sd_bus_message* out) const {
-    check(sd_bus_message_append(out, "u", 180U), "append");
+    checked(sd_bus_message_append(out, "u", 180U), "append");
 }
 
 void InterfaceObject::bssExpireCount(sd_bus_message* out) const {
-    check(sd_bus_message_append(out, "u", 2U), "append");
+    checked(sd_bus_message_append(out, "u", 2U), "append");
 }
 
 void InterfaceObject::country(sd_bus_message* out) const {
@@ -96,15 +96,15 @@ void InterfaceObject::networkPaths(sd_bus_message* out) const {
 
 void InterfaceObject::scanInterval(sd_bus_message* out) const {
     const auto interval = std::chrono::duration_cast<std::chrono::seconds>(neighbourhood_.times.scanInterval);
-    check(sd_bus_message_append(out, "i", static_cast<std::int32_t>(interval.count())), "append");
+    checked(sd_bus_message_append(out, "i", static_cast<std::int32_t>(interval.count())), "append");
 }
 
 void InterfaceObject::disconnectReason(sd_bus_message* out) const {
-    check(sd_bus_message_append(out, "i", std::int32_t{station_.disconnectReason()}), "append");
+    checked(sd_bus_message_append(out, "i", std::int32_t{station_.disconnectReason()}), "append");
 }
 
 void InterfaceObject::authStatusCode(sd_bus_message* out) const {
-    check(sd_bus_message_append(out, "i", std::int32_t{station_.authStatusCode()}), "append");
+    checked(sd_bus_message_append(out, "i", std::int32_t{station_.authStatusCode()}), "append");
 }
 
 void InterfaceObject::updateConfig(sd_bus_message* out) const {
@@ -113,7 +113,7 @@ void InterfaceObject::updateConfig(sd_bus_message* out) const {
 
 void InterfaceObject::setUpdateConfig(sd_bus_message* in) {
     const char* text = nullptr;
-    check(sd_bus_message_read(in, "s", &text), "read");
+    checked(sd_bus_message_read(in, "s", &text), "read");
     storage_.config.updateConfig = std::string_view(text) == "1";
 }
 

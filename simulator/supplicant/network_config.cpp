@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <sstream>
 
+#include "base/hex.h"
 #include "simulator/supplicant/network_fields.h"
-#include "simulator/world/bytes.h"
 
 namespace kaz::sim {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "simulator/world/bytes.h"
+#include "base/hex.h"
 
 namespace kaz::sim {
 namespace {

@@ -37,11 +37,11 @@ NetworkObject::NetworkObject(Connection& connection, const Scheduler& scheduler,
       slot_(connection.serve(path_, networkInterface, vtable_, this)) {}
 
 void NetworkObject::shown(sd_bus_message* out) const {
-    check(sd_bus_message_open_container(out, 'a', "{sv}"), "open dictionary");
+    checked(sd_bus_message_open_container(out, 'a', "{sv}"), "open dictionary");
     for (const auto& [name, value] : network_.config.shown()) {
-        check(sd_bus_message_append(out, "{sv}", name.c_str(), "s", value.c_str()), "append");
+        checked(sd_bus_message_append(out, "{sv}", name.c_str(), "s", value.c_str()), "append");
     }
-    check(sd_bus_message_close_container(out), "close dictionary");
+    checked(sd_bus_message_close_container(out), "close dictionary");
 }
 
 void NetworkObject::change(sd_bus_message* in) {
@@ -51,12 +51,12 @@ void NetworkObject::change(sd_bus_message* in) {
 }
 
 void NetworkObject::enabled(sd_bus_message* out) const {
-    check(sd_bus_message_append(out, "b", network_.config.enabled() ? 1 : 0), "append");
+    checked(sd_bus_message_append(out, "b", network_.config.enabled() ? 1 : 0), "append");
 }
 
 void NetworkObject::setEnabled(sd_bus_message* in) {
     int enabled = 0;
-    check(sd_bus_message_read(in, "b", &enabled), "read");
+    checked(sd_bus_message_read(in, "b", &enabled), "read");
     setEnabled_(enabled != 0);
 }
 

@@ -48,7 +48,7 @@ void Supplicant::withdraw() {
 
 void Supplicant::getInterface(sd_bus_message* call) {
     const char* name = nullptr;
-    check(sd_bus_message_read(call, "s", &name), "read");
+    checked(sd_bus_message_read(call, "s", &name), "read");
     if (std::string_view(name) != "wlan0") {
         throw BusError("fi.w1.wpa_supplicant1.InterfaceUnknown",
                        "wpa_supplicant knows nothing about this interface.");
@@ -57,25 +57,25 @@ void Supplicant::getInterface(sd_bus_message* call) {
 }
 
 void Supplicant::capabilities(sd_bus_message* out) const {
-    check(sd_bus_message_append(out, "as", 3, "ap", "pmf", "sha384"), "append");
+    checked(sd_bus_message_append(out, "as", 3, "ap", "pmf", "sha384"), "append");
 }
 
 void Supplicant::eapMethods(sd_bus_message* out) const {
-    check(sd_bus_message_open_container(out, 'a', "s"), "open array");
+    checked(sd_bus_message_open_container(out, 'a', "s"), "open array");
     for (const std::string& method : neighbourhood_.eapMethods) {
-        check(sd_bus_message_append_basic(out, 's', method.c_str()), "append");
+        checked(sd_bus_message_append_basic(out, 's', method.c_str()), "append");
     }
-    check(sd_bus_message_close_container(out), "close array");
+    checked(sd_bus_message_close_container(out), "close array");
 }
 
 void Supplicant::interfaces(sd_bus_message* out) const {
-    check(sd_bus_message_open_container(out, 'a', "o"), "open array");
-    check(sd_bus_message_append_basic(out, 'o', InterfaceObject::path), "append");
+    checked(sd_bus_message_open_container(out, 'a', "o"), "open array");
+    checked(sd_bus_message_append_basic(out, 'o', InterfaceObject::path), "append");
     for (unsigned number = 1; number <= neighbourhood_.moreInterfaces; ++number) {
         const std::string path = "/fi/w1/wpa_supplicant1/Interfaces/" + std::to_string(number);
-        check(sd_bus_message_append_basic(out, 'o', path.c_str()), "append");
+        checked(sd_bus_message_append_basic(out, 'o', path.c_str()), "append");
     }
-    check(sd_bus_message_close_container(out), "close array");
+    checked(sd_bus_message_close_container(out), "close array");
 }
 
 }  // namespace kaz::sim

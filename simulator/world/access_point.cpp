@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "simulator/world/bytes.h"
+#include "base/hex.h"
 
 namespace kaz::sim {
 namespace {

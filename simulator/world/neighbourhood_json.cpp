@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-#include "simulator/world/bytes.h"
+#include "base/hex.h"
 
 namespace kaz::sim {
 namespace {

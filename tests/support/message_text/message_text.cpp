@@ -1,20 +1,13 @@
 #include "support/message_text/message_text.h"
 
 #include <array>
-#include <cstdint>
 #include <cstdio>
-#include <stdexcept>
 #include <string_view>
+
+#include "base/sd_bus/basic_value.h"
 
 namespace kaz::test {
 namespace {
-
-int checked(int result) {
-    if (result < 0) {
-        throw std::runtime_error("cannot read the message: " + std::to_string(result));
-    }
-    return result;
-}
 
 std::string quoted(std::string_view text) {
     std::string result = "\"";
@@ -32,22 +25,10 @@ std::string quoted(std::string_view text) {
     return result + '"';
 }
 
-template <typename T>
-T basic(sd_bus_message* message, char type) {
-    T value{};
-    checked(sd_bus_message_read_basic(message, type, &value));
-    return value;
-}
-
-template <typename T>
-std::string number(sd_bus_message* message, char type) {
-    return type + std::to_string(basic<T>(message, type));
-}
-
 std::string values(sd_bus_message* message, std::string_view separator);
 
 std::string container(sd_bus_message* message, char type, const char* contents) {
-    checked(sd_bus_message_enter_container(message, type, contents));
+    checked(sd_bus_message_enter_container(message, type, contents), "enter_container");
     std::string text;
     switch (type) {
         case SD_BUS_TYPE_VARIANT:
@@ -63,45 +44,34 @@ std::string container(sd_bus_message* message, char type, const char* contents) 
         default:
             text = '(' + values(message, ", ") + ')';
     }
-    checked(sd_bus_message_exit_container(message));
+    checked(sd_bus_message_exit_container(message), "exit_container");
     return text;
 }
 
-std::string value(sd_bus_message* message, char type, const char* contents) {
-    switch (type) {
-        case SD_BUS_TYPE_STRING:
-            return quoted(basic<const char*>(message, type));
-        case SD_BUS_TYPE_OBJECT_PATH:
-        case SD_BUS_TYPE_SIGNATURE:
-            return type + quoted(basic<const char*>(message, type));
-        case SD_BUS_TYPE_BOOLEAN:
-            return basic<int>(message, type) != 0 ? "true" : "false";
-        case SD_BUS_TYPE_BYTE:
-            return number<std::uint8_t>(message, type);
-        case SD_BUS_TYPE_INT16:
-            return number<std::int16_t>(message, type);
-        case SD_BUS_TYPE_UINT16:
-            return number<std::uint16_t>(message, type);
-        case SD_BUS_TYPE_INT32:
-            return number<std::int32_t>(message, type);
-        case SD_BUS_TYPE_UINT32:
-            return number<std::uint32_t>(message, type);
-        case SD_BUS_TYPE_INT64:
-            return number<std::int64_t>(message, type);
-        case SD_BUS_TYPE_UINT64:
-            return number<std::uint64_t>(message, type);
-        case SD_BUS_TYPE_DOUBLE:
-            return number<double>(message, type);
-        default:
-            return container(message, type, contents);
+// The text of a basic value, with its type.
+struct Basic {
+    std::string operator()(const char* value) const {
+        return (type == SD_BUS_TYPE_STRING ? "" : std::string{type}) + quoted(value);
     }
+    std::string operator()(bool value) const { return value ? "true" : "false"; }
+    template <typename Number>
+    std::string operator()(Number value) const {
+        return type + std::to_string(value);
+    }
+
+    char type;
+};
+
+std::string value(sd_bus_message* message, char type, const char* contents) {
+    return dbus::visitBasic(message, type, Basic{type}, [&] { return container(message, type, contents); });
 }
 
 std::string values(sd_bus_message* message, std::string_view separator) {
     std::string text;
     char type = 0;
     const char* contents = nullptr;
-    for (bool first = true; checked(sd_bus_message_peek_type(message, &type, &contents)) > 0; first = false) {
+    for (bool first = true; checked(sd_bus_message_peek_type(message, &type, &contents), "peek_type") > 0;
+         first = false) {
         if (!first) {
             text += separator;
         }
@@ -113,9 +83,9 @@ std::string values(sd_bus_message* message, std::string_view separator) {
 }  // namespace
 
 std::string messageText(sd_bus_message* message) {
-    checked(sd_bus_message_rewind(message, 1));
+    checked(sd_bus_message_rewind(message, 1), "rewind");
     std::string text = values(message, ", ");
-    checked(sd_bus_message_rewind(message, 1));
+    checked(sd_bus_message_rewind(message, 1), "rewind");
     return text;
 }
 

@@ -12,7 +12,7 @@ namespace kaz::test {
 //   s "text"   o o"/path"   g g"sig"   b true   y y1   n n-1   q q1   i i-1   u u1   x x-1   t t1   d d0.5
 //   v <value>   a [value, value]   a{..} {key: value, key: value}   (..) (value, value)
 //
-// Quotes, backslashes and bytes outside printable ASCII are escaped. Throws std::runtime_error when sd-bus
+// Quotes, backslashes and bytes outside printable ASCII are escaped. Throws std::system_error when sd-bus
 // cannot read on.
 std::string messageText(sd_bus_message* message);
 

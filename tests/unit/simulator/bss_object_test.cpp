@@ -68,9 +68,9 @@ TEST_F(BssObjects, HaveEveryPropertyWithTheRealTypes) {
     EXPECT_EQ(bss.at("Mode"), "infrastructure");
     const Message call =
         client_->newCall({supplicantInterface.service, path, "org.freedesktop.DBus.Properties"}, "Get");
-    check(sd_bus_message_append(call.get(), "ss", "fi.w1.wpa_supplicant1.BSS", "Signal"), "append");
+    checked(sd_bus_message_append(call.get(), "ss", "fi.w1.wpa_supplicant1.BSS", "Signal"), "append");
     sd_bus_message* raw = nullptr;
-    check(sd_bus_call(client_->bus(), call.get(), 0, nullptr, &raw), "call");
+    checked(sd_bus_call(client_->bus(), call.get(), 0, nullptr, &raw), "call");
     const Message reply(raw);
     std::int16_t signal = 0;
     EXPECT_GT(sd_bus_message_read(raw, "v", "n", &signal), 0);

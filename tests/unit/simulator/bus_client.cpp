@@ -21,28 +21,28 @@ Signal read(sd_bus_message* message) {
 
 BusClient::BusClient(const std::string& address) {
     sd_bus* raw = nullptr;
-    check(sd_bus_new(&raw), "sd_bus_new");
+    checked(sd_bus_new(&raw), "sd_bus_new");
     bus_.reset(raw);
-    check(sd_bus_set_address(raw, address.c_str()), "address");
-    check(sd_bus_set_bus_client(raw, 1), "client");
-    check(sd_bus_start(raw), "start");
+    checked(sd_bus_set_address(raw, address.c_str()), "address");
+    checked(sd_bus_set_bus_client(raw, 1), "client");
+    checked(sd_bus_start(raw), "start");
     sd_bus_slot* slot = nullptr;
-    check(sd_bus_add_match(
-              raw, &slot, "type='signal'",
-              [](sd_bus_message* message, void* self, sd_bus_error*) {
-                  static_cast<BusClient*>(self)->signals_.push_back(read(message));
-                  return 0;
-              },
-              this),
-          "match");
+    checked(sd_bus_add_match(
+                raw, &slot, "type='signal'",
+                [](sd_bus_message* message, void* self, sd_bus_error*) {
+                    static_cast<BusClient*>(self)->signals_.push_back(read(message));
+                    return 0;
+                },
+                this),
+            "match");
     match_.reset(slot);
 }
 
 Message BusClient::newCall(const Target& target, const char* member) {
     sd_bus_message* raw = nullptr;
-    check(sd_bus_message_new_method_call(bus_.get(), &raw, target.service.c_str(), target.path.c_str(),
-                                         target.interface.c_str(), member),
-          "new call");
+    checked(sd_bus_message_new_method_call(bus_.get(), &raw, target.service.c_str(), target.path.c_str(),
+                                           target.interface.c_str(), member),
+            "new call");
     return Message(raw);
 }
 
@@ -70,8 +70,8 @@ bool BusClient::waitUntil(const std::function<bool()>& condition) {
         if (std::chrono::steady_clock::now() >= end) {
             return false;
         }
-        if (check(sd_bus_process(bus_.get(), nullptr), "process") == 0) {
-            check(sd_bus_wait(bus_.get(), 10'000), "wait");
+        if (checked(sd_bus_process(bus_.get(), nullptr), "process") == 0) {
+            checked(sd_bus_wait(bus_.get(), 10'000), "wait");
         }
     }
     return true;

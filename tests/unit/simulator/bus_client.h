@@ -49,7 +49,7 @@ class BusClient {
     nlohmann::json call(const Target& target, const char* member, const char* types = "",
                         Arguments... arguments) {
         const Message message = newCall(target, member);
-        check(sd_bus_message_append(message.get(), types, arguments...), "append");
+        checked(sd_bus_message_append(message.get(), types, arguments...), "append");
         return send(message.get());
     }
 

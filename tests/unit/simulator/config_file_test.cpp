@@ -2,11 +2,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <cstdint>
 #include <fstream>
 #include <iterator>
+
+#include "base/temporary_folder.h"
 
 namespace kaz::sim::test {
 namespace {
@@ -17,20 +18,10 @@ const std::vector<std::string> methods = {"PEAP"};
 
 class ConfigFile : public ::testing::Test {
   protected:
-    ConfigFile() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "kaz-test-XXXXXX").string();
-        folder_ = ::mkdtemp(pattern.data());
-    }
-    ~ConfigFile() override { std::filesystem::remove_all(folder_); }
-    ConfigFile(const ConfigFile&) = delete;
-    ConfigFile& operator=(const ConfigFile&) = delete;
-    ConfigFile(ConfigFile&&) = delete;
-    ConfigFile& operator=(ConfigFile&&) = delete;
-
     std::filesystem::path file() const { return folder_ / "wpa_supplicant.conf"; }
     void write(const std::string& text) const { std::ofstream(file()) << text; }
 
-    std::filesystem::path folder_;
+    const TemporaryFolder folder_{"kaz-test-"};
 };
 
 TEST_F(ConfigFile, KeepsEveryByteOfSsidAndSecrets) {
@@ -83,7 +74,7 @@ TEST_F(ConfigFile, LeavesOutANetworkThatCannotBe) {
 TEST_F(ConfigFile, SaysWhichFileItCannotReadOrWrite) {
     EXPECT_THROW(readConfig(file(), methods), std::runtime_error);
     try {
-        writeConfig(folder_ / "no folder" / "file", {});
+        writeConfig(folder_ / "no folder/file", {});
         FAIL() << "wrote it";
     } catch (const std::runtime_error& error) {
         EXPECT_THAT(error.what(), HasSubstr("no folder"));

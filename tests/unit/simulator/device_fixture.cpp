@@ -36,24 +36,24 @@ Target bssAt(const std::string& path) {
 namespace {
 
 void appendBytes(sd_bus_message* call, const std::string& key, const std::string& bytes) {
-    check(sd_bus_message_open_container(call, 'e', "sv"), "open");
-    check(sd_bus_message_append(call, "s", key.c_str()), "append");
-    check(sd_bus_message_open_container(call, 'v', "ay"), "open");
-    check(sd_bus_message_append_array(call, 'y', bytes.data(), bytes.size()), "append");
-    check(sd_bus_message_close_container(call), "close");
-    check(sd_bus_message_close_container(call), "close");
+    checked(sd_bus_message_open_container(call, 'e', "sv"), "open");
+    checked(sd_bus_message_append(call, "s", key.c_str()), "append");
+    checked(sd_bus_message_open_container(call, 'v', "ay"), "open");
+    checked(sd_bus_message_append_array(call, 'y', bytes.data(), bytes.size()), "append");
+    checked(sd_bus_message_close_container(call), "close");
+    checked(sd_bus_message_close_container(call), "close");
 }
 
 void appendSetting(sd_bus_message* call, const std::string& key, const Setting& value) {
     if (const auto* const text = std::get_if<std::string>(&value)) {
-        check(sd_bus_message_append(call, "{sv}", key.c_str(), "s", text->c_str()), "append");
+        checked(sd_bus_message_append(call, "{sv}", key.c_str(), "s", text->c_str()), "append");
     } else if (const auto* const number = std::get_if<std::int64_t>(&value)) {
-        check(sd_bus_message_append(call, "{sv}", key.c_str(), "i", static_cast<std::int32_t>(*number)),
-              "append");
+        checked(sd_bus_message_append(call, "{sv}", key.c_str(), "i", static_cast<std::int32_t>(*number)),
+                "append");
     } else if (const auto* const bytes = std::get_if<ByteSetting>(&value)) {
         appendBytes(call, key, bytes->bytes);
     } else {
-        check(sd_bus_message_append(call, "{sv}", key.c_str(), "b", 1), "append");
+        checked(sd_bus_message_append(call, "{sv}", key.c_str(), "b", 1), "append");
     }
 }
 
@@ -80,11 +80,11 @@ void DeviceTest::start(std::vector<AccessPoint> accessPoints) {
 
 std::string DeviceTest::addNetwork(const Settings& settings) {
     const Message call = client_->newCall(supplicantInterface, "AddNetwork");
-    check(sd_bus_message_open_container(call.get(), 'a', "{sv}"), "open");
+    checked(sd_bus_message_open_container(call.get(), 'a', "{sv}"), "open");
     for (const auto& [key, value] : settings) {
         appendSetting(call.get(), key, value);
     }
-    check(sd_bus_message_close_container(call.get()), "close");
+    checked(sd_bus_message_close_container(call.get()), "close");
     return client_->send(call.get()).at(0);
 }
 

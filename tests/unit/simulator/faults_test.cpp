@@ -66,7 +66,7 @@ class FaultyDevice : public DeviceTest {
                          const char* first = "", const char* second = "",
                          std::chrono::microseconds limit = generousLimit) {
         const Message call = client_->newCall(target, member);
-        check(sd_bus_message_append(call.get(), types, first, second), "append");
+        checked(sd_bus_message_append(call.get(), types, first, second), "append");
         sd_bus_error error{};
         sd_bus_message* raw = nullptr;
         if (sd_bus_call(client_->bus(), call.get(), static_cast<std::uint64_t>(limit.count()), &error, &raw) <
@@ -78,7 +78,7 @@ class FaultyDevice : public DeviceTest {
         const Message reply(raw);
         const char* contents = nullptr;
         char type = 0;
-        check(sd_bus_message_peek_type(raw, &type, &contents), "peek");
+        checked(sd_bus_message_peek_type(raw, &type, &contents), "peek");
         return type == 'v' ? std::string("v") + contents : sd_bus_message_get_signature(raw, 1);
     }
 
@@ -164,7 +164,7 @@ TEST_F(FaultyDevice, ForgetsDelayedCallsWhenTheSupplicantCrashes) {
     fault.delay = std::chrono::hours(1);
     device_->orderFault(fault);
     const Message call = client_->newCall(supplicantInterface, "SaveConfig");
-    check(sd_bus_send(client_->bus(), call.get(), nullptr), "send");
+    checked(sd_bus_send(client_->bus(), call.get(), nullptr), "send");
     ASSERT_TRUE(device_->waitForCalls(
         [](const auto& calls) { return !calls.empty() && calls.back().member == "SaveConfig"; }, generous));
     device_->crashSupplicant();

@@ -1,9 +1,8 @@
-#include <stdlib.h>
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
+#include "base/temporary_folder.h"
 #include "unit/simulator/device_fixture.h"
 
 namespace kaz::sim::test {
@@ -15,16 +14,6 @@ using ::testing::Not;
 
 class SaveConfig : public DeviceTest {
   protected:
-    SaveConfig() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "kaz-test-XXXXXX").string();
-        folder_ = ::mkdtemp(pattern.data());
-    }
-    ~SaveConfig() override { std::filesystem::remove_all(folder_); }
-    SaveConfig(const SaveConfig&) = delete;
-    SaveConfig& operator=(const SaveConfig&) = delete;
-    SaveConfig(SaveConfig&&) = delete;
-    SaveConfig& operator=(SaveConfig&&) = delete;
-
     std::filesystem::path file() const { return folder_ / "wpa_supplicant.conf"; }
 
     std::string contents() const {
@@ -43,7 +32,7 @@ class SaveConfig : public DeviceTest {
         ASSERT_TRUE(client_->waitUntil([&] { return device_->unitState() == "active"; }));
     }
 
-    std::filesystem::path folder_;
+    const TemporaryFolder folder_{"kaz-test-"};
 };
 
 TEST_F(SaveConfig, WritesTheNetworksToTheFile) {
@@ -98,7 +87,7 @@ TEST_F(SaveConfig, IsRefusedWhenTheConfigurationMayNotBeUpdated) {
 
 TEST_F(SaveConfig, FailsWhenTheFileCannotBeWritten) {
     SimulatedDevice::Options options;
-    options.configFile = folder_ / "no folder" / "file";
+    options.configFile = folder_ / "no folder/file";
     start(std::move(options));
     EXPECT_EQ(errorOf(supplicantInterface, "SaveConfig"), "fi.w1.wpa_supplicant1.UnknownError");
 }

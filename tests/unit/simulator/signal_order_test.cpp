@@ -76,17 +76,17 @@ TEST_F(SignalOrder, AnswersACallBeforeItTellsWhatTheCallHasChanged) {
     start({accessPoint("Cafe", Security::open)});
     const std::string network = addNetwork(openNetwork("Cafe"));
     const Message call = client_->newCall(supplicantInterface, "SelectNetwork");
-    check(sd_bus_message_append(call.get(), "o", network.c_str()), "append");
+    checked(sd_bus_message_append(call.get(), "o", network.c_str()), "append");
     sd_bus_slot* slot = nullptr;
-    check(sd_bus_call_async(
-              client_->bus(), &slot, call.get(),
-              [](sd_bus_message*, void* signals, sd_bus_error*) {
-                  static_cast<std::vector<Signal>*>(signals)->push_back(
-                      {.member = "the reply", .arguments = {}});
-                  return 0;
-              },
-              &client_->signals(), 0),
-          "call");
+    checked(sd_bus_call_async(
+                client_->bus(), &slot, call.get(),
+                [](sd_bus_message*, void* signals, sd_bus_error*) {
+                    static_cast<std::vector<Signal>*>(signals)->push_back(
+                        {.member = "the reply", .arguments = {}});
+                    return 0;
+                },
+                &client_->signals(), 0),
+            "call");
     const Slot owned(slot);
     const auto enabled = [](const Signal& s) {
         return s.path != supplicantInterface.path && changes(s, "Enabled");

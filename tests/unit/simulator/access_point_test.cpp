@@ -1,28 +1,9 @@
-#include "simulator/world/bytes.h"
+#include "simulator/world/access_point.h"
 
 #include <gtest/gtest.h>
 
-#include "simulator/world/access_point.h"
-
 namespace kaz::sim::test {
 namespace {
-
-TEST(Bytes, ComeBackFromTheirHexadecimalDigits) {
-    std::string all;
-    for (int byte = 0; byte < 256; ++byte) {
-        all += static_cast<char>(byte);
-    }
-    EXPECT_EQ(fromHex(toHex(all)), all);
-    EXPECT_EQ(toHex(std::string_view("\x00\xffH", 3)), "00ff48");
-}
-
-TEST(Bytes, AreNotMadeOfWhatIsNotHexadecimal) {
-    for (const char* const text : {"4", "486", "4g", "g4", " 4", "48 6", "0x48"}) {
-        EXPECT_FALSE(fromHex(text)) << text;
-    }
-    EXPECT_EQ(fromHex(""), "");
-    EXPECT_EQ(fromHex("4A6f"), "Jo");
-}
 
 TEST(Bssid, IsSixBytesWithColons) {
     EXPECT_EQ(bssidBytes("02:00:00:00:0a:ff"), std::string("\x02\0\0\0\x0a\xff", 6));

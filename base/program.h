@@ -1,0 +1,29 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kaz {
+
+// A program to run as a child process.
+struct Program {
+    std::vector<std::string> command;                                    // its name is searched for in $PATH
+    std::optional<std::vector<std::string>> environment = std::nullopt;  // "NAME=value" each; nothing: ours
+    int output = -1;          // a descriptor; -1: our standard output
+    int error = -1;           // a descriptor; -1: our standard error
+    int inherited = -1;       // one more descriptor that it gets
+    int deathSignal = 0;      // sent when the calling thread ends
+    bool newSession = false;  // Ctrl-C at our terminal does not reach it
+};
+
+// Starts the program with no signal blocked. It exits with status 127 when it cannot run. Throws std::system_error when
+// no process can be started.
+pid_t startProgram(const Program& program);
+
+// What a shell reports of a wait status: the exit status, or 128 and the number of the signal.
+int exitStatus(int waitStatus);
+
+}  // namespace kaz
