@@ -1,4 +1,4 @@
-// What an access point's announcements mean. Pure functions.
+// The SSID and the security mode of an access point. Pure functions.
 #pragma once
 
 #include "dbus/records.h"
@@ -10,12 +10,12 @@
 
 namespace kaz::wifi {
 
-// The SSID of an access point; empty when it hides its SSID, by announcing none, a single blank or only zero
+// The SSID of an access point. It is empty for a hidden network, which announces no SSID, a single blank or only zero
 // bytes.
 std::string ssidOfBss(const std::vector<unsigned char>& announced);
 
-// How to connect to an access point. One that offers WPA3 personal only is `unsupported`, one that offers
-// WPA2 beside it is `rsnPsk`.
+// The security mode with which to connect. It is `unsupported` for WPA3 personal alone, and `rsnPsk` for WPA3 together
+// with WPA2.
 SecurityMode securityModeOfBss(const BSSData& bss);
 
 }  // namespace kaz::wifi

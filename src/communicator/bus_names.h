@@ -1,4 +1,4 @@
-// The names of the daemons on the bus and of what they offer.
+// Names on the bus: services, object paths and interfaces of the daemons.
 #pragma once
 
 namespace kaz::wifi::bus {

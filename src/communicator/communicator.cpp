@@ -4,8 +4,8 @@
 
 namespace kaz::wifi {
 
-// Reports that arrive before anybody is interested are dropped. A report of the link being online has no
-// default on purpose: losing one would leave the connection short of `connected` for ever.
+// The defaults drop reports that arrive before the engine has assigned its handlers. networkdOnlineHandler has none:
+// after a dropped "online" the connection would never become `connected`.
 Communicator::Communicator()
     : wifiServiceStatusChangeHandler([] {}),
       scanningDoneHandler([](bool) {}),

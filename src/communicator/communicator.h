@@ -1,5 +1,5 @@
-// The seam between the engine and the Wi-Fi stack. Commands go down through the virtual operations; reports
-// come back up through the handler members.
+// The interface between the engine and the Wi-Fi daemons. The engine calls the virtual operations; reports come back
+// through the handler members.
 #pragma once
 
 #include <wifi/types.h>
@@ -16,18 +16,17 @@
 
 namespace kaz::wifi {
 
-// How to use one: construct, assign the handlers, startEventLoop(); call the ...Sync operations only from
-// tasks on the loop thread; stopEventLoop() before destruction. Handlers run on the loop thread and are not
-// locked, so they must not be assigned after the start.
+// Construct it, assign the handlers, then call startEventLoop(). Call stopEventLoop() before destruction. Handlers run on
+// the loop thread without a lock, so do not assign them after the start.
 //
-// Operations that end in Sync make blocking calls on the bus. They report failure by their value (false,
-// empty, null), never by an exception. The log tells of it too, but for a call that cannot even be made: there
-// is no bus, or the supplicant has no interface, either of which the log has told before.
+// Operations whose names end in Sync make blocking calls on the bus. Call them only from tasks on the loop thread. On
+// failure they return false, null or an empty value, and log it; they never throw. A call that cannot be made, because
+// there is no bus or the supplicant has no interface, is not logged: the cause was logged before.
 class Communicator {
   public:
     static constexpr std::int16_t NoSignaldBm = kaz::wifi::NoSignaldBm;
 
-    // What the supplicant is doing, reduced to what matters here. The order of the numbers is relied upon.
+    // The supplicant's state, reduced to what the engine needs. The tracker compares the numbers.
     enum class SupplicantConnectionStatus : std::int32_t {
         InterfaceDisabled = 1,
         Disconnected = 2,
@@ -66,13 +65,13 @@ class Communicator {
                                const SupplicantInterfaceProperties&) = default;
     };
 
-    // A handle on one network in the supplicant's configuration. Must not outlive the communicator that made
-    // it; to be used on the loop thread.
+    // A handle on one network in the supplicant's configuration. Use it on the loop thread. It must not outlive its
+    // communicator.
     class ConfiguredNetwork {
       public:
         // Equal for two handles on the same network.
         virtual std::size_t id() = 0;
-        // The SSID when the handle was made; empty when it could not be read.
+        // The SSID when the handle was made; nothing if it could not be read.
         virtual const std::optional<std::string>& getSsid() = 0;
         virtual bool removeSync() = 0;
         // Makes the supplicant connect to this network and disable all others.
@@ -104,15 +103,15 @@ class Communicator {
     // Queues a task for the loop thread; first in, first out. Callable from any thread.
     virtual void pushTaskAsync_(std::function<void()> task) = 0;
 
-    // Arms (anew) or disarms the one periodic timer.
+    // Starts, restarts or stops the one periodic timer.
     virtual void configureTimerSync(bool enable, std::chrono::milliseconds interval) = 0;
     virtual void setTimerCompletedTask(std::function<void()> task) = 0;
 
-    // The task that runs whenever nothing else is to be done. It returns the delay after which it wants to
-    // run again even if nothing happens, or nothing.
+    // The task that runs when there is nothing else to do. It returns the delay after which it must run again even if
+    // nothing happens, or nothing.
     virtual void setIdleTask(std::function<std::optional<std::chrono::milliseconds>()> task) = 0;
 
-    // The user's persisted on/off choice. Both callable from any thread.
+    // The user's on/off choice in the configuration file. Callable from any thread.
     virtual bool readEnabledConfiguration() = 0;
     virtual void writeEnabledConfiguration(bool enabled) = 0;
 
@@ -138,8 +137,8 @@ class Communicator {
     // The networks in the supplicant's configuration, in its order.
     virtual std::vector<std::unique_ptr<ConfiguredNetwork>> getAllConfiguredNetworksSync() = 0;
 
-    // Whether the bus was lost since the last attachment and the same supplicant is attached again. To be called
-    // from wifiServiceStatusChangeHandler only.
+    // Whether the bus was lost since the last attachment and the same supplicant is attached again. Call it only from
+    // wifiServiceStatusChangeHandler.
     virtual bool supplicantSurvived() = 0;
 
     // The only form in which an SSID may enter a log record.
@@ -148,10 +147,9 @@ class Communicator {
     // The supplicant was attached or detached.
     std::function<void()> wifiServiceStatusChangeHandler;
     std::function<void(bool success)> scanningDoneHandler;
-    // The supplicant chose a network by itself or at our request; empty when its SSID could not be read.
+    // The supplicant selected a network, by itself or at our request. The SSID is empty if it could not be read.
     std::function<void(const std::optional<std::string>& ssid)> networkSelectedHandler;
-    // The link has, or no longer has, a configured address. Has no default: it must be assigned before the
-    // start.
+    // The link has, or no longer has, a configured address. It has no default, so assign it before the start.
     std::function<void(bool online)> networkdOnlineHandler;
     std::function<void(SupplicantInterfaceProperties)> supplicantPropertiesHandler;
 };

@@ -56,7 +56,7 @@ bool ConfiguredNetworks::setEnabledSync(const dbus::OPath& network, bool enabled
     return supplicant_.mayUse("enable network") && supplicant_.network(network).set("Enabled", enabled);
 }
 
-// The supplicant keeps all settings that the dictionary does not name.
+// The supplicant keeps all settings that are not in the dictionary.
 bool ConfiguredNetworks::setPrioritySync(const dbus::OPath& network, int priority) {
     return supplicant_.network(network).set("Properties", dbus::Variant::Map{{"priority", priority}});
 }

@@ -29,8 +29,8 @@ class ConfiguredNetworks {
     bool setPrioritySync(const dbus::OPath& network, int priority);
     std::optional<std::string> ssidSync(const dbus::OPath& network);
 
-    // All of them, in the supplicant's order. One call per network; those that are not reached in time
-    // (Patience) are listed without their SSID.
+    // All of them, in the supplicant's order. It makes one call per network. After the limit of Patience the remaining
+    // networks are listed without their SSID.
     List listSync();
 
     // Makes the supplicant write its configuration file.

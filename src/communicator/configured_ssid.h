@@ -6,8 +6,8 @@
 
 namespace kaz::wifi {
 
-// The bytes of an SSID from the text form in which the supplicant keeps it: between double quotes as they
-// are, or else as hexadecimal digits. Nothing when it is neither.
+// Decodes the supplicant's text form of an SSID: the bytes between double quotes, or hexadecimal digits. Nothing for any
+// other text.
 std::optional<std::string> decodeConfiguredSsid(std::string_view text);
 
 }  // namespace kaz::wifi

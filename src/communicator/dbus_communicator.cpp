@@ -16,14 +16,12 @@ DbusCommunicator::DbusCommunicator()
             [this](const std::string& activeState) { connectOrDisconnectFromSupplicantSync(activeState); }),
       onlineState_(bus_, [this](bool online) { networkdOnlineHandler(online); }) {
     bus_.onConnectionChanged([this](bool connected) { onConnectionChanged(connected); });
-    // From the start, so that no daemon is missed that joins the bus after a call to it failed.
+    // Before the start, so that we also notice a daemon that joins the bus right after a call to it failed.
     bus_.onOwnerChanged(bus::systemd::service, [this](bool owned) { unit_.onOwnerChangedSync(owned); });
     bus_.onOwnerChanged(bus::networkd::service,
                         [this](bool owned) { onlineState_.onOwnerChangedSync(owned); });
     bus_.pushTask([this] { unit_.connectSync(); });
 }
-
-DbusCommunicator::~DbusCommunicator() = default;
 
 void DbusCommunicator::startEventLoop() {
     bus_.start();

@@ -35,11 +35,6 @@ namespace kaz::wifi {
 class DbusCommunicator final : public Communicator {
   public:
     DbusCommunicator();
-    ~DbusCommunicator() override;
-    DbusCommunicator(const DbusCommunicator&) = delete;
-    DbusCommunicator& operator=(const DbusCommunicator&) = delete;
-    DbusCommunicator(DbusCommunicator&&) = delete;
-    DbusCommunicator& operator=(DbusCommunicator&&) = delete;
 
     void startEventLoop() override;
     void stopEventLoop() override;
@@ -65,7 +60,7 @@ class DbusCommunicator final : public Communicator {
     // Attaches or detaches as the unit's ActiveState demands. Transitional states change nothing.
     void connectOrDisconnectFromSupplicantSync(const std::string& activeState);
 
-    // One part per topic.
+    // The parts, one per topic.
     ConfiguredNetworks& configuredNetworks() { return networks_; }
     Radio& radio() { return radio_; }
     SupplicantSignals& signals() { return signals_; }
@@ -78,7 +73,7 @@ class DbusCommunicator final : public Communicator {
     void onConnectionChanged(bool connected);
     void logAttachment() const;
 
-    bool lostWithBus_ = false;  // the supplicant was, and has not ended or attached since
+    bool lostWithBus_ = false;  // the bus was lost while attached, and the supplicant has not ended since
     SupplicantInterface supplicant_{bus_};
     ConfiguredNetworks networks_{supplicant_};
     Radio radio_{supplicant_};

@@ -11,7 +11,7 @@ constexpr const char* enabledKey = "wifi";
 
 }  // namespace
 
-// A missing value means on: a device without a choice has Wi-Fi. A value that nobody wrote here means off.
+// A missing value means on, so that a new device has Wi-Fi. An unknown value means off.
 bool DbusCommunicator::readEnabledConfiguration() {
     const auto configuration = util::readKazConfig();
     const auto entry = configuration.find(enabledKey);

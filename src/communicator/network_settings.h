@@ -6,7 +6,7 @@
 
 namespace kaz::wifi {
 
-// The supplicant's settings for a network, as AddNetwork takes them.
+// Converts the settings into the argument of AddNetwork.
 dbus::Variant::Map networkSettings(const ConnectionSettings& settings);
 
 }  // namespace kaz::wifi

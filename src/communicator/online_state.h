@@ -12,17 +12,16 @@ namespace kaz::wifi {
 // Reports whether the link is online, as systemd-networkd sees it. Loop thread only.
 class OnlineState {
   public:
-    // Runs with each state that networkd tells.
+    // Runs with each state that networkd reports.
     using Handler = std::function<void(bool online)>;
 
     OnlineState(dbus::Bus& bus, Handler handler);
 
-    // Subscribes to changes, until temporary subscriptions are dropped, and reports the present state.
+    // Subscribes to changes until the communicator detaches, and reports the current state.
     void subscribeSync();
     void detach();
 
-    // A networkd that did not answer at the subscription is asked again when one joins the bus: it may have changed its
-    // state before the subscription took effect.
+    // Reads the state again if networkd did not answer before: it may have changed before we subscribed.
     void onOwnerChangedSync(bool owned);
     void onSignalPropertiesChanged(dbus::MessageDecoder& decoder);
     void report(const dbus::NetworkdLinkProperties& properties);

@@ -4,10 +4,11 @@
 
 namespace kaz::wifi {
 
-// How long reading the members of a list may take before the rest is left out: as long as one call. Each of them
-// could take until its call times out, while whoever switches Wi-Fi off waits for the last.
+// The time limit for reading the objects of a list, as long as the timeout of one call. Without it, each object could take
+// a whole timeout, and a request to switch Wi-Fi off would wait for all of them.
 class Patience {
   public:
+    // True when the objects that remain must be left out.
     bool ended() const { return Clock::now() - begin_ >= limit; }
 
   private:

@@ -15,7 +15,7 @@ namespace kaz::wifi {
 Radio::Radio(const SupplicantInterface& supplicant) : supplicant_(supplicant) {}
 
 bool Radio::scanSync() {
-    // Quieter than the other refusals: user interfaces scan all the time.
+    // At debug level, unlike other refusals, because user interfaces scan all the time.
     if (!supplicant_.mayUse("scan", log::Level::debug)) {
         return false;
     }

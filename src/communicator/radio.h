@@ -27,8 +27,8 @@ class Radio {
     std::set<std::string> eapMethodsSync();
 
     std::optional<Communicator::BssProperties> bssSync(const dbus::OPath& path);
-    // The access points at these paths, in their order, with one call each. Those that cannot be read, and those that
-    // are not reached in time (Patience), are left out.
+    // The access points at these paths, in the same order. It makes one call per access point. It leaves out those that
+    // cannot be read, and after the limit of Patience the remaining ones.
     std::vector<Communicator::BssProperties> bssListSync(const std::vector<dbus::OPath>& paths);
 
   private:

@@ -18,7 +18,7 @@ bool SupplicantInterface::mayUse(const char* what, log::Level level) const {
 }
 
 bool SupplicantInterface::attachSync() {
-    // First, because operations are refused without it.
+    // First, because operations are refused while detached.
     attached_ = true;
     dbus::Reply reply = root().get("Interfaces");
     const auto interfaces = reply.read<std::vector<dbus::OPath>>().value_or(std::vector<dbus::OPath>{});

@@ -9,14 +9,15 @@
 
 #include <cstdlib>
 #include <limits>
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace kaz::wifi {
 namespace {
 
 void logDisconnectReason(int reason) {
-    // Negative when we, not the access point, ended the link. The one number without an opposite has no name
-    // either.
+    // Negative when we, not the access point, ended the link. The smallest int has no absolute value.
     const int code = reason == std::numeric_limits<int>::min() ? 0 : std::abs(reason);
     log::debug("PropertiesChanged: DisconnectReason={}({}) ", reason, ieee80211_get_reason_code_string(code));
 }
@@ -104,7 +105,7 @@ void SupplicantSignals::report(const dbus::SupplicantInterfaceProperties& proper
     Report resolved;
     resolveBssList(properties, resolved);
     if (properties.scanning) {
-        // The end of a scan is told by ScanDone, which also comes when no property changes.
+        // ScanDone reports the end of a scan: it is also sent when no property changes.
         if (*properties.scanning) {
             resolved.scanning = true;
         }

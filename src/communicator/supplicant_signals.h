@@ -11,16 +11,16 @@
 
 namespace kaz::wifi {
 
-// Turns the signals and properties of the supplicant's interface into calls of the communicator's handlers. Object
-// paths are resolved by asking the supplicant. Loop thread only.
+// Converts the signals and properties of the supplicant's interface into calls of the communicator's handlers. It reads
+// the objects behind object paths from the supplicant. Loop thread only.
 class SupplicantSignals {
   public:
     SupplicantSignals(dbus::Bus& bus, const SupplicantInterface& supplicant, ConfiguredNetworks& networks,
                       Radio& radio, Communicator& handlers);
 
-    // Subscribes to the signals of the attached interface, until temporary subscriptions are dropped.
+    // Subscribes to the signals of the attached interface until the communicator detaches.
     void subscribe();
-    // Reads and reports the present properties.
+    // Reads and reports the current properties.
     void readSync();
 
     void onSignalScanDone(dbus::MessageDecoder& decoder);

@@ -7,8 +7,7 @@
 
 namespace kaz::wifi {
 
-// What a "State" of the supplicant comes down to. A text that is none of its states gives nothing, and a
-// warning in the log.
+// Maps the supplicant's "State" to a status. An unknown state returns nothing and logs a warning.
 std::optional<Communicator::SupplicantConnectionStatus> fromSupplicantState(std::string_view state);
 
 }  // namespace kaz::wifi

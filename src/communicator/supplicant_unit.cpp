@@ -22,7 +22,7 @@ bool SupplicantUnit::startStopSync(bool start) {
     log::debug("Turning wpa_supplicant {}.", start ? "on" : "off");
     const std::string unit = bus::systemd::supplicantUnit;
     if (start) {
-        // A unit that failed too often in a row would not start again.
+        // Otherwise a unit that failed too often in a row would not start.
         systemd().call("ResetFailedUnit", unit);
     }
     const bool accepted = static_cast<bool>(
@@ -36,7 +36,7 @@ bool SupplicantUnit::startStopSync(bool start) {
 void SupplicantUnit::connectSync() {
     const dbus::OPath unit = loadSync();
     log::debug("Dbus path of wpa_supplicant within systemd daemon is {}", unit.str());
-    // systemd sends no unit signals before a client asked for them.
+    // systemd sends signals of units only after a client has called this.
     systemd().call("Subscribe");
     subscribe(unit);
     const std::string state = activeStateSync(unit);

@@ -14,18 +14,18 @@ namespace kaz::wifi {
 // The supplicant's unit in systemd: starts and stops it and reports its ActiveState. Loop thread only.
 class SupplicantUnit {
   public:
-    // Runs with each ActiveState that systemd tells, and with an empty one when it could not be read.
+    // Runs with each ActiveState that systemd reports, and with an empty one if it could not be read.
     using Handler = std::function<void(const std::string& activeState)>;
 
     SupplicantUnit(dbus::Bus& bus, Handler handler);
 
-    // Asks systemd to start or stop the unit. True when systemd accepted. A start also connects when that failed before.
+    // Asks systemd to start or stop the unit. True when systemd accepted. A start calls connectSync() if that failed before.
     bool startStopSync(bool start);
 
-    // Finds the unit, subscribes to its changes and reports its present state.
+    // Loads the unit, subscribes to its changes and reports its current state.
     void connectSync();
 
-    // A systemd that joins the bus has lost our "Subscribe", and one that was absent has not loaded the unit.
+    // Connects again: LoadUnit fails while systemd is absent, and a restarted systemd has lost our "Subscribe".
     void onOwnerChangedSync(bool owned);
     void onSignalPropertiesChanged(dbus::MessageDecoder& decoder);
 
@@ -37,8 +37,8 @@ class SupplicantUnit {
 
     dbus::Bus& bus_;
     Handler handler_;
-    std::vector<dbus::OPath> subscribed_;  // for good, also over a loss of the bus
-    bool found_ = false;                   // systemd has told the unit's path and state
+    std::vector<dbus::OPath> subscribed_;  // permanently, also after a loss of the bus
+    bool found_ = false;                   // systemd has reported the unit's path and state
 };
 
 }  // namespace kaz::wifi

@@ -93,7 +93,7 @@ class AddNetwork : public CommunicatorTest {
     }
 };
 
-TEST_F(AddNetwork, SendsExactlyTheSettingsOfEverySecurityMode) {
+TEST_F(AddNetwork, AddNetworkSendsExactlyTheSettingsOfEachSecurityMode) {
     onAddNetwork(reply("o", networkPath));
     startAttached();
     for (const Case& test : cases) {
@@ -102,7 +102,7 @@ TEST_F(AddNetwork, SendsExactlyTheSettingsOfEverySecurityMode) {
     }
 }
 
-TEST_F(AddNetwork, GivesAHandleWithThePathAndTheSsid) {
+TEST_F(AddNetwork, AddNetworkReturnsAHandleWithPathAndSsid) {
     onAddNetwork(reply("o", networkPath));
     startAttached();
     const auto network = add(settings(SecurityMode::rsnPsk));
@@ -112,14 +112,14 @@ TEST_F(AddNetwork, GivesAHandleWithThePathAndTheSsid) {
     EXPECT_THAT(takeLog(), ElementsAre(debug("Added network " + networkPath)));
 }
 
-TEST_F(AddNetwork, GivesNothingWhenTheSupplicantRefuses) {
+TEST_F(AddNetwork, RefusedAddNetworkReturnsNull) {
     onAddNetwork(errorReply("fi.w1.wpa_supplicant1.InvalidArgs", "x"));
     startAttached();
     EXPECT_EQ(add(settings(SecurityMode::none)), nullptr);
     EXPECT_FALSE(log.contains("Added network"));
 }
 
-TEST_F(AddNetwork, GivesNothingWhenTheReplyHoldsNoPath) {
+TEST_F(AddNetwork, AddNetworkReplyWithoutPathReturnsNull) {
     startAttached();
     for (const Answer& answer : {reply("s", networkPath), reply("")}) {
         onAddNetwork(answer);
@@ -130,7 +130,7 @@ TEST_F(AddNetwork, GivesNothingWhenTheReplyHoldsNoPath) {
     }
 }
 
-TEST_F(AddNetwork, LogsATextThatCannotBeSentAndNeverCutsItShort) {
+TEST_F(AddNetwork, TextThatCannotBeSentIsLoggedAndNeverTruncated) {
     onAddNetwork(reply("o", networkPath));
     startAttached();
     for (const std::string& ssid :
@@ -144,7 +144,7 @@ TEST_F(AddNetwork, LogsATextThatCannotBeSentAndNeverCutsItShort) {
     EXPECT_NE(add(openNetwork("Home")), nullptr) << "the connection is still good";
 }
 
-TEST_F(AddNetwork, KeepsSecretsOutOfTheLogWhateverTheSupplicantAnswers) {
+TEST_F(AddNetwork, SupplicantReplyPutsNoSecretIntoTheLog) {
     onAddNetwork([](sd_bus_message* call) {
         return errorReply("fi.w1.wpa_supplicant1.InvalidArgs", "Cannot use " + test::messageText(call))(call);
     });
@@ -165,7 +165,7 @@ TEST_F(AddNetwork, KeepsSecretsOutOfTheLogWhateverTheSupplicantAnswers) {
     EXPECT_FALSE(log.contains("secret"));
 }
 
-TEST_F(AddNetwork, KeepsSecretsOutOfTheLogWhenTheyCannotBeSent) {
+TEST_F(AddNetwork, SecretThatCannotBeSentStaysOutOfTheLog) {
     startAttached();
     ConnectionSettings secret = settings(SecurityMode::sae);
     secret.password = "hunter2\xff";

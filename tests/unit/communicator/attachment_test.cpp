@@ -1,4 +1,4 @@
-// Following the supplicant's unit: attaching and detaching.
+// Attaching and detaching by the state of the supplicant's unit.
 #include "unit/communicator/communicator_fixture.h"
 
 #include <atomic>
@@ -17,7 +17,7 @@ class Attachment : public CommunicatorTest {
         "report: nothing", getAllText(networkdPath, networkdInterface), "status changed: on"};
 };
 
-TEST_F(Attachment, FollowsTheStartUpInThisOrder) {
+TEST_F(Attachment, StartWithActiveUnitAttachesInThisOrder) {
     start("active");
     EXPECT_THAT(
         calls.calls(),
@@ -33,7 +33,7 @@ TEST_F(Attachment, FollowsTheStartUpInThisOrder) {
     EXPECT_TRUE(communicator->isSupplicantOn());
 }
 
-TEST_F(Attachment, PublishesWhatItReadsOnTheWay) {
+TEST_F(Attachment, AttachReportsTheInitialProperties) {
     supplicant.onGetAll(
         interfacePath, interfaceInterface,
         reply("a{sv}", 3, "Ifname", "s", "wlan0", "State", "s", "completed", "Scanning", "b", 1));
@@ -52,7 +52,7 @@ TEST_F(Attachment, PublishesWhatItReadsOnTheWay) {
                                        "PropertiesChanged: State=completed", "OnlineState=online"}));
 }
 
-TEST_F(Attachment, IsOnBeforeTheFirstCall) {
+TEST_F(Attachment, SupplicantIsAttachedBeforeTheFirstCallToIt) {
     std::atomic<bool> onMeanwhile = false;
     supplicant.onGet(rootPath, rootInterface, "Interfaces", [&](sd_bus_message* call) {
         onMeanwhile = communicator->isSupplicantOn();
@@ -62,7 +62,7 @@ TEST_F(Attachment, IsOnBeforeTheFirstCall) {
     EXPECT_TRUE(onMeanwhile);
 }
 
-TEST_F(Attachment, HappensOnceWhenTheUnitGoesActiveTwiceInARow) {
+TEST_F(Attachment, UnitActiveTwiceAttachesOnce) {
     startDetached();
     changeUnitState("active");
     EXPECT_EQ(takeCalls(), attachCalls);
@@ -72,13 +72,13 @@ TEST_F(Attachment, HappensOnceWhenTheUnitGoesActiveTwiceInARow) {
     EXPECT_TRUE(communicator->isSupplicantOn());
 }
 
-TEST_F(Attachment, HappensWhenTheUnitIsReloadingWhileDetached) {
+TEST_F(Attachment, ReloadingUnitAttaches) {
     start("reloading");
     EXPECT_TRUE(communicator->isSupplicantOn());
     EXPECT_TRUE(calls.waitForCall("status changed: on"));
 }
 
-TEST_F(Attachment, IgnoresEveryOtherStateOfTheUnit) {
+TEST_F(Attachment, OtherStatesOfTheUnitChangeNothing) {
     startDetached();
     for (const char* state : {"activating", "deactivating", "maintenance", "refreshing", "", "Active",
                               "active ", "ACTIVE", "running"}) {
@@ -96,7 +96,7 @@ TEST_F(Attachment, IgnoresEveryOtherStateOfTheUnit) {
     }
 }
 
-TEST_F(Attachment, EndsWhenTheUnitIsInactiveOrFailed) {
+TEST_F(Attachment, InactiveOrFailedUnitDetaches) {
     startDetached();
     for (const char* state : {"inactive", "failed"}) {
         changeUnitState("active");
@@ -109,7 +109,7 @@ TEST_F(Attachment, EndsWhenTheUnitIsInactiveOrFailed) {
     }
 }
 
-TEST_F(Attachment, CallsTheStatusHandlerBeforeTheLogRecord) {
+TEST_F(Attachment, AttachAndDetachCallTheStatusHandlerBeforeTheLogRecord) {
     std::vector<std::vector<std::string>> loggedBefore;
     communicator->wifiServiceStatusChangeHandler = [&] { loggedBefore.push_back(log.texts()); };
     startDetached();
@@ -121,7 +121,7 @@ TEST_F(Attachment, CallsTheStatusHandlerBeforeTheLogRecord) {
     EXPECT_EQ(log.texts().back(), "wpa_supplicant is stopped");
 }
 
-TEST_F(Attachment, DoesNotEndTwice) {
+TEST_F(Attachment, UnitThatEndsTwiceDetachesOnce) {
     startDetached();
     changeUnitState("inactive");
     changeUnitState("failed");
@@ -129,7 +129,7 @@ TEST_F(Attachment, DoesNotEndTwice) {
     EXPECT_THAT(takeLog(), IsEmpty());
 }
 
-TEST_F(Attachment, CanHappenAgain) {
+TEST_F(Attachment, UnitThatIsActiveAgainAttachesAgain) {
     startAttached();
     changeUnitState("inactive");
     takeCalls();
@@ -140,7 +140,7 @@ TEST_F(Attachment, CanHappenAgain) {
     EXPECT_THAT(takeCalls(), ElementsAre("scanning done: true", "report: scanning=false"));
 }
 
-TEST_F(Attachment, UsesOnlyTheFirstOfTwoInterfaces) {
+TEST_F(Attachment, AttachUsesOnlyTheFirstOfTwoInterfaces) {
     supplicant.onGet(rootPath, rootInterface, "Interfaces",
                      reply("v", "ao", 2, interfacePath, "/fi/w1/wpa_supplicant1/Interfaces/1"));
     start("active");
@@ -153,7 +153,7 @@ TEST_F(Attachment, UsesOnlyTheFirstOfTwoInterfaces) {
     EXPECT_THAT(takeCalls(), IsEmpty());
 }
 
-TEST_F(Attachment, WithoutAnInterfaceStaysOnLogsOneErrorAndCallsNoHandler) {
+TEST_F(Attachment, SupplicantWithoutInterfaceIsAttachedWithOneErrorAndNoHandlerCall) {
     supplicant.onGet(rootPath, rootInterface, "Interfaces", reply("v", "ao", 0));
     startDetached();
     changeUnitState("active");
@@ -165,7 +165,7 @@ TEST_F(Attachment, WithoutAnInterfaceStaysOnLogsOneErrorAndCallsNoHandler) {
                             error("wpa_supplicant has no configured interfaces, can't control wifi")));
 }
 
-TEST_F(Attachment, WithoutAnInterfaceFailsOperationsQuietly) {
+TEST_F(Attachment, SupplicantWithoutInterfaceFailsOperationsWithoutARecord) {
     supplicant.onGet(rootPath, rootInterface, "Interfaces", reply("v", "ao", 0));
     startAttached();
     EXPECT_FALSE(onLoop([&] { return communicator->scanSync(); }));
@@ -177,7 +177,7 @@ TEST_F(Attachment, WithoutAnInterfaceFailsOperationsQuietly) {
     EXPECT_THAT(takeLog(), IsEmpty());
 }
 
-TEST_F(Attachment, WithoutAnInterfaceForgetsTheOneOfBefore) {
+TEST_F(Attachment, SupplicantWithoutInterfaceDoesNotUseTheFormerInterface) {
     startAttached();
     changeUnitState("inactive");
     supplicant.onGet(rootPath, rootInterface, "Interfaces", reply("v", "ao", 0));
@@ -189,7 +189,7 @@ TEST_F(Attachment, WithoutAnInterfaceForgetsTheOneOfBefore) {
     EXPECT_THAT(takeCalls(), IsEmpty());
 }
 
-TEST_F(Attachment, WithoutAnInterfaceEndsOnlyWithADetach) {
+TEST_F(Attachment, SupplicantWithoutInterfaceAttachesToOneOnlyAfterADetach) {
     supplicant.onGet(rootPath, rootInterface, "Interfaces", reply("v", "ao", 0));
     startAttached();
     supplicant.onGet(rootPath, rootInterface, "Interfaces", reply("v", "ao", 1, interfacePath));
@@ -204,7 +204,7 @@ TEST_F(Attachment, WithoutAnInterfaceEndsOnlyWithADetach) {
     EXPECT_EQ(takeCalls(), attachCalls);
 }
 
-TEST_F(Attachment, TakesAMissingOrUndecodableListForNoInterfaces) {
+TEST_F(Attachment, MissingOrUndecodableInterfaceListCountsAsEmpty) {
     startDetached();
     const std::vector<std::pair<Answer, std::size_t>> answersAndWarnings{
         {errorReply("fi.w1.wpa_supplicant1.UnknownError", "x"), 1}, {reply("v", "as", 1, "/x"), 1}};
@@ -221,7 +221,7 @@ TEST_F(Attachment, TakesAMissingOrUndecodableListForNoInterfaces) {
     }
 }
 
-TEST_F(Attachment, CarriesOnWithoutTheFirstProperties) {
+TEST_F(Attachment, AttachContinuesWithoutTheInitialProperties) {
     supplicant.onGetAll(interfacePath, interfaceInterface,
                         errorReply("fi.w1.wpa_supplicant1.UnknownError", "x"));
     networkd.onGetAll(networkdPath, networkdInterface, errorReply("org.freedesktop.DBus.Error.Failed", "x"));
@@ -233,7 +233,7 @@ TEST_F(Attachment, CarriesOnWithoutTheFirstProperties) {
     EXPECT_THAT(log.texts(spdlog::level::err), IsEmpty());
 }
 
-TEST_F(Attachment, LogsFirstPropertiesThatItCannotDecodeAndCarriesOn) {
+TEST_F(Attachment, AttachLogsUndecodableInitialPropertiesAndContinues) {
     supplicant.onGetAll(interfacePath, interfaceInterface, reply("a{sv}", 1, "State", "i", 1));
     networkd.onGetAll(networkdPath, networkdInterface, reply("a{sv}", 1, "OnlineState", "i", 1));
     startDetached();
@@ -249,22 +249,22 @@ TEST_F(Attachment, LogsFirstPropertiesThatItCannotDecodeAndCarriesOn) {
                             warning(decodingFailed + details), debug("wpa_supplicant is running")));
 }
 
-TEST_F(Attachment, HearsNothingOfTheSupplicantAndNetworkdAfterItsEnd) {
+TEST_F(Attachment, SignalsOfSupplicantAndNetworkdAreIgnoredAfterADetach) {
     startAttached();
     changeUnitState("inactive");
-    // The bus handles calls of one sender in order: with this reply here, it has dropped the match rules.
+    // The bus handles calls of one sender in order, so after this reply it has dropped the match rules.
     onLoop([&] { communicator->eapMethodsSync(); });
     takeCalls();
     emitFromInterface("ScanDone", "b", 1);
     emitPropertiesChanged(1, "State", "s", "completed");
     emitOnlineState("online");
-    // What they sent would be here before their replies.
+    // The signals would arrive before these replies.
     changeUnitState("active");
     settle();
     EXPECT_EQ(takeCalls(), attachCalls);
 }
 
-TEST_F(Attachment, FollowsASupplicantThatIsReplaced) {
+TEST_F(Attachment, ReplacedSupplicantIsAttachedWithItsSignals) {
     startAttached();
     supplicant.leave();
     emitUnitState("failed");
@@ -278,7 +278,7 @@ TEST_F(Attachment, FollowsASupplicantThatIsReplaced) {
     EXPECT_THAT(takeCalls(), ElementsAre("scanning done: false", "report: scanning=false"));
 }
 
-TEST_F(Attachment, RaisesOnTheLoopThreadWhenTheStatusHandlerWasCleared) {
+TEST_F(Attachment, ClearedStatusHandlerThrowsOnTheLoopThread) {
     communicator->wifiServiceStatusChangeHandler = nullptr;
     startDetached();
     EXPECT_THROW(changeUnitState("active"), std::bad_function_call);

@@ -56,7 +56,7 @@ const std::vector<SecurityCase> securityCases{
     {"group without privacy", {}, {}, false, "ccmp", SecurityMode::none},
 };
 
-TEST(SecurityModeOfBss, IsDecidedByTheFirstRuleThatApplies) {
+TEST(SecurityModeOfBss, FirstMatchingRuleDecidesTheSecurityMode) {
     for (const SecurityCase& test : securityCases) {
         BSSData bss;
         bss.rsn = {test.rsn, test.rsnGroup};
@@ -66,14 +66,14 @@ TEST(SecurityModeOfBss, IsDecidedByTheFirstRuleThatApplies) {
     }
 }
 
-TEST(SecurityModeOfBss, DoesNotLookAtTheGroupOfWpa) {
+TEST(SecurityModeOfBss, GroupCipherOfWpaDoesNotMatter) {
     BSSData bss;
     bss.privacy = true;
     bss.wpa.group = "tkip";
     EXPECT_EQ(securityModeOfBss(bss), SecurityMode::wep);
 }
 
-TEST(SecurityModeOfBss, IsNoneForABssThatTellsNothing) {
+TEST(SecurityModeOfBss, BssWithoutPropertiesHasNoSecurity) {
     EXPECT_EQ(securityModeOfBss(BSSData{}), SecurityMode::none);
 }
 
@@ -99,7 +99,7 @@ const std::vector<SsidCase> ssidCases{
     {"32 bytes", std::vector<unsigned char>(32, 0xff), std::string(32, '\xff')},
 };
 
-TEST(SsidOfBss, IsEmptyForAHiddenNetworkAndElseAllBytesUnchanged) {
+TEST(SsidOfBss, HiddenBssHasAnEmptySsidAndOthersAllTheirBytes) {
     for (const SsidCase& test : ssidCases) {
         EXPECT_EQ(ssidOfBss(test.announced), test.ssid) << test.what;
     }

@@ -1,4 +1,4 @@
-// The bus, or systemd on it, goes away and comes back.
+// The bus or systemd disappears and comes back.
 #include "unit/communicator/communicator_fixture.h"
 
 #include <spdlog/sinks/callback_sink.h>
@@ -19,7 +19,7 @@ class BusLoss : public CommunicatorTest {
         bus.kill();
     }
 
-    // Systemd last, as the communicator asks the others as soon as it knows of an active unit.
+    // Systemd last, because the communicator calls the others as soon as it reports an active unit.
     void bringBusBack() {
         bus.restart();
         supplicant.comeBack();
@@ -47,7 +47,7 @@ class BusLoss : public CommunicatorTest {
     }
 };
 
-TEST_F(BusLoss, DetachesOnceAndAttachesOnceWhenAllIsBack) {
+TEST_F(BusLoss, LostBusDetachesOnceAndItsReturnAttachesOnce) {
     startAttached();
     loseBus();
     ASSERT_TRUE(calls.waitForCall("status changed: off"));
@@ -62,7 +62,7 @@ TEST_F(BusLoss, DetachesOnceAndAttachesOnceWhenAllIsBack) {
                                                       getAllText(networkdPath, networkdInterface)}));
 }
 
-TEST_F(BusLoss, HearsEverySignalOnceAfterwards) {
+TEST_F(BusLoss, SignalAfterTheReturnOfTheBusIsReportedOnce) {
     startAttached();
     loseBus();
     ASSERT_TRUE(calls.waitForCall("status changed: off"));
@@ -83,7 +83,7 @@ TEST_F(BusLoss, HearsEverySignalOnceAfterwards) {
                                    "status changed: off"));
 }
 
-TEST_F(BusLoss, IsSurvivedByASupplicantThatWasNotSeenToStop) {
+TEST_F(BusLoss, SupplicantThatWasNotReportedStoppedSurvivesTheLossOfTheBus) {
     noteSurvival();
     startAttached();
     loseBus();
@@ -92,7 +92,7 @@ TEST_F(BusLoss, IsSurvivedByASupplicantThatWasNotSeenToStop) {
     ASSERT_TRUE(calls.waitForCall("status changed: on, survived"));
 }
 
-TEST_F(BusLoss, OnceSurvivedDoesNotCountForTheNextSupplicant) {
+TEST_F(BusLoss, SupplicantStartedAfterASurvivedLossIsNew) {
     noteSurvival();
     startAttached();
     loseBus();
@@ -105,7 +105,7 @@ TEST_F(BusLoss, OnceSurvivedDoesNotCountForTheNextSupplicant) {
     ASSERT_TRUE(calls.waitForCall("status changed: on, new"));
 }
 
-TEST_F(BusLoss, IsNotSurvivedByASupplicantThatStoppedBefore) {
+TEST_F(BusLoss, SupplicantThatStoppedBeforeTheLossIsNew) {
     noteSurvival();
     startAttached();
     emitUnitState("inactive");
@@ -116,7 +116,7 @@ TEST_F(BusLoss, IsNotSurvivedByASupplicantThatStoppedBefore) {
     ASSERT_TRUE(calls.waitForCall("status changed: on, new"));
 }
 
-TEST_F(BusLoss, IsNotSurvivedByASupplicantThatStoppedMeanwhile) {
+TEST_F(BusLoss, SupplicantThatStoppedDuringTheLossIsNew) {
     noteSurvival();
     startAttached();
     loseBus();
@@ -129,7 +129,7 @@ TEST_F(BusLoss, IsNotSurvivedByASupplicantThatStoppedMeanwhile) {
     ASSERT_TRUE(calls.waitForCall("status changed: on, new"));
 }
 
-TEST_F(BusLoss, WhileDetachedTellsNothing) {
+TEST_F(BusLoss, LossOfTheBusWhileDetachedIsNotReported) {
     startDetached();
     loseBus();
     ASSERT_TRUE(log.waitForText(spdlog::level::err, "Lost the connection to the system bus"));
@@ -137,7 +137,7 @@ TEST_F(BusLoss, WhileDetachedTellsNothing) {
     EXPECT_THAT(takeCalls(), IsEmpty());
 }
 
-TEST_F(BusLoss, RefusesOperationsMeanwhile) {
+TEST_F(BusLoss, OperationsFailWithoutABus) {
     startAttached();
     loseBus();
     ASSERT_TRUE(calls.waitForCall("status changed: off"));
@@ -147,7 +147,7 @@ TEST_F(BusLoss, RefusesOperationsMeanwhile) {
     });
 }
 
-TEST_F(BusLoss, FindsTheUnitWhenTheBusComesLate) {
+TEST_F(BusLoss, BusThatStartsLateAttaches) {
     loseBus();
     start("active");
     EXPECT_FALSE(communicator->isSupplicantOn());
@@ -157,7 +157,7 @@ TEST_F(BusLoss, FindsTheUnitWhenTheBusComesLate) {
     EXPECT_TRUE(calls.waitForCall("status changed: off"));
 }
 
-TEST_F(BusLoss, FindsTheUnitWhenSystemdComesLate) {
+TEST_F(BusLoss, SystemdThatStartsLateAttaches) {
     systemd.leave();
     start("active");
     EXPECT_FALSE(communicator->isSupplicantOn());
@@ -165,7 +165,7 @@ TEST_F(BusLoss, FindsTheUnitWhenSystemdComesLate) {
     EXPECT_TRUE(calls.waitForCall("status changed: on"));
 }
 
-TEST_F(BusLoss, FindsTheUnitWhenSystemdComesJustAfterItWasMissed) {
+TEST_F(BusLoss, SystemdThatStartsRightAfterTheFailedCallAttaches) {
     systemd.leave();
     bool missed = false;
     spdlog::default_logger()->sinks().push_back(
@@ -181,7 +181,7 @@ TEST_F(BusLoss, FindsTheUnitWhenSystemdComesJustAfterItWasMissed) {
     EXPECT_TRUE(calls.waitForCall("status changed: on"));
 }
 
-TEST_F(BusLoss, AsksANewSystemdForSignalsAndTheStateOfTheUnit) {
+TEST_F(BusLoss, RestartedSystemdIsAskedForSignalsAndTheStateOfTheUnit) {
     startAttached();
     systemd.leave();
     systemd.onGet(unitPath, unitInterface, "ActiveState", reply("v", "s", "failed"));
@@ -194,7 +194,7 @@ TEST_F(BusLoss, AsksANewSystemdForSignalsAndTheStateOfTheUnit) {
                     getText(unitPath, unitInterface, "ActiveState"), "status changed: off"));
 }
 
-TEST_F(BusLoss, OfSystemdAloneChangesNothing) {
+TEST_F(BusLoss, LossOfSystemdAloneChangesNothing) {
     startAttached();
     systemd.leave();
     settle();

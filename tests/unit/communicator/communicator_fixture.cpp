@@ -14,7 +14,7 @@ std::string quoted(const std::string& text) {
     return '"' + text + '"';
 }
 
-// The bus has to be the system bus before the communicator and the daemons are made.
+// Makes it the system bus before the communicator and the daemons connect.
 const sim::PrivateBus& asSystemBus(const sim::PrivateBus& bus) {
     bus.becomeSystemBus();
     return bus;

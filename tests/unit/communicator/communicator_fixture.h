@@ -42,17 +42,17 @@ inline const std::string unitInterface = "org.freedesktop.systemd1.Unit";
 inline const std::string networkdInterface = "org.freedesktop.network1.Manager";
 inline const std::string propertiesInterface = "org.freedesktop.DBus.Properties";
 
-// What the record of an answer or a signal that cannot be decoded begins with.
+// The beginning of the log record for an undecodable reply or signal.
 inline const std::string decodingFailed = "Error while decoding dbus data. Details: ";
 
-// How a peer notes the calls it receives.
+// The texts in which a peer records the calls it receives.
 std::string callText(const std::string& path, const std::string& member, const std::string& arguments = "");
 std::string getText(const std::string& path, const std::string& interface, const std::string& property);
 std::string setText(const std::string& path, const std::string& interface, const std::string& property,
                     const std::string& value);
 std::string getAllText(const std::string& path, const std::string& interface);
 
-// A call at the supplicant's interface.
+// A call on the supplicant's interface.
 std::string interfaceCall(const std::string& member, const std::string& arguments = "");
 
 ConnectionSettings openNetwork(const std::string& ssid);
@@ -61,9 +61,9 @@ LogRecord debug(std::string text);
 LogRecord warning(std::string text);
 LogRecord error(std::string text);
 
-// A communicator between three scripted daemons on a bus of its own. The daemons know: a unit; one interface,
-// without properties; networkd, without properties. The calls of all three and of the handlers stand in one
-// log, in their order.
+// A communicator and three scripted daemons on a private bus: systemd with the unit, the supplicant with one interface
+// without properties, and networkd without properties. `calls` records the calls of all three and of the handlers in
+// order.
 class CommunicatorTest : public testing::Test {
   protected:
     CommunicatorTest();
@@ -73,18 +73,18 @@ class CommunicatorTest : public testing::Test {
     CommunicatorTest(CommunicatorTest&&) = delete;
     CommunicatorTest& operator=(CommunicatorTest&&) = delete;
 
-    // Makes all handlers note what they are called with.
+    // Makes each handler record its call and arguments.
     void assignHandlers();
 
-    // Starts the loop, the unit being in this state, and waits for the end of the first task.
+    // Starts the loop with the unit in this state and waits for the end of the first task.
     void start(const std::string& activeState);
 
-    // The same, and forgets what was noted and logged meanwhile.
+    // The same, then clears the recorded calls and the log.
     void startAttached();
     void startDetached();
     void forget();
 
-    // Runs a function on the loop thread and gives its result.
+    // Runs a function on the loop thread and returns its result.
     template <typename Function>
     auto onLoop(Function function) {
         using Result = std::invoke_result_t<Function>;
@@ -112,12 +112,12 @@ class CommunicatorTest : public testing::Test {
                         values("sa{sv}as", interfaceInterface, count, given..., 0));
     }
 
-    // Blocks until all signals of the supplicant emitted so far were handled.
+    // Blocks until all signals that the supplicant has emitted are handled.
     void settle();
 
-    // The calls since the last take, but without those of settle().
+    // The calls since the last take, without those of settle().
     test::CallLog::Calls takeCalls();
-    // Likewise the log.
+    // The same for the log.
     test::RecordingLog::Records takeLog();
 
     test::RecordingLog log;

@@ -1,4 +1,4 @@
-// What the seam promises whoever stands behind it.
+// The contract of Communicator.
 #include "communicator/communicator.h"
 
 #include "communicator/configured_network.h"
@@ -32,7 +32,7 @@ static_assert(static_cast<int>(Change::Unchanged) == 0);
 static_assert(static_cast<int>(Change::Set) == 1);
 static_assert(static_cast<int>(Change::Cleared) == 2);
 
-TEST(CommunicatorHandlers, SwallowWhatComesBeforeTheyAreAssigned) {
+TEST(CommunicatorHandlers, DefaultHandlersIgnoreReports) {
     const auto communicator = createCommunicator();
     communicator->wifiServiceStatusChangeHandler();
     communicator->scanningDoneHandler(true);
@@ -41,7 +41,7 @@ TEST(CommunicatorHandlers, SwallowWhatComesBeforeTheyAreAssigned) {
     communicator->supplicantPropertiesHandler(Report{});
 }
 
-TEST(CommunicatorHandlers, LeaveTheOneForNetworkdWithoutADefault) {
+TEST(CommunicatorHandlers, OnlineHandlerHasNoDefaultAndThrows) {
     const auto communicator = createCommunicator();
     EXPECT_FALSE(communicator->networkdOnlineHandler);
     DbusCommunicator unassigned;
@@ -50,13 +50,13 @@ TEST(CommunicatorHandlers, LeaveTheOneForNetworkdWithoutADefault) {
     EXPECT_NO_THROW(unassigned.onlineState().report({}));
 }
 
-TEST(CommunicatorReport, SaysNothingAtFirst) {
+TEST(CommunicatorReport, NewReportReportsNothing) {
     const Report report;
     EXPECT_EQ(reportText(report), "nothing");
     EXPECT_EQ(report.currentBss.securityMode, SecurityMode::none);
 }
 
-TEST(CommunicatorNetwork, HasTheSameIdForTheSamePathWhateverItsSsid) {
+TEST(CommunicatorNetwork, HandlesOnTheSamePathHaveTheSameIdWithAnySsid) {
     DbusCommunicator owner;
     ConfiguredNetwork known(owner.configuredNetworks(), "/networks/0", "Home");
     ConfiguredNetwork renamed(owner.configuredNetworks(), "/networks/0", "Office");
@@ -70,14 +70,14 @@ TEST(CommunicatorNetwork, HasTheSameIdForTheSamePathWhateverItsSsid) {
     EXPECT_EQ(unknown.getSsid(), std::nullopt);
 }
 
-TEST(CommunicatorNetwork, KeepsAnSsidOfAnyBytes) {
+TEST(CommunicatorNetwork, HandleKeepsAnSsidOfAnyBytes) {
     DbusCommunicator owner;
     const std::string bytes("\0\xff\"", 3);
     ConfiguredNetwork network(owner.configuredNetworks(), "/networks/0", bytes);
     EXPECT_EQ(network.getSsid(), bytes);
 }
 
-TEST(CommunicatorStart, IsDetached) {
+TEST(CommunicatorStart, NewCommunicatorIsDetached) {
     EXPECT_FALSE(createCommunicator()->isSupplicantOn());
 }
 

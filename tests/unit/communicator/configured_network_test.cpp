@@ -1,4 +1,4 @@
-// A handle on a configured network, at work.
+// The handle on a configured network.
 #include "unit/communicator/communicator_fixture.h"
 
 namespace kaz::wifi {
@@ -15,7 +15,7 @@ class ConfiguredNetworkHandle : public CommunicatorTest {
         startAttached();
     }
 
-    // The one network there is.
+    // The only network.
     std::unique_ptr<Communicator::ConfiguredNetwork> handle() {
         auto networks = onLoop([&] { return communicator->getAllConfiguredNetworksSync(); });
         EXPECT_EQ(networks.size(), 1U);
@@ -36,7 +36,7 @@ class ConfiguredNetworkHandle : public CommunicatorTest {
     }
 };
 
-TEST_F(ConfiguredNetworkHandle, ForwardsWithItsPath) {
+TEST_F(ConfiguredNetworkHandle, HandleCallsOperationsWithItsPath) {
     supplicant.onGet(networkPath, networkInterface, "Properties",
                      reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
     const auto network = handle();
@@ -44,13 +44,13 @@ TEST_F(ConfiguredNetworkHandle, ForwardsWithItsPath) {
     expectAtWork(*network);
 }
 
-TEST_F(ConfiguredNetworkHandle, WhoseSsidCouldNotBeReadCanStillBeUsed) {
+TEST_F(ConfiguredNetworkHandle, HandleWithoutSsidCanBeUsed) {
     const auto network = handle();
     EXPECT_EQ(network->getSsid(), std::nullopt);
     expectAtWork(*network);
 }
 
-TEST_F(ConfiguredNetworkHandle, TellsFailure) {
+TEST_F(ConfiguredNetworkHandle, HandleReturnsFailure) {
     const auto network = handle();
     const Answer broken = errorReply("fi.w1.wpa_supplicant1.NetworkUnknown", "x");
     supplicant.onCall(interfacePath, interfaceInterface, "SelectNetwork", broken);
@@ -63,7 +63,7 @@ TEST_F(ConfiguredNetworkHandle, TellsFailure) {
     EXPECT_FALSE(onLoop([&] { return network->removeSync(); }));
 }
 
-TEST_F(ConfiguredNetworkHandle, IsEqualToAnotherOnTheSameNetworkByItsId) {
+TEST_F(ConfiguredNetworkHandle, TwoHandlesOnOneNetworkHaveTheSameId) {
     const auto first = handle();
     const auto second = handle();
     EXPECT_NE(first.get(), second.get());

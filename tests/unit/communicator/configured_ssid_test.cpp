@@ -12,7 +12,7 @@ struct ConfiguredText {
     std::string ssid;
 };
 
-TEST(ConfiguredSsidText, BetweenDoubleQuotesIsTakenAsItIs) {
+TEST(ConfiguredSsidText, TextBetweenDoubleQuotesIsTheSsid) {
     const std::vector<ConfiguredText> cases{
         {R"("Home")", "Home"},
         {R"("")", ""},
@@ -29,7 +29,7 @@ TEST(ConfiguredSsidText, BetweenDoubleQuotesIsTakenAsItIs) {
     }
 }
 
-TEST(ConfiguredSsidText, OfHexadecimalDigitsGivesTheirBytes) {
+TEST(ConfiguredSsidText, HexadecimalDigitsAreDecoded) {
     const std::vector<ConfiguredText> cases{
         {"486f6d65", "Home"},
         {"486F6D65", "Home"},
@@ -47,7 +47,7 @@ TEST(ConfiguredSsidText, OfHexadecimalDigitsGivesTheirBytes) {
     }
 }
 
-TEST(ConfiguredSsidText, OfAnyOtherFormIsRefused) {
+TEST(ConfiguredSsidText, TextOfAnyOtherFormIsRefused) {
     for (const char* text :
          {"486", "4",  "\"", "\"Home", "Home\"", "Home", "0x48", "48 6f", " 486f",     "4g",   "g4",
           "/0",  "0:", "@0", "0G",     "`0",     "--",   "+1",   "\"48",  "P\"Home\"", "4\xc3"}) {
@@ -55,7 +55,7 @@ TEST(ConfiguredSsidText, OfAnyOtherFormIsRefused) {
     }
 }
 
-TEST(ConfiguredSsidText, IsReadToItsEndDespiteANul) {
+TEST(ConfiguredSsidText, TextAfterANulIsNotLost) {
     EXPECT_EQ(decodeConfiguredSsid(std::string("\"a\0b\"", 5)), std::string("a\0b", 3));
     EXPECT_EQ(decodeConfiguredSsid(std::string("48\0\0", 4)), std::nullopt);
 }

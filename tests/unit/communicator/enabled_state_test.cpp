@@ -33,18 +33,18 @@ class EnabledState : public testing::Test {
     DbusCommunicator communicator;
 };
 
-TEST_F(EnabledState, IsOnWithoutAFile) {
+TEST_F(EnabledState, MissingFileMeansOn) {
     EXPECT_TRUE(communicator.readEnabledConfiguration());
     EXPECT_THAT(log.records(), IsEmpty());
 }
 
-TEST_F(EnabledState, IsOnWithoutAWifiLine) {
+TEST_F(EnabledState, FileWithoutWifiLineMeansOn) {
     configure("# wifi=off\nlanguage=en\nWifi=off\n");
     EXPECT_TRUE(communicator.readEnabledConfiguration());
     EXPECT_THAT(log.records(), IsEmpty());
 }
 
-TEST_F(EnabledState, IsWhatOnAndOffSayAndLogsNothing) {
+TEST_F(EnabledState, OnAndOffAreReadWithoutARecord) {
     configure("wifi=on\n");
     EXPECT_TRUE(communicator.readEnabledConfiguration());
     configure("wifi=off\n");
@@ -52,7 +52,7 @@ TEST_F(EnabledState, IsWhatOnAndOffSayAndLogsNothing) {
     EXPECT_THAT(log.records(), IsEmpty());
 }
 
-TEST_F(EnabledState, IsOffWithAWarningForAnyOtherValue) {
+TEST_F(EnabledState, OtherValueMeansOffAndLogsAWarning) {
     for (const std::string value : {"On", "OFF", "1", "true", "", "on ", " on", "offf", "o", "\"on\""}) {
         configure("wifi=" + value + '\n');
         log.clear();
@@ -63,7 +63,7 @@ TEST_F(EnabledState, IsOffWithAWarningForAnyOtherValue) {
     }
 }
 
-TEST_F(EnabledState, IsWrittenAsOffThenOn) {
+TEST_F(EnabledState, ChoiceIsWrittenAsOffOrOn) {
     communicator.writeEnabledConfiguration(false);
     EXPECT_EQ(test::readFile(file), "wifi=off\n");
     EXPECT_FALSE(communicator.readEnabledConfiguration());
@@ -73,13 +73,13 @@ TEST_F(EnabledState, IsWrittenAsOffThenOn) {
     EXPECT_THAT(log.records(), IsEmpty());
 }
 
-TEST_F(EnabledState, IsWrittenBesideTheOtherKeys) {
+TEST_F(EnabledState, WritingTheChoiceKeepsOtherKeys) {
     configure("language=en\nwifi=maybe\nzone=UTC\n");
     communicator.writeEnabledConfiguration(true);
     EXPECT_EQ(test::readFile(file), "language=en\nwifi=on\nzone=UTC\n");
 }
 
-TEST_F(EnabledState, WarnsWhenItCannotBeWritten) {
+TEST_F(EnabledState, FailedWriteLogsAWarning) {
     use(folder.path());  // a folder is no file
     communicator.writeEnabledConfiguration(false);
     EXPECT_THAT(log.records(),
@@ -88,7 +88,7 @@ TEST_F(EnabledState, WarnsWhenItCannotBeWritten) {
     EXPECT_THAT(log.records(), Contains(LogRecord{spdlog::level::warn, "Couldn't write wifi=on to config."}));
 }
 
-TEST_F(EnabledState, SurvivesTheCommunicator) {
+TEST_F(EnabledState, NextCommunicatorReadsTheWrittenChoice) {
     communicator.writeEnabledConfiguration(false);
     EXPECT_FALSE(createCommunicator()->readEnabledConfiguration());
 }

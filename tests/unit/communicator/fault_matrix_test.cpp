@@ -1,4 +1,4 @@
-// Every call that the library makes, against everything that a peer can do to it.
+// Each call that the library makes, with each fault of a peer.
 #include "unit/communicator/fault_operations.h"
 
 #include <array>
@@ -34,14 +34,14 @@ enum class Fault {
 struct FaultKind {
     Fault fault;
     const char* name;
-    // What the call fails with; without an error it does not.
+    // The error of the call; empty if the call succeeds.
     std::string error;
     std::string message;
 };
 
-// After so long a call is given up.
+// The timeout of a call.
 constexpr seconds callLimit{10};
-// Replies that come while it is waited for, and when nobody waits any more, however busy the machine is.
+// The delays of a reply before and after the timeout, also on a busy machine.
 constexpr seconds slow{3};
 constexpr seconds late{13};
 
@@ -161,7 +161,7 @@ class FaultMatrix : public CommunicatorTest,
         return huge ? operation.hugeOutcome : operation.goodOutcome;
     }
 
-    // Runs the operation; what it returned and published.
+    // Runs the operation and returns its result and reports.
     std::string outcome() {
         onLoop([this] {
             if (operation.prepare) {
@@ -178,7 +178,7 @@ class FaultMatrix : public CommunicatorTest,
         return result;
     }
 
-    // The peer dies when the call has arrived.
+    // The same, while the peer dies after the call has arrived.
     std::string outcomeOfDeath() {
         std::thread death([this] {
             EXPECT_TRUE(calls.waitForCall(noteOf(operation)));
@@ -193,13 +193,13 @@ class FaultMatrix : public CommunicatorTest,
         calls.take();
         peer().comeBack();
         if (operation.peer == Peer::systemd) {
-            // The communicator asks a new systemd by itself.
+            // The communicator connects to a restarted systemd without a request.
             EXPECT_TRUE(calls.waitForCall("ActiveState"));
             onLoop([] {});
         }
     }
 
-    // Counts when there is nothing left but to send it; a peer whose answer cannot be sent ends the program.
+    // Counts each answer that was built. A peer that cannot send it ends the program.
     Answer counted(Answer answer) {
         return [answer = std::move(answer), this](sd_bus_message* call) {
             dbus::MessagePtr made = answer(call);
@@ -208,7 +208,7 @@ class FaultMatrix : public CommunicatorTest,
         };
     }
 
-    // How long the operation takes at least. No call besides the faulty one waits for anything.
+    // The least time that the operation takes. Only the faulty call waits.
     seconds leastTime() const {
         if (fault == Fault::slowReply) {
             return slow;
@@ -224,7 +224,7 @@ class FaultMatrix : public CommunicatorTest,
                           operation.sensitive ? kind.error : kind.error + ": " + kind.message);
     }
 
-    // What is wrong with the answer.
+    // The error of the answer.
     std::string details() const {
         if (callFails()) {
             return "Already failed";
@@ -264,7 +264,7 @@ class FaultMatrix : public CommunicatorTest,
     std::atomic<unsigned> faultyAnswers = 0;
 };
 
-TEST_P(FaultMatrix, EndsAsItShouldAndTheNextGoodAnswerMendsIt) {
+TEST_P(FaultMatrix, FaultyCallFailsAsDocumentedAndTheNextCallSucceeds) {
     startAttached();
     setAnswer(counted(faultyAnswer()));
     const auto begin = steady_clock::now();

@@ -9,7 +9,7 @@
 
 namespace kaz::wifi {
 
-// One call that the library makes, and the operation that makes it.
+// One call on the bus, and the operation that makes it.
 struct FaultOperation {
     enum class Peer { systemd, supplicant, networkd };
     enum class Kind { method, get, set, getAll };
@@ -21,29 +21,28 @@ struct FaultOperation {
     std::string interface;
     std::string member;  // the method or property; empty for all properties
 
-    // What the peer says when all is well, and a good answer as large as its type can be: a path of 64 KiB, anything
-    // else of about a megabyte. Without the latter, what the answer holds does not matter.
+    // A good reply, and a good reply as large as possible: 64 KiB for a path, about a megabyte for other types. Without a
+    // huge one, the library does not read the reply.
     Answer good;
     Answer huge;
 
-    // Both on the loop thread. The result of `run` is what the operation returned; what it published besides is noted
-    // by the handlers.
+    // Both run on the loop thread. `run` returns the result of the operation; the handlers record its reports.
     std::function<void(DbusCommunicator&)> prepare;
     std::function<std::string(DbusCommunicator&)> run;
 
-    // What `run` returned and what was published, one after the other.
+    // The result of `run`, then the reports.
     std::string goodOutcome;
     std::string failedOutcome;
     std::string hugeOutcome;   // as goodOutcome when empty
     std::string deathOutcome;  // as failedOutcome when empty: calls that follow fail too
 
-    // The call carries what no log may show, so that its record has no more than the error's name.
+    // The call holds a secret, so its log record has only the error's name.
     bool sensitive = false;
-    // What sd-bus says of an answer with other containers.
+    // The error of sd-bus for a reply with other containers.
     std::string wrongNesting = "No such device or address";
 
-    // The log at warning level and above, after the record of the failed call or of the undecodable answer. {} stands
-    // for what is wrong with the answer.
+    // The log at warning level and above, after the record of the failed call or of the undecodable reply. {} stands for
+    // the error of the reply.
     std::vector<LogRecord> alsoLogged;
     std::vector<LogRecord> alsoLoggedWhenUndecodable;  // as alsoLogged when empty
     std::vector<LogRecord> alsoLoggedOnDeath;          // as alsoLogged when empty
@@ -52,13 +51,13 @@ struct FaultOperation {
 
 std::vector<FaultOperation> faultOperations();
 
-// sd-bus knows none that is longer.
+// The longest path that sd-bus accepts.
 extern const std::string longestPath;
 
 // The record of a call that failed.
 LogRecord failedCall(FaultOperation::Peer peer, const std::string& member, const std::string& error);
 
-// The call as the peer notes it, without its arguments where they do not tell it from others.
+// The call as the peer records it. Arguments are omitted unless they distinguish it from other calls.
 std::string noteOf(const FaultOperation& operation);
 
 void PrintTo(const FaultOperation& operation, std::ostream* out);

@@ -1,4 +1,4 @@
-// That no call is missing in the table of the faults.
+// The table of faults contains each call.
 #include "communicator/bus_names.h"
 #include "unit/communicator/fault_operations.h"
 
@@ -43,8 +43,8 @@ std::string interfaceOf(const std::string& arguments) {
     return arguments;
 }
 
-// Every operation of a remote object: its name, then its first argument, then what follows. A choice of two members is
-// one call of each.
+// Finds each operation of a remote object: its name, its first argument and the rest. A choice of two members counts as a
+// call of each.
 void addCalls(const std::string& source, Names& names) {
     static const std::regex operation(R"(\.(call|callWithSecrets|get|set)\(([^,;)]+)([^;]*))");
     static const std::regex literal(R"re("([^"]*)")re");
@@ -60,7 +60,7 @@ void addCalls(const std::string& source, Names& names) {
     }
 }
 
-// No other layer has anything that calls.
+// Only this layer makes calls.
 Names callsOfTheSources() {
     Names names;
     for (const fs::directory_entry& entry : fs::directory_iterator(KAZ_COMMUNICATOR_SOURCES)) {
@@ -72,7 +72,7 @@ Names callsOfTheSources() {
     return names;
 }
 
-TEST(FaultTable, HasEveryCallThatIsInTheSources) {
+TEST(FaultTable, TableListsEachCallOfTheSources) {
     EXPECT_THAT(callsOfTheTable(), testing::ContainerEq(callsOfTheSources()));
 }
 

@@ -1,4 +1,4 @@
-// Signals that look like a daemon's but come from somebody else on the bus.
+// Signals that look like a daemon's but come from another program on the bus.
 #include "unit/communicator/communicator_fixture.h"
 
 #include <ostream>
@@ -15,7 +15,7 @@ struct Subscription {
     std::string interface;
     std::string member;
     Append arguments;
-    std::string effect;  // of the genuine one, as the handlers note it
+    std::string effect;  // of the genuine signal, as the handlers record it
 };
 
 void PrintTo(const Subscription& subscription, std::ostream* out) {
@@ -54,7 +54,7 @@ class Intruder {
         EXPECT_GE(sd_bus_start(made), 0);
     }
 
-    // On return the bus has passed it on. Without a destination to everybody.
+    // Returns when the bus has delivered the signal. Without a destination it is broadcast.
     void send(const Subscription& forged, const std::string& destination) {
         sd_bus_message* made = nullptr;
         ASSERT_GE(sd_bus_message_new_signal(bus_.get(), &made, forged.path.c_str(), forged.interface.c_str(),
@@ -98,7 +98,7 @@ class ForgedSignals : public CommunicatorTest, public testing::WithParamInterfac
         return subscription().service == "org.freedesktop.network1" ? networkd : supplicant;
     }
 
-    // Asks a peer, which sees who asks.
+    // Makes a call to a peer, which sees the name of the caller.
     std::string nameOfTheCommunicator() {
         onLoop([this] { communicator->configuredNetworks().setPrioritySync("/who/asks", 1); });
         return ourName;
@@ -126,7 +126,7 @@ class ForgedSignals : public CommunicatorTest, public testing::WithParamInterfac
         forget();
         genuine().emit(subscription().path, subscription().interface, subscription().member,
                        subscription().arguments);
-        if (subscription().name == "Eap") {  // which is for the log only
+        if (subscription().name == "Eap") {  // is only logged
             EXPECT_TRUE(log.waitForText(spdlog::level::debug, subscription().effect));
         } else {
             EXPECT_TRUE(calls.waitForCall(subscription().effect));
@@ -140,7 +140,7 @@ class ForgedSignals : public CommunicatorTest, public testing::WithParamInterfac
         settleBus();
     }
 
-    // What the bus told us of names has been handled.
+    // Blocks until earlier messages of the bus about names are handled.
     void settleBus() {
         onLoop([this] { communicator->configuredNetworks().setPrioritySync("/who/asks", 1); });
         onLoop([] {});
@@ -150,7 +150,7 @@ class ForgedSignals : public CommunicatorTest, public testing::WithParamInterfac
     std::unique_ptr<Intruder> intruder = std::make_unique<Intruder>(bus.address());
 };
 
-TEST_P(ForgedSignals, ChangeNothingBeforeAndAfterTheRealPeerRestarted) {
+TEST_P(ForgedSignals, ForgedSignalChangesNothingBeforeAndAfterARestartOfTheRealPeer) {
     startAttached();
     const std::string us = nameOfTheCommunicator();
     ASSERT_EQ(us.find(':'), 0U);
@@ -161,7 +161,7 @@ TEST_P(ForgedSignals, ChangeNothingBeforeAndAfterTheRealPeerRestarted) {
     expectNothing(us);
     expectNothing("");
 
-    // All the while we listened.
+    // The subscription still works.
     expectEffectOfTheGenuineOne();
 }
 

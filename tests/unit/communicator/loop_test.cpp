@@ -16,7 +16,7 @@ class Loop : public CommunicatorTest {
     }
 };
 
-TEST_F(Loop, FollowsTheUnitBeforeItRunsAnyTask) {
+TEST_F(Loop, UnitIsReadBeforeTheFirstTask) {
     noteTask("first");
     noteTask("second");
     start("inactive");
@@ -24,7 +24,7 @@ TEST_F(Loop, FollowsTheUnitBeforeItRunsAnyTask) {
                                            testing::HasSubstr("ActiveState"), "first", "second"));
 }
 
-TEST_F(Loop, RunsTheIdleTask) {
+TEST_F(Loop, IdleTaskRuns) {
     communicator->setIdleTask([this]() -> std::optional<milliseconds> {
         calls.add("idle");
         return std::nullopt;
@@ -33,7 +33,7 @@ TEST_F(Loop, RunsTheIdleTask) {
     EXPECT_TRUE(calls.waitForCall("idle"));
 }
 
-TEST_F(Loop, RunsTheTimerTaskUntilDisarmed) {
+TEST_F(Loop, TimerTaskRunsUntilDisarmed) {
     communicator->setTimerCompletedTask([this] { calls.add("timer"); });
     communicator->configureTimerSync(true, milliseconds(1));
     start("inactive");
@@ -45,7 +45,7 @@ TEST_F(Loop, RunsTheTimerTaskUntilDisarmed) {
     EXPECT_THAT(takeCalls(), IsEmpty());
 }
 
-TEST_F(Loop, RunsNothingAfterItsStop) {
+TEST_F(Loop, StopDropsQueuedAndLaterTasks) {
     start("inactive");
     onLoop([&] {
         noteTask("dropped");
@@ -57,23 +57,23 @@ TEST_F(Loop, RunsNothingAfterItsStop) {
     EXPECT_THAT(calls.calls(), testing::Not(testing::Contains("late")));
 }
 
-TEST_F(Loop, EndsSoonWhileAPeerNeverAnswers) {
+TEST_F(Loop, DestructionEndsACallThatIsNotAnswered) {
     systemd.onCall(systemdPath, systemdInterface, "LoadUnit", noReply());
     communicator->startEventLoop();
     ASSERT_TRUE(calls.waitForCall("LoadUnit"));
     const auto before = steady_clock::now();
     communicator->stopEventLoop();
     communicator.reset();
-    // A call alone would wait for 10 s.
+    // Otherwise the call would wait for its timeout of 10 s.
     EXPECT_LT(steady_clock::now() - before, std::chrono::seconds(8));
 }
 
-TEST_F(Loop, EndsWithoutHavingBegun) {
+TEST_F(Loop, DestructionWithoutStartMakesNoCall) {
     communicator.reset();
     EXPECT_THAT(calls.calls(), IsEmpty());
 }
 
-TEST_F(Loop, TellsFromAnyThreadWhetherASupplicantIsAttached) {
+TEST_F(Loop, AnotherThreadMayAskWhetherTheSupplicantIsAttached) {
     std::atomic<bool> done = false;
     std::thread watcher([&] {
         while (!done) {
@@ -87,7 +87,7 @@ TEST_F(Loop, TellsFromAnyThreadWhetherASupplicantIsAttached) {
     watcher.join();
 }
 
-TEST_F(Loop, WithoutABusFailsEveryOperationAndDoesNotCrash) {
+TEST_F(Loop, EachOperationFailsWithoutABus) {
     bus.kill();
     communicator->startEventLoop();
     onLoop([&] {

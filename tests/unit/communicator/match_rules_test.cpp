@@ -1,4 +1,4 @@
-// When subscriptions are made and dropped, seen by an eavesdropper on the bus.
+// The order in which match rules are added and dropped, recorded by a monitor of the bus.
 #include "doubles/recording_bus/recording_bus.h"
 #include "unit/communicator/communicator_fixture.h"
 
@@ -11,14 +11,14 @@ class MatchRules : public CommunicatorTest {
         communicator->wifiServiceStatusChangeHandler = [this] { mark("status-changed"); };
     }
 
-    // Leaves a trace on the bus, from the loop thread.
+    // Makes a call that marks this moment in the traffic. Loop thread only.
     void mark(const std::string& name) {
         communicator->configuredNetworks().setPrioritySync(dbus::OPath("/mark"),
                                                            static_cast<int>(marks.size()));
         marks.push_back(name);
     }
 
-    // What happened on the bus since the start, marks by their names.
+    // The traffic on the bus since the start, with marks by their names.
     std::vector<std::string> traffic() {
         onLoop([&] { mark("end"); });
         const std::string mine = "call fi.w1.wpa_supplicant1 /mark ";
@@ -49,7 +49,7 @@ class MatchRules : public CommunicatorTest {
     test::RecordingBus recordingBus{bus.address(), seenOnBus};
 };
 
-TEST_F(MatchRules, AreAddedAtTheStartAfterSubscribeAndBeforeTheFirstActiveState) {
+TEST_F(MatchRules, UnitRuleIsAddedAfterSubscribeAndBeforeActiveStateIsRead) {
     start("inactive");
     EXPECT_THAT(
         traffic(),
@@ -61,7 +61,7 @@ TEST_F(MatchRules, AreAddedAtTheStartAfterSubscribeAndBeforeTheFirstActiveState)
                     "end"));
 }
 
-TEST_F(MatchRules, AreAddedInOrderOnAttach) {
+TEST_F(MatchRules, AttachAddsRulesInThisOrder) {
     start("active");
     const auto all = traffic();
     ASSERT_GT(all.size(), 4U);
@@ -77,7 +77,7 @@ TEST_F(MatchRules, AreAddedInOrderOnAttach) {
                             "status-changed", "end"));
 }
 
-TEST_F(MatchRules, OfTheAttachmentAreDroppedOnDetachAfterTheStatusHandlerAndThoseOnly) {
+TEST_F(MatchRules, DetachDropsOnlyTheRulesOfTheAttachAfterTheStatusHandler) {
     start("active");
     onLoop([&] {
         mark("detaching");
@@ -97,7 +97,7 @@ TEST_F(MatchRules, OfTheAttachmentAreDroppedOnDetachAfterTheStatusHandlerAndThos
     EXPECT_EQ(since[1], "status-changed");
 }
 
-TEST_F(MatchRules, AreNotAddedWithoutAnInterface) {
+TEST_F(MatchRules, SupplicantWithoutInterfaceAddsNoRule) {
     supplicant.onGet(rootPath, rootInterface, "Interfaces", reply("v", "ao", 0));
     start("active");
     const auto all = traffic();
@@ -107,7 +107,7 @@ TEST_F(MatchRules, AreNotAddedWithoutAnInterface) {
         ElementsAre("call fi.w1.wpa_supplicant1 " + getText(rootPath, rootInterface, "Interfaces"), "end"));
 }
 
-TEST_F(MatchRules, AndTheStateAreAboutTheRootWhenTheUnitCannotBeLoaded) {
+TEST_F(MatchRules, FailedLoadUnitAddsTheRuleAndReadsTheStateForTheRootPath) {
     systemd.onCall(systemdPath, systemdInterface, "LoadUnit",
                    errorReply("org.freedesktop.systemd1.LoadFailed", "x"));
     start("active");

@@ -1,4 +1,4 @@
-// PropertiesChanged of the supplicant's interface, resolved into a report.
+// The report that follows from PropertiesChanged of the supplicant's interface.
 #include "unit/communicator/communicator_fixture.h"
 
 #include <climits>
@@ -12,7 +12,7 @@ class PropertiesChanged : public CommunicatorTest {
   protected:
     PropertiesChanged() { startAttached(); }
 
-    // What is reported, asked and logged for a change.
+    // The report, calls and log records of a change.
     template <typename... Values>
     void change(int count, Values... given) {
         forget();
@@ -35,7 +35,7 @@ class PropertiesChanged : public CommunicatorTest {
     }
 };
 
-TEST_F(PropertiesChanged, OfNothingKnownStillReports) {
+TEST_F(PropertiesChanged, UnknownPropertiesStillReport) {
     change(0);
     EXPECT_THAT(takeCalls(), ElementsAre("report: nothing"));
     change(1, "Capabilities", "a{sv}", 0);
@@ -43,19 +43,19 @@ TEST_F(PropertiesChanged, OfNothingKnownStillReports) {
     EXPECT_THAT(takeLog(), IsEmpty());
 }
 
-TEST_F(PropertiesChanged, OfScanningTrueIsReported) {
+TEST_F(PropertiesChanged, ScanningTrueIsReported) {
     change(1, "Scanning", "b", 1);
     EXPECT_THAT(takeCalls(), ElementsAre("report: scanning=true"));
     EXPECT_THAT(takeLog(), ElementsAre(debug("PropertiesChanged: Scanning=true")));
 }
 
-TEST_F(PropertiesChanged, OfScanningFalseAndNothingElseReachesTheEngineSayingNothing) {
+TEST_F(PropertiesChanged, ScanningFalseAloneReportsNoChange) {
     change(1, "Scanning", "b", 0);
     EXPECT_THAT(takeCalls(), ElementsAre("report: nothing"));
     EXPECT_THAT(takeLog(), ElementsAre(debug("PropertiesChanged: Scanning=false (ignored)")));
 }
 
-TEST_F(PropertiesChanged, OfTheBssListDecodesEachInOrder) {
+TEST_F(PropertiesChanged, BssListIsReportedInOrder) {
     addBss(bssPath, "Home", -60);
     addBss("/other", "Home", -70);
     change(1, "BSSs", "ao", 2, "/other", bssPath);
@@ -65,7 +65,7 @@ TEST_F(PropertiesChanged, OfTheBssListDecodesEachInOrder) {
     EXPECT_THAT(takeLog(), ElementsAre(debug("PropertiesChanged: BSSs=2 values, decoded=2")));
 }
 
-TEST_F(PropertiesChanged, OfTheBssListLeavesOutWhatHasVanished) {
+TEST_F(PropertiesChanged, BssListOmitsVanishedBsss) {
     addBss(bssPath, "Home", -60);
     change(1, "BSSs", "ao", 3, "/gone", bssPath, "/gone/too");
     EXPECT_THAT(takeCalls(), ElementsAre(getAllText("/gone", bssInterface), getAllText(bssPath, bssInterface),
@@ -74,18 +74,18 @@ TEST_F(PropertiesChanged, OfTheBssListLeavesOutWhatHasVanished) {
     EXPECT_EQ(takeLog().back(), debug("PropertiesChanged: BSSs=3 values, decoded=1"));
 }
 
-TEST_F(PropertiesChanged, OfABssListOfWhichNothingIsLeftIsSetNotCleared) {
+TEST_F(PropertiesChanged, BssListWithOnlyVanishedBsssIsSetNotCleared) {
     change(1, "BSSs", "ao", 1, "/gone");
     EXPECT_THAT(takeCalls(), ElementsAre(getAllText("/gone", bssInterface), "report: bssList=Set"));
 }
 
-TEST_F(PropertiesChanged, OfAnEmptyBssListClearsItAndLogsNothing) {
+TEST_F(PropertiesChanged, EmptyBssListIsReportedAsClearedWithoutARecord) {
     change(1, "BSSs", "ao", 0);
     EXPECT_THAT(takeCalls(), ElementsAre("report: bssList=Cleared"));
     EXPECT_THAT(takeLog(), IsEmpty());
 }
 
-TEST_F(PropertiesChanged, OfTheCurrentNetworkReportsItsSsid) {
+TEST_F(PropertiesChanged, CurrentNetworkIsReportedByItsSsid) {
     supplicant.onGet(networkPath, networkInterface, "Properties",
                      reply("v", "a{sv}", 1, "ssid", "s", "486f6d65"));
     change(1, "CurrentNetwork", "o", networkPath);
@@ -94,13 +94,13 @@ TEST_F(PropertiesChanged, OfTheCurrentNetworkReportsItsSsid) {
     EXPECT_THAT(takeLog(), ElementsAre(debug("PropertiesChanged: CurrentNetwork=" + networkPath)));
 }
 
-TEST_F(PropertiesChanged, OfTheCurrentNetworkToTheRootPathClearsIt) {
+TEST_F(PropertiesChanged, CurrentNetworkAtTheRootPathIsReportedAsCleared) {
     change(1, "CurrentNetwork", "o", "/");
     EXPECT_THAT(takeCalls(), ElementsAre("report: network=Cleared"));
     EXPECT_THAT(takeLog(), ElementsAre(debug("PropertiesChanged: CurrentNetwork=/")));
 }
 
-TEST_F(PropertiesChanged, OfTheCurrentNetworkToOneWhoseSsidCannotBeReadIsUnchanged) {
+TEST_F(PropertiesChanged, CurrentNetworkWithUnreadableSsidIsReportedAsUnchanged) {
     supplicant.onGet(networkPath, networkInterface, "Properties", reply("v", "a{sv}", 0));
     change(1, "CurrentNetwork", "o", networkPath);
     EXPECT_THAT(takeCalls(),
@@ -109,7 +109,7 @@ TEST_F(PropertiesChanged, OfTheCurrentNetworkToOneWhoseSsidCannotBeReadIsUnchang
                                        debug("PropertiesChanged: CurrentNetwork=" + networkPath)));
 }
 
-TEST_F(PropertiesChanged, OfTheCurrentBssReportsIt) {
+TEST_F(PropertiesChanged, CurrentBssIsReported) {
     addBss(bssPath, std::string("\0\xff", 2), -42);
     change(1, "CurrentBSS", "o", bssPath);
     EXPECT_THAT(takeCalls(),
@@ -118,32 +118,32 @@ TEST_F(PropertiesChanged, OfTheCurrentBssReportsIt) {
     EXPECT_THAT(takeLog(), ElementsAre(debug("PropertiesChanged: CurrentBSS=" + bssPath)));
 }
 
-TEST_F(PropertiesChanged, OfTheCurrentBssToTheRootPathClearsIt) {
+TEST_F(PropertiesChanged, CurrentBssAtTheRootPathIsReportedAsCleared) {
     change(1, "CurrentBSS", "o", "/");
     EXPECT_THAT(takeCalls(), ElementsAre("report: bss=Cleared"));
     EXPECT_THAT(takeLog(), ElementsAre(debug("PropertiesChanged: CurrentBSS=/")));
 }
 
-TEST_F(PropertiesChanged, OfTheCurrentBssToOneThatIsGoneIsUnchanged) {
+TEST_F(PropertiesChanged, VanishedCurrentBssIsReportedAsUnchanged) {
     change(1, "CurrentBSS", "o", bssPath);
     EXPECT_THAT(takeCalls(), ElementsAre(getAllText(bssPath, bssInterface), "report: nothing"));
     EXPECT_EQ(takeLog().back(), debug("PropertiesChanged: CurrentBSS=" + bssPath));
 }
 
-TEST_F(PropertiesChanged, OfTheStateReportsTheStatus) {
+TEST_F(PropertiesChanged, StateIsReportedAsStatus) {
     change(1, "State", "s", "4way_handshake");
     EXPECT_THAT(takeCalls(), ElementsAre("report: status=Connecting"));
     EXPECT_THAT(takeLog(), ElementsAre(debug("PropertiesChanged: State=4way_handshake")));
 }
 
-TEST_F(PropertiesChanged, OfTheStateToATextOutsideTheTableGivesNoStatusAndOneWarning) {
+TEST_F(PropertiesChanged, UnknownStateReportsNoStatusAndLogsOneWarning) {
     change(1, "State", "s", "dreaming");
     EXPECT_THAT(takeCalls(), ElementsAre("report: nothing"));
     EXPECT_THAT(takeLog(), ElementsAre(warning("wpa_supplicant in unknown state (\"dreaming\")"),
                                        debug("PropertiesChanged: State=dreaming")));
 }
 
-TEST_F(PropertiesChanged, OfTheDisconnectReasonIsOnlyLogged) {
+TEST_F(PropertiesChanged, DisconnectReasonIsOnlyLogged) {
     const std::vector<std::pair<int, std::string>> reasons{
         {3, "3(DEAUTH_LEAVING) "},
         {-15, "-15(4WAY_HANDSHAKE_TIMEOUT) "},
@@ -160,7 +160,7 @@ TEST_F(PropertiesChanged, OfTheDisconnectReasonIsOnlyLogged) {
     }
 }
 
-TEST_F(PropertiesChanged, OfEverythingIsResolvedInThisOrderIntoOneReport) {
+TEST_F(PropertiesChanged, AllPropertiesAreResolvedInThisOrderIntoOneReport) {
     addBss(bssPath, "Home", -60);
     supplicant.onGet(networkPath, networkInterface, "Properties",
                      reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
@@ -180,7 +180,7 @@ TEST_F(PropertiesChanged, OfEverythingIsResolvedInThisOrderIntoOneReport) {
                                        debug("PropertiesChanged: DisconnectReason=1(UNSPECIFIED) ")));
 }
 
-TEST_F(PropertiesChanged, OfAnotherInterfaceIsIgnored) {
+TEST_F(PropertiesChanged, PropertiesOfAnotherInterfaceAreIgnored) {
     for (const std::string interface :
          {"fi.w1.wpa_supplicant1.Interface.WPS", "fi.w1.wpa_supplicant1.interface", ""}) {
         forget();
@@ -192,7 +192,7 @@ TEST_F(PropertiesChanged, OfAnotherInterfaceIsIgnored) {
     }
 }
 
-TEST_F(PropertiesChanged, WithoutAnInterfaceNameIsLoggedAndDropped) {
+TEST_F(PropertiesChanged, PropertiesWithoutInterfaceNameAreLoggedAndDropped) {
     supplicant.emit(interfacePath, propertiesInterface, "PropertiesChanged", values("i", 1));
     settle();
     EXPECT_THAT(takeCalls(), IsEmpty());
@@ -201,7 +201,7 @@ TEST_F(PropertiesChanged, WithoutAnInterfaceNameIsLoggedAndDropped) {
                                                noSuchType + ")")));
 }
 
-TEST_F(PropertiesChanged, WithAnUndecodableDictionaryIsLoggedAndDropped) {
+TEST_F(PropertiesChanged, UndecodablePropertiesAreLoggedAndDropped) {
     change(2, "Scanning", "b", 1, "State", "i", 1);
     const std::string reason = "Value decoding error: Unable to read from variant: " + noSuchType;
     EXPECT_THAT(takeCalls(), IsEmpty());
@@ -210,7 +210,7 @@ TEST_F(PropertiesChanged, WithAnUndecodableDictionaryIsLoggedAndDropped) {
                             warning("Couldn't decode wpa_supplicant PropertiesChanged (" + reason + ")")));
 }
 
-TEST_F(PropertiesChanged, WithAnUndecodableDictionaryOfAnotherInterfaceIsLoggedToo) {
+TEST_F(PropertiesChanged, UndecodablePropertiesOfAnotherInterfaceAreLogged) {
     supplicant.emit(interfacePath, propertiesInterface, "PropertiesChanged",
                     values("sa{sv}as", "com.example.Other", 1, "State", "i", 1, 0));
     settle();

@@ -1,4 +1,4 @@
-// What the communicator refuses while no supplicant is attached.
+// The operations that are refused while detached.
 #include "communicator/configured_network.h"
 #include "unit/communicator/communicator_fixture.h"
 
@@ -9,7 +9,7 @@ namespace {
 
 struct Refusal {
     const char* operation;
-    // True when the operation gave its failure value.
+    // True when the operation returned its failure value.
     std::function<bool(DbusCommunicator&)> fails;
     LogRecord record;
 };
@@ -48,7 +48,7 @@ const std::vector<Refusal> refusals{
 
 class Refusals : public CommunicatorTest {};
 
-TEST_F(Refusals, ComeWithTheirTextAndWithoutTraffic) {
+TEST_F(Refusals, OperationWhileDetachedIsRefusedWithItsTextAndNoCall) {
     startDetached();
     for (const Refusal& refusal : refusals) {
         EXPECT_TRUE(onLoop([&] { return refusal.fails(*communicator); })) << refusal.operation;
@@ -57,7 +57,7 @@ TEST_F(Refusals, ComeWithTheirTextAndWithoutTraffic) {
     }
 }
 
-TEST_F(Refusals, EndWhenTheSupplicantIsAttached) {
+TEST_F(Refusals, OperationWhileAttachedIsNotRefused) {
     startAttached();
     for (const Refusal& refusal : refusals) {
         onLoop([&] { return refusal.fails(*communicator); });
@@ -66,7 +66,7 @@ TEST_F(Refusals, EndWhenTheSupplicantIsAttached) {
     }
 }
 
-TEST_F(Refusals, BeginAgainAfterADetach) {
+TEST_F(Refusals, OperationAfterADetachIsRefusedAgain) {
     startAttached();
     onLoop([&] { communicator->connectOrDisconnectFromSupplicantSync("failed"); });
     forget();
@@ -74,7 +74,7 @@ TEST_F(Refusals, BeginAgainAfterADetach) {
     EXPECT_THAT(takeLog(), ElementsAre(warning("Can't reconnect, wpa_supplicant isn't running.")));
 }
 
-TEST_F(Refusals, DoNotConcernSetNetworkPriorityWhichStillTriesTheCallAndReturnsFalse) {
+TEST_F(Refusals, PriorityWhileDetachedIsSentAndFails) {
     startDetached();
     EXPECT_FALSE(
         onLoop([&] { return communicator->configuredNetworks().setPrioritySync(networkObject, 2); }));
@@ -83,14 +83,14 @@ TEST_F(Refusals, DoNotConcernSetNetworkPriorityWhichStillTriesTheCallAndReturnsF
     EXPECT_FALSE(log.contains("isn't running"));
 }
 
-TEST_F(Refusals, DoNotConcernEapMethods) {
+TEST_F(Refusals, EapMethodsWhileDetachedAreRead) {
     supplicant.onGet(rootPath, rootInterface, "EapMethods", reply("v", "as", 1, "PEAP"));
     startDetached();
     EXPECT_THAT(onLoop([&] { return communicator->eapMethodsSync(); }), ElementsAre("PEAP"));
     EXPECT_THAT(takeLog(), IsEmpty());
 }
 
-TEST_F(Refusals, ReachTheHandlesOfNetworksAddedBefore) {
+TEST_F(Refusals, HandleFromBeforeADetachIsRefused) {
     supplicant.onCall(interfacePath, interfaceInterface, "AddNetwork", reply("o", networkPath));
     startAttached();
     const auto handle = onLoop([&] { return communicator->addNetworkSync(openNetwork("Home")); });

@@ -6,8 +6,8 @@
 
 namespace kaz::wifi {
 
-// What a report says, without what it does not mention: "scanning=true status=Connected". Payload that does
-// not fit what it says shows, too. "nothing" for a report that says nothing.
+// The text of a report: "scanning=true status=Connected". It omits unset fields, and is "nothing" for an empty report. A
+// value without its change is shown too.
 std::string reportText(const Communicator::SupplicantInterfaceProperties& report);
 
 // As "Home" -60 dBm rsnPsk.

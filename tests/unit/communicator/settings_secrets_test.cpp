@@ -1,4 +1,4 @@
-// The settings of a network hold its passphrase. A program of its own, for its own operator new and delete.
+// Wiping the passphrase in a network's settings. A separate program, because it replaces operator new and delete.
 #include "communicator/network_settings.h"
 #include "support/freed_memory_watch/freed_memory_watch.h"
 
@@ -9,7 +9,7 @@
 namespace kaz::wifi {
 namespace {
 
-TEST(SettingsSecrets, AreWipedForEverySecurityMode) {
+TEST(SettingsSecrets, SecretsOfEachSecurityModeAreWiped) {
     const std::string passphrase = "correct horse battery staple, and then some";
     for (const SecurityMode mode : {SecurityMode::none, SecurityMode::wep, SecurityMode::wpaPsk,
                                     SecurityMode::rsnPsk, SecurityMode::sae, SecurityMode::enterprise,

@@ -25,7 +25,7 @@ TEST_F(SupplicantSignals, ScanDoneReportsItsSuccessAndThenTheEndOfTheScan) {
     EXPECT_THAT(takeLog(), ElementsAre(debug(scanEnded), debug(scanEnded)));
 }
 
-TEST_F(SupplicantSignals, ScanDoneThatCannotBeDecodedReportsAFailedScan) {
+TEST_F(SupplicantSignals, UndecodableScanDoneReportsAFailedScan) {
     startAttached();
     emitFromInterface("ScanDone", "s", "true");
     emitFromInterface("ScanDone", "");
@@ -49,7 +49,7 @@ TEST_F(SupplicantSignals, ScanDoneCallsItsHandlersAroundTheLogRecord) {
     EXPECT_THAT(recordsAtCall, ElementsAre(0U, 1U));
 }
 
-TEST_F(SupplicantSignals, EapIsLoggedAndGoesNoFurther) {
+TEST_F(SupplicantSignals, EapIsOnlyLogged) {
     startAttached();
     emitFromInterface("EAP", "ss", "started", "");
     emitFromInterface("EAP", "ss", "accept proposed method", "PEAP");
@@ -61,7 +61,7 @@ TEST_F(SupplicantSignals, EapIsLoggedAndGoesNoFurther) {
                                        debug("EAP: Status: , parameter: x")));
 }
 
-TEST_F(SupplicantSignals, EapThatCannotBeDecodedIsLoggedOnlyAsSuch) {
+TEST_F(SupplicantSignals, UndecodableEapIsLoggedOnlyAsUndecodable) {
     startAttached();
     emitFromInterface("EAP", "is", 1, "x");
     emitFromInterface("EAP", "s", "started");
@@ -80,7 +80,7 @@ TEST_F(SupplicantSignals, NetworkSelectedReportsTheSsid) {
     EXPECT_THAT(takeLog(), IsEmpty());
 }
 
-TEST_F(SupplicantSignals, NetworkSelectedForANetworkWhoseSsidCannotBeReadReportsAnEmptyOne) {
+TEST_F(SupplicantSignals, NetworkSelectedWithUnreadableSsidReportsNoSsid) {
     configureNetwork(reply("v", "a{sv}", 0));
     startAttached();
     emitFromInterface("NetworkSelected", "o", networkPath);
@@ -90,7 +90,7 @@ TEST_F(SupplicantSignals, NetworkSelectedForANetworkWhoseSsidCannotBeReadReports
                                        error("NetworkSelected " + networkPath + ", but couldn't get SSID")));
 }
 
-TEST_F(SupplicantSignals, NetworkSelectedForANetworkThatIsGoneReportsAnEmptySsid) {
+TEST_F(SupplicantSignals, NetworkSelectedForAGoneNetworkReportsNoSsid) {
     startAttached();
     emitFromInterface("NetworkSelected", "o", networkPath);
     settle();
@@ -109,7 +109,7 @@ TEST_F(SupplicantSignals, NetworkSelectedWithoutAPathReportsNothing) {
     EXPECT_THAT(takeLog(), ElementsAre(warning(undecodable), pathless, warning(undecodable), pathless));
 }
 
-TEST_F(SupplicantSignals, ThatArriveBeforeTheHandlersAreAssignedAreSwallowed) {
+TEST_F(SupplicantSignals, SignalsBeforeTheHandlersAreAssignedAreIgnored) {
     communicator = std::make_unique<DbusCommunicator>();
     configureNetwork(reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
     startAttached();

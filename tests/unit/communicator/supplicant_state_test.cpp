@@ -15,7 +15,7 @@ using Status = Communicator::SupplicantConnectionStatus;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(SupplicantState, ComesDownToAStatus) {
+TEST(SupplicantState, EachSupplicantStateMapsToAStatus) {
     const std::vector<std::pair<const char*, Status>> statusOfState{
         {"disconnected", Status::Disconnected},  {"inactive", Status::Disconnected},
         {"scanning", Status::Disconnected},      {"interface_disabled", Status::InterfaceDisabled},
@@ -30,7 +30,7 @@ TEST(SupplicantState, ComesDownToAStatus) {
     EXPECT_THAT(log.records(), IsEmpty());
 }
 
-TEST(SupplicantState, OutsideTheTableGivesNothingAndOneWarning) {
+TEST(SupplicantState, UnknownSupplicantStateMapsToNothingAndLogsOneWarning) {
     for (const std::string state :
          {"", "Completed", "completed ", "complete", "COMPLETED", "unknown", "4way"}) {
         const test::RecordingLog log;

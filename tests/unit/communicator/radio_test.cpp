@@ -1,4 +1,4 @@
-// What the radio sees: scans, access points, signal strength; and EAP methods.
+// Scans, access points, signal strength and EAP methods.
 #include "unit/communicator/communicator_fixture.h"
 #include "unit/communicator/report_text.h"
 
@@ -29,7 +29,7 @@ class Bss : public CommunicatorTest {
     }
 };
 
-TEST_F(Bss, IsScannedForPassively) {
+TEST_F(Bss, ScanIsPassive) {
     supplicant.onCall(interfacePath, interfaceInterface, "Scan", reply(""));
     EXPECT_TRUE(onLoop([&] { return communicator->scanSync(); }));
     EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("Scan", R"({"Type": <"passive">})")));
@@ -38,7 +38,7 @@ TEST_F(Bss, IsScannedForPassively) {
     EXPECT_FALSE(onLoop([&] { return communicator->scanSync(); }));
 }
 
-TEST_F(Bss, IsReadWithOneGetAll) {
+TEST_F(Bss, BssIsReadWithOneGetAll) {
     supplicant.onGetAll(bssPath, bssInterface,
                         reply("a{sv}", 6, "BSSID", "ay", 6, 1, 2, 3, 4, 5, 6, "SSID", "ay", 4, 'H', 'o', 'm',
                               'e', "Signal", "n", -61, "Privacy", "b", 1, "RSN", "a{sv}", 2, "KeyMgmt", "as",
@@ -48,12 +48,12 @@ TEST_F(Bss, IsReadWithOneGetAll) {
     EXPECT_THAT(takeLog(), IsEmpty());
 }
 
-TEST_F(Bss, WithoutPropertiesIsHiddenOpenAndOfSignalZero) {
+TEST_F(Bss, BssWithoutPropertiesIsHiddenOpenAndOfSignalZero) {
     supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 0));
     EXPECT_EQ(read(bssPath), R"("" 0 dBm none)");
 }
 
-TEST_F(Bss, ThatHidesItsSsidHasAnEmptyOne) {
+TEST_F(Bss, HiddenBssHasAnEmptySsid) {
     supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 1, "SSID", "ay", 3, 0, 0, 0));
     EXPECT_EQ(read(bssPath), R"("" 0 dBm none)");
     supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 1, "SSID", "ay", 1, ' '));
@@ -62,19 +62,19 @@ TEST_F(Bss, ThatHidesItsSsidHasAnEmptyOne) {
     EXPECT_EQ(read(bssPath), R"("  " 0 dBm none)");
 }
 
-TEST_F(Bss, HasTheWholeRangeOfSignals) {
+TEST_F(Bss, BssSignalHasItsWholeRange) {
     for (const int signal : {-32768, -100, 0, 32767}) {
         supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 1, "Signal", "n", signal));
         EXPECT_EQ(read(bssPath), "\"\" " + std::to_string(signal) + " dBm none");
     }
 }
 
-TEST_F(Bss, ThatIsGoneGivesNothing) {
+TEST_F(Bss, BssThatIsGoneReturnsNothing) {
     EXPECT_EQ(read(bssPath), "nothing");
     EXPECT_THAT(takeCalls(), ElementsAre(getAllText(bssPath, bssInterface)));
 }
 
-TEST_F(Bss, ThatCannotBeDecodedGivesNothingAndOneWarning) {
+TEST_F(Bss, UndecodableBssReturnsNothingAndLogsOneWarning) {
     supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 2, "Privacy", "b", 1, "Signal", "i", -61));
     EXPECT_EQ(read(bssPath), "nothing");
     EXPECT_THAT(takeLog(),
@@ -82,7 +82,7 @@ TEST_F(Bss, ThatCannotBeDecodedGivesNothingAndOneWarning) {
                                     "Unable to read from variant: No such device or address")));
 }
 
-TEST_F(Bss, ListKeepsTheOrderOfThePathsAndEverySsid) {
+TEST_F(Bss, BssListKeepsTheOrderOfThePathsAndEachSsid) {
     supplicant.onGetAll("/b/1", bssInterface, reply("a{sv}", 1, "Signal", "n", -1));
     supplicant.onGetAll("/b/2", bssInterface, reply("a{sv}", 1, "Signal", "n", -2));
     supplicant.onGetAll("/b/3", bssInterface, reply("a{sv}", 1, "Signal", "s", "x"));
@@ -96,7 +96,7 @@ TEST_F(Bss, ListKeepsTheOrderOfThePathsAndEverySsid) {
     EXPECT_THAT(onLoop([&] { return communicator->radio().bssListSync({}); }), IsEmpty());
 }
 
-TEST_F(Bss, ListWaitsForOneThatIsNotAnsweredAndLeavesTheOthersOut) {
+TEST_F(Bss, BssListEndsAfterOneTimeout) {
     supplicant.onGetAll("/b/1", bssInterface, reply("a{sv}", 1, "Signal", "n", -1));
     for (const char* path : {"/b/2", "/b/3", "/b/4"}) {
         supplicant.onGetAll(path, bssInterface, noReply());
@@ -110,33 +110,33 @@ TEST_F(Bss, ListWaitsForOneThatIsNotAnsweredAndLeavesTheOthersOut) {
     EXPECT_EQ(takeLog().back(), warning("wpa_supplicant is too slow, leaving out some of 4 BSSs"));
 }
 
-TEST_F(Bss, SignalIsPolled) {
+TEST_F(Bss, SignalPollReturnsTheRssi) {
     EXPECT_EQ(poll(reply("a{sv}", 3, "linkspeed", "i", 65, "rssi", "i", -58, "noise", "i", -95)), -58);
     EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("SignalPoll")));
     EXPECT_THAT(takeLog(), IsEmpty());
     EXPECT_EQ(poll(reply("v", "a{sv}", 1, "rssi", "i", 0)), 0);
 }
 
-TEST_F(Bss, SignalIsUnknownWithAWarningWhenThePollHasNoRssi) {
+TEST_F(Bss, SignalPollWithoutRssiReturnsNothingAndLogsAWarning) {
     EXPECT_EQ(poll(reply("a{sv}", 1, "linkspeed", "i", 65)), std::nullopt);
     EXPECT_THAT(takeLog(),
                 ElementsAre(warning("SignalPoll succeeded, but didn't return signal strength (rssi)")));
 }
 
-TEST_F(Bss, SignalIsUnknownWhenThePollFails) {
+TEST_F(Bss, FailedSignalPollReturnsNothing) {
     EXPECT_EQ(poll(broken), std::nullopt);
     EXPECT_FALSE(log.contains("SignalPoll succeeded"));
     EXPECT_FALSE(log.contains("Error while decoding"));
 }
 
-TEST_F(Bss, SignalIsUnknownWhenThePollCannotBeDecoded) {
+TEST_F(Bss, UndecodableSignalPollReturnsNothing) {
     EXPECT_EQ(poll(reply("a{sv}", 1, "rssi", "s", "-58")), std::nullopt);
     EXPECT_THAT(takeLog(),
                 ElementsAre(warning("Error while decoding dbus data. Details: Value decoding error: "
                                     "Unable to read from variant: No such device or address")));
 }
 
-TEST_F(Bss, EapMethodsAreReadSortedAndEachOnce) {
+TEST_F(Bss, EapMethodsAreSortedAndUnique) {
     EXPECT_THAT(eapMethods(reply("v", "as", 4, "TTLS", "PEAP", "TTLS", "MD5")),
                 ElementsAre("MD5", "PEAP", "TTLS"));
     EXPECT_THAT(takeCalls(), ElementsAre(getText(rootPath, rootInterface, "EapMethods")));
@@ -145,12 +145,12 @@ TEST_F(Bss, EapMethodsAreReadSortedAndEachOnce) {
     EXPECT_THAT(takeLog(), IsEmpty());
 }
 
-TEST_F(Bss, EapMethodsAreNoneWithARecordWhenTheyCannotBeRead) {
+TEST_F(Bss, FailedReadOfEapMethodsReturnsNoneAndLogsIt) {
     EXPECT_THAT(eapMethods(broken), IsEmpty());
     EXPECT_EQ(takeLog().back(), warning("Unable to load eapMethods"));
 }
 
-TEST_F(Bss, EapMethodsAreNoneWithTwoRecordsWhenTheyCannotBeDecoded) {
+TEST_F(Bss, UndecodableEapMethodsReturnNoneAndLogTwoRecords) {
     EXPECT_THAT(eapMethods(reply("v", "s", "PEAP")), IsEmpty());
     EXPECT_THAT(takeLog(),
                 ElementsAre(warning("Error while decoding dbus data. Details: Unable to read from variant: "

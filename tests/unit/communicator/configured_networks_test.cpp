@@ -1,4 +1,4 @@
-// The networks in the supplicant's configuration, and its connection.
+// The networks in the supplicant's configuration; disconnect and reconnect.
 #include "unit/communicator/communicator_fixture.h"
 
 #include <functional>
@@ -35,7 +35,7 @@ class Networks : public CommunicatorTest {
     }
 };
 
-TEST_F(Networks, AreSelectedByTheirPath) {
+TEST_F(Networks, SelectSendsThePath) {
     const auto select = [](DbusCommunicator& c) { return c.configuredNetworks().selectSync(network); };
     onInterface("SelectNetwork", reply(""));
     EXPECT_TRUE(run(select));
@@ -46,7 +46,7 @@ TEST_F(Networks, AreSelectedByTheirPath) {
     EXPECT_FALSE(log.contains("Selected network"));
 }
 
-TEST_F(Networks, AreRemovedByTheirPath) {
+TEST_F(Networks, RemoveSendsThePath) {
     const auto remove = [](DbusCommunicator& c) { return c.configuredNetworks().removeSync(network); };
     onInterface("RemoveNetwork", reply(""));
     EXPECT_TRUE(run(remove));
@@ -57,7 +57,7 @@ TEST_F(Networks, AreRemovedByTheirPath) {
     EXPECT_FALSE(log.contains("Removed network"));
 }
 
-TEST_F(Networks, AreEnabledAndDisabledByAVariantOfTypeB) {
+TEST_F(Networks, EnablingSendsABoolean) {
     supplicant.onSet(networkPath, networkInterface, "Enabled", reply(""));
     EXPECT_TRUE(run([](auto& c) { return c.configuredNetworks().setEnabledSync(network, true); }));
     EXPECT_THAT(takeCalls(), ElementsAre(setText(networkPath, networkInterface, "Enabled", "<true>")));
@@ -68,7 +68,7 @@ TEST_F(Networks, AreEnabledAndDisabledByAVariantOfTypeB) {
     EXPECT_FALSE(run([](auto& c) { return c.configuredNetworks().setEnabledSync(network, true); }));
 }
 
-TEST_F(Networks, ArePrioritisedByADictionaryWithThatOneEntry) {
+TEST_F(Networks, PriorityIsSentAsTheOnlyProperty) {
     supplicant.onSet(networkPath, networkInterface, "Properties", reply(""));
     for (const int priority : {2, 1, 0, -1}) {
         EXPECT_TRUE(run([=](auto& c) { return c.configuredNetworks().setPrioritySync(network, priority); }));
@@ -81,7 +81,7 @@ TEST_F(Networks, ArePrioritisedByADictionaryWithThatOneEntry) {
     EXPECT_FALSE(run([](auto& c) { return c.configuredNetworks().setPrioritySync(network, 1); }));
 }
 
-TEST_F(Networks, AreSavedAndEitherOutcomeIsLogged) {
+TEST_F(Networks, SaveLogsSuccessAndFailure) {
     const auto save = [](DbusCommunicator& c) { return c.saveNetworkConfigurationSync(); };
     onInterface("SaveConfig", reply(""));
     EXPECT_TRUE(run(save));
@@ -93,7 +93,7 @@ TEST_F(Networks, AreSavedAndEitherOutcomeIsLogged) {
     EXPECT_FALSE(log.contains("Saved"));
 }
 
-TEST_F(Networks, AreLeftAndJoinedAgainWithoutARecord) {
+TEST_F(Networks, DisconnectAndReconnectLogNothing) {
     onInterface("Disconnect", reply(""));
     onInterface("Reconnect", reply(""));
     EXPECT_TRUE(run([](auto& c) { return c.disconnectSync(); }));
@@ -107,7 +107,7 @@ TEST_F(Networks, AreLeftAndJoinedAgainWithoutARecord) {
     EXPECT_FALSE(run([](auto& c) { return c.reconnectSync(); }));
 }
 
-TEST_F(Networks, TellTheirSsidInQuotesOrInHexadecimalDigits) {
+TEST_F(Networks, SsidIsReadInQuotesOrHexadecimalDigits) {
     EXPECT_EQ(configuredSsid("\"Home\""), "Home");
     EXPECT_THAT(takeCalls(), ElementsAre(getText(networkPath, networkInterface, "Properties")));
     EXPECT_EQ(configuredSsid("486f6d65"), "Home");
@@ -116,7 +116,7 @@ TEST_F(Networks, TellTheirSsidInQuotesOrInHexadecimalDigits) {
     EXPECT_THAT(takeLog(), IsEmpty());
 }
 
-TEST_F(Networks, HaveNoSsidWhenItsTextCannotBeDecoded) {
+TEST_F(Networks, UndecodableSsidTextReturnsNoSsid) {
     EXPECT_EQ(configuredSsid("486"), std::nullopt);
     EXPECT_THAT(takeLog(),
                 ElementsAre(warning("Couldn't decode SSID for " + networkPath + " (ssid=\"486\")")));
@@ -125,13 +125,13 @@ TEST_F(Networks, HaveNoSsidWhenItsTextCannotBeDecoded) {
                 ElementsAre(warning("Couldn't decode SSID for " + networkPath + " (ssid=\"\\\"\")")));
 }
 
-TEST_F(Networks, HaveNoSsidWhenThePropertiesDoNotTellIt) {
+TEST_F(Networks, PropertiesWithoutSsidReturnNoSsid) {
     onNetworkProperties(reply("v", "a{sv}", 1, "SSID", "s", "\"Home\""));
     EXPECT_EQ(configuredSsid(), std::nullopt);
     EXPECT_THAT(takeLog(), ElementsAre(warning("Couldn't get SSID for " + networkPath + ", no value set.")));
 }
 
-TEST_F(Networks, HaveNoSsidWhenThePropertiesCannotBeDecoded) {
+TEST_F(Networks, UndecodablePropertiesReturnNoSsid) {
     onNetworkProperties(reply("v", "a{sv}", 1, "ssid", "ay", 1, 'H'));
     EXPECT_EQ(configuredSsid(), std::nullopt);
     const std::string reason =
@@ -142,7 +142,7 @@ TEST_F(Networks, HaveNoSsidWhenThePropertiesCannotBeDecoded) {
                             warning("Couldn't get SSID for " + networkPath + ". Error " + reason)));
 }
 
-TEST_F(Networks, HaveNoSsidWhenThePropertiesCannotBeRead) {
+TEST_F(Networks, FailedReadOfPropertiesReturnsNoSsid) {
     onNetworkProperties(errorReply("org.freedesktop.DBus.Error.UnknownObject", "x"));
     EXPECT_EQ(configuredSsid(), std::nullopt);
     const auto records = takeLog();
@@ -150,7 +150,7 @@ TEST_F(Networks, HaveNoSsidWhenThePropertiesCannotBeRead) {
     EXPECT_EQ(records[1], warning("Couldn't get SSID for " + networkPath + ". Error Already failed"));
 }
 
-TEST_F(Networks, AreListedInTheSupplicantsOrderEvenWithoutAnSsid) {
+TEST_F(Networks, ListKeepsTheOrderOfTheSupplicantAndNetworksWithoutSsid) {
     supplicant.onGet(interfacePath, interfaceInterface, "Networks",
                      reply("v", "ao", 3, "/n/2", "/n/0", "/n/1"));
     supplicant.onGet("/n/2", networkInterface, "Properties", reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
@@ -168,7 +168,7 @@ TEST_F(Networks, AreListedInTheSupplicantsOrderEvenWithoutAnSsid) {
     EXPECT_EQ(networks[1]->id(), std::hash<std::string>{}("/n/0"));
 }
 
-TEST_F(Networks, AreListedWithoutTheirSsidsOnceTheSupplicantDoesNotAnswerInTime) {
+TEST_F(Networks, ListAfterATimeoutHasNetworksWithoutSsid) {
     supplicant.onGet(interfacePath, interfaceInterface, "Networks",
                      reply("v", "ao", 3, "/n/0", "/n/1", "/n/2"));
     for (const char* path : {"/n/0", "/n/1", "/n/2"}) {
@@ -184,7 +184,7 @@ TEST_F(Networks, AreListedWithoutTheirSsidsOnceTheSupplicantDoesNotAnswerInTime)
     EXPECT_EQ(takeLog().back(), warning("wpa_supplicant is too slow, the SSIDs of 2 networks stay unknown"));
 }
 
-TEST_F(Networks, AreAnEmptyListWhenTheSupplicantHasNoneOrDoesNotTell) {
+TEST_F(Networks, EmptyOrFailedListReturnsNoNetworks) {
     for (const Answer& answer : {reply("v", "ao", 0), refused, reply("v", "as", 1, "/n/0"), reply("")}) {
         supplicant.onGet(interfacePath, interfaceInterface, "Networks", answer);
         forget();

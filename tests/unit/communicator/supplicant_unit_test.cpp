@@ -22,7 +22,7 @@ class Service : public CommunicatorTest {
         systemd.onCall(systemdPath, systemdInterface, "ResetFailedUnit", reply(""));
     }
 
-    // Blocks until all signals of systemd emitted so far were handled.
+    // Blocks until all signals that systemd has emitted are handled.
     void settleSystemd() {
         emitUnitState(communicator->isSupplicantOn() ? "inactive" : "active");
         EXPECT_TRUE(calls.waitForCall("status changed"));
@@ -32,7 +32,7 @@ class Service : public CommunicatorTest {
     const std::string unit = "\"wpa_supplicant.service\"";
 };
 
-TEST_F(Service, IsTurnedOnByResetFailedUnitThenStartUnit) {
+TEST_F(Service, StartCallsResetFailedUnitThenStartUnit) {
     answerJobs();
     startDetached();
     EXPECT_TRUE(turn(true));
@@ -42,7 +42,7 @@ TEST_F(Service, IsTurnedOnByResetFailedUnitThenStartUnit) {
     EXPECT_FALSE(communicator->isSupplicantOn()) << "the unit's signal tells that it runs";
 }
 
-TEST_F(Service, IsTurnedOffByStopUnitOnly) {
+TEST_F(Service, StopCallsOnlyStopUnit) {
     answerJobs();
     startAttached();
     EXPECT_TRUE(turn(false));
@@ -51,7 +51,7 @@ TEST_F(Service, IsTurnedOffByStopUnitOnly) {
     EXPECT_TRUE(communicator->isSupplicantOn());
 }
 
-TEST_F(Service, IsTurnedOnEvenWhenResetFailedUnitFails) {
+TEST_F(Service, FailedResetDoesNotPreventTheStart) {
     answerJobs();
     systemd.onCall(systemdPath, systemdInterface, "ResetFailedUnit",
                    errorReply("org.freedesktop.systemd1.NoSuchUnit", "x"));
@@ -61,7 +61,7 @@ TEST_F(Service, IsTurnedOnEvenWhenResetFailedUnitFails) {
                                          managerCall("StartUnit", unit + ", \"replace\"")));
 }
 
-TEST_F(Service, TellsWhenSystemdRefuses) {
+TEST_F(Service, StartRefusedBySystemdReturnsFalse) {
     answerJobs();
     for (const char* member : {"StartUnit", "StopUnit"}) {
         systemd.onCall(systemdPath, systemdInterface, member,
@@ -72,14 +72,14 @@ TEST_F(Service, TellsWhenSystemdRefuses) {
     EXPECT_FALSE(turn(false));
 }
 
-TEST_F(Service, DoesNotReadTheJob) {
+TEST_F(Service, ReplyWithoutJobIsSuccess) {
     systemd.onCall(systemdPath, systemdInterface, "StopUnit", reply("i", 1));
     startDetached();
     EXPECT_TRUE(turn(false));
     EXPECT_THAT(log.texts(spdlog::level::warn), IsEmpty());
 }
 
-TEST_F(Service, IsLookedUpAtTheRootWhenItCannotBeLoaded) {
+TEST_F(Service, FailedLoadUnitReadsTheStateOfTheRootPath) {
     systemd.onCall(systemdPath, systemdInterface, "LoadUnit",
                    errorReply("org.freedesktop.systemd1.LoadFailed", "x"));
     start("active");
@@ -90,7 +90,7 @@ TEST_F(Service, IsLookedUpAtTheRootWhenItCannotBeLoaded) {
     EXPECT_FALSE(communicator->isSupplicantOn());
 }
 
-TEST_F(Service, IsLookedUpAtTheRootWhenItsPathCannotBeDecoded) {
+TEST_F(Service, UndecodableUnitPathReadsTheStateOfTheRootPath) {
     systemd.onCall(systemdPath, systemdInterface, "LoadUnit", reply("s", "/unit"));
     start("active");
     EXPECT_THAT(calls.calls(), ElementsAre(managerCall("LoadUnit", unit), managerCall("Subscribe", ""),
@@ -101,7 +101,7 @@ TEST_F(Service, IsLookedUpAtTheRootWhenItsPathCannotBeDecoded) {
 
 class ServiceThatTheStartMissed : public Service, public testing::WithParamInterface<const char*> {
   protected:
-    // Lets systemd fail what the parameter names, and then answer it.
+    // Starts while the call that the parameter names fails, then lets it succeed.
     void startInVain() {
         answerJobs();
         const Answer loaded = reply("o", unitPath);
@@ -122,7 +122,7 @@ class ServiceThatTheStartMissed : public Service, public testing::WithParamInter
     }
 };
 
-TEST_P(ServiceThatTheStartMissed, IsFoundWhenItIsTurnedOn) {
+TEST_P(ServiceThatTheStartMissed, UnitNotFoundBeforeIsFoundByTheNextStart) {
     startInVain();
     EXPECT_TRUE(turn(true));
     EXPECT_TRUE(communicator->isSupplicantOn());
@@ -138,7 +138,7 @@ TEST_P(ServiceThatTheStartMissed, IsFoundWhenItIsTurnedOn) {
     EXPECT_TRUE(calls.waitForCall("status changed: off")) << "its signals are followed";
 }
 
-TEST_P(ServiceThatTheStartMissed, IsNotLookedForWhenItIsTurnedOffOrSystemdRefuses) {
+TEST_P(ServiceThatTheStartMissed, UnitNotFoundBeforeIsNotLoadedByAStopOrARefusedStart) {
     startInVain();
     EXPECT_TRUE(turn(false));
     EXPECT_THAT(takeCalls(), ElementsAre(managerCall("StopUnit", unit + ", \"replace\"")));
@@ -153,7 +153,7 @@ TEST_P(ServiceThatTheStartMissed, IsNotLookedForWhenItIsTurnedOffOrSystemdRefuse
 INSTANTIATE_TEST_SUITE_P(After, ServiceThatTheStartMissed, testing::Values("LoadUnit", "ActiveState"),
                          [](const auto& instance) { return std::string(instance.param); });
 
-TEST_F(Service, IsFollowedEvenWhenSubscribeFails) {
+TEST_F(Service, UnitSignalAttachesAfterAFailedSubscribe) {
     systemd.onCall(systemdPath, systemdInterface, "Subscribe",
                    errorReply("org.freedesktop.DBus.Error.Failed", "x"));
     startDetached();
@@ -161,7 +161,7 @@ TEST_F(Service, IsFollowedEvenWhenSubscribeFails) {
     EXPECT_TRUE(calls.waitForCall("status changed: on"));
 }
 
-TEST_F(Service, HasAnEmptyStateWhenThatCannotBeRead) {
+TEST_F(Service, UnreadableStateDoesNotAttach) {
     startDetached();
     for (const Answer& answer :
          {errorReply("org.freedesktop.DBus.Error.UnknownProperty", "x"), reply("v", "i", 1), reply("")}) {
@@ -171,7 +171,7 @@ TEST_F(Service, HasAnEmptyStateWhenThatCannotBeRead) {
     }
 }
 
-TEST_F(Service, IsFollowedThroughItsSignals) {
+TEST_F(Service, UnitSignalsAttachAndDetach) {
     startDetached();
     emitUnitState("activating");
     emitUnitState("active");
@@ -183,7 +183,7 @@ TEST_F(Service, IsFollowedThroughItsSignals) {
     EXPECT_FALSE(communicator->isSupplicantOn());
 }
 
-TEST_F(Service, SignalsOfAnyOtherInterfaceOfTheUnitAreIgnoredEvenWithAnActiveState) {
+TEST_F(Service, UnitSignalOfAnotherInterfaceIsIgnored) {
     startAttached();
     for (const char* interface : {"org.freedesktop.systemd1.Service", "org.freedesktop.systemd1.unit",
                                   "org.freedesktop.systemd1.Unit2", ""}) {
@@ -197,7 +197,7 @@ TEST_F(Service, SignalsOfAnyOtherInterfaceOfTheUnitAreIgnoredEvenWithAnActiveSta
     EXPECT_THAT(takeLog(), ElementsAre(debug("wpa_supplicant is stopped")));
 }
 
-TEST_F(Service, SignalsWithoutAnActiveStateChangeNothing) {
+TEST_F(Service, UnitSignalWithoutActiveStateChangesNothing) {
     startAttached();
     systemd.emit(unitPath, propertiesInterface, "PropertiesChanged",
                  values("sa{sv}as", unitInterface, 1, "SubState", "s", "dead", 1, "ActiveState"));
@@ -208,7 +208,7 @@ TEST_F(Service, SignalsWithoutAnActiveStateChangeNothing) {
     EXPECT_THAT(takeLog(), ElementsAre(debug("wpa_supplicant is stopped")));
 }
 
-TEST_F(Service, SignalsThatCannotBeDecodedAreLoggedAndDropped) {
+TEST_F(Service, UndecodableUnitSignalIsLoggedAndDropped) {
     startAttached();
     systemd.emit(unitPath, propertiesInterface, "PropertiesChanged", values("i", 1));
     systemd.emit(unitPath, propertiesInterface, "PropertiesChanged", values(""));

@@ -12,7 +12,7 @@ class Networkd : public CommunicatorTest {
         networkd.emit(networkdPath, propertiesInterface, "PropertiesChanged", values(types, given...));
     }
 
-    // Blocks until all signals of networkd emitted so far were handled.
+    // Blocks until all signals that networkd has emitted are handled.
     void settleNetworkd() {
         emitOnlineState("end");
         EXPECT_TRUE(log.waitForText(spdlog::level::debug, "OnlineState=end"));
@@ -20,7 +20,7 @@ class Networkd : public CommunicatorTest {
     }
 };
 
-TEST_F(Networkd, IsOnlineForExactlyThatValue) {
+TEST_F(Networkd, LinkIsOnlineForExactlyThatValue) {
     startAttached();
     emitOnlineState("online");
     for (const char* value :
@@ -39,7 +39,7 @@ TEST_F(Networkd, IsOnlineForExactlyThatValue) {
     EXPECT_EQ(logged[2], debug("OnlineState=offline"));
 }
 
-TEST_F(Networkd, TellsNothingWithoutAnOnlineState) {
+TEST_F(Networkd, PropertiesWithoutOnlineStateAreNotReported) {
     startAttached();
     emitChange("sa{sv}as", networkdInterface, 0, 0);
     emitChange("sa{sv}as", networkdInterface, 1, "AddressState", "s", "routable", 1, "OnlineState");
@@ -48,7 +48,7 @@ TEST_F(Networkd, TellsNothingWithoutAnOnlineState) {
     EXPECT_THAT(takeLog(), ElementsAre(debug("OnlineState=end")));
 }
 
-TEST_F(Networkd, IsIgnoredForAnotherInterface) {
+TEST_F(Networkd, PropertiesOfAnotherInterfaceAreIgnored) {
     startAttached();
     for (const char* interface : {"org.freedesktop.network1.Link", "org.freedesktop.network1.manager", ""}) {
         emitChange("sa{sv}as", interface, 1, "OnlineState", "s", "online", 0);
@@ -58,7 +58,7 @@ TEST_F(Networkd, IsIgnoredForAnotherInterface) {
     EXPECT_THAT(takeLog(), ElementsAre(debug("OnlineState=end")));
 }
 
-TEST_F(Networkd, IsLoggedAndDroppedWhenItCannotBeDecoded) {
+TEST_F(Networkd, UndecodablePropertiesAreLoggedAndDropped) {
     startAttached();
     emitChange("i", 1);
     emitChange("s", networkdInterface);
@@ -73,7 +73,7 @@ TEST_F(Networkd, IsLoggedAndDroppedWhenItCannotBeDecoded) {
                     debug("OnlineState=end")));
 }
 
-TEST_F(Networkd, IsLoggedForAnotherInterfaceTooWhenItCannotBeDecoded) {
+TEST_F(Networkd, UndecodablePropertiesOfAnotherInterfaceAreLogged) {
     startAttached();
     emitChange("sa{sv}as", "org.freedesktop.network1.Link", 1, "OnlineState", "b", 1, 0);
     settleNetworkd();
@@ -84,7 +84,7 @@ TEST_F(Networkd, IsLoggedForAnotherInterfaceTooWhenItCannotBeDecoded) {
                             debug("OnlineState=end")));
 }
 
-TEST_F(Networkd, IsReadOnceOnAttach) {
+TEST_F(Networkd, AttachReadsTheOnlineStateOnce) {
     networkd.onGetAll(networkdPath, networkdInterface, reply("a{sv}", 1, "OnlineState", "s", "partial"));
     start("active");
     const auto all = calls.calls();
@@ -94,7 +94,7 @@ TEST_F(Networkd, IsReadOnceOnAttach) {
                             "status changed: on"));
 }
 
-TEST_F(Networkd, IsReadWhenItComesAfterTheSupplicant) {
+TEST_F(Networkd, NetworkdThatStartsAfterTheAttachIsRead) {
     networkd.leave();
     startAttached();
     networkd.onGetAll(networkdPath, networkdInterface, reply("a{sv}", 1, "OnlineState", "s", "online"));
@@ -106,7 +106,7 @@ TEST_F(Networkd, IsReadWhenItComesAfterTheSupplicant) {
                                          "networkd online: false"));
 }
 
-TEST_F(Networkd, IsNotReadAgainWhenItHasAnsweredBefore) {
+TEST_F(Networkd, NetworkdThatAnsweredIsNotReadAgainAfterItsRestart) {
     startAttached();
     networkd.leave();
     networkd.comeBack();
@@ -114,7 +114,7 @@ TEST_F(Networkd, IsNotReadAgainWhenItHasAnsweredBefore) {
     EXPECT_THAT(takeCalls(), ElementsAre("networkd online: false"));
 }
 
-TEST_F(Networkd, IsNotReadWhileDetached) {
+TEST_F(Networkd, NetworkdThatStartsWhileDetachedIsNotRead) {
     networkd.leave();
     startAttached();
     emitUnitState("inactive");
@@ -126,7 +126,7 @@ TEST_F(Networkd, IsNotReadWhileDetached) {
     EXPECT_EQ(std::count(all.begin(), all.end(), getAllText(networkdPath, networkdInterface)), 1);
 }
 
-TEST_F(Networkd, RaisesWithoutAHandlerAndTheLoopGoesOn) {
+TEST_F(Networkd, UnassignedOnlineHandlerThrowsAndTheLoopContinues) {
     communicator->networkdOnlineHandler = nullptr;
     startAttached();
     EXPECT_THROW(onLoop([&] { communicator->onlineState().report({"online"}); }), std::bad_function_call);
