@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/non_copyable.h"
 #include "communicator/communicator.h"
 #include "connection_info/connection_info_helper.h"
 #include "manager/connection_refresh.h"
@@ -14,7 +15,7 @@ namespace kaz::wifi {
 
 // The requests to connect, disconnect and forget. Each informs the tracker and publishes before it calls the supplicant.
 // No failure is returned: an attempt that gets no further ends by the tracker's timeout. Loop thread only.
-class Connecting {
+class Connecting : NonCopyable {
   public:
     Connecting(Communicator& communicator, ConnectionInfoHelper& tracker, ConnectionRefresh& refresh,
                SupplicantConfiguration& configuration, NetworkList& list);

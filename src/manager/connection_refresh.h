@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/non_copyable.h"
 #include "communicator/communicator.h"
 #include "connection_info/connection_info_helper.h"
 #include "connection_info/connection_metrics.h"
@@ -14,7 +15,7 @@ namespace kaz::wifi {
 // Publishes the tracker's record when it has changed. Before that it reacts to the change: it sets the gauges, arms or
 // disarms the timer that polls the signal, sets priorities after a success, and enables the other networks after an
 // attempt. Loop thread only.
-class ConnectionRefresh {
+class ConnectionRefresh : NonCopyable {
   public:
     ConnectionRefresh(Communicator& communicator, ConnectionInfoHelper& tracker,
                       SupplicantConfiguration& configuration, NetworkList& list, Published& published);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/non_copyable.h"
 #include "communicator/communicator.h"
 #include "manager/published.h"
 
@@ -10,7 +11,7 @@ namespace kaz::wifi {
 
 // The user's choice of Wi-Fi on or off: a flag, the configuration file, and the supplicant, which starts and stops
 // accordingly. Thread-safe.
-class EnabledChoice {
+class EnabledChoice : NonCopyable {
   public:
     // Starts with the choice that is stored.
     EnabledChoice(Communicator& communicator, Published& published);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/non_copyable.h"
 #include "communicator/communicator.h"
 #include "connection_info/connection_info_helper.h"
 #include "connection_info/time_provider.h"
@@ -31,15 +32,11 @@ namespace kaz::wifi {
 // Requests and getters may be called from any thread. Functions named task... and signal... run on the loop thread, one
 // at a time. The idle pass publishes what they changed: first the connection, then the network list. Then it saves the
 // supplicant's configuration if a save was requested.
-class ManagerImpl {
+class ManagerImpl : NonCopyable {
   public:
     ManagerImpl();
     ManagerImpl(std::unique_ptr<Communicator> communicator, std::shared_ptr<TimeProvider> timeProvider);
     ~ManagerImpl();
-    ManagerImpl(const ManagerImpl&) = delete;
-    ManagerImpl& operator=(const ManagerImpl&) = delete;
-    ManagerImpl(ManagerImpl&&) = delete;
-    ManagerImpl& operator=(ManagerImpl&&) = delete;
 
     // As in Manager.
     void setEnabled(bool on) { choice_.setEnabled(on); }

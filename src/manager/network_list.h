@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/non_copyable.h"
 #include "communicator/communicator.h"
 #include "manager/published.h"
 
@@ -14,7 +15,7 @@ namespace kaz::wifi {
 
 // The list of networks in range: one entry per SSID, without the network in use. A new fact only marks the list as
 // dirty; the next taskUpdateNetworks() rebuilds and publishes it. Loop thread only.
-class NetworkList {
+class NetworkList : NonCopyable {
   public:
     NetworkList(Communicator& communicator, Published& published)
         : communicator_(communicator), published_(published) {}

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include <wifi/types.h>
 
 #include <array>
@@ -15,7 +17,7 @@ namespace kaz::wifi {
 //
 // The mutex is held to copy or to swap, never while a callback runs. A callback is copied and replaced under it, so
 // copying or destroying what a callback captured must not call the engine.
-class Published {
+class Published : NonCopyable {
   public:
     enum class Change { enabled, networks, scanning, connectionInfo };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/non_copyable.h"
 #include "communicator/communicator.h"
 
 #include <string>
@@ -8,7 +9,7 @@ namespace kaz::wifi {
 
 // The engine's duties towards the supplicant's configuration: it enables networks that a selection disabled, and saves
 // changes. No other class does either. Loop thread only.
-class SupplicantConfiguration {
+class SupplicantConfiguration : NonCopyable {
   public:
     explicit SupplicantConfiguration(Communicator& communicator) : communicator_(communicator) {}
 

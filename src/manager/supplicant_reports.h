@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/non_copyable.h"
 #include "communicator/communicator.h"
 #include "connection_info/connection_info_helper.h"
 #include "manager/network_list.h"
@@ -13,7 +14,7 @@ namespace kaz::wifi {
 
 // Passes each fact that the supplicant reports to the one that keeps it: the tracker or the list. Only the scanning flag
 // is published at once. isScanning() may be called from any thread, everything else on the loop thread only.
-class SupplicantReports {
+class SupplicantReports : NonCopyable {
   public:
     SupplicantReports(ConnectionInfoHelper& tracker, NetworkList& list, Published& published)
         : tracker_(tracker), list_(list), published_(published) {}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/non_copyable.h"
 #include "base/wipe.h"
 
 #include <wifi/types.h>
@@ -7,7 +8,7 @@
 namespace kaz::wifi {
 
 // A copy of connection settings that wipes its secrets when it is destroyed, whether its task ran or was dropped.
-class WipedSettings {
+class WipedSettings : NonCopyable {
   public:
     // NOLINTNEXTLINE(modernize-pass-by-value): an argument by value would be one more copy to wipe
     explicit WipedSettings(const ConnectionSettings& settings) : settings_(settings) {}
@@ -16,10 +17,6 @@ class WipedSettings {
         wipe(settings_.identity);
         wipe(settings_.anonymousIdentity);
     }
-    WipedSettings(const WipedSettings&) = delete;
-    WipedSettings& operator=(const WipedSettings&) = delete;
-    WipedSettings(WipedSettings&&) = delete;
-    WipedSettings& operator=(WipedSettings&&) = delete;
 
     const ConnectionSettings& get() const { return settings_; }
 
