@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "base/non_copyable.h"
+
 namespace kaz::wifi {
 
 // Construct it, assign the handlers, then call startEventLoop(). Call stopEventLoop() before destruction. Handlers run on
@@ -22,7 +24,7 @@ namespace kaz::wifi {
 // Operations whose names end in Sync make blocking calls on the bus. Call them only from tasks on the loop thread. On
 // failure they return false, null or an empty value, and log it; they never throw. A call that cannot be made, because
 // there is no bus or the supplicant has no interface, is not logged: the cause was logged before.
-class Communicator {
+class Communicator : NonCopyable {
   public:
     static constexpr std::int16_t NoSignaldBm = kaz::wifi::NoSignaldBm;
 
@@ -67,7 +69,7 @@ class Communicator {
 
     // A handle on one network in the supplicant's configuration. Use it on the loop thread. It must not outlive its
     // communicator.
-    class ConfiguredNetwork {
+    class ConfiguredNetwork : NonCopyable {
       public:
         // Equal for two handles on the same network.
         virtual std::size_t id() = 0;
@@ -79,20 +81,10 @@ class Communicator {
         virtual bool setEnabledSync(bool enabled) = 0;
         virtual bool setPrioritySync(int priority) = 0;
         virtual ~ConfiguredNetwork() = default;
-
-        ConfiguredNetwork() = default;
-        ConfiguredNetwork(const ConfiguredNetwork&) = delete;
-        ConfiguredNetwork& operator=(const ConfiguredNetwork&) = delete;
-        ConfiguredNetwork(ConfiguredNetwork&&) = delete;
-        ConfiguredNetwork& operator=(ConfiguredNetwork&&) = delete;
     };
 
     Communicator();
     virtual ~Communicator();
-    Communicator(const Communicator&) = delete;
-    Communicator& operator=(const Communicator&) = delete;
-    Communicator(Communicator&&) = delete;
-    Communicator& operator=(Communicator&&) = delete;
 
     virtual void startEventLoop() = 0;
     virtual void stopEventLoop() = 0;

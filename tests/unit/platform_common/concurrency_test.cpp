@@ -1,3 +1,5 @@
+#include "base/file_descriptor.h"
+#include "base/non_copyable.h"
 #include "support/child_process/child_process.h"
 #include "support/waiting/waiting.h"
 #include "unit/platform_common/config_fixture.h"
@@ -24,24 +26,17 @@ namespace fs = std::filesystem;
 using Entries = std::map<std::string, std::string>;
 
 // Another writer's lock.
-class HeldLock {
+class HeldLock : NonCopyable {
   public:
     explicit HeldLock(const fs::path& path) : fd_(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
-        EXPECT_EQ(::flock(fd_, LOCK_EX | LOCK_NB), 0) << path;
+        EXPECT_EQ(::flock(fd_.get(), LOCK_EX | LOCK_NB), 0) << path;
     }
-    ~HeldLock() {
-        ::flock(fd_, LOCK_UN);
-        ::close(fd_);
-    }
-    HeldLock(const HeldLock&) = delete;
-    HeldLock& operator=(const HeldLock&) = delete;
-    HeldLock(HeldLock&&) = delete;
-    HeldLock& operator=(HeldLock&&) = delete;
+    ~HeldLock() { ::flock(fd_.get(), LOCK_UN); }
 
     // Whether somebody waits for it; the kernel lists waiters behind an arrow.
     bool isWaitedFor() const {
         struct stat status {};
-        ::fstat(fd_, &status);
+        ::fstat(fd_.get(), &status);
         const std::string locks = readFile("/proc/locks");
         const std::string inode = fmt::format(":{} ", status.st_ino);
         for (auto line = locks.find("->"); line != std::string::npos; line = locks.find("->", line + 1)) {
@@ -53,7 +48,7 @@ class HeldLock {
     }
 
   private:
-    int fd_;
+    FileDescriptor fd_;
 };
 
 class ConfigConcurrency : public ConfigFixture {};

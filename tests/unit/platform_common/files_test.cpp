@@ -1,4 +1,5 @@
 // Where the file is, and what it keeps when it is replaced.
+#include "base/non_copyable.h"
 #include "support/child_process/child_process.h"
 #include "unit/platform_common/config_fixture.h"
 
@@ -24,14 +25,10 @@ class ConfigFiles : public ConfigFixture {
 };
 
 // No umask at all, for as long as this object lives.
-class OpenUmask {
+class OpenUmask : NonCopyable {
   public:
     OpenUmask() = default;
     ~OpenUmask() { ::umask(former_); }
-    OpenUmask(const OpenUmask&) = delete;
-    OpenUmask& operator=(const OpenUmask&) = delete;
-    OpenUmask(OpenUmask&&) = delete;
-    OpenUmask& operator=(OpenUmask&&) = delete;
 
   private:
     mode_t former_ = ::umask(0);

@@ -1,4 +1,5 @@
 // Processes that write one file at once and are killed.
+#include "base/non_copyable.h"
 #include "support/child_process/child_process.h"
 #include "support/waiting/waiting.h"
 #include "unit/platform_common/config_fixture.h"
@@ -55,7 +56,7 @@ bool countOn(std::size_t writer, Progress& progress) {
 
 // Has temporary folders in memory, unless they were given another place: a killed process does not lose what it wrote,
 // and waiting for the disk would take nearly all of the time.
-class FoldersInMemory {
+class FoldersInMemory : NonCopyable {
   protected:
     FoldersInMemory() {
         constexpr const char* memory = "/dev/shm";
@@ -69,10 +70,6 @@ class FoldersInMemory {
             ::unsetenv("TMPDIR");
         }
     }
-    FoldersInMemory(const FoldersInMemory&) = delete;
-    FoldersInMemory& operator=(const FoldersInMemory&) = delete;
-    FoldersInMemory(FoldersInMemory&&) = delete;
-    FoldersInMemory& operator=(FoldersInMemory&&) = delete;
 
   private:
     bool isSet_ = false;

@@ -9,11 +9,13 @@
 #include <functional>
 #include <stdexcept>
 
+#include "base/non_copyable.h"
+
 namespace kaz::test {
 
 // A process that is stopped before and after each system call it makes. Killed at the end of scope at the latest. Fork
 // while there is one thread only.
-class SteppedProcess {
+class SteppedProcess : NonCopyable {
   public:
     explicit SteppedProcess(const std::function<bool()>& body) : pid_(::fork()) {
         if (pid_ == 0) {
@@ -32,10 +34,6 @@ class SteppedProcess {
             ::waitpid(pid_, nullptr, 0);
         }
     }
-    SteppedProcess(const SteppedProcess&) = delete;
-    SteppedProcess& operator=(const SteppedProcess&) = delete;
-    SteppedProcess(SteppedProcess&&) = delete;
-    SteppedProcess& operator=(SteppedProcess&&) = delete;
 
     // Lets it run to its next stop. False when it ended, which it must have done well.
     bool step() {

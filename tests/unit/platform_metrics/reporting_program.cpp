@@ -13,6 +13,8 @@
 #include <string>
 #include <thread>
 
+#include "base/non_copyable.h"
+
 namespace {
 
 using kaz::metrics_reporting::Gauge;
@@ -27,7 +29,7 @@ std::ptrdiff_t threadCount() {
 }
 
 // Created before main() and before the first gauge, and destroyed after almost everything else.
-class LastReporter {
+class LastReporter : kaz::NonCopyable {
   public:
     LastReporter() = default;
     ~LastReporter() {
@@ -35,10 +37,6 @@ class LastReporter {
             gauge("program.last")->set(3);
         }
     }
-    LastReporter(const LastReporter&) = delete;
-    LastReporter& operator=(const LastReporter&) = delete;
-    LastReporter(LastReporter&&) = delete;
-    LastReporter& operator=(LastReporter&&) = delete;
 
     void reportAtTheEnd() { reporting_ = true; }
 
