@@ -26,7 +26,7 @@ class Radio {
     std::optional<int> signalPollSync();
     std::set<std::string> eapMethodsSync();
 
-    std::optional<Communicator::BssProperties> bssSync(const dbus::OPath& path);
+    std::optional<Communicator::BssProperties> bssSync(const dbus::OPath& bss);
     // The access points at these paths, in the same order. It makes one call per access point. It leaves out those that
     // cannot be read, and after the limit of Patience the remaining ones.
     std::vector<Communicator::BssProperties> bssListSync(const std::vector<dbus::OPath>& paths);

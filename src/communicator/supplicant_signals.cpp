@@ -28,7 +28,7 @@ SupplicantSignals::SupplicantSignals(dbus::Bus& bus, const SupplicantInterface& 
                                      ConfiguredNetworks& networks, Radio& radio, Communicator& handlers)
     : bus_(bus), supplicant_(supplicant), networks_(networks), radio_(radio), handlers_(handlers) {}
 
-void SupplicantSignals::subscribe() {
+void SupplicantSignals::subscribe() const {
     subscribe(bus::supplicant::interfaceInterface, "ScanDone", &SupplicantSignals::onSignalScanDone);
     subscribe(bus::supplicant::interfaceInterface, "EAP", &SupplicantSignals::onSignalEap);
     subscribe(bus::supplicant::interfaceInterface, "NetworkSelected",
@@ -37,13 +37,13 @@ void SupplicantSignals::subscribe() {
               &SupplicantSignals::onSignalPropertiesChanged);
 }
 
-void SupplicantSignals::subscribe(const char* interface, const char* member, SignalHandler handler) {
+void SupplicantSignals::subscribe(const char* interface, const char* member, SignalHandler handler) const {
     bus_.subscribe(bus::supplicant::service, supplicant_.path(), interface, member,
                    dbus::Bus::Lifetime::temporary,
                    [this, handler](dbus::MessageDecoder& decoder) { (this->*handler)(decoder); });
 }
 
-void SupplicantSignals::readSync() {
+void SupplicantSignals::readSync() const {
     dbus::Reply reply =
         supplicant_.interfaceProperties().call("GetAll", std::string(bus::supplicant::interfaceInterface));
     if (!reply) {
@@ -57,7 +57,7 @@ void SupplicantSignals::readSync() {
     report(*properties);
 }
 
-void SupplicantSignals::onSignalScanDone(dbus::MessageDecoder& decoder) {
+void SupplicantSignals::onSignalScanDone(dbus::MessageDecoder& decoder) const {
     handlers_.scanningDoneHandler(dbus::read<bool>(decoder).value_or(false));
     log::debug("PropertiesChanged: Scanning=false (via ScanDone)");
     Report scanEnded;
@@ -65,7 +65,7 @@ void SupplicantSignals::onSignalScanDone(dbus::MessageDecoder& decoder) {
     handlers_.supplicantPropertiesHandler(std::move(scanEnded));
 }
 
-void SupplicantSignals::onSignalEap(dbus::MessageDecoder& decoder) {
+void SupplicantSignals::onSignalEap(dbus::MessageDecoder& decoder) const {
     const auto status = dbus::read<std::string>(decoder);
     const auto parameter = dbus::read<std::string>(decoder);
     if (status && parameter) {
@@ -73,7 +73,7 @@ void SupplicantSignals::onSignalEap(dbus::MessageDecoder& decoder) {
     }
 }
 
-void SupplicantSignals::onSignalNetworkSelected(dbus::MessageDecoder& decoder) {
+void SupplicantSignals::onSignalNetworkSelected(dbus::MessageDecoder& decoder) const {
     const auto network = dbus::read<dbus::OPath>(decoder);
     if (!network) {
         log::warn("Got NetworkSelected without object path");
@@ -86,7 +86,7 @@ void SupplicantSignals::onSignalNetworkSelected(dbus::MessageDecoder& decoder) {
     handlers_.networkSelectedHandler(ssid);
 }
 
-void SupplicantSignals::onSignalPropertiesChanged(dbus::MessageDecoder& decoder) {
+void SupplicantSignals::onSignalPropertiesChanged(dbus::MessageDecoder& decoder) const {
     const auto interface = dbus::read<std::string>(decoder);
     const auto properties = dbus::read<dbus::SupplicantInterfaceProperties>(decoder);
     if (!interface || !properties) {
@@ -101,7 +101,7 @@ void SupplicantSignals::onSignalPropertiesChanged(dbus::MessageDecoder& decoder)
     report(*properties);
 }
 
-void SupplicantSignals::report(const dbus::SupplicantInterfaceProperties& properties) {
+void SupplicantSignals::report(const dbus::SupplicantInterfaceProperties& properties) const {
     Report resolved;
     resolveBssList(properties, resolved);
     if (properties.scanning) {
@@ -123,7 +123,7 @@ void SupplicantSignals::report(const dbus::SupplicantInterfaceProperties& proper
     handlers_.supplicantPropertiesHandler(std::move(resolved));
 }
 
-void SupplicantSignals::resolveBssList(const dbus::SupplicantInterfaceProperties& from, Report& to) {
+void SupplicantSignals::resolveBssList(const dbus::SupplicantInterfaceProperties& from, Report& to) const {
     if (!from.bsss) {
         return;
     }
@@ -136,7 +136,8 @@ void SupplicantSignals::resolveBssList(const dbus::SupplicantInterfaceProperties
     log::debug("PropertiesChanged: BSSs={} values, decoded={}", from.bsss->size(), to.bssList.size());
 }
 
-void SupplicantSignals::resolveCurrentNetwork(const dbus::SupplicantInterfaceProperties& from, Report& to) {
+void SupplicantSignals::resolveCurrentNetwork(const dbus::SupplicantInterfaceProperties& from,
+                                              Report& to) const {
     if (!from.currentNetwork) {
         return;
     }
@@ -149,7 +150,7 @@ void SupplicantSignals::resolveCurrentNetwork(const dbus::SupplicantInterfacePro
     log::debug("PropertiesChanged: CurrentNetwork={}", from.currentNetwork->str());
 }
 
-void SupplicantSignals::resolveCurrentBss(const dbus::SupplicantInterfaceProperties& from, Report& to) {
+void SupplicantSignals::resolveCurrentBss(const dbus::SupplicantInterfaceProperties& from, Report& to) const {
     if (!from.currentBss) {
         return;
     }

@@ -19,24 +19,24 @@ class SupplicantSignals {
                       Radio& radio, Communicator& handlers);
 
     // Subscribes to the signals of the attached interface until the communicator detaches.
-    void subscribe();
+    void subscribe() const;
     // Reads and reports the current properties.
-    void readSync();
+    void readSync() const;
 
-    void onSignalScanDone(dbus::MessageDecoder& decoder);
-    void onSignalEap(dbus::MessageDecoder& decoder);
-    void onSignalNetworkSelected(dbus::MessageDecoder& decoder);
-    void onSignalPropertiesChanged(dbus::MessageDecoder& decoder);
+    void onSignalScanDone(dbus::MessageDecoder& decoder) const;
+    void onSignalEap(dbus::MessageDecoder& decoder) const;
+    void onSignalNetworkSelected(dbus::MessageDecoder& decoder) const;
+    void onSignalPropertiesChanged(dbus::MessageDecoder& decoder) const;
 
   private:
     using Report = Communicator::SupplicantInterfaceProperties;
-    using SignalHandler = void (SupplicantSignals::*)(dbus::MessageDecoder&);
+    using SignalHandler = void (SupplicantSignals::*)(dbus::MessageDecoder&) const;
 
-    void subscribe(const char* interface, const char* member, SignalHandler handler);
-    void report(const dbus::SupplicantInterfaceProperties& properties);
-    void resolveBssList(const dbus::SupplicantInterfaceProperties& from, Report& to);
-    void resolveCurrentNetwork(const dbus::SupplicantInterfaceProperties& from, Report& to);
-    void resolveCurrentBss(const dbus::SupplicantInterfaceProperties& from, Report& to);
+    void subscribe(const char* interface, const char* member, SignalHandler handler) const;
+    void report(const dbus::SupplicantInterfaceProperties& properties) const;
+    void resolveBssList(const dbus::SupplicantInterfaceProperties& from, Report& to) const;
+    void resolveCurrentNetwork(const dbus::SupplicantInterfaceProperties& from, Report& to) const;
+    void resolveCurrentBss(const dbus::SupplicantInterfaceProperties& from, Report& to) const;
 
     dbus::Bus& bus_;
     const SupplicantInterface& supplicant_;
