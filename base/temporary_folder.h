@@ -12,7 +12,7 @@ namespace kaz {
 class TemporaryFolder : NonCopyable {
   public:
     // The folder's name is `prefix` with random characters appended. Throws std::system_error.
-    explicit TemporaryFolder(const std::string& prefix);
+    explicit TemporaryFolder(const std::string& prefix = "kaz-");
     ~TemporaryFolder();
 
     const std::filesystem::path& path() const noexcept { return path_; }

@@ -1,5 +1,7 @@
 // Messages as they come from a socket, in either byte order. Bodies of any bytes: reading them fails or succeeds, the
 // same way each time, and texts are texts. Bodies laid out by hand: what they hold is read.
+#include "base/non_copyable.h"
+
 #include "base/sd_bus/handles.h"
 #include "dbus/records.h"
 #include "dbus/value_codec.h"
@@ -143,7 +145,7 @@ std::string signal(bool bigEndian, std::string_view signature, std::string_view 
 }
 
 // A connection whose far end is in our hands.
-class Line {
+class Line : NonCopyable {
   public:
     Line() {
         sd_bus* bus = nullptr;
@@ -155,10 +157,6 @@ class Line {
         send("DATA\r\nOK 0123456789abcdef0123456789abcdef\r\nERROR\r\n");
     }
     ~Line() { ::close(ends_[1]); }
-    Line(const Line&) = delete;
-    Line& operator=(const Line&) = delete;
-    Line(Line&&) = delete;
-    Line& operator=(Line&&) = delete;
 
     // Null when the bus does not take it for a message; it hangs up then.
     dbus::MessagePtr receive(const std::string& bytes) {

@@ -1,6 +1,6 @@
 // The library shares the process's one default logger with its host.
+#include "base/temporary_folder.h"
 #include "doubles/recording_log/recording_log.h"
-#include "support/temporary_folder/temporary_folder.h"
 
 #include <gtest/gtest.h>
 #include <spdlog/spdlog.h>
@@ -17,22 +17,22 @@ class HostLogger : public testing::Test {
         ::setenv("KAZ_CONFIG_FILE", (folder_ / "kaz.conf").c_str(), 1);
     }
 
-    test::TemporaryFolder folder_;
+    TemporaryFolder folder_;
     test::RecordingLog log_;
 };
 
-TEST_F(HostLogger, ReceivesTheRecordsOfTheLibrary) {
+TEST_F(HostLogger, TheHostsLoggerReceivesTheRecordsOfTheLibrary) {
     Manager manager;
     manager.setEnabled(true);
     EXPECT_TRUE(log_.waitForText(spdlog::level::info, "Turning wifi on"));
 }
 
-TEST_F(HostLogger, ReceivesTheRecordsOfThePlatformLibraries) {
+TEST_F(HostLogger, TheHostsLoggerReceivesTheRecordsOfThePlatformLibraries) {
     const Manager manager;
     EXPECT_TRUE(log_.waitForText(spdlog::level::err, "Cannot connect to the system bus"));
 }
 
-TEST_F(HostLogger, DecidesWhichLevelsAreLogged) {
+TEST_F(HostLogger, TheHostsLoggerDecidesWhichLevelsAreLogged) {
     spdlog::default_logger()->set_level(spdlog::level::off);
     {
         Manager manager;

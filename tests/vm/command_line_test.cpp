@@ -19,7 +19,7 @@ class CommandLine : public ::testing::Test {
     }
 };
 
-TEST_F(CommandLine, ScansConnectsAndForgets) {
+TEST_F(CommandLine, TheCommandLineScansConnectsAndForgets) {
     const std::string list = run("kazwifictl scan --json");
     EXPECT_TRUE(has(list, R"("ssid":"Kaz WPA2")")) << list;
     const std::string connected =
@@ -33,7 +33,7 @@ TEST_F(CommandLine, ScansConnectsAndForgets) {
     EXPECT_TRUE(savedNetworks().empty());
 }
 
-TEST_F(CommandLine, TellsThatAPasswordIsWrong) {
+TEST_F(CommandLine, TheCommandLineTellsThatAPasswordIsWrong) {
     const std::string output = run(
         "printf 'wrong-secret\\n' | kazwifictl connect 'Kaz WPA2' --security wpa2 --password-file - --json;"
         " test $? = 1");
@@ -41,7 +41,7 @@ TEST_F(CommandLine, TellsThatAPasswordIsWrong) {
     EXPECT_TRUE(savedNetworks().empty()) << "a network that refused is not kept";
 }
 
-TEST_F(CommandLine, SwitchesOffAndOn) {
+TEST_F(CommandLine, TheCommandLineSwitchesWifiOffAndOn) {
     run("kazwifictl off");
     EXPECT_FALSE(succeeds("systemctl is-active wpa_supplicant"));
     run("kazwifictl on");

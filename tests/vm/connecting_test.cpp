@@ -29,7 +29,7 @@ bool isListed(wifi::Manager& manager, const std::string& ssid) {
 
 class Connecting : public DeviceTest, public ::testing::WithParamInterface<KindOfNetwork> {};
 
-TEST_P(Connecting, GoesThroughItsStagesToAnAddressLeavesTheListAndIsSaved) {
+TEST_P(Connecting, AConnectionGoesThroughItsStagesToAnAddressLeavesTheListAndIsSaved) {
     const auto& [name, settings, addresses] = GetParam();
     const auto start = Clock::now();
     ASSERT_EQ(manager().connect(settings), wifi::ConnectResult::ok);

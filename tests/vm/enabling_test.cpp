@@ -22,7 +22,7 @@ class Enabling : public DeviceTest {
     }
 };
 
-TEST_F(Enabling, SwitchesTheUnitOffAndOnAndOffAgain) {
+TEST_F(Enabling, SwitchingOffOnAndOffAgainStopsAndStartsTheUnit) {
     for (const bool on : {false, true, false}) {
         SCOPED_TRACE(on ? "on" : "off");
         const int before = device().enabledChanges();

@@ -31,7 +31,7 @@ class Failing : public DeviceTest, public ::testing::WithParamInterface<Refusal>
     static void knowAnotherNetwork() { run("/opt/guest/device save '\"Kaz Saved\"' ''"); }
 };
 
-TEST_P(Failing, EndsDisconnectedByTheSystemWithTheOtherNetworksEnabledAndSaved) {
+TEST_P(Failing, AFailedAttemptEndsDisconnectedByTheSystemWithTheOtherNetworksEnabledAndSaved) {
     const wifi::ConnectionSettings& settings = GetParam().settings;
     knowAnotherNetwork();
     const auto start = Clock::now();

@@ -10,7 +10,7 @@ namespace {
 
 using Forgetting = DeviceTest;
 
-TEST_F(Forgetting, TheNetworkInUseIsLeftAndRemoved) {
+TEST_F(Forgetting, AForgottenNetworkInUseIsLeftAndRemoved) {
     ASSERT_TRUE(device().connects(wpa2Network));
     manager().forgetNetwork(wpa2Network.ssid);
     ASSERT_TRUE(device().reaches(Status::disconnected));
@@ -19,7 +19,7 @@ TEST_F(Forgetting, TheNetworkInUseIsLeftAndRemoved) {
     EXPECT_EQ(manager().connectionInfo().status, Status::disconnected);
 }
 
-TEST_F(Forgetting, ASavedNetworkIsRemovedWhileAnotherStaysInUse) {
+TEST_F(Forgetting, AForgottenNetworkIsRemovedWhileAnotherStaysInUse) {
     ASSERT_TRUE(device().connects(wpa2Network));
     ASSERT_TRUE(device().connects(openNetwork));
     ASSERT_TRUE(device().eventually([] { return savedNetworks().size() == 2; }));
@@ -30,7 +30,7 @@ TEST_F(Forgetting, ASavedNetworkIsRemovedWhileAnotherStaysInUse) {
     EXPECT_FALSE(device().history().size() > 1) << "the connection was disturbed";
 }
 
-TEST_F(Forgetting, ANetworkWithTwoConfigurationsLosesBoth) {
+TEST_F(Forgetting, AForgottenNetworkWithTwoConfigurationsLosesBoth) {
     for (int i = 0; i < 2; ++i) {
         run("/opt/guest/device save '\"Kaz WPA2\"' wpa-two-secret");
     }

@@ -26,7 +26,7 @@ class LeastRights : public ::testing::Test {
     }
 };
 
-TEST_F(LeastRights, AreEnoughForEverything) {
+TEST_F(LeastRights, LeastRightsAreEnoughForEverything) {
     EXPECT_TRUE(asUnit("scan"));
     EXPECT_TRUE(asUnit("connect \"Kaz Open\" --security open"));
     EXPECT_TRUE(savedNetwork("Kaz Open"));
@@ -39,7 +39,7 @@ TEST_F(LeastRights, AreEnoughForEverything) {
     EXPECT_TRUE(succeeds("systemctl is-active wpa_supplicant"));
 }
 
-TEST_F(LeastRights, AreFew) {
+TEST_F(LeastRights, LeastRightsAreFew) {
     ASSERT_TRUE(asUnit("status"));
     // From 0 (no exposure) to 10.
     const std::string verdict = run("systemd-analyze security --no-pager wifi-panel | tail -n 1");

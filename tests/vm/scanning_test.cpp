@@ -46,11 +46,11 @@ std::vector<WifiNetwork> scanned(Device& device) {
 
 using Scanning = DeviceTest;
 
-TEST_F(Scanning, ListsAllNetworksInRangeStrongestFirst) {
+TEST_F(Scanning, TheListHasAllNetworksInRangeStrongestFirst) {
     EXPECT_EQ(scanned(device()), around);
 }
 
-TEST_F(Scanning, TellsWhenAScanBeginsAndEnds) {
+TEST_F(Scanning, AScanTellsWhenItBeginsAndEnds) {
     ASSERT_TRUE(device().eventually([&] { return !manager().isScanning(); }));
     const int before = device().scanningChanges();
     manager().scan();
@@ -93,7 +93,7 @@ class ScannedNetwork : public DeviceTest, public ::testing::WithParamInterface<L
     inline static std::vector<WifiNetwork> list_;
 };
 
-TEST_P(ScannedNetwork, HasOneEntryWithItsSecurityAndStrength) {
+TEST_P(ScannedNetwork, AScannedNetworkHasOneEntryWithItsSecurityAndStrength) {
     std::vector<WifiNetwork> found;
     std::copy_if(list().begin(), list().end(), std::back_inserter(found),
                  [](const WifiNetwork& network) { return network.ssid == GetParam().ssid; });

@@ -7,7 +7,7 @@ namespace {
 
 using Signal = DeviceTest;
 
-TEST_F(Signal, FollowsThePowerOfTheRadioWithinThePollingPeriod) {
+TEST_F(Signal, TheSignalFollowsThePowerOfTheRadioWithinThePollingPeriod) {
     AccessPoint accessPoint("wpa2");
     ASSERT_TRUE(device().connects(wpa2Network));
     ASSERT_EQ(manager().connectionInfo().signal, -33);

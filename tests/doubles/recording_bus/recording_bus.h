@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include "support/call_log/call_log.h"
 
 #include <memory>
@@ -17,15 +19,11 @@ class BusThread;
 //   unmatch the.interface.Member of com.example.Service /path
 //
 // Calls of the bus itself other than for match rules on signals of others are left out.
-class RecordingBus {
+class RecordingBus : NonCopyable {
   public:
     // Listens on return.
     RecordingBus(const std::string& address, CallLog& log);
     ~RecordingBus();
-    RecordingBus(const RecordingBus&) = delete;
-    RecordingBus& operator=(const RecordingBus&) = delete;
-    RecordingBus(RecordingBus&&) = delete;
-    RecordingBus& operator=(RecordingBus&&) = delete;
 
   private:
     std::unique_ptr<BusThread> connection_;

@@ -1,5 +1,7 @@
 #include "doubles/recording_log/recording_log.h"
 
+#include "support/waiting/waiting.h"
+
 #include <spdlog/logger.h>
 #include <spdlog/sinks/sink.h>
 #include <spdlog/spdlog.h>
@@ -39,9 +41,9 @@ class RecordingLog::Sink final : public spdlog::sinks::sink {
         return records_;
     }
 
-    bool waitFor(const std::function<bool(const Records&)>& predicate, std::chrono::milliseconds limit) {
+    bool waitFor(const std::function<bool(const Records&)>& predicate) {
         std::unique_lock lock(mutex_);
-        return changed_.wait_for(lock, limit, [&] { return predicate(records_); });
+        return changed_.wait_for(lock, timeLimit, [&] { return predicate(records_); });
     }
 
     void clear() {
@@ -92,20 +94,16 @@ bool RecordingLog::contains(std::string_view part) const {
     return std::any_of(all.begin(), all.end(), [&](const LogRecord& record) { return has(record, part); });
 }
 
-bool RecordingLog::waitFor(const std::function<bool(const Records&)>& predicate,
-                           std::chrono::milliseconds limit) const {
-    return sink_->waitFor(predicate, limit);
+bool RecordingLog::waitFor(const std::function<bool(const Records&)>& predicate) const {
+    return sink_->waitFor(predicate);
 }
 
-bool RecordingLog::waitForText(spdlog::level::level_enum level, std::string_view part,
-                               std::chrono::milliseconds limit) const {
-    return waitFor(
-        [&](const Records& records) {
-            return std::any_of(records.begin(), records.end(), [&](const LogRecord& record) {
-                return record.level == level && has(record, part);
-            });
-        },
-        limit);
+bool RecordingLog::waitForText(spdlog::level::level_enum level, std::string_view part) const {
+    return waitFor([&](const Records& records) {
+        return std::any_of(records.begin(), records.end(), [&](const LogRecord& record) {
+            return record.level == level && has(record, part);
+        });
+    });
 }
 
 void RecordingLog::clear() {

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include <spdlog/common.h>
 
-#include <chrono>
 #include <functional>
 #include <iosfwd>
 #include <memory>
@@ -29,17 +30,12 @@ std::ostream& operator<<(std::ostream& out, const LogRecord& record);
 // The process's default logger for as long as this object lives; afterwards the former one is back. Keeps
 // every record of every level, in order. Any thread may log and ask, but create and destroy it while no other
 // thread logs.
-class RecordingLog {
+class RecordingLog : NonCopyable {
   public:
     using Records = std::vector<LogRecord>;
-    static constexpr std::chrono::seconds generousLimit{30};
 
     RecordingLog();
     ~RecordingLog();
-    RecordingLog(const RecordingLog&) = delete;
-    RecordingLog& operator=(const RecordingLog&) = delete;
-    RecordingLog(RecordingLog&&) = delete;
-    RecordingLog& operator=(RecordingLog&&) = delete;
 
     Records records() const;
     std::vector<std::string> texts() const;
@@ -48,13 +44,11 @@ class RecordingLog {
     // Whether any record has `part` in its text.
     bool contains(std::string_view part) const;
 
-    // Blocks until the predicate holds for the records so far. False when it does not within the limit.
-    bool waitFor(const std::function<bool(const Records&)>& predicate,
-                 std::chrono::milliseconds limit = generousLimit) const;
+    // Blocks until the predicate holds for the records so far. False when it does not within the time limit.
+    bool waitFor(const std::function<bool(const Records&)>& predicate) const;
 
     // Blocks until there is a record of this level with `part` in its text. False when none comes in time.
-    bool waitForText(spdlog::level::level_enum level, std::string_view part,
-                     std::chrono::milliseconds limit = generousLimit) const;
+    bool waitForText(spdlog::level::level_enum level, std::string_view part) const;
 
     void clear();
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include "base/sd_bus/handles.h"
 
 #include <systemd/sd-bus.h>
@@ -10,14 +12,10 @@ namespace kaz::test {
 
 // A bus connection with nobody at the other end: good for making messages, not for sending them. What cannot
 // be made throws std::runtime_error. To be used by one thread.
-class StubBus {
+class StubBus : NonCopyable {
   public:
     StubBus();
     ~StubBus();
-    StubBus(const StubBus&) = delete;
-    StubBus& operator=(const StubBus&) = delete;
-    StubBus(StubBus&&) = delete;
-    StubBus& operator=(StubBus&&) = delete;
 
     sd_bus* get() const noexcept { return bus_.get(); }
 

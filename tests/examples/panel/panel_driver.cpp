@@ -1,4 +1,4 @@
-#include "panel_driver.h"
+#include "examples/panel/panel_driver.h"
 
 #include <stdlib.h>
 
@@ -10,7 +10,8 @@
 #include <chrono>
 #include <stdexcept>
 
-#include "neighbourhood_json.h"
+#include "simulator/world/neighbourhood_json.h"
+#include "support/waiting/waiting.h"
 
 Q_IMPORT_QML_PLUGIN(PanelPlugin)
 
@@ -58,8 +59,8 @@ QQuickItem* find(QQuickItem* from, const QString& name) {
 
 }  // namespace
 
-bool eventually(const std::function<bool()>& condition) {
-    return QTest::qWaitFor(condition, std::chrono::milliseconds(std::chrono::seconds(30)).count());
+bool soon(const std::function<bool()>& condition) {
+    return QTest::qWaitFor(condition, std::chrono::milliseconds(timeLimit).count());
 }
 
 PanelTest::PanelTest() {
@@ -170,15 +171,14 @@ void PanelTest::dragDown(const QString& name, int distance) {
 }
 
 void PanelTest::click(const QString& name) {
-    ASSERT_TRUE(eventually([&] { return shows(name); })) << name.toStdString() << " does not show";
+    ASSERT_TRUE(soon([&] { return shows(name); })) << name.toStdString() << " does not show";
     const QQuickItem* target = item(name);
     const QPointF middle = target->mapToScene({target->width() / 2, target->height() / 2});
     QTest::mouseClick(window_, Qt::LeftButton, {}, middle.toPoint());
 }
 
 void PanelTest::choose(const QString& network) {
-    ASSERT_TRUE(eventually([&] { return list().contains(network); }))
-        << network.toStdString() << " is not listed";
+    ASSERT_TRUE(soon([&] { return list().contains(network); })) << network.toStdString() << " is not listed";
     constexpr int contain = 4;  // ListView.Contain
     QMetaObject::invokeMethod(item("list"), "positionViewAtIndex",
                               Q_ARG(int, static_cast<int>(list().indexOf(network))), Q_ARG(int, contain));
@@ -197,13 +197,13 @@ void PanelTest::type(const QString& text) {
 
 void PanelTest::join(const QString& network, const QString& password) {
     choose(network);
-    ASSERT_TRUE(eventually([&] { return isFocused("passwordField"); }));
+    ASSERT_TRUE(soon([&] { return isFocused("passwordField"); }));
     type(password);
     key(Qt::Key_Return);
 }
 
 bool PanelTest::becomes(const QString& network, const QString& detail) {
-    return eventually([&] { return detailOf(network) == detail; });
+    return soon([&] { return detailOf(network) == detail; });
 }
 
 void PanelTest::keepPicture(const QString& name) {

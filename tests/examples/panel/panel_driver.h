@@ -16,9 +16,9 @@
 #include <memory>
 #include <ostream>
 
-#include "private_bus.h"
-#include "simulated_device.h"
-#include "temporary_folder.h"
+#include "base/temporary_folder.h"
+#include "simulator/device/simulated_device.h"
+#include "simulator/private_bus/private_bus.h"
 
 // How GoogleTest shows Qt's values.
 inline void PrintTo(const QSize& size, std::ostream* out) {
@@ -33,8 +33,8 @@ inline void PrintTo(const QString& text, std::ostream* out) {
 
 namespace kaz::test {
 
-// Lets the panel live until the condition holds. False when a generous limit passes first.
-bool eventually(const std::function<bool()>& condition);
+// Lets the panel live until the condition holds. False when the time limit passes first.
+bool soon(const std::function<bool()>& condition);
 
 class PanelTest : public ::testing::Test {
   protected:

@@ -2,7 +2,7 @@
 #include <QGuiApplication>
 #include <QPalette>
 
-#include "panel_driver.h"
+#include "examples/panel/panel_driver.h"
 
 namespace kaz::test {
 namespace {
@@ -14,12 +14,12 @@ class Panel : public PanelTest {
   protected:
     void startAndLookAround(const QString& theme = "light", QSize size = {480, 800}) {
         start(home(), theme, size);
-        ASSERT_TRUE(eventually([this] { return list() == allAround && !panel().isScanning(); }))
+        ASSERT_TRUE(soon([this] { return list() == allAround && !panel().isScanning(); }))
             << list().join(", ").toStdString();
-        ASSERT_TRUE(eventually([this] { return shows("row:Home"); }));
+        ASSERT_TRUE(soon([this] { return shows("row:Home"); }));
     }
     bool problemIs(const QString& words) {
-        return eventually([&] { return textOf("problem") == words; });
+        return soon([&] { return textOf("problem") == words; });
     }
     bool isDark() { return window().property("color").value<QColor>().lightnessF() < 0.5; }
     bool isEnabled(const QString& name) const { return item(name) != nullptr && item(name)->isEnabled(); }
@@ -43,14 +43,14 @@ TEST_F(Panel, RefreshBringsANetworkThatAppearedSince) {
     newcomer.signal = -50;
     device().addAccessPoint(newcomer);
     click("scanButton");
-    EXPECT_TRUE(eventually([this] { return list().contains("Newcomer"); }));
+    EXPECT_TRUE(soon([this] { return list().contains("Newcomer"); }));
     EXPECT_EQ(list().indexOf("Newcomer"), 1);
 }
 
 TEST_F(Panel, JoinsAnOpenNetworkAfterOneQuestion) {
     startAndLookAround();
     choose("Cafe Mirror");
-    ASSERT_TRUE(eventually([this] { return isFocused("acceptButton"); }));
+    ASSERT_TRUE(soon([this] { return isFocused("acceptButton"); }));
     EXPECT_EQ(textOf("acceptButton"), "Join");
     click("acceptButton");
     EXPECT_TRUE(becomes("Cafe Mirror", "Connected"));
@@ -60,7 +60,7 @@ TEST_F(Panel, JoinsAnOpenNetworkAfterOneQuestion) {
 TEST_F(Panel, ChecksThePasswordWhileItIsTypedAndJoins) {
     startAndLookAround();
     choose("Home");
-    ASSERT_TRUE(eventually([this] { return isFocused("passwordField"); }));
+    ASSERT_TRUE(soon([this] { return isFocused("passwordField"); }));
     EXPECT_EQ(textOf("passwordFieldSupport"), "8 to 63 characters");
     EXPECT_FALSE(isEnabled("acceptButton"));
     type("correct");
@@ -80,7 +80,7 @@ TEST_F(Panel, ChecksThePasswordWhileItIsTypedAndJoins) {
 TEST_F(Panel, ShowsThePasswordOnlyWhenAsked) {
     startAndLookAround();
     choose("Home");
-    ASSERT_TRUE(eventually([this] { return isFocused("passwordField"); }));
+    ASSERT_TRUE(soon([this] { return isFocused("passwordField"); }));
     type("correct horse");
     EXPECT_NE(textOf("passwordField", "displayText"), "correct horse");
     click("passwordFieldReveal");
@@ -97,7 +97,7 @@ TEST_F(Panel, SaysThatThePasswordIsProbablyWrongAndLetsItBeTypedAgain) {
         << "the network is saved: " << detailOf("Björk & Søn").toStdString();
     keepPicture("wrong-password");
     click("retryButton");
-    ASSERT_TRUE(eventually([this] { return isFocused("passwordField"); }));
+    ASSERT_TRUE(soon([this] { return isFocused("passwordField"); }));
     EXPECT_TRUE(textOf("passwordField").isEmpty());
     type("smorgasbord");
     key(Qt::Key_Return);
@@ -109,7 +109,7 @@ TEST_F(Panel, ShowsTheStagesOfJoining) {
     auto slow = home();
     slow.times.dhcp = std::chrono::hours(1);
     start(slow);
-    ASSERT_TRUE(eventually([this] { return shows("row:Home"); }));
+    ASSERT_TRUE(soon([this] { return shows("row:Home"); }));
     join("Home", "correct horse");
     EXPECT_TRUE(becomes("Home", "Getting an address…"));
     keepPicture("joining");
@@ -120,7 +120,7 @@ TEST_F(Panel, ShowsTheStagesOfJoining) {
 TEST_F(Panel, SaysThatANetworkDoesNotAnswer) {
     startAndLookAround();
     click("hiddenButton");
-    ASSERT_TRUE(eventually([this] { return isFocused("ssidField"); }));
+    ASSERT_TRUE(soon([this] { return isFocused("ssidField"); }));
     type("Nobody");
     click("passwordField");
     type("whatever it is");
@@ -134,7 +134,7 @@ TEST_F(Panel, SaysThatTheConnectionWasLost) {
     quick.times.beaconLoss = std::chrono::milliseconds(50);
     quick.times.reconnect = std::chrono::hours(1);
     start(quick);
-    ASSERT_TRUE(eventually([this] { return shows("row:Home"); }));
+    ASSERT_TRUE(soon([this] { return shows("row:Home"); }));
     join("Home", "correct horse");
     ASSERT_TRUE(becomes("Home", "Connected"));
     device().dropLink();
@@ -146,7 +146,7 @@ TEST_F(Panel, SaysThatTheConnectionWasLost) {
 TEST_F(Panel, JoinsAHiddenNetworkByNameAndSecurity) {
     startAndLookAround();
     click("hiddenButton");
-    ASSERT_TRUE(eventually([this] { return isFocused("ssidField"); }));
+    ASSERT_TRUE(soon([this] { return isFocused("ssidField"); }));
     EXPECT_FALSE(isEnabled("acceptButton"));
     type("Speakeasy");
     EXPECT_FALSE(isEnabled("acceptButton"));
@@ -161,7 +161,7 @@ TEST_F(Panel, JoinsAHiddenNetworkByNameAndSecurity) {
 TEST_F(Panel, JoinsAnEnterpriseNetworkWithIdentityAndMethods) {
     startAndLookAround("light", {800, 480});
     choose("Campus");
-    ASSERT_TRUE(eventually([this] { return isFocused("identityField"); }));
+    ASSERT_TRUE(soon([this] { return isFocused("identityField"); }));
     EXPECT_FALSE(isEnabled("acceptButton"));
     type("ada");
     click("passwordField");
@@ -169,7 +169,7 @@ TEST_F(Panel, JoinsAnEnterpriseNetworkWithIdentityAndMethods) {
     EXPECT_TRUE(isEnabled("acceptButton"));
     EXPECT_EQ(textOf("methodBox", "displayText"), "Automatic");
     click("methodBox");
-    ASSERT_TRUE(eventually([this] {
+    ASSERT_TRUE(soon([this] {
         return item("methodBox")->property("popup").value<QObject*>()->property("opened").toBool();
     }));
     key(Qt::Key_Down);
@@ -198,7 +198,7 @@ TEST_F(Panel, ForgetsANetworkAfterAQuestion) {
     ASSERT_TRUE(becomes("Home", "Connected"));
     choose("Home");
     click("forgetButton");
-    ASSERT_TRUE(eventually([this] { return textOf("acceptButton") == "Forget"; }));
+    ASSERT_TRUE(soon([this] { return textOf("acceptButton") == "Forget"; }));
     keepPicture("forget");
     click("acceptButton");
     EXPECT_TRUE(becomes("Home", "WPA2"));
@@ -213,7 +213,7 @@ TEST_F(Panel, LeavesANetworkAndJoinsItAgainWithoutItsPassword) {
     click("acceptButton");
     ASSERT_TRUE(becomes("Home", "WPA2 · Saved"));
     choose("Home");
-    ASSERT_TRUE(eventually([this] { return textOf("acceptButton") == "Join"; }));
+    ASSERT_TRUE(soon([this] { return textOf("acceptButton") == "Join"; }));
     click("acceptButton");
     EXPECT_TRUE(becomes("Home", "Connected"));
 }
@@ -221,32 +221,32 @@ TEST_F(Panel, LeavesANetworkAndJoinsItAgainWithoutItsPassword) {
 TEST_F(Panel, SwitchesOffAndOn) {
     startAndLookAround();
     click("onSwitch");
-    EXPECT_TRUE(eventually([this] { return textOf("placeholder") == "Wi-Fi is off"; }));
-    EXPECT_TRUE(eventually([this] { return device().unitState().starts_with("inactive"); }));
+    EXPECT_TRUE(soon([this] { return textOf("placeholder") == "Wi-Fi is off"; }));
+    EXPECT_TRUE(soon([this] { return device().unitState().starts_with("inactive"); }));
     keepPicture("off");
     click("onSwitch");
-    EXPECT_TRUE(eventually([this] { return list() == allAround; }));
+    EXPECT_TRUE(soon([this] { return list() == allAround; }));
     EXPECT_FALSE(shows("placeholder"));
 }
 
 TEST_F(Panel, SaysThatWifiDoesNotStartAndTriesAgain) {
     startAndLookAround();
     click("onSwitch");
-    ASSERT_TRUE(eventually([this] { return device().unitState().starts_with("inactive"); }));
+    ASSERT_TRUE(soon([this] { return device().unitState().starts_with("inactive"); }));
     sim::Fault refusal;
     refusal.member = "StartUnit";
     refusal.nth = 1;
     const auto refused = device().orderFault(refusal);
     click("onSwitch");
-    ASSERT_TRUE(eventually([&] { return device().timesFired(refused) == 1; }));
+    ASSERT_TRUE(soon([&] { return device().timesFired(refused) == 1; }));
     EXPECT_EQ(textOf("placeholder"), "Wi-Fi is starting");
     EXPECT_FALSE(shows("startButton"));
     window().findChild<QObject*>("patience")->setProperty("interval", 1);
-    EXPECT_TRUE(eventually([this] { return textOf("placeholder") == "Wi-Fi does not start"; }));
+    EXPECT_TRUE(soon([this] { return textOf("placeholder") == "Wi-Fi does not start"; }));
     EXPECT_EQ(clippedTexts(), QStringList());
     keepPicture("does-not-start");
     click("startButton");
-    EXPECT_TRUE(eventually([this] { return list() == allAround; }));
+    EXPECT_TRUE(soon([this] { return list() == allAround; }));
     EXPECT_FALSE(shows("placeholder"));
 }
 
@@ -259,10 +259,10 @@ TEST_F(Panel, IsUsedByTheKeyboardAlone) {
     EXPECT_TRUE(isFocused("list"));
     key(Qt::Key_Down);
     key(Qt::Key_Return);
-    ASSERT_TRUE(eventually([this] { return isFocused("passwordField"); }));
+    ASSERT_TRUE(soon([this] { return isFocused("passwordField"); }));
     EXPECT_EQ(panel().form()->name(), "Björk & Søn");
     key(Qt::Key_Escape);
-    EXPECT_TRUE(eventually([this] { return isFocused("list") && !shows("passwordField"); }));
+    EXPECT_TRUE(soon([this] { return isFocused("list") && !shows("passwordField"); }));
     key(Qt::Key_Tab);
     EXPECT_TRUE(isFocused("hiddenButton"));
 }
@@ -270,7 +270,7 @@ TEST_F(Panel, IsUsedByTheKeyboardAlone) {
 TEST_F(Panel, OffersTargetsThatAFingerCanHit) {
     startAndLookAround();
     choose("Home");
-    ASSERT_TRUE(eventually([this] { return isFocused("passwordField"); }));
+    ASSERT_TRUE(soon([this] { return isFocused("passwordField"); }));
     for (const char* name : {"onSwitch", "themeButton", "scanButton", "row:Home", "hiddenButton",
                              "passwordField", "passwordFieldReveal", "cancelButton", "acceptButton"}) {
         ASSERT_TRUE(shows(name)) << name;
@@ -284,7 +284,7 @@ TEST_F(Panel, ElidesALongNameAndKeepsInsideTheWindow) {
     around.accessPoints[0].ssid = "WWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWW";
     start(around, "light", {360, 480});
     const QString row = "row:WWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWW";
-    ASSERT_TRUE(eventually([&] { return shows(row); }));
+    ASSERT_TRUE(soon([&] { return shows(row); }));
     EXPECT_LE(item(row)->mapToScene({item(row)->width(), 0}).x(), 360);
     EXPECT_EQ(textOf("name", "truncated"), "true");
 }
@@ -294,7 +294,7 @@ TEST_F(Panel, LooksAroundWhenItOpensAndWhenTheListIsPulledDown) {
     EXPECT_GE(scans(), 1);
     const int before = scans();
     dragDown("list", 300);
-    EXPECT_TRUE(eventually([&] { return scans() > before; }));
+    EXPECT_TRUE(soon([&] { return scans() > before; }));
 }
 
 TEST_F(Panel, HearsOfNothingOnceItHasEnded) {
@@ -304,7 +304,7 @@ TEST_F(Panel, HearsOfNothingOnceItHasEnded) {
         int changes = 0;
         QObject::connect(other.get(), &WifiPanel::changed, [&changes] { ++changes; });
         device().storm(50);
-        EXPECT_TRUE(eventually([&] { return changes > 0; }));
+        EXPECT_TRUE(soon([&] { return changes > 0; }));
         device().storm(50);
         other.reset();
         const int heard = changes;
@@ -320,7 +320,7 @@ TEST_F(Panel, FollowsTheColoursOfTheSystem) {
         palette.setColor(QPalette::Window, ground);
         QGuiApplication::setPalette(palette);
         start(home(), "system");
-        EXPECT_TRUE(eventually([&] { return isDark() == (ground == QColor(Qt::black)); }))
+        EXPECT_TRUE(soon([&] { return isDark() == (ground == QColor(Qt::black)); }))
             << ground.name().toStdString();
         stop();
     }
@@ -333,11 +333,11 @@ TEST_P(PanelOfSize, ClipsNoText) {
     startAndLookAround("light", GetParam());
     EXPECT_EQ(clippedTexts(), QStringList());
     choose("Campus");
-    ASSERT_TRUE(eventually([this] { return isFocused("identityField"); }));
+    ASSERT_TRUE(soon([this] { return isFocused("identityField"); }));
     EXPECT_EQ(clippedTexts(), QStringList());
     key(Qt::Key_Escape);
     join("Home", "not that horse");
-    ASSERT_TRUE(eventually([this] { return shows("problem"); }));
+    ASSERT_TRUE(soon([this] { return shows("problem"); }));
     EXPECT_EQ(clippedTexts(), QStringList());
 }
 

@@ -1,6 +1,7 @@
 // Managers that end at any moment.
 #include "integration/endurance/resources.h"
 #include "support/device_fixture/device_fixture.h"
+#include "support/waiting/waiting.h"
 
 #include <algorithm>
 #include <chrono>
@@ -42,7 +43,7 @@ class Destruction : public DeviceFixture {
                 }
                 return calls.size() >= count;
             },
-            WifiUser::generousLimit));
+            timeLimit));
         return notYet + delay;
     }
 
@@ -54,7 +55,7 @@ class Destruction : public DeviceFixture {
 
 // The start makes eight calls, one more for each network known, and what was asked for follows; each round ends while
 // another of these calls is not answered.
-TEST_F(Destruction, OfAThousandManagersWithCallsInFlight) {
+TEST_F(Destruction, AThousandManagersAreDestroyedDuringACall) {
     constexpr int rounds = 1000;
     constexpr unsigned calls = 24;
     start();
@@ -113,7 +114,7 @@ class DestructionDuringAConnect : public Destruction {
     std::size_t callsOfAConnect() {
         device().forgetCalls();
         beginToJoinHome();
-        EXPECT_TRUE(device().waitForCalls(saves, WifiUser::generousLimit));
+        EXPECT_TRUE(device().waitForCalls(saves, timeLimit));
         EXPECT_TRUE(user().waitForStatus(Status::connected, "Home"));
         const std::size_t made = device().calls().size();
         forgetHome();
@@ -152,7 +153,7 @@ class DestructionDuringAConnect : public Destruction {
     void expectNothingLost() {
         device().forgetCalls();
         manager().forgetNetwork("Old");
-        ASSERT_TRUE(device().waitForCalls(saves, WifiUser::generousLimit));
+        ASSERT_TRUE(device().waitForCalls(saves, timeLimit));
         const std::string saved = savedConfiguration();
         EXPECT_NE(saved.find("ssid=\"Cafe\""), std::string::npos) << saved;
         EXPECT_EQ(saved.find("disabled=1"), std::string::npos) << saved;
@@ -162,7 +163,7 @@ class DestructionDuringAConnect : public Destruction {
     wifi::ConnectionInfo left_;
 };
 
-TEST_F(DestructionDuringAConnect, LosesNothingAtAnyStage) {
+TEST_F(DestructionDuringAConnect, AManagerDestroyedAtAnyStageOfAConnectLosesNothing) {
     const std::size_t stages = callsOfAConnect();
     ASSERT_GT(stages, 15U);
     for (std::size_t stage = 0; stage <= stages && !HasFatalFailure(); ++stage) {
@@ -170,8 +171,7 @@ TEST_F(DestructionDuringAConnect, LosesNothingAtAnyStage) {
         // Not every connect asks for the access points equally often.
         leaveWhen([&] {
             return device().waitForCalls(
-                [stage](const auto& calls) { return calls.size() >= stage || saves(calls); },
-                WifiUser::generousLimit);
+                [stage](const auto& calls) { return calls.size() >= stage || saves(calls); }, timeLimit);
         });
     }
 }
@@ -201,21 +201,21 @@ class DestructionBetweenCalls : public DestructionDuringAConnect {
     }
 };
 
-TEST_F(DestructionBetweenCalls, LosesNothingInAnyStatus) {
+TEST_F(DestructionBetweenCalls, AManagerDestroyedInAnyStatusLosesNothing) {
     for (const Status status : {Status::connectingWifi, Status::connectingIP, Status::connected}) {
         SCOPED_TRACE(static_cast<int>(status));
         leaveIn(status, [&] { return user().waitToPass(status, "Home"); });
     }
 }
 
-TEST_F(DestructionBetweenCalls, LosesNothingWhileTheLinkIsSetUp) {
+TEST_F(DestructionBetweenCalls, AManagerDestroyedDuringLinkSetUpLosesNothing) {
     for (const char* state : {"associating", "associated", "4way_handshake"}) {
         SCOPED_TRACE(state);
         leaveIn(Status::connectingWifi, [&] { return waitForSupplicant(state); });
     }
 }
 
-TEST_F(DestructionBetweenCalls, LosesNothingAroundAnAttemptThatFails) {
+TEST_F(DestructionBetweenCalls, AManagerDestroyedAroundAFailingAttemptLosesNothing) {
     const char* wrong = "wrong password";
     leaveIn(
         Status::connectingWifi, [&] { return waitForSupplicant("4way_handshake"); }, wrong);

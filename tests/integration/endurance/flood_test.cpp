@@ -1,6 +1,7 @@
 // More requests than may wait, while the device takes its time to answer.
 #include "integration/endurance/resources.h"
 #include "support/device_fixture/device_fixture.h"
+#include "support/waiting/waiting.h"
 
 #include <algorithm>
 #include <chrono>
@@ -37,7 +38,7 @@ class Flood : public DeviceFixture {
                 return std::any_of(calls.begin(), calls.end(),
                                    [](const sim::Call& call) { return call.member == "Scan"; });
             },
-            WifiUser::generousLimit));
+            timeLimit));
         for (std::size_t i = 1; i < slowScans; ++i) {
             manager().scan();
         }
@@ -75,14 +76,12 @@ class Flood : public DeviceFixture {
     }
 
     bool waitUntilDealtWith(const std::string& name) const {
-        return log().waitFor(
-            [record = recordOf(name), seen = std::size_t{0}](const auto& records) mutable {
-                while (seen < records.size() && records[seen].text != record) {
-                    ++seen;
-                }
-                return seen < records.size();
-            },
-            WifiUser::generousLimit);
+        return log().waitFor([record = recordOf(name), seen = std::size_t{0}](const auto& records) mutable {
+            while (seen < records.size() && records[seen].text != record) {
+                ++seen;
+            }
+            return seen < records.size();
+        });
     }
 
     std::ptrdiff_t warnings() const {
@@ -92,7 +91,7 @@ class Flood : public DeviceFixture {
     }
 };
 
-TEST_F(Flood, OfRequestsIsDroppedWithOneWarningFromTheBoundOnAndTheNextRequestsWork) {
+TEST_F(Flood, RequestsBeyondTheBoundAreDroppedWithOneWarningAndTheNextOnesWork) {
     start();
     blockTheLoop();
     const std::vector<std::string> accepted = request(room);

@@ -85,13 +85,13 @@ class Growth : public DeviceFixture {
     }
 };
 
-TEST_F(Growth, IsNoneInAThousandRoundsOfAttachingAndDetaching) {
+TEST_F(Growth, AThousandRoundsOfAttachingAndDetachingLeakNothing) {
     start();
     attachAndDetach(500);
     expectNoGrowth([&] { attachAndDetach(1000); });
 }
 
-TEST_F(Growth, IsNoneInAHundredThousandSignals) {
+TEST_F(Growth, AHundredThousandSignalsLeakNothing) {
     start();
     storm(3);
     expectNoGrowth([&] { storm(10); });

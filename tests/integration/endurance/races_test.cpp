@@ -1,5 +1,6 @@
 // Everything at once. Above all for the thread sanitizer; KAZ_RACE_SECONDS says for how long.
 #include "support/device_fixture/device_fixture.h"
+#include "support/waiting/waiting.h"
 
 #include <algorithm>
 #include <array>
@@ -163,7 +164,7 @@ class Races : public DeviceFixture {
     void connectInPeace() {
         peace_ = true;
         const int before = volume_.connections;
-        const auto end = steady_clock::now() + WifiUser::generousLimit;
+        const auto end = steady_clock::now() + timeLimit;
         while (!connects() && steady_clock::now() < end) {
             setEnabled(false);
             waitUntil([this] { return device().unitState() == "inactive"; }, std::chrono::seconds(1));
@@ -196,7 +197,7 @@ class Races : public DeviceFixture {
             threads.emplace_back([this, seed] { use(seed); });
         }
         const auto end = steady_clock::now() + duration();
-        const auto limit = end + WifiUser::generousLimit;
+        const auto limit = end + timeLimit;
         while (!HasFailure() && steady_clock::now() < (isEnough() ? end : limit)) {
             disturb();
             connectInPeace();
@@ -218,7 +219,7 @@ class Races : public DeviceFixture {
     // Nothing may have been dropped.
     bool waitUntilAllIsDealtWith() {
         const auto isDealtWith = [this] { return volume_.dealtWith == volume_.requested; };
-        waitUntil(isDealtWith, WifiUser::generousLimit);
+        waitUntil(isDealtWith, timeLimit);
         return isDealtWith();
     }
 
@@ -259,14 +260,12 @@ class Races : public DeviceFixture {
                 return true;
             },
             milliseconds(0)));
-        static_cast<void>(log().waitFor(
-            [this](const auto& records) {
-                for (; seenRecords_ < records.size(); ++seenRecords_) {
-                    volume_.dealtWith += isOfARequest(records[seenRecords_]) ? 1 : 0;
-                }
-                return true;
-            },
-            milliseconds(0)));
+        static_cast<void>(log().waitFor([this](const auto& records) {
+            for (; seenRecords_ < records.size(); ++seenRecords_) {
+                volume_.dealtWith += isOfARequest(records[seenRecords_]) ? 1 : 0;
+            }
+            return true;
+        }));
     }
 
     // What the Manager's thread says of each request but a scan.
@@ -288,7 +287,7 @@ class Races : public DeviceFixture {
     std::size_t seenRecords_ = 0;
 };
 
-TEST_F(Races, OfEightThreadsCallbacksAndASupplicantThatComesAndGoes) {
+TEST_F(Races, RequestsOfEightThreadsAreAllHandledWhileTheSupplicantComesAndGoes) {
     start();
     play();
     EXPECT_TRUE(waitUntilAllIsDealtWith()) << volume();

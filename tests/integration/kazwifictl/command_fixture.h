@@ -7,11 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "integration/kazwifictl/running_program.h"
+#include "base/temporary_folder.h"
 #include "simulator/device/simulated_device.h"
 #include "simulator/private_bus/private_bus.h"
 #include "simulator/world/neighbourhood.h"
-#include "support/temporary_folder/temporary_folder.h"
+#include "support/files/files.h"
+#include "support/process/running_program.h"
 
 namespace kaz::test {
 

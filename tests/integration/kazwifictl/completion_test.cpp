@@ -6,7 +6,7 @@
 #include <string>
 
 #include "integration/kazwifictl/command_fixture.h"
-#include "support/temporary_folder/temporary_folder.h"
+#include "support/files/files.h"
 
 namespace kaz::test {
 namespace {

@@ -10,11 +10,12 @@
 #include <string>
 #include <vector>
 
+#include "base/temporary_folder.h"
 #include "communicator/communicator.h"
 #include "doubles/recording_log/recording_log.h"
 #include "simulator/device/simulated_device.h"
 #include "simulator/private_bus/private_bus.h"
-#include "support/temporary_folder/temporary_folder.h"
+#include "support/files/files.h"
 #include "support/wifi_user/wifi_user.h"
 
 namespace kaz::test {
@@ -78,7 +79,7 @@ class RealSupplicant : public ::testing::Test {
     std::unique_ptr<WifiUser> user_;
 };
 
-TEST_F(RealSupplicant, IsAttachedTo) {
+TEST_F(RealSupplicant, TheManagerAttachesToARunningSupplicant) {
     EXPECT_TRUE(log().waitForText(spdlog::level::debug, "wpa_supplicant has 1 interfaces"));
     EXPECT_TRUE(log().waitForText(spdlog::level::debug, "wpa_supplicant is running"));
     EXPECT_EQ(manager().eapMethods(), (std::set<std::string>{"MSCHAPV2", "PEAP", "PWD", "TTLS"}));
@@ -86,14 +87,14 @@ TEST_F(RealSupplicant, IsAttachedTo) {
     EXPECT_EQ(log().texts(spdlog::level::warn), std::vector<std::string>{});
 }
 
-TEST_F(RealSupplicant, AddsSelectsAndCompletesANetwork) {
+TEST_F(RealSupplicant, ANetworkIsAddedSelectedAndCompleted) {
     ASSERT_NO_FATAL_FAILURE(connectOnTheWire("Wire"));
     EXPECT_TRUE(log().contains("Added network /fi/w1/wpa_supplicant1/Interfaces/"));
     EXPECT_TRUE(log().contains("Selected network /fi/w1/wpa_supplicant1/Interfaces/"));
     EXPECT_TRUE(log().contains(R"(NetworkSelected is ssid="Wire")"));
 }
 
-TEST_F(RealSupplicant, SavesTheNetworkOnceTheAttemptIsOver) {
+TEST_F(RealSupplicant, ANetworkIsSavedOnceTheAttemptIsOver) {
     ASSERT_NO_FATAL_FAILURE(connectOnTheWire("Wire"));
     EXPECT_FALSE(isSaved("Wire")) << "others are still disabled";
     ASSERT_NO_FATAL_FAILURE(doAndWaitForSave([&] { manager().disconnect(); }));
@@ -101,7 +102,7 @@ TEST_F(RealSupplicant, SavesTheNetworkOnceTheAttemptIsOver) {
     EXPECT_FALSE(isSaved("disabled=1")) << saved();
 }
 
-TEST_F(RealSupplicant, KeepsOneConfigurationOfANetwork) {
+TEST_F(RealSupplicant, ConnectingTwiceLeavesOneConfiguration) {
     ASSERT_NO_FATAL_FAILURE(connectOnTheWire("Wire"));
     ASSERT_NO_FATAL_FAILURE(doAndWaitForSave([&] { manager().disconnect(); }));
     ASSERT_NO_FATAL_FAILURE(connectOnTheWire("Wire"));
@@ -109,7 +110,7 @@ TEST_F(RealSupplicant, KeepsOneConfigurationOfANetwork) {
     EXPECT_EQ(saved().find("Wire"), saved().rfind("Wire")) << saved();
 }
 
-TEST_F(RealSupplicant, KeepsBytesThatAreNoText) {
+TEST_F(RealSupplicant, AnSsidThatIsNoTextKeepsItsBytes) {
     const std::string ssid = "qu\"ote\\ \xc3\xa9";
     ASSERT_NO_FATAL_FAILURE(connectOnTheWire(ssid));
     ASSERT_NO_FATAL_FAILURE(doAndWaitForSave([&] { manager().disconnect(); }));
@@ -118,14 +119,14 @@ TEST_F(RealSupplicant, KeepsBytesThatAreNoText) {
     EXPECT_FALSE(isSaved("network={")) << saved();
 }
 
-TEST_F(RealSupplicant, ForgetsANetwork) {
+TEST_F(RealSupplicant, AForgottenNetworkLeavesTheConfiguration) {
     ASSERT_NO_FATAL_FAILURE(connectOnTheWire("Wire"));
     ASSERT_NO_FATAL_FAILURE(doAndWaitForSave([&] { manager().forgetNetwork("Wire"); }));
     EXPECT_TRUE(user().waitForStatus(Status::disconnected));
     EXPECT_FALSE(isSaved("network={")) << saved();
 }
 
-TEST_F(RealSupplicant, ConnectsToASavedNetworkAfterTheUnitWasStoppedAndStarted) {
+TEST_F(RealSupplicant, ASavedNetworkConnectsAfterTheUnitWasStoppedAndStarted) {
     ASSERT_NO_FATAL_FAILURE(connectOnTheWire("Wire"));
     ASSERT_NO_FATAL_FAILURE(doAndWaitForSave([&] { manager().disconnect(); }));
     manager().setEnabled(false);
@@ -139,7 +140,7 @@ TEST_F(RealSupplicant, ConnectsToASavedNetworkAfterTheUnitWasStoppedAndStarted) 
     ASSERT_TRUE(log().waitForText(spdlog::level::debug, "Selected network "));
 }
 
-TEST_F(RealSupplicant, SurvivesTheDaemonBeingKilled) {
+TEST_F(RealSupplicant, ADaemonThatWasKilledIsUsedAgainOnceItIsBack) {
     ASSERT_NO_FATAL_FAILURE(connectOnTheWire("Wire"));
     device().crashSupplicant();
     ASSERT_TRUE(user().waitForStack(false));
@@ -153,7 +154,7 @@ TEST_F(RealSupplicant, SurvivesTheDaemonBeingKilled) {
 
 // Priorities follow a connection with an access point, which a wire has not; so they are set through the
 // seam.
-TEST_F(RealSupplicant, TakesAndSavesPriorities) {
+TEST_F(RealSupplicant, PrioritiesAreTakenAndSaved) {
     ASSERT_NO_FATAL_FAILURE(connectOnTheWire("Wire"));
     ASSERT_NO_FATAL_FAILURE(doAndWaitForSave([&] { manager().disconnect(); }));
     user().leave();

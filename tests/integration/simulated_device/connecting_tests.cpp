@@ -2,6 +2,7 @@
 #include <chrono>
 
 #include "support/device_fixture/device_fixture.h"
+#include "support/waiting/waiting.h"
 
 namespace kaz::test {
 namespace {
@@ -24,7 +25,7 @@ class Connecting : public DeviceFixture {
 };
 
 // The address comes when the test has seen that it is waited for.
-TEST_F(Connecting, ToAWpa2NetworkGoesThroughEveryStage) {
+TEST_F(Connecting, AWpa2ConnectionGoesThroughEveryStage) {
     neighbourhood.times.dhcp = std::chrono::hours(24);
     start();
     manager().scan();
@@ -46,7 +47,7 @@ TEST_F(Connecting, ToAWpa2NetworkGoesThroughEveryStage) {
     EXPECT_EQ(manager().connectionInfo().signal, -50);
 }
 
-TEST_F(Connecting, TakesTheNetworkOffTheListAndSavesItWithItsPriority) {
+TEST_F(Connecting, AConnectedNetworkLeavesTheListAndIsSavedWithItsPriority) {
     start();
     manager().scan();
     ASSERT_TRUE(user().waitForNetwork("Home"));
@@ -56,7 +57,7 @@ TEST_F(Connecting, TakesTheNetworkOffTheListAndSavesItWithItsPriority) {
     ASSERT_TRUE(waitForSaved("priority=2"));
 }
 
-TEST_F(Connecting, WorksForEveryKindOfNetwork) {
+TEST_F(Connecting, EveryKindOfNetworkConnects) {
     ConnectionSettings office = settings("Office", SecurityMode::enterprise, "wonderland");
     office.identity = "alice";
     office.eapMethod = "PEAP";
@@ -78,7 +79,7 @@ TEST_F(Connecting, WorksForEveryKindOfNetwork) {
     EXPECT_EQ(callsOf("AddNetwork").size(), 6U);
 }
 
-TEST_F(Connecting, WithAWrongKeyEndsDisconnectedAndEnablesTheOthersAgain) {
+TEST_F(Connecting, AWrongKeyEndsTheAttemptAndTheOtherNetworksAreEnabledAgain) {
     start();
     connect(settings("Cafe", SecurityMode::none));
     ASSERT_TRUE(waitForSaved("ssid=\"Cafe\""));
@@ -98,11 +99,11 @@ TEST_F(Connecting, WithAWrongKeyEndsDisconnectedAndEnablesTheOthersAgain) {
             return std::any_of(calls.begin(), calls.end(),
                                [](const sim::Call& call) { return call.member == "SaveConfig"; });
         },
-        WifiUser::generousLimit));
+        timeLimit));
     EXPECT_EQ(savedConfiguration().find("disabled=1"), std::string::npos) << savedConfiguration();
 }
 
-TEST_F(Connecting, AgainWithNewSettingsLeavesOneConfiguration) {
+TEST_F(Connecting, ASecondConnectWithNewSettingsLeavesOneConfiguration) {
     start();
     ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, "wrong password")), ConnectResult::ok);
     ASSERT_TRUE(user().waitToPass(Status::connectingWifi, "Home"));
@@ -113,7 +114,7 @@ TEST_F(Connecting, AgainWithNewSettingsLeavesOneConfiguration) {
     EXPECT_EQ(callsOf("RemoveNetwork").size(), 1U);
 }
 
-TEST_F(Connecting, FromOneNetworkToAnotherRecordsTheEndOfTheFirst) {
+TEST_F(Connecting, ConnectingToAnotherNetworkRecordsTheEndOfTheFirst) {
     start();
     connect(settings("Cafe", SecurityMode::none));
     connectHome();
@@ -123,7 +124,7 @@ TEST_F(Connecting, FromOneNetworkToAnotherRecordsTheEndOfTheFirst) {
     ASSERT_TRUE(waitForSaved("priority=1"));
 }
 
-TEST_F(Connecting, ToAConfiguredNetworkNeedsItsNameOnly) {
+TEST_F(Connecting, AConfiguredNetworkConnectsByItsName) {
     start();
     connectHome();
     connect(settings("Cafe", SecurityMode::none));
@@ -135,7 +136,7 @@ TEST_F(Connecting, ToAConfiguredNetworkNeedsItsNameOnly) {
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
 }
 
-TEST_F(Connecting, ToAnUnknownConfiguredNetworkIsGivenUpAfterTwoSeconds) {
+TEST_F(Connecting, AnAttemptAtANetworkThatIsNotConfiguredIsGivenUpAfterTwoSeconds) {
     start();
     manager().connectConfigured("Nowhere");
     ASSERT_TRUE(user().waitToPass(Status::connectingWifi, "Nowhere"));
@@ -147,7 +148,7 @@ TEST_F(Connecting, ToAnUnknownConfiguredNetworkIsGivenUpAfterTwoSeconds) {
         R"(Tried connecting to configured network, but it isn't known to us. ssid="Nowhere")"));
 }
 
-TEST_F(Connecting, IsUndoneByDisconnect) {
+TEST_F(Connecting, DisconnectUndoesAConnect) {
     start();
     connectHome();
     manager().disconnect();
@@ -157,7 +158,7 @@ TEST_F(Connecting, IsUndoneByDisconnect) {
     ASSERT_TRUE(user().waitForNetwork("Home"));
 }
 
-TEST_F(Connecting, SurvivesTheLossOfTheLink) {
+TEST_F(Connecting, AConnectionWhoseLinkIsLostComesBack) {
     start();
     connectHome();
     user().forgetHistory();
@@ -171,7 +172,7 @@ TEST_F(Connecting, SurvivesTheLossOfTheLink) {
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
 }
 
-TEST_F(Connecting, AcceptsOnlyTheEapMethodsOnOffer) {
+TEST_F(Connecting, ConnectAcceptsOnlyTheEapMethodsOnOffer) {
     start();
     EXPECT_EQ(manager().eapMethods(), (std::set<std::string>{"MSCHAPV2", "PEAP", "PWD", "TTLS"}));
     ConnectionSettings office = settings("Office", SecurityMode::enterprise, "wonderland");
@@ -180,7 +181,7 @@ TEST_F(Connecting, AcceptsOnlyTheEapMethodsOnOffer) {
     EXPECT_TRUE(callsOf("AddNetwork").empty());
 }
 
-TEST_F(Connecting, KeepsPasswordsOutOfTheLog) {
+TEST_F(Connecting, APasswordNeverReachesTheLog) {
     ConnectionSettings office = settings("Office", SecurityMode::enterprise, "wonderland");
     office.identity = "alice";
     office.anonymousIdentity = "somebody";
@@ -192,7 +193,7 @@ TEST_F(Connecting, KeepsPasswordsOutOfTheLog) {
     }
 }
 
-TEST_F(Connecting, KeepsPasswordsOutOfTheLogWhenTheSupplicantRepeatsThem) {
+TEST_F(Connecting, APasswordThatTheSupplicantRepeatsNeverReachesTheLog) {
     start();
     sim::Fault fault;
     fault.peer = "supplicant";

@@ -22,7 +22,7 @@ class Forgetting : public DeviceFixture {
     }
 };
 
-TEST_F(Forgetting, TheNetworkInUseDisconnectsAndRemovesIt) {
+TEST_F(Forgetting, ForgettingTheNetworkInUseDisconnectsAndRemovesIt) {
     start();
     ASSERT_NO_FATAL_FAILURE(connectAndSave("Home", SecurityMode::rsnPsk, homePassword));
     manager().forgetNetwork("Home");
@@ -34,7 +34,7 @@ TEST_F(Forgetting, TheNetworkInUseDisconnectsAndRemovesIt) {
     }));
 }
 
-TEST_F(Forgetting, ASavedNetworkLeavesTheConnectionAlone) {
+TEST_F(Forgetting, ForgettingASavedNetworkLeavesTheConnectionAlone) {
     start();
     ASSERT_NO_FATAL_FAILURE(connectAndSave("Cafe", SecurityMode::none));
     ASSERT_NO_FATAL_FAILURE(connectAndSave("Home", SecurityMode::rsnPsk, homePassword));
@@ -44,7 +44,7 @@ TEST_F(Forgetting, ASavedNetworkLeavesTheConnectionAlone) {
     EXPECT_EQ(manager().connectionInfo().ssid, "Home");
 }
 
-TEST_F(Forgetting, RemovesEveryConfigurationOfTheNetwork) {
+TEST_F(Forgetting, ForgettingRemovesEveryConfigurationOfTheNetwork) {
     const sim::Settings home{{"ssid", "Home"}, {"key_mgmt", "WPA-PSK"}, {"psk", "first of two"}};
     neighbourhood.configuredNetworks = {home, home};
     start();
@@ -53,7 +53,7 @@ TEST_F(Forgetting, RemovesEveryConfigurationOfTheNetwork) {
     EXPECT_EQ(callsOf("RemoveNetwork").size(), 2U);
 }
 
-TEST_F(Forgetting, AnUnknownNetworkIsSaidSoAndSavesAllTheSame) {
+TEST_F(Forgetting, ForgettingAnUnknownNetworkLogsAnErrorAndSaves) {
     start();
     manager().forgetNetwork("Nowhere");
     ASSERT_TRUE(log().waitForText(spdlog::level::err,
@@ -61,7 +61,7 @@ TEST_F(Forgetting, AnUnknownNetworkIsSaidSoAndSavesAllTheSame) {
     ASSERT_TRUE(log().waitForText(spdlog::level::debug, "Saved new wpa_supplicant config"));
 }
 
-TEST_F(Forgetting, IsSavedEvenWhenTheUserLeavesAtOnce) {
+TEST_F(Forgetting, AForgottenNetworkIsSavedEvenWhenTheUserLeavesAtOnce) {
     start();
     ASSERT_NO_FATAL_FAILURE(connectAndSave("Home", SecurityMode::rsnPsk, homePassword));
     ASSERT_NO_FATAL_FAILURE(connectAndSave("Cafe", SecurityMode::none));

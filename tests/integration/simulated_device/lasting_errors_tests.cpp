@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "support/device_fixture/device_fixture.h"
+#include "support/waiting/waiting.h"
 
 namespace kaz::test {
 namespace {
@@ -165,7 +166,7 @@ class LastingErrors : public DeviceFixture, public testing::WithParamInterface<L
                     return call.arguments.find("ActiveState") != std::string::npos;
                 });
             },
-            WifiUser::generousLimit));
+            timeLimit));
         device().crashSupplicant();
     }
 
@@ -177,7 +178,7 @@ class LastingErrors : public DeviceFixture, public testing::WithParamInterface<L
     }
 };
 
-TEST_P(LastingErrors, EndWithWhatTheTableNames) {
+TEST_P(LastingErrors, ALastingErrorEndsWithWhatTheTableNames) {
     const LastingError& error = GetParam();
     forgetLog();
     (this->*error.begin)();

@@ -2,6 +2,7 @@
 #include <chrono>
 
 #include "support/device_fixture/device_fixture.h"
+#include "support/waiting/waiting.h"
 
 namespace kaz::test {
 namespace {
@@ -12,7 +13,7 @@ using Status = wifi::ConnectionInfo::Status;
 
 class LifeCycle : public DeviceFixture {};
 
-TEST_F(LifeCycle, OffAndOnStopsAndStartsTheSupplicant) {
+TEST_F(LifeCycle, SwitchingOffAndOnStopsAndStartsTheSupplicant) {
     start();
     manager().setEnabled(false);
     ASSERT_TRUE(user().waitForStack(false));
@@ -25,7 +26,7 @@ TEST_F(LifeCycle, OffAndOnStopsAndStartsTheSupplicant) {
     EXPECT_TRUE(manager().isEnabled());
 }
 
-TEST_F(LifeCycle, TheChoiceSurvivesTheUser) {
+TEST_F(LifeCycle, TheOnOffChoiceSurvivesTheManager) {
     start();
     manager().setEnabled(false);
     ASSERT_TRUE(user().waitForStack(false));
@@ -34,7 +35,7 @@ TEST_F(LifeCycle, TheChoiceSurvivesTheUser) {
     EXPECT_FALSE(next.manager().isEnabled());
 }
 
-TEST_F(LifeCycle, FollowsASupplicantThatCrashesAndIsStartedAgain) {
+TEST_F(LifeCycle, ASupplicantThatCrashedIsFollowedOnceItIsStartedAgain) {
     start();
     ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
@@ -52,7 +53,7 @@ TEST_F(LifeCycle, FollowsASupplicantThatCrashesAndIsStartedAgain) {
 
 // The unit passes through transitional states only, so nothing tells of a supplicant that is gone: what the
 // new one reports has to be enough.
-TEST_F(LifeCycle, FollowsASupplicantThatIsRestarted) {
+TEST_F(LifeCycle, ASupplicantThatIsRestartedIsFollowed) {
     start();
     ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
@@ -71,7 +72,7 @@ TEST_F(LifeCycle, FollowsASupplicantThatIsRestarted) {
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Cafe"));
 }
 
-TEST_F(LifeCycle, FollowsABusThatGoesAwayAndComesBack) {
+TEST_F(LifeCycle, ABusThatGoesAwayIsUsedAgainOnceItIsBack) {
     start();
     ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
@@ -93,7 +94,7 @@ TEST_F(LifeCycle, FollowsABusThatGoesAwayAndComesBack) {
     EXPECT_EQ(user().enabledCallbacks(), before + 2);
 }
 
-TEST_F(LifeCycle, WaitsForABusThatIsNotThereYet) {
+TEST_F(LifeCycle, ABusThatComesLateIsUsed) {
     crashBus();
     WifiUser early;
     EXPECT_FALSE(early.manager().isWifiStackInitialized());
@@ -103,7 +104,7 @@ TEST_F(LifeCycle, WaitsForABusThatIsNotThereYet) {
     EXPECT_TRUE(early.waitForNetwork("Home"));
 }
 
-TEST_F(LifeCycle, AUserWhoComesLaterFindsTheConnection) {
+TEST_F(LifeCycle, ALaterManagerFindsTheConnection) {
     start();
     ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
@@ -112,7 +113,7 @@ TEST_F(LifeCycle, AUserWhoComesLaterFindsTheConnection) {
 }
 
 // A call is given up after ten seconds. On a busy machine one end may have to wait for the processor.
-TEST_F(LifeCycle, LeavingTakesAboutASecondWhenThePeerNeverAnswers) {
+TEST_F(LifeCycle, DestroyingAManagerTakesAboutASecondWhenThePeerNeverAnswers) {
     start();
     sim::Fault silence;
     silence.peer = "supplicant";
@@ -123,8 +124,7 @@ TEST_F(LifeCycle, LeavingTakesAboutASecondWhenThePeerNeverAnswers) {
         device().forgetCalls();
         manager().scan();
         EXPECT_TRUE(device().waitForCalls(
-            [](const auto& calls) { return !calls.empty() && calls.back().member == "Scan"; },
-            WifiUser::generousLimit));
+            [](const auto& calls) { return !calls.empty() && calls.back().member == "Scan"; }, timeLimit));
         const auto before = std::chrono::steady_clock::now();
         user().leave();
         return std::chrono::steady_clock::now() - before;

@@ -10,7 +10,7 @@ using wifi::WifiNetwork;
 
 class Scanning : public DeviceFixture {};
 
-TEST_F(Scanning, ListsTheNetworksInRangeStrongestFirstWithTheirSecurity) {
+TEST_F(Scanning, TheListHasTheNetworksInRangeStrongestFirstWithTheirSecurity) {
     start();
     manager().scan();
     ASSERT_TRUE(user().waitUntil([&] { return manager().networks().size() == 6; }));
@@ -23,7 +23,7 @@ TEST_F(Scanning, ListsTheNetworksInRangeStrongestFirstWithTheirSecurity) {
     EXPECT_EQ(manager().networks(), expected);
 }
 
-TEST_F(Scanning, IsReportedWhileItLastsAndAsksPassively) {
+TEST_F(Scanning, AScanIsPassiveAndReportedWhileItLasts) {
     start();
     manager().scan();
     ASSERT_TRUE(user().waitUntil([&] { return user().scanningCallbacks() >= 2 && !manager().isScanning(); }));
@@ -32,7 +32,7 @@ TEST_F(Scanning, IsReportedWhileItLastsAndAsksPassively) {
     EXPECT_NE(scans.front().arguments.find("passive"), std::string::npos) << scans.front().arguments;
 }
 
-TEST_F(Scanning, FollowsAccessPointsThatComeGoAndMove) {
+TEST_F(Scanning, TheListFollowsAccessPointsThatComeGoAndMove) {
     start();
     manager().scan();
     ASSERT_TRUE(user().waitForNetwork("Cafe"));
@@ -55,7 +55,7 @@ TEST_F(Scanning, FollowsAccessPointsThatComeGoAndMove) {
     }));
 }
 
-TEST_F(Scanning, ShowsOneEntryForTwoAccessPointsOfOneNetwork) {
+TEST_F(Scanning, TwoAccessPointsOfOneNetworkAreOneEntry) {
     sim::AccessPoint second = neighbourhood.accessPoints.front();
     second.bssid = neighbourhood.freeBssid();
     second.signal = -45;
@@ -71,7 +71,7 @@ TEST_F(Scanning, ShowsOneEntryForTwoAccessPointsOfOneNetwork) {
               1);
 }
 
-TEST_F(Scanning, WithoutSupplicantDoesNothing) {
+TEST_F(Scanning, AScanWithoutSupplicantDoesNothing) {
     neighbourhood.unitActive = false;
     start();
     manager().scan();

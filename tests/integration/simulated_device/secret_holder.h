@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include <wifi/types.h>
 
 #include <sys/types.h>
@@ -13,17 +15,13 @@ namespace kaz::test {
 // A process of its own with a Manager in it, which does as it is told, and whose memory can be searched. What it is
 // told reaches it through a socket only: neither its arguments nor its environment have it. Killed at the end of
 // scope.
-class SecretHolder {
+class SecretHolder : NonCopyable {
   public:
     enum class Own { wiped, kept };
 
     // Returns when its Manager follows the supplicant. Its log goes to `log`.
     explicit SecretHolder(const std::string& log);
     ~SecretHolder();
-    SecretHolder(const SecretHolder&) = delete;
-    SecretHolder& operator=(const SecretHolder&) = delete;
-    SecretHolder(SecretHolder&&) = delete;
-    SecretHolder& operator=(SecretHolder&&) = delete;
 
     // The process wipes its own copies of the settings' secrets before this returns, or keeps them.
     wifi::ConnectResult connect(const wifi::ConnectionSettings& settings, Own own = Own::wiped) const;

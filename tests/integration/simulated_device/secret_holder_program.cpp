@@ -1,5 +1,7 @@
 // The process whose memory is searched: a Manager, and a thread that does what it reads from its standard input, a
 // socket. Each request is answered with a byte.
+#include "base/non_copyable.h"
+
 #include "base/wipe.h"
 #include "support/wifi_user/wifi_user.h"
 
@@ -19,14 +21,10 @@
 namespace kaz::test {
 namespace {
 
-class Holder {
+class Holder : NonCopyable {
   public:
     Holder() { spdlog::set_level(spdlog::level::trace); }
     ~Holder() { unblock(); }
-    Holder(const Holder&) = delete;
-    Holder& operator=(const Holder&) = delete;
-    Holder(Holder&&) = delete;
-    Holder& operator=(Holder&&) = delete;
 
     void serve() {
         for (;;) {

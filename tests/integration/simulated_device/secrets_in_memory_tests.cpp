@@ -1,6 +1,7 @@
 // What is left of a secret in the memory of a process once the library is done with it: nothing.
 #include "integration/simulated_device/secret_holder.h"
 #include "support/device_fixture/device_fixture.h"
+#include "support/waiting/waiting.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -43,7 +44,7 @@ class SecretsInMemory : public DeviceFixture {
                 return std::any_of(calls.begin(), calls.end(),
                                    [&](const sim::Call& call) { return call.member == member; });
             },
-            WifiUser::generousLimit));
+            timeLimit));
     }
 
     void orderSilence(const std::string& member) {
@@ -87,7 +88,7 @@ class SecretsInMemory : public DeviceFixture {
     std::unique_ptr<SecretHolder> holder_;
 };
 
-TEST_F(SecretsInMemory, AreFoundInAProcessThatKeepsThem) {
+TEST_F(SecretsInMemory, SecretsAreFoundInAProcessThatKeepsThem) {
     EXPECT_EQ(holder().places(passphrase), Places{});
     ASSERT_EQ(holder().connect(home(), Own::kept), ConnectResult::ok);
     finish();
@@ -96,7 +97,7 @@ TEST_F(SecretsInMemory, AreFoundInAProcessThatKeepsThem) {
 
 // With 16 bytes a passphrase is the last to make its message grow. A message that grows after the secret was written
 // into it leaves its former memory as it was, and nobody but sd-bus could change that.
-TEST_F(SecretsInMemory, AreGoneOnceTheRequestIsDone) {
+TEST_F(SecretsInMemory, SecretsAreGoneOnceTheRequestIsDone) {
     constexpr char notText = '\xff';
     for (const auto& [mode, password] : std::vector<std::pair<SecurityMode, std::string>>{
              {SecurityMode::rsnPsk, passphrase},
@@ -122,7 +123,7 @@ TEST_F(SecretsInMemory, AreGoneOnceTheRequestIsDone) {
     }
 }
 
-TEST_F(SecretsInMemory, AreGoneWhenTheRequestIsDroppedAtTheBound) {
+TEST_F(SecretsInMemory, SecretsAreGoneWhenTheRequestIsDroppedAtTheBound) {
     holder().block();
     holder().fill();
     EXPECT_EQ(readFile(logFile()).find("tasks are waiting"), std::string::npos);
@@ -131,7 +132,7 @@ TEST_F(SecretsInMemory, AreGoneWhenTheRequestIsDroppedAtTheBound) {
     expectGone(office());
 }
 
-TEST_F(SecretsInMemory, AreGoneWhenTheManagerEndsBeforeTheRequest) {
+TEST_F(SecretsInMemory, SecretsAreGoneWhenTheManagerEndsBeforeTheRequest) {
     orderSilence("Scan");
     for (int i = 0; i < 16; ++i) {  // of ten seconds each
         holder().scan();
@@ -144,7 +145,7 @@ TEST_F(SecretsInMemory, AreGoneWhenTheManagerEndsBeforeTheRequest) {
     expectGone(office());
 }
 
-TEST_F(SecretsInMemory, AreGoneWhenTheManagerEndsDuringTheRequest) {
+TEST_F(SecretsInMemory, SecretsAreGoneWhenTheManagerEndsDuringTheRequest) {
     orderSilence("AddNetwork");
     ASSERT_EQ(holder().connect(home()), ConnectResult::ok);
     waitForCall("AddNetwork");

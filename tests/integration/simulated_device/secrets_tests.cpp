@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/device_fixture/device_fixture.h"
+#include "support/waiting/waiting.h"
 
 namespace kaz::test {
 namespace {
@@ -105,8 +106,7 @@ class Secrets : public DeviceFixture {
         };
         const auto before = count(log().records());
         ASSERT_EQ(manager().connect(target), ConnectResult::ok);
-        ASSERT_TRUE(log().waitFor([&](const auto& records) { return count(records) > before; },
-                                  WifiUser::generousLimit));
+        ASSERT_TRUE(log().waitFor([&](const auto& records) { return count(records) > before; }));
         collect();
     }
 
@@ -157,7 +157,7 @@ class Secrets : public DeviceFixture {
     std::string told_;
 };
 
-TEST_F(Secrets, OfEveryFlowAreToldToNobodyButTheSupplicant) {
+TEST_F(Secrets, SecretsOfEveryFlowAreToldToNobodyButTheSupplicant) {
     start();
     // An answer that repeats what it was asked.
     const auto ordered = orderFault(sim::FaultKind::error, "bad value " + passphrase);
@@ -191,7 +191,7 @@ TEST_F(Secrets, OfEveryFlowAreToldToNobodyButTheSupplicant) {
     expectNothingTold({"Added network", "Hidden", "Office", "quarn"});
 }
 
-TEST_F(Secrets, ThatCannotBeSentAreToldToNobody) {
+TEST_F(Secrets, SecretsThatCannotBeSentAreToldToNobody) {
     start();
     const std::string nul(1, '\0');
     const std::string notEncoded = "Error while encoding dbus data";
@@ -208,7 +208,7 @@ TEST_F(Secrets, ThatCannotBeSentAreToldToNobody) {
     expectNothingTold({notEncoded});
 }
 
-TEST_F(Secrets, AreToldToNobodyWhenTheSupplicantDies) {
+TEST_F(Secrets, SecretsAreToldToNobodyWhenTheSupplicantDies) {
     start();
     orderFault(sim::FaultKind::crash);
     ASSERT_NO_FATAL_FAILURE(attemptAndFail(office(eapPassword), "Call of AddNetwork"));
@@ -220,7 +220,7 @@ TEST_F(Secrets, AreToldToNobodyWhenTheSupplicantDies) {
     expectNothingTold({"Call of AddNetwork", "Can't add network"});
 }
 
-TEST_F(Secrets, OfARequestWithoutAnAnswerAreToldToNobody) {
+TEST_F(Secrets, SecretsOfARequestWithoutAnAnswerAreToldToNobody) {
     start();
     for (const ConnectionSettings& target : {home(), office(eapPassword)}) {
         device().forgetCalls();
@@ -231,7 +231,7 @@ TEST_F(Secrets, OfARequestWithoutAnAnswerAreToldToNobody) {
                 return std::any_of(calls.begin(), calls.end(),
                                    [](const sim::Call& call) { return call.member == "AddNetwork"; });
             },
-            WifiUser::generousLimit));
+            timeLimit));
         collect();
         restartUser();  // no Manager waits for an answer at its end
     }
@@ -239,7 +239,7 @@ TEST_F(Secrets, OfARequestWithoutAnAnswerAreToldToNobody) {
     expectNothingTold({"Call of AddNetwork"});
 }
 
-TEST_F(Secrets, OfARequestThatIsDroppedAreToldToNobody) {
+TEST_F(Secrets, SecretsOfARequestThatIsDroppedAreToldToNobody) {
     start();
     constexpr int bound = 4096;
     std::once_flag once;

@@ -1,5 +1,7 @@
 #include "support/call_log/call_log.h"
 
+#include "support/waiting/waiting.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -21,19 +23,16 @@ CallLog::Calls CallLog::take() {
     return std::exchange(calls_, {});
 }
 
-bool CallLog::waitFor(const std::function<bool(const Calls&)>& predicate,
-                      std::chrono::milliseconds limit) const {
+bool CallLog::waitFor(const std::function<bool(const Calls&)>& predicate) const {
     std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, limit, [&] { return predicate(calls_); });
+    return changed_.wait_for(lock, timeLimit, [&] { return predicate(calls_); });
 }
 
-bool CallLog::waitForCall(std::string_view part, std::chrono::milliseconds limit) const {
-    return waitFor(
-        [&](const Calls& calls) {
-            return std::any_of(calls.begin(), calls.end(),
-                               [&](const std::string& call) { return call.find(part) != std::string::npos; });
-        },
-        limit);
+bool CallLog::waitForCall(std::string_view part) const {
+    return waitFor([&](const Calls& calls) {
+        return std::any_of(calls.begin(), calls.end(),
+                           [&](const std::string& call) { return call.find(part) != std::string::npos; });
+    });
 }
 
 }  // namespace kaz::test

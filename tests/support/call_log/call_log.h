@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -14,7 +13,6 @@ namespace kaz::test {
 class CallLog {
   public:
     using Calls = std::vector<std::string>;
-    static constexpr std::chrono::seconds generousLimit{30};
 
     void add(std::string call);
     Calls calls() const;
@@ -23,12 +21,11 @@ class CallLog {
     Calls take();
 
     // Blocks until the predicate holds for the calls since the last take(). False when it does not within the
-    // limit.
-    bool waitFor(const std::function<bool(const Calls&)>& predicate,
-                 std::chrono::milliseconds limit = generousLimit) const;
+    // time limit.
+    bool waitFor(const std::function<bool(const Calls&)>& predicate) const;
 
     // Blocks until a call contains this text.
-    bool waitForCall(std::string_view part, std::chrono::milliseconds limit = generousLimit) const;
+    bool waitForCall(std::string_view part) const;
 
   private:
     mutable std::mutex mutex_;

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "base/temporary_folder.h"
 #include "doubles/recording_log/recording_log.h"
 #include "simulator/device/simulated_device.h"
 #include "simulator/private_bus/private_bus.h"
 #include "simulator/world/neighbourhood.h"
-#include "support/temporary_folder/temporary_folder.h"
+#include "support/files/files.h"
 #include "support/wifi_user/wifi_user.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include "base/sd_bus/handles.h"
 
 #include <functional>
@@ -11,7 +13,7 @@
 namespace kaz::test {
 
 // A bus connection and the thread that serves it. What cannot be opened throws std::runtime_error.
-class BusThread {
+class BusThread : NonCopyable {
   public:
     using Job = std::function<void(sd_bus*)>;
     // Runs on the thread for every message that arrives.
@@ -20,10 +22,6 @@ class BusThread {
     // `prepare` runs on the caller's thread, on the connected bus, before the thread starts.
     BusThread(const std::string& address, const Job& prepare, Receiver receiver);
     ~BusThread();
-    BusThread(const BusThread&) = delete;
-    BusThread& operator=(const BusThread&) = delete;
-    BusThread(BusThread&&) = delete;
-    BusThread& operator=(BusThread&&) = delete;
 
     // Runs the job on the thread and waits until it is done and all it sent has left.
     void run(const Job& job);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include "support/call_log/call_log.h"
 #include "support/scripted_peer/answers.h"
 
@@ -17,15 +19,11 @@ class BusThread;
 //   /path the.interface.Member("first argument", i2)
 //
 // with the arguments as messageText() has them.
-class ScriptedPeer {
+class ScriptedPeer : NonCopyable {
   public:
     // Owns the name on return.
     ScriptedPeer(std::string address, std::string name, CallLog& log);
     ~ScriptedPeer();
-    ScriptedPeer(const ScriptedPeer&) = delete;
-    ScriptedPeer& operator=(const ScriptedPeer&) = delete;
-    ScriptedPeer(ScriptedPeer&&) = delete;
-    ScriptedPeer& operator=(ScriptedPeer&&) = delete;
 
     void onCall(const std::string& path, const std::string& interface, const std::string& member,
                 Answer answer);

@@ -1,6 +1,9 @@
 #include "support/wifi_user/wifi_user.h"
 
+#include "support/waiting/waiting.h"
+
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace kaz::test {
@@ -20,8 +23,8 @@ void WifiUser::leave() {
     manager_.reset();
 }
 
-bool WifiUser::waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
+bool WifiUser::waitUntil(const std::function<bool()>& condition) {
+    const auto deadline = std::chrono::steady_clock::now() + timeLimit;
     for (;;) {
         std::unique_lock lock(mutex_);
         const auto seen = announcements_;

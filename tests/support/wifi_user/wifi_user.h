@@ -1,8 +1,9 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include <wifi/manager.h>
 
-#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -14,16 +15,10 @@
 namespace kaz::test {
 
 // A user-interface process in small: a Manager, and a thread that waits for what its callbacks announce.
-class WifiUser {
+class WifiUser : NonCopyable {
   public:
-    static constexpr std::chrono::seconds generousLimit{60};
-
     WifiUser();
     ~WifiUser();
-    WifiUser(const WifiUser&) = delete;
-    WifiUser& operator=(const WifiUser&) = delete;
-    WifiUser(WifiUser&&) = delete;
-    WifiUser& operator=(WifiUser&&) = delete;
 
     wifi::Manager& manager() { return *manager_; }
 
@@ -31,8 +26,8 @@ class WifiUser {
     void leave();
 
     // Blocks until the condition holds; it is looked at now and after every callback. False when it does not
-    // within the limit.
-    bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit = generousLimit);
+    // within the time limit.
+    bool waitUntil(const std::function<bool()>& condition);
 
     bool waitForStack(bool up);
     bool waitForStatus(wifi::ConnectionInfo::Status status, const std::string& ssid = {});

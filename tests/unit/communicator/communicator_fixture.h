@@ -4,6 +4,7 @@
 #include "doubles/recording_log/recording_log.h"
 #include "simulator/private_bus/private_bus.h"
 #include "support/scripted_peer/scripted_peer.h"
+#include "support/waiting/waiting.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -68,10 +69,6 @@ class CommunicatorTest : public testing::Test {
   protected:
     CommunicatorTest();
     ~CommunicatorTest() override;
-    CommunicatorTest(const CommunicatorTest&) = delete;
-    CommunicatorTest& operator=(const CommunicatorTest&) = delete;
-    CommunicatorTest(CommunicatorTest&&) = delete;
-    CommunicatorTest& operator=(CommunicatorTest&&) = delete;
 
     // Makes each handler record its call and arguments.
     void assignHandlers();
@@ -91,7 +88,7 @@ class CommunicatorTest : public testing::Test {
         std::packaged_task<Result()> task(std::move(function));
         std::future<Result> result = task.get_future();
         communicator->pushTaskAsync_([&task] { task(); });
-        if (result.wait_for(test::CallLog::generousLimit) != std::future_status::ready) {
+        if (result.wait_for(test::timeLimit) != std::future_status::ready) {
             ADD_FAILURE() << "The loop is stuck.";
             std::abort();
         }

@@ -1,6 +1,7 @@
+#include "base/temporary_folder.h"
 #include "communicator/dbus_communicator.h"
 #include "doubles/recording_log/recording_log.h"
-#include "support/temporary_folder/temporary_folder.h"
+#include "support/files/files.h"
 
 #include <gmock/gmock.h>
 #include <stdlib.h>
@@ -19,16 +20,12 @@ class EnabledState : public testing::Test {
   protected:
     EnabledState() { use(file); }
     ~EnabledState() override { ::unsetenv("KAZ_CONFIG_FILE"); }
-    EnabledState(const EnabledState&) = delete;
-    EnabledState& operator=(const EnabledState&) = delete;
-    EnabledState(EnabledState&&) = delete;
-    EnabledState& operator=(EnabledState&&) = delete;
 
     static void use(const std::string& path) { ::setenv("KAZ_CONFIG_FILE", path.c_str(), 1); }
     void configure(const std::string& text) const { test::writeFile(file, text); }
 
     test::RecordingLog log;
-    test::TemporaryFolder folder;
+    TemporaryFolder folder;
     const std::string file = folder / "kaz.conf";
     DbusCommunicator communicator;
 };

@@ -83,10 +83,6 @@ class ByteOrder : public testing::Test {
         send("DATA\r\nOK 0123456789abcdef0123456789abcdef\r\nERROR\r\n");
     }
     ~ByteOrder() override { ::close(sockets_[1]); }
-    ByteOrder(const ByteOrder&) = delete;
-    ByteOrder& operator=(const ByteOrder&) = delete;
-    ByteOrder(ByteOrder&&) = delete;
-    ByteOrder& operator=(ByteOrder&&) = delete;
 
     MessagePtr received(std::string_view signature, const std::string& body) {
         send(foreignSignal(signature, body));

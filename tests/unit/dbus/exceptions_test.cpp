@@ -1,4 +1,6 @@
 // Memory that runs out while an error is told. This program's operator new fails on demand.
+#include "base/non_copyable.h"
+
 #include "dbus/variant.h"
 #include "unit/dbus/codec_fixture.h"
 
@@ -9,14 +11,10 @@ namespace {
 
 thread_local bool outOfMemory = false;
 
-class OutOfMemory {
+class OutOfMemory : kaz::NonCopyable {
   public:
     OutOfMemory() { outOfMemory = true; }
     ~OutOfMemory() { outOfMemory = false; }
-    OutOfMemory(const OutOfMemory&) = delete;
-    OutOfMemory& operator=(const OutOfMemory&) = delete;
-    OutOfMemory(OutOfMemory&&) = delete;
-    OutOfMemory& operator=(OutOfMemory&&) = delete;
 };
 
 }  // namespace

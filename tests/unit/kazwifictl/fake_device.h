@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "base/non_copyable.h"
 #include "kazwifictl/session/device.h"
 
 namespace kaz::test {
@@ -60,14 +61,10 @@ struct FakeWorld {
 
 // A device with a thread of its own that keeps the promises of wifi/manager.h: requests become tasks that run
 // in order, and the end of the device drops those that have not begun.
-class FakeDevice final : public ctl::Device {
+class FakeDevice final : public ctl::Device, NonCopyable {
   public:
     explicit FakeDevice(FakeWorld& world);
     ~FakeDevice() override;
-    FakeDevice(const FakeDevice&) = delete;
-    FakeDevice& operator=(const FakeDevice&) = delete;
-    FakeDevice(FakeDevice&&) = delete;
-    FakeDevice& operator=(FakeDevice&&) = delete;
 
     void listen(Listener listener) override;
     void setEnabled(bool enabled) override;

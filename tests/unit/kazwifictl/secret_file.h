@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -9,7 +11,7 @@
 namespace kaz::test {
 
 // A file with a text in it, for as long as the object lives.
-class SecretFile {
+class SecretFile : NonCopyable {
   public:
     explicit SecretFile(const std::string& text)
         : path_((std::filesystem::temp_directory_path() / "secret-XXXXXX").string()) {
@@ -18,10 +20,6 @@ class SecretFile {
         ::close(fd);
     }
     ~SecretFile() { ::unlink(path_.c_str()); }
-    SecretFile(const SecretFile&) = delete;
-    SecretFile& operator=(const SecretFile&) = delete;
-    SecretFile(SecretFile&&) = delete;
-    SecretFile& operator=(SecretFile&&) = delete;
 
     const std::string& path() const { return path_; }
 

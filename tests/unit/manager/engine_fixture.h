@@ -53,10 +53,6 @@ class EngineTest : public ::testing::Test {
   protected:
     EngineTest();
     ~EngineTest() override;
-    EngineTest(const EngineTest&) = delete;
-    EngineTest& operator=(const EngineTest&) = delete;
-    EngineTest(EngineTest&&) = delete;
-    EngineTest& operator=(EngineTest&&) = delete;
 
     // Constructs the engine and runs it until idle. Then forgets all calls, callbacks, gauges and log records.
     void start();

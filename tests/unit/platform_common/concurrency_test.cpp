@@ -1,6 +1,6 @@
 #include "base/file_descriptor.h"
 #include "base/non_copyable.h"
-#include "support/child_process/child_process.h"
+#include "support/process/child_process.h"
 #include "support/waiting/waiting.h"
 #include "unit/platform_common/config_fixture.h"
 

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "base/temporary_folder.h"
 #include "doubles/recording_log/recording_log.h"
-#include "support/temporary_folder/temporary_folder.h"
+#include "support/files/files.h"
 
 #include <gtest/gtest.h>
 #include <kaz/util/kaz_config.h>

@@ -104,7 +104,7 @@ TEST_F(ConfigDurability, AStepThatFailsIsAFailedUpdate) {
         EXPECT_FALSE(updated);
         EXPECT_THAT(log().texts(spdlog::level::warn), ::testing::ElementsAre(::testing::HasSubstr("error")));
         EXPECT_EQ(text(), failing == 3 ? "wifi=off\n" : "wifi=on\n");
-        EXPECT_EQ(folder().content(), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
+        EXPECT_EQ(contentOf(folder()), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
     }
 }
 

@@ -154,7 +154,7 @@ TEST_P(ConfigUpdate, IsLoggedOrSucceedsWhenACallFails) {
     log().clear();
     EXPECT_TRUE(util::updateKazConfig("wifi", "off"));
     EXPECT_EQ(text(), newText);
-    EXPECT_EQ(folder().content(), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
+    EXPECT_EQ(contentOf(folder()), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -1,6 +1,6 @@
 // Where the file is, and what it keeps when it is replaced.
 #include "base/non_copyable.h"
-#include "support/child_process/child_process.h"
+#include "support/process/child_process.h"
 #include "unit/platform_common/config_fixture.h"
 
 #include <sys/stat.h>
@@ -39,7 +39,7 @@ TEST_F(ConfigFiles, AMissingFileIsAnEmptyConfigurationAndNotLogged) {
     useFile(folder() / "no/such/folder/kaz.conf");
     EXPECT_EQ(util::readKazConfig(), Entries{});
     EXPECT_TRUE(log().records().empty());
-    EXPECT_TRUE(folder().content().empty());
+    EXPECT_TRUE(contentOf(folder()).empty());
 }
 
 TEST_F(ConfigFiles, AnUpdateCreatesTheFileAndTheMissingFolders) {
@@ -63,7 +63,7 @@ TEST_F(ConfigFiles, NothingThatIsCreatedIsWritableForEverybody) {
 TEST_F(ConfigFiles, AnUpdateLeavesNothingBesideTheFileButItsLock) {
     ASSERT_TRUE(util::updateKazConfig("wifi", "off"));
     ASSERT_TRUE(util::updateKazConfig("wifi", "on"));
-    EXPECT_EQ(folder().content(), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
+    EXPECT_EQ(contentOf(folder()), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
     EXPECT_EQ(fs::file_size(folder() / "kaz.conf.lock"), 0U);
 }
 
@@ -73,7 +73,7 @@ TEST_F(ConfigFiles, WhatADeadWriterLeftIsClearedAway) {
     fs::permissions(folder() / "kaz.conf.tmp", fs::perms::none);
     ASSERT_TRUE(util::updateKazConfig("wifi", "off"));
     EXPECT_EQ(text(), "wifi=off\n");
-    EXPECT_EQ(folder().content(), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
+    EXPECT_EQ(contentOf(folder()), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
 }
 
 TEST_F(ConfigFiles, ALinkInThePlaceOfTheTemporaryFileIsNotWrittenThrough) {

@@ -35,7 +35,7 @@ TEST_F(ConfigInterrupted, LeavesTheOldFileOrTheNewOneAtEveryStep) {
         // Whatever it left behind is in nobody's way.
         EXPECT_TRUE(util::updateKazConfig("volume", "8"));
         EXPECT_EQ(util::readKazConfig().at("volume"), "8");
-        EXPECT_EQ(folder().content(), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
+        EXPECT_EQ(contentOf(folder()), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
     }
     // The writer was really stepped through, and the change shows somewhere on the way.
     EXPECT_GT(steps, 20);

@@ -1,6 +1,6 @@
 // Processes that write one file at once and are killed.
 #include "base/non_copyable.h"
-#include "support/child_process/child_process.h"
+#include "support/process/child_process.h"
 #include "support/waiting/waiting.h"
 #include "unit/platform_common/config_fixture.h"
 #include "unit/platform_common/stepped_process.h"
@@ -142,7 +142,7 @@ class ConfigKilledWriters : private FoldersInMemory, public ConfigFixture {
 
     void expectNothingIsLeftBehind() {
         EXPECT_TRUE(util::updateKazConfig("wifi", "off"));
-        EXPECT_EQ(folder().content(), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
+        EXPECT_EQ(contentOf(folder()), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
         EXPECT_TRUE(log().records().empty());
     }
 

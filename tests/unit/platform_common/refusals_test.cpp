@@ -30,7 +30,7 @@ TEST_F(ConfigRefusals, WhatWouldNotReadBackIsRefused) {
         EXPECT_EQ(text(), "wifi=off\n");
         EXPECT_EQ(log().texts(spdlog::level::warn).size(), 1U);
     }
-    EXPECT_EQ(folder().content(), std::set<std::string>{"kaz.conf"});
+    EXPECT_EQ(contentOf(folder()), std::set<std::string>{"kaz.conf"});
 }
 
 TEST_F(ConfigRefusals, ARefusedPairIsNotLogged) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include <gtest/gtest.h>
 #include <sys/ptrace.h>
 #include <sys/wait.h>

@@ -1,6 +1,6 @@
 // Files that cannot be read or replaced. The old content, a secret of somebody else's, stays and is not
 // logged.
-#include "support/child_process/child_process.h"
+#include "support/process/child_process.h"
 #include "unit/platform_common/config_fixture.h"
 
 #include <gmock/gmock.h>
@@ -110,7 +110,7 @@ TEST_F(ConfigTrouble, LinksInACircleLeadNowhere) {
     useFile(folder() / "self/kaz.conf");
     expectUnreadable("Too many levels of symbolic links");
     expectNoUpdate("Too many levels of symbolic links");
-    EXPECT_EQ(folder().content(), (std::set<std::string>{"kaz.conf", "other", "self"}));
+    EXPECT_EQ(contentOf(folder()), (std::set<std::string>{"kaz.conf", "other", "self"}));
 }
 
 TEST_F(ConfigTrouble, ANameThatIsTooLongIsRefused) {
@@ -193,7 +193,7 @@ TEST_F(ConfigTrouble, AFileThatCannotBeWrittenWholeDoesNotReplaceTheOldOne) {
         },
         [&] { expectNoUpdate("write " + file().string() + ".tmp: File too large"); });
     EXPECT_EQ(text(), oldText);
-    EXPECT_EQ(folder().content(), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
+    EXPECT_EQ(contentOf(folder()), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
 }
 
 TEST_F(ConfigTrouble, AFullDiskKeepsTheOldFile) {
@@ -205,7 +205,7 @@ TEST_F(ConfigTrouble, AFullDiskKeepsTheOldFile) {
                 expectNoUpdate("No space left on device");
                 EXPECT_EQ(text(), oldText);
                 fs::remove(folder() / "filler");
-                EXPECT_EQ(folder().content(), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
+                EXPECT_EQ(contentOf(folder()), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
                 EXPECT_TRUE(util::updateKazConfig("wifi", "off"));
             });
 }

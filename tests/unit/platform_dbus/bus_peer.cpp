@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "unit/platform_dbus/waiting.h"
+#include "support/waiting/waiting.h"
 
 namespace kaz::test {
 namespace {
@@ -115,7 +115,7 @@ std::vector<std::string> BusPeer::calls() const {
 
 bool BusPeer::waitForCall(const std::string& call) const {
     std::unique_lock lock(mutex_);
-    return called_.wait_for(lock, limit,
+    return called_.wait_for(lock, timeLimit,
                             [&] { return std::find(calls_.begin(), calls_.end(), call) != calls_.end(); });
 }
 

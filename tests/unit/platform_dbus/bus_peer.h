@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include <systemd/sd-bus.h>
 
 #include <atomic>
@@ -18,15 +20,11 @@ namespace kaz::test {
 //   Ignore(s)           never
 //   Get(ss) -> v        the string "value of INTERFACE.PROPERTY"
 //   Set(ssv)            an empty reply
-class BusPeer {
+class BusPeer : NonCopyable {
   public:
     // Connects to the system bus.
     BusPeer();
     ~BusPeer();
-    BusPeer(const BusPeer&) = delete;
-    BusPeer& operator=(const BusPeer&) = delete;
-    BusPeer(BusPeer&&) = delete;
-    BusPeer& operator=(BusPeer&&) = delete;
 
     const std::string& uniqueName() const { return uniqueName_; }
 

@@ -1,3 +1,5 @@
+#include "base/temporary_folder.h"
+
 #include <gtest/gtest.h>
 #include <kaz/dbus/dbus_error.h>
 #include <libintl.h>
@@ -68,16 +70,15 @@ void writeCatalogue(const std::filesystem::path& file) {
 }
 
 TEST(DbusError, DoesNotChangeWithTheLocale) {
-    std::string folder = (std::filesystem::temp_directory_path() / "kaz-locale-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(folder.data()), nullptr);
-    writeCatalogue(std::filesystem::path(folder) / "xx" / "LC_MESSAGES" / "libc.mo");
+    const kaz::TemporaryFolder folder;
+    writeCatalogue(folder / "xx" / "LC_MESSAGES" / "libc.mo");
     // The C locale's rules under another name, because there is no translation in the C locale itself.
-    std::filesystem::copy("/usr/lib/locale/C.utf8", std::filesystem::path(folder) / "xx_XX.utf8",
+    std::filesystem::copy("/usr/lib/locale/C.utf8", folder / "xx_XX.utf8",
                           std::filesystem::copy_options::recursive);
-    ::setenv("LOCPATH", folder.c_str(), 1);
+    ::setenv("LOCPATH", folder.path().c_str(), 1);
     ::setenv("LANGUAGE", "xx", 1);
     ASSERT_NE(std::setlocale(LC_ALL, "xx_XX.UTF-8"), nullptr);
-    ::bindtextdomain("libc", folder.c_str());
+    ::bindtextdomain("libc", folder.path().c_str());
 
     ASSERT_STREQ(std::strerror(EINVAL), "translated") << "the locale was to have an effect";
     EXPECT_EQ(DbusError(-EINVAL).error(), "Invalid argument");
@@ -85,7 +86,6 @@ TEST(DbusError, DoesNotChangeWithTheLocale) {
     std::setlocale(LC_ALL, "C");
     ::unsetenv("LANGUAGE");
     ::unsetenv("LOCPATH");
-    std::filesystem::remove_all(folder);
 }
 
 }  // namespace

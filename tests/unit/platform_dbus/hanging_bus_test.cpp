@@ -26,10 +26,6 @@ class EventLoopHangingBus : public LoopTest {
   protected:
     EventLoopHangingBus() { peer.own(peerName); }
     ~EventLoopHangingBus() override { goOn(); }
-    EventLoopHangingBus(const EventLoopHangingBus&) = delete;
-    EventLoopHangingBus& operator=(const EventLoopHangingBus&) = delete;
-    EventLoopHangingBus(EventLoopHangingBus&&) = delete;
-    EventLoopHangingBus& operator=(EventLoopHangingBus&&) = delete;
 
     // What answers a call of the peer; nothing when the call failed.
     std::string echo(const std::string& text) {

@@ -1,4 +1,6 @@
-#include "support/child_process/child_process.h"
+#include "base/non_copyable.h"
+
+#include "support/process/child_process.h"
 #include "unit/platform_dbus/loop_fixture.h"
 
 #include <unistd.h>
@@ -107,16 +109,12 @@ TEST_F(EventLoopLifecycle, FinishesTheTaskInProgressDropsTheRestAndRunsTheIdleTa
 }
 
 // Pushes once more when it dies, as an object may that owes a last step.
-struct PushesWhenItDies {
+struct PushesWhenItDies : private NonCopyable {
     PushesWhenItDies(dbus::EventLoop& target, std::atomic<pid_t>& where) : loop(target), destroyedOn(where) {}
     ~PushesWhenItDies() {
         destroyedOn = ::gettid();
         loop.pushTaskAsync([] { ADD_FAILURE() << "runs after the stop"; });
     }
-    PushesWhenItDies(const PushesWhenItDies&) = delete;
-    PushesWhenItDies& operator=(const PushesWhenItDies&) = delete;
-    PushesWhenItDies(PushesWhenItDies&&) = delete;
-    PushesWhenItDies& operator=(PushesWhenItDies&&) = delete;
     dbus::EventLoop& loop;
     std::atomic<pid_t>& destroyedOn;
 };

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include "base/sd_bus/handles.h"
 #include "doubles/recording_log/recording_log.h"
 #include "simulator/private_bus/private_bus.h"
+#include "support/waiting/waiting.h"
 #include "unit/platform_dbus/bus_peer.h"
-#include "unit/platform_dbus/waiting.h"
 
 #include <gtest/gtest.h>
 #include <kaz/dbus/event_loop.h>
@@ -24,14 +26,10 @@ class LoopTest : public ::testing::Test {
     LoopTest();
 
     // Ends the loop with the scope, so that what its tasks refer to is to be declared before it.
-    class Running {
+    class Running : NonCopyable {
       public:
         explicit Running(LoopTest& test) : test_(test) {}
         ~Running() { test_.end(); }
-        Running(const Running&) = delete;
-        Running& operator=(const Running&) = delete;
-        Running(Running&&) = delete;
-        Running& operator=(Running&&) = delete;
 
       private:
         LoopTest& test_;
@@ -47,7 +45,7 @@ class LoopTest : public ::testing::Test {
         auto task = std::make_shared<std::packaged_task<decltype(function())()>>(std::move(function));
         auto result = task->get_future();
         loop->pushTaskAsync([task] { (*task)(); });
-        if (result.wait_for(limit) != std::future_status::ready) {
+        if (result.wait_for(timeLimit) != std::future_status::ready) {
             throw std::runtime_error("the loop does not run its tasks");
         }
         return result.get();

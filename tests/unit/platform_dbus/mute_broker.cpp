@@ -8,28 +8,22 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <filesystem>
 #include <utility>
 
-#include "unit/platform_dbus/waiting.h"
+#include "support/waiting/waiting.h"
 
 namespace kaz::test {
 namespace {
 
-std::string newFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "kaz-mute-XXXXXX").string();
-    return ::mkdtemp(pattern.data());
-}
-
 bool becomesReadable(int descriptor) {
     pollfd waited{descriptor, POLLIN, 0};
-    return ::poll(&waited, 1, static_cast<int>(std::chrono::milliseconds(limit).count())) == 1;
+    return ::poll(&waited, 1, static_cast<int>(std::chrono::milliseconds(timeLimit).count())) == 1;
 }
 
 }  // namespace
 
 MuteBroker::MuteBroker()
-    : path_(newFolder() + "/socket"), listener_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    : path_(folder_ / "socket"), listener_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path_.copy(address.sun_path, sizeof address.sun_path - 1);
@@ -41,7 +35,6 @@ MuteBroker::MuteBroker()
 MuteBroker::~MuteBroker() {
     hangUp();
     ::close(listener_);
-    std::filesystem::remove_all(std::filesystem::path(path_).parent_path());
 }
 
 bool MuteBroker::hears() {

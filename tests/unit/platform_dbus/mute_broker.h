@@ -1,18 +1,18 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
+#include "base/temporary_folder.h"
+
 #include <string>
 
 namespace kaz::test {
 
 // A system bus that lets the loop connect, and then says nothing. One connection at a time.
-class MuteBroker {
+class MuteBroker : NonCopyable {
   public:
     MuteBroker();
     ~MuteBroker();
-    MuteBroker(const MuteBroker&) = delete;
-    MuteBroker& operator=(const MuteBroker&) = delete;
-    MuteBroker(MuteBroker&&) = delete;
-    MuteBroker& operator=(MuteBroker&&) = delete;
 
     // Waits for the loop and for the first byte that it says. False when it does not come until the limit passes.
     bool hears();
@@ -21,6 +21,7 @@ class MuteBroker {
     void hangUp();
 
   private:
+    TemporaryFolder folder_;
     std::string path_;
     int listener_;
     int connection_ = -1;

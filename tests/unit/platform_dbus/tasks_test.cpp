@@ -1,3 +1,5 @@
+#include "base/non_copyable.h"
+
 #include <pthread.h>
 #include <unistd.h>
 
@@ -88,13 +90,9 @@ TEST_F(EventLoopTasks, PushedFromATaskRunAfterIt) {
 }
 
 TEST_F(EventLoopTasks, AreDestroyedOnTheLoopThreadBeforeTheNextRuns) {
-    struct Held {
+    struct Held : private NonCopyable {
         explicit Held(std::atomic<pid_t>& where) : destroyedOn(where) {}
         ~Held() { destroyedOn = ::gettid(); }
-        Held(const Held&) = delete;
-        Held& operator=(const Held&) = delete;
-        Held(Held&&) = delete;
-        Held& operator=(Held&&) = delete;
         std::atomic<pid_t>& destroyedOn;
     };
     std::atomic<pid_t> destroyedOn = 0;

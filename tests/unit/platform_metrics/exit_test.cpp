@@ -1,6 +1,7 @@
 // What a process leaves in its file when it ends.
-#include "support/child_process/child_process.h"
-#include "support/temporary_folder/temporary_folder.h"
+#include "base/temporary_folder.h"
+#include "support/files/files.h"
+#include "support/process/child_process.h"
 
 #include <gmock/gmock.h>
 #include <stdio.h>
@@ -63,7 +64,7 @@ constexpr const char* twoGauges =
 TEST_F(MetricsAtExit, EveryReportIsInTheFile) {
     EXPECT_EQ(run("return from main"), 0);
     EXPECT_EQ(readFile(file()), twoGauges);
-    EXPECT_EQ(folder().content(), (std::set<std::string>{"metrics.prom", "output"}));
+    EXPECT_EQ(contentOf(folder()), (std::set<std::string>{"metrics.prom", "output"}));
     EXPECT_EQ(readFile(output()), "");
 }
 

@@ -1,7 +1,8 @@
 #include "platform/metrics/exposition/file_writer.h"
+#include "base/temporary_folder.h"
 #include "doubles/recording_log/recording_log.h"
-#include "support/child_process/child_process.h"
-#include "support/temporary_folder/temporary_folder.h"
+#include "support/files/files.h"
+#include "support/process/child_process.h"
 #include "support/waiting/waiting.h"
 
 #include <gmock/gmock.h>
@@ -38,7 +39,7 @@ std::ptrdiff_t threadCount() {
 
 class MetricsFileWriter : public ::testing::Test {
   protected:
-    const test::TemporaryFolder& folder() const { return folder_; }
+    const TemporaryFolder& folder() const { return folder_; }
     fs::path file() const { return folder_ / "metrics.prom"; }
     test::RecordingLog& log() { return log_; }
 
@@ -49,7 +50,7 @@ class MetricsFileWriter : public ::testing::Test {
     int renderings() const { return renderings_; }
 
   private:
-    test::TemporaryFolder folder_;
+    TemporaryFolder folder_;
     test::RecordingLog log_;
     std::atomic<int> renderings_ = 0;
 };

@@ -1,4 +1,6 @@
 // Reports to gauges and ends in one of several ways, named by its argument. Exit status 0 is a success.
+#include "base/non_copyable.h"
+
 #include <kaz/metrics/metrics_reporter_factory.h>
 #include <spdlog/spdlog.h>
 #include <sys/wait.h>

@@ -1,6 +1,7 @@
 #include "platform/metrics/exposition/text_file.h"
-#include "support/child_process/child_process.h"
-#include "support/temporary_folder/temporary_folder.h"
+#include "base/temporary_folder.h"
+#include "support/files/files.h"
+#include "support/process/child_process.h"
 
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -18,12 +19,13 @@ namespace kaz::metrics_reporting {
 namespace {
 
 namespace fs = std::filesystem;
+using test::contentOf;
 using test::readFile;
 using test::writeFile;
 
 class TextFile : public ::testing::Test {
   protected:
-    const test::TemporaryFolder& folder() const { return folder_; }
+    const TemporaryFolder& folder() const { return folder_; }
     fs::path file() const { return folder_ / "metrics.prom"; }
 
     // The text of the error that a replacement meets.
@@ -37,7 +39,7 @@ class TextFile : public ::testing::Test {
     }
 
   private:
-    test::TemporaryFolder folder_;
+    TemporaryFolder folder_;
 };
 
 TEST_F(TextFile, IsCreatedAndReplacedWhole) {
@@ -48,7 +50,7 @@ TEST_F(TextFile, IsCreatedAndReplacedWhole) {
     replaceTextFile(file(), "");
     EXPECT_TRUE(fs::exists(file()));
     EXPECT_EQ(readFile(file()), "");
-    EXPECT_EQ(folder().content(), std::set<std::string>{"metrics.prom"});
+    EXPECT_EQ(contentOf(folder()), std::set<std::string>{"metrics.prom"});
 }
 
 TEST_F(TextFile, CanBeReadByACollectorAndWrittenByNobodyElse) {
@@ -83,7 +85,7 @@ TEST_F(TextFile, WhatADeadProcessOfTheSameNumberLeftIsNoObstacle) {
     writeFile(stale, "half");
     replaceTextFile(file(), "text");
     EXPECT_EQ(readFile(file()), "text");
-    EXPECT_EQ(folder().content(), std::set<std::string>{"metrics.prom"});
+    EXPECT_EQ(contentOf(folder()), std::set<std::string>{"metrics.prom"});
 }
 
 TEST_F(TextFile, ThatCannotBeWrittenIsAnErrorThatNamesIt) {
@@ -98,11 +100,11 @@ TEST_F(TextFile, DoesNotTakeThePlaceOfAnythingButAFile) {
     fs::create_directory(folder() / "folder");
     fs::create_symlink("elsewhere", folder() / "link");
     ASSERT_EQ(::mkfifo((folder() / "pipe").c_str(), 0600), 0);
-    const auto before = folder().content();
+    const auto before = contentOf(folder());
     for (const char* name : {"folder", "link", "pipe"}) {
         EXPECT_EQ(failureOf(folder() / name), "replace " + (folder() / name).string() + ": Invalid argument");
     }
-    EXPECT_EQ(folder().content(), before);
+    EXPECT_EQ(contentOf(folder()), before);
 }
 
 TEST_F(TextFile, StaysAsItWasWhenTheNewOneDoesNotFitOnTheDisk) {
@@ -115,7 +117,7 @@ TEST_F(TextFile, StaysAsItWasWhenTheNewOneDoesNotFitOnTheDisk) {
     });
     EXPECT_EQ(child.wait(), 0);
     EXPECT_EQ(readFile(file()), "old");
-    EXPECT_EQ(folder().content(), std::set<std::string>{"metrics.prom"});
+    EXPECT_EQ(contentOf(folder()), std::set<std::string>{"metrics.prom"});
 }
 
 }  // namespace

@@ -8,8 +8,6 @@
 namespace kaz::sim::test {
 namespace {
 
-constexpr std::uint64_t callLimit = 20'000'000;  // µs
-
 Signal read(sd_bus_message* message) {
     const auto text = [](const char* value) { return value == nullptr ? std::string() : std::string(value); };
     return {text(sd_bus_message_get_sender(message)), text(sd_bus_message_get_path(message)),
@@ -49,7 +47,9 @@ Message BusClient::newCall(const Target& target, const char* member) {
 nlohmann::json BusClient::send(sd_bus_message* message) {
     sd_bus_error error{};
     sd_bus_message* raw = nullptr;
-    if (sd_bus_call(bus_.get(), message, callLimit, &error, &raw) < 0) {
+    if (sd_bus_call(bus_.get(), message,
+                    static_cast<std::uint64_t>(std::chrono::microseconds(timeLimit).count()), &error,
+                    &raw) < 0) {
         const std::string name = error.name;
         const std::string text = error.message == nullptr ? "" : error.message;
         sd_bus_error_free(&error);
@@ -65,7 +65,7 @@ nlohmann::json BusClient::get(const Target& target, const char* property) {
 }
 
 bool BusClient::waitUntil(const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + generous;
+    const auto end = std::chrono::steady_clock::now() + timeLimit;
     while (!condition()) {
         if (std::chrono::steady_clock::now() >= end) {
             return false;

@@ -9,10 +9,12 @@
 #include <vector>
 
 #include "simulator/bus/handles.h"
+#include "support/waiting/waiting.h"
 
 namespace kaz::sim::test {
 
-constexpr std::chrono::seconds generous{20};
+using kaz::test::eventually;
+using kaz::test::timeLimit;
 
 // The error that a call was answered with; what() is its text.
 class CallFailed : public std::runtime_error {

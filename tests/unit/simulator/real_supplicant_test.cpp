@@ -5,19 +5,20 @@
 #include <fstream>
 #include <iterator>
 
-#include "unit/simulator/child_program.h"
+#include "support/process/running_program.h"
 #include "unit/simulator/device_fixture.h"
 
 namespace kaz::sim::test {
 namespace {
 
+using kaz::test::RunningProgram;
 using ::testing::HasSubstr;
 
 bool canRunTheRealOne() {
-    ChildProgram probe({"sh", "-c",
-                        "PATH=$PATH:/usr/sbin:/sbin; command -v wpa_supplicant ip >/dev/null && "
-                        "unshare --net ip link add kaz0 type veth peer name kaz1 2>/dev/null"});
-    return probe.wait() == 0;
+    RunningProgram probe({"sh", "-c",
+                          "PATH=$PATH:/usr/sbin:/sbin; command -v wpa_supplicant ip >/dev/null && "
+                          "unshare --net ip link add kaz0 type veth peer name kaz1 2>/dev/null"});
+    return probe.wait().status == 0;
 }
 
 class RealSupplicant : public DeviceTest {
@@ -93,10 +94,10 @@ TEST_F(RealSupplicant, EndsWithTheDevice) {
 
 TEST_F(RealSupplicant, EndsWithAKilledProgramToo) {
     device_.reset();
-    ChildProgram program({KAZ_DEVICE_SIM, "--real-supplicant", "--bus", bus_.address()});
+    RunningProgram program({KAZ_DEVICE_SIM, "--real-supplicant", "--bus", bus_.address()});
     program.readLine();
     ASSERT_NE(client_->ownerOf("fi.w1.wpa_supplicant1"), "");
-    program.signal(SIGKILL);
+    program.sendSignal(SIGKILL);
     program.wait();
     EXPECT_TRUE(client_->waitUntil([&] { return client_->ownerOf("fi.w1.wpa_supplicant1").empty(); }));
 }

@@ -1,4 +1,4 @@
-#include "unit/platform_dbus/waiting.h"
+#include "support/waiting/waiting.h"
 
 #include <fstream>
 #include <string>
@@ -36,7 +36,7 @@ bool sleeps(pid_t thread) {
 }  // namespace
 
 bool eventually(const std::function<bool()>& condition) {
-    const auto end = steady_clock::now() + limit;
+    const auto end = steady_clock::now() + timeLimit;
     while (!condition()) {
         if (steady_clock::now() > end) {
             return false;
@@ -67,7 +67,7 @@ std::size_t Counter::value() const {
 
 bool Counter::reaches(std::size_t count) const {
     std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, limit, [&] { return count_ >= count; });
+    return changed_.wait_for(lock, timeLimit, [&] { return count_ >= count; });
 }
 
 }  // namespace kaz::test

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include <sys/types.h>
 
 #include <chrono>
@@ -19,23 +21,19 @@ using Environment = std::map<std::string, std::string>;
 
 // A program that runs beside this one, with pipes or with a terminal of its own as standard input and output.
 // Killed at the end of scope at the latest.
-class RunningProgram {
+class RunningProgram : NonCopyable {
   public:
     struct Terminal {
         unsigned short columns = 80;
         unsigned short rows = 24;
     };
 
-    // With pipes. `environment` is added to this process's.
-    RunningProgram(const std::vector<std::string>& command, const Environment& environment);
+    // With pipes. `environment` is added to this process's; an empty value removes a variable.
+    explicit RunningProgram(const std::vector<std::string>& command, const Environment& environment = {});
     // With a terminal. What the program writes to stderr arrives there, too.
     RunningProgram(const std::vector<std::string>& command, const Environment& environment,
                    Terminal terminal);
     ~RunningProgram();
-    RunningProgram(const RunningProgram&) = delete;
-    RunningProgram& operator=(const RunningProgram&) = delete;
-    RunningProgram(RunningProgram&&) = delete;
-    RunningProgram& operator=(RunningProgram&&) = delete;
 
     // Types at the terminal, or writes to the pipe.
     void send(const std::string& text) const;
@@ -44,10 +42,13 @@ class RunningProgram {
     void sendSignal(int signal) const;
 
     // Reads until the output holds `text`, from where the last call found its own. False when the program
-    // ended before, or nothing came within a generous limit.
+    // ended before, or nothing came within the time limit.
     bool waitFor(const std::string& text);
 
-    // Waits for the end, and brings it about after a generous limit without any output. What was written until
+    // The rest of the line, without its end.
+    std::string readLine();
+
+    // Waits for the end, and brings it about after the time limit without any output. What was written until
     // then is in out() and err().
     Ending wait();
     // Waits until it has been stopped, as by Ctrl-Z.

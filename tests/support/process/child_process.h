@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,7 +15,7 @@ namespace kaz::test {
 
 // A copy of this process that runs a function and ends with what it returned as exit status; 99 when it
 // threw. Killed at the end of scope at the latest. Fork while there is one thread only.
-class ChildProcess {
+class ChildProcess : NonCopyable {
   public:
     explicit ChildProcess(const std::function<int()>& body) : pid_(::fork()) {
         if (pid_ < 0) {
@@ -34,10 +36,6 @@ class ChildProcess {
             wait();
         }
     }
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
-    ChildProcess(ChildProcess&&) = delete;
-    ChildProcess& operator=(ChildProcess&&) = delete;
 
     void sendKill() const { ::kill(pid_, SIGKILL); }
 

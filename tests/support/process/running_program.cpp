@@ -1,4 +1,6 @@
-#include "integration/kazwifictl/running_program.h"
+#include "support/process/running_program.h"
+
+#include "support/waiting/waiting.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -19,8 +21,6 @@
 
 namespace kaz::test {
 namespace {
-
-constexpr int generousLimit = 60'000;  // ms
 
 // Everything a child needs, made before the fork: after it only system calls are safe.
 class Image {
@@ -46,7 +46,7 @@ class Image {
         sigset_t none;
         ::sigemptyset(&none);
         ::sigprocmask(SIG_SETMASK, &none, nullptr);
-        ::execve(argv_.front(), argv_.data(), envp_.data());
+        ::execvpe(argv_.front(), argv_.data(), envp_.data());
         ::_exit(127);
     }
 
@@ -153,7 +153,8 @@ void RunningProgram::sendSignal(int signal) const {
 
 bool RunningProgram::readSome() {
     std::array<pollfd, 2> waited{{{output_, POLLIN, 0}, {errors_, POLLIN, 0}}};
-    if (::poll(waited.data(), waited.size(), generousLimit) <= 0) {
+    if (::poll(waited.data(), waited.size(),
+               static_cast<int>(std::chrono::milliseconds(timeLimit).count())) <= 0) {
         return false;
     }
     std::array<char, 4096> buffer{};
@@ -185,6 +186,12 @@ bool RunningProgram::waitFor(const std::string& text) {
             return false;
         }
     }
+}
+
+std::string RunningProgram::readLine() {
+    const std::size_t begin = seen_;
+    const std::size_t end = waitFor("\n") ? seen_ - 1 : out_.size();
+    return out_.substr(begin, end - begin);
 }
 
 Ending RunningProgram::wait() {
