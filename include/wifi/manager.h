@@ -38,6 +38,9 @@ class ManagerImpl;
 /// or a connection to another network. It can be the former connection, if the supplicant refused the request
 /// or never received it.
 ///
+/// Platform: if the device brings its own D-Bus library, two promises depend on it: a lost bus is reconnected,
+/// and the destructor does not wait for a peer that never answers. CMake reports what that library lacks.
+///
 /// Log records go to the process's default spdlog logger, which may be replaced at any time. Without one,
 /// after spdlog was shut down, they are dropped. An SSID appears there only as ssid="..."; passwords, keys
 /// and identities never appear.

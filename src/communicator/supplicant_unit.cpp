@@ -73,10 +73,10 @@ std::string SupplicantUnit::activeStateSync(const dbus::OPath& unit) {
 }
 
 void SupplicantUnit::subscribe(const dbus::OPath& unit) {
-    if (std::find(subscribed_.begin(), subscribed_.end(), unit) != subscribed_.end()) {
+    if (std::find(subscribed_.begin(), subscribed_.end(), unit.str()) != subscribed_.end()) {
         return;
     }
-    subscribed_.push_back(unit);
+    subscribed_.push_back(unit.str());
     bus_.subscribe(bus::systemd::service, unit, bus::propertiesInterface, bus::propertiesChanged,
                    dbus::Bus::Lifetime::permanent,
                    [this](dbus::MessageDecoder& decoder) { onSignalPropertiesChanged(decoder); });

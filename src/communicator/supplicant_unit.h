@@ -37,7 +37,7 @@ class SupplicantUnit {
 
     dbus::Bus& bus_;
     Handler handler_;
-    std::vector<dbus::OPath> subscribed_;  // permanently, also after a loss of the bus
+    std::vector<std::string> subscribed_;  // permanently, also after a loss of the bus
     bool found_ = false;                   // systemd has reported the unit's path and state
 };
 

@@ -1,42 +1,58 @@
 #include "dbus/bus.h"
 
+#include "base/guard.h"
+#include "base/log.h"
+#include "dbus/platform_help.h"
+
+#include <unistd.h>
+
+#include <cstdint>
 #include <utility>
 
 namespace kaz::dbus {
 namespace {
 
-// A device's own event loop may lack these two. The library is built with it all the same; it then notices neither that
-// the bus comes back nor that a daemon is replaced.
-template <typename Loop, typename Task>
-void setConnectionTask(Loop& loop, Task task) {
-    if constexpr (requires { loop.setConnectionTaskSync(task); }) {
-        loop.setConnectionTaskSync(std::move(task));
-    }
-}
-
-template <typename Loop, typename Task>
-void setOwnerTask(Loop& loop, const char* name, Task task) {
-    if constexpr (requires { loop.setNameOwnerTaskSync(name, task); }) {
-        loop.setNameOwnerTaskSync(name, std::move(task));
-    }
-}
+constexpr std::chrono::microseconds callTimeout = std::chrono::seconds(10);
 
 }  // namespace
 
+Bus::Bus() : process_(::getpid()), owners_(std::make_unique<NameOwners>()) {}
+
+Bus::~Bus() {
+    if (inherited()) {
+        static_cast<void>(owners_.release());  // the connection is the parent's
+    }
+}
+
+bool Bus::inherited() const noexcept {
+    return ::getpid() != process_;
+}
+
 void Bus::start() {
+    started_ = true;
     loop_.startEventLoopAsync();
 }
 
 void Bus::stop() {
-    loop_.stopEventLoopAsync();
+    // A forked child must not wait for a lock that a thread of the parent holds in its copy of the memory.
+    if (!inherited()) {
+        tasks_.close();
+        loop_.stopEventLoopAsync();
+    }
 }
 
 void Bus::pushTask(std::function<void()> task) {
-    loop_.pushTaskAsync(std::move(task));
+    if (tasks_.push(std::move(task))) {
+        loop_.pushTaskAsync([this] { tasks_.runOne(); });
+    }
 }
 
 void Bus::setIdleTask(std::function<std::optional<std::chrono::milliseconds>()> task) {
-    loop_.setIdleTaskSync(std::move(task));
+    loop_.setIdleTaskSync([task = std::move(task)] {
+        std::optional<std::chrono::milliseconds> delay;
+        runGuarded("idle task", [&] { delay = task(); });
+        return delay;
+    });
 }
 
 void Bus::configureTimer(bool enable, std::chrono::milliseconds interval) {
@@ -44,13 +60,29 @@ void Bus::configureTimer(bool enable, std::chrono::milliseconds interval) {
 }
 
 void Bus::setTimerTask(std::function<void()> task) {
-    loop_.setTimerCompletedTask(std::move(task));
+    loop_.setTimerCompletedTask([task = std::move(task)] { runGuarded("timer task", task); });
 }
 
 void Bus::subscribe(const char* sender, const OPath& path, const char* interface, const char* member,
                     Lifetime lifetime, std::function<void(MessageDecoder&)> handler) {
-    loop_.registerSignalHandlerSync(sender, path.c_str(), interface, member, lifetime == Lifetime::temporary,
-                                    std::move(handler));
+    if (path.str().empty()) {
+        return;
+    }
+    connection();
+    NameOwner& owner = owners_->follow(sender);
+    loop_.registerSignalHandlerSync(sender, path.str().c_str(), interface, member,
+                                    lifetime == Lifetime::temporary,
+                                    [this, &owner, sender = std::string(sender), member = std::string(member),
+                                     handler = std::move(handler)](MessageDecoder& decoder) {
+                                        connection();
+                                        if (owner.sent(decoder.message)) {
+                                            runGuarded("signal handler", [&] { handler(decoder); });
+                                            return;
+                                        }
+                                        const char* stranger = sd_bus_message_get_sender(decoder.message);
+                                        log::debug("Dropping {}: sent by {}, which does not own {}", member,
+                                                   stranger == nullptr ? "" : stranger, sender);
+                                    });
 }
 
 void Bus::dropTemporarySubscriptions() {
@@ -58,15 +90,33 @@ void Bus::dropTemporarySubscriptions() {
 }
 
 void Bus::onConnectionChanged(std::function<void(bool connected)> task) {
-    setConnectionTask(loop_, std::move(task));
+    setConnectionTask(loop_, [this, task = std::move(task)](bool connected) {
+        connection();
+        task(connected);
+    });
 }
 
 void Bus::onOwnerChanged(const char* name, std::function<void(bool owned)> task) {
-    setOwnerTask(loop_, name, std::move(task));
+    if (started_) {
+        connection();
+    }
+    owners_->follow(name).setChangeTask(std::move(task));
 }
 
-RemoteObject Bus::object(const char* destination, const OPath& path, const char* interface) const {
-    return {loop_.getSdBusHandle(), {destination, path.str(), interface}};
+RemoteObject Bus::object(const char* destination, const OPath& path, const char* interface) {
+    return {connection(), {destination, path.str(), interface}};
+}
+
+// The platform may have another connection than before. Then no owner on the older one counts.
+sd_bus* Bus::connection() {
+    sd_bus* const present = loop_.getSdBusHandle();
+    if (!owners_->attachedTo(present)) {
+        if (present != nullptr) {
+            sd_bus_set_method_call_timeout(present, static_cast<uint64_t>(callTimeout.count()));
+        }
+        owners_->attach(present);
+    }
+    return present;
 }
 
 }  // namespace kaz::dbus

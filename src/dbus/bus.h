@@ -1,12 +1,18 @@
 #pragma once
 
+#include "base/non_copyable.h"
+#include "dbus/name_owners.h"
 #include "dbus/remote_object.h"
+#include "dbus/task_queue.h"
 
 #include <kaz/dbus/event_loop.h>
 #include <kaz/dbus/opath.h>
+#include <sys/types.h>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace kaz::dbus {
@@ -18,15 +24,19 @@ namespace kaz::dbus {
 // pushTask() may be called from any thread; everything else only before the start or on the loop thread.
 //
 // The destructor stops the thread and waits for it. What tasks and handlers use must live longer than the Bus.
-class Bus {
+class Bus : NonCopyable {
   public:
     // How long a subscription lasts: until dropTemporarySubscriptions(), or as long as the Bus.
     enum class Lifetime { temporary, permanent };
 
+    Bus();
+    ~Bus();
+
     void start();
+    // Drops what waits. No task begins after it.
     void stop();
 
-    // Queues a task; first in, first out.
+    // Queues a task; first in, first out. While TaskQueue::limit of them wait, it is dropped with a warning in the log.
     void pushTask(std::function<void()> task);
 
     // Runs when there is nothing else to do. It returns the delay after which it must run again even if nothing
@@ -37,22 +47,32 @@ class Bus {
     void configureTimer(bool enable, std::chrono::milliseconds interval);
     void setTimerTask(std::function<void()> task);
 
-    // Calls the handler for each such signal of `sender`. An empty path subscribes to nothing.
+    // Calls the handler for each such signal that the present owner of the name `sender` sent. Any program on the bus
+    // can send one that looks the same; it is dropped. An empty path subscribes to nothing.
     void subscribe(const char* sender, const OPath& path, const char* interface, const char* member,
                    Lifetime lifetime, std::function<void(MessageDecoder&)> handler);
     void dropTemporarySubscriptions();
 
     // Runs the task when the connection is lost (false), and when there is one again (true). One task at most.
+    // Only with a platform that reconnects.
     void onConnectionChanged(std::function<void(bool connected)> task);
 
     // Runs the task when the bus name gets another owner (true) or loses its owner (false). One task per name.
     void onOwnerChanged(const char* name, std::function<void(bool owned)> task);
 
     // One interface of one object, for calls on the loop thread. Valid until the connection changes.
-    RemoteObject object(const char* destination, const OPath& path, const char* interface) const;
+    RemoteObject object(const char* destination, const OPath& path, const char* interface);
 
   private:
-    EventLoop loop_;
+    // Whether this is a forked child, which has the object but not its thread.
+    bool inherited() const noexcept;
+    sd_bus* connection();
+
+    const pid_t process_;
+    std::atomic<bool> started_ = false;
+    std::unique_ptr<NameOwners> owners_;
+    TaskQueue tasks_;
+    EventLoop loop_;  // the last member, so that its thread ends before anything it uses does
 };
 
 }  // namespace kaz::dbus

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <utility>
 
 namespace kaz::dbus {
 
@@ -12,11 +13,25 @@ concept Reconnects = requires(Loop& loop, std::function<void(bool connected)> ta
     loop.setConnectionTaskSync(task);
 };
 
+// After the stop the loop gives up a call in flight in time, and runs the idle task once more.
+template <typename Loop>
+concept EndsInTime = requires {
+    Loop::stopGrace;
+};
+
 // The call helpers keep the text of an error reply out of their log when the call holds a secret.
 template <typename Builder>
 concept KeepsSecretsFromItsLog = requires(Builder& builder) {
     builder.markSensitive();
 };
+
+// Without the platform's help the task never runs.
+template <typename Loop, typename Task>
+void setConnectionTask(Loop& loop, Task task) {
+    if constexpr (Reconnects<Loop>) {
+        loop.setConnectionTaskSync(std::move(task));
+    }
+}
 
 template <typename Builder>
 void keepErrorTextOutOfLog(Builder& builder) {

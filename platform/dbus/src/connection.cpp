@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "base/errno_text.h"
+#include "base/guard.h"
 #include "base/log.h"
-#include "platform/dbus/guard.h"
 
 namespace kaz::dbus {
 namespace {

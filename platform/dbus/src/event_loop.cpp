@@ -25,9 +25,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// How long after the stop a call in flight may still take.
-constexpr milliseconds grace{1000};
-
 EventPtr makeEvent() {
     sd_event* event = nullptr;
     checked(sd_event_new(&event), "sd_event_new");
@@ -136,7 +133,7 @@ void EventLoop::Impl::turn() noexcept {
 
 void EventLoop::Impl::waitForEnd() noexcept {
     std::unique_lock lock(mutex_);
-    if (!changed_.wait_until(lock, stoppedAt_ + grace, [this] { return ended_; })) {
+    if (!changed_.wait_until(lock, stoppedAt_ + stopGrace, [this] { return ended_; })) {
         connection.abandon();
     }
     lock.unlock();
@@ -193,10 +190,6 @@ void EventLoop::removeTemporarySignalHandlersSync() {
 
 void EventLoop::setConnectionTaskSync(std::function<void(bool connected)> task) {
     impl_->connection.setChangeTask(std::move(task));
-}
-
-void EventLoop::setNameOwnerTaskSync(const char* name, std::function<void(bool owned)> task) {
-    impl_->connection.signals().followOwner(textOf(name), std::move(task));
 }
 
 sd_bus* EventLoop::getSdBusHandle() const {

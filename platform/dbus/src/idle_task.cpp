@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/dbus/guard.h"
+#include "base/guard.h"
 
 namespace kaz::dbus {
 namespace {

@@ -5,9 +5,8 @@
 #include <utility>
 
 #include "base/errno_text.h"
+#include "base/guard.h"
 #include "base/log.h"
-#include "platform/dbus/guard.h"
-#include "platform/dbus/name_owner.h"
 
 namespace kaz::dbus {
 
@@ -15,7 +14,6 @@ struct SignalTable::Entry : std::enable_shared_from_this<Entry> {
     SignalMatch match;
     bool temporary = false;
     Handler handler;
-    std::shared_ptr<NameOwner> owner;
     SlotPtr slot;
 };
 
@@ -25,9 +23,6 @@ SignalTable::~SignalTable() {
 
 void SignalTable::attach(sd_bus* bus) {
     bus_ = bus;
-    for (const auto& owner : owners()) {
-        owner->attach(bus_);
-    }
     for (const auto& entry : entries_) {
         subscribe(*entry);
     }
@@ -37,16 +32,11 @@ void SignalTable::detach() noexcept {
     bus_ = nullptr;
     for (const auto& entry : entries_) {
         entry->slot.reset();
-        entry->owner->detach();
-    }
-    for (const auto& owner : followed_) {
-        owner->detach();
     }
 }
 
 void SignalTable::add(SignalMatch match, bool temporary, Handler handler) {
     auto entry = std::make_shared<Entry>();
-    entry->owner = ownerOf(match.sender);
     entry->match = std::move(match);
     entry->temporary = temporary;
     entry->handler = std::move(handler);
@@ -66,39 +56,6 @@ void SignalTable::removeTemporary() {
     entries_.erase(first, entries_.end());
 }
 
-void SignalTable::followOwner(const std::string& name, std::function<void(bool owned)> task) {
-    const auto owner = ownerOf(name);
-    owner->setChangeTask(std::move(task));
-    if (std::find(followed_.begin(), followed_.end(), owner) == followed_.end()) {
-        followed_.push_back(owner);
-    }
-}
-
-// Each once.
-std::vector<std::shared_ptr<NameOwner>> SignalTable::owners() const {
-    std::vector<std::shared_ptr<NameOwner>> all = followed_;
-    for (const auto& entry : entries_) {
-        if (std::find(all.begin(), all.end(), entry->owner) == all.end()) {
-            all.push_back(entry->owner);
-        }
-    }
-    return all;
-}
-
-std::shared_ptr<NameOwner> SignalTable::ownerOf(const std::string& name) {
-    const auto known = owners();
-    const auto match =
-        std::find_if(known.begin(), known.end(), [&](const auto& owner) { return owner->name() == name; });
-    if (match != known.end()) {
-        return *match;
-    }
-    auto owner = std::make_shared<NameOwner>(name);
-    if (bus_ != nullptr) {
-        owner->attach(bus_);
-    }
-    return owner;
-}
-
 void SignalTable::subscribe(Entry& entry) {
     const SignalMatch& match = entry.match;
     sd_bus_slot* slot = nullptr;
@@ -114,11 +71,6 @@ void SignalTable::subscribe(Entry& entry) {
 int SignalTable::onSignal(sd_bus_message* message, void* entry, sd_bus_error* /*error*/) {
     // Its own handler may remove the entry.
     const auto self = static_cast<Entry*>(entry)->shared_from_this();
-    if (!self->owner->sent(message)) {
-        log::debug("Dropping {}: sent by {}, which does not own {}", self->match.member,
-                   textOf(sd_bus_message_get_sender(message)), self->match.sender);
-        return 0;
-    }
     MessageDecoder decoder{message};
     runGuarded("signal handler", [&] { self->handler(decoder); });
     return 0;

@@ -12,8 +12,6 @@
 
 namespace kaz::dbus {
 
-class NameOwner;
-
 struct SignalMatch {
     std::string sender;
     std::string path;
@@ -36,20 +34,14 @@ class SignalTable : NonCopyable {
     void add(SignalMatch match, bool temporary, Handler handler);
     void removeTemporary();
 
-    // Runs the task when the owner of the name changes. One task a name; a later one replaces it.
-    void followOwner(const std::string& name, std::function<void(bool owned)> task);
-
   private:
     struct Entry;
 
     static int onSignal(sd_bus_message* message, void* entry, sd_bus_error* error);
-    std::vector<std::shared_ptr<NameOwner>> owners() const;
-    std::shared_ptr<NameOwner> ownerOf(const std::string& name);
     void subscribe(Entry& entry);
 
     sd_bus* bus_ = nullptr;
     std::vector<std::shared_ptr<Entry>> entries_;
-    std::vector<std::shared_ptr<NameOwner>> followed_;  // for their own sake, whatever is subscribed
 };
 
 }  // namespace kaz::dbus

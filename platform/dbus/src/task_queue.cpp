@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "base/checked.h"
+#include "base/guard.h"
 #include "base/log.h"
-#include "platform/dbus/guard.h"
 
 namespace kaz::dbus {
 namespace {
@@ -25,23 +25,14 @@ TaskQueue::TaskQueue(sd_event* event) {
 }
 
 void TaskQueue::push(Task task) {
-    {
-        const std::lock_guard lock(mutex_);
-        if (closed_) {
-            return;
-        }
-        if (tasks_.size() < limit) {
-            tasks_.push_back(std::move(task));
-            if (tasks_.size() == 1) {
-                wakeUp_.set();
-            }
-            return;
-        }
-        if (std::exchange(full_, true)) {
-            return;
-        }
+    const std::lock_guard lock(mutex_);
+    if (closed_) {
+        return;
     }
-    log::warn("{} tasks are waiting, dropping what is added until some have run", limit);
+    tasks_.push_back(std::move(task));
+    if (tasks_.size() == 1) {
+        wakeUp_.set();
+    }
 }
 
 void TaskQueue::close() noexcept {
@@ -65,7 +56,6 @@ bool TaskQueue::runOne() noexcept {
         }
         task = std::move(tasks_.front());
         tasks_.pop_front();
-        full_ = full_ && tasks_.size() > limit / 2;  // one warning for a flood, not for each of its waves
         if (tasks_.empty()) {
             wakeUp_.clear();
         }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <cstddef>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -17,13 +16,8 @@ class TaskQueue {
   public:
     using Task = std::function<void()>;
 
-    // No more tasks than this may wait. Somebody who adds them faster than they can run, and never looks at what
-    // becomes of them, would otherwise fill the memory.
-    static constexpr std::size_t limit = 4096;
-
     explicit TaskQueue(sd_event* event);
 
-    // Beyond the limit the task is dropped, with a warning in the log for the first one.
     void push(Task task);
 
     // From now on no task begins, and what is pushed is dropped. Wakes the loop.
@@ -39,7 +33,6 @@ class TaskQueue {
   private:
     mutable std::mutex mutex_;
     std::deque<Task> tasks_;
-    bool full_ = false;  // and the log was told
     std::atomic<bool> closed_ = false;
     EventFd wakeUp_;  // readable while there are tasks, and for good once closed
     SourcePtr source_;

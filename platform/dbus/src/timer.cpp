@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "base/checked.h"
+#include "base/guard.h"
 #include "platform/dbus/clock.h"
-#include "platform/dbus/guard.h"
 
 namespace kaz::dbus {
 namespace {

@@ -113,6 +113,11 @@ std::vector<std::string> BusPeer::calls() const {
     return calls_;
 }
 
+std::string BusPeer::caller() const {
+    const std::lock_guard lock(mutex_);
+    return caller_;
+}
+
 bool BusPeer::waitForCall(const std::string& call) const {
     std::unique_lock lock(mutex_);
     return called_.wait_for(lock, timeLimit,
@@ -135,6 +140,7 @@ int BusPeer::onCall(sd_bus_message* message, void* peer, sd_bus_error* /*error*/
     }
     const char* member = sd_bus_message_get_member(message);
     self->calls_.push_back(std::string(member) + "(" + first + ")");
+    self->caller_ = sd_bus_message_get_sender(message);
     self->called_.notify_all();
     return answer(message, member, first);
 }

@@ -48,6 +48,8 @@ class BusPeer : NonCopyable {
 
     // "MEMBER(FIRST ARGUMENT)" of the calls so far.
     std::vector<std::string> calls() const;
+    // The unique name of who called last.
+    std::string caller() const;
     bool waitForCall(const std::string& call) const;
 
     // Signals received, as subscribed to by receive().
@@ -71,6 +73,7 @@ class BusPeer : NonCopyable {
     std::unique_ptr<sd_bus, Close> bus_;
     std::string uniqueName_;
     std::vector<std::string> calls_;
+    std::string caller_;
     std::atomic<std::size_t> received_ = 0;
     int wakeUp_ = -1;
     std::atomic<bool> ending_ = false;

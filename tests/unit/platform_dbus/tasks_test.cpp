@@ -132,33 +132,5 @@ TEST_F(EventLoopTasks, LeaveTheSignalsOfTheStartingThreadAsTheyWere) {
 }
 
 // The loop is held back while far too many tasks are added.
-TEST_F(EventLoopTasks, AreDroppedWithOneWarningWhileTooManyWait) {
-    constexpr int tooMany = 100'000;
-    constexpr int limitOfTheQueue = 4096;
-    std::atomic<int> ran = 0;
-    const Running running = start();
-    for (int flood = 1; flood <= 2; ++flood) {
-        ran = 0;
-        std::promise<void> held;
-        std::promise<void> goOn;
-        loop->pushTaskAsync([&] {
-            held.set_value();
-            goOn.get_future().wait();
-        });
-        held.get_future().wait();
-        for (int i = 0; i < tooMany; ++i) {
-            loop->pushTaskAsync([&ran] { ++ran; });
-        }
-        goOn.set_value();
-        EXPECT_TRUE(eventually([&] { return ran == limitOfTheQueue; }));
-        onLoop([] {});
-        EXPECT_EQ(ran, limitOfTheQueue);
-        EXPECT_EQ(
-            log.texts(spdlog::level::warn),
-            std::vector<std::string>(static_cast<std::size_t>(flood),
-                                     "4096 tasks are waiting, dropping what is added until some have run"));
-    }
-}
-
 }  // namespace
 }  // namespace kaz::test

@@ -26,12 +26,15 @@ namespace kaz::dbus {
 /// loop thread.
 class [[gnu::visibility("default")]] EventLoop {
   public:
+    /// How long after the stop a bus call may still wait for its reply.
+    static constexpr std::chrono::milliseconds stopGrace{1000};
+
     /// The loop thread opens the connection before it runs the first task. Throws std::system_error when it
     /// cannot create an event, eventfd or timer, for example when the process has no file descriptor left.
     EventLoop();
 
-    /// Stops the loop if it runs and waits for its thread. 1000 ms after the stop, a bus call that waits for
-    /// its reply fails, and so does every later call. The task in progress and the last idle pass may run
+    /// Stops the loop if it runs and waits for its thread. stopGrace after the stop, a bus call that waits
+    /// for its reply fails, and so does every later call. The task in progress and the last idle pass may run
     /// until this returns, so what they use must exist until then. This includes a pointer to the loop:
     /// std::unique_ptr::reset() clears its pointer before it destroys. Must not run on the loop thread.
     ///
@@ -53,8 +56,7 @@ class [[gnu::visibility("default")]] EventLoop {
     /// nothing. A loop that is stopped before its start never runs anything.
     void stopEventLoopAsync();
 
-    /// Queues a task. After the stop, the task is dropped and not logged. While 4096 tasks are waiting, it is
-    /// dropped with a warning in the log; the next warning comes only after the queue was half empty.
+    /// Queues a task. After the stop, the task is dropped and not logged.
     void pushTaskAsync(std::function<void()> task);
 
     /// The idle task returns the delay after which it runs again even if nothing happens. Zero or less means
@@ -68,8 +70,8 @@ class [[gnu::visibility("default")]] EventLoop {
     /// Sets the timer's task; a later one replaces it.
     void setTimerCompletedTask(std::function<void()> task);
 
-    /// Subscribes to a signal. Only signals from the current owner of the name `sender` reach the handler. A
-    /// temporary handler lives until removeTemporarySignalHandlersSync(), any other one as long as the loop.
+    /// Subscribes to a signal. Any program on the bus can send a unicast signal that matches: the handler checks
+    /// who did. A temporary handler lives until removeTemporarySignalHandlersSync(), any other one as long as the loop.
     /// An empty path is refused and not logged. Handlers may add and remove handlers, also themselves; a new
     /// handler gets only later signals.
     void registerSignalHandlerSync(const char* sender, const char* path, const char* interface,
@@ -82,10 +84,6 @@ class [[gnu::visibility("default")]] EventLoop {
     /// start without a bus, the first connection counts as restored. The task runs on the loop thread,
     /// outside of any other task or handler. A later task replaces it.
     void setConnectionTaskSync(std::function<void(bool connected)> task);
-
-    /// Sets the task that runs when the bus name gets another owner (true) or loses its owner (false).
-    /// Changes without a connection are not reported. One task per name; a later one replaces it.
-    void setNameOwnerTaskSync(const char* name, std::function<void(bool owned)> task);
 
     /// The connection, for the loop thread; null while there is none.
     sd_bus* getSdBusHandle() const;

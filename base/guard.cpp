@@ -1,10 +1,10 @@
-#include "platform/dbus/guard.h"
+#include "base/guard.h"
 
 #include <exception>
 
 #include "base/log.h"
 
-namespace kaz::dbus {
+namespace kaz {
 
 void reportException(std::string_view where) noexcept {
     try {
@@ -16,4 +16,4 @@ void reportException(std::string_view where) noexcept {
     }
 }
 
-}  // namespace kaz::dbus
+}  // namespace kaz

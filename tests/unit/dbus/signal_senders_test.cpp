@@ -1,27 +1,30 @@
+#include "unit/dbus/bus_fixture.h"
+
 #include <memory>
 #include <string>
-
-#include "unit/platform_dbus/loop_fixture.h"
 
 namespace kaz::test {
 namespace {
 
+using dbus::Bus;
 using dbus::MessageDecoder;
 
 // Who may make a handler run.
-class EventLoopSignalSenders : public LoopTest {
+class SignalSenders : public BusTest {
   protected:
     void comeUp() {
         peer = std::make_unique<BusPeer>();
         peer->own(peerName);
     }
 
-    void registerCounting() {
-        registerForChanged(false, [this](MessageDecoder& decoder) {
-            lastArgument = readString(decoder);
+    std::function<void(MessageDecoder&)> counting() {
+        return [this](MessageDecoder& decoder) {
+            lastArgument = dbus::read<std::string>(decoder).value_or("nothing");
             ++handled;
-        });
+        };
     }
+
+    void registerCounting() { subscribe(Bus::Lifetime::permanent, counting()); }
 
     // The owner's signal arrives, and it is the only one that did since `before`.
     void expectOnlyTheOwnersArrives(std::size_t before) {
@@ -54,21 +57,21 @@ class EventLoopSignalSenders : public LoopTest {
     std::string lastArgument;
 };
 
-TEST_F(EventLoopSignalSenders, OtherThanTheOwnerAreDroppedWithOneDebugLine) {
+TEST_F(SignalSenders, OtherThanTheOwnerAreDroppedWithOneDebugLine) {
     comeUp();
     const Running running = start();
     registerCounting();
-    expectForgedIsDropped(loopUniqueName());
+    expectForgedIsDropped(uniqueName());
     expectOnlyTheOwnersArrives(0);
     EXPECT_EQ(dropped(), 1U);
     EXPECT_EQ(log.records().size(), 1U);
 }
 
-TEST_F(EventLoopSignalSenders, OtherThanTheOwnerAreDroppedAlsoAfterTheOwnerRestarted) {
+TEST_F(SignalSenders, OtherThanTheOwnerAreDroppedAlsoAfterTheOwnerRestarted) {
     comeUp();
     const Running running = start();
     registerCounting();
-    const std::string target = loopUniqueName();
+    const std::string target = uniqueName();
     const std::string first = peer->uniqueName();
     expectForgedIsDropped(target);
     expectOnlyTheOwnersArrives(0);
@@ -83,7 +86,7 @@ TEST_F(EventLoopSignalSenders, OtherThanTheOwnerAreDroppedAlsoAfterTheOwnerResta
     expectOnlyTheOwnersArrives(2);
 }
 
-TEST_F(EventLoopSignalSenders, ThatBroadcastUnderAnotherNameAreKeptAwayByTheBus) {
+TEST_F(SignalSenders, ThatBroadcastUnderAnotherNameAreKeptAwayByTheBus) {
     comeUp();
     const Running running = start();
     registerCounting();
@@ -99,21 +102,21 @@ TEST_F(EventLoopSignalSenders, ThatBroadcastUnderAnotherNameAreKeptAwayByTheBus)
     EXPECT_TRUE(log.records().empty());
 }
 
-TEST_F(EventLoopSignalSenders, OfANameWithoutAnOwnerYetAreAwaitedQuietly) {
+TEST_F(SignalSenders, OfANameWithoutAnOwnerYetAreAwaitedQuietly) {
     const Running running = start();
     registerCounting();
     EXPECT_TRUE(log.records().empty());
-    expectForgedIsDropped(loopUniqueName());
+    expectForgedIsDropped(uniqueName());
     comeUp();
     expectOnlyTheOwnersArrives(0);
     EXPECT_TRUE(log.texts(spdlog::level::warn).empty());
 }
 
-TEST_F(EventLoopSignalSenders, ThatUsedToOwnTheNameAreDropped) {
+TEST_F(SignalSenders, ThatUsedToOwnTheNameAreDropped) {
     comeUp();
     const Running running = start();
     registerCounting();
-    const std::string target = loopUniqueName();
+    const std::string target = uniqueName();
     expectOnlyTheOwnersArrives(0);
     auto former = std::move(peer);
     former->disown(peerName);
@@ -124,11 +127,11 @@ TEST_F(EventLoopSignalSenders, ThatUsedToOwnTheNameAreDropped) {
     EXPECT_EQ(handled.value(), 2U);
 }
 
-TEST_F(EventLoopSignalSenders, CannotMakeThemselvesTheOwnerWithAForgedNotice) {
+TEST_F(SignalSenders, CannotMakeThemselvesTheOwnerWithAForgedNotice) {
     comeUp();
     const Running running = start();
     registerCounting();
-    const std::string target = loopUniqueName();
+    const std::string target = uniqueName();
     intruder.emitOwnerChange(peerName, peer->uniqueName(), intruder.uniqueName(), target);
     EXPECT_TRUE(log.waitForText(spdlog::level::debug,
                                 "Dropping a NameOwnerChanged of test.Peer that " + intruder.uniqueName()));
@@ -136,35 +139,26 @@ TEST_F(EventLoopSignalSenders, CannotMakeThemselvesTheOwnerWithAForgedNotice) {
     expectOnlyTheOwnersArrives(0);
 }
 
-TEST_F(EventLoopSignalSenders, AreFollowedAfterTemporaryHandlersCameAndWent) {
+TEST_F(SignalSenders, AreFollowedAfterTemporaryHandlersCameAndWent) {
     comeUp();
     const Running running = start();
     for (std::size_t i = 0; i < 3; ++i) {
-        registerForChanged(true, [this](MessageDecoder& decoder) {
-            lastArgument = readString(decoder);
-            ++handled;
-        });
-        const std::string target = loopUniqueName();
+        subscribe(Bus::Lifetime::temporary, counting());
+        const std::string target = uniqueName();
         expectForgedIsDropped(target);
         expectOnlyTheOwnersArrives(2 * i);
         peer.reset();
         comeUp();
         expectOnlyTheOwnersArrives(2 * i + 1);
-        onLoop([this] { loop->removeTemporarySignalHandlersSync(); });
+        onLoop([this] { bus->dropTemporarySubscriptions(); });
     }
 }
 
-TEST_F(EventLoopSignalSenders, MayBeGivenByTheirUniqueName) {
+TEST_F(SignalSenders, MayBeGivenByTheirUniqueName) {
     comeUp();
     const Running running = start();
-    onLoop([this] {
-        loop->registerSignalHandlerSync(peer->uniqueName().c_str(), peerPath, peerInterface, "Changed", false,
-                                        [this](MessageDecoder& decoder) {
-                                            lastArgument = readString(decoder);
-                                            ++handled;
-                                        });
-    });
-    intruder.emit(changed, "forged", loopUniqueName());
+    subscribe(Bus::Lifetime::permanent, counting(), peer->uniqueName());
+    intruder.emit(changed, "forged", uniqueName());
     intruder.settle();
     expectOnlyTheOwnersArrives(0);
 }

@@ -1,14 +1,13 @@
-#include "platform/dbus/name_owner.h"
+#include "dbus/name_owner.h"
 
-#include <kaz/dbus/message.h>
+#include "base/guard.h"
+#include "base/log.h"
+
+#include <kaz/dbus/dbus_error.h>
 
 #include <cerrno>
 #include <string_view>
 #include <utility>
-
-#include "base/errno_text.h"
-#include "base/log.h"
-#include "platform/dbus/guard.h"
 
 namespace kaz::dbus {
 namespace {
@@ -16,34 +15,46 @@ namespace {
 constexpr const char* busName = "org.freedesktop.DBus";
 constexpr const char* busPath = "/org/freedesktop/DBus";
 
+std::string_view senderOf(sd_bus_message* message) noexcept {
+    const char* sender = sd_bus_message_get_sender(message);
+    return sender == nullptr ? "" : sender;
+}
+
 }  // namespace
 
 NameOwner::NameOwner(std::string name) : name_(std::move(name)) {}
 
 void NameOwner::attach(sd_bus* bus) {
+    if (known_) {
+        return;
+    }
     // In this order: a change after the answer is not missed.
-    int result = subscribe(bus);
+    int result = slot_ ? 0 : subscribe(bus);
     if (result >= 0) {
         result = ask(bus);
     }
-    if (result < 0) {
-        log::warn("Cannot follow the owner of {}: {}", name_, errnoText(result));
+    known_ = result >= 0;
+    if (!known_) {
+        log::warn("Cannot follow the owner of {}: {}", name_, DbusError(result).error());
     }
+}
+
+void NameOwner::detach() noexcept {
+    slot_.reset();
+    owner_.clear();
+    known_ = false;
 }
 
 void NameOwner::setChangeTask(ChangeTask task) {
     changeTask_.set(std::move(task));
 }
 
-void NameOwner::detach() noexcept {
-    slot_.reset();
-    owner_.clear();
-}
-
 bool NameOwner::sent(sd_bus_message* message) const noexcept {
-    return !owner_.empty() && owner_ == textOf(sd_bus_message_get_sender(message));
+    return !owner_.empty() && owner_ == senderOf(message);
 }
 
+// Not through the platform's loop: its handlers cannot name an argument, and without one we would be woken by every
+// program that joins or leaves the bus.
 int NameOwner::subscribe(sd_bus* bus) {
     if (sd_bus_service_name_is_valid(name_.c_str()) <= 0) {
         return -EINVAL;
@@ -73,7 +84,7 @@ int NameOwner::ask(sd_bus* bus) {
 
 int NameOwner::onChanged(sd_bus_message* message, void* owner, sd_bus_error* /*error*/) {
     auto* self = static_cast<NameOwner*>(owner);
-    const std::string_view sender = textOf(sd_bus_message_get_sender(message));
+    const std::string_view sender = senderOf(message);
     if (sender != busName) {
         log::debug("Dropping a NameOwnerChanged of {} that {} sent", self->name_, sender);
         return 0;
@@ -85,6 +96,7 @@ int NameOwner::onChanged(sd_bus_message* message, void* owner, sd_bus_error* /*e
         return 0;
     }
     self->owner_ = present;
+    self->known_ = true;
     runGuarded("name owner task", [self] { self->changeTask_(!self->owner_.empty()); });
     return 0;
 }

@@ -1,10 +1,10 @@
-// Catches exceptions of the functions that the loop runs.
+// Catches exceptions of the functions that a loop or a C library runs.
 #pragma once
 
 #include <string_view>
 #include <utility>
 
-namespace kaz::dbus {
+namespace kaz {
 
 // Logs the current exception at error level.
 void reportException(std::string_view where) noexcept;
@@ -19,4 +19,4 @@ void runGuarded(std::string_view where, Function&& function) noexcept {
     }
 }
 
-}  // namespace kaz::dbus
+}  // namespace kaz

@@ -1,18 +1,17 @@
 // Being told when a name comes and goes.
-#include <memory>
+#include "unit/dbus/bus_fixture.h"
+
 #include <string>
 #include <vector>
-
-#include "unit/platform_dbus/loop_fixture.h"
 
 namespace kaz::test {
 namespace {
 
-class EventLoopNameOwner : public LoopTest {
+class NameOwnerChange : public BusTest {
   protected:
     void follow() {
         onLoop([this] {
-            loop->setNameOwnerTaskSync(peerName, [this](bool owned) {
+            bus->onOwnerChanged(peerName, [this](bool owned) {
                 told.emplace_back(owned ? "owned" : "free");
                 ++count;
             });
@@ -27,7 +26,7 @@ class EventLoopNameOwner : public LoopTest {
     std::vector<std::string> told;  // on the loop thread
 };
 
-TEST_F(EventLoopNameOwner, IsToldEachTimeItChanges) {
+TEST_F(NameOwnerChange, IsToldEachTimeItChanges) {
     const Running running = start();
     follow();
     BusPeer peer;
@@ -40,7 +39,7 @@ TEST_F(EventLoopNameOwner, IsToldEachTimeItChanges) {
     EXPECT_EQ(toldSoFar(), (std::vector<std::string>{"owned", "free", "owned"}));
 }
 
-TEST_F(EventLoopNameOwner, IsNotToldWhenItWasThereBefore) {
+TEST_F(NameOwnerChange, IsNotToldWhenItWasThereBefore) {
     BusPeer peer;
     peer.own(peerName);
     const Running running = start();
@@ -49,42 +48,32 @@ TEST_F(EventLoopNameOwner, IsNotToldWhenItWasThereBefore) {
     EXPECT_TRUE(toldSoFar().empty());
 }
 
-TEST_F(EventLoopNameOwner, IsToldToTheLastTaskOnly) {
+TEST_F(NameOwnerChange, IsToldToTheLastTaskOnly) {
     Counter second;  // outlives the loop, which tells of the peer's end too
     const Running running = start();
     follow();
-    onLoop([&] { loop->setNameOwnerTaskSync(peerName, [&](bool) { ++second; }); });
+    onLoop([&] { bus->onOwnerChanged(peerName, [&](bool) { ++second; }); });
     BusPeer peer;
     peer.own(peerName);
     ASSERT_TRUE(second.reaches(1));
     EXPECT_EQ(count.value(), 0U);
 }
 
-TEST_F(EventLoopNameOwner, IsToldWhateverHappensToTheSignalHandlers) {
+TEST_F(NameOwnerChange, IsToldWhateverHappensToTheSignalHandlers) {
     const Running running = start();
-    registerForChanged(true, [](dbus::MessageDecoder&) {});
+    subscribe(dbus::Bus::Lifetime::temporary, [](dbus::MessageDecoder&) {});
     follow();
-    onLoop([this] { loop->removeTemporarySignalHandlersSync(); });
+    onLoop([this] { bus->dropTemporarySubscriptions(); });
     BusPeer peer;
     peer.own(peerName);
     EXPECT_TRUE(count.reaches(1));
 }
 
-TEST_F(EventLoopNameOwner, IsToldOnTheNextConnectionToo) {
-    const Running running = start();
-    follow();
-    bus.restart();
-    ASSERT_TRUE(log.waitForText(spdlog::level::info, "Connected to the system bus"));
-    BusPeer peer;
-    peer.own(peerName);
-    EXPECT_TRUE(count.reaches(1));
-}
-
-TEST_F(EventLoopNameOwner, IsNotTakenFromAForgedReport) {
+TEST_F(NameOwnerChange, IsNotTakenFromAForgedReport) {
     const Running running = start();
     follow();
     BusPeer intruder;
-    intruder.emitOwnerChange(peerName, "", intruder.uniqueName(), loopUniqueName());
+    intruder.emitOwnerChange(peerName, "", intruder.uniqueName(), uniqueName());
     ASSERT_TRUE(log.waitForText(spdlog::level::debug, "Dropping a NameOwnerChanged of"));
     EXPECT_TRUE(toldSoFar().empty());
 }
