@@ -1,5 +1,6 @@
 // SSIDs on a terminal: a stranger chose the bytes, so what is shown must neither steer the terminal nor pass for
 // another SSID, and must be as wide as it was reckoned.
+#include "base/hex.h"
 #include "fuzz/require.h"
 #include "kazwifictl/text/network_table.h"
 #include "kazwifictl/text/ssid_text.h"
@@ -158,7 +159,7 @@ void checkShellArgument(const std::string& ssid, bool utf8) {
     checkedWidth(text, utf8);
     argument = text;
     if (argument.starts_with("--hex ")) {
-        require(ctl::fromHex(argument.substr(6)) == ssid, "an argument in hexadecimal gives the SSID");
+        require(kaz::fromHex(argument.substr(6)) == ssid, "an argument in hexadecimal gives the SSID");
         return;
     }
     const bool asName = argument.starts_with("-- ");
@@ -171,13 +172,13 @@ void checkOtherForms(const std::string& ssid) {
     const std::string json = ctl::validUtf8(ssid);
     require(isUtf8(json), "the text for JSON is UTF-8");
     require(!isUtf8(ssid) || json == ssid, "the text for JSON is the SSID where that is UTF-8");
-    require(ctl::fromHex(ctl::toHex(ssid)) == ssid, "digits read back");
-    if (const auto bytes = ctl::fromHex(ssid)) {
+    require(kaz::fromHex(kaz::toHex(ssid)) == ssid, "digits read back");
+    if (const auto bytes = kaz::fromHex(ssid)) {
         std::string digits = ssid;
         std::transform(digits.begin(), digits.end(), digits.begin(), [](char digit) {
             return digit >= 'A' && digit <= 'F' ? static_cast<char>(digit + 32) : digit;
         });
-        require(ctl::toHex(*bytes) == digits, "only digits are read as digits");
+        require(kaz::toHex(*bytes) == digits, "only digits are read as digits");
     }
 }
 

@@ -5,10 +5,12 @@
 #include <cerrno>
 #include <clocale>
 #include <exception>
-#include <iterator>
 #include <memory>
-#include <system_error>
+#include <string>
+#include <variant>
+#include <vector>
 
+#include "base/errno_text.h"
 #include "kazwifictl/commands/commands.h"
 #include "kazwifictl/input/options.h"
 #include "kazwifictl/output/output.h"
@@ -17,8 +19,7 @@
 #include "kazwifictl/process/library_log.h"
 #include "kazwifictl/process/simulation.h"
 #include "kazwifictl/prompt/prompt.h"
-#include "kazwifictl/session/live_workspace.h"
-#include "kazwifictl/session/one_shot.h"
+#include "kazwifictl/session/workspace.h"
 #include "kazwifictl/text/failure.h"
 
 namespace {
@@ -31,28 +32,16 @@ struct End {
     int signal = 0;
 };
 
-ExitCode runOneShot(const Options& options, Interrupts& interrupts, LibraryLog& log, Output& output,
-                    Background* background) {
-    OneShot place(makeManagerDevice, interrupts, log, options.startWait, background);
-    return runCommand(options, place, output);
-}
-
-ExitCode runLive(const Options& options, Interrupts& interrupts, LibraryLog& log, Output& output) {
-    LiveWorkspace place(makeManagerDevice, interrupts, log, options.startWait);
-    const ExitCode code = runPrompt(options, place, output);
-    place.close();
-    return code;
-}
-
 End run(const Options& options, Background* background) {
     Interrupts interrupts;
     LibraryLog log(options.verbose);
     Output output(options.colour, options.json);
     End end;
     try {
-        end.code = options.command == Command::prompt
-                       ? runLive(options, interrupts, log, output)
-                       : runOneShot(options, interrupts, log, output, background);
+        const bool prompt = options.command == Command::prompt;
+        Workspace place(prompt ? Workspace::Kind::prompt : Workspace::Kind::oneCommand, interrupts, log,
+                        options.startWait, background);
+        end.code = prompt ? runPrompt(options, place, output) : runCommand(options, place, output);
     } catch (const Interrupted& interrupted) {
         output.say("");
         end.signal = interrupted.signal();
@@ -60,10 +49,7 @@ End run(const Options& options, Background* background) {
     if (output.error() == EPIPE) {
         end.signal = SIGPIPE;  // which is ignored, so that nothing is left half-way
     } else if (!output.good()) {
-        output.complain({ExitCode::failed,
-                         "cannot write the results",
-                         std::generic_category().message(output.error()),
-                         {}});
+        output.complain({ExitCode::failed, "cannot write the results", kaz::errnoText(output.error()), {}});
         end.code = ExitCode::failed;
     }
     return end;

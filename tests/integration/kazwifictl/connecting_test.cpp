@@ -101,7 +101,7 @@ TEST_F(Connecting, GoesOnUnseenWhenNobodyWaits) {
     start();
     runs(0, {"scan"});
     const Finished result = runs(0, {"connect", "Home", "--wait", "0"}, "correct horse\n");
-    EXPECT_TRUE(has(result.out, "goes on unseen")) << result.out;
+    EXPECT_TRUE(has(result.out, "continues in the background")) << result.out;
     EXPECT_TRUE(eventually([&] { return has(savedConfiguration(), "Home"); }));
     EXPECT_TRUE(eventually([&] { return device().onlineState() == "online"; }));
 }

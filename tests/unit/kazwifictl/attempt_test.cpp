@@ -22,20 +22,31 @@ class AttemptTest : public testing::Test {
     }
 
     void connection(int ms, Status status, const std::string& ssid, int signal = wifi::NoSignaldBm) {
-        ConnectionInfo info;
-        info.status = status;
-        info.ssid = ssid;
-        info.signal = signal;
-        attempt.see({at(ms), ConnectionChange{info}});
+        Snapshot now = state;
+        now.connection = {};
+        now.connection.status = status;
+        now.connection.ssid = ssid;
+        now.connection.signal = signal;
+        see(ms, now);
     }
     void disconnected(int ms, int noticed) {
-        ConnectionInfo info;
-        info.disconnectSsid = "Home";
-        info.disconnectReason = ConnectionInfo::DisconnectReason::causedBySystem;
-        info.disconnectTime = at(noticed);
-        attempt.see({at(ms), ConnectionChange{info}});
+        Snapshot now = state;
+        now.connection = {};
+        now.connection.disconnectSsid = "Home";
+        now.connection.disconnectReason = ConnectionInfo::DisconnectReason::causedBySystem;
+        now.connection.disconnectTime = at(noticed);
+        see(ms, now);
     }
-    void scanning(int ms, bool on) { attempt.see({at(ms), ScanningChange{on}}); }
+    void scanning(int ms, bool on) {
+        Snapshot now = state;
+        now.scanning = on;
+        see(ms, now);
+    }
+    void see(int ms, Snapshot now) {
+        now.time = at(ms);
+        attempt.see(state, now);
+        state = now;
+    }
 
     std::vector<std::pair<Stage::Kind, milliseconds>> stages() const {
         std::vector<std::pair<Stage::Kind, milliseconds>> result;
@@ -46,6 +57,11 @@ class AttemptTest : public testing::Test {
     }
 
     Attempt attempt{"Home", at(0)};
+    Snapshot state = [] {
+        Snapshot begin;
+        begin.running = true;
+        return begin;
+    }();
 };
 
 TEST_F(AttemptTest, TimesEveryStageUpToTheAddress) {
@@ -104,6 +120,7 @@ TEST_F(AttemptTest, CountsTheSilenceFromTheEndOfTheLastScan) {
 TEST_F(AttemptTest, TakesAnyOtherEndForARefusal) {
     for (const int ms : {10, 1900, 2400, 4500}) {
         attempt = Attempt("Home", at(0));
+        state.connection = {};
         connection(0, Status::connectingWifi, "Home");
         disconnected(ms + 1, ms);
         EXPECT_EQ(attempt.outcome(), Outcome::refused) << "after " << ms << " ms";
@@ -134,7 +151,9 @@ TEST_F(AttemptTest, EndsWhenTheDeviceGoesElsewhere) {
 
 TEST_F(AttemptTest, EndsWhenTheSupplicantGoesAway) {
     connection(0, Status::connectingWifi, "Home");
-    attempt.see({at(100), PowerChange{true, false}});
+    Snapshot now = state;
+    now.running = false;
+    see(100, now);
     EXPECT_EQ(attempt.outcome(), Outcome::stopped);
 }
 

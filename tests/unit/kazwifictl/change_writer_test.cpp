@@ -6,7 +6,7 @@
 #include <string>
 
 #include "kazwifictl/commands/change_writer.h"
-#include "unit/kazwifictl/fake_device.h"
+#include "unit/kazwifictl/fake_manager.h"
 
 namespace kaz::ctl {
 namespace {
@@ -21,23 +21,24 @@ class ChangeWriterTest : public testing::Test {
     ChangeWriterTest() {
         ::setenv("TZ", "UTC", 1);
         ::tzset();
-        view.running = true;
+        before.running = now.running = true;
     }
 
-    std::string text(const Event& event) { return ChangeWriter(plain).change(view, event, time); }
-    std::string json(const Event& event) { return ChangeWriter(asJson).change(view, event, time); }
+    std::string text(const Snapshot& now) { return ChangeWriter(plain).change(before, now, time); }
+    std::string json(const Snapshot& now) { return ChangeWriter(asJson).change(before, now, time); }
 
     const ChangeWriter::WallClock::time_point time{std::chrono::milliseconds(1'700'000'000'123)};
     Output plain{ColourChoice::never, false};
     Output asJson{ColourChoice::never, true};
-    View view;
+    Snapshot before;
+    Snapshot now;
 };
 
 TEST_F(ChangeWriterTest, BeginsWithEverythingThatIsSo) {
-    view.connection = connectedTo("Home", -50);
-    view.networks = {network("Office", -60, SecurityMode::rsnPsk, true)};
-    view.scanning = true;
-    EXPECT_EQ(ChangeWriter(plain).begin(view, time),
+    now.connection = connectedTo("Home", -50);
+    now.networks = {network("Office", -60, SecurityMode::rsnPsk, true)};
+    now.scanning = true;
+    EXPECT_EQ(ChangeWriter(plain).begin(now, time),
               "22:13:20.123  wifi        on, wpa_supplicant runs\n"
               "22:13:20.123  connection  connected to \"Home\", #### -50 dBm\n"
               "22:13:20.123  scan        began\n"
@@ -48,51 +49,52 @@ TEST_F(ChangeWriterTest, BeginsWithEverythingThatIsSo) {
 }
 
 TEST_F(ChangeWriterTest, TellsEveryKindOfChange) {
-    EXPECT_EQ(text({{}, PowerChange{false, false}}),
-              "22:13:20.123  wifi        off, wpa_supplicant does not run\n");
-    EXPECT_EQ(text({{}, ScanningChange{true}}), "22:13:20.123  scan        began\n");
-    view.scanning = true;
-    EXPECT_EQ(text({{}, ScanningChange{false}}), "22:13:20.123  scan        ended\n");
-    ConnectionInfo info;
+    now.enabled = now.running = false;
+    EXPECT_EQ(text(now), "22:13:20.123  wifi        off, wpa_supplicant does not run\n");
+    now = before;
+    now.scanning = true;
+    EXPECT_EQ(text(now), "22:13:20.123  scan        began\n");
+    std::swap(before, now);
+    EXPECT_EQ(text(now), "22:13:20.123  scan        ended\n");
+    before = now;
+    ConnectionInfo& info = now.connection;
     info.status = ConnectionInfo::Status::connectingIP;
     info.ssid = "Home";
     info.signal = wifi::NoSignaldBm;
-    EXPECT_EQ(text({{}, ConnectionChange{info}}),
-              "22:13:20.123  connection  getting an address from \"Home\"\n");
+    EXPECT_EQ(text(now), "22:13:20.123  connection  getting an address from \"Home\"\n");
     info = {};
     info.disconnectSsid = "Home";
     info.disconnectReason = ConnectionInfo::DisconnectReason::causedBySystem;
-    EXPECT_EQ(text({{}, ConnectionChange{info}}),
-              "22:13:20.123  connection  not connected, last to \"Home\", ended by itself\n");
+    EXPECT_EQ(text(now), "22:13:20.123  connection  not connected, last to \"Home\", ended by itself\n");
 }
 
 TEST_F(ChangeWriterTest, TellsHowTheListChangedNotTheWholeList) {
-    view.networks = {network("Same", -50, SecurityMode::none), network("Gone", -51, SecurityMode::none),
-                     network("Weaker", -52, SecurityMode::wep)};
-    const Event event{
-        {},
-        NetworksChange{{network("Same", -50, SecurityMode::none), network("New", -53, SecurityMode::wpaPsk),
-                        network("Weaker", -80, SecurityMode::wep, true)}}};
+    before.networks = {network("Same", -50, SecurityMode::none), network("Gone", -51, SecurityMode::none),
+                       network("Weaker", -52, SecurityMode::wep)};
+    now.networks = {network("Same", -50, SecurityMode::none), network("New", -53, SecurityMode::wpaPsk),
+                    network("Weaker", -80, SecurityMode::wep, true)};
     EXPECT_EQ(
-        text(event),
+        text(now),
         "22:13:20.123  network     - \"Gone\"  #### -51 dBm  open\n"
         "22:13:20.123  network     + \"New\"  #### -53 dBm  WPA personal\n"
         "22:13:20.123  network     ~ \"Weaker\"  #... -80 dBm  WEP, saved, was -52 dBm, was not saved\n");
-    EXPECT_NE(json(event).find("\"event\":\"network\",\"change\":\"disappeared\",\"ssid\":\"Gone\""),
+    EXPECT_NE(json(now).find("\"event\":\"network\",\"change\":\"disappeared\",\"ssid\":\"Gone\""),
               std::string::npos)
-        << json(event);
+        << json(now);
 }
 
 TEST_F(ChangeWriterTest, IsSilentAboutWhatStaysTheSame) {
-    EXPECT_EQ(text({{}, PowerChange{true, true}}), "");
-    EXPECT_EQ(text({{}, ScanningChange{false}}), "");
-    EXPECT_EQ(text({{}, NetworksChange{}}), "");
-    EXPECT_EQ(text({{}, ConnectionChange{}}), "");
+    before.connection = now.connection = connectedTo("Home", -50);
+    before.networks = now.networks = {network("Office", -60, SecurityMode::rsnPsk, true)};
+    before.scanning = now.scanning = true;
+    EXPECT_EQ(text(now), "");
+    now.networks.front().ssid = "Attic";
+    EXPECT_EQ(ChangeWriter(plain).news(before, now, time), "");
 }
 
 TEST_F(ChangeWriterTest, WritesOneLineOfAsciiAnObject) {
-    const Event event{{}, NetworksChange{{network("a\nb\u202e\xff", -50, SecurityMode::none)}}};
-    const std::string line = json(event);
+    now.networks = {network("a\nb\u202e\xff", -50, SecurityMode::none)};
+    const std::string line = json(now);
     EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1);
     for (const char letter : line) {
         EXPECT_TRUE(letter == '\n' || (letter >= 0x20 && letter < 0x7f)) << line;

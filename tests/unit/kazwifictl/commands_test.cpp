@@ -7,10 +7,9 @@
 #include <chrono>
 #include <string>
 
-#include "kazwifictl/session/live_workspace.h"
-#include "kazwifictl/session/one_shot.h"
+#include "kazwifictl/session/workspace.h"
 #include "kazwifictl/text/failure.h"
-#include "unit/kazwifictl/fake_device.h"
+#include "unit/kazwifictl/fake_manager.h"
 #include "unit/kazwifictl/secret_file.h"
 
 namespace kaz::ctl {
@@ -19,7 +18,6 @@ namespace {
 using std::chrono::milliseconds;
 using test::connectedTo;
 using test::FakeWorld;
-using test::makeFake;
 using test::network;
 using test::SecretFile;
 using wifi::ConnectionInfo;
@@ -42,7 +40,7 @@ class CommandsTest : public testing::Test {
     }
 
     Report run(Report (*command)(const Options&, Workspace&, Output&)) {
-        OneShot place(makeFake(world), interrupts, log, options.startWait, nullptr);
+        Workspace place(Workspace::Kind::oneCommand, interrupts, log, options.startWait);
         try {
             return command(options, place, output);
         } catch (const CommandFailed& failed) {
@@ -294,7 +292,7 @@ TEST_F(CommandsTest, ConnectInterruptedLeavesNothingHalfDone) {
     const SecretFile file("correct horse\n");
     options.ssid = "Home";
     options.connect.passwordFile = file.path();
-    OneShot place(makeFake(world), interrupts, log, options.startWait, nullptr);
+    Workspace place(Workspace::Kind::oneCommand, interrupts, log, options.startWait);
     std::thread user([this] {
         std::unique_lock lock(world.mutex);
         world.changed.wait(lock, [this] {
@@ -351,17 +349,15 @@ TEST_F(CommandsTest, ForgetRefusesANameThatCannotBe) {
 TEST_F(CommandsTest, APromptKeepsOneDeviceForAllItsCommands) {
     int made = 0;
     // It knows everything from the start: to ask whether there is a supplicant, or to look around, takes another.
-    const DeviceFactory counting = [&] {
+    world.whenMade = [&](wifi::Manager& manager) {
         ++made;
-        auto device = makeFake(world)();
-        while (device->networks().empty()) {
+        while (manager.networks().empty()) {
             std::this_thread::yield();
         }
-        return device;
     };
     world.saved = {"Home"};
     world.afterConnect["Home"] = success;
-    LiveWorkspace place(counting, interrupts, log, options.startWait);
+    Workspace place(Workspace::Kind::prompt, interrupts, log, options.startWait);
     options.ssid = "Home";
     EXPECT_EQ(codeOf(connectTo(options, place, output)), ExitCode::done);
     EXPECT_EQ(listNetworks(options, place, output).members.at("networks").at(0).at("status"), "connected");
@@ -375,7 +371,7 @@ TEST_F(CommandsTest, APromptKeepsOneDeviceForAllItsCommands) {
 TEST_F(CommandsTest, APromptSeesRequestsThroughBeforeItEnds) {
     world.saved = {"Far away"};
     world.connection = connectedTo("Home", -50);
-    LiveWorkspace place(makeFake(world), interrupts, log, options.startWait);
+    Workspace place(Workspace::Kind::prompt, interrupts, log, options.startWait);
     options.ssid = "Far away";
     EXPECT_EQ(forgetNetwork(options, place, output).text, "Asked to forget \"Far away\".\n");
     place.close();

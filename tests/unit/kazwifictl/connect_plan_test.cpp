@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "unit/kazwifictl/fake_device.h"
+#include "unit/kazwifictl/fake_manager.h"
 
 namespace kaz::ctl {
 namespace {
@@ -13,8 +13,8 @@ using test::connectedTo;
 using test::network;
 using wifi::SecurityMode;
 
-View someView() {
-    View view;
+Snapshot someView() {
+    Snapshot view;
     view.running = true;
     view.networks = {
         network("Cafe", -60, SecurityMode::none), network("Home", -50, SecurityMode::rsnPsk, true),
@@ -81,7 +81,7 @@ TEST(ConnectPlan, FollowsFromWhatIsKnownAndAskedFor) {
 }
 
 TEST(ConnectPlan, LeavesAConnectionAloneThatIsThere) {
-    View view = someView();
+    Snapshot view = someView();
     view.connection = connectedTo("Mine", -40);
     EXPECT_EQ(nameOfPlan(planConnect("Mine", {}, view, false)), "already");
     EXPECT_EQ(nameOfPlan(planConnect("Mine", withFile(), view, false)),

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "kazwifictl/commands/connect_report.h"
-#include "unit/kazwifictl/fake_device.h"
+#include "unit/kazwifictl/fake_manager.h"
 
 namespace kaz::ctl {
 namespace {
@@ -69,14 +69,20 @@ class ConnectReportTest : public testing::Test {
     static Attempt endedBy(ConnectionInfo::Status status, std::chrono::milliseconds after) {
         const auto start = Clock::time_point(1h);
         Attempt attempt("Home", start);
-        ConnectionInfo info;
+        Snapshot before;
+        before.running = true;
+        Snapshot now = before;
+        now.time = start;
+        ConnectionInfo& info = now.connection;
         info.status = ConnectionInfo::Status::connectingWifi;
         info.ssid = "Home";
-        attempt.see({start, ConnectionChange{info}});
+        attempt.see(before, now);
+        before = now;
         info.status = status;
         info.disconnectTime = start + after;
         info.ssid = status == ConnectionInfo::Status::disconnected ? "" : "Home";
-        attempt.see({start + after, ConnectionChange{info}});
+        now.time = start + after;
+        attempt.see(before, now);
         return attempt;
     }
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "kazwifictl/text/unicode.h"
-#include "unit/kazwifictl/fake_device.h"
+#include "unit/kazwifictl/fake_manager.h"
 
 namespace kaz::ctl {
 namespace {

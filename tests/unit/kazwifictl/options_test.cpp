@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/hex.h"
 #include "kazwifictl/text/ssid_text.h"
 
 namespace kaz::ctl {

@@ -5,7 +5,7 @@
 
 #include "kazwifictl/prompt/completion.h"
 #include "kazwifictl/prompt/words_of_line.h"
-#include "unit/kazwifictl/fake_device.h"
+#include "unit/kazwifictl/fake_manager.h"
 
 namespace kaz::ctl {
 namespace {
@@ -39,7 +39,7 @@ TEST(WordsOfLine, SplitAtBlanksOutsideOfQuotes) {
 }
 
 TEST(Completion, OffersWhatMayComeNext) {
-    View view;
+    Snapshot view;
     view.networks = {
         network("Cafe", -60, SecurityMode::none), network("Cafe Two", -61, SecurityMode::none, true),
         network("\x1b[31m", -40, SecurityMode::none), network("Home", -70, SecurityMode::rsnPsk)};

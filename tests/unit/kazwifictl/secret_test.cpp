@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "base/wipe.h"
 #include "kazwifictl/text/failure.h"
 #include "unit/kazwifictl/secret_file.h"
 

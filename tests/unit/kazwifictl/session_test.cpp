@@ -7,7 +7,7 @@
 #include <chrono>
 #include <vector>
 
-#include "unit/kazwifictl/fake_device.h"
+#include "unit/kazwifictl/fake_manager.h"
 
 namespace kaz::ctl {
 namespace {
@@ -15,7 +15,6 @@ namespace {
 using std::chrono::milliseconds;
 using test::connectedTo;
 using test::FakeWorld;
-using test::makeFake;
 using test::network;
 using wifi::ConnectionInfo;
 using wifi::SecurityMode;
@@ -29,15 +28,15 @@ class SessionTest : public testing::Test {
 };
 
 TEST_F(SessionTest, StartsWhenTheSupplicantIsBeingFollowed) {
-    Session session(makeFake(world), interrupts);
+    Session session(interrupts);
     EXPECT_EQ(session.start(generous, true), Session::Start::running);
-    EXPECT_TRUE(session.view().running);
+    EXPECT_TRUE(session.latest().running);
 }
 
 TEST_F(SessionTest, KnowsThatTheSupplicantDoesNotRunWithoutWaitingForIt) {
     world.running = false;
     world.storedChoice = false;
-    Session session(makeFake(world), interrupts);
+    Session session(interrupts);
     const auto before = Clock::now();
     EXPECT_EQ(session.start(generous, true), Session::Start::notRunning);
     EXPECT_LT(Clock::now() - before, generous);
@@ -45,7 +44,7 @@ TEST_F(SessionTest, KnowsThatTheSupplicantDoesNotRunWithoutWaitingForIt) {
 
 TEST_F(SessionTest, WaitsForASupplicantThatIsSwitchedOnOnlyWhenPatient) {
     world.running = false;
-    Session session(makeFake(world), interrupts);
+    Session session(interrupts);
     EXPECT_EQ(session.start(milliseconds(400), false), Session::Start::notRunning);
     const auto before = Clock::now();
     EXPECT_EQ(session.start(milliseconds(400), true), Session::Start::notRunning);
@@ -57,11 +56,11 @@ TEST_F(SessionTest, HasTheWholeFirstStateAfterItsEnd) {
     world.connection = connectedTo("Home", -50);
     world.inRange = {network("Office", -60, SecurityMode::rsnPsk)};
     for (int i = 0; i < 5; ++i) {
-        Session session(makeFake(world), interrupts);
+        Session session(interrupts);
         ASSERT_EQ(session.start(generous, true), Session::Start::running);
         session.close();
-        EXPECT_EQ(session.view().connection.ssid, "Home");
-        EXPECT_EQ(session.view().networks.size(), 1U);
+        EXPECT_EQ(session.latest().connection.ssid, "Home");
+        EXPECT_EQ(session.latest().networks.size(), 1U);
     }
 }
 
@@ -70,20 +69,20 @@ TEST_F(SessionTest, KnowsWhatIsInUseHoweverLateTheSupplicantIsFollowed) {
     world.followsOnceAsked = true;
     world.inRange = {network("Home", -50, SecurityMode::rsnPsk)};
     world.connection = connectedTo("Home", -50);
-    Session session(makeFake(world), interrupts);
+    Session session(interrupts);
     EXPECT_EQ(session.start(generous, true), Session::Start::running);
     session.close();
-    EXPECT_EQ(session.view().connection.ssid, "Home");
-    EXPECT_TRUE(session.view().networks.empty());
+    EXPECT_EQ(session.latest().connection.ssid, "Home");
+    EXPECT_TRUE(session.latest().networks.empty());
 }
 
 // The reason why there is a fence: without it the end of the device drops what has not begun.
 TEST_F(SessionTest, LosesARequestThatHasNotBegunWhenItEnds) {
     {
-        Session session(makeFake(world), interrupts);
+        Session session(interrupts);
         session.start(generous, true);
         world.holdsTasks = true;
-        session.device().forgetNetwork("Home");
+        session.manager().forgetNetwork("Home");
         session.close();
     }
     EXPECT_FALSE(world.did("forget Home"));
@@ -93,10 +92,10 @@ TEST_F(SessionTest, HasCarriedOutAndSavedEverythingBehindAFence) {
     world.slowness = milliseconds(50);
     world.saved = {"Home"};
     {
-        Session session(makeFake(world), interrupts);
+        Session session(interrupts);
         session.start(generous, true);
-        session.device().forgetNetwork("Home");
-        EXPECT_EQ(session.fence(generous), Session::Wake::event);
+        session.manager().forgetNetwork("Home");
+        EXPECT_EQ(session.fence(generous), Session::Wake::change);
         EXPECT_TRUE(world.did("forget Home"));
         session.close();
     }
@@ -106,40 +105,37 @@ TEST_F(SessionTest, HasCarriedOutAndSavedEverythingBehindAFence) {
 
 TEST_F(SessionTest, ShowsNothingOfItsFences) {
     world.connection = connectedTo("Home", -50);
-    Session session(makeFake(world), interrupts);
+    Session session(interrupts);
     session.start(generous, true);
-    session.until(Clock::now() + generous, [](const View& view) { return !view.connection.ssid.empty(); });
-    std::vector<Event> events;
-    session.observe([&](const Event& event) { events.push_back(event); });
-    EXPECT_EQ(session.fence(generous), Session::Wake::event);
-    EXPECT_EQ(session.fence(generous), Session::Wake::event);
-    session.device().disconnect();
-    session.until(Clock::now() + generous, [](const View& view) {
-        return view.connection.status == ConnectionInfo::Status::disconnected;
-    });
+    session.until(Clock::now() + generous,
+                  [](const Snapshot& view) { return !view.connection.ssid.empty(); });
+    const auto expectNoFence = [](const Snapshot&, const Snapshot& now) {
+        EXPECT_EQ(now.connection.ssid.find("kazwifictl"), std::string::npos);
+        EXPECT_EQ(now.connection.disconnectSsid.find("kazwifictl"), std::string::npos);
+    };
+    EXPECT_EQ(session.fence(generous, expectNoFence), Session::Wake::change);
+    EXPECT_EQ(session.fence(generous, expectNoFence), Session::Wake::change);
+    session.manager().disconnect();
+    session.until(
+        Clock::now() + generous,
+        [](const Snapshot& view) { return view.connection.status == ConnectionInfo::Status::disconnected; },
+        expectNoFence);
     session.close();
-    for (const Event& event : events) {
-        const auto* change = std::get_if<ConnectionChange>(&event.change);
-        if (change != nullptr) {
-            EXPECT_EQ(change->info.ssid.find("kazwifictl"), std::string::npos);
-            EXPECT_EQ(change->info.disconnectSsid.find("kazwifictl"), std::string::npos);
-        }
-    }
-    EXPECT_EQ(session.view().connection.status, ConnectionInfo::Status::disconnected);
+    EXPECT_EQ(session.latest().connection.status, ConnectionInfo::Status::disconnected);
 }
 
 TEST_F(SessionTest, GivesUpAWaitAtItsDeadline) {
-    Session session(makeFake(world), interrupts);
+    Session session(interrupts);
     session.start(generous, true);
-    const auto wake = session.until(Clock::now() + milliseconds(30), [](const View&) { return false; });
+    const auto wake = session.until(Clock::now() + milliseconds(30), [](const Snapshot&) { return false; });
     EXPECT_EQ(wake, Session::Wake::timedOut);
 }
 
 TEST_F(SessionTest, LeavesAWaitOnASignal) {
-    Session session(makeFake(world), interrupts);
+    Session session(interrupts);
     session.start(generous, true);
     ::kill(::getpid(), SIGTERM);
-    EXPECT_EQ(session.until(Clock::now() + generous, [](const View&) { return false; }),
+    EXPECT_EQ(session.until(Clock::now() + generous, [](const Snapshot&) { return false; }),
               Session::Wake::interrupted);
     EXPECT_EQ(session.signal(), SIGTERM);
 }
@@ -147,11 +143,8 @@ TEST_F(SessionTest, LeavesAWaitOnASignal) {
 TEST_F(SessionTest, KeepsSignalsAwayFromTheThreadsOfTheDevice) {
     sigset_t seen;
     ::sigemptyset(&seen);
-    const DeviceFactory factory = [&] {
-        ::pthread_sigmask(SIG_BLOCK, nullptr, &seen);
-        return makeFake(world)();
-    };
-    const Session session(factory, interrupts);
+    world.whenMade = [&](wifi::Manager&) { ::pthread_sigmask(SIG_BLOCK, nullptr, &seen); };
+    const Session session(interrupts);
     EXPECT_EQ(sigismember(&seen, SIGTSTP), 1);
     EXPECT_EQ(sigismember(&seen, SIGWINCH), 1);
     sigset_t now;

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "base/hex.h"
+
 namespace kaz::ctl {
 namespace {
 

@@ -25,16 +25,15 @@ Attempt::Attempt(std::string ssid, Clock::time_point requested)
       patienceBegan_(requested),
       last_(requested) {}
 
-void Attempt::see(const Event& event) {
-    if (outcome_) {
-        return;
+void Attempt::see(const Snapshot& before, const Snapshot& now) {
+    if (!outcome_ && !now.running) {
+        end(Outcome::stopped, now.time);
     }
-    if (const auto* power = std::get_if<PowerChange>(&event.change); power != nullptr && !power->running) {
-        end(Outcome::stopped, event.time);
-    } else if (const auto* scan = std::get_if<ScanningChange>(&event.change)) {
-        seeScanning(scan->scanning, event.time);
-    } else if (const auto* connection = std::get_if<ConnectionChange>(&event.change)) {
-        seeConnection(connection->info, event.time);
+    if (!outcome_ && now.scanning != before.scanning) {
+        seeScanning(now.scanning, now.time);
+    }
+    if (!outcome_ && now.connection != before.connection) {
+        seeConnection(now.connection, now.time);
     }
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "kazwifictl/session/event.h"
+#include "kazwifictl/session/snapshot.h"
 
 namespace kaz::ctl {
 
@@ -21,7 +21,7 @@ struct Stage {
     Clock::duration took{};
 };
 
-// Follows one attempt to connect through the events of the device, from the request to what came of it.
+// Follows one attempt to connect through what the Manager publishes, from the request to what came of it.
 //
 // The library tells when an attempt is given up, not why. It gives up a supplicant that does not react 2000
 // ms after the attempt began or the last scan ended, and never once the link set-up has been seen; so an end
@@ -41,8 +41,8 @@ class Attempt {
     // `ssid` has been asked for at `requested`.
     Attempt(std::string ssid, Clock::time_point requested);
 
-    // Every event after the request, in order.
-    void see(const Event& event);
+    // Every change after the request, in order.
+    void see(const Snapshot& before, const Snapshot& now);
 
     // Whether the library has taken the attempt up.
     bool begun() const { return status_ != Status::disconnected; }

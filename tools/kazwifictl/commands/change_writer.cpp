@@ -65,26 +65,22 @@ std::string differences(const WifiNetwork& before, const WifiNetwork& now) {
 
 }  // namespace
 
-std::string ChangeWriter::begin(const View& view, WallClock::time_point time) {
-    return power(view, time) + (view.running ? connection(view.connection, time) : std::string()) +
-           (view.scanning ? scanning(true, time) : std::string()) + networks({}, view.networks, time);
+std::string ChangeWriter::begin(const Snapshot& now, WallClock::time_point time) {
+    return power(now, time) + (now.running ? connection(now.connection, time) : std::string()) +
+           (now.scanning ? scanning(true, time) : std::string()) + networks({}, now.networks, time);
 }
 
-std::string ChangeWriter::change(const View& before, const Event& event, WallClock::time_point time) {
-    if (const auto* change = std::get_if<PowerChange>(&event.change)) {
-        View after = before;
-        after.apply(event);
-        return change->enabled == before.enabled && change->running == before.running ? ""
-                                                                                      : power(after, time);
-    }
-    if (const auto* change = std::get_if<ScanningChange>(&event.change)) {
-        return change->scanning == before.scanning ? "" : scanning(change->scanning, time);
-    }
-    if (const auto* change = std::get_if<NetworksChange>(&event.change)) {
-        return networks(before.networks, change->networks, time);
-    }
-    const auto& info = std::get<ConnectionChange>(event.change).info;
-    return info == before.connection ? "" : connection(info, time);
+std::string ChangeWriter::change(const Snapshot& before, const Snapshot& now, WallClock::time_point time) {
+    // A scan that ends with the supplicant is not worth a line.
+    const bool scanChanged = now.scanning != before.scanning && now.running;
+    return news(before, now, time) + (scanChanged ? scanning(now.scanning, time) : std::string()) +
+           networks(before.networks, now.networks, time);
+}
+
+std::string ChangeWriter::news(const Snapshot& before, const Snapshot& now, WallClock::time_point time) {
+    const bool powerChanged = now.enabled != before.enabled || now.running != before.running;
+    return (powerChanged ? power(now, time) : std::string()) +
+           (now.connection != before.connection ? connection(now.connection, time) : std::string());
 }
 
 std::string ChangeWriter::line(WallClock::time_point time, std::string_view topic, const std::string& text,
@@ -98,10 +94,10 @@ std::string ChangeWriter::line(WallClock::time_point time, std::string_view topi
     return fmt::format("{}  {:<10}  {}\n", stamp, topic, text);
 }
 
-std::string ChangeWriter::power(const View& view, WallClock::time_point time) {
-    const std::string text = fmt::format("{}, wpa_supplicant {}", view.enabled ? "on" : "off",
-                                         view.running ? "runs" : "does not run");
-    return line(time, "wifi", text, {{"enabled", view.enabled}, {"running", view.running}});
+std::string ChangeWriter::power(const Snapshot& now, WallClock::time_point time) {
+    const std::string text = fmt::format("{}, wpa_supplicant {}", now.enabled ? "on" : "off",
+                                         now.running ? "runs" : "does not run");
+    return line(time, "wifi", text, {{"enabled", now.enabled}, {"running", now.running}});
 }
 
 std::string ChangeWriter::scanning(bool scanning, WallClock::time_point time) {

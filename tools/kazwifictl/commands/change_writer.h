@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "kazwifictl/output/output.h"
-#include "kazwifictl/session/event.h"
+#include "kazwifictl/session/snapshot.h"
 #include "kazwifictl/text/network_table.h"
 
 namespace kaz::ctl {
@@ -18,15 +18,18 @@ class ChangeWriter {
     explicit ChangeWriter(const Output& output) : output_(output) {}
 
     // The lines for the state that a monitor begins with.
-    std::string begin(const View& view, WallClock::time_point time);
+    std::string begin(const Snapshot& now, WallClock::time_point time);
 
-    // The lines for what `event` changes in `before`; none when it changes nothing that is shown.
-    std::string change(const View& before, const Event& event, WallClock::time_point time);
+    // The lines for what has changed; none when nothing that is shown has.
+    std::string change(const Snapshot& before, const Snapshot& now, WallClock::time_point time);
+
+    // The same without scans and the networks in range: what concerns who has not asked.
+    std::string news(const Snapshot& before, const Snapshot& now, WallClock::time_point time);
 
   private:
     std::string line(WallClock::time_point time, std::string_view topic, const std::string& text,
                      const Json& json);
-    std::string power(const View& view, WallClock::time_point time);
+    std::string power(const Snapshot& now, WallClock::time_point time);
     std::string scanning(bool scanning, WallClock::time_point time);
     std::string connection(const wifi::ConnectionInfo& info, WallClock::time_point time);
     std::string networks(const std::vector<wifi::WifiNetwork>& before,

@@ -32,7 +32,7 @@ Report forgetNetwork(const Options& options, Workspace& place, Output& output);
 Report monitorChanges(const Options& options, Workspace& place, Output& output);
 
 // Has the supplicant look for networks, or joins a scan in progress; returns the state with what it found.
-View lookAround(const std::string& what, Workspace& place, Output& output);
+Snapshot lookAround(const std::string& what, Workspace& place, Output& output);
 
 // Writes a report to the output; returns the exit status it stands for.
 ExitCode present(const Report& report, Command command, Output& output);

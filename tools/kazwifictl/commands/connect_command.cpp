@@ -5,13 +5,14 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/non_copyable.h"
+#include "base/wipe.h"
 #include "kazwifictl/commands/attempt.h"
 #include "kazwifictl/commands/commands.h"
 #include "kazwifictl/commands/connect_plan.h"
 #include "kazwifictl/commands/connect_report.h"
 #include "kazwifictl/input/secret.h"
 #include "kazwifictl/output/documents.h"
-#include "kazwifictl/session/observation.h"
 #include "kazwifictl/text/failure.h"
 #include "kazwifictl/text/ssid_text.h"
 #include "kazwifictl/text/words.h"
@@ -30,7 +31,7 @@ constexpr milliseconds beginLimit{15000};
 // How long to wait for the end of an attempt that was called off.
 constexpr milliseconds callOffLimit{5000};
 
-class ConnectCommand {
+class ConnectCommand : NonCopyable {
   public:
     ConnectCommand(const Options& options, Workspace& place, Output& output)
         : options_(options),
@@ -38,6 +39,7 @@ class ConnectCommand {
           output_(output),
           name_(quoted(options.ssid, output.terminal().utf8)),
           what_("cannot connect to " + name_) {}
+    ~ConnectCommand() { wipe(settings_.password); }
 
     Report run();
 
@@ -48,8 +50,8 @@ class ConnectCommand {
     void request(Session& session);
     Report follow(Session& session);
     std::string beginning() const;
-    bool watch(Session& session, const Attempt& attempt);
-    Report end(Session& session, Attempt attempt);
+    bool watch(Session& session, Attempt& attempt);
+    Report end(Session& session, const Attempt& attempt);
     void callOff(Session& session);
     void giveUpNew(Session& session);
     Failure refusal(ConnectResult verdict, Session& session) const;
@@ -126,10 +128,10 @@ void ConnectCommand::fetchPassword() {
 
 void ConnectCommand::request(Session& session) {
     if (saved_) {
-        session.device().connectConfigured(options_.ssid);
+        session.manager().connectConfigured(options_.ssid);
         return;
     }
-    const ConnectResult verdict = session.device().connect(settings_);
+    const ConnectResult verdict = session.manager().connect(settings_);
     wipe(settings_.password);
     if (verdict != ConnectResult::ok) {
         throw CommandFailed(refusal(verdict, session));
@@ -155,12 +157,12 @@ std::string ConnectCommand::advice(ConnectResult verdict, Session& session) cons
         case ConnectResult::wepKeyInvalidLength:
             return "the key as text, not in hexadecimal digits";
         case ConnectResult::eapMethodUnsupported: {
-            const auto methods = session.device().eapMethods();
+            const auto methods = session.manager().eapMethods();
             return methods.empty() ? "without --eap"
                                    : fmt::format("--eap with one of {}", fmt::join(methods, ", "));
         }
         case ConnectResult::phase2MethodUnsupported:
-            return fmt::format("--phase2 with one of {}", fmt::join(session.device().phase2Methods(), ", "));
+            return fmt::format("--phase2 with one of {}", fmt::join(session.manager().phase2Methods(), ", "));
         case ConnectResult::securityModeUnsupported:
             return "--security wpa3 if the network uses WPA3 with a password";
     }
@@ -169,11 +171,6 @@ std::string ConnectCommand::advice(ConnectResult verdict, Session& session) cons
 
 Report ConnectCommand::follow(Session& session) {
     Attempt attempt(options_.ssid, Clock::now());
-    StageLines lines(output_);
-    const Observation observation(session, [&](const Event& event) {
-        attempt.see(event);
-        lines.show(attempt);
-    });
     request(session);
     output_.say(beginning());
     try {
@@ -194,28 +191,33 @@ std::string ConnectCommand::beginning() const {
 }
 
 // False when the command is to return although the attempt goes on.
-bool ConnectCommand::watch(Session& session, const Attempt& attempt) {
+bool ConnectCommand::watch(Session& session, Attempt& attempt) {
+    StageLines lines(output_);
+    const auto observer = [&](const Snapshot& before, const Snapshot& now) {
+        attempt.see(before, now);
+        lines.show(attempt);
+    };
     milliseconds limit = options_.connect.wait;
     if (limit == milliseconds::zero()) {
-        await(session, beginLimit, [&](const View&) { return attempt.begun(); },
-              {ExitCode::timedOut, what_, "the library does not begin", "kazwifictl status"});
-        if (!place_.goOnUnseen(
+        await(
+            session, beginLimit, [&](const Snapshot&) { return attempt.begun(); },
+            {ExitCode::timedOut, what_, "the library does not begin", "kazwifictl status"}, observer);
+        if (!place_.continueInBackground(
                 [&] { present(startedReport(options_.ssid, name_), options_.command, output_); })) {
             return false;
         }
         limit = ConnectOptions{}.wait;
     }
-    const auto wake =
-        session.until(Clock::now() + limit, [&](const View&) { return attempt.outcome().has_value(); });
+    const auto wake = session.until(
+        Clock::now() + limit, [&](const Snapshot&) { return attempt.outcome().has_value(); }, observer);
     if (wake == Session::Wake::interrupted) {
         throw Interrupted(*session.signal());
     }
     return true;
 }
 
-// `attempt` is a copy: what calling off does to the connection is no part of it.
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
-Report ConnectCommand::end(Session& session, Attempt attempt) {
+// What calling off does to the connection is no part of the attempt.
+Report ConnectCommand::end(Session& session, const Attempt& attempt) {
     const bool unfinished = !attempt.outcome() && !attempt.linkIsUp();
     const bool failed = attempt.outcome() && attempt.outcome() != Attempt::Outcome::connected;
     const bool linkWasUp = attempt.linkIsUp() || attempt.outcome() == Attempt::Outcome::lost;
@@ -227,7 +229,7 @@ Report ConnectCommand::end(Session& session, Attempt attempt) {
         kept = false;
         giveUpNew(session);
     } else {
-        place_.finish();  // the event that told of the outcome came from the pass that saves
+        place_.finish();  // the outcome was published by the pass that saves
     }
     const LibraryLog::Hints hints = place_.log().hints();
     ConnectFacts facts{options_.ssid,         name_, what_, settings_.securityMode, saved_, inRange_, kept,
@@ -239,19 +241,19 @@ Report ConnectCommand::end(Session& session, Attempt attempt) {
 // saves nothing until it is over, so it has to end, also when nobody wants to wait any more.
 void ConnectCommand::callOff(Session& session) {
     if (saved_ || options_.connect.keep) {
-        session.device().disconnect();
+        session.manager().disconnect();
     } else {
-        session.device().forgetNetwork(options_.ssid);
+        session.manager().forgetNetwork(options_.ssid);
     }
-    session.until(Clock::now() + callOffLimit, [](const View& view) {
+    session.until(Clock::now() + callOffLimit, [](const Snapshot& view) {
         return view.connection.status == ConnectionInfo::Status::disconnected;
     });
-    place_.settle();
+    place_.fenceAndFinish();
 }
 
 void ConnectCommand::giveUpNew(Session& session) {
-    session.device().forgetNetwork(options_.ssid);
-    place_.settle();
+    session.manager().forgetNetwork(options_.ssid);
+    place_.fenceAndFinish();
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options,
 
 }  // namespace
 
-ConnectPlan planConnect(const std::string& ssid, const ConnectOptions& options, const View& view,
+ConnectPlan planConnect(const std::string& ssid, const ConnectOptions& options, const Snapshot& view,
                         bool looked) {
     const auto listed = std::find_if(view.networks.begin(), view.networks.end(),
                                      [&](const WifiNetwork& network) { return network.ssid == ssid; });

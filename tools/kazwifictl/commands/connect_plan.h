@@ -6,7 +6,7 @@
 #include <variant>
 
 #include "kazwifictl/input/options.h"
-#include "kazwifictl/session/event.h"
+#include "kazwifictl/session/snapshot.h"
 #include "kazwifictl/text/failure.h"
 
 namespace kaz::ctl {
@@ -24,7 +24,7 @@ struct UseSettings {
 using ConnectPlan = std::variant<AlreadyConnected, LookFirst, UseSaved, UseSettings, Failure>;
 
 // `looked`: a scan has just been made, so that LookFirst is no longer an answer.
-ConnectPlan planConnect(const std::string& ssid, const ConnectOptions& options, const View& view,
+ConnectPlan planConnect(const std::string& ssid, const ConnectOptions& options, const Snapshot& view,
                         bool looked);
 
 }  // namespace kaz::ctl

@@ -211,7 +211,8 @@ Report startedReport(const std::string& ssid, const std::string& name) {
     Report report;
     report.members = ssidMembers(ssid);
     report.members["outcome"] = "started";
-    report.text = fmt::format("Connecting to {} goes on unseen; see kazwifictl status.\n", name);
+    report.text =
+        fmt::format("Connecting to {} continues in the background; kazwifictl status shows it.\n", name);
     return report;
 }
 

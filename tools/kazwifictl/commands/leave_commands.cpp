@@ -18,21 +18,21 @@ namespace {
 // For a change that follows a request at once, if it follows.
 constexpr milliseconds promptly{2000};
 
-bool isDisconnected(const View& view) {
+bool isDisconnected(const Snapshot& view) {
     return view.connection.status == ConnectionInfo::Status::disconnected;
 }
 
-bool isInUse(const View& view, const std::string& ssid) {
+bool isInUse(const Snapshot& view, const std::string& ssid) {
     return !isDisconnected(view) && view.connection.ssid == ssid;
 }
 
-const WifiNetwork* find(const View& view, const std::string& ssid) {
+const WifiNetwork* find(const Snapshot& view, const std::string& ssid) {
     const auto found = std::find_if(view.networks.begin(), view.networks.end(),
                                     [&](const WifiNetwork& network) { return network.ssid == ssid; });
     return found == view.networks.end() ? nullptr : &*found;
 }
 
-bool isListedAsSaved(const View& view, const std::string& ssid) {
+bool isListedAsSaved(const Snapshot& view, const std::string& ssid) {
     const WifiNetwork* network = find(view, ssid);
     return network != nullptr && network->configured;
 }
@@ -42,32 +42,32 @@ Failure notSaved(const std::string& what) {
             "kazwifictl list, which marks the saved ones"};
 }
 
-// Whether a request shows soon. When it does not, settle() finds out what became of it.
+// Whether a request shows soon. When it does not, fenceAndFinish() finds out what became of it.
 bool shows(Session& session, const Session::Condition& effect) {
     const auto wake = session.until(Clock::now() + promptly, effect);
     if (wake == Session::Wake::interrupted) {
         throw Interrupted(*session.signal());
     }
-    return wake == Session::Wake::event;
+    return wake == Session::Wake::change;
 }
 
 // Sees the end of a connection through, which has been asked for at `requested`.
 bool leave(Session& session, Workspace& place, Clock::time_point requested) {
-    shows(session, [requested](const View& view) {
+    shows(session, [requested](const Snapshot& view) {
         return isDisconnected(view) && view.connection.disconnectTime >= requested;
     });
-    return place.settle();
+    return place.fenceAndFinish();
 }
 
 bool forgetListed(Session& session, Workspace& place, const std::string& ssid) {
-    const bool done = shows(session, [&](const View& view) {
+    const bool done = shows(session, [&](const Snapshot& view) {
         const WifiNetwork* network = find(view, ssid);
         return network != nullptr && !network->configured;
     });
     if (!done) {
-        return place.settle();
+        return place.fenceAndFinish();
     }
-    place.finish();  // the event came from the pass that saves
+    place.finish();  // published by the pass that saves
     return true;
 }
 
@@ -93,14 +93,14 @@ Report forgotten(const std::string& ssid, const std::string& name, bool known) {
 
 Report disconnectFrom(const Options& /*options*/, Workspace& place, Output& output) {
     const std::string what = "cannot disconnect";
-    const View before = place.look(what, Workspace::Need::stack);
+    const Snapshot before = place.look(what, Workspace::Need::stack);
     if (isDisconnected(before)) {
         return {
             "Not connected.\n", {{"changed", false}, {"ssid", nullptr}, {"ssid_hex", nullptr}}, std::nullopt};
     }
     Session& session = place.act(what, Workspace::Need::stack);
     const auto requested = Clock::now();
-    session.device().disconnect();
+    session.manager().disconnect();
     leave(session, place, requested);
     Json members{{"changed", true}};
     members.update(ssidMembers(before.connection.ssid));
@@ -113,7 +113,7 @@ Report forgetNetwork(const Options& options, Workspace& place, Output& output) {
     const std::string name = quoted(ssid, output.terminal().utf8);
     const std::string what = "cannot forget " + name;
     checkForgettable(ssid, what);
-    const View before = place.look(what, Workspace::Need::stack);
+    const Snapshot before = place.look(what, Workspace::Need::stack);
     const bool inUse = isInUse(before, ssid);
     const bool listed = find(before, ssid) != nullptr;
     if (listed && !inUse && !isListedAsSaved(before, ssid)) {
@@ -122,15 +122,15 @@ Report forgetNetwork(const Options& options, Workspace& place, Output& output) {
     Session& session = place.act(what, Workspace::Need::stack);
     place.log().forgetHints();
     const auto requested = Clock::now();
-    session.device().forgetNetwork(ssid);
+    session.manager().forgetNetwork(ssid);
     const bool known = inUse    ? leave(session, place, requested)
                        : listed ? forgetListed(session, place, ssid)
-                                : place.settle();
+                                : place.fenceAndFinish();
     const LibraryLog::Hints hints = place.log().hints();
     if (hints.nothingForgotten) {
         throw CommandFailed(notSaved(what));
     }
-    if (isListedAsSaved(session.view(), ssid)) {
+    if (isListedAsSaved(session.latest(), ssid)) {
         throw CommandFailed(
             {ExitCode::failed, what, "the supplicant did not remove it", "kazwifictl --verbose forget"});
     }

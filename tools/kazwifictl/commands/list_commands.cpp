@@ -23,7 +23,7 @@ std::string namesText(const std::vector<NetworkRow>& rows) {
     return text;
 }
 
-Report listReport(const View& view, const Options& options, const Output& output) {
+Report listReport(const Snapshot& view, const Options& options, const Output& output) {
     std::vector<NetworkRow> rows = networkRows(view.networks, view.connection);
     if (options.savedOnly) {
         rows.erase(std::remove_if(rows.begin(), rows.end(), [](const NetworkRow& row) { return !row.saved; }),
@@ -35,7 +35,7 @@ Report listReport(const View& view, const Options& options, const Output& output
 }
 
 Report scanAndList(const std::string& what, const Options& options, Workspace& place, Output& output) {
-    const View view = lookAround(what, place, output);
+    const Snapshot view = lookAround(what, place, output);
     place.finish();
     return listReport(view, options, output);
 }
@@ -44,18 +44,18 @@ Report scanAndList(const std::string& what, const Options& options, Workspace& p
 
 // The results of a scan reach a session some time after its end, and nothing does when nothing has changed. But
 // the supplicant has them when it reports the end, so whoever looks then sees them.
-View lookAround(const std::string& what, Workspace& place, Output& output) {
+Snapshot lookAround(const std::string& what, Workspace& place, Output& output) {
     Session& session = place.act(what, Workspace::Need::stack);
     output.sayForNow("scanning...");
-    if (!session.view().scanning) {
-        session.device().scan();
-        await(session, scanStartLimit, [](const View& view) { return view.scanning; },
+    if (!session.latest().scanning) {
+        session.manager().scan();
+        await(session, scanStartLimit, [](const Snapshot& view) { return view.scanning; },
               {ExitCode::failed, what, "the supplicant does not begin a scan",
                "once more in a moment; it may be busy connecting"});
     }
-    await(session, scanLimit, [](const View& view) { return !view.scanning; },
+    await(session, scanLimit, [](const Snapshot& view) { return !view.scanning; },
           {ExitCode::timedOut, what, "the scan does not end", "kazwifictl off, then kazwifictl on"});
-    if (!session.view().running) {
+    if (!session.latest().running) {
         throw CommandFailed({ExitCode::noStack, what, "wpa_supplicant stopped meanwhile", "kazwifictl on"});
     }
     return place.lookAfresh(what, Workspace::Need::stack);
@@ -63,7 +63,7 @@ View lookAround(const std::string& what, Workspace& place, Output& output) {
 
 Report listNetworks(const Options& options, Workspace& place, Output& output) {
     const std::string what = "cannot list the networks";
-    const View view = place.look(what, Workspace::Need::stack);
+    const Snapshot view = place.look(what, Workspace::Need::stack);
     const bool nothingKnown =
         view.networks.empty() && view.connection.status == wifi::ConnectionInfo::Status::disconnected;
     return nothingKnown && !options.namesOnly ? scanAndList(what, options, place, output)

@@ -2,7 +2,6 @@
 
 #include "kazwifictl/commands/change_writer.h"
 #include "kazwifictl/commands/commands.h"
-#include "kazwifictl/session/observation.h"
 #include "kazwifictl/text/failure.h"
 
 namespace kaz::ctl {
@@ -19,16 +18,17 @@ WallClock::time_point wallTimeOf(Clock::time_point time) {
 Report monitorChanges(const Options& /*options*/, Workspace& place, Output& output) {
     Session& session = place.act("cannot monitor", Workspace::Need::nothing);
     ChangeWriter writer(output);
-    Session::Wake wake = Session::Wake::event;
-    while (wake == Session::Wake::event) {
-        wake = session.next(Clock::now() + Session::firstStateSettles);
+    Session::Wake wake = Session::Wake::change;
+    while (wake == Session::Wake::change) {
+        wake = session.next(Clock::now() + Session::firstStateLimit);
     }
     if (wake == Session::Wake::timedOut) {
-        output.put(writer.begin(session.view(), WallClock::now()));
-        const Observation observation(session, [&](const Event& event) {
-            output.put(writer.change(session.view(), event, wallTimeOf(event.time)));
-        });
-        wake = session.until(Clock::time_point::max(), [&](const View&) { return !output.good(); });
+        output.put(writer.begin(session.latest(), WallClock::now()));
+        wake = session.until(
+            Clock::time_point::max(), [&](const Snapshot&) { return !output.good(); },
+            [&](const Snapshot& before, const Snapshot& now) {
+                output.put(writer.change(before, now, wallTimeOf(now.time)));
+            });
     }
     if (wake == Session::Wake::interrupted && session.signal() == SIGINT && output.terminal().interactive) {
         output.say("\n");  // after the ^C that the terminal shows

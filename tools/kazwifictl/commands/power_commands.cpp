@@ -10,7 +10,7 @@ double inSeconds(std::chrono::milliseconds time) {
     return std::chrono::duration<double>(time).count();
 }
 
-Json powerJson(const View& view, bool changed) {
+Json powerJson(const Snapshot& view, bool changed) {
     return {{"enabled", view.enabled}, {"running", view.running}, {"changed", changed}};
 }
 
@@ -29,19 +29,19 @@ void checkStored(const Workspace& place, bool wanted) {
 Report switchOn(const Options& /*options*/, Workspace& place, Output& /*output*/) {
     const std::string what = "cannot switch Wi-Fi on";
     Session& session = place.act(what, Workspace::Need::nothing);
-    const bool changed = !session.view().enabled || !session.view().running;
-    session.device().setEnabled(true);
+    const bool changed = !session.latest().enabled || !session.latest().running;
+    session.manager().setEnabled(true);
     const LibraryLog::Hints hints = place.log().hints();
     const std::string late =
         fmt::format("wpa_supplicant did not start within {:g} s, or has no Wi-Fi interface",
                     inSeconds(place.startWait()));
     await(
-        session, place.startWait(), [](const View& view) { return view.running; },
-        hints.noBus ? noStack(what, session.view(), hints)
+        session, place.startWait(), [](const Snapshot& view) { return view.running; },
+        hints.noBus ? noStack(what, session.latest(), hints)
                     : Failure{ExitCode::noStack, what, late, "systemctl status wpa_supplicant.service"});
     place.finish();
     checkStored(place, true);
-    View view = session.view();
+    Snapshot view = session.latest();
     view.enabled = true;
     return {changed ? "Wi-Fi is on.\n" : "Wi-Fi is on already.\n", powerJson(view, changed), std::nullopt};
 }
@@ -49,16 +49,16 @@ Report switchOn(const Options& /*options*/, Workspace& place, Output& /*output*/
 Report switchOff(const Options& /*options*/, Workspace& place, Output& /*output*/) {
     const std::string what = "cannot switch Wi-Fi off";
     Session& session = place.act(what, Workspace::Need::nothing);
-    const bool changed = session.view().enabled || session.view().running;
-    session.device().setEnabled(false);
-    await(session, place.startWait(), [](const View& view) { return !view.running; },
+    const bool changed = session.latest().enabled || session.latest().running;
+    session.manager().setEnabled(false);
+    await(session, place.startWait(), [](const Snapshot& view) { return !view.running; },
           {ExitCode::timedOut, what,
            fmt::format("wpa_supplicant did not stop within {:g} s", inSeconds(place.startWait())),
            "systemctl status wpa_supplicant.service"});
     // That it does not run proves nothing about the request to stop it: it may have been about to start.
-    place.settle();
+    place.fenceAndFinish();
     checkStored(place, false);
-    View view = session.view();
+    Snapshot view = session.latest();
     view.enabled = false;
     return {changed ? "Wi-Fi is off.\n" : "Wi-Fi is off already.\n", powerJson(view, changed), std::nullopt};
 }

@@ -12,7 +12,7 @@ using wifi::ConnectionInfo;
 
 namespace {
 
-std::string powerText(const View& view) {
+std::string powerText(const Snapshot& view) {
     if (view.running) {
         return view.enabled ? "on" : "switched off, but wpa_supplicant runs";
     }
@@ -38,7 +38,7 @@ std::string lastDropText(const ConnectionInfo& info, const Terminal& terminal, C
                        byUser ? "on request" : "by itself");
 }
 
-std::string statusText(const View& view, const Output& output, Clock::time_point now) {
+std::string statusText(const Snapshot& view, const Output& output, Clock::time_point now) {
     const ConnectionInfo& info = view.connection;
     const Terminal& terminal = output.terminal();
     std::string text = fmt::format("Wi-Fi       {}\n", powerText(view));
@@ -63,7 +63,7 @@ std::string statusText(const View& view, const Output& output, Clock::time_point
 }  // namespace
 
 Report showStatus(const Options& /*options*/, Workspace& place, Output& output) {
-    const View view = place.look("cannot tell the status", Workspace::Need::nothing);
+    const Snapshot view = place.look("cannot tell the status", Workspace::Need::nothing);
     const auto now = Clock::now();
     Report report{statusText(view, output, now),
                   {{"enabled", view.enabled},

@@ -8,6 +8,7 @@
 #include <memory>
 #include <utility>
 
+#include "base/hex.h"
 #include "kazwifictl/input/help.h"
 #include "kazwifictl/text/ssid_text.h"
 #include "kazwifictl/text/words.h"

@@ -9,9 +9,13 @@
 #include <array>
 #include <cerrno>
 #include <string_view>
-#include <system_error>
+#include <utility>
 
-#include "kazwifictl/process/file_descriptor.h"
+#include "base/errno_text.h"
+#include "base/file_descriptor.h"
+#include "base/non_copyable.h"
+#include "base/wipe.h"
+#include "base/write_all.h"
 #include "kazwifictl/text/failure.h"
 #include "kazwifictl/text/ssid_text.h"
 
@@ -22,14 +26,10 @@ constexpr std::size_t longestLine = 4096;
 constexpr const char* readable = "a file whose first line is the password";
 
 // Keeps a terminal from showing what is typed.
-class EchoOff {
+class EchoOff : NonCopyable {
   public:
     explicit EchoOff(int tty) : tty_(tty) { hide(); }
     ~EchoOff() { show(); }
-    EchoOff(const EchoOff&) = delete;
-    EchoOff& operator=(const EchoOff&) = delete;
-    EchoOff(EchoOff&&) = delete;
-    EchoOff& operator=(EchoOff&&) = delete;
 
     void hide() {
         ::tcgetattr(tty_, &former_);
@@ -56,32 +56,45 @@ class EchoOff {
     termios former_{};
 };
 
-void writeAll(int fd, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = ::write(fd, text.data(), text.size());
-        if (written <= 0) {
-            return;
-        }
-        text.remove_prefix(static_cast<std::size_t>(written));
+// A line that is read into memory which never moves, so that no piece of it is left behind, and that is wiped unless
+// it is taken.
+class SecretLine : NonCopyable {
+  public:
+    SecretLine() { text_.reserve(longestLine + 1); }
+    ~SecretLine() { wipe(text_); }
+
+    // False when it is longer than any password.
+    bool append(std::string_view more) {
+        text_ += more.substr(0, text_.capacity() - text_.size());
+        return text_.size() <= longestLine;
     }
-}
+    void dropCarriageReturn() {
+        if (!text_.empty() && text_.back() == '\r') {
+            text_.pop_back();
+        }
+    }
+    std::string take() { return std::move(text_); }
+
+  private:
+    std::string text_;
+};
 
 // Appends what can be read; false at the end of the line or of the file.
-bool readSome(int fd, std::string& line, const std::string& name) {
+bool readSome(int fd, SecretLine& line, const std::string& name) {
     std::array<char, 512> buffer{};
     const ssize_t count = ::read(fd, buffer.data(), buffer.size());
     if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
         return true;
     }
     if (count < 0) {
-        const std::string why = std::generic_category().message(errno);
+        const std::string why = errnoText(errno);
         throw CommandFailed({ExitCode::failed, "cannot read the password from " + name, why, readable});
     }
     const std::string_view read(buffer.data(), static_cast<std::size_t>(count));
     const std::size_t end = read.find('\n');
-    line += read.substr(0, end);
+    const bool fits = line.append(read.substr(0, end));
     ::explicit_bzero(buffer.data(), buffer.size());
-    if (line.size() > longestLine) {
+    if (!fits) {
         throw CommandFailed({ExitCode::failed, "cannot read the password from " + name,
                              "its first line is longer than 4096 bytes", readable});
     }
@@ -89,11 +102,6 @@ bool readSome(int fd, std::string& line, const std::string& name) {
 }
 
 }  // namespace
-
-void wipe(std::string& secret) {
-    ::explicit_bzero(secret.data(), secret.size());
-    secret.clear();
-}
 
 std::string askSecret(const std::string& question, Interrupts& interrupts) {
     const FileDescriptor tty(::open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
@@ -104,7 +112,7 @@ std::string askSecret(const std::string& question, Interrupts& interrupts) {
     CaughtSignals stops({SIGTSTP});  // Ctrl-Z would stop the process with the terminal as it is
     EchoOff echo(tty.get());
     writeAll(tty.get(), question);
-    std::string answer;
+    SecretLine answer;
     for (bool more = true; more;) {
         std::array<pollfd, 3> waited{
             {{tty.get(), POLLIN, 0}, {interrupts.fd(), POLLIN, 0}, {stops.fd(), POLLIN, 0}}};
@@ -112,7 +120,6 @@ std::string askSecret(const std::string& question, Interrupts& interrupts) {
         if (waited[1].revents != 0) {
             if (const auto signal = interrupts.take()) {
                 writeAll(tty.get(), "\n");
-                wipe(answer);
                 throw Interrupted(*signal);
             }
         }
@@ -127,7 +134,7 @@ std::string askSecret(const std::string& question, Interrupts& interrupts) {
     }
     echo.showAndKeepTheRest();
     writeAll(tty.get(), "\n");
-    return answer;
+    return answer.take();
 }
 
 std::string readSecret(const std::string& path, Interrupts& interrupts) {
@@ -136,16 +143,15 @@ std::string readSecret(const std::string& path, Interrupts& interrupts) {
     const FileDescriptor file(standardInput ? ::dup(STDIN_FILENO)
                                             : ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (file.get() < 0) {
-        const std::string why = std::generic_category().message(errno);
+        const std::string why = errnoText(errno);
         throw CommandFailed({ExitCode::failed, "cannot read the password from " + name, why, readable});
     }
-    std::string line;
+    SecretLine line;
     for (bool more = true; more;) {
         std::array<pollfd, 2> waited{{{file.get(), POLLIN, 0}, {interrupts.fd(), POLLIN, 0}}};
         ::poll(waited.data(), waited.size(), -1);
         if (waited[1].revents != 0) {
             if (const auto signal = interrupts.take()) {
-                wipe(line);
                 throw Interrupted(*signal);
             }
         }
@@ -153,10 +159,8 @@ std::string readSecret(const std::string& path, Interrupts& interrupts) {
             more = readSome(file.get(), line, name);
         }
     }
-    if (!line.empty() && line.back() == '\r') {
-        line.pop_back();
-    }
-    return line;
+    line.dropCarriageReturn();
+    return line.take();
 }
 
 }  // namespace kaz::ctl

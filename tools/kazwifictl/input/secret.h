@@ -7,8 +7,7 @@
 
 namespace kaz::ctl {
 
-// Overwrites the text before it goes.
-void wipe(std::string& secret);
+// Both functions read into memory that never moves; the caller wipes what they return.
 
 // Asks on the controlling terminal, without showing what is typed, and takes one line. Whatever ends the
 // question, the terminal shows what is typed again: also after Ctrl-C (which throws Interrupted), while the

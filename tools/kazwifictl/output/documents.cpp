@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "base/hex.h"
 #include "kazwifictl/text/signal_strength.h"
 #include "kazwifictl/text/ssid_text.h"
 #include "kazwifictl/text/words.h"

@@ -4,11 +4,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <system_error>
 #include <utility>
 
+#include "base/checked.h"
+#include "base/pipe.h"
 #include "kazwifictl/process/caught_signals.h"
 
 namespace kaz::ctl {
@@ -41,26 +41,21 @@ void ignoreKeyboard() {
 }  // namespace
 
 Background::Background() {
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-        throw std::system_error(errno, std::generic_category(), "pipe2");
-    }
-    FileDescriptor reading(ends[0]);
-    FileDescriptor writing(ends[1]);
+    Pipe release;
     const pid_t child = ::fork();
     if (child < 0) {
-        throw std::system_error(errno, std::generic_category(), "fork");
+        throwErrno("fork");
     }
     if (child > 0) {
-        writing = FileDescriptor();
+        release.writing = FileDescriptor();
         ignoreKeyboard();
-        endAs(child, reading.get());
+        endAs(child, release.reading.get());
     }
-    release_ = std::move(writing);
+    release_ = std::move(release.writing);
 }
 
-void Background::goOnUnseen() {
-    if (release_.get() < 0) {
+void Background::leaveTerminal() {
+    if (!release_.isOpen()) {
         return;
     }
     ::setsid();

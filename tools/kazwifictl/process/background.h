@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "kazwifictl/process/file_descriptor.h"
+#include "base/file_descriptor.h"
 
 namespace kaz::ctl {
 
@@ -13,11 +13,11 @@ namespace kaz::ctl {
 class Background {
   public:
     // Before any thread is started. Returns in the child. The parent never returns: it ends as the child
-    // does, or with status 0 as soon as goOnUnseen() was called.
+    // does, or with status 0 as soon as leaveTerminal() was called.
     Background();
 
     // Lets the parent go and turns away from the terminal, the first time it is called.
-    void goOnUnseen();
+    void leaveTerminal();
 
   private:
     FileDescriptor release_;

@@ -3,8 +3,7 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <system_error>
+#include "base/checked.h"
 
 namespace kaz::ctl {
 
@@ -16,8 +15,8 @@ CaughtSignals::CaughtSignals(std::initializer_list<int> signals) {
     }
     ::pthread_sigmask(SIG_BLOCK, &set, &former_);
     signals_ = FileDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
-    if (signals_.get() < 0) {
-        throw std::system_error(errno, std::generic_category(), "signalfd");
+    if (!signals_.isOpen()) {
+        throwErrno("signalfd");
     }
 }
 

@@ -5,21 +5,18 @@
 #include <initializer_list>
 #include <optional>
 
-#include "kazwifictl/process/file_descriptor.h"
+#include "base/file_descriptor.h"
+#include "base/non_copyable.h"
 
 namespace kaz::ctl {
 
 // Turns signals into something to poll for: they are blocked from now on, in this thread and those it starts.
-class CaughtSignals {
+class CaughtSignals : NonCopyable {
   public:
     // Throws std::system_error.
     CaughtSignals(std::initializer_list<int> signals);
     // Lets the signals through again.
     ~CaughtSignals();
-    CaughtSignals(const CaughtSignals&) = delete;
-    CaughtSignals& operator=(const CaughtSignals&) = delete;
-    CaughtSignals(CaughtSignals&&) = delete;
-    CaughtSignals& operator=(CaughtSignals&&) = delete;
 
     // Readable while a signal is pending.
     int fd() const { return signals_.get(); }

@@ -3,13 +3,15 @@
 #include <memory>
 #include <optional>
 
+#include "base/non_copyable.h"
+
 namespace kaz::ctl {
 
 // Takes over the process's default logger, which the library writes to. Verbose: the records go to stderr.
 //
 // A few things that a person wants to know are told by the library in its log only; they are taken from
 // there. They refine what a command says, and whether it succeeded, never when it is over.
-class LibraryLog {
+class LibraryLog : NonCopyable {
   public:
     struct Hints {
         bool noBus = false;                   // the system bus cannot be reached
@@ -22,10 +24,6 @@ class LibraryLog {
     explicit LibraryLog(bool verbose);
     // Nothing is logged any more.
     ~LibraryLog();
-    LibraryLog(const LibraryLog&) = delete;
-    LibraryLog& operator=(const LibraryLog&) = delete;
-    LibraryLog(LibraryLog&&) = delete;
-    LibraryLog& operator=(LibraryLog&&) = delete;
 
     // What was logged since the start or the last forgetHints().
     Hints hints() const;

@@ -7,15 +7,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <fstream>
 #include <system_error>
 #include <utility>
 #include <vector>
 
+#include "base/errno_text.h"
+#include "base/pipe.h"
 #include "kazwifictl/process/default_neighbourhood.h"
-#include "kazwifictl/process/file_descriptor.h"
 #include "kazwifictl/text/failure.h"
 #include "kazwifictl/text/ssid_text.h"
 
@@ -46,14 +46,14 @@ std::vector<fs::path> places() {
     return result;
 }
 
-fs::path newFolder() {
-    std::string pattern = (fs::temp_directory_path() / "kazwifictl-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) {
+void makeFolder(std::optional<TemporaryFolder>& folder) {
+    try {
+        folder.emplace("kazwifictl-");
+    } catch (const std::system_error& error) {
         throw CommandFailed({ExitCode::failed, what,
-                             "no temporary folder: " + std::generic_category().message(errno),
+                             "no temporary folder: " + errnoText(error.code().value()),
                              "a TMPDIR that can be written"});
     }
-    return pattern;
 }
 
 [[noreturn]] void become(const std::string& program, const std::string& neighbourhood, int output) {
@@ -94,38 +94,32 @@ Simulation::Simulation(const std::string& neighbourhood) : Simulation() {
         throw CommandFailed({ExitCode::failed, what, "the program kaz-device-sim is not installed",
                              "to install it beside kazwifictl"});
     }
-    folder_ = newFolder();
+    makeFolder(folder_);
     std::string file = neighbourhood;
     if (file.empty()) {
-        file = folder_ / "neighbourhood.json";
+        file = *folder_ / "neighbourhood.json";
         std::ofstream(file) << defaultNeighbourhood;
     } else if (::access(file.c_str(), R_OK) != 0) {
-        throw CommandFailed({ExitCode::failed, what,
-                             harmless(file, true) + ": " + std::generic_category().message(errno),
+        throw CommandFailed({ExitCode::failed, what, harmless(file, true) + ": " + errnoText(errno),
                              "--simulate without a file, for the neighbourhood that is built in"});
     }
     start(*program, file);
 }
 
 void Simulation::start(const std::string& program, const std::string& neighbourhood) {
-    std::array<int, 2> ends{-1, -1};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-        throw std::system_error(errno, std::generic_category(), "pipe2");
-    }
-    const FileDescriptor reading(ends[0]);
-    FileDescriptor writing(ends[1]);
+    Pipe told;
     simulator_ = ::fork();
     if (simulator_ == 0) {
-        become(program, neighbourhood, writing.get());
+        become(program, neighbourhood, told.writing.get());
     }
-    writing = FileDescriptor();
-    const std::string address = firstLineFrom(reading.get());
+    told.writing = FileDescriptor();
+    const std::string address = firstLineFrom(told.reading.get());
     if (address.empty()) {
         throw CommandFailed({ExitCode::failed, what, "kaz-device-sim does not start",
                              "it alone: kaz-device-sim --neighbourhood FILE"});
     }
     ::setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
-    ::setenv("KAZ_CONFIG_FILE", (folder_ / "kaz.conf").c_str(), 1);
+    ::setenv("KAZ_CONFIG_FILE", (*folder_ / "kaz.conf").c_str(), 1);
 }
 
 Simulation::~Simulation() {
@@ -133,8 +127,6 @@ Simulation::~Simulation() {
         ::kill(simulator_, SIGTERM);
         ::waitpid(simulator_, nullptr, 0);
     }
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
 }
 
 }  // namespace kaz::ctl

@@ -2,30 +2,28 @@
 
 #include <sys/types.h>
 
-#include <filesystem>
 #include <optional>
 #include <string>
+
+#include "base/non_copyable.h"
+#include "base/temporary_folder.h"
 
 namespace kaz::ctl {
 
 // A simulated device that is this process's own: until the end of this object, or of the process however it
 // ends, the system bus and the configuration file of this process are those of the simulation.
-class Simulation {
+class Simulation : NonCopyable {
   public:
     // `neighbourhood` is a file that tells what the device finds around it; empty: a flat in town. Returns
     // when the device is there. Before any thread is started. Throws CommandFailed.
     explicit Simulation(const std::string& neighbourhood);
     ~Simulation();
-    Simulation(const Simulation&) = delete;
-    Simulation& operator=(const Simulation&) = delete;
-    Simulation(Simulation&&) = delete;
-    Simulation& operator=(Simulation&&) = delete;
 
   private:
     Simulation() = default;  // complete, so that what fails later is cleaned up
     void start(const std::string& program, const std::string& neighbourhood);
 
-    std::filesystem::path folder_;
+    std::optional<TemporaryFolder> folder_;
     pid_t simulator_ = -1;
 };
 

@@ -10,7 +10,7 @@
 namespace kaz::ctl {
 namespace {
 
-std::vector<std::string> ssids(const View& view, bool savedOnly) {
+std::vector<std::string> ssids(const Snapshot& view, bool savedOnly) {
     std::vector<std::string> names;
     for (const NetworkRow& row : networkRows(view.networks, view.connection)) {
         if (isPlain(row.ssid) && (row.saved || !savedOnly)) {
@@ -21,7 +21,7 @@ std::vector<std::string> ssids(const View& view, bool savedOnly) {
 }
 
 std::vector<std::string> candidates(const std::vector<std::string>& before, std::string_view start,
-                                    const View& view) {
+                                    const Snapshot& view) {
     if (before.empty()) {
         std::vector<std::string> names = commandNames();
         names.insert(names.end(), {"help", "quit"});
@@ -42,7 +42,7 @@ std::vector<std::string> candidates(const std::vector<std::string>& before, std:
 }  // namespace
 
 std::vector<std::string> completions(const std::vector<std::string>& before, std::string_view start,
-                                     const View& view) {
+                                     const Snapshot& view) {
     std::vector<std::string> result = candidates(before, start, view);
     result.erase(
         std::remove_if(result.begin(), result.end(),

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/non_copyable.h"
 #include "kazwifictl/process/caught_signals.h"
 #include "kazwifictl/prompt/line_history.h"
 
@@ -15,7 +16,7 @@ struct editline;  // libedit's
 namespace kaz::ctl {
 
 // Edits lines at the terminal, with history and completion. The terminal is the editor's during read() only.
-class LineEditor {
+class LineEditor : NonCopyable {
   public:
     // What the word `start` may become after the words `before`.
     using Completions = std::function<std::vector<std::string>(const std::vector<std::string>& before,
@@ -28,10 +29,6 @@ class LineEditor {
 
     LineEditor(Interrupts& interrupts, Source source, Completions completions);
     ~LineEditor();
-    LineEditor(const LineEditor&) = delete;
-    LineEditor& operator=(const LineEditor&) = delete;
-    LineEditor(LineEditor&&) = delete;
-    LineEditor& operator=(LineEditor&&) = delete;
 
     // The next line; nothing at end of file. Ctrl-C drops what has been typed, as a shell does; any other signal
     // is thrown as Interrupted. Throws what Source::react throws.

@@ -1,8 +1,6 @@
 #include "kazwifictl/prompt/line_history.h"
 
-#include <fcntl.h>
 #include <stdlib.h>
-#include <unistd.h>
 
 // libedit's header needs FILE.
 #include <cstdio>
@@ -14,7 +12,8 @@
 #include <new>
 #include <system_error>
 
-#include "kazwifictl/process/file_descriptor.h"
+#include "base/file_error.h"
+#include "base/file_replacement.h"
 
 namespace kaz::ctl {
 namespace {
@@ -68,7 +67,7 @@ void LineHistory::add(const std::string& line) {
     ::history(lines_, &event, H_ENTER, line.c_str());
 }
 
-// The oldest first, for nobody else to read; the former file stays until the new one is whole.
+// The oldest first, for nobody else to read.
 void LineHistory::save() const {
     std::string text;
     HistEvent event{};
@@ -76,10 +75,10 @@ void LineHistory::save() const {
          found = ::history(lines_, &event, H_PREV)) {
         text += std::string(event.str) + '\n';
     }
-    const std::string unfinished = path_ + ".new";
-    const FileDescriptor file(::open(unfinished.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-    if (::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size())) {
-        static_cast<void>(std::rename(unfinished.c_str(), path_.c_str()));
+    try {
+        replaceFile({path_, path_ + ".new", 0600, {}}, text);
+    } catch (const FileError&) {
+        return;  // the former file stays
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "base/non_copyable.h"
+
 struct history;  // libedit's
 
 namespace kaz::ctl {
@@ -9,14 +11,10 @@ namespace kaz::ctl {
 // The lines typed at this prompt and earlier ones, kept in $XDG_STATE_HOME/kazwifictl/history (~/.local/state by
 // default). Without a place to write they last as long as the process. Passwords are not typed at the prompt, so
 // none is among them.
-class LineHistory {
+class LineHistory : NonCopyable {
   public:
     LineHistory();
     ~LineHistory();
-    LineHistory(const LineHistory&) = delete;
-    LineHistory& operator=(const LineHistory&) = delete;
-    LineHistory(LineHistory&&) = delete;
-    LineHistory& operator=(LineHistory&&) = delete;
 
     // A line equal to the one before is not repeated.
     void add(const std::string& line);

@@ -10,7 +10,6 @@
 #include "kazwifictl/prompt/completion.h"
 #include "kazwifictl/prompt/line_editor.h"
 #include "kazwifictl/prompt/words_of_line.h"
-#include "kazwifictl/session/observation.h"
 #include "kazwifictl/text/failure.h"
 
 namespace kaz::ctl {
@@ -18,13 +17,13 @@ namespace {
 
 class Prompt {
   public:
-    Prompt(const Options& options, LiveWorkspace& place, Output& output)
+    Prompt(const Options& options, Workspace& place, Output& output)
         : options_(options),
           place_(place),
           output_(output),
           line_(place.interrupts(), {place.session().fd(), [this] { tell(); }},
                 [&place](const auto& before, const auto& start) {
-                    return completions(before, start, place.session().view());
+                    return completions(before, start, place.session().latest());
                 }) {}
 
     ExitCode run();
@@ -35,7 +34,7 @@ class Prompt {
     void execute(const Options& options);
 
     const Options& options_;
-    LiveWorkspace& place_;
+    Workspace& place_;
     Output& output_;
     LineEditor line_;
     ExitCode last_ = ExitCode::done;
@@ -57,16 +56,10 @@ ExitCode Prompt::run() {
 // Tells what the device does by itself: its connection and its power, not every network it sees.
 void Prompt::tell() {
     ChangeWriter writer(output_);
-    Session& session = place_.session();
     std::string text;
-    const Observation observation(session, [&](const Event& event) {
-        const bool worthTelling = std::holds_alternative<PowerChange>(event.change) ||
-                                  std::holds_alternative<ConnectionChange>(event.change);
-        if (worthTelling) {
-            text += writer.change(session.view(), event, ChangeWriter::WallClock::now());
-        }
+    place_.session().takeAll([&](const Snapshot& before, const Snapshot& now) {
+        text += writer.news(before, now, ChangeWriter::WallClock::now());
     });
-    session.takeAll();
     if (!text.empty() && !output_.json()) {
         line_.above(text);
     }
@@ -114,9 +107,11 @@ void Prompt::execute(const Options& options) {
 
 }  // namespace
 
-ExitCode runPrompt(const Options& options, LiveWorkspace& place, Output& output) {
+ExitCode runPrompt(const Options& options, Workspace& place, Output& output) {
     place.look("cannot start", Workspace::Need::nothing);
-    return Prompt(options, place, output).run();
+    const ExitCode last = Prompt(options, place, output).run();
+    place.close();
+    return last;
 }
 
 }  // namespace kaz::ctl

@@ -1,13 +1,14 @@
 #include "kazwifictl/session/session.h"
 
 #include <poll.h>
-#include <signal.h>
 
 #include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
 #include <utility>
+
+#include "base/signals_blocked.h"
 
 namespace kaz::ctl {
 
@@ -39,60 +40,53 @@ int millisecondsUntil(Clock::time_point deadline) {
                                 : std::chrono::ceil<std::chrono::milliseconds>(deadline - now).count());
 }
 
-// Threads begin with the signals of their maker; those of the device are to leave them to this one.
-class AllSignalsBlocked {
-  public:
-    AllSignalsBlocked() {
-        sigset_t all;
-        ::sigfillset(&all);
-        ::pthread_sigmask(SIG_SETMASK, &all, &former_);
-    }
-    ~AllSignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
-    AllSignalsBlocked(const AllSignalsBlocked&) = delete;
-    AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
-    AllSignalsBlocked(AllSignalsBlocked&&) = delete;
-    AllSignalsBlocked& operator=(AllSignalsBlocked&&) = delete;
-
-  private:
-    sigset_t former_{};
-};
-
-std::unique_ptr<Device> madeQuietly(const DeviceFactory& make) {
-    const AllSignalsBlocked blocked;
-    return make();
-}
-
-Event eventAbout(Device::Aspect aspect, Device& device) {
-    const auto now = Clock::now();
-    switch (aspect) {
-        case Device::Aspect::power:
-            return {now, PowerChange{device.isEnabled(), device.isWifiStackInitialized()}};
-        case Device::Aspect::scanning:
-            return {now, ScanningChange{device.isScanning()}};
-        case Device::Aspect::networks:
-            return {now, NetworksChange{device.networks()}};
-        case Device::Aspect::connection:
-            break;
-    }
-    return {now, ConnectionChange{device.connectionInfo()}};
+Snapshot snapshotOf(wifi::Manager& manager) {
+    const bool running =
+        manager.isWifiStackInitialized();  // a scan ends with the supplicant, without a callback
+    return {Clock::now(),       manager.isEnabled(),     running, running && manager.isScanning(),
+            manager.networks(), manager.connectionInfo()};
 }
 
 }  // namespace
 
-Session::Session(const DeviceFactory& make, Interrupts& interrupts)
-    : make_(make), interrupts_(interrupts), device_(madeQuietly(make)) {
-    Device& device = *device_;
-    device.listen([this, &device](Device::Aspect aspect) { inbox_.push(eventAbout(aspect, device)); });
-    // What changed before the listener was there is known from here, what changes from now on arrives.
-    view_ = {device.isEnabled(), device.isWifiStackInitialized(), device.isScanning(), device.networks(),
-             device.connectionInfo()};
+std::unique_ptr<wifi::Manager> makeManager() {
+    const SignalsBlocked blocked;
+    return std::make_unique<wifi::Manager>();
 }
 
-Session::~Session() = default;
+Session::Session(Interrupts& interrupts) : interrupts_(interrupts), manager_(makeManager()) {
+    // Not through the pointer: the last callbacks come while it is being reset.
+    const auto announce = [this, &manager = *manager_] { push(snapshotOf(manager)); };
+    manager_->onEnabledChanged(announce);
+    manager_->onScanningChanged(announce);
+    manager_->onNetworksListChanged(announce);
+    manager_->onConnectionInfoChanged(announce);
+    // What changed before the callbacks were there is known from here, what changes from now on arrives.
+    latest_ = snapshotOf(*manager_);
+}
 
-Session::Wake Session::next(Clock::time_point deadline) {
+void Session::push(Snapshot snapshot) {
+    const std::lock_guard lock(mutex_);
+    arrivals_.push_back(std::move(snapshot));
+    arrived_.set();
+}
+
+std::optional<Snapshot> Session::pop() {
+    const std::lock_guard lock(mutex_);
+    if (arrivals_.empty()) {
+        return std::nullopt;
+    }
+    Snapshot snapshot = std::move(arrivals_.front());
+    arrivals_.pop_front();
+    if (arrivals_.empty()) {
+        arrived_.clear();
+    }
+    return snapshot;
+}
+
+Session::Wake Session::next(Clock::time_point deadline, const Observer& observer) {
     for (;;) {
-        std::array<pollfd, 2> waited{{{inbox_.fd(), POLLIN, 0}, {interrupts_.fd(), POLLIN, 0}}};
+        std::array<pollfd, 2> waited{{{fd(), POLLIN, 0}, {interrupts_.fd(), POLLIN, 0}}};
         const int timeout = millisecondsUntil(deadline);
         ::poll(waited.data(), waited.size(), timeout);
         if (waited[1].revents != 0) {
@@ -102,9 +96,9 @@ Session::Wake Session::next(Clock::time_point deadline) {
             }
         }
         if (waited[0].revents != 0) {
-            if (auto event = inbox_.take()) {
-                deliver(std::move(*event));
-                return Wake::event;
+            if (auto snapshot = pop()) {
+                deliver(std::move(*snapshot), observer);
+                return Wake::change;
             }
         }
         if (timeout == 0) {
@@ -113,87 +107,79 @@ Session::Wake Session::next(Clock::time_point deadline) {
     }
 }
 
-Session::Wake Session::until(Clock::time_point deadline, const Condition& done) {
-    while (!done(view_)) {
-        if (const Wake wake = next(deadline); wake != Wake::event) {
+Session::Wake Session::until(Clock::time_point deadline, const Condition& done, const Observer& observer) {
+    while (!done(latest_)) {
+        if (const Wake wake = next(deadline, observer); wake != Wake::change) {
             return wake;
         }
     }
-    return Wake::event;
+    return Wake::change;
 }
 
-void Session::takeAll() {
-    while (auto event = inbox_.take()) {
-        deliver(std::move(*event));
+void Session::takeAll(const Observer& observer) {
+    while (auto snapshot = pop()) {
+        deliver(std::move(*snapshot), observer);
     }
 }
 
 Session::Wake Session::untilRunning(Clock::time_point deadline) {
-    return until(deadline, [](const View& view) { return view.running; });
+    return until(deadline, [](const Snapshot& now) { return now.running; });
 }
 
 Session::Start Session::start(std::chrono::milliseconds limit, bool patient) {
     const auto began = Clock::now();
     Wake wake = untilRunning(began + std::min(headStart, limit));
     if (wake == Wake::timedOut) {
-        // Asked of another device: a supplicant that runs may have a connection, which this one is to know.
-        Session other(make_, interrupts_);
+        // Asked of another Manager: a supplicant that runs may have a connection, which this one is to know.
+        Session other(interrupts_);
         wake = other.fence(std::max(limit, answerLimit));
         if (wake == Wake::timedOut) {
             return Start::noAnswer;
         }
         signal_ = other.signal_;
-        if (wake == Wake::event && other.view_.running) {
+        if (wake == Wake::change && other.latest_.running) {
             wake = untilRunning(Clock::now() + requestLimit);
-        } else if (wake == Wake::event && patient && view_.enabled) {
+        } else if (wake == Wake::change && patient && latest_.enabled) {
             wake = untilRunning(began + limit);
         }
     }
     if (wake == Wake::interrupted) {
         return Start::interrupted;
     }
-    return view_.running ? Start::running : Start::notRunning;
+    return latest_.running ? Start::running : Start::notRunning;
 }
 
-Session::Wake Session::fence(std::chrono::milliseconds limit) {
+Session::Wake Session::fence(std::chrono::milliseconds limit, const Observer& observer) {
     // Every fence has a name of its own, or two in a row might leave the record as it is, and show nothing.
     const std::string name = std::string(fencePrefix) + std::to_string(++fences_);
-    device_->connectConfigured(name);
-    return until(Clock::now() + limit, [&](const View&) { return reached_ == name; });
+    manager_->connectConfigured(name);
+    return until(
+        Clock::now() + limit, [&](const Snapshot&) { return reached_ == name; }, observer);
 }
 
 void Session::close() {
-    device_.reset();
+    manager_.reset();
     takeAll();
 }
 
-void Session::deliver(Event event) {
-    if (!withoutFence(event)) {
-        return;
+void Session::deliver(Snapshot now, const Observer& observer) {
+    takeFenceOut(now.connection);
+    const Snapshot before = std::exchange(latest_, std::move(now));
+    if (observer) {
+        observer(before, latest_);
     }
-    if (observer_) {
-        observer_(event);
-    }
-    view_.apply(event);
 }
 
-// Whether anything of the event remains when a fence is taken out of it.
-bool Session::withoutFence(Event& event) {
-    auto* connection = std::get_if<ConnectionChange>(&event.change);
-    if (connection == nullptr) {
-        return true;
-    }
-    ConnectionInfo& info = connection->info;
+void Session::takeFenceOut(ConnectionInfo& info) {
+    const ConnectionInfo& former = latest_.connection;
     if (isFence(info.ssid)) {
         reached_ = info.ssid;
-        return false;
+        info = former;
+    } else if (isFence(info.disconnectSsid)) {
+        info.disconnectSsid = former.disconnectSsid;
+        info.disconnectReason = former.disconnectReason;
+        info.disconnectTime = former.disconnectTime;
     }
-    if (isFence(info.disconnectSsid)) {
-        info.disconnectSsid = view_.connection.disconnectSsid;
-        info.disconnectReason = view_.connection.disconnectReason;
-        info.disconnectTime = view_.connection.disconnectTime;
-    }
-    return !(info == view_.connection);
 }
 
 }  // namespace kaz::ctl

@@ -1,4 +1,4 @@
-// A stretch of work with the device, and the means to know when a request has been carried out.
+// A stretch of work with a wifi::Manager, and the means to know when a request has been carried out.
 //
 // Requests of the library report nothing back, and ending a wifi::Manager drops those that have not begun. A
 // command that returns early would therefore sometimes do nothing. These facts of the library's contract are
@@ -15,67 +15,67 @@
 // Where a request shows no effect of its own, such as to forget a network that is out of range, fence() makes
 // one: it asks for a saved network whose name is too long to exist. The library announces every such attempt
 // (fact 2) before it looks for the network, finds none and leaves the supplicant alone. The attempt exists in
-// this device only and ends with it. It does make this device's record of the connection useless, so a fence
+// this Manager only and ends with it. It does make this Manager's record of the connection useless, so a fence
 // is the last thing that a session does, or stands where nothing is connected.
 #pragma once
 
+#include <wifi/manager.h>
+
 #include <chrono>
+#include <deque>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 
+#include "base/event_fd.h"
+#include "base/non_copyable.h"
 #include "kazwifictl/process/caught_signals.h"
-#include "kazwifictl/session/device.h"
-#include "kazwifictl/session/event.h"
-#include "kazwifictl/session/inbox.h"
+#include "kazwifictl/session/snapshot.h"
 
 namespace kaz::ctl {
 
-class Session {
+// A Manager whose threads leave all signals to the thread that calls this.
+std::unique_ptr<wifi::Manager> makeManager();
+
+class Session : NonCopyable {
   public:
-    enum class Wake { event, timedOut, interrupted };
+    enum class Wake { change, timedOut, interrupted };
     enum class Start {
         running,     // the supplicant is being followed
         notRunning,  // it does not run, or Wi-Fi cannot be controlled
         noAnswer,    // the state of the system could not be read in time
         interrupted,
     };
-    using Observer = std::function<void(const Event&)>;
-    using Condition = std::function<bool(const View&)>;
+    // Called for each change that is taken, with the snapshots before and after it.
+    using Observer = std::function<void(const Snapshot& before, const Snapshot& now)>;
+    using Condition = std::function<bool(const Snapshot&)>;
 
-    // Makes a device and begins to follow it. `interrupts` outlives the session.
-    Session(const DeviceFactory& make, Interrupts& interrupts);
-    ~Session();
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
-    Session(Session&&) = delete;
-    Session& operator=(Session&&) = delete;
+    // Makes a Manager and begins to follow it. `interrupts` outlives the session.
+    explicit Session(Interrupts& interrupts);
 
     // Not after close().
-    Device& device() { return *device_; }
+    wifi::Manager& manager() { return *manager_; }
 
-    // The state after the events taken so far.
-    const View& view() const { return view_; }
+    // The state after the changes taken so far.
+    const Snapshot& latest() const { return latest_; }
 
     // The signal that interrupted a wait.
     std::optional<int> signal() const { return signal_; }
 
-    // Every event that is taken goes to the observer first. An empty function switches it off.
-    void observe(Observer observer) { observer_ = std::move(observer); }
+    // Takes one change, waiting for it until `deadline`.
+    Wake next(Clock::time_point deadline, const Observer& observer = {});
 
-    // Takes one event, waiting for it until `deadline`.
-    Wake next(Clock::time_point deadline);
-
-    // Takes events until `done`; `event` when it is. It is asked before the first event, too.
-    Wake until(Clock::time_point deadline, const Condition& done);
+    // Takes changes until `done`; `change` when it is. It is asked before the first change, too.
+    Wake until(Clock::time_point deadline, const Condition& done, const Observer& observer = {});
 
     // The first state arrives in a few pieces. A piece that comes later than this is a change.
-    static constexpr std::chrono::milliseconds firstStateSettles{150};
+    static constexpr std::chrono::milliseconds firstStateLimit{150};
 
     // Takes what has arrived, without waiting; to be called when fd() is readable.
-    void takeAll();
-    int fd() const { return inbox_.fd(); }
+    void takeAll(const Observer& observer = {});
+    int fd() const { return arrived_.get(); }
 
     // Learns whether the supplicant runs. When it does not although Wi-Fi is switched on, `patient` waits for
     // it until the limit. Returns at once when it runs. The system may take as long to tell, and 5 s at least.
@@ -84,25 +84,27 @@ class Session {
     // A call on the bus may take 10 s before the library gives it up.
     static constexpr std::chrono::milliseconds requestLimit{15000};
     // Waits until every request made so far has been carried out.
-    Wake fence(std::chrono::milliseconds limit);
+    Wake fence(std::chrono::milliseconds limit, const Observer& observer = {});
 
-    // Ends the device, see fact 3, and takes the last events.
+    // Ends the Manager, see fact 3, and takes the last changes.
     void close();
 
   private:
     Wake untilRunning(Clock::time_point deadline);
-    void deliver(Event event);
-    bool withoutFence(Event& event);
+    void push(Snapshot snapshot);
+    std::optional<Snapshot> pop();
+    void deliver(Snapshot now, const Observer& observer);
+    void takeFenceOut(wifi::ConnectionInfo& info);
 
-    DeviceFactory make_;
     Interrupts& interrupts_;
-    Inbox inbox_;
-    View view_;
-    Observer observer_;
+    Snapshot latest_;
     std::optional<int> signal_;
     unsigned fences_ = 0;
-    std::string reached_;             // the last fence seen
-    std::unique_ptr<Device> device_;  // ends first: it writes to the inbox until then
+    std::string reached_;  // the last fence seen
+    std::mutex mutex_;     // guards arrivals_
+    std::deque<Snapshot> arrivals_;
+    EventFd arrived_;
+    std::unique_ptr<wifi::Manager> manager_;  // ends first: its thread calls push() until then
 };
 
 }  // namespace kaz::ctl

@@ -1,35 +1,99 @@
 #include "kazwifictl/session/workspace.h"
 
+#include <memory>
+
 #include "kazwifictl/text/failure.h"
 
 namespace kaz::ctl {
 
-Failure noStack(const std::string& what, const View& view, const LibraryLog::Hints& hints) {
+Failure noStack(const std::string& what, const Snapshot& now, const LibraryLog::Hints& hints) {
     if (hints.noBus) {
         return {ExitCode::noStack, what, "the system bus cannot be reached", "systemctl status dbus.service"};
     }
-    if (!view.enabled) {
+    if (!now.enabled) {
         return {ExitCode::noStack, what, "Wi-Fi is switched off", "kazwifictl on"};
     }
     return {ExitCode::noStack, what, "wpa_supplicant does not run or has no Wi-Fi interface",
             "systemctl status wpa_supplicant.service"};
 }
 
-View Workspace::lookAfresh(const std::string& what, Need need) const {
-    Session session(make_, interrupts_);
-    startSession(session, *this, what, need);
-    session.close();
-    return session.view();
+Snapshot Workspace::look(const std::string& what, Need need) {
+    return kind_ == Kind::prompt ? act(what, need).latest() : lookAfresh(what, need);
 }
 
-void startSession(Session& session, const Workspace& place, const std::string& what, Workspace::Need need) {
-    const bool needed = need == Workspace::Need::stack;
-    switch (session.start(place.startWait(), needed)) {
+Snapshot Workspace::lookAfresh(const std::string& what, Need need) const {
+    Session session(interrupts_);
+    start(session, what, need);
+    session.close();
+    return session.latest();
+}
+
+Session& Workspace::act(const std::string& what, Need need) {
+    const bool isNew = !session_;
+    if (isNew) {
+        session_ = std::make_unique<Session>(interrupts_);
+    }
+    if (kind_ == Kind::oneCommand) {
+        if (isNew) {
+            start(*session_, what, need);
+        }
+        return *session_;
+    }
+    session_->takeAll();
+    if (!session_->latest().running) {
+        start(*session_, what, need);
+        while (session_->latest().running &&
+               session_->next(Clock::now() + Session::firstStateLimit) == Session::Wake::change) {
+        }
+    }
+    return *session_;
+}
+
+void Workspace::finish() {
+    if (kind_ == Kind::oneCommand) {
+        session_->close();
+    }
+}
+
+bool Workspace::fenceAndFinish() {
+    // A fence shows in this session's record of a connection, so the prompt's has to wait while there is one.
+    if (kind_ == Kind::prompt &&
+        session_->latest().connection.status != wifi::ConnectionInfo::Status::disconnected) {
+        unproved_ = true;
+        return false;
+    }
+    const auto wake = session_->fence(Session::requestLimit);
+    if (wake == Session::Wake::interrupted) {
+        throw Interrupted(*session_->signal());
+    }
+    finish();
+    return wake == Session::Wake::change;
+}
+
+bool Workspace::continueInBackground(const std::function<void()>& farewell) {
+    if (background_ == nullptr) {
+        return false;
+    }
+    farewell();
+    background_->leaveTerminal();
+    return true;
+}
+
+void Workspace::close() {
+    if (unproved_) {
+        session_->fence(Session::requestLimit);
+    }
+    session_->close();
+}
+
+void Workspace::start(Session& session, const std::string& what, Need need) const {
+    const bool needed = need == Need::stack;
+    switch (session.start(startWait_, needed)) {
         case Session::Start::running:
             return;
         case Session::Start::notRunning:
             if (needed) {
-                throw CommandFailed(noStack(what, session.view(), place.log().hints()));
+                throw CommandFailed(noStack(what, session.latest(), log_.hints()));
             }
             return;
         case Session::Start::noAnswer:
@@ -41,9 +105,9 @@ void startSession(Session& session, const Workspace& place, const std::string& w
 }
 
 void await(Session& session, std::chrono::milliseconds limit, const Session::Condition& done,
-           const Failure& failure) {
-    switch (session.until(Clock::now() + limit, done)) {
-        case Session::Wake::event:
+           const Failure& failure, const Session::Observer& observer) {
+    switch (session.until(Clock::now() + limit, done, observer)) {
+        case Session::Wake::change:
             return;
         case Session::Wake::timedOut:
             throw CommandFailed(failure);

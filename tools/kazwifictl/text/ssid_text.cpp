@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cstdint>
 
+#include "base/hex.h"
 #include "kazwifictl/text/unicode.h"
 
 namespace kaz::ctl {
@@ -66,14 +67,6 @@ class Escaper {
 
 bool isBlankAtAnEnd(std::string_view text, std::size_t at) {
     return text[at] == ' ' && (text.find_first_not_of(' ') > at || text.find_last_not_of(' ') < at);
-}
-
-int nibble(char digit) {
-    if (digit >= '0' && digit <= '9') {
-        return digit - '0';
-    }
-    const int lower = std::tolower(static_cast<unsigned char>(digit));
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
 bool needsNoQuotes(char letter) {
@@ -148,30 +141,6 @@ std::string validUtf8(std::string_view ssid) {
         const CodePoint point = codePointAt(ssid, at);
         result += toUtf8(point.valid ? point.value : U'\uFFFD');
         at += point.length;
-    }
-    return result;
-}
-
-std::string toHex(std::string_view bytes) {
-    std::string result;
-    for (const char byte : bytes) {
-        result += fmt::format("{:02x}", static_cast<unsigned char>(byte));
-    }
-    return result;
-}
-
-std::optional<std::string> fromHex(std::string_view digits) {
-    if (digits.size() % 2 != 0) {
-        return std::nullopt;
-    }
-    std::string result;
-    for (std::size_t i = 0; i < digits.size(); i += 2) {
-        const int high = nibble(digits[i]);
-        const int low = nibble(digits[i + 1]);
-        if (high < 0 || low < 0) {
-            return std::nullopt;
-        }
-        result += static_cast<char>(high * 16 + low);
     }
     return result;
 }

@@ -2,7 +2,6 @@
 // sequences, direction overrides, NUL and broken UTF-8.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -30,12 +29,6 @@ std::string shellArgument(std::string_view ssid, bool utf8);
 
 // The text form for JSON: valid UTF-8, with U+FFFD for each byte that is not.
 std::string validUtf8(std::string_view ssid);
-
-// Two lower-case digits a byte.
-std::string toHex(std::string_view bytes);
-
-// Nothing when `digits` has an odd length or holds something else than hexadecimal digits.
-std::optional<std::string> fromHex(std::string_view digits);
 
 // `text` with U+200E around it when it holds right-to-left letters, so that a terminal that lays out both
 // directions does not move what stands beside it. For terminals only.

@@ -1,17 +1,32 @@
-#include "unit/kazwifictl/fake_device.h"
+#include "unit/kazwifictl/fake_manager.h"
 
 #include <algorithm>
+#include <array>
+#include <deque>
+#include <memory>
+#include <thread>
 #include <utility>
 
-namespace kaz::test {
+namespace kaz {
+namespace test {
 
 using wifi::ConnectionInfo;
-using wifi::ConnectionSettings;
-using wifi::ConnectResult;
 using wifi::SecurityMode;
 using wifi::WifiNetwork;
-using Status = ConnectionInfo::Status;
-using Reason = ConnectionInfo::DisconnectReason;
+
+namespace {
+
+FakeWorld* livingWorld = nullptr;
+
+}  // namespace
+
+FakeWorld::FakeWorld() {
+    livingWorld = this;
+}
+
+FakeWorld::~FakeWorld() {
+    livingWorld = nullptr;
+}
 
 void FakeWorld::record(const std::string& what) {
     const std::lock_guard lock(mutex);
@@ -29,13 +44,87 @@ std::vector<std::string> FakeWorld::everything() {
     return done;
 }
 
-FakeDevice::FakeDevice(FakeWorld& world) : world_(world), enabled_(world.storedChoice) {
+WifiNetwork network(std::string ssid, int signal, SecurityMode mode, bool configured) {
+    return {std::move(ssid), signal, mode, configured};
+}
+
+ConnectionInfo connectedTo(std::string ssid, int signal) {
+    ConnectionInfo info;
+    info.status = ConnectionInfo::Status::connected;
+    info.ssid = std::move(ssid);
+    info.signal = signal;
+    return info;
+}
+
+}  // namespace test
+
+namespace wifi {
+
+using Status = ConnectionInfo::Status;
+using Reason = ConnectionInfo::DisconnectReason;
+
+// It keeps the promises of wifi/manager.h: requests become tasks that run in order on a thread of its own, and its end
+// drops those that have not begun.
+class ManagerImpl : kaz::NonCopyable {
+  public:
+    explicit ManagerImpl(test::FakeWorld& world);
+    ~ManagerImpl();
+
+    enum class Aspect { power, scanning, networks, connection };
+    void listen(Aspect aspect, std::function<void()> callback);
+    void setEnabled(bool enabled);
+    bool isEnabled() const { return enabled_; }
+    bool isWifiStackInitialized() const;
+    void scan();
+    bool isScanning() const;
+    std::vector<WifiNetwork> networks();
+    std::set<std::string> eapMethods() const { return world_.eapMethods; }
+    ConnectResult connect(const ConnectionSettings& settings);
+    void connectConfigured(const std::string& ssid);
+    void disconnect();
+    void forgetNetwork(const std::string& ssid);
+    ConnectionInfo connectionInfo() const;
+
+  private:
+    using Task = std::function<void()>;
+
+    void push(Task task);
+    void untilResting();
+    void work();
+    void idle();
+    void attach();
+    void notify(Aspect aspect);
+    void publishConnection();
+    void beginAttempt(const std::string& ssid);
+    void play(const std::string& ssid);
+    void setDisconnected(ConnectionInfo::DisconnectReason reason);
+
+    test::FakeWorld& world_;
+    mutable std::mutex mutex_;
+    std::condition_variable ready_;
+    std::deque<Task> tasks_;
+    std::array<std::function<void()>, 4> callbacks_;
+    bool ending_ = false;
+    bool resting_ = false;  // all that was asked for is done
+    bool enabled_ = true;
+    bool running_ = false;
+    bool scanning_ = false;
+    bool listStays_ = false;
+    std::vector<WifiNetwork> networks_;
+    ConnectionInfo published_;
+    ConnectionInfo info_;  // on the thread only, like the rest
+    bool saveOwed_ = false;
+    bool othersDisabled_ = false;
+    std::thread thread_;
+};
+
+ManagerImpl::ManagerImpl(test::FakeWorld& world) : world_(world), enabled_(world.storedChoice) {
     tasks_.emplace_back([this] { attach(); });
     tasks_.emplace_back([this] { idle(); });
     thread_ = std::thread([this] { work(); });
 }
 
-FakeDevice::~FakeDevice() {
+ManagerImpl::~ManagerImpl() {
     {
         const std::lock_guard lock(mutex_);
         ending_ = true;
@@ -45,7 +134,7 @@ FakeDevice::~FakeDevice() {
     thread_.join();
 }
 
-void FakeDevice::work() {
+void ManagerImpl::work() {
     std::unique_lock lock(mutex_);
     while (!ending_) {
         if (tasks_.empty()) {
@@ -76,30 +165,30 @@ void FakeDevice::work() {
     idle();
 }
 
-void FakeDevice::push(Task task) {
+void ManagerImpl::push(Task task) {
     const std::lock_guard lock(mutex_);
     tasks_.push_back(std::move(task));
     resting_ = false;
     ready_.notify_all();
 }
 
-void FakeDevice::untilResting() {
+void ManagerImpl::untilResting() {
     std::unique_lock lock(mutex_);
     ready_.wait(lock, [this] { return resting_; });
 }
 
-void FakeDevice::notify(Aspect aspect) {
-    Listener listener;
+void ManagerImpl::notify(Aspect aspect) {
+    std::function<void()> callback;
     {
         const std::lock_guard lock(mutex_);
-        listener = listener_;
+        callback = callbacks_.at(static_cast<std::size_t>(aspect));
     }
-    if (listener) {
-        listener(aspect);
+    if (callback) {
+        callback();
     }
 }
 
-void FakeDevice::attach() {
+void ManagerImpl::attach() {
     if (world_.followsOnceAsked) {
         std::unique_lock lock(world_.mutex);
         world_.changed.wait(lock, [this] { return world_.asked; });
@@ -115,7 +204,7 @@ void FakeDevice::attach() {
     notify(Aspect::power);
 }
 
-void FakeDevice::publishConnection() {
+void ManagerImpl::publishConnection() {
     {
         const std::lock_guard lock(mutex_);
         if (info_ == published_) {
@@ -130,7 +219,7 @@ void FakeDevice::publishConnection() {
     notify(Aspect::connection);
 }
 
-void FakeDevice::idle() {
+void ManagerImpl::idle() {
     publishConnection();
     std::vector<WifiNetwork> list;
     {
@@ -162,7 +251,7 @@ void FakeDevice::idle() {
     }
 }
 
-void FakeDevice::setDisconnected(Reason reason) {
+void ManagerImpl::setDisconnected(Reason reason) {
     if (info_.status != Status::disconnected) {
         info_.disconnectSsid = info_.ssid;
         info_.disconnectReason = reason;
@@ -173,19 +262,19 @@ void FakeDevice::setDisconnected(Reason reason) {
     info_.signal = wifi::NoSignaldBm;
 }
 
-void FakeDevice::beginAttempt(const std::string& ssid) {
+void ManagerImpl::beginAttempt(const std::string& ssid) {
     setDisconnected(Reason::causedByUser);
     info_.status = Status::connectingWifi;
     info_.ssid = ssid;
     publishConnection();
 }
 
-void FakeDevice::play(const std::string& ssid) {
+void ManagerImpl::play(const std::string& ssid) {
     const auto steps = world_.afterConnect.find(ssid);
     if (steps == world_.afterConnect.end()) {
         return;
     }
-    for (const FakeWorld::Step& step : steps->second) {
+    for (const test::FakeWorld::Step& step : steps->second) {
         push([this, step] {
             if (step.status == Status::disconnected) {
                 setDisconnected(Reason::causedBySystem);
@@ -200,12 +289,12 @@ void FakeDevice::play(const std::string& ssid) {
     }
 }
 
-void FakeDevice::listen(Listener listener) {
+void ManagerImpl::listen(Aspect aspect, std::function<void()> callback) {
     const std::lock_guard lock(mutex_);
-    listener_ = std::move(listener);
+    callbacks_.at(static_cast<std::size_t>(aspect)) = std::move(callback);
 }
 
-void FakeDevice::setEnabled(bool enabled) {
+void ManagerImpl::setEnabled(bool enabled) {
     enabled_ = enabled;
     if (world_.canStore) {
         world_.storedChoice = enabled;
@@ -225,16 +314,12 @@ void FakeDevice::setEnabled(bool enabled) {
     });
 }
 
-bool FakeDevice::isEnabled() const {
-    return enabled_;
-}
-
-bool FakeDevice::isWifiStackInitialized() const {
+bool ManagerImpl::isWifiStackInitialized() const {
     const std::lock_guard lock(mutex_);
     return running_;
 }
 
-void FakeDevice::scan() {
+void ManagerImpl::scan() {
     push([this] {
         world_.record("scan");
         if (!world_.scansBegin) {
@@ -260,25 +345,17 @@ void FakeDevice::scan() {
     });
 }
 
-bool FakeDevice::isScanning() const {
+bool ManagerImpl::isScanning() const {
     const std::lock_guard lock(mutex_);
     return scanning_;
 }
 
-std::vector<WifiNetwork> FakeDevice::networks() {
+std::vector<WifiNetwork> ManagerImpl::networks() {
     const std::lock_guard lock(mutex_);
     return networks_;
 }
 
-std::set<std::string> FakeDevice::eapMethods() const {
-    return world_.eapMethods;
-}
-
-std::set<std::string> FakeDevice::phase2Methods() const {
-    return {"GTC", "MSCHAP", "MSCHAPV2", "PAP"};
-}
-
-ConnectResult FakeDevice::connect(const ConnectionSettings& settings) {
+ConnectResult ManagerImpl::connect(const ConnectionSettings& settings) {
     const bool psk =
         settings.securityMode == SecurityMode::wpaPsk || settings.securityMode == SecurityMode::rsnPsk;
     if (psk && settings.password.size() < 8) {
@@ -307,7 +384,7 @@ ConnectResult FakeDevice::connect(const ConnectionSettings& settings) {
     return ConnectResult::ok;
 }
 
-void FakeDevice::connectConfigured(const std::string& ssid) {
+void ManagerImpl::connectConfigured(const std::string& ssid) {
     {
         const std::lock_guard lock(world_.mutex);
         world_.asked = true;
@@ -324,7 +401,7 @@ void FakeDevice::connectConfigured(const std::string& ssid) {
     push([this, ssid] { play(ssid); });
 }
 
-void FakeDevice::disconnect() {
+void ManagerImpl::disconnect() {
     push([this] {
         setDisconnected(Reason::causedByUser);
         publishConnection();
@@ -334,7 +411,7 @@ void FakeDevice::disconnect() {
     });
 }
 
-void FakeDevice::forgetNetwork(const std::string& ssid) {
+void ManagerImpl::forgetNetwork(const std::string& ssid) {
     push([this, ssid] {
         if (info_.status != Status::disconnected && info_.ssid == ssid) {
             setDisconnected(Reason::causedByUser);
@@ -349,25 +426,86 @@ void FakeDevice::forgetNetwork(const std::string& ssid) {
     });
 }
 
-ConnectionInfo FakeDevice::connectionInfo() const {
+ConnectionInfo ManagerImpl::connectionInfo() const {
     const std::lock_guard lock(mutex_);
     return published_;
 }
 
-ctl::DeviceFactory makeFake(FakeWorld& world) {
-    return [&world] { return std::make_unique<FakeDevice>(world); };
+Manager::Manager() : impl_(std::make_unique<ManagerImpl>(*test::livingWorld)) {
+    if (test::livingWorld->whenMade) {
+        test::livingWorld->whenMade(*this);
+    }
 }
 
-WifiNetwork network(std::string ssid, int signal, SecurityMode mode, bool configured) {
-    return {std::move(ssid), signal, mode, configured};
+Manager::~Manager() = default;
+
+void Manager::setEnabled(bool enabled) {
+    impl_->setEnabled(enabled);
 }
 
-ConnectionInfo connectedTo(std::string ssid, int signal) {
-    ConnectionInfo info;
-    info.status = Status::connected;
-    info.ssid = std::move(ssid);
-    info.signal = signal;
-    return info;
+bool Manager::isEnabled() const {
+    return impl_->isEnabled();
 }
 
-}  // namespace kaz::test
+bool Manager::isWifiStackInitialized() const {
+    return impl_->isWifiStackInitialized();
+}
+
+void Manager::onEnabledChanged(std::function<void()> callback) {
+    impl_->listen(ManagerImpl::Aspect::power, std::move(callback));
+}
+
+void Manager::scan() {
+    impl_->scan();
+}
+
+bool Manager::isScanning() const {
+    return impl_->isScanning();
+}
+
+void Manager::onScanningChanged(std::function<void()> callback) {
+    impl_->listen(ManagerImpl::Aspect::scanning, std::move(callback));
+}
+
+std::vector<WifiNetwork> Manager::networks() {
+    return impl_->networks();
+}
+
+void Manager::onNetworksListChanged(std::function<void()> callback) {
+    impl_->listen(ManagerImpl::Aspect::networks, std::move(callback));
+}
+
+std::set<std::string> Manager::eapMethods() const {
+    return impl_->eapMethods();
+}
+
+std::set<std::string> Manager::phase2Methods() const {
+    return {"GTC", "MSCHAP", "MSCHAPV2", "PAP"};
+}
+
+ConnectResult Manager::connect(const ConnectionSettings& settings) {
+    return impl_->connect(settings);
+}
+
+void Manager::connectConfigured(const std::string& ssid) {
+    impl_->connectConfigured(ssid);
+}
+
+void Manager::disconnect() {
+    impl_->disconnect();
+}
+
+void Manager::forgetNetwork(const std::string& ssid) {
+    impl_->forgetNetwork(ssid);
+}
+
+ConnectionInfo Manager::connectionInfo() const {
+    return impl_->connectionInfo();
+}
+
+void Manager::onConnectionInfoChanged(std::function<void()> callback) {
+    impl_->listen(ManagerImpl::Aspect::connection, std::move(callback));
+}
+
+}  // namespace wifi
+}  // namespace kaz
