@@ -7,7 +7,7 @@
 
 namespace kaz::wifi {
 
-// The verdict on a connect request, from its settings and the methods on offer alone.
+// The verdict on connection settings, given the available methods.
 ConnectResult validateConnectionSettings(const ConnectionSettings& settings,
                                          const std::set<std::string>& eapMethods,
                                          const std::set<std::string>& phase2Methods);

@@ -14,7 +14,7 @@
 namespace kaz::wifi {
 
 // The requests to connect, disconnect and forget. Each informs the tracker and publishes before it calls the supplicant.
-// No failure is returned: an attempt that gets no further ends by the tracker's timeout. Loop thread only.
+// No failure is returned: if a call fails, the tracker's timeout ends the attempt. Loop thread only.
 class Connecting : NonCopyable {
   public:
     Connecting(Communicator& communicator, ConnectionInfoHelper& tracker, ConnectionRefresh& refresh,

@@ -18,12 +18,12 @@ class EnabledChoice : NonCopyable {
 
     bool isEnabled() const { return enabled_; }
 
-    // Sets the flag and writes the file on the calling thread, then posts the start or stop of the supplicant. Of two
-    // threads that call at once, one is last in all three.
+    // Sets the flag and writes the file on the calling thread, then posts the start or stop of the supplicant. If two
+    // threads call at once, the same one is last in all three.
     void setEnabled(bool on);
 
-    // Reads the file again and takes over what it says. True when that changed the flag. Does nothing while setEnabled()
-    // runs: its choice is newer than the file. Never waits for setEnabled(), which waits for this.
+    // Reads the file again and sets the flag to its value. Returns true if the flag changed. Does nothing while
+    // setEnabled() runs, because its choice is newer than the file. Never waits for setEnabled(), which waits for this.
     bool adoptStoredChoice();
 
   private:

@@ -30,7 +30,7 @@ class Published : NonCopyable {
     void publish(ConnectionInfo info);
     void publish(std::set<std::string> eapMethods);
 
-    // Replaces the callback. An empty function switches it off.
+    // Replaces the callback. An empty function removes it.
     void onChange(Change change, std::function<void()> callback);
 
     // Invokes the callback on the calling thread. An exception that it throws is logged.

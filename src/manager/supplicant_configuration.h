@@ -24,8 +24,8 @@ class SupplicantConfiguration : NonCopyable {
 
     void requestSave() { saveNeeded_ = true; }
 
-    // Makes the requested save. While a selection keeps the other networks disabled the save waits: a device that
-    // restarts with such a file knows only one network.
+    // Makes a requested save. The save waits while a selection keeps the other networks disabled. Otherwise the device
+    // would know only one network after a restart.
     void taskSaveConfiguration();
 
     void supplicantAttached();
@@ -36,7 +36,7 @@ class SupplicantConfiguration : NonCopyable {
 
     Communicator& communicator_;
     bool othersDisabled_ = false;
-    // A selection may have disabled networks, and not all of them have been enabled successfully since.
+    // True if a selection may have disabled networks and not all have been enabled since.
     bool enablingUnconfirmed_ = false;
     bool saveNeeded_ = false;
 };

@@ -10,7 +10,7 @@ namespace kaz::wifi {
 // A copy of connection settings that wipes its secrets when it is destroyed, whether its task ran or was dropped.
 class WipedSettings : NonCopyable {
   public:
-    // NOLINTNEXTLINE(modernize-pass-by-value): an argument by value would be one more copy to wipe
+    // NOLINTNEXTLINE(modernize-pass-by-value): a value argument would be one more copy to wipe
     explicit WipedSettings(const ConnectionSettings& settings) : settings_(settings) {}
     ~WipedSettings() {
         wipe(settings_.password);
