@@ -14,13 +14,14 @@
 
 namespace kaz::sim {
 
-// The wpa_supplicant daemon of this machine, with its wired driver on one end of a veth pair, in a network
-// namespace of its own that ends with it. The daemon is killed when this object, its thread or the process
-// ends. Needs root, or a kernel that lets users make namespaces.
+// The wpa_supplicant daemon of this machine, with its wired driver on one end of a veth pair, in a separate
+// network namespace that ends with it. The daemon is killed when this object, its thread or the process ends.
+// Needs root, or a kernel that allows user namespaces.
 class RealService : public ServiceProcess, NonCopyable {
   public:
-    // The daemon reads and saves its configuration in that file, which is made when there is none; without a
-    // name, in a folder of its own. `linkChanged` follows whether the daemon's State is "completed".
+    // The daemon reads and saves its configuration in this file, which is created if it is missing. Without a
+    // name, the file is in a temporary folder. `linkChanged` is called when the daemon's State becomes or
+    // leaves "completed".
     RealService(const Environment& environment, std::filesystem::path configFile,
                 std::function<void(bool up)> linkChanged);
     ~RealService() override;
@@ -40,7 +41,7 @@ class RealService : public ServiceProcess, NonCopyable {
     void propertiesChanged(sd_bus_message* signal);
 
     const Environment& environment_;
-    std::optional<TemporaryFolder> folder_;  // without a file of the caller's
+    std::optional<TemporaryFolder> folder_;  // only if the caller names no file
     std::filesystem::path configFile_;
     std::function<void(bool)> linkChanged_;
     Connection connection_;

@@ -9,8 +9,8 @@
 
 namespace kaz::sim {
 
-// A message bus of our own: a dbus-daemon with a socket in a new folder under $TMPDIR, on which everybody may
-// own, send and receive everything. The daemon ends with this object, and also when this process dies.
+// A private message bus: a dbus-daemon with a socket in a new folder under $TMPDIR. Every client may own any
+// name, and send and receive everything. The daemon ends with this object, and also when this process dies.
 class PrivateBus : NonCopyable {
   public:
     // Starts the daemon and waits until it listens. Throws std::runtime_error when it does not start.
@@ -19,10 +19,10 @@ class PrivateBus : NonCopyable {
 
     const std::string& address() const noexcept { return address_; }
 
-    // Points DBUS_SYSTEM_BUS_ADDRESS of this process here, so that its "system bus" is this one.
+    // Sets DBUS_SYSTEM_BUS_ADDRESS of this process to this bus.
     void becomeSystemBus() const;
 
-    // Kills the daemon at once, as a crash would: every connection breaks.
+    // Kills the daemon like a crash: every connection breaks.
     void kill();
 
     // Starts the daemon again under the same address after a kill().

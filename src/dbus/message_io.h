@@ -1,4 +1,4 @@
-// Reading from decoders and writing into builders, with the failures logged. Loop thread only.
+// Reads from decoders and writes to builders, and logs failures. For the loop thread only.
 #pragma once
 
 #include "base/log.h"
@@ -11,8 +11,8 @@
 
 namespace kaz::dbus {
 
-// The next value. The first failure is logged at warning level and fails the decoder: every later read gives
-// "Already failed", because the position in the message is no longer known.
+// Reads the next value. The first failure is logged at warning level. Every later read then fails with
+// "Already failed", because the position in the message is unknown.
 template <typename T>
 CodecResult<T> read(MessageDecoder& decoder) {
     if (!decoder.ok) {
@@ -26,8 +26,8 @@ CodecResult<T> read(MessageDecoder& decoder) {
     return value;
 }
 
-// Appends one argument. A failure is logged at warning level and fails the builder. Does nothing for a
-// builder without a message.
+// Appends one argument. A failure is logged at warning level and fails the builder. Does nothing without a
+// message.
 template <typename T>
 void write(MessageBuilder& builder, const T& value) {
     if (builder.message() == nullptr) {

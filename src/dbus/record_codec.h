@@ -40,7 +40,7 @@ namespace detail {
 
 // The type of a dictionary's entries, which decides how much must be peeked for each entry.
 enum class EntryType {
-    stringToVariant,  // {sv}, as good as always
+    stringToVariant,  // {sv}, nearly always
     other,
 };
 

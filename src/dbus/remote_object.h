@@ -11,10 +11,10 @@
 
 namespace kaz::dbus {
 
-// One interface of one object of a service. Every operation is a blocking call on the loop thread; its
-// outcome is the reply, or none. A call with an argument that cannot be sent fails without being made, and so does
-// every call without a bus or a path. No call starts a service. Made for the moment of the call: it does not keep the
-// connection.
+// One interface of one object of a service. Every operation is a blocking call on the loop thread and returns
+// the reply, or none on failure. A call without a bus or a path, or with an argument that cannot be sent,
+// fails without a message. No call starts a service. Create it for each call, because it does not keep the
+// connection alive.
 class RemoteObject {
   public:
     RemoteObject(sd_bus* bus, MessageEndpoint endpoint);
@@ -26,9 +26,9 @@ class RemoteObject {
         return send(builder);
     }
 
-    // A call whose arguments hold secrets: the message is wiped when it is freed, and the text of an error, which may
-    // repeat an argument, is kept out of the platform's log as far as that can. What sd-bus leaves behind when a
-    // message grows while it is written is not wiped.
+    // A call with secrets in its arguments. The message is wiped when it is freed, but not the memory that
+    // sd-bus frees when a message grows. An error text may repeat an argument, so it is not logged if the
+    // platform supports that.
     template <typename... Arguments>
     Reply callWithSecrets(const char* member, const Arguments&... arguments) const {
         MessageBuilder builder = makeDbusCall(bus_, endpoint_, member);
@@ -37,10 +37,10 @@ class RemoteObject {
         return send(builder);
     }
 
-    // The reply holds the value in a variant.
+    // The reply contains the value in a variant.
     Reply get(const char* property) const;
 
-    // True when the new value was accepted.
+    // Returns true if the service accepted the value.
     bool set(const char* property, const Variant& value) const;
 
   private:

@@ -9,8 +9,8 @@
 
 namespace kaz::dbus {
 
-// The answer to a call: owns the reply message. False when the call failed; every read then fails quietly,
-// since the failure of the call was logged when it happened.
+// The reply to a call; owns its message. It is false if the call failed. Reads then fail without a log
+// record, because the failed call was logged.
 class Reply {
   public:
     explicit Reply(MessageDecoder decoder) noexcept

@@ -15,17 +15,17 @@
 
 namespace kaz::test {
 
-// A communicator without a bus and without a thread. Tasks wait until the test runs them; the handlers are
-// called by the test. Every call is recorded in the stack under its name, with its arguments but for the
-// functions; of connection settings only the SSID.
+// A communicator without a bus and without a thread. The test runs the tasks and calls the handlers. The
+// stack records every call with its name and its arguments, without functions; of connection settings only
+// the SSID.
 //
-// Selecting a network disables all others, and removing one takes it out of the configuration, as in a
-// supplicant. An operation on a network that is gone fails.
+// As in a supplicant, selecting a network disables all others, and removing one deletes its configuration. An
+// operation on a removed network fails.
 class FakeCommunicator : public wifi::Communicator {
   public:
     explicit FakeCommunicator(std::shared_ptr<FakeWifiStack> stack);
 
-    // Drops what is queued and runs the idle task one last time, as the event loop does when it ends.
+    // Drops queued tasks and runs the idle task one last time, as the event loop does when it ends.
     ~FakeCommunicator() override;
 
     FakeCommunicator(const FakeCommunicator&) = delete;
@@ -35,12 +35,12 @@ class FakeCommunicator : public wifi::Communicator {
 
     std::size_t queuedTasks() const { return tasks_.size(); }
     void runOneTask();
-    void runTasks();  // those queued meanwhile too
+    void runTasks();  // also tasks that are queued meanwhile
     void dropTasks() { tasks_.clear(); }
     std::optional<std::chrono::milliseconds> runIdlePass();
     void expireTimer();
 
-    // Sees the settings of every addNetworkSync().
+    // Called with the settings of every addNetworkSync().
     std::function<void(const wifi::ConnectionSettings&)> onAddNetwork;
 
     void startEventLoop() override;

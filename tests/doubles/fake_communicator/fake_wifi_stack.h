@@ -11,11 +11,11 @@
 
 namespace kaz::test {
 
-// What a FakeCommunicator stands in front of: the supplicant, its configuration, and the record of every
-// call. Test and communicator share it, so it outlives the engine.
+// The state behind a FakeCommunicator: the supplicant, its configuration, and the record of every call. Test
+// and communicator share it, so it outlives the engine.
 //
-// Recording is safe from any thread, and so are the two flags; everything else belongs to the thread that
-// runs the tasks.
+// Any thread may record calls and use the two flags. Everything else belongs to the thread that runs the
+// tasks.
 class FakeWifiStack {
   public:
     struct Network {
@@ -27,7 +27,7 @@ class FakeWifiStack {
         friend bool operator==(const Network&, const Network&) = default;
     };
 
-    // What the operations answer.
+    // The results of the operations.
     std::atomic<bool> supplicantOn = false;
     std::atomic<bool> enabledConfiguration = true;
     bool supplicantSurvives = false;  // the loss of the bus
@@ -35,23 +35,23 @@ class FakeWifiStack {
     std::set<std::string> eapMethods;
     std::vector<Network> networks;
 
-    // The operations that fail, by name or as one call with its arguments. Such a call is recorded with " fails" at
-    // its end.
+    // The operations that fail: a name, or a call with its arguments. The record of such a call ends with "
+    // fails".
     std::set<std::string> failing;
 
-    // Called with every call, after it was recorded and before it does anything.
+    // Called with every call, after it was recorded and before it takes effect.
     std::function<void(const std::string& call)> onCall;
 
-    // Adds a network to the configuration, as if it had been there before. Returns its id; ids count from 1.
+    // Adds a network to the configuration. Returns its id; ids count from 1.
     std::size_t configure(std::optional<std::string> ssid);
 
-    // Null when there is none.
+    // Null if there is none.
     Network* find(std::size_t id);
 
-    // Records "operation(arguments)". False when the operation is to fail.
+    // Records "operation(arguments)". Returns false if the operation must fail.
     bool record(const std::string& operation, const std::string& arguments = {});
 
-    // Every call since this was last called, in order.
+    // Every call since the last call of this, in order.
     std::vector<std::string> takeCalls();
 
   private:

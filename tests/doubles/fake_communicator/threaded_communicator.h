@@ -13,10 +13,10 @@
 
 namespace kaz::test {
 
-// A fake communicator with a loop thread of its own, which runs tasks in the order they were posted and the
-// idle task whenever there is none. What leaves a task or an idle pass as an exception is dropped.
+// A fake communicator with its own loop thread. The thread runs tasks in the order they were posted, and the
+// idle task when there are none. Exceptions from tasks and idle passes are ignored.
 //
-// Members of FakeCommunicator that run tasks are not for use here.
+// Do not use the members of FakeCommunicator that run tasks.
 class ThreadedCommunicator final : public FakeCommunicator {
   public:
     explicit ThreadedCommunicator(std::shared_ptr<FakeWifiStack> stack);
@@ -30,7 +30,7 @@ class ThreadedCommunicator final : public FakeCommunicator {
     void stopEventLoop() override;
     void pushTaskAsync_(std::function<void()> task) override;
 
-    // Runs the function on the loop thread and waits until it returned and an idle pass followed it.
+    // Runs the function on the loop thread, and waits for its end and the next idle pass.
     void onLoop(const std::function<void()>& function);
 
   private:
@@ -44,7 +44,7 @@ class ThreadedCommunicator final : public FakeCommunicator {
     std::deque<std::function<void()>> queue_;
     bool stopping_ = false;
     std::size_t pushedTasks_ = 0;
-    std::size_t settledTasks_ = 0;  // those followed by an idle pass
+    std::size_t settledTasks_ = 0;  // tasks that were followed by an idle pass
     std::thread thread_;
 };
 

@@ -1,5 +1,4 @@
-// Stands in for the metrics library: a program that links this reports nowhere, and can ask what was reported
-// in which order. Any thread may report and ask.
+// Replaces the metrics library: records all reports, in order, for the test. Usable from any thread.
 #pragma once
 
 #include <iosfwd>
@@ -17,10 +16,10 @@ struct GaugeReport {
 
 std::ostream& operator<<(std::ostream& out, const GaugeReport& report);
 
-// All reports since this was last called.
+// All reports since the last call of this.
 std::vector<GaugeReport> takeGaugeReports();
 
-// All creations since this was last called, as "createGauge(name)" and "createSampledGauge(name)".
+// All creations since the last call of this, as "createGauge(name)" and "createSampledGauge(name)".
 std::vector<std::string> takeGaugeCreations();
 
 }  // namespace kaz::test

@@ -11,17 +11,17 @@ namespace kaz::test {
 
 class BusThread;
 
-// Listens in on a bus and notes, in the order in which the bus handles them, all method calls of all
-// connections that begin their life after this, and the match rules they add and remove:
+// Monitors a bus. Records all method calls of connections that are made later, and the match rules that they
+// add and remove, in the order in which the bus handles them:
 //
 //   call com.example.Service /path the.interface.Member(...)
 //   match the.interface.Member of com.example.Service /path
 //   unmatch the.interface.Member of com.example.Service /path
 //
-// Calls of the bus itself other than for match rules on signals of others are left out.
+// Other calls to the bus itself are left out, and so are match rules for its own signals.
 class RecordingBus : NonCopyable {
   public:
-    // Listens on return.
+    // Monitors the bus from its return.
     RecordingBus(const std::string& address, CallLog& log);
     ~RecordingBus();
 

@@ -19,7 +19,7 @@ namespace kaz::test {
 
 struct LogRecord {
     spdlog::level::level_enum level = spdlog::level::off;
-    std::string text;  // the message alone, without time or level
+    std::string text;  // the message without time and level
 
     friend bool operator==(const LogRecord&, const LogRecord&) = default;
 };
@@ -27,9 +27,9 @@ struct LogRecord {
 // Prints `warning: "text"`, for failure messages.
 std::ostream& operator<<(std::ostream& out, const LogRecord& record);
 
-// The process's default logger for as long as this object lives; afterwards the former one is back. Keeps
-// every record of every level, in order. Any thread may log and ask, but create and destroy it while no other
-// thread logs.
+// The process's default logger while this object lives; its destructor restores the former one. Keeps every
+// record of every level, in order. Any thread may log and read. Create and destroy it while no other thread
+// logs.
 class RecordingLog : NonCopyable {
   public:
     using Records = std::vector<LogRecord>;
@@ -41,13 +41,13 @@ class RecordingLog : NonCopyable {
     std::vector<std::string> texts() const;
     std::vector<std::string> texts(spdlog::level::level_enum level) const;
 
-    // Whether any record has `part` in its text.
+    // Whether the text of any record contains `part`.
     bool contains(std::string_view part) const;
 
-    // Blocks until the predicate holds for the records so far. False when it does not within the time limit.
+    // Blocks until the predicate is true for the records so far. Returns false on timeout.
     bool waitFor(const std::function<bool(const Records&)>& predicate) const;
 
-    // Blocks until there is a record of this level with `part` in its text. False when none comes in time.
+    // Blocks until there is a record of this level whose text contains `part`. Returns false on timeout.
     bool waitForText(spdlog::level::level_enum level, std::string_view part) const;
 
     void clear();

@@ -10,8 +10,7 @@
 
 namespace kaz::test {
 
-// A bus connection with nobody at the other end: good for making messages, not for sending them. What cannot
-// be made throws std::runtime_error. To be used by one thread.
+// A bus connection without a peer, for making messages. Failures throw std::runtime_error. For one thread.
 class StubBus : NonCopyable {
   public:
     StubBus();
@@ -19,10 +18,10 @@ class StubBus : NonCopyable {
 
     sd_bus* get() const noexcept { return bus_.get(); }
 
-    // A method call without arguments, still open for them.
+    // A method call without arguments; the caller may append some.
     dbus::MessagePtr message() const;
 
-    // A message with these values, as sd_bus_message_append() takes them, ready to be read.
+    // A message with these values, in the form of sd_bus_message_append(), ready to be read.
     template <typename... Values>
     dbus::MessagePtr sealed(const char* types, Values... values) const {
         dbus::MessagePtr made = message();
@@ -31,7 +30,7 @@ class StubBus : NonCopyable {
         return made;
     }
 
-    // Ends the writing of a message and goes to its beginning.
+    // Seals a message and rewinds it.
     static void seal(sd_bus_message* message);
 
   private:

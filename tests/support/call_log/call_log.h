@@ -9,7 +9,7 @@
 
 namespace kaz::test {
 
-// What happened, in order, each as a line of text. Any thread may add and ask.
+// Calls in order, each as a line of text. Any thread may add and read.
 class CallLog {
   public:
     using Calls = std::vector<std::string>;
@@ -20,8 +20,7 @@ class CallLog {
     // The calls since the last take().
     Calls take();
 
-    // Blocks until the predicate holds for the calls since the last take(). False when it does not within the
-    // time limit.
+    // Blocks until the predicate is true for the calls since the last take(). Returns false on timeout.
     bool waitFor(const std::function<bool(const Calls&)>& predicate) const;
 
     // Blocks until a call contains this text.

@@ -17,7 +17,7 @@
 
 namespace kaz::test {
 
-// A simulated device with a handful of networks around it, and one user of the library on it.
+// A simulated device with a few networks in range, and one user of the library on it.
 class DeviceFixture : public ::testing::Test {
   protected:
     DeviceFixture();
@@ -26,8 +26,8 @@ class DeviceFixture : public ::testing::Test {
     // Change this before start().
     sim::Neighbourhood neighbourhood;
 
-    // Switches the device on, then starts the user and waits until it follows the supplicant (where that
-    // runs).
+    // Switches the device on, starts the user, and waits until the user is attached to the supplicant, if it
+    // runs.
     void start();
 
     sim::SimulatedDevice& device() { return *device_; }
@@ -36,23 +36,24 @@ class DeviceFixture : public ::testing::Test {
     const RecordingLog& log() const { return log_; }
     void forgetLog() { log_.clear(); }
 
-    // A new user, after the former one left. The second waits until it follows the supplicant.
+    // A new user, after the former one has ended. The second waits until the user is attached to the
+    // supplicant.
     void replaceUser();
     void restartUser();
 
-    // The bus breaks, and with it the device; after the restart both are there again, with what was saved.
+    // The bus and the device break. After the restart both are back, with the saved configuration.
     void crashBus();
     void restartBus();
 
-    // All services leave the bus, and come anew with what was saved.
+    // All services leave the bus and restart with the saved configuration.
     void restartDevice();
 
-    // The supplicant's configuration file; empty while it was never saved.
+    // The supplicant's configuration file; empty before the first save.
     std::string savedConfiguration() const;
-    // Waits until it is saved with this in it.
+    // Waits until the saved file contains this text.
     bool waitForSaved(const std::string& part);
 
-    // The calls the supplicant received for this member, in order.
+    // The supplicant's calls of this member, in order.
     std::vector<sim::Call> callsOf(const std::string& member) const;
 
     static wifi::ConnectionSettings settings(const std::string& ssid, wifi::SecurityMode mode,

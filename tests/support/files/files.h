@@ -21,13 +21,13 @@ inline void writeFile(const std::filesystem::path& path, std::string_view text) 
     }
 }
 
-// The bytes of a file; empty when there is none.
+// The bytes of a file; empty if it is missing.
 inline std::string readFile(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// The names of what is in the folder.
+// The names of the folder's content.
 inline std::set<std::string> contentOf(const TemporaryFolder& folder) {
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {

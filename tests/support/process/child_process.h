@@ -13,8 +13,8 @@
 
 namespace kaz::test {
 
-// A copy of this process that runs a function and ends with what it returned as exit status; 99 when it
-// threw. Killed at the end of scope at the latest. Fork while there is one thread only.
+// A fork of this process that runs a function and exits with its result; 99 if it throws. The destructor
+// kills it. Fork while there is only one thread.
 class ChildProcess : NonCopyable {
   public:
     explicit ChildProcess(const std::function<int()>& body) : pid_(::fork()) {
@@ -39,7 +39,7 @@ class ChildProcess : NonCopyable {
 
     void sendKill() const { ::kill(pid_, SIGKILL); }
 
-    // The exit status, or minus the signal that ended it.
+    // The exit status, or the negated number of the signal that killed it.
     int wait() {
         int status = 0;
         while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {

@@ -11,7 +11,7 @@
 
 namespace kaz::test {
 
-// How a program came to its end.
+// How a program ended.
 struct Ending {
     int status = -1;  // exit status, or -1
     int signal = 0;   // the signal that ended it, or 0
@@ -19,8 +19,8 @@ struct Ending {
 
 using Environment = std::map<std::string, std::string>;
 
-// A program that runs beside this one, with pipes or with a terminal of its own as standard input and output.
-// Killed at the end of scope at the latest.
+// A program in another process, with pipes or its own terminal as standard input and output. The destructor
+// kills it.
 class RunningProgram : NonCopyable {
   public:
     struct Terminal {
@@ -28,39 +28,39 @@ class RunningProgram : NonCopyable {
         unsigned short rows = 24;
     };
 
-    // With pipes. `environment` is added to this process's; an empty value removes a variable.
+    // With pipes. `environment` is added to this process's environment; an empty value removes a variable.
     explicit RunningProgram(const std::vector<std::string>& command, const Environment& environment = {});
-    // With a terminal. What the program writes to stderr arrives there, too.
+    // With a terminal, which also shows stderr.
     RunningProgram(const std::vector<std::string>& command, const Environment& environment,
                    Terminal terminal);
     ~RunningProgram();
 
-    // Types at the terminal, or writes to the pipe.
+    // Types into the terminal, or writes to the pipe.
     void send(const std::string& text) const;
     // Closes the pipe to the standard input.
     void endInput();
     void sendSignal(int signal) const;
 
-    // Reads until the output holds `text`, from where the last call found its own. False when the program
-    // ended before, or nothing came within the time limit.
+    // Reads until the output after the last call's text contains `text`. Returns false if the program ended
+    // before, or wrote nothing within the time limit.
     bool waitFor(const std::string& text);
 
-    // The rest of the line, without its end.
+    // The rest of the line, without the line ending.
     std::string readLine();
 
-    // Waits for the end, and brings it about after the time limit without any output. What was written until
-    // then is in out() and err().
+    // Waits for the end. Kills the program after the time limit without output. Then out() and err() have its
+    // output.
     Ending wait();
-    // Waits until it has been stopped, as by Ctrl-Z.
+    // Waits until it is stopped, for example by Ctrl-Z.
     bool waitForStop() const;
 
     const std::string& out() const { return out_; }
     const std::string& err() const { return err_; }
 
-    // What the kernel tells everybody of the process while it runs: /proc/PID/NAME.
+    // The content of /proc/PID/NAME while the process runs.
     std::string told(const std::string& name) const;
 
-    // Whether the terminal shows what is typed.
+    // Whether the terminal echoes input.
     bool echoes() const;
 
   private:
@@ -75,8 +75,7 @@ class RunningProgram : NonCopyable {
     std::size_t seen_ = 0;
 };
 
-// What is on the screen after a terminal has shown `output`, for programs that do no more than overwrite the
-// line they are on.
+// The content of the screen after `output`, for programs that only overwrite their current line.
 std::string screenOf(const std::string& output);
 
 }  // namespace kaz::test

@@ -1,4 +1,4 @@
-// What a scripted peer can answer to a call.
+// The replies of a scripted peer.
 #pragma once
 
 #include "base/sd_bus/handles.h"
@@ -11,11 +11,11 @@
 
 namespace kaz::test {
 
-// Makes the message that answers a call; a null message is no answer at all. Runs on the peer's thread. What cannot be
-// made throws, which ends the program: a test is not to go on with another answer than it ordered.
+// Makes the reply to a call; null means no reply. Runs on the peer's thread. A failure throws and ends the
+// program, so that no test continues with a wrong reply.
 using Answer = std::function<dbus::MessagePtr(sd_bus_message* call)>;
 
-// Appends values to a message that is being written. Runs on the peer's thread.
+// Appends values to a message. Runs on the peer's thread.
 using Append = std::function<void(sd_bus_message*)>;
 
 Answer replyWith(Append append);
@@ -34,8 +34,8 @@ inline const char* asArgument(const std::string& value) {
 
 }  // namespace detail
 
-// Values as sd_bus_message_append() takes them; a std::string counts as its text. Given as a pointer, a text
-// must last as long as this.
+// Values in the form of sd_bus_message_append(); a std::string is passed as its text. A text passed as a
+// pointer must outlive this.
 template <typename... Values>
 Append values(std::string types, Values... given) {
     return [types = std::move(types), given...](sd_bus_message* message) {

@@ -12,18 +12,18 @@
 
 namespace kaz::test {
 
-// A bus connection and the thread that serves it. What cannot be opened throws std::runtime_error.
+// A bus connection and its thread. Throws std::runtime_error when it cannot connect.
 class BusThread : NonCopyable {
   public:
     using Job = std::function<void(sd_bus*)>;
-    // Runs on the thread for every message that arrives.
+    // Runs on the thread for every received message.
     using Receiver = std::function<void(sd_bus_message*)>;
 
-    // `prepare` runs on the caller's thread, on the connected bus, before the thread starts.
+    // `prepare` runs on the caller's thread after the connect and before the thread starts.
     BusThread(const std::string& address, const Job& prepare, Receiver receiver);
     ~BusThread();
 
-    // Runs the job on the thread and waits until it is done and all it sent has left.
+    // Runs the job on the thread, and waits until it has ended and its messages were sent.
     void run(const Job& job);
 
   private:

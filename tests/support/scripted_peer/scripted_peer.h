@@ -12,16 +12,16 @@ namespace kaz::test {
 
 class BusThread;
 
-// A service on a bus, served by a thread of its own: owns a name and answers method calls as it was told to,
-// whatever it was not told about with the error org.freedesktop.DBus.Error.UnknownMethod. The last order for
-// a member counts. Every call that arrives is noted in the log, before it is answered, as
+// A service on a bus, with its own thread. It owns a name and replies to method calls as the test ordered;
+// the last order for a member applies. For other calls it returns org.freedesktop.DBus.Error.UnknownMethod.
+// The log records every call before its reply, as
 //
 //   /path the.interface.Member("first argument", i2)
 //
-// with the arguments as messageText() has them.
+// with the arguments in the form of messageText().
 class ScriptedPeer : NonCopyable {
   public:
-    // Owns the name on return.
+    // Returns when it owns the name.
     ScriptedPeer(std::string address, std::string name, CallLog& log);
     ~ScriptedPeer();
 
@@ -35,11 +35,11 @@ class ScriptedPeer : NonCopyable {
                Answer answer);
     void onGetAll(const std::string& path, const std::string& interface, Answer answer);
 
-    // Sends a signal; on return it is on its way.
+    // Sends a signal and returns when it was sent.
     void emit(const std::string& path, const std::string& interface, const std::string& member,
               const Append& append);
 
-    // Disconnects, as a process that ends: its name goes, calls fail. Then connects anew.
+    // Disconnects like a process that ends: its name is released, and calls fail. Then connects again.
     void leave();
     void comeBack();
 

@@ -1,4 +1,4 @@
-// Waiting for what happens on other threads and in other processes.
+// Waits for events on other threads and in other processes.
 #pragma once
 
 #include <sys/types.h>
@@ -11,21 +11,21 @@
 
 namespace kaz::test {
 
-// The one limit of all tests that wait: only a fault reaches it, a busy machine does not.
+// The time limit of all waiting tests. Only a fault reaches it, not a busy machine.
 inline constexpr std::chrono::seconds timeLimit{60};
 
-// Asks again and again until the answer is yes. False when the limit passes first.
+// Repeats the question until the answer is yes. Returns false on timeout.
 bool eventually(const std::function<bool()>& condition);
 
-// Whether a window of 300 ms comes along in which the thread sleeps all the time.
+// Waits for 300 ms in which the thread sleeps all the time. Returns false on timeout.
 bool fallsAsleep(pid_t thread);
 
-// Counts events on one thread for another to wait for.
+// Counts events on one thread; another thread waits for them.
 class Counter {
   public:
     void operator++();
     std::size_t value() const;
-    // False when the count stays lower until the limit passes.
+    // Returns false if the count is still lower after the limit.
     bool reaches(std::size_t count) const;
 
   private:

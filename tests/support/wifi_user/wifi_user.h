@@ -14,7 +14,7 @@
 
 namespace kaz::test {
 
-// A user-interface process in small: a Manager, and a thread that waits for what its callbacks announce.
+// A small model of a user-interface process: a Manager, and a thread that waits for its callbacks.
 class WifiUser : NonCopyable {
   public:
     WifiUser();
@@ -22,20 +22,19 @@ class WifiUser : NonCopyable {
 
     wifi::Manager& manager() { return *manager_; }
 
-    // Ends the Manager, as a process that exits does.
+    // Destroys the Manager, like a process that exits.
     void leave();
 
-    // Blocks until the condition holds; it is looked at now and after every callback. False when it does not
-    // within the time limit.
+    // Blocks until the condition is true. Checks it now and after every callback. Returns false on timeout.
     bool waitUntil(const std::function<bool()>& condition);
 
     bool waitForStack(bool up);
     bool waitForStatus(wifi::ConnectionInfo::Status status, const std::string& ssid = {});
-    // Waits until that was published, be it for a moment only, since the start or forgetHistory().
+    // Waits until this state was published since the start or forgetHistory(), even if only for a moment.
     bool waitToPass(wifi::ConnectionInfo::Status status, const std::string& ssid);
     bool waitForNetwork(const std::string& ssid);
 
-    // The entry of the published list.
+    // The entry in the published list.
     std::optional<wifi::WifiNetwork> network(const std::string& ssid);
 
     // Every distinct connection info published so far, in order.
