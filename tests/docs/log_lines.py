@@ -29,7 +29,7 @@ ANYTHING = "\0"
 
 def records():
     """Every format of a record, with its level; "any" if the caller passes the level."""
-    for name in files("src", "platform"):
+    for name in files("base", "src", "platform"):
         if name.endswith((".cpp", ".h")):
             for level, literals in RECORD.findall((ROOT / name).read_text(encoding="utf-8")):
                 text = "".join(re.findall(r'"((?:[^"\\]|\\.)*)"', literals)).replace('\\"', '"')
