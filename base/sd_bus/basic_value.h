@@ -15,9 +15,9 @@ Value readBasic(sd_bus_message* message, char type) {
     return value;
 }
 
-// Reads the next value, of a type that is no container and no file descriptor, and passes it to `visit`: as text for 's', 'o'
-// and 'g', as bool, as double, or as the integer of its width. Any other type is passed to `otherwise`, unread. Throws
-// std::system_error.
+// Reads the next value, if it is neither a container nor a file descriptor, and passes it to `visit`: as text
+// for 's', 'o' and 'g', as bool, as double, or as the integer of its width. Passes any other type to
+// `otherwise` and does not read it. Throws std::system_error.
 template <typename Visit, typename Otherwise>
 auto visitBasic(sd_bus_message* message, char type, const Visit& visit, const Otherwise& otherwise) {
     switch (type) {

@@ -21,7 +21,7 @@ struct Release {
 using EventPtr = std::unique_ptr<sd_event, Release<&sd_event_unref>>;
 using SourcePtr = std::unique_ptr<sd_event_source, Release<&sd_event_source_disable_unref>>;
 using BusPtr = std::unique_ptr<sd_bus, Release<&sd_bus_close_unref>>;
-using BusReference = std::unique_ptr<sd_bus, Release<&sd_bus_unref>>;  // of one that somebody else closes
+using BusReference = std::unique_ptr<sd_bus, Release<&sd_bus_unref>>;  // of a bus that another owner closes
 using SlotPtr = std::unique_ptr<sd_bus_slot, Release<&sd_bus_slot_unref>>;
 using MessagePtr = std::unique_ptr<sd_bus_message, Release<&sd_bus_message_unref>>;
 

@@ -35,11 +35,11 @@ class ManagerImpl;
 /// when it connects to another network, or when it does not react for 2000 ms. The timeout is paused during a
 /// scan and restarts at zero after it. After a failure, `disconnectSsid` names the network,
 /// `disconnectReason` is `causedBySystem`, and `status` shows what the supplicant does now: `disconnected`,
-/// or a connection to another network. It can be the former connection, if the supplicant refused the request
-/// or never received it.
+/// or a connection to another network. That can be the former connection, if the supplicant refused the
+/// request or never received it.
 ///
-/// Platform: if the device brings its own D-Bus library, two promises depend on it: a lost bus is reconnected,
-/// and the destructor does not wait for a peer that never answers. CMake reports what that library lacks.
+/// Platform: if the device has its own D-Bus library, two promises depend on it: reconnecting to a lost bus,
+/// and the destructor's limit for a peer that does not answer. CMake reports what that library lacks.
 ///
 /// Log records go to the process's default spdlog logger, which may be replaced at any time. Without one,
 /// after spdlog was shut down, they are dropped. An SSID appears there only as ssid="..."; passwords, keys

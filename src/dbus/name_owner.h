@@ -9,8 +9,8 @@
 
 namespace kaz::dbus {
 
-// Follows which connection owns a bus name. Any program on the bus can send us a signal under the path of a service;
-// neither the bus nor sd-bus checks who sent it. The bus reports changes of this one name only. Loop thread.
+// Tracks which connection owns a bus name. Any program on the bus can forge a signal of a service, and
+// neither the bus nor sd-bus checks the sender. Subscribes to changes of this name only. For the loop thread.
 class NameOwner : NonCopyable {
   public:
     using ChangeTask = std::function<void(bool owned)>;
@@ -18,15 +18,15 @@ class NameOwner : NonCopyable {
     explicit NameOwner(std::string name);
     ~NameOwner() = default;
 
-    // Follows the name on this connection: two calls, unless it is followed there already. After a failure, which is
-    // logged, the owner is unknown until it changes or the next attach().
+    // Tracks the name on this connection, with two calls unless it already does. A failure is logged; then
+    // the owner is unknown until it changes or the next attach().
     void attach(sd_bus* bus);
     void detach() noexcept;
 
     // Runs when the name gets another owner or loses its owner while this is attached.
     void setChangeTask(ChangeTask task);
 
-    // Whether the present owner sent the message. False while there is none.
+    // Whether the current owner sent the message. False while there is no owner.
     bool sent(sd_bus_message* message) const noexcept;
 
   private:
@@ -36,7 +36,7 @@ class NameOwner : NonCopyable {
 
     std::string name_;
     std::string owner_;   // unique name, empty while there is none
-    bool known_ = false;  // owner_ is what the bus said
+    bool known_ = false;  // the bus has reported owner_
     ReplaceableTask<void(bool owned)> changeTask_;
     SlotPtr slot_;
 };

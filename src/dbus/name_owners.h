@@ -8,18 +8,18 @@
 
 namespace kaz::dbus {
 
-// The owners of the bus names whose signals the library takes, on the present connection. Loop thread.
+// The owners of the bus names with subscriptions, on the current connection. For the loop thread.
 class NameOwners {
   public:
-    // Makes this the present connection and follows every name on it; null means none.
+    // Makes this the current connection and tracks every name on it; null means no connection.
     void attach(sd_bus* bus);
     bool attachedTo(const sd_bus* bus) const noexcept { return bus == bus_.get(); }
 
-    // Follows the name from now on. The reference stays valid.
+    // Tracks the name from now on. The reference stays valid.
     NameOwner& follow(const std::string& name);
 
   private:
-    BusReference bus_;  // held, so that no other connection can come to lie at its address
+    BusReference bus_;  // held, so that no other connection can get its address
     std::map<std::string, NameOwner> owners_;
 };
 

@@ -19,8 +19,8 @@ struct SignalMatch {
     std::string member;
 };
 
-// The handlers of bus signals. They outlive the connection: attached to another, they are subscribed again.
-// Handlers may add and remove handlers; sd-bus sees to it that one added hears only what arrives after it.
+// The handlers of bus signals. They outlive a connection: on the next one they are subscribed again. Handlers
+// may add and remove handlers; sd-bus calls a new handler only for later signals.
 class SignalTable : NonCopyable {
   public:
     using Handler = std::function<void(MessageDecoder&)>;

@@ -20,21 +20,21 @@ class TaskQueue {
 
     void push(Task task);
 
-    // From now on no task begins, and what is pushed is dropped. Wakes the loop.
+    // From now on no task begins, and pushed tasks are dropped. Wakes the loop.
     void close() noexcept;
     bool closed() const noexcept { return closed_; }
 
-    // Runs the first task. False when there is none, or none may begin.
+    // Runs the first task. Returns false if there is none, or none may begin.
     bool runOne() noexcept;
 
-    // Destroys what is queued.
+    // Destroys the queued tasks.
     void drop() noexcept;
 
   private:
     mutable std::mutex mutex_;
     std::deque<Task> tasks_;
     std::atomic<bool> closed_ = false;
-    EventFd wakeUp_;  // readable while there are tasks, and for good once closed
+    EventFd wakeUp_;  // readable while there are tasks, and forever after close()
     SourcePtr source_;
 };
 

@@ -70,10 +70,10 @@ class [[gnu::visibility("default")]] EventLoop {
     /// Sets the timer's task; a later one replaces it.
     void setTimerCompletedTask(std::function<void()> task);
 
-    /// Subscribes to a signal. Any program on the bus can send a unicast signal that matches: the handler checks
-    /// who did. A temporary handler lives until removeTemporarySignalHandlersSync(), any other one as long as the loop.
-    /// An empty path is refused and not logged. Handlers may add and remove handlers, also themselves; a new
-    /// handler gets only later signals.
+    /// Subscribes to a signal. Any program on the bus can send a unicast signal that matches, so the handler
+    /// must check the sender. A temporary handler lives until removeTemporarySignalHandlersSync(), any other
+    /// one as long as the loop. An empty path is refused and not logged. Handlers may add and remove
+    /// handlers, also themselves; a new handler gets only later signals.
     void registerSignalHandlerSync(const char* sender, const char* path, const char* interface,
                                    const char* member, bool temporary,
                                    std::function<void(MessageDecoder&)> handler);

@@ -14,14 +14,14 @@ struct MessageEndpoint {
     std::string interface;    ///< of the member to be called
 };
 
-/// A method call under construction: the message, null when it could not be created, and whether all arguments
-/// could be appended so far. Belongs to one thread, the loop's.
+/// A method call under construction: the message, null if it could not be created, and whether all arguments
+/// were appended so far. For the loop thread only.
 class [[gnu::visibility("default")]] MessageBuilder {
   public:
     /// Takes over the caller's reference on `message`.
     explicit MessageBuilder(sd_bus_message * message) noexcept;
 
-    /// The message, null when it could not be created. The builder keeps its reference.
+    /// The message, null if it could not be created. The builder keeps its reference.
     sd_bus_message* message() const noexcept {
         return message_.get();
     }
@@ -37,8 +37,8 @@ class [[gnu::visibility("default")]] MessageBuilder {
         return error_;
     }
 
-    /// The arguments hold a secret: the text of an error reply, which may repeat an argument, is kept out of the
-    /// log. To have the message's memory wiped is the caller's business: sd_bus_message_sensitive().
+    /// The arguments contain a secret: the text of an error reply, which may repeat an argument, is not
+    /// logged. This does not wipe the message's memory; call sd_bus_message_sensitive() for that.
     void markSensitive() noexcept;
     /// Whether markSensitive() was called.
     bool sensitive() const noexcept {
@@ -55,12 +55,11 @@ class [[gnu::visibility("default")]] MessageBuilder {
     bool sensitive_ = false;
 };
 
-/// A received message, being read. The record does not own the message: the reply that sendMessage() returns
-/// is to be released with sd_bus_message_unref() by its caller, the signal that a handler is given by the
-/// loop.
+/// A received message that is being read. The record does not own the message. The caller of sendMessage()
+/// releases the reply with sd_bus_message_unref(). The loop releases the signal that it passes to a handler.
 struct MessageDecoder {
     sd_bus_message* message = nullptr;  ///< null when the call failed
-    bool ok = true;                     ///< cleared by the first read that fails
+    bool ok = true;                     ///< false after a failed read
 };
 
 }  // namespace kaz::dbus
