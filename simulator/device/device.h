@@ -22,7 +22,7 @@ class Device : NonCopyable {
     Device(sd_event* event, DeviceOptions options, CallLog& log);
     ~Device();
 
-    // False until the unit is active, if it is to be active.
+    // Returns false while the unit is not active although it should be.
     bool ready() const noexcept { return ready_; }
 
     std::string addAccessPoint(AccessPoint accessPoint);

@@ -45,7 +45,7 @@ class Station {
     // belongs to an enabled network with scan_ssid.
     bool scan(std::set<std::string> ssids);
 
-    // Disables all other networks and connects to this one, unless it is the current one.
+    // Disables all other networks. Connects to this one if it is not the current one.
     void select(Network& network);
     void setEnabled(Network& network, bool enabled);
     void remove(Network& network);

@@ -99,8 +99,8 @@ class Communicator : NonCopyable {
     virtual void configureTimerSync(bool enable, std::chrono::milliseconds interval) = 0;
     virtual void setTimerCompletedTask(std::function<void()> task) = 0;
 
-    // The task that runs when there is nothing else to do. It returns the delay after which it must run again even if
-    // nothing happens, or nothing.
+    // The task that runs when there is nothing else to do. It returns the delay after which it must run again without
+    // an event, or nullopt.
     virtual void setIdleTask(std::function<std::optional<std::chrono::milliseconds>()> task) = 0;
 
     // The user's on/off choice in the configuration file. Callable from any thread.

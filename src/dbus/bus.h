@@ -37,12 +37,12 @@ class Bus : NonCopyable {
     // Drops waiting tasks. No task begins afterwards.
     void stop();
 
-    // Queues a task; first in, first out. While TaskQueue::limit of them wait, it is dropped with a warning
-    // in the log.
+    // Queues a task; first in, first out. While TaskQueue::limit tasks wait, a further one is dropped with a
+    // warning in the log.
     void pushTask(std::function<void()> task);
 
-    // Runs when there is nothing else to do. It returns the delay after which it must run again even if
-    // nothing happens.
+    // Sets the task that runs when there is nothing else to do. It returns the delay after which it must run
+    // again without an event, or nullopt.
     void setIdleTask(std::function<std::optional<std::chrono::milliseconds>()> task);
 
     // The one periodic timer.

@@ -24,9 +24,9 @@ namespace kaz::dbus {
                                                                   const std::string& property);
 
 /// Sends the call and blocks until the reply arrives: 10 s at most, or until the stopping loop cancels the
-/// call. A failed call gives a decoder without a message. The failure, also an error reply, is logged at
-/// warning level with member, destination and the error's name and text; for a sensitive call without the
-/// text. A builder without a message and a null bus give the same, but are not logged. A builder that is not
+/// call. A failed call or an error reply gives a decoder without a message. It is logged at warning level with
+/// member, destination and the error's name and text; for a sensitive call without the text. A builder without
+/// a message and a null bus also give a decoder without a message, but are not logged. A builder that is not
 /// ok() is sent with the arguments that it has.
 [[gnu::visibility("default")]] MessageDecoder sendMessage(sd_bus* bus, MessageBuilder& builder);
 
