@@ -21,9 +21,8 @@ struct Environment {
 // A service's connection to the bus. The destructor closes it at once, as if the process ended.
 class Connection : NonCopyable {
   public:
-    // Connects and handles calls, but owns no bus name yet. `peer` is the service's name in the call log and
-    // in faults; without it, calls are neither logged nor get faults. `onCrash` runs for a fault of kind
-    // crash.
+    // Connects and handles calls, but owns no bus name yet. `peer` is the service's name in the call log and in
+    // faults; without it, calls are not logged and get no faults. `onCrash` runs for a fault of kind crash.
     Connection(const Environment& environment, std::string peer, std::function<void()> onCrash = nullptr);
     ~Connection();
 

@@ -4,7 +4,7 @@
 
 namespace kaz::sim {
 
-// In the order of a connection.
+// In the order in which a connection reaches them.
 enum class State {
     interfaceDisabled,
     disconnected,
