@@ -16,7 +16,7 @@ namespace {
 constexpr const char* supplicantName = "fi.w1.wpa_supplicant1";
 constexpr std::chrono::seconds patience{5};
 
-// The text of "State" in a PropertiesChanged signal of the interface; empty when it is not in it.
+// The text of "State" in a PropertiesChanged signal of the interface; empty if it is missing.
 std::string stateIn(sd_bus_message* signal) {
     const char* interface = nullptr;
     checked(sd_bus_message_read(signal, "s", &interface), "read");

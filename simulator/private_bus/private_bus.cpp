@@ -46,7 +46,7 @@ void writePolicy(const std::string& file, const std::string& address) {
     std::ofstream(file) << text;
 }
 
-// The daemon's complaints are worth reading only when it does not start.
+// The daemon's error output matters only if it does not start.
 FileDescriptor openLog(const std::string& file) {
     constexpr mode_t ownerOnly = 0600;
     return FileDescriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, ownerOnly));

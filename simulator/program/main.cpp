@@ -44,7 +44,7 @@ int waitForSignal() {
     return 0;
 }
 
-// A SIGINT of the terminal reaches the command too, and it is the command that decides what it means.
+// A SIGINT from the terminal also reaches the command, which decides what to do.
 int waitForChild(pid_t child) {
     const sigset_t signals = handledSignals();
     int status = 0;
@@ -57,7 +57,7 @@ int waitForChild(pid_t child) {
     return exitStatus(status);
 }
 
-// Where the command keeps the user's choice of Wi-Fi on or off, unless its caller has said so.
+// The file in which the command keeps the user's on/off choice, unless the caller has set one.
 void keepConfigurationIn(const TemporaryFolder& folder) {
     constexpr int keepExisting = 0;
     ::setenv("KAZ_CONFIG_FILE", (folder / "kaz.conf").c_str(), keepExisting);
@@ -116,7 +116,7 @@ int main(int argc, char** argv) {
         ->expected(1, -1);
     app.footer(
         "Without --exec the address of the bus is printed, and the device runs until SIGTERM or SIGINT.");
-    // What comes after --exec is the command's, also when it looks like an option of ours.
+    // Everything after --exec belongs to the command, even if it looks like one of our options.
     char** const end = argv + argc;
     char** const exec = std::find(argv, end, std::string_view("--exec"));
     CLI11_PARSE(app, static_cast<int>((exec + 1 == end ? end : exec) - argv), argv);

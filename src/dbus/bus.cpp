@@ -107,7 +107,7 @@ RemoteObject Bus::object(const char* destination, const OPath& path, const char*
     return {connection(), {destination, path.str(), interface}};
 }
 
-// The platform may have another connection than before. Then no owner on the older one counts.
+// The platform may have a new connection. Then the owners on the old one are invalid.
 sd_bus* Bus::connection() {
     sd_bus* const present = loop_.getSdBusHandle();
     if (!owners_->attachedTo(present)) {

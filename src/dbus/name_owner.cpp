@@ -28,7 +28,7 @@ void NameOwner::attach(sd_bus* bus) {
     if (known_) {
         return;
     }
-    // In this order: a change after the answer is not missed.
+    // In this order, so that no change after the reply is missed.
     int result = slot_ ? 0 : subscribe(bus);
     if (result >= 0) {
         result = ask(bus);
@@ -53,8 +53,8 @@ bool NameOwner::sent(sd_bus_message* message) const noexcept {
     return !owner_.empty() && owner_ == senderOf(message);
 }
 
-// Not through the platform's loop: its handlers cannot name an argument, and without one we would be woken by every
-// program that joins or leaves the bus.
+// Not through the platform's loop: its handlers cannot match an argument. Without that, every program that
+// joins or leaves the bus would wake us.
 int NameOwner::subscribe(sd_bus* bus) {
     if (sd_bus_service_name_is_valid(name_.c_str()) <= 0) {
         return -EINVAL;

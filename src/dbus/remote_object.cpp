@@ -28,12 +28,12 @@ void RemoteObject::markSecret(MessageBuilder& builder) {
 }
 
 Reply RemoteObject::send(MessageBuilder& builder) const {
-    // After a failed argument this is no message: sd-bus notes the type of a text before it refuses the text, and
-    // the bus disconnects whoever sends that.
+    // After a failed argument the message is invalid: sd-bus records the type of a text before it refuses the
+    // text, and the bus would disconnect us for sending it.
     if (builder.message() == nullptr || !builder.ok()) {
         return Reply(MessageDecoder{});
     }
-    // A late call must not start a service that was stopped meanwhile. That is systemd's business.
+    // A late call must not start a service that was stopped meanwhile. Only systemd starts services.
     sd_bus_message_set_auto_start(builder.message(), 0);
     return Reply(sendMessage(bus_, builder));
 }

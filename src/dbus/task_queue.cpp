@@ -34,13 +34,13 @@ void TaskQueue::runOne() noexcept {
         }
         task = std::move(tasks_.front());
         tasks_.pop_front();
-        full_ = full_ && tasks_.size() > limit / 2;  // one warning for a flood, not for each of its waves
+        full_ = full_ && tasks_.size() > limit / 2;  // one warning per flood
     }
     runGuarded("task", task);
 }
 
 void TaskQueue::close() noexcept {
-    std::deque<Task> dropped;  // destroyed without the lock: what a task holds may push again
+    std::deque<Task> dropped;  // destroyed without the lock: captures of a task may push again
     const std::lock_guard lock(mutex_);
     closed_ = true;
     dropped.swap(tasks_);

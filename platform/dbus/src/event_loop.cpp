@@ -33,9 +33,9 @@ EventPtr makeEvent() {
 
 }  // namespace
 
-// A turn is one message of the bus or one expiry of the timer, as sd-event picks, then one task, then, when
-// there was neither, the idle task. sd-event alone would not do: it prefers the source that has waited
-// longest, but of a bus with messages read ahead it forgets how long that has waited.
+// A turn handles one bus message or one expiry of the timer, as sd-event selects, then one task, and without
+// any of these the idle task. sd-event alone is not fair: it prefers the source that has waited longest, but
+// for messages that the bus connection has read ahead it does not know how long they have waited.
 class EventLoop::Impl : NonCopyable {
   public:
     ~Impl();
@@ -44,7 +44,7 @@ class EventLoop::Impl : NonCopyable {
     void start();
     void stop() noexcept;
 
-    // Whether this is a forked child, which has the object but not its thread.
+    // Whether this is a forked child: it has the object but not the thread.
     bool inherited() const noexcept { return process_ != ::getpid(); }
 
   private:
@@ -56,7 +56,7 @@ class EventLoop::Impl : NonCopyable {
     EventPtr event_ = makeEvent();
 
   public:
-    TaskQueue tasks{event_.get()};  // outlives the rest: whatever dies may still push
+    TaskQueue tasks{event_.get()};  // outlives the other members, whose destructors may push
     Timer timer{event_.get()};
     IdleTask idle;
     Connection connection;
@@ -144,7 +144,8 @@ EventLoop::EventLoop() : impl_(std::make_unique<Impl>()) {}
 
 EventLoop::~EventLoop() {
     if (impl_->inherited()) {
-        // The bus is the parent's, and a lock that another of its threads held is never given back.
+        // The bus belongs to the parent, and a lock that another thread of the parent held is never released
+        // here.
         static_cast<void>(impl_.release());
     }
 }

@@ -49,8 +49,8 @@ void SignalTable::add(SignalMatch match, bool temporary, Handler handler) {
 void SignalTable::removeTemporary() {
     const auto first = std::stable_partition(entries_.begin(), entries_.end(),
                                              [](const auto& entry) { return !entry->temporary; });
-    // What a handler holds may come back here when it dies, so it dies outside the table; and the handler that
-    // runs now, when it returns.
+    // The destructors of a handler's captures may call this table, so handlers are destroyed outside of it.
+    // The running handler is destroyed when it returns.
     const std::vector<std::shared_ptr<Entry>> removed(std::make_move_iterator(first),
                                                       std::make_move_iterator(entries_.end()));
     entries_.erase(first, entries_.end());
@@ -69,7 +69,7 @@ void SignalTable::subscribe(Entry& entry) {
 }
 
 int SignalTable::onSignal(sd_bus_message* message, void* entry, sd_bus_error* /*error*/) {
-    // Its own handler may remove the entry.
+    // The handler may remove its own entry.
     const auto self = static_cast<Entry*>(entry)->shared_from_this();
     MessageDecoder decoder{message};
     runGuarded("signal handler", [&] { self->handler(decoder); });

@@ -42,7 +42,7 @@ void TaskQueue::close() noexcept {
 }
 
 void TaskQueue::drop() noexcept {
-    std::deque<Task> dropped;  // dies after the lock is gone: what a task holds may push again
+    std::deque<Task> dropped;  // destroyed without the lock: captures of a task may push again
     const std::lock_guard lock(mutex_);
     dropped.swap(tasks_);
 }
