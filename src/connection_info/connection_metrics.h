@@ -16,7 +16,7 @@ class ConnectionMetrics {
     // The published state changes from `previous` to `next`.
     void reportChange(const ConnectionInfo& previous, const ConnectionInfo& next);
 
-    // An attempt reached `connectingIP`.
+    // A connection reached `connectingIP`.
     void reportSuccess();
 
   private:
