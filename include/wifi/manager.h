@@ -26,8 +26,8 @@ class ManagerImpl;
 /// soon, because nothing else runs on that thread meanwhile. An exception from a callback is logged and
 /// otherwise ignored. There is one callback per kind, initially none; registering replaces it, and an empty
 /// function removes it. After a registration on another thread returned, the old callback may still be
-/// running. A callback may also begin while ~Manager runs its last pass. So it must not reach the Manager
-/// through a pointer that is being reset, such as a std::unique_ptr. Callbacks are copied and replaced under
+/// running. A callback may also begin while ~Manager runs its last pass. So a callback must not reach the
+/// Manager through a pointer that is being reset, such as a std::unique_ptr. Callbacks are copied and replaced under
 /// a lock: copy constructors and destructors of their captures must not call the Manager, or it deadlocks.
 ///
 /// Attempts: `connect` and `connectConfigured` start an attempt. connectionInfo() shows `connectingWifi` with

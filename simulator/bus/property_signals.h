@@ -22,8 +22,8 @@ void appendProperties(sd_bus_message* out, const PropertySource& source,
                       const std::vector<std::string>& names);
 
 // Sends PropertiesChanged signals. Changes are collected and sent together when the loop has handled
-// everything that is ready. So they follow the reply to the call that caused them, and signals that are sent
-// directly.
+// everything that is ready. So PropertiesChanged follows the reply to the call that caused it, and all signals
+// that are sent directly.
 class PropertySignals {
   public:
     // With `ownSignal`, the interface's own signal PropertiesChanged(a{sv}) follows the standard signal.

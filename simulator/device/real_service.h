@@ -15,7 +15,7 @@
 namespace kaz::sim {
 
 // The wpa_supplicant daemon of this machine, with its wired driver on one end of a veth pair, in a separate
-// network namespace that ends with it. The daemon is killed when this object, its thread or the process ends.
+// network namespace that ends with the daemon. The daemon is killed when this object, its thread or the process ends.
 // Needs root, or a kernel that allows user namespaces.
 class RealService : public ServiceProcess, NonCopyable {
   public:

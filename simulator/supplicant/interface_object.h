@@ -37,7 +37,7 @@ class InterfaceObject {
     // Sends this number of PropertiesChanged signals of the interface as fast as possible.
     void storm(unsigned signals);
 
-    // For signals of other objects that contain all properties of this one.
+    // All properties of this object, for signals that other objects send.
     const PropertySource& properties() const noexcept { return properties_.source(); }
 
   private:

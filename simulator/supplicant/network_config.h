@@ -21,7 +21,7 @@ class NetworkConfig {
     // Sets a field to a value from the bus. For most fields a string is put in quotes.
     bool set(std::string_view name, const Setting& value, const std::vector<std::string>& eapMethods);
 
-    // Sets all of them, or none if one is refused.
+    // Sets all these fields, or none if one is refused.
     bool setAll(const Settings& settings, const std::vector<std::string>& eapMethods);
 
     // The field's text form, or the initial one if it was not set; empty if there is none.

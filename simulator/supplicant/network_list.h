@@ -13,7 +13,7 @@ struct Network {
     unsigned id = 0;
     NetworkConfig config;
     unsigned failures = 0;                     // in a row
-    std::chrono::milliseconds pausedUntil{0};  // simulated time; not used before this, after a refusal
+    std::chrono::milliseconds pausedUntil{0};  // simulated time; after a refusal, no attempt until then
 };
 
 class NetworkList {

@@ -18,8 +18,8 @@
 
 namespace kaz::wifi {
 
-// Construct it, assign the handlers, then call startEventLoop(). Call stopEventLoop() before destruction. Handlers run on
-// the loop thread without a lock, so do not assign them after the start.
+// Construct it, assign the handlers, then call startEventLoop(). Call stopEventLoop() before destruction. Handlers run
+// on the loop thread without a lock, so do not assign them after the start.
 //
 // Operations whose names end in Sync make blocking calls on the bus. Call them only from tasks on the loop thread. On
 // failure they return false, null or an empty value, and log it; they never throw. A call that cannot be made, because
@@ -141,7 +141,7 @@ class Communicator : NonCopyable {
     std::function<void(bool success)> scanningDoneHandler;
     // The supplicant selected a network, by itself or at our request. The SSID is empty if it could not be read.
     std::function<void(const std::optional<std::string>& ssid)> networkSelectedHandler;
-    // The link has, or no longer has, a configured address. It has no default, so assign it before the start.
+    // The link has, or no longer has, a configured address. This handler has no default: assign it before the start.
     std::function<void(bool online)> networkdOnlineHandler;
     std::function<void(SupplicantInterfaceProperties)> supplicantPropertiesHandler;
 };

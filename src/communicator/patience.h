@@ -4,8 +4,8 @@
 
 namespace kaz::wifi {
 
-// The time limit for reading the objects of a list, as long as the timeout of one call. Without it, each object could take
-// a whole timeout, and a request to switch Wi-Fi off would wait for all of them.
+// The time limit for reading the objects of a list, as long as the timeout of one call. Without it, each object could
+// take a whole timeout, and a request to switch Wi-Fi off would wait for all of them.
 class Patience {
   public:
     // True when the objects that remain must be left out.

@@ -8,7 +8,7 @@
 namespace kaz::dbus {
 
 // A queue of tasks in front of the platform's loop, first in, first out. Any thread may use it, but only one
-// may call runOne().
+// thread may call runOne().
 class TaskQueue {
   public:
     using Task = std::function<void()>;

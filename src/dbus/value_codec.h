@@ -97,7 +97,7 @@ struct BasicWire {
     static int take(sd_bus_message* message, T& value) { return takeBasic(message, code, &value); }
 };
 
-// sd-bus writes a whole int.
+// sd-bus writes a boolean into an int.
 struct BoolWire {
     static constexpr std::array signature{static_cast<char>(SD_BUS_TYPE_BOOLEAN), '\0'};
 

@@ -13,8 +13,8 @@
 
 namespace kaz::wifi {
 
-// The requests to connect, disconnect and forget. Each informs the tracker and publishes before it calls the supplicant.
-// No failure is returned: if a call fails, the tracker's timeout ends the attempt. Loop thread only.
+// The requests to connect, disconnect and forget. Each informs the tracker and publishes before it calls the
+// supplicant. No failure is returned: if a call fails, the tracker's timeout ends the attempt. Loop thread only.
 class Connecting : NonCopyable {
   public:
     Connecting(Communicator& communicator, ConnectionInfoHelper& tracker, ConnectionRefresh& refresh,

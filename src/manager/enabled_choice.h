@@ -19,11 +19,11 @@ class EnabledChoice : NonCopyable {
     bool isEnabled() const { return enabled_; }
 
     // Sets the flag and writes the file on the calling thread, then posts the start or stop of the supplicant. If two
-    // threads call at once, the same one is last in all three.
+    // threads call at the same time, the choice of the same thread is the last one in all three places.
     void setEnabled(bool on);
 
     // Reads the file again and sets the flag to its value. Returns true if the flag changed. Does nothing while
-    // setEnabled() runs, because its choice is newer than the file. Never waits for setEnabled(), which waits for this.
+    // setEnabled() runs, because its choice is newer than the file. It never waits for setEnabled().
     bool adoptStoredChoice();
 
   private:

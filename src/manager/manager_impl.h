@@ -26,8 +26,7 @@
 
 namespace kaz::wifi {
 
-// The engine behind Manager. It posts requests as tasks and passes the communicator's reports to the classes that handle
-// them.
+// The engine behind Manager. It posts requests as tasks and passes the communicator's reports to their handlers.
 //
 // Requests and getters may be called from any thread. Functions named task... and signal... run on the loop thread, one
 // at a time. The idle pass publishes what they changed: first the connection, then the network list. Then it saves the

@@ -12,8 +12,8 @@
 
 namespace kaz::wifi {
 
-// Passes each fact that the supplicant reports to the one that keeps it: the tracker or the list. Only the scanning flag
-// is published at once. isScanning() may be called from any thread, everything else on the loop thread only.
+// Passes each fact that the supplicant reports to the tracker or to the list. Only the scanning flag is published at
+// once. isScanning() may be called from any thread, everything else on the loop thread only.
 class SupplicantReports : NonCopyable {
   public:
     SupplicantReports(ConnectionInfoHelper& tracker, NetworkList& list, Published& published)
