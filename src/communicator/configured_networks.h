@@ -29,7 +29,7 @@ class ConfiguredNetworks {
     bool setPrioritySync(const dbus::OPath& network, int priority);
     std::optional<std::string> ssidSync(const dbus::OPath& network);
 
-    // All of them, in the supplicant's order. It makes one call per network. After the limit of Patience the remaining
+    // All networks, in the supplicant's order. It makes one call per network. After the limit of Patience the remaining
     // networks are listed without their SSID.
     List listSync();
 

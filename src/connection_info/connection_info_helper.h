@@ -23,8 +23,8 @@
 //    that a late "still connected" does not undo it.
 //
 // 4. When a connection or an unsuccessful attempt ends, the record names the network, the time, and whether
-//    the user or the system caused the end. It stays until the next one, or until the supplicant starts or
-//    stops.
+//    the user or the system caused the end. These fields stay until the next end, or until the supplicant
+//    starts or stops.
 #pragma once
 
 #include "communicator/communicator.h"
@@ -50,8 +50,8 @@ class ConnectionInfoHelper {
     void notifyAboutConnectionAttempt(std::string ssid);
     void notifyAboutDisconnect();
 
-    // Forgetting the network in use is a disconnect. Forgetting the network of the last disconnect, if the
-    // system caused that, records the user as its cause.
+    // Forgetting the network in use is a disconnect. If the system caused the last disconnect,
+    // forgetting its network records the user as the cause.
     void notifyAboutForget(const std::string& ssid);
 
     // The supplicant selected this network; nullopt if it did not say which.

@@ -75,7 +75,7 @@ class Bus : NonCopyable {
     std::atomic<bool> started_ = false;
     std::unique_ptr<NameOwners> owners_;
     TaskQueue tasks_;
-    EventLoop loop_;  // the last member, so that its thread ends before anything it uses does
+    EventLoop loop_;  // the last member, so that its thread ends before what it uses
 };
 
 }  // namespace kaz::dbus

@@ -18,8 +18,8 @@ class NameOwner : NonCopyable {
     explicit NameOwner(std::string name);
     ~NameOwner() = default;
 
-    // Tracks the name on this connection, with two calls unless it already does. A failure is logged; then
-    // the owner is unknown until it changes or the next attach().
+    // Tracks the name on this connection. This takes two calls, or none if it is already attached. A failure
+    // is logged; then the owner is unknown until it changes or the next attach().
     void attach(sd_bus* bus);
     void detach() noexcept;
 

@@ -13,8 +13,8 @@ namespace kaz::dbus {
 
 // One interface of one object of a service. Every operation is a blocking call on the loop thread and returns
 // the reply, or none on failure. A call without a bus or a path, or with an argument that cannot be sent,
-// fails without a message. No call starts a service. Create it for each call, because it does not keep the
-// connection alive.
+// fails and sends nothing. No call starts a service. Create a RemoteObject for each call, because it does not
+// keep the connection alive.
 class RemoteObject {
   public:
     RemoteObject(sd_bus* bus, MessageEndpoint endpoint);

@@ -26,8 +26,7 @@ class DeviceFixture : public ::testing::Test {
     // Change this before start().
     sim::Neighbourhood neighbourhood;
 
-    // Switches the device on, starts the user, and waits until the user is attached to the supplicant, if it
-    // runs.
+    // Switches the device on and starts the user. If the supplicant runs, waits until the user is attached to it.
     void start();
 
     sim::SimulatedDevice& device() { return *device_; }
@@ -36,7 +35,7 @@ class DeviceFixture : public ::testing::Test {
     const RecordingLog& log() const { return log_; }
     void forgetLog() { log_.clear(); }
 
-    // A new user, after the former one has ended. The second waits until the user is attached to the
+    // A new user, after the former one has ended. restartUser() waits until the user is attached to the
     // supplicant.
     void replaceUser();
     void restartUser();

@@ -6,8 +6,8 @@
 
 #include <iosfwd>
 
-// How GoogleTest prints these values in a failure: enumerators by name, records by field. Include it in every source of
-// a program that compares such values.
+// How GoogleTest prints these values in a failure: enumerators by name, records by field. Include this header in every
+// source of a program that compares such values.
 namespace kaz::wifi {
 
 void PrintTo(SecurityMode mode, std::ostream* out);

@@ -35,7 +35,7 @@ inline const char* asArgument(const std::string& value) {
 }  // namespace detail
 
 // Values in the form of sd_bus_message_append(); a std::string is passed as its text. A text passed as a
-// pointer must outlive this.
+// pointer must outlive the result.
 template <typename... Values>
 Append values(std::string types, Values... given) {
     return [types = std::move(types), given...](sd_bus_message* message) {
