@@ -1,5 +1,5 @@
-// The JSON documents that --json writes; docs/kazwifictl.md tells what each member means. Members are only
-// ever added; "format" changes when one changes its meaning.
+// The JSON documents that --json writes; docs/kazwifictl.md describes each member. Members may be added, but
+// are never removed. "format" changes when the meaning of a member changes.
 #pragma once
 
 #include <chrono>
@@ -13,14 +13,14 @@
 
 namespace kaz::ctl {
 
-// The members of `members` between the head that all documents have and, on failure, "error".
+// The document of a command: the members that all documents have, then `members`, then "error" on failure.
 Json document(std::string_view command, const Json& members, const Failure* failure);
 
 // {"ssid": text, "ssid_hex": digits}
 Json ssidMembers(const std::string& ssid);
 Json networkJson(const NetworkRow& row);
 Json networksJson(const std::vector<NetworkRow>& rows);
-// `now` serves to tell how long ago the last disconnection was.
+// `now` is needed for the age of the last disconnection.
 Json connectionJson(const wifi::ConnectionInfo& info, std::chrono::steady_clock::time_point now);
 std::int64_t inMilliseconds(std::chrono::steady_clock::duration duration);
 

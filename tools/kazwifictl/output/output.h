@@ -12,10 +12,10 @@ namespace kaz::ctl {
 
 using Json = nlohmann::ordered_json;
 
-// One line, ASCII only: what is not is escaped the way JSON does, so that a terminal shows it harmlessly.
+// A JSON document as one line of ASCII. Other characters become JSON escapes, which cannot control a terminal.
 std::string oneLine(const Json& document);
 
-// Where a command's results go: text or JSON to stdout, errors to stderr.
+// Writes the results of a command to stdout, as text or JSON, and errors to stderr.
 class Output {
   public:
     Output(ColourChoice colour, bool json);
@@ -24,25 +24,24 @@ class Output {
     const Style& style() const { return style_; }
     bool json() const { return json_; }
 
-    // Looks at the terminal's width again.
+    // Reads the terminal's width again.
     void refresh();
 
-    // Text for a person, which JSON output leaves out.
+    // Writes text for a person. Does nothing with --json.
     void say(std::string_view text);
 
-    // Says what is going on where somebody may be looking: a line without an end, replaced by what comes
-    // next.
+    // Writes a progress line, which the next output replaces. Does nothing with --json, or without a terminal.
     void sayForNow(std::string_view text);
 
-    // A JSON document, which text output leaves out.
+    // Writes a JSON document. Does nothing without --json.
     void show(const Json& document);
 
-    // Text that is in the right form already.
+    // Writes text that is already in the right form, text or JSON.
     void put(std::string_view text);
 
     void complain(const Failure& failure);
 
-    // False when something could not be written, and then why.
+    // good() is false after a write failed; error() is then its errno.
     bool good() const { return error_ == 0; }
     int error() const { return error_; }
 
@@ -53,7 +52,7 @@ class Output {
     bool json_;
     Terminal out_;
     Style style_;
-    bool passing_ = false;  // the cursor is on a line that is to be replaced
+    bool passing_ = false;  // the cursor is on a progress line
     int error_ = 0;         // errno of the first failure
 };
 

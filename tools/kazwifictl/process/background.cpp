@@ -32,7 +32,7 @@ namespace {
     ::_exit(WEXITSTATUS(status));
 }
 
-// The child cleans up after these and then dies of them, and the parent with it.
+// The child handles these signals: it cleans up and dies of the signal. Then the parent dies of it too.
 void ignoreKeyboard() {
     static_cast<void>(::signal(SIGINT, SIG_IGN));
     static_cast<void>(::signal(SIGQUIT, SIG_IGN));

@@ -8,15 +8,15 @@
 
 namespace kaz::ctl {
 
-// Splits the process in two, so that a command can answer at once and still see its request through: the
-// child does the work, the parent waits until the child lets it go, or ends.
+// Splits the process in two, so that a command can return at once while its request continues. The child does
+// the work. The parent waits until the child releases it or ends.
 class Background {
   public:
-    // Before any thread is started. Returns in the child. The parent never returns: it ends as the child
-    // does, or with status 0 as soon as leaveTerminal() was called.
+    // Must be called before any thread is started. Returns only in the child. The parent never returns: it
+    // exits with status 0 when the child calls leaveTerminal(), or else ends as the child ends.
     Background();
 
-    // Lets the parent go and turns away from the terminal, the first time it is called.
+    // Detaches the child from the terminal and releases the parent. Only the first call has an effect.
     void leaveTerminal();
 
   private:

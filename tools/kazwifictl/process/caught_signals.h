@@ -10,18 +10,19 @@
 
 namespace kaz::ctl {
 
-// Turns signals into something to poll for: they are blocked from now on, in this thread and those it starts.
+// Makes signals readable from a file descriptor (signalfd). Blocks them in this thread and in every thread
+// that it starts later.
 class CaughtSignals : NonCopyable {
   public:
     // Throws std::system_error.
     CaughtSignals(std::initializer_list<int> signals);
-    // Lets the signals through again.
+    // Restores this thread's former signal mask.
     ~CaughtSignals();
 
     // Readable while a signal is pending.
     int fd() const { return signals_.get(); }
 
-    // Takes a pending signal.
+    // Takes a pending signal; nothing when there is none.
     std::optional<int> take();
 
   private:
@@ -29,14 +30,14 @@ class CaughtSignals : NonCopyable {
     FileDescriptor signals_;
 };
 
-// The signals that end a program. They are caught, so that nothing is ever left half-way. Made before any thread is
-// started.
+// The signals that end a program. They are caught, so that a command can clean up first. Must be constructed
+// before any thread is started.
 class Interrupts : public CaughtSignals {
   public:
     Interrupts() : CaughtSignals({SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {}
 };
 
-// Ends this process by `signal`, as if it had never been caught.
+// Ends this process with `signal`, as if the signal had not been caught.
 [[noreturn]] void dieOf(int signal);
 
 }  // namespace kaz::ctl

@@ -2,7 +2,7 @@
 
 namespace kaz::ctl {
 
-// The simulated device's surroundings when none are named: simulator/neighbourhoods/home.json.
+// What --simulate uses when it names no file: the text of simulator/neighbourhoods/home.json.
 extern const char* const defaultNeighbourhood;
 
 }  // namespace kaz::ctl

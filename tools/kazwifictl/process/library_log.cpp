@@ -68,7 +68,7 @@ class LibraryLog::Sink final : public spdlog::sinks::base_sink<std::mutex> {
         formatter_->format(message, buffer);
         std::string_view line(buffer.data(), buffer.size());
         line.remove_suffix(line.empty() ? 0 : 1);  // the line break
-        // SSIDs stand in records as they are, escape sequences and all.
+        // Records contain SSIDs with all their bytes, so also with terminal escape sequences.
         const std::string shown = harmless(line, true) + '\n';
         static_cast<void>(std::fwrite(shown.data(), 1, shown.size(), stderr));
     }

@@ -7,10 +7,11 @@
 
 namespace kaz::ctl {
 
-// Takes over the process's default logger, which the library writes to. Verbose: the records go to stderr.
+// Replaces the process's default logger, to which the library writes. With `verbose`, writes its records to
+// stderr.
 //
-// A few things that a person wants to know are told by the library in its log only; they are taken from
-// there. They refine what a command says, and whether it succeeded, never when it is over.
+// The library reports a few facts only in its log. They are read from the records, as Hints. Hints may change
+// what a command says and whether it succeeded, but never when it returns.
 class LibraryLog : NonCopyable {
   public:
     struct Hints {
@@ -22,10 +23,10 @@ class LibraryLog : NonCopyable {
     };
 
     explicit LibraryLog(bool verbose);
-    // Nothing is logged any more.
+    // Replaces the default logger by one that drops all records.
     ~LibraryLog();
 
-    // What was logged since the start or the last forgetHints().
+    // What the log has said since the start or the last forgetHints().
     Hints hints() const;
     void forgetHints();
 

@@ -34,7 +34,7 @@ bool isProgram(const fs::path& path) {
 std::vector<fs::path> places() {
     std::error_code error;
     const fs::path here = fs::read_symlink("/proc/self/exe", error).parent_path();
-    // Beside it; as installed; as built.
+    // Beside kazwifictl; where it is installed; where it is built.
     std::vector<fs::path> result{here, here / "../libexec/kazwifi", here / "../../simulator/program"};
     const char* path = ::getenv("PATH");
     std::string rest = path == nullptr ? "" : path;
@@ -58,7 +58,7 @@ void makeFolder(std::optional<TemporaryFolder>& folder) {
 
 [[noreturn]] void become(const std::string& program, const std::string& neighbourhood, int output) {
     ::prctl(PR_SET_PDEATHSIG, SIGTERM);
-    ::setpgid(0, 0);  // Ctrl-C is for the command, which may still need its device
+    ::setpgid(0, 0);  // Ctrl-C must not reach the simulator: the command may still need its device
     ::dup2(output, STDOUT_FILENO);
     sigset_t none;
     ::sigemptyset(&none);

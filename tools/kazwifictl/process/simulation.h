@@ -10,25 +10,25 @@
 
 namespace kaz::ctl {
 
-// A simulated device that is this process's own: until the end of this object, or of the process however it
-// ends, the system bus and the configuration file of this process are those of the simulation.
+// Runs a simulated device for this process. Sets the process's system bus address and configuration file to
+// those of the simulation. The simulator ends with this object, or with the process, even if that is killed.
 class Simulation : NonCopyable {
   public:
-    // `neighbourhood` is a file that tells what the device finds around it; empty: a flat in town. Returns
-    // when the device is there. Before any thread is started. Throws CommandFailed.
+    // `neighbourhood` is a JSON file with the networks around the device; empty: the built-in one. Returns when
+    // the device runs. Must be called before any thread is started. Throws CommandFailed.
     explicit Simulation(const std::string& neighbourhood);
     ~Simulation();
 
   private:
-    Simulation() = default;  // complete, so that what fails later is cleaned up
+    Simulation() = default;  // delegated to: then the destructor also runs when the other constructor throws
     void start(const std::string& program, const std::string& neighbourhood);
 
     std::optional<TemporaryFolder> folder_;
     pid_t simulator_ = -1;
 };
 
-// The program of the simulated device: beside this one or in the build folder that it lies in, in a libexec
-// folder, or in PATH. Nothing when it is nowhere.
+// The path of kaz-device-sim: beside this program, in libexec/kazwifi, in the build folder, or in PATH. Nothing
+// when it is in none of them.
 std::optional<std::string> findSimulator();
 
 }  // namespace kaz::ctl

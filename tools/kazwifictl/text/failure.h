@@ -7,8 +7,8 @@
 
 namespace kaz::ctl {
 
-// What the process reports to its parent. The numbers are documented in the manual page and do not change.
-// A run ended by a signal is not among them: it dies of that signal, as shells expect.
+// The exit status of the process. The manual page documents the numbers; they never change. A command that a
+// signal ends has none of them: the process dies of that signal, as shells expect.
 enum class ExitCode : int {
     done = 0,
     failed = 1,
@@ -19,8 +19,7 @@ enum class ExitCode : int {
     refused = 6,   // the settings break a rule; nothing was changed
 };
 
-// Why a command did not do what it was asked for. The three texts are fit to be shown: an SSID in them has
-// gone through presentable().
+// Why a command failed. The three texts are safe to print: SSIDs in them are escaped (see ssid_text.h).
 struct Failure {
     ExitCode code = ExitCode::failed;
     std::string what;    // "cannot connect to \"Home\""
@@ -34,7 +33,7 @@ std::string errorLine(const Failure& failure);
 // "failed", "usage", "timed-out", "no-stack", "not-found", "refused"; "done" for no failure.
 std::string_view nameOf(ExitCode code);
 
-// Leaves a command that cannot do what it was asked for.
+// Thrown by a command that fails.
 class CommandFailed : public std::exception {
   public:
     explicit CommandFailed(Failure failure) : failure_(std::move(failure)) {}
@@ -45,7 +44,7 @@ class CommandFailed : public std::exception {
     Failure failure_;
 };
 
-// Leaves a command because of a signal.
+// Thrown when a signal interrupts a command.
 class Interrupted : public std::exception {
   public:
     explicit Interrupted(int signal) : signal_(signal) {}

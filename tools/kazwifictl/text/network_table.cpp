@@ -58,7 +58,7 @@ Widths widthsOf(const std::vector<Cells>& lines, int columns) {
     return widths;
 }
 
-// Puts the cells of a line side by side until the terminal's edge.
+// Joins the cells of a line, and cuts the line at the terminal's right edge.
 class LineWriter {
   public:
     LineWriter(const Widths& widths, const Terminal& terminal) : widths_(widths), terminal_(terminal) {}
@@ -107,7 +107,7 @@ std::vector<NetworkRow> networkRows(const std::vector<wifi::WifiNetwork>& networ
                        connection.status != ConnectionInfo::Status::connectingWifi, connection.status};
     const auto listed = std::find_if(rows.begin(), rows.end(),
                                      [&](const NetworkRow& row) { return row.ssid == connection.ssid; });
-    if (listed != rows.end()) {  // the two are published one after the other
+    if (listed != rows.end()) {  // list and connection are published one after the other, so they may overlap
         current.security = listed->security;
         current.saved = listed->saved;
         rows.erase(listed);

@@ -10,8 +10,8 @@
 
 namespace kaz::ctl {
 
-// One line of the list: a network in range, or the one in use, of which the library tells neither security
-// nor, while connecting, the strength.
+// A line of the list: a network in range, or the network in use. For the network in use the library publishes
+// no security, and no signal strength while it is connecting.
 struct NetworkRow {
     std::string ssid;
     std::optional<int> dBm;
@@ -22,12 +22,12 @@ struct NetworkRow {
     bool isCurrent() const { return status != wifi::ConnectionInfo::Status::disconnected; }
 };
 
-// The network in use first, then the others, strongest first; equally strong ones by name.
+// The network in use first, then the others by signal strength, strongest first, then by name.
 std::vector<NetworkRow> networkRows(const std::vector<wifi::WifiNetwork>& networks,
                                     const wifi::ConnectionInfo& connection);
 
-// A heading and a line a network, or a sentence when there is none. No line is wider than the terminal: the
-// SSIDs give way first.
+// A heading and one line per network, or a sentence when there is no network. No line is wider than the
+// terminal: the SSID column is narrowed first, then the line is cut.
 std::string networkTable(const std::vector<NetworkRow>& rows, const Terminal& terminal);
 
 }  // namespace kaz::ctl

@@ -11,7 +11,7 @@ int barsOf(int dBm);
 // Four columns: "▂▄▆█" with "_" for the bars that are not reached, or "####" with "." in ASCII.
 std::string barsText(int dBm, bool utf8);
 
-// A strength as a connection reports it; nothing when that says that none is known.
+// The signal strength of a ConnectionInfo; nothing when it is unknown (NoSignaldBm or 0).
 std::optional<int> knownSignal(int dBm);
 
 }  // namespace kaz::ctl

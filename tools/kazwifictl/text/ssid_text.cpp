@@ -30,7 +30,7 @@ std::string escapedBytes(std::string_view bytes) {
     return result;
 }
 
-// Walks through a text and decides for each character whether it may stand for itself.
+// Called for each character of a text, in order. Returns the character, or its escape if it must not be shown.
 class Escaper {
   public:
     explicit Escaper(bool utf8) : utf8_(utf8) {}
@@ -62,7 +62,7 @@ class Escaper {
     }
 
     bool utf8_;
-    int marks_ = marksShown;  // nothing stands before the first character that a mark could combine with
+    int marks_ = marksShown;  // a mark at the start is escaped: it has no character to combine with
 };
 
 bool isBlankAtAnEnd(std::string_view text, std::size_t at) {

@@ -9,18 +9,18 @@ enum class ColourChoice { automatic, always, never };
 
 // What the output may use.
 struct Terminal {
-    bool interactive = false;  // somebody may be looking: lines may be rewritten
-    bool utf8 = false;         // characters beyond ASCII arrive as such
+    bool interactive = false;  // a terminal, not a file or a pipe: lines may be rewritten
+    bool utf8 = false;         // characters beyond ASCII may be written
     bool colour = false;
-    int columns = 0;  // lines are to be no longer; 0: no limit
+    int columns = 0;  // maximum width of a line; 0: no limit
 };
 
-// The terminal behind a descriptor. UTF-8 follows the locale, which is to be set; colours follow `choice`,
-// and when that is automatic, NO_COLOR and TERM; the width is the terminal's own, or COLUMNS when it has
-// none.
+// The terminal behind a file descriptor. UTF-8 depends on the locale, so call setlocale() first. Colours
+// depend on `choice`; when that is automatic, on NO_COLOR and TERM. The width is the one that the terminal
+// reports, or else COLUMNS, or else 80.
 Terminal terminalAt(int fd, ColourChoice choice);
 
-// Styles a piece of text, or leaves it plain where there are no colours.
+// Adds colours and weights to a text. Without colours, returns the text unchanged.
 class Style {
   public:
     explicit Style(bool colour) : colour_(colour) {}
@@ -29,7 +29,7 @@ class Style {
     std::string dim(std::string_view text) const { return wrapped("2", text); }
     std::string good(std::string_view text) const { return wrapped("32", text); }
     std::string bad(std::string_view text) const { return wrapped("31", text); }
-    // Green, yellow or red by the strength of a signal.
+    // Green, yellow or red, depending on the signal strength.
     std::string bySignal(int dBm, std::string_view text) const;
 
   private:

@@ -30,7 +30,7 @@ std::string toUtf8(char32_t value) {
 }
 
 bool isShowable(char32_t value) {
-    constexpr char32_t brailleBlank = 0x2800;  // which Unicode counts among the symbols
+    constexpr char32_t brailleBlank = 0x2800;  // looks like a blank, but Unicode counts it as a symbol
     const utf8proc_property_t& properties = propertiesOf(value);
     constexpr std::array hidden{UTF8PROC_CATEGORY_CC, UTF8PROC_CATEGORY_CF, UTF8PROC_CATEGORY_CN,
                                 UTF8PROC_CATEGORY_CO, UTF8PROC_CATEGORY_CS, UTF8PROC_CATEGORY_ZL,
@@ -42,9 +42,9 @@ bool isShowable(char32_t value) {
 int columnsOf(char32_t value) {
     const utf8proc_property_t& properties = propertiesOf(value);
     if (properties.category == UTF8PROC_CATEGORY_MC) {
-        return 1;  // a spacing mark; utf8proc has the width of those that do not space
+        return 1;  // a spacing mark takes a column, but utf8proc_charwidth() returns 0 for it
     }
-    // The second and third part of a Hangul syllable stand on the first.
+    // The second and third letter of a Hangul syllable are drawn in the columns of the first.
     const bool onTheFirst =
         properties.boundclass == UTF8PROC_BOUNDCLASS_V || properties.boundclass == UTF8PROC_BOUNDCLASS_T;
     return onTheFirst ? 0 : ::utf8proc_charwidth(static_cast<utf8proc_int32_t>(value));
