@@ -11,10 +11,10 @@ namespace kaz {
 // A program to run as a child process.
 struct Program {
     std::vector<std::string> command;                                    // its name is searched for in $PATH
-    std::optional<std::vector<std::string>> environment = std::nullopt;  // "NAME=value" each; nothing: ours
+    std::optional<std::vector<std::string>> environment = std::nullopt;  // "NAME=value" each; nullopt: ours
     int output = -1;          // a descriptor; -1: our standard output
     int error = -1;           // a descriptor; -1: our standard error
-    int inherited = -1;       // one more descriptor that it gets
+    int inherited = -1;       // one more descriptor for the program
     int deathSignal = 0;      // sent when the calling thread ends
     bool newSession = false;  // Ctrl-C at our terminal does not reach it
 };

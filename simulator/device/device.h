@@ -22,7 +22,7 @@ class Device : NonCopyable {
     Device(sd_event* event, DeviceOptions options, CallLog& log);
     ~Device();
 
-    // Returns false while the unit is not active although it should be.
+    // Returns false while the unit should be active but is not.
     bool ready() const noexcept { return ready_; }
 
     std::string addAccessPoint(AccessPoint accessPoint);

@@ -23,10 +23,10 @@ namespace kaz::wifi {
 
 // The communicator that controls wpa_supplicant, its systemd unit and systemd-networkd over the system bus.
 //
-// While the unit runs, the communicator is attached to the supplicant's first interface and turns its signals into calls
-// of the handlers. Otherwise the communicator is detached, and operations that need the interface are refused with a
-// warning in the log, scanSync() with a debug record. Calls that cannot be made, because there is no bus or no
-// interface, fail without a record.
+// While the unit runs, the communicator is attached to the supplicant's first interface and turns its signals into
+// calls of the handlers. Otherwise it is detached, and operations that need the interface are refused with a warning in
+// the log, scanSync() with a debug record. Calls that cannot be made, because there is no bus or no interface, fail
+// without a record.
 //
 // Construction posts the task that finds the unit. The loss of the bus detaches. After a restart of the bus or of
 // systemd the unit is looked up again.

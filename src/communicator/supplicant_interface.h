@@ -20,7 +20,7 @@ class SupplicantInterface {
 
     bool attached() const { return attached_; }
 
-    // The same, and logs a refusal while detached: "Can't <what>, wpa_supplicant isn't running."
+    // Returns attached(). While detached it also logs: "Can't <what>, wpa_supplicant isn't running."
     bool mayUse(const char* what, log::Level level = log::Level::warn) const;
 
     // Attaches to the first interface of the supplicant. False when it has none.

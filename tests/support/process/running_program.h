@@ -41,7 +41,7 @@ class RunningProgram : NonCopyable {
     void endInput();
     void sendSignal(int signal) const;
 
-    // Reads until the output after the last call's text contains `text`. Returns false if the program ended
+    // Reads output until `text` appears after the text of the last call. Returns false if the program ended
     // before, or wrote nothing within the time limit.
     bool waitFor(const std::string& text);
 
