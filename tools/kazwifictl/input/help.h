@@ -5,14 +5,14 @@
 
 namespace kaz::ctl {
 
-// What --help shows; it fits a screen of 24 lines of 80 columns.
+// The text of --help. Fits a screen of 24 lines and 80 columns.
 std::string helpText();
 
-// What `help` shows at the prompt.
+// The text of `help` at the prompt.
 std::string promptHelpText();
 
-// How the help of one command is laid out: an option a line, the descriptions in one column, examples as they were
-// written. CLI11's own layout differs from one of its releases to the next, and not every one fits a screen.
+// The layout of a command's help: one option per line, the descriptions in one column, the examples unchanged.
+// CLI11's own layout differs between its releases, and some of them do not fit a screen.
 class HelpLayout : public CLI::Formatter {
   public:
     std::string make_help(const CLI::App* command, std::string name, CLI::AppFormatMode mode) const override;

@@ -16,7 +16,7 @@
 namespace kaz::ctl {
 namespace {
 
-// What the parser writes into before it is turned into Options.
+// What CLI11 parses into. finish() converts it to Options.
 struct Raw {
     std::string colour = "auto";
     std::string simulate;
@@ -141,7 +141,7 @@ Failure Parser::usage(const std::string& why, const std::string& advice) const {
             harmless(why, true), advice.empty() ? help : advice};
 }
 
-// What was given too much may be a password, so it is not repeated unless it looks like an option.
+// An unexpected argument may be a password. So the message repeats only an option's name or an unknown command.
 Failure Parser::notExpected() const {
     const std::vector<std::string> extras = app_.remaining(true);
     const auto option = std::find_if(extras.begin(), extras.end(),
@@ -201,7 +201,7 @@ std::vector<std::string> Parser::optionNames(const std::string& command) const {
              each->get_options([](const CLI::Option* one) { return !one->get_lnames().empty(); })) {
             names.push_back("--" + option->get_lnames().front());
         }
-        std::rotate(names.begin(), names.begin() + 1, names.end());  // --help, which CLI11 has first
+        std::rotate(names.begin(), names.begin() + 1, names.end());  // --help goes last; CLI11 has it first
     }
     return names;
 }
@@ -289,7 +289,7 @@ Parsed parsePromptLine(const std::vector<std::string>& arguments, const Options&
     }
     Options options = base;
     options.command = Command::prompt;
-    // Messages and the manual write commands with the program's name.
+    // Messages and the manual page write the program's name before a command, so it is accepted here too.
     const bool named = !arguments.empty() && arguments.front() == "kazwifictl";
     return Parser(std::move(options), true).parse({arguments.begin() + (named ? 1 : 0), arguments.end()});
 }

@@ -15,13 +15,13 @@ namespace kaz::ctl {
 
 enum class Command { status, on, off, scan, list, connect, disconnect, forget, monitor, prompt };
 
-// "list"; the prompt has no name of its own.
+// "list"; empty for the prompt.
 std::string_view nameOf(Command command);
 
-// The commands that can be typed at the prompt, without the prompt's own.
+// The commands, without `help` and `quit`, which only the prompt has.
 std::vector<std::string> commandNames();
 
-// The options of a command, as they are typed: "--hidden". None for what is no command.
+// The options of a command, such as "--hidden". Empty for an unknown command.
 std::vector<std::string> optionNames(const std::string& command);
 
 struct ConnectOptions {
@@ -35,7 +35,7 @@ struct ConnectOptions {
     std::chrono::milliseconds wait{30000};
     bool keep = false;
 
-    // Whether anything says how to connect, so that a saved configuration would not do.
+    // Whether any option describes the network. Then a saved configuration is not used.
     bool describesNetwork() const;
 };
 
@@ -52,18 +52,18 @@ struct Options {
     ConnectOptions connect;
 };
 
-// A text to show instead of doing anything: help or version.
+// A text to show instead of running a command: help or version.
 struct Message {
     std::string text;
 };
 
 using Parsed = std::variant<Options, Message, Failure>;
 
-// Understands a command line, without the program's name.
+// Parses a command line without the program's name. Without a command, the result is Command::prompt.
 Parsed parseCommandLine(const std::vector<std::string>& arguments);
 
-// Understands a line typed at the prompt: the same commands, with `base` for what the program was called
-// with. An empty command line gives Command::prompt.
+// Parses a line typed at the prompt. It has the same commands; all other options come from `base`, the options
+// that the program was started with. Without a command, the result is Command::prompt.
 Parsed parsePromptLine(const std::vector<std::string>& arguments, const Options& base);
 
 }  // namespace kaz::ctl

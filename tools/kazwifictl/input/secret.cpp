@@ -25,7 +25,7 @@ namespace {
 constexpr std::size_t longestLine = 4096;
 constexpr const char* readable = "a file whose first line is the password";
 
-// Keeps a terminal from showing what is typed.
+// Switches off the echo of a terminal.
 class EchoOff : NonCopyable {
   public:
     explicit EchoOff(int tty) : tty_(tty) { hide(); }
@@ -35,16 +35,16 @@ class EchoOff : NonCopyable {
         ::tcgetattr(tty_, &former_);
         termios silent = former_;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
-        ::tcsetattr(tty_, TCSAFLUSH, &silent);  // what was typed before the question is no answer
+        ::tcsetattr(tty_, TCSAFLUSH, &silent);  // discards what was typed before the question
         hidden_ = true;
     }
     void show() {
         if (hidden_) {
-            ::tcsetattr(tty_, TCSAFLUSH, &former_);  // half a password is nobody else's business
+            ::tcsetattr(tty_, TCSAFLUSH, &former_);  // discards a half-typed password
             hidden_ = false;
         }
     }
-    // What is typed after the answer is for whoever reads next.
+    // Discards nothing: what is typed after the answer is for the next reader of the terminal.
     void showAndKeepTheRest() {
         ::tcsetattr(tty_, TCSADRAIN, &former_);
         hidden_ = false;
@@ -56,14 +56,14 @@ class EchoOff : NonCopyable {
     termios former_{};
 };
 
-// A line that is read into memory which never moves, so that no piece of it is left behind, and that is wiped unless
-// it is taken.
+// A line in memory that is reserved once and never moves, so that no copy of a part of it is left behind. The
+// destructor wipes the line, unless take() was called.
 class SecretLine : NonCopyable {
   public:
     SecretLine() { text_.reserve(longestLine + 1); }
     ~SecretLine() { wipe(text_); }
 
-    // False when it is longer than any password.
+    // False when the line is now longer than longestLine.
     bool append(std::string_view more) {
         text_ += more.substr(0, text_.capacity() - text_.size());
         return text_.size() <= longestLine;
@@ -79,7 +79,7 @@ class SecretLine : NonCopyable {
     std::string text_;
 };
 
-// Appends what can be read; false at the end of the line or of the file.
+// Reads once and appends the result; false at the end of the line or of the file.
 bool readSome(int fd, SecretLine& line, const std::string& name) {
     std::array<char, 512> buffer{};
     const ssize_t count = ::read(fd, buffer.data(), buffer.size());
@@ -109,7 +109,7 @@ std::string askSecret(const std::string& question, Interrupts& interrupts) {
         throw CommandFailed({ExitCode::usage, "cannot ask for the password", "there is no terminal",
                              "--password-file FILE, or the password on the standard input"});
     }
-    CaughtSignals stops({SIGTSTP});  // Ctrl-Z would stop the process with the terminal as it is
+    CaughtSignals stops({SIGTSTP});  // else Ctrl-Z would stop the process while the echo is off
     EchoOff echo(tty.get());
     writeAll(tty.get(), question);
     SecretLine answer;

@@ -7,16 +7,15 @@
 
 namespace kaz::ctl {
 
-// Both functions read into memory that never moves; the caller wipes what they return.
+// Both functions read into memory that never moves. The caller must wipe the result.
 
-// Asks on the controlling terminal, without showing what is typed, and takes one line. Whatever ends the
-// question, the terminal shows what is typed again: also after Ctrl-C (which throws Interrupted), while the
-// process is stopped by Ctrl-Z, and at end of file (an empty answer). Throws CommandFailed without a
-// terminal.
+// Asks on the controlling terminal, with the echo off, and reads one line. The echo is on again after the
+// question, however it ends: also after Ctrl-C (throws Interrupted), while Ctrl-Z stops the process, and at end
+// of file (returns an empty answer). Throws CommandFailed when there is no terminal.
 std::string askSecret(const std::string& question, Interrupts& interrupts);
 
-// The first line of a file, or of the standard input when `path` is "-", without its line break. Throws
-// CommandFailed when it cannot be read or is longer than 4096 bytes, and Interrupted.
+// Reads the first line of a file, or of the standard input when `path` is "-", without its line break. Throws
+// CommandFailed when the line cannot be read or is longer than 4096 bytes, and Interrupted on a signal.
 std::string readSecret(const std::string& path, Interrupts& interrupts);
 
 }  // namespace kaz::ctl

@@ -16,19 +16,19 @@ using wifi::ConnectionInfo;
 
 namespace {
 
-// An SSID has at most 32 bytes, so there is no network of such a name.
+// Longer than an SSID, which has at most 32 bytes: so no network has such a name.
 constexpr std::string_view fencePrefix = "kazwifictl: no network has a name as long as this ";
 
 bool isFence(std::string_view ssid) {
     return ssid.substr(0, fencePrefix.size()) == fencePrefix;
 }
 
-// A supplicant that runs is being followed well before this; asking the long way takes longer.
+// A running supplicant is usually followed within this time. The question to a second Manager takes longer.
 constexpr std::chrono::milliseconds headStart{300};
-// A system that is merely busy has answered before this.
+// Even a busy system answers within this time.
 constexpr std::chrono::milliseconds answerLimit{5000};
 
-// For poll(): the time left, rounded up so that a deadline has passed when poll() returns.
+// The timeout for poll(): the time left, rounded up, so that the deadline has passed when poll() returns.
 int millisecondsUntil(Clock::time_point deadline) {
     constexpr std::chrono::milliseconds anHour{3'600'000};
     const auto now = Clock::now();
@@ -42,7 +42,7 @@ int millisecondsUntil(Clock::time_point deadline) {
 
 Snapshot snapshotOf(wifi::Manager& manager) {
     const bool running =
-        manager.isWifiStackInitialized();  // a scan ends with the supplicant, without a callback
+        manager.isWifiStackInitialized();  // a supplicant that stops ends its scan without a callback
     return {Clock::now(),       manager.isEnabled(),     running, running && manager.isScanning(),
             manager.networks(), manager.connectionInfo()};
 }
@@ -55,13 +55,13 @@ std::unique_ptr<wifi::Manager> makeManager() {
 }
 
 Session::Session(Interrupts& interrupts) : interrupts_(interrupts), manager_(makeManager()) {
-    // Not through the pointer: the last callbacks come while it is being reset.
+    // The callbacks must not use manager_: the last ones run while it is being reset.
     const auto announce = [this, &manager = *manager_] { push(snapshotOf(manager)); };
     manager_->onEnabledChanged(announce);
     manager_->onScanningChanged(announce);
     manager_->onNetworksListChanged(announce);
     manager_->onConnectionInfoChanged(announce);
-    // What changed before the callbacks were there is known from here, what changes from now on arrives.
+    // Reads what changed before the callbacks were registered. Later changes arrive through the callbacks.
     latest_ = snapshotOf(*manager_);
 }
 
@@ -130,7 +130,7 @@ Session::Start Session::start(std::chrono::milliseconds limit, bool patient) {
     const auto began = Clock::now();
     Wake wake = untilRunning(began + std::min(headStart, limit));
     if (wake == Wake::timedOut) {
-        // Asked of another Manager: a supplicant that runs may have a connection, which this one is to know.
+        // A second Manager runs the fence. Here, it would spoil the record of a connection that may exist.
         Session other(interrupts_);
         wake = other.fence(std::max(limit, answerLimit));
         if (wake == Wake::timedOut) {
@@ -150,7 +150,8 @@ Session::Start Session::start(std::chrono::milliseconds limit, bool patient) {
 }
 
 Session::Wake Session::fence(std::chrono::milliseconds limit, const Observer& observer) {
-    // Every fence has a name of its own, or two in a row might leave the record as it is, and show nothing.
+    // Each fence has its own name. With the name of the last fence, the record might not change, and no
+    // callback would come.
     const std::string name = std::string(fencePrefix) + std::to_string(++fences_);
     manager_->connectConfigured(name);
     return until(

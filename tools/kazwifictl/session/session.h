@@ -1,22 +1,22 @@
-// A stretch of work with a wifi::Manager, and the means to know when a request has been carried out.
+// A session uses one wifi::Manager, and finds out when a request has been carried out.
 //
-// Requests of the library report nothing back, and ending a wifi::Manager drops those that have not begun. A
-// command that returns early would therefore sometimes do nothing. These facts of the library's contract are
-// what a command can rest on, all of them events:
+// Requests of the library return nothing, and ~Manager drops requests that have not begun. So a command that
+// exits right after its request would sometimes do nothing. A command can rely on three facts of the library's
+// contract. Each of them is an event; none depends on a time:
 //
-//  1. Requests become tasks that run in the order in which they were made, and callbacks run on the same
-//     thread as the tasks. So the effect of a later request proves that all earlier ones have ended.
-//  2. Connecting, and disconnecting or forgetting the network in use, publish the new state of the connection
-//     from inside the task. So that event proves that the task has begun.
-//  3. Ending the Manager waits for the task or pass in progress, then publishes and saves what is due. So once
-//     a request has begun, close() completes it; and once the supplicant is being followed, close() completes
-//     the first state.
+//  1. Requests become tasks. Tasks run in the order of the requests, on the thread that also runs the
+//     callbacks. So the effect of a later request proves that all earlier requests have ended.
+//  2. Three requests publish the new state of the connection from inside their task: to connect, to disconnect,
+//     and to forget the network in use. So this event proves that the task has begun.
+//  3. ~Manager waits for the task or pass in progress, then publishes and saves what is pending. So once a
+//     request has begun, close() completes it. Once the supplicant is followed, close() completes the first
+//     state.
 //
-// Where a request shows no effect of its own, such as to forget a network that is out of range, fence() makes
-// one: it asks for a saved network whose name is too long to exist. The library announces every such attempt
-// (fact 2) before it looks for the network, finds none and leaves the supplicant alone. The attempt exists in
-// this Manager only and ends with it. It does make this Manager's record of the connection useless, so a fence
-// is the last thing that a session does, or stands where nothing is connected.
+// Some requests have no effect that shows, for example to forget a network that is out of range. Then fence()
+// makes an effect: it requests a connection to a saved network whose name is too long to exist. The library
+// announces every such attempt (fact 2) before it looks for the network. It finds none and leaves the supplicant
+// alone. The attempt exists only in this Manager and ends with it. But it spoils this Manager's record of the
+// connection. So fence() must be the last request of a session, or be called while nothing is connected.
 #pragma once
 
 #include <wifi/manager.h>
@@ -36,7 +36,7 @@
 
 namespace kaz::ctl {
 
-// A Manager whose threads leave all signals to the thread that calls this.
+// Makes a Manager whose threads block all signals, so that signals reach the calling thread.
 std::unique_ptr<wifi::Manager> makeManager();
 
 class Session : NonCopyable {
@@ -52,10 +52,10 @@ class Session : NonCopyable {
     using Observer = std::function<void(const Snapshot& before, const Snapshot& now)>;
     using Condition = std::function<bool(const Snapshot&)>;
 
-    // Makes a Manager and begins to follow it. `interrupts` outlives the session.
+    // Makes a Manager and registers the callbacks. `interrupts` must outlive the session.
     explicit Session(Interrupts& interrupts);
 
-    // Not after close().
+    // Must not be called after close().
     wifi::Manager& manager() { return *manager_; }
 
     // The state after the changes taken so far.
@@ -64,29 +64,30 @@ class Session : NonCopyable {
     // The signal that interrupted a wait.
     std::optional<int> signal() const { return signal_; }
 
-    // Takes one change, waiting for it until `deadline`.
+    // Waits for a change until `deadline`, and takes it.
     Wake next(Clock::time_point deadline, const Observer& observer = {});
 
-    // Takes changes until `done`; `change` when it is. It is asked before the first change, too.
+    // Takes changes until `done` returns true; then returns `change`. Checks `done` before the first change too.
     Wake until(Clock::time_point deadline, const Condition& done, const Observer& observer = {});
 
-    // The first state arrives in a few pieces. A piece that comes later than this is a change.
+    // The first state arrives in a few changes. After this time without a change, it counts as complete.
     static constexpr std::chrono::milliseconds firstStateLimit{150};
 
-    // Takes what has arrived, without waiting; to be called when fd() is readable.
+    // Takes the changes that have arrived, without waiting. Call it when fd() is readable.
     void takeAll(const Observer& observer = {});
     int fd() const { return arrived_.get(); }
 
-    // Learns whether the supplicant runs. When it does not although Wi-Fi is switched on, `patient` waits for
-    // it until the limit. Returns at once when it runs. The system may take as long to tell, and 5 s at least.
+    // Finds out whether the supplicant runs. Returns as soon as it is followed. If Wi-Fi is switched on but the
+    // supplicant does not run, waits until `limit` for it if `patient`. Returns noAnswer if the system does not
+    // report its state within `limit`, or within 5 s if that is longer.
     Start start(std::chrono::milliseconds limit, bool patient);
 
-    // A call on the bus may take 10 s before the library gives it up.
+    // Longer than a D-Bus call, which the library gives up after 10 s.
     static constexpr std::chrono::milliseconds requestLimit{15000};
     // Waits until every request made so far has been carried out.
     Wake fence(std::chrono::milliseconds limit, const Observer& observer = {});
 
-    // Ends the Manager, see fact 3, and takes the last changes.
+    // Ends the Manager (fact 3) and takes the last changes.
     void close();
 
   private:
@@ -104,7 +105,7 @@ class Session : NonCopyable {
     std::mutex mutex_;     // guards arrivals_
     std::deque<Snapshot> arrivals_;
     EventFd arrived_;
-    std::unique_ptr<wifi::Manager> manager_;  // ends first: its thread calls push() until then
+    std::unique_ptr<wifi::Manager> manager_;  // destroyed first, because its thread calls push()
 };
 
 }  // namespace kaz::ctl

@@ -9,7 +9,7 @@ namespace kaz::ctl {
 
 using Clock = std::chrono::steady_clock;
 
-// All that the Manager publishes, at one moment.
+// Everything that the Manager publishes, at one moment.
 struct Snapshot {
     Clock::time_point time;
     bool enabled = true;

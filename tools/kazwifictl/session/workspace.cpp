@@ -56,7 +56,7 @@ void Workspace::finish() {
 }
 
 bool Workspace::fenceAndFinish() {
-    // A fence shows in this session's record of a connection, so the prompt's has to wait while there is one.
+    // A fence spoils the session's record of a connection. So the prompt postpones it while there is one.
     if (kind_ == Kind::prompt &&
         session_->latest().connection.status != wifi::ConnectionInfo::Status::disconnected) {
         unproved_ = true;

@@ -12,17 +12,17 @@
 
 namespace kaz::ctl {
 
-// Where a command does its work: it looks at the state, and then acts in a session.
+// Gives a command the present state, and a session for its requests.
 //
-// `what` is the beginning of the error text: "cannot scan". The operations throw CommandFailed and
+// `what` is the beginning of the error text, for example "cannot scan". The operations throw CommandFailed and
 // Interrupted.
 class Workspace : NonCopyable {
   public:
-    // One command looks with a Manager of its own, which ends before the state is reported: that is what makes a
-    // first state complete (see session.h). A prompt keeps one session for all its commands.
+    // oneCommand: look() makes its own Manager and ends it before it returns the state. This completes the first
+    // state (fact 3 in session.h). prompt: all commands share one session.
     enum class Kind { oneCommand, prompt };
 
-    // What a command cannot do without.
+    // What a command needs; `stack` is a running supplicant.
     enum class Need { nothing, stack };
 
     Workspace(Kind kind, Interrupts& interrupts, LibraryLog& log, std::chrono::milliseconds startWait,
@@ -32,29 +32,31 @@ class Workspace : NonCopyable {
     // The complete present state.
     Snapshot look(const std::string& what, Need need);
 
-    // The complete present state as a new Manager finds it, whatever the session of act() has heard of yet.
+    // The complete present state, read by a new Manager. The session of act() may not have received it yet.
     Snapshot lookAfresh(const std::string& what, Need need) const;
 
-    // A session to make requests in; it stays valid until the workspace ends.
+    // The session for requests. Valid until the workspace is destroyed.
     Session& act(const std::string& what, Need need);
 
-    // Completes requests of which a change has proved that they have begun.
+    // Completes requests after a change has proved that they have begun. Does nothing at the prompt, whose
+    // session continues.
     void finish();
 
-    // Completes requests without such a proof. False when the prompt can do so only when it closes.
+    // Completes requests without such a proof: calls fence(), then finish(). False when the prompt must postpone
+    // the fence to close(), or when the fence timed out.
     bool fenceAndFinish();
 
-    // Gives the caller its terminal back, after `farewell`, and continues in the background. False at the prompt,
-    // whose Manager outlives the command.
+    // Calls `farewell`, releases the terminal and continues in the background. False at the prompt, whose
+    // Manager outlives the command.
     bool continueInBackground(const std::function<void()>& farewell);
 
-    // The session of the prompt, after its first look() or act().
+    // The session of the prompt. Must not be called before the first look() or act().
     Session& session() { return *session_; }
 
-    // Completes what fenceAndFinish() left; then ends the prompt's session.
+    // Calls the fence that fenceAndFinish() postponed, then ends the prompt's session.
     void close();
 
-    // The on/off choice as the next start of the device will find it.
+    // The stored on/off choice, read by a new Manager.
     static bool storedChoice() { return makeManager()->isEnabled(); }
 
     Interrupts& interrupts() { return interrupts_; }
@@ -70,13 +72,13 @@ class Workspace : NonCopyable {
     std::chrono::milliseconds startWait_;
     Background* background_;
     std::unique_ptr<Session> session_;
-    bool unproved_ = false;  // whether requests are left for close()
+    bool unproved_ = false;  // whether close() must call a postponed fence
 };
 
-// Why there is nothing to work with.
+// Why no supplicant can be used.
 Failure noStack(const std::string& what, const Snapshot& now, const LibraryLog::Hints& hints);
 
-// Waits until `done`; throws Interrupted, and CommandFailed with `failure` when `limit` is over first.
+// Waits until `done` returns true. Throws CommandFailed with `failure` after `limit`, and Interrupted on a signal.
 void await(Session& session, std::chrono::milliseconds limit, const Session::Condition& done,
            const Failure& failure, const Session::Observer& observer = {});
 
