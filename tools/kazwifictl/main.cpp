@@ -26,7 +26,7 @@ namespace {
 
 using namespace kaz::ctl;
 
-// The result, or the signal to die of.
+// The exit status, or the signal to die of.
 struct End {
     ExitCode code = ExitCode::done;
     int signal = 0;
@@ -47,7 +47,7 @@ End run(const Options& options, Background* background) {
         end.signal = interrupted.signal();
     }
     if (output.error() == EPIPE) {
-        end.signal = SIGPIPE;  // which is ignored, so that nothing is left half-way
+        end.signal = SIGPIPE;  // was ignored until now, so that the command could clean up
     } else if (!output.good()) {
         output.complain({ExitCode::failed, "cannot write the results", kaz::errnoText(output.error()), {}});
         end.code = ExitCode::failed;
@@ -72,7 +72,7 @@ int start(const Options& options) {
         return show({ExitCode::usage, "no command given", "the standard input is no terminal for a prompt",
                      "kazwifictl --help"});
     }
-    // The gauges are the business of the device's own program, whose file this one would overwrite.
+    // Otherwise this process would overwrite the metrics file of the device's own program.
     ::unsetenv("KAZ_METRICS_FILE");
     static_cast<void>(::signal(SIGPIPE, SIG_IGN));
     std::unique_ptr<Simulation> simulation;

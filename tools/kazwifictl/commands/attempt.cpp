@@ -12,7 +12,7 @@ using wifi::ConnectionInfo;
 namespace {
 
 constexpr std::chrono::milliseconds patience{2000};
-// Times are taken a little after the library took its own, and the library looks at its clock a little late.
+// Tolerances: this program sees an event shortly after the library, whose timeout may also expire late.
 constexpr std::chrono::milliseconds early{10};
 constexpr std::chrono::milliseconds late{300};
 
@@ -66,7 +66,7 @@ void Attempt::seeScanning(bool scanning, Clock::time_point time) {
 void Attempt::seeConnection(const ConnectionInfo& info, Clock::time_point time) {
     const bool ours = info.ssid == ssid_;
     if (!begun()) {
-        // Until the library takes the request up, events tell of what was before.
+        // Until the library starts the attempt, changes belong to the former connection.
         if (ours && info.status == Status::connectingWifi) {
             status_ = Status::connectingWifi;
             stageBegan_ = patienceBegan_ = last_ = time;

@@ -10,7 +10,7 @@
 
 namespace kaz::ctl {
 
-// A part of connecting that is over, and what it took.
+// A completed stage of connecting, and how long it took.
 struct Stage {
     enum class Kind {
         search,   // the supplicant scanned
@@ -21,39 +21,39 @@ struct Stage {
     Clock::duration took{};
 };
 
-// Follows one attempt to connect through what the Manager publishes, from the request to what came of it.
+// Follows one attempt to connect through what the Manager publishes, from the request to the outcome.
 //
-// The library tells when an attempt is given up, not why. It gives up a supplicant that does not react 2000
-// ms after the attempt began or the last scan ended, and never once the link set-up has been seen; so an end
-// at just that moment means silence and any other end that somebody turned the device away. An end that a
-// slow machine notices late may be taken for the latter.
+// The library reports that an attempt failed, but not why. When the supplicant does not react, the library gives
+// up 2000 ms after the attempt began or the last scan ended. It never gives up once the link set-up has been
+// seen. So an end at exactly this time counts as `notAnswering`, and any other end as `refused`. A timeout that a
+// slow machine notices late may count as `refused`.
 class Attempt {
   public:
     enum class Outcome {
         connected,     // with an address
-        notAnswering,  // nobody answered under that name
-        refused,       // the other side broke off
+        notAnswering,  // no access point with this name answered
+        refused,       // the access point ended the attempt
         lost,          // the link was up and broke before an address was obtained
         other,         // the device is connected to another network
-        stopped,       // the supplicant went away
+        stopped,       // the supplicant stopped
     };
 
-    // `ssid` has been asked for at `requested`.
+    // `requested` is the time of the request to connect to `ssid`.
     Attempt(std::string ssid, Clock::time_point requested);
 
-    // Every change after the request, in order.
+    // Must be called for every change after the request, in order.
     void see(const Snapshot& before, const Snapshot& now);
 
-    // Whether the library has taken the attempt up.
+    // Whether the library has started the attempt.
     bool begun() const { return status_ != Status::disconnected; }
 
-    // Nothing while it is still going on.
+    // Nothing while the attempt is in progress.
     std::optional<Outcome> outcome() const { return outcome_; }
 
-    // Whether the radio link stands; what is missing then is an address.
+    // Whether the radio link is up, with or without an address. Keeps its value after the attempt failed.
     bool linkIsUp() const { return status_ == Status::connectingIP || status_ == Status::connected; }
 
-    // What is going on; nothing before the attempt has begun and after its end.
+    // The stage in progress; nothing before the attempt has begun and after its end.
     std::optional<Stage::Kind> current() const;
     const std::vector<Stage>& stages() const { return stages_; }
 

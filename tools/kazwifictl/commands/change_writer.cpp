@@ -71,7 +71,7 @@ std::string ChangeWriter::begin(const Snapshot& now, WallClock::time_point time)
 }
 
 std::string ChangeWriter::change(const Snapshot& before, const Snapshot& now, WallClock::time_point time) {
-    // A scan that ends with the supplicant is not worth a line.
+    // No line for a scan that ended because the supplicant stopped.
     const bool scanChanged = now.scanning != before.scanning && now.running;
     return news(before, now, time) + (scanChanged ? scanning(now.scanning, time) : std::string()) +
            networks(before.networks, now.networks, time);

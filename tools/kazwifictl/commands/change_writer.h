@@ -10,20 +10,20 @@
 
 namespace kaz::ctl {
 
-// Puts changes into words, or into JSON: one line each.
+// Describes changes as text or as JSON, one line per change.
 class ChangeWriter {
   public:
     using WallClock = std::chrono::system_clock;
 
     explicit ChangeWriter(const Output& output) : output_(output) {}
 
-    // The lines for the state that a monitor begins with.
+    // The lines for the first state of a monitor.
     std::string begin(const Snapshot& now, WallClock::time_point time);
 
-    // The lines for what has changed; none when nothing that is shown has.
+    // The lines for what has changed. Empty when nothing that is shown has changed.
     std::string change(const Snapshot& before, const Snapshot& now, WallClock::time_point time);
 
-    // The same without scans and the networks in range: what concerns who has not asked.
+    // The same without scans and networks: for the prompt, whose user has not asked for changes.
     std::string news(const Snapshot& before, const Snapshot& now, WallClock::time_point time);
 
   private:

@@ -10,15 +10,15 @@
 
 namespace kaz::ctl {
 
-// What came of a command, for both kinds of readers.
+// The result of a command: `text` for a person, `members` for JSON.
 struct Report {
     std::string text;
     Json members = Json::object();
     std::optional<Failure> failure;
 };
 
-// One function a command. Each returns when what was asked for has been done and saved, or has failed; it
-// throws CommandFailed and Interrupted where nothing but the failure or the signal is to be reported.
+// One function per command. Each returns when its work is done and saved, or has failed. It throws CommandFailed
+// when only the failure is to be reported, and Interrupted on a signal.
 Report showStatus(const Options& options, Workspace& place, Output& output);
 Report switchOn(const Options& options, Workspace& place, Output& output);
 Report switchOff(const Options& options, Workspace& place, Output& output);
@@ -28,16 +28,16 @@ Report connectTo(const Options& options, Workspace& place, Output& output);
 Report disconnectFrom(const Options& options, Workspace& place, Output& output);
 Report forgetNetwork(const Options& options, Workspace& place, Output& output);
 
-// Runs until interrupted, writing as it goes; the report is empty.
+// Writes each change until a signal or a write error ends it. The report is empty.
 Report monitorChanges(const Options& options, Workspace& place, Output& output);
 
-// Has the supplicant look for networks, or joins a scan in progress; returns the state with what it found.
+// Requests a scan, or waits for the one in progress. Returns the state with its results.
 Snapshot lookAround(const std::string& what, Workspace& place, Output& output);
 
-// Writes a report to the output; returns the exit status it stands for.
+// Writes a report to the output. Returns its exit status.
 ExitCode present(const Report& report, Command command, Output& output);
 
-// Runs the command that the options name and shows what came of it. Returns its exit status.
+// Runs the command that the options name, and writes its report. Returns its exit status.
 ExitCode runCommand(const Options& options, Workspace& place, Output& output);
 
 }  // namespace kaz::ctl

@@ -26,7 +26,7 @@ using wifi::SecurityMode;
 
 namespace {
 
-// How long the library may take to begin with a request; what it is doing may have to end first.
+// How long the library may take to start a request: the task in progress must end first.
 constexpr milliseconds beginLimit{15000};
 // How long to wait for the end of an attempt that was called off.
 constexpr milliseconds callOffLimit{5000};
@@ -91,7 +91,7 @@ Report ConnectCommand::run() {
     return follow(session);
 }
 
-// The library would say the same, but only after a password was asked for.
+// The library checks this too, but only after the user has typed a password.
 void ConnectCommand::checkSsid() const {
     const ConnectResult verdict = options_.ssid.empty()       ? ConnectResult::ssidEmpty
                                   : options_.ssid.size() > 32 ? ConnectResult::ssidTooLong
@@ -119,7 +119,7 @@ void ConnectCommand::fetchPassword() {
     if (file) {
         settings_.password = readSecret(*file, place_.interrupts());
     } else if (::isatty(STDIN_FILENO) == 1) {
-        output_.sayForNow({});  // the question is not written through output_
+        output_.sayForNow({});  // erases the progress line, because the question bypasses output_
         settings_.password = askSecret(fmt::format("Password for {}: ", name_), place_.interrupts());
     } else {
         settings_.password = readSecret("-", place_.interrupts());
@@ -190,7 +190,7 @@ std::string ConnectCommand::beginning() const {
                        saved_ ? "saved" : securityInWords(settings_.securityMode));
 }
 
-// False when the command is to return although the attempt goes on.
+// False when the command must return while the attempt continues.
 bool ConnectCommand::watch(Session& session, Attempt& attempt) {
     StageLines lines(output_);
     const auto observer = [&](const Snapshot& before, const Snapshot& now) {
@@ -216,7 +216,7 @@ bool ConnectCommand::watch(Session& session, Attempt& attempt) {
     return true;
 }
 
-// What calling off does to the connection is no part of the attempt.
+// callOff() also changes the connection. `attempt` does not see these changes, so they do not become its outcome.
 Report ConnectCommand::end(Session& session, const Attempt& attempt) {
     const bool unfinished = !attempt.outcome() && !attempt.linkIsUp();
     const bool failed = attempt.outcome() && attempt.outcome() != Attempt::Outcome::connected;
@@ -229,7 +229,7 @@ Report ConnectCommand::end(Session& session, const Attempt& attempt) {
         kept = false;
         giveUpNew(session);
     } else {
-        place_.finish();  // the outcome was published by the pass that saves
+        place_.finish();  // the pass that published the outcome also saves
     }
     const LibraryLog::Hints hints = place_.log().hints();
     ConnectFacts facts{options_.ssid,         name_, what_, settings_.securityMode, saved_, inRange_, kept,
@@ -237,8 +237,8 @@ Report ConnectCommand::end(Session& session, const Attempt& attempt) {
     return connectReport(attempt, facts, output_);
 }
 
-// Ends an attempt that is still going on. The library has switched the other saved networks off for it and
-// saves nothing until it is over, so it has to end, also when nobody wants to wait any more.
+// Ends an attempt in progress. The library has disabled the other saved networks for the attempt, and it saves
+// nothing before the attempt ends. So the attempt must end, even when the user no longer waits for it.
 void ConnectCommand::callOff(Session& session) {
     if (saved_ || options_.connect.keep) {
         session.manager().disconnect();

@@ -12,7 +12,7 @@ using wifi::WifiNetwork;
 
 namespace {
 
-// The failure's `what` is the caller's business.
+// The caller sets `what` of a Failure.
 ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options, const WifiNetwork* network,
                          bool looked) {
     const bool known = options.security || network != nullptr;
@@ -65,7 +65,7 @@ ConnectPlan planConnect(const std::string& ssid, const ConnectOptions& options, 
     if (network != nullptr) {
         return network->configured ? UseSaved{true} : withSettings(ssid, options, network, looked);
     }
-    // It may be saved and out of range, or saved and hidden: only an attempt can tell.
+    // The network may be saved, and out of range or hidden. Only an attempt shows it.
     return looked ? ConnectPlan(UseSaved{false}) : LookFirst{};
 }
 

@@ -11,19 +11,19 @@
 
 namespace kaz::ctl {
 
-// How to connect to a network, decided from what is known about it and what was asked for.
+// How to connect to a network. Depends on the options, and on what is known about the network.
 struct AlreadyConnected {};
-struct LookFirst {};  // the network is not in the list, and what was asked for leaves its security open
+struct LookFirst {};  // the network is not in the list, and the options do not name its security
 struct UseSaved {
     bool inRange = false;
 };
-// The settings lack the password.
+// The password is still missing.
 struct UseSettings {
     wifi::ConnectionSettings settings;
 };
 using ConnectPlan = std::variant<AlreadyConnected, LookFirst, UseSaved, UseSettings, Failure>;
 
-// `looked`: a scan has just been made, so that LookFirst is no longer an answer.
+// `looked`: a scan has just been made. Then the result is never LookFirst.
 ConnectPlan planConnect(const std::string& ssid, const ConnectOptions& options, const Snapshot& view,
                         bool looked);
 

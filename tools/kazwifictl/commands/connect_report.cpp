@@ -60,7 +60,7 @@ Json stagesJson(const std::vector<Stage>& stages) {
 
 using Outcome = Attempt::Outcome;
 
-// What the log says overrules what the time looks like.
+// The library's log overrules what the timing suggests (see Attempt).
 std::optional<Outcome> outcomeOf(const Attempt& attempt, const ConnectFacts& facts) {
     const auto outcome = attempt.outcome();
     if (outcome != Outcome::notAnswering && outcome != Outcome::refused) {

@@ -26,10 +26,10 @@ class StageLines {
     std::optional<Stage::Kind> current_;
 };
 
-// What the words about an attempt depend on beside its course.
+// What the report of an attempt depends on, besides the Attempt.
 struct ConnectFacts {
     std::string ssid;
-    std::string name;  // fit to be shown
+    std::string name;  // the SSID as quoted() writes it
     std::string what;
     wifi::SecurityMode security = wifi::SecurityMode::none;  // of a network that was not saved
     bool saved = false;                                      // a saved network was asked for by name
@@ -39,10 +39,10 @@ struct ConnectFacts {
     LibraryLog::Hints hints;
 };
 
-// The words for what came of an attempt, or of none in time.
+// The report of an attempt. One without an outcome has timed out.
 Report connectReport(const Attempt& attempt, const ConnectFacts& facts, const Output& output);
 
-// The words for an attempt that nobody waits for.
+// The report of an attempt that continues in the background.
 Report startedReport(const std::string& ssid, const std::string& name);
 
 }  // namespace kaz::ctl

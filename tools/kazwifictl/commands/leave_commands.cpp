@@ -15,7 +15,7 @@ using wifi::WifiNetwork;
 
 namespace {
 
-// For a change that follows a request at once, if it follows.
+// How long to wait for the effect of a request. An effect usually appears at once, or not at all.
 constexpr milliseconds promptly{2000};
 
 bool isDisconnected(const Snapshot& view) {
@@ -42,7 +42,7 @@ Failure notSaved(const std::string& what) {
             "kazwifictl list, which marks the saved ones"};
 }
 
-// Whether a request shows soon. When it does not, fenceAndFinish() finds out what became of it.
+// Whether the effect of a request appears in time. If not, fenceAndFinish() proves that the request has run.
 bool shows(Session& session, const Session::Condition& effect) {
     const auto wake = session.until(Clock::now() + promptly, effect);
     if (wake == Session::Wake::interrupted) {
@@ -51,7 +51,7 @@ bool shows(Session& session, const Session::Condition& effect) {
     return wake == Session::Wake::change;
 }
 
-// Sees the end of a connection through, which has been asked for at `requested`.
+// Waits until the connection has ended and the request has run. `requested` is the time of the request.
 bool leave(Session& session, Workspace& place, Clock::time_point requested) {
     shows(session, [requested](const Snapshot& view) {
         return isDisconnected(view) && view.connection.disconnectTime >= requested;
@@ -67,7 +67,7 @@ bool forgetListed(Session& session, Workspace& place, const std::string& ssid) {
     if (!done) {
         return place.fenceAndFinish();
     }
-    place.finish();  // published by the pass that saves
+    place.finish();  // the pass that published the change also saves
     return true;
 }
 

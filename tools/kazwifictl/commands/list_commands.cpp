@@ -42,8 +42,8 @@ Report scanAndList(const std::string& what, const Options& options, Workspace& p
 
 }  // namespace
 
-// The results of a scan reach a session some time after its end, and nothing does when nothing has changed. But
-// the supplicant has them when it reports the end, so whoever looks then sees them.
+// A session receives the results of a scan some time after its end, or never if nothing has changed. But the
+// supplicant has the results when it reports the end, so a new Manager reads them from it.
 Snapshot lookAround(const std::string& what, Workspace& place, Output& output) {
     Session& session = place.act(what, Workspace::Need::stack);
     output.sayForNow("scanning...");

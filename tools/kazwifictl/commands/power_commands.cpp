@@ -14,7 +14,7 @@ Json powerJson(const Snapshot& view, bool changed) {
     return {{"enabled", view.enabled}, {"running", view.running}, {"changed", changed}};
 }
 
-// The library stores the choice before setEnabled() returns, and tells only its log when it cannot.
+// setEnabled() stores the choice before it returns. A failure is only logged, so the choice is read back.
 void checkStored(const Workspace& place, bool wanted) {
     if (place.storedChoice() != wanted) {
         throw CommandFailed({ExitCode::failed,
@@ -55,7 +55,7 @@ Report switchOff(const Options& /*options*/, Workspace& place, Output& /*output*
           {ExitCode::timedOut, what,
            fmt::format("wpa_supplicant did not stop within {:g} s", inSeconds(place.startWait())),
            "systemctl status wpa_supplicant.service"});
-    // That it does not run proves nothing about the request to stop it: it may have been about to start.
+    // Without a fence, the request to stop may not have run: a supplicant that does not run may be about to start.
     place.fenceAndFinish();
     checkStored(place, false);
     Snapshot view = session.latest();

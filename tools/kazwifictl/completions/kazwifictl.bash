@@ -1,12 +1,12 @@
 # bash completion for kazwifictl(1)
 
-# The networks that can be typed, one a line; nothing when Wi-Fi is not there.
+# Prints the SSIDs that can be typed, one per line. Prints nothing without Wi-Fi.
 _kazwifictl_ssids() { # further options of `list`
     "${COMP_WORDS[0]}" --start-wait 1 list --names "$@" 2>/dev/null
 }
 
-# Completes the current word from the lines on the standard input. An SSID may hold blanks and whatever else
-# means something to the shell, so each is quoted, unless the word has begun with a quote.
+# Completes the current word from the lines on the standard input. An SSID may contain blanks and other characters
+# that are special to the shell, so each SSID is quoted, unless the word already begins with a quote.
 _kazwifictl_from_lines() { # the word as readline sees it
     local word=$1 raw=${COMP_WORDS[COMP_CWORD]} line shown
     while IFS= read -r line; do

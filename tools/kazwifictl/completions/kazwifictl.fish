@@ -4,7 +4,7 @@ set -l commands status on off scan list connect disconnect forget monitor
 set -l none "not __fish_seen_subcommand_from $commands"
 set -l connect '__fish_seen_subcommand_from connect'
 
-# The networks that can be typed; nothing when Wi-Fi is not there.
+# Prints the SSIDs that can be typed, one per line. Prints nothing without Wi-Fi.
 function __kazwifictl_ssids
     set -l words (commandline -opc)
     $words[1] --start-wait 1 list --names $argv 2>/dev/null

@@ -8,8 +8,8 @@
 
 namespace kaz::ctl {
 
-// What the word that begins with `start` may become at the prompt, after the words `before` it: commands,
-// SSIDs that can be typed (the saved ones after `forget`), or a command's options.
+// The completions at the prompt of a word that begins with `start`, after the words `before`: commands, the options
+// of a command, the words of --security, or SSIDs that can be typed (after `forget` only saved ones).
 std::vector<std::string> completions(const std::vector<std::string>& before, std::string_view start,
                                      const Snapshot& view);
 

@@ -51,7 +51,7 @@ std::string commonStart(const std::vector<std::string>& words) {
     return first.substr(0, length);
 }
 
-// `word` as wordsOfLine() reads it. One that may still grow keeps its quote open.
+// `word`, quoted for wordsOfLine() where needed. Unless it is `whole`, the quote stays open for more text.
 std::string asTyped(const std::string& word, bool whole) {
     if (word.find_first_of(" \t\\'\"") == std::string::npos) {
         return whole ? word + ' ' : word;
@@ -63,7 +63,7 @@ std::string asTyped(const std::string& word, bool whole) {
     return whole ? quoted + "' " : quoted;
 }
 
-// The words one below the other, in as many columns as the terminal has room for.
+// The words in columns, filled from top to bottom. As many columns as fit the terminal.
 std::string inColumns(const std::vector<std::string>& words) {
     int widest = 0;
     for (const std::string& word : words) {
@@ -111,7 +111,7 @@ void LineEditor::bindKeys() {
         {"^I", "complete-word"},
         {"^C", "drop-line"},
         {"^D", "end-of-file"},
-        {"^@", "end-of-file"},  // what the terminal makes of a Ctrl-D typed while a command runs
+        {"^@", "end-of-file"},  // the terminal turns a Ctrl-D that was typed during a command into NUL
         {"^R", "em-inc-search-prev"},
         {"\\e[3~", "ed-delete-next-char"},
         {"\\e[1~", "ed-move-to-beg"},
@@ -124,7 +124,7 @@ void LineEditor::bindKeys() {
     for (const auto& [key, function] : keys) {
         ::el_set(line_, EL_BIND, key, function, nullptr);
     }
-    ::el_source(line_, nullptr);  // the user's own, in ~/.editrc
+    ::el_source(line_, nullptr);  // the user's key bindings in ~/.editrc
 }
 
 std::optional<std::string> LineEditor::read() {
@@ -162,11 +162,11 @@ LineEditor& LineEditor::of(editline* line) {
 }
 
 char* LineEditor::promptText(editline* /*line*/) {
-    static std::string text(prompt);  // libedit takes no constant one
+    static std::string text(prompt);  // libedit wants a char*, not a const char*
     return text.data();
 }
 
-// libedit is C: what is thrown leaves through read().
+// libedit is C, so no exception may pass through it. read() rethrows the exception.
 template <LineEditor::Key key>
 unsigned char LineEditor::call(editline* line, int /*letter*/) {
     LineEditor& self = of(line);
@@ -190,7 +190,7 @@ int LineEditor::readKey(editline* line, wchar_t* key) {
     }
 }
 
-// False when something else has happened. A Ctrl-C is the key itself.
+// Waits for a key. False when something else has happened. SIGINT counts as the key Ctrl-C.
 bool LineEditor::waitForKey(wchar_t& key) {
     std::array<pollfd, 4> waited{{{STDIN_FILENO, POLLIN, 0},
                                   {source_.fd, POLLIN, 0},
@@ -228,7 +228,7 @@ void LineEditor::handle(int signal) {
     redraw();
 }
 
-// As libedit's own: 1 for a character, 0 at end of file, -1 when reading fails.
+// Returns what libedit expects: 1 for a character, 0 at end of file, -1 when reading fails.
 int LineEditor::nextCharacter(wchar_t& key) {
     std::mbstate_t state{};
     for (;;) {
@@ -245,7 +245,7 @@ int LineEditor::nextCharacter(wchar_t& key) {
             return 1;
         }
         if (length == static_cast<std::size_t>(-1)) {
-            state = {};  // that was no character; the next byte may begin one
+            state = {};  // skips the invalid bytes; the next byte may begin a character
         }
     }
 }
@@ -258,7 +258,8 @@ unsigned char LineEditor::complete() {
     return offer(completions_(line.words, start), start, line.lastBegins) ? CC_NORM : CC_ERROR;
 }
 
-// Puts what is certain in place of the word that begins at `from`; asked twice, shows the candidates.
+// Replaces the word that begins at `from` by what all candidates share. A second Tab that adds nothing lists the
+// candidates.
 bool LineEditor::offer(const std::vector<std::string>& candidates, const std::string& start,
                        std::size_t from) {
     if (candidates.empty()) {
@@ -285,7 +286,7 @@ bool LineEditor::offer(const std::vector<std::string>& candidates, const std::st
     return true;
 }
 
-// What a shell does on Ctrl-C.
+// Ctrl-C drops the line, as in a shell.
 unsigned char LineEditor::dropLine() {
     put("^C\n");
     const LineInfoW* line = ::el_wline(line_);
@@ -319,7 +320,7 @@ std::string LineEditor::beforeCursor() const {
     return {line->buffer, line->cursor};
 }
 
-// Takes the line off the screen; libedit draws it again on EL_REFRESH.
+// Erases the line from the screen. libedit draws it again on EL_REFRESH.
 void LineEditor::clear() {
     const int columns = columnsOf(prompt) + columnsOf(beforeCursor());
     const int rows = columns / std::max(1, columnsOfTerminal());

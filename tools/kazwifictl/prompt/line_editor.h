@@ -15,13 +15,14 @@ struct editline;  // libedit's
 
 namespace kaz::ctl {
 
-// Edits lines at the terminal, with history and completion. The terminal is the editor's during read() only.
+// Edits lines on the terminal with libedit, with history and completion. It changes the terminal's settings only
+// during read().
 class LineEditor : NonCopyable {
   public:
-    // What the word `start` may become after the words `before`.
+    // The completions of a word that begins with `start`, after the words `before`.
     using Completions = std::function<std::vector<std::string>(const std::vector<std::string>& before,
                                                                const std::string& start)>;
-    // Something else to wait for: `react` is called, inside read(), while `fd` is readable.
+    // A file descriptor that read() also waits for. read() calls `react` while `fd` is readable.
     struct Source {
         int fd = -1;
         std::function<void()> react;
@@ -30,11 +31,11 @@ class LineEditor : NonCopyable {
     LineEditor(Interrupts& interrupts, Source source, Completions completions);
     ~LineEditor();
 
-    // The next line; nothing at end of file. Ctrl-C drops what has been typed, as a shell does; any other signal
-    // is thrown as Interrupted. Throws what Source::react throws.
+    // Reads the next line; nothing at end of file. Ctrl-C drops the line, as in a shell; any other signal of
+    // Interrupts throws Interrupted. Throws what Source::react throws.
     std::optional<std::string> read();
 
-    // Writes lines above the one being edited. Inside read() only.
+    // Writes lines above the line that is being edited. Must be called only inside read().
     void above(const std::string& text);
 
     LineHistory& history() { return history_; }
@@ -70,7 +71,7 @@ class LineEditor : NonCopyable {
     CaughtSignals* terminalSignals_ = nullptr;  // during read()
     editline* line_;
     bool dropped_ = false;
-    std::string ambiguous_;  // the text before the cursor when Tab last found no more to add
+    std::string ambiguous_;  // the text before the cursor at the last Tab that added nothing
     std::exception_ptr failure_;
 };
 

@@ -67,7 +67,7 @@ void LineHistory::add(const std::string& line) {
     ::history(lines_, &event, H_ENTER, line.c_str());
 }
 
-// The oldest first, for nobody else to read.
+// Writes the oldest line first. Only the user may read the file.
 void LineHistory::save() const {
     std::string text;
     HistEvent event{};
@@ -78,7 +78,7 @@ void LineHistory::save() const {
     try {
         replaceFile({path_, path_ + ".new", 0600, {}}, text);
     } catch (const FileError&) {
-        return;  // the former file stays
+        return;  // the old file is kept
     }
 }
 

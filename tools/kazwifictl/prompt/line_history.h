@@ -8,15 +8,15 @@ struct history;  // libedit's
 
 namespace kaz::ctl {
 
-// The lines typed at this prompt and earlier ones, kept in $XDG_STATE_HOME/kazwifictl/history (~/.local/state by
-// default). Without a place to write they last as long as the process. Passwords are not typed at the prompt, so
-// none is among them.
+// The lines typed at this prompt and at earlier ones, saved in $XDG_STATE_HOME/kazwifictl/history (~/.local/state by
+// default). If the file cannot be written, the lines last as long as the process. They contain no passwords: these
+// are asked for separately, not typed at the prompt.
 class LineHistory : NonCopyable {
   public:
     LineHistory();
     ~LineHistory();
 
-    // A line equal to the one before is not repeated.
+    // Does not add a line that equals the last one.
     void add(const std::string& line);
 
     struct history* get() {
@@ -27,7 +27,7 @@ class LineHistory : NonCopyable {
     void save() const;
 
     struct history* lines_;
-    std::string path_;  // empty: nowhere
+    std::string path_;  // empty: not saved
 };
 
 }  // namespace kaz::ctl

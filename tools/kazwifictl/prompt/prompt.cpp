@@ -53,7 +53,7 @@ ExitCode Prompt::run() {
     }
 }
 
-// Tells what the device does by itself: its connection and its power, not every network it sees.
+// Writes changes of the connection and of Wi-Fi on or off above the line. Leaves out scans and networks.
 void Prompt::tell() {
     ChangeWriter writer(output_);
     std::string text;
@@ -65,7 +65,7 @@ void Prompt::tell() {
     }
 }
 
-// False when the prompt is to end.
+// Runs one line. False when the prompt must end.
 bool Prompt::obey(const std::string& text) {
     const auto words = wordsOfLine(text);
     if (words && words->empty()) {

@@ -3,7 +3,7 @@
 namespace kaz::ctl {
 namespace {
 
-// Also whether the last word has begun.
+// The second value is whether the line ends inside a word.
 std::pair<SplitLine, bool> splitAtBlanks(std::string_view line) {
     SplitLine result;
     bool inWord = false;

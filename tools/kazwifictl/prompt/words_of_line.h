@@ -8,12 +8,10 @@
 
 namespace kaz::ctl {
 
-// A line split the way a shell does: at blanks, with quotes of both kinds and backslashes, but without any other
-// meaning for any character.
+// A line, split at blanks as a shell splits it. Only blanks, single quotes, double quotes and backslashes are special.
 struct SplitLine {
-    std::vector<std::string>
-        words;                   // the last is the one that more text would go on with, empty after a blank
-    std::size_t lastBegins = 0;  // where the last stands in the line
+    std::vector<std::string> words;  // from split(), the last is the word being typed: empty after a blank
+    std::size_t lastBegins = 0;      // the offset of the last word in the line
     bool quoteIsOpen = false;
 };
 
