@@ -29,7 +29,7 @@ CommandFixture::CommandFixture() {
         campus,
         hidden,
     };
-    // An empty one, for in the machine's or the user's any key may mean anything.
+    // Empty, because the inputrc of the machine or the user may bind any key to anything.
     writeFile(folder_ / "inputrc", "");
     environment = {{"DBUS_SYSTEM_BUS_ADDRESS", bus_.address()},
                    {"KAZ_CONFIG_FILE", folder_ / "kaz.conf"},

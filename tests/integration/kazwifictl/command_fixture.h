@@ -20,14 +20,14 @@ inline bool has(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-// What a finished run of kazwifictl left.
+// The result of a finished run of kazwifictl.
 struct Finished {
     Ending ending;
     std::string out;
     std::string err;
 };
 
-// kazwifictl, as it is installed, over a simulated device.
+// Runs the program kazwifictl on a simulated device.
 class CommandFixture : public ::testing::Test {
   protected:
     CommandFixture();
@@ -36,12 +36,12 @@ class CommandFixture : public ::testing::Test {
     sim::Neighbourhood neighbourhood;
     double timeScale = 0.02;
 
-    // Switches the device on.
+    // Starts the device.
     void start();
     sim::SimulatedDevice& device() { return *device_; }
 
     Finished run(const std::vector<std::string>& arguments, const std::string& input = {});
-    // Also whether that ended with `status`.
+    // Also expects that the run ended with `status`.
     Finished runs(int status, const std::vector<std::string>& arguments, const std::string& input = {});
     std::unique_ptr<RunningProgram> inTerminal(const std::vector<std::string>& arguments,
                                                unsigned short columns = 80);
@@ -58,7 +58,7 @@ class CommandFixture : public ::testing::Test {
     std::string savedConfiguration() const;
     std::filesystem::path file(const std::string& name) const { return folder_ / name; }
 
-    // In what every run finds; an empty value removes a variable.
+    // The environment variables of every run; an empty value removes a variable.
     Environment environment;
 
   private:

@@ -1,4 +1,4 @@
-// The completions for the three shells, each asked in the way it offers.
+// Tests the completions in bash, fish and zsh.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
@@ -32,7 +32,7 @@ class Completion : public CommandFixture {
     }
 };
 
-// Calls the function as bash does, and writes what it offers in angle brackets.
+// Calls the completion function as bash does, and prints each candidate in angle brackets.
 std::string bashScript(const std::string& words) {
     return "source '" + (scripts / "kazwifictl.bash").string() + R"('
         COMP_WORDS=()" +
@@ -82,8 +82,8 @@ TEST_F(Completion, WorksInFish) {
     EXPECT_EQ(offered("kazwifictl connect --hi"), "--hidden\tThe network does not announce its name\n");
 }
 
-// A zsh on a terminal of its own, since it completes nowhere else. Ctrl-T writes the line in angle brackets and begins
-// a new one.
+// zsh completes only on a terminal, so it runs on one of its own. Ctrl-T prints the line in angle brackets and begins a
+// new one.
 std::string zshSettings() {
     return "fpath=('" + scripts.string() + R"(' $fpath)
         autoload -Uz compinit && compinit -u -D

@@ -1,4 +1,4 @@
-// Connecting in all its kinds, and that what was asked for is done and saved when the command returns.
+// Tests all ways to connect, and that everything is done and saved when the command returns.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -16,7 +16,7 @@ namespace {
 
 using Connecting = CommandFixture;
 
-// Those of the tests below.
+// Whether the text contains a password of the tests below.
 bool tellsAPassword(const std::string& text) {
     for (const std::string password : {"horse", "donkey", "sumimasen", "engine"}) {
         if (has(text, password)) {
@@ -52,7 +52,7 @@ TEST_F(Connecting, FindsAHiddenNetworkThatIsDescribed) {
     start();
     runs(0, {"connect", "Speakeasy", "--hidden", "--security", "wpa3"}, "joe sent me\n");
     runs(0, {"disconnect"});
-    // It is in no list, but saved.
+    // The network is saved, but not listed.
     runs(0, {"connect", "Speakeasy"});
 }
 
@@ -147,7 +147,7 @@ TEST_F(Connecting, NeverWritesThePasswordAnywhere) {
 }
 
 TEST_F(Connecting, ShowsThePasswordToNobodyWhoLooksAtTheProcess) {
-    neighbourhood.times.handshake = std::chrono::hours(24);  // so that it can be looked at
+    neighbourhood.times.handshake = std::chrono::hours(24);  // so that the process runs while it is inspected
     start();
     runs(0, {"scan"});
     writeFile(file("key"), "correct horse\n");

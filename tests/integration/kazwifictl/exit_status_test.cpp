@@ -1,4 +1,4 @@
-// Every exit status, and that an error is one line on stderr.
+// Tests every exit status, and that an error is one line on stderr.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -80,7 +80,7 @@ TEST_F(ExitStatus, Is3WhenTheTimeIsUp) {
     neighbourhood.times.dhcp = std::chrono::hours(1);
     start();
     runs(0, {"scan"});
-    // A machine that is held up may need more time for the link.
+    // A busy machine may need more time for the link.
     Finished result;
     std::string wait;
     for (int seconds = 1; seconds <= 32; seconds *= 2) {
@@ -93,7 +93,7 @@ TEST_F(ExitStatus, Is3WhenTheTimeIsUp) {
     isFailure(result, "there is no address after " + wait + " s");
     EXPECT_NE(savedConfiguration().find("Home"), std::string::npos) << "the link was up";
     runs(0, {"forget", "Home"});
-    device().setUnitState("deactivating", "stop");  // and nothing more
+    device().setUnitState("deactivating", "stop");  // but it never stops
 }
 
 TEST_F(ExitStatus, Is3WhenAnAttemptTakesTooLong) {

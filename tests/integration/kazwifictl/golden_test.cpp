@@ -1,5 +1,5 @@
-// What each command writes, compared with the files in golden/. KAZ_UPDATE_GOLDEN=1 writes them anew; look at
-// the difference before committing it.
+// Compares the output of each command with the files in golden/. KAZ_UPDATE_GOLDEN=1 rewrites these files; review
+// the diff before you commit it.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
@@ -14,7 +14,7 @@
 namespace kaz::test {
 namespace {
 
-// Times differ from run to run.
+// Replaces what differs between runs: times and the stage "searched".
 std::string masked(const std::string& text) {
     static const std::vector<std::pair<std::regex, std::string>> masks{
         {std::regex(R"(\d+\.\d s\b)"), "N.N s"},
@@ -22,7 +22,7 @@ std::string masked(const std::string& text) {
         {std::regex(R"("ms(_ago)?":\d+)"), "\"ms$1\":N"},
         {std::regex(R"(\d\d:\d\d:\d\d\.\d{3})"), "HH:MM:SS.mmm"},
         {std::regex(R"(\d{4}-\d\d-\d\dT)"), "YYYY-MM-DDT"},
-        // Whether the supplicant looks around once more before it joins depends on how old its results are.
+        // The supplicant scans again before it joins only if its results are old.
         {std::regex(R"(  searched N\.N s\n)"), ""},
         {std::regex(R"(\{"stage":"search","ms":N\},?)"), ""},
     };
@@ -144,8 +144,8 @@ INSTANTIATE_TEST_SUITE_P(EveryCommand, Golden,
 
 class GoldenMonitor : public CommandFixture, public testing::WithParamInterface<Form> {
   protected:
-    // A monitor, up to the last network of its first state. When that comes to it late, as on a machine that is
-    // held up, it begins with the part that it has, and shows the rest as changes; then with another.
+    // Starts a monitor and waits for the last network of the first state. On a busy machine the first state may arrive
+    // late: then the monitor begins with a part of it and shows the rest as changes. In this case, starts another one.
     std::unique_ptr<RunningProgram> begun(const std::vector<std::string>& arguments) {
         constexpr int tries = 50;
         std::unique_ptr<RunningProgram> program;

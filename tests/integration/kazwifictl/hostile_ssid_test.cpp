@@ -1,4 +1,4 @@
-// SSIDs that a stranger made to do harm.
+// Tests with SSIDs that a stranger chose to do harm.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -42,7 +42,7 @@ std::string hexOf(const std::string& bytes) {
     return hex;
 }
 
-// The library can name to the supplicant only what D-Bus can carry as text.
+// Whether D-Bus can carry the SSID as text. The library can connect only to such a network.
 bool isText(const std::string& ssid) {
     return ssid.find('\0') == std::string::npos && ssid.find('\xff') == std::string::npos;
 }
@@ -58,7 +58,7 @@ class HostileSsid : public CommandFixture {
         }
     }
 
-    // Nothing but printable ASCII, line breaks and characters beyond ASCII that print.
+    // The text must contain only printable characters and line breaks.
     static void expectHarmless(const std::string& text) {
         for (const std::string& bad : {"\x1b"s, "\x07"s, "\r"s, "\t"s, "\0"s, "\x01"s, "\u202e"s, "\u2066"s,
                                        "\u2067"s, "\u009b"s, "\xff"s}) {

@@ -1,4 +1,4 @@
-// What only shows on a terminal: questions, echo, Ctrl-C, the prompt.
+// Tests what happens only on a terminal: questions, echo, Ctrl-C, the prompt.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -82,7 +82,7 @@ TEST_F(TerminalTest, EndOfFileAtThePasswordIsAnEmptyPassword) {
 
 TEST_F(TerminalTest, CtrlCDuringAConnectLeavesNothingHalfDone) {
     save("Elsewhere", "somewhere else");
-    timeScale = 1;  // the attempt is not over before the key is pressed
+    timeScale = 1;  // so that the attempt is in progress when the key is pressed
     neighbourhood.times.handshake = std::chrono::seconds(60);
     start();
     runs(0, {"scan"});

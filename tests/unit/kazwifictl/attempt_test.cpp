@@ -14,7 +14,7 @@ using wifi::ConnectionInfo;
 using Status = ConnectionInfo::Status;
 using Outcome = Attempt::Outcome;
 
-// Plays events at times counted from the request.
+// Passes changes to an Attempt, at times relative to the request.
 class AttemptTest : public testing::Test {
   protected:
     static Clock::time_point at(int ms) {

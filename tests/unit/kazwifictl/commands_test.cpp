@@ -28,8 +28,8 @@ const std::vector<FakeWorld::Step> success{{Status::connectingIP, "Home", -50},
                                            {Status::connected, "Home", -50}};
 const std::vector<FakeWorld::Step> refusal{{Status::disconnected, "", 0}};
 
-// Commands as a program runs them that ends afterwards, over a device slow enough that leaving too early
-// shows.
+// Runs each command as a process does that ends afterwards. The device is slow, so that a command which returns too
+// early fails its test.
 class CommandsTest : public testing::Test {
   protected:
     CommandsTest() {
@@ -71,7 +71,7 @@ class CommandsTest : public testing::Test {
     Interrupts interrupts;
     LibraryLog log{false};
     Options options;
-    Output output{ColourChoice::never, true};  // silent but for documents, which these tests do not show
+    Output output{ColourChoice::never, true};  // JSON only; the tests write no documents
 };
 
 TEST_F(CommandsTest, ListShowsTheNetworkInUseAndTheOthers) {
@@ -274,7 +274,7 @@ TEST_F(CommandsTest, ConnectDoesNotFindWhatIsNeitherInRangeNorSaved) {
     options.ssid = "Elsewhere";
     world.connection = connectedTo("Home", -50);
     world.afterConnect["Elsewhere"] = {
-        {Status::connected, "Home", -50}};  // the library goes back to what it had
+        {Status::connected, "Home", -50}};  // the library returns to the former connection
     EXPECT_EQ(codeOf(run(connectTo)), ExitCode::notFound);
     EXPECT_TRUE(world.did("scan"));
 }
@@ -348,7 +348,8 @@ TEST_F(CommandsTest, ForgetRefusesANameThatCannotBe) {
 
 TEST_F(CommandsTest, APromptKeepsOneDeviceForAllItsCommands) {
     int made = 0;
-    // It knows everything from the start: to ask whether there is a supplicant, or to look around, takes another.
+    // Waits for the first state. Without it, the prompt would make a second Manager, to ask for the supplicant or to
+    // read the results of a scan.
     world.whenMade = [&](wifi::Manager& manager) {
         ++made;
         while (manager.networks().empty()) {

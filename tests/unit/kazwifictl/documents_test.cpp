@@ -112,12 +112,12 @@ TEST_F(ConnectReportTest, NamesTheLikelyCauseOfARefusal) {
 TEST_F(ConnectReportTest, BelievesTheLogMoreThanTheClock) {
     const Attempt silent = endedBy(ConnectionInfo::Status::disconnected, 2s);
     EXPECT_EQ(connectReport(silent, facts, output).members.at("outcome"), "not-answering");
-    facts.hints.disconnectReason = 3;  // said when the connection before was left
+    facts.hints.disconnectReason = 3;  // "leaving", from the end of the former connection
     EXPECT_EQ(connectReport(silent, facts, output).members.at("outcome"), "not-answering");
     facts.hints.disconnectReason = 15;
     EXPECT_EQ(connectReport(silent, facts, output).members.at("outcome"), "refused");
 
-    const Attempt late = endedBy(ConnectionInfo::Status::disconnected, 5s);  // on a machine that is busy
+    const Attempt late = endedBy(ConnectionInfo::Status::disconnected, 5s);  // on a busy machine
     facts.hints = {};
     EXPECT_EQ(connectReport(late, facts, output).members.at("outcome"), "refused");
     facts.hints.gaveUp = true;

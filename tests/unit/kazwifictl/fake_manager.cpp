@@ -63,8 +63,8 @@ namespace wifi {
 using Status = ConnectionInfo::Status;
 using Reason = ConnectionInfo::DisconnectReason;
 
-// It keeps the promises of wifi/manager.h: requests become tasks that run in order on a thread of its own, and its end
-// drops those that have not begun.
+// Keeps the promises of wifi/manager.h: requests become tasks, which run in order on the Manager's own thread. The
+// destructor drops tasks that have not begun.
 class ManagerImpl : kaz::NonCopyable {
   public:
     explicit ManagerImpl(test::FakeWorld& world);
@@ -105,14 +105,14 @@ class ManagerImpl : kaz::NonCopyable {
     std::deque<Task> tasks_;
     std::array<std::function<void()>, 4> callbacks_;
     bool ending_ = false;
-    bool resting_ = false;  // all that was asked for is done
+    bool resting_ = false;  // all requests are done
     bool enabled_ = true;
     bool running_ = false;
     bool scanning_ = false;
     bool listStays_ = false;
     std::vector<WifiNetwork> networks_;
     ConnectionInfo published_;
-    ConnectionInfo info_;  // on the thread only, like the rest
+    ConnectionInfo info_;  // only the thread uses this and the next two
     bool saveOwed_ = false;
     bool othersDisabled_ = false;
     std::thread thread_;

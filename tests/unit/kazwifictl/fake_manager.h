@@ -1,5 +1,5 @@
-// wifi::Manager as a test plays it: programs that link this have no other. Every Manager belongs to the FakeWorld that
-// lives at the time.
+// A fake wifi::Manager. A test program links it instead of the library. Every Manager belongs to the FakeWorld that
+// exists when it is constructed.
 #pragma once
 
 #include <wifi/manager.h>
@@ -17,13 +17,13 @@
 
 namespace kaz::test {
 
-// What outlives a Manager: the machine it controls. A test sets it up, and looks at it afterwards.
+// The machine that the fake Managers control. It outlives them. A test sets it up, and checks it afterwards.
 struct FakeWorld : NonCopyable {
     FakeWorld();
     ~FakeWorld();
 
     using Info = wifi::ConnectionInfo;
-    // What the device does by itself after it has taken up an attempt, one step after the other.
+    // A state that the device reaches by itself after it has started an attempt.
     struct Step {
         Info::Status status = Info::Status::disconnected;
         std::string ssid;
@@ -35,12 +35,12 @@ struct FakeWorld : NonCopyable {
     bool running = true;
     bool storedChoice = true;
     bool canStore = true;
-    bool startsAndStops = true;             // whether the supplicant follows the choice
-    std::chrono::milliseconds slowness{0};  // how long before each task begins
-    std::atomic<bool> holdsTasks = false;   // whether none begins any more
-    bool followsOnceAsked = false;    // whether devices find the supplicant only after a request to connect
-    bool connectsAtOnce = false;      // whether connect() returns after all that comes of it
-    bool resultsReachNobody = false;  // whether a device that scanned keeps the list it had
+    bool startsAndStops = true;             // whether setEnabled() starts and stops the supplicant
+    std::chrono::milliseconds slowness{0};  // the delay before each task
+    std::atomic<bool> holdsTasks = false;   // whether no further task begins
+    bool followsOnceAsked = false;    // whether Managers find the supplicant only after a request to connect
+    bool connectsAtOnce = false;      // whether connect() returns only after the whole attempt
+    bool resultsReachNobody = false;  // whether a Manager that scanned keeps its old list
     std::vector<wifi::WifiNetwork> inRange;
     std::vector<wifi::WifiNetwork> foundByScan;  // also in range after a scan
     std::set<std::string> saved;
@@ -51,11 +51,11 @@ struct FakeWorld : NonCopyable {
     bool scansBegin = true;
     bool removalFails = false;
 
-    std::function<void(wifi::Manager&)> whenMade;  // in the constructor of each Manager
+    std::function<void(wifi::Manager&)> whenMade;  // called in the constructor of each Manager
 
     bool asked = false;  // whether there has been a request to connect
 
-    // What has been done, in order: "connect Home", "save".
+    // The operations that were carried out, in order: "connect Home", "save".
     std::vector<std::string> done;
     std::string password;  // of the last connect
 

@@ -10,7 +10,7 @@
 
 namespace kaz::test {
 
-// A file with a text in it, for as long as the object lives.
+// A temporary file with a text. The destructor deletes it.
 class SecretFile : NonCopyable {
   public:
     explicit SecretFile(const std::string& text)

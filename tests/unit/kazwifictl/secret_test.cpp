@@ -53,7 +53,7 @@ TEST_F(SecretTest, IsNotRepeatedInAnError) {
     }
 }
 
-// A pipe with a name that nobody writes to keeps its reader waiting.
+// The reader of a named pipe without a writer waits.
 TEST_F(SecretTest, IsGivenUpOnASignal) {
     std::string name;
     {

@@ -52,7 +52,7 @@ TEST_F(SessionTest, WaitsForASupplicantThatIsSwitchedOnOnlyWhenPatient) {
 }
 
 TEST_F(SessionTest, HasTheWholeFirstStateAfterItsEnd) {
-    world.slowness = milliseconds(20);  // so that the first state is not published yet when the start is over
+    world.slowness = milliseconds(20);  // so that start() returns before the first state is published
     world.connection = connectedTo("Home", -50);
     world.inRange = {network("Office", -60, SecurityMode::rsnPsk)};
     for (int i = 0; i < 5; ++i) {
@@ -64,7 +64,7 @@ TEST_F(SessionTest, HasTheWholeFirstStateAfterItsEnd) {
     }
 }
 
-// A fence in its own device would put the network in use among those to choose from.
+// A fence in the session's own Manager would put the network in use into networks().
 TEST_F(SessionTest, KnowsWhatIsInUseHoweverLateTheSupplicantIsFollowed) {
     world.followsOnceAsked = true;
     world.inRange = {network("Home", -50, SecurityMode::rsnPsk)};
@@ -76,7 +76,7 @@ TEST_F(SessionTest, KnowsWhatIsInUseHoweverLateTheSupplicantIsFollowed) {
     EXPECT_TRUE(session.latest().networks.empty());
 }
 
-// The reason why there is a fence: without it the end of the device drops what has not begun.
+// This is why fences exist: without one, ~Manager drops requests that have not begun.
 TEST_F(SessionTest, LosesARequestThatHasNotBegunWhenItEnds) {
     {
         Session session(interrupts);

@@ -52,7 +52,7 @@ TEST(Words, TellWhichRuleWasBroken) {
 TEST(Words, GuessTheCauseFromAReasonOnlyWhereItSaysEnough) {
     EXPECT_EQ(causeFromReason(-15), "the password is wrong");
     EXPECT_EQ(causeFromReason(15), "the password is wrong");
-    EXPECT_EQ(causeFromReason(3), std::nullopt);  // "leaving", said when changing networks
+    EXPECT_EQ(causeFromReason(3), std::nullopt);  // "leaving", sent on a change of networks
     EXPECT_EQ(causeFromReason(-3), std::nullopt);
 }
 
