@@ -12,7 +12,7 @@ BusTest::Running BusTest::start() {
     return Running(*this);
 }
 
-// Tasks may use the pointer until the loop is gone, which reset() would not let them.
+// Not reset(), which clears the pointer first: tasks may use it until the loop has ended.
 void BusTest::end() {
     bus->stop();
     delete bus.get();

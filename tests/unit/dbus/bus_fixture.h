@@ -17,7 +17,7 @@
 
 namespace kaz::test {
 
-// A bus of our own that is the system bus, and a dbus::Bus on it that the test starts.
+// A private bus that is the system bus, and a dbus::Bus on it that the test starts.
 class BusTest : public ::testing::Test {
   protected:
     BusTest();

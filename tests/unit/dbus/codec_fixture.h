@@ -18,13 +18,13 @@ inline const std::string badMessage = errorText(-EBADMSG);
 inline const std::string invalidArgument = errorText(-EINVAL);
 inline const std::string notPermitted = errorText(-EPERM);
 
-// Overwrites the first byte of the text (a string, or an object path) in a sealed message, so that the text
-// is not a valid one any more: nothing that a sender's library would send.
+// Overwrites the first byte of the text (a string, or an object path) in a sealed message. The text is then
+// invalid: no sender's library would send it.
 void corruptText(sd_bus_message* message, const std::string& text);
 
 class CodecTest : public testing::Test {
   protected:
-    // Reads one value of a message that holds these, as sd_bus_message_append() takes them.
+    // Reads one value of a message with these values, in the form of sd_bus_message_append().
     template <typename T, typename... Values>
     CodecResult<T> readFrom(const char* types, Values... values) {
         return read<T>(bus.sealed(types, values...).get());

@@ -1,4 +1,4 @@
-// Memory that runs out while an error is told. This program's operator new fails on demand.
+// Memory runs out while an error is reported. This program's operator new fails on demand.
 #include "base/non_copyable.h"
 
 #include "dbus/variant.h"

@@ -10,7 +10,7 @@ using testing::ElementsAre;
 
 class FillHelper : public CodecTest {
   protected:
-    // What becomes of `before`, and how, when it is filled from a message with these values.
+    // Fills `before` from a message with these values. Returns its new value and the result.
     template <typename T, typename... Values>
     std::pair<T, CodecResult<void>> filled(T before, const char* types, Values... values) {
         const MessagePtr message = bus.sealed(types, values...);

@@ -54,7 +54,7 @@ TEST_F(MessageIo, FailsEveryLaterReadOfWhateverTypeAndLogsNothingFurther) {
     EXPECT_EQ(errorOf(read<wifi::SignalPoll>(decoder)), "Already failed");
     EXPECT_EQ(errorOf(read<int>(decoder)), "Already failed");
     EXPECT_EQ(log.records().size(), 1U);
-    // Nothing was taken from the message since.
+    // Nothing was read from the message since.
     EXPECT_EQ(read<std::string>(message.get()), "text");
 }
 

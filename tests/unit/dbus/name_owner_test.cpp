@@ -1,4 +1,4 @@
-// Being told when a name comes and goes.
+// The task that runs when a bus name gets or loses its owner.
 #include "unit/dbus/bus_fixture.h"
 
 #include <string>

@@ -15,7 +15,7 @@ using testing::Optional;
 
 class Reading : public CodecTest {};
 
-// With a wrong one the values are still read, but by way of looking at each first.
+// A wrong signature would only make reading slower, because each value is then peeked at first.
 TEST_F(Reading, KnowsTheSignatureOfEachType) {
     const std::pair<std::string_view, std::string_view> signatures[] = {
         {Wire<int>::signature.data(), "i"},
@@ -163,7 +163,7 @@ TEST_F(Reading, FailsPastTheEndOfTheMessage) {
     EXPECT_EQ(errorOf(read<int>(message.get())), wrongType);
 }
 
-// Where sd-bus reports no error: it leaves the value unset.
+// sd-bus reports no error here, but leaves the value unset.
 TEST_F(Reading, FailsPastTheEndOfAnArray) {
     const MessagePtr message = bus.sealed("ai", 1, 7);
     ASSERT_GT(sd_bus_message_enter_container(message.get(), 'a', "i"), 0);

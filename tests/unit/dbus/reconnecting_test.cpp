@@ -1,4 +1,4 @@
-// What is followed on one connection is followed on the next. Needs a platform that reconnects.
+// Subscriptions of one connection are renewed on the next. Needs a platform that reconnects.
 #include "dbus/platform_help.h"
 #include "unit/dbus/bus_fixture.h"
 

@@ -26,7 +26,7 @@ class SignalSenders : public BusTest {
 
     void registerCounting() { subscribe(Bus::Lifetime::permanent, counting()); }
 
-    // The owner's signal arrives, and it is the only one that did since `before`.
+    // The owner's signal arrives. No other signal has arrived since `before`.
     void expectOnlyTheOwnersArrives(std::size_t before) {
         peer->emit(changed, "genuine");
         EXPECT_TRUE(handled.reaches(before + 1));

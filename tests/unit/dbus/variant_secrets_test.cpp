@@ -1,4 +1,4 @@
-// A variant may carry a passphrase. A program of its own, for its own operator new and delete.
+// A variant may carry a passphrase. A separate program, because it replaces operator new and delete.
 #include "dbus/variant.h"
 #include "doubles/stub_bus/stub_bus.h"
 #include "support/freed_memory_watch/freed_memory_watch.h"
@@ -11,7 +11,7 @@
 namespace kaz::dbus {
 namespace {
 
-// Too long for the small buffer of a string, so that it lies in memory that is watched.
+// Too long for a string's small buffer, so it is on the heap, which is watched.
 const std::string passphrase = "correct horse battery staple, and then some";
 
 class VariantSecrets : public testing::Test {

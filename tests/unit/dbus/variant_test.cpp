@@ -38,7 +38,7 @@ class VariantTest : public CodecTest {
     const std::string unsendable = std::string("a\0b", 3);
 };
 
-// What is none of the five would silently be sent as one of them.
+// Any other type would silently be sent as one of the five.
 static_assert(!std::is_constructible_v<Variant, long>);
 static_assert(!std::is_constructible_v<Variant, unsigned>);
 static_assert(!std::is_constructible_v<Variant, short>);

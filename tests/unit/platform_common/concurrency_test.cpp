@@ -33,7 +33,7 @@ class HeldLock : NonCopyable {
     }
     ~HeldLock() { ::flock(fd_.get(), LOCK_UN); }
 
-    // Whether somebody waits for it; the kernel lists waiters behind an arrow.
+    // Whether a writer waits for the lock; the kernel lists waiters behind an arrow.
     bool isWaitedFor() const {
         struct stat status {};
         ::fstat(fd_.get(), &status);

@@ -1,4 +1,4 @@
-// The order in which an update reaches the disk, and what a step that fails leaves.
+// The order in which an update reaches the disk, and what remains when a step fails.
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <gmock/gmock.h>

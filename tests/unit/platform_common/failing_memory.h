@@ -11,7 +11,7 @@ class FailingMemory : NonCopyable {
     explicit FailingMemory(int number);
     ~FailingMemory();
 
-    // Whether there were that many.
+    // Whether that allocation was made, and failed.
     bool hasFailed() const;
 };
 

@@ -7,7 +7,7 @@ namespace {
 
 class ConfigInterrupted : public ConfigFixture {
   protected:
-    // Kills an update after so many steps. False when it ended before that.
+    // Kills an update after this number of steps. Returns false if it ended before.
     static bool updateAndKillAfter(int steps) {
         SteppedProcess writer([] { return util::updateKazConfig("wifi", "off"); });
         for (int step = 0; step < steps; ++step) {
@@ -32,12 +32,12 @@ TEST_F(ConfigInterrupted, LeavesTheOldFileOrTheNewOneAtEveryStep) {
         const std::string left = text();
         EXPECT_TRUE(left == before || left == after) << left;
         (left == before ? oldFiles : newFiles)++;
-        // Whatever it left behind is in nobody's way.
+        // Its remains do not disturb the next writer.
         EXPECT_TRUE(util::updateKazConfig("volume", "8"));
         EXPECT_EQ(util::readKazConfig().at("volume"), "8");
         EXPECT_EQ(contentOf(folder()), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));
     }
-    // The writer was really stepped through, and the change shows somewhere on the way.
+    // The writer was really stepped through, and the change became visible at one of the steps.
     EXPECT_GT(steps, 20);
     EXPECT_GT(oldFiles, 10);
     EXPECT_GT(newFiles, 1);

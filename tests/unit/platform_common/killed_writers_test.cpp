@@ -54,8 +54,8 @@ bool countOn(std::size_t writer, Progress& progress) {
     return true;
 }
 
-// Has temporary folders in memory, unless they were given another place: a killed process does not lose what it wrote,
-// and waiting for the disk would take nearly all of the time.
+// Puts temporary folders in memory, unless TMPDIR is set. A killed process does not lose what it wrote, and waiting
+// for the disk would take nearly all of the time.
 class FoldersInMemory : NonCopyable {
   protected:
     FoldersInMemory() {
@@ -96,7 +96,7 @@ class ConfigKilledWriters : private FoldersInMemory, public ConfigFixture {
         });
     }
 
-    // Once the writer has written something, and a moment later.
+    // Kills the writer a moment after it has written something.
     void kill(std::size_t writer, std::chrono::microseconds moment) {
         ASSERT_NO_FATAL_FAILURE(waitForProgress(writer));
         std::this_thread::sleep_for(moment);
@@ -105,8 +105,8 @@ class ConfigKilledWriters : private FoldersInMemory, public ConfigFixture {
         settle(writer);
     }
 
-    // One update by a writer that does not run yet; its process is killed after so many steps. Whether it ended before
-    // that.
+    // One update by a writer that does not run yet. Its process is killed after this number of steps. Returns true if
+    // it ended before.
     bool updateAndKillAfter(int steps, std::size_t writer) {
         SteppedProcess process([&] { return countOn(writer, board_->at(writer)); });
         for (int step = 0; step < steps; ++step) {
@@ -117,7 +117,7 @@ class ConfigKilledWriters : private FoldersInMemory, public ConfigFixture {
         return false;
     }
 
-    // Until the writer has written something since this was asked before or since it was started.
+    // Blocks until the writer has written something since its start or the last call.
     void waitForProgress(std::size_t writer) {
         ASSERT_TRUE(eventually([&] {
             checkWhileWritersRun();
@@ -126,8 +126,8 @@ class ConfigKilledWriters : private FoldersInMemory, public ConfigFixture {
         seen_[writer] = board_->at(writer).done;
     }
 
-    // After the writer's death: the value is the last one that was confirmed or the one being written. Takes it as the
-    // base to go on from. Whether an update was under way, and its value is there.
+    // After the writer's death the value must be the last confirmed one or the one being written. The writer continues
+    // from it. Returns true if an update was in progress and its value is in the file.
     bool settle(std::size_t writer) {
         Progress& progress = board_->at(writer);
         const int value = std::stoi(util::readKazConfig()[keyOf(writer)]);
@@ -146,7 +146,7 @@ class ConfigKilledWriters : private FoldersInMemory, public ConfigFixture {
         EXPECT_TRUE(log().records().empty());
     }
 
-    // Reads once, and checks that each writer's value is one that may be there while it runs.
+    // Reads once, and checks each writer's value: confirmed or being written.
     void checkWhileWritersRun() const {
         std::array<int, writerCount> least{};
         for (std::size_t writer = 0; writer < writerCount; ++writer) {
@@ -168,7 +168,7 @@ class ConfigKilledWriters : private FoldersInMemory, public ConfigFixture {
     std::array<int, writerCount> seen_{};
 };
 
-// Each round ends one writer before or after another of its system calls, while the others go on.
+// Each round kills one writer before or after a different system call, while the others continue.
 TEST_F(ConfigKilledWriters, LeaveTheOldFileOrTheNewOneAtEveryStep) {
     constexpr int rounds = 2000;
     constexpr std::size_t victim = writerCount - 1;
@@ -185,7 +185,7 @@ TEST_F(ConfigKilledWriters, LeaveTheOldFileOrTheNewOneAtEveryStep) {
         steps = hasEnded ? 0 : steps + 1;
         ended += hasEnded ? 1 : 0;
         (settle(victim) ? newFiles : oldFiles) += hasEnded ? 0 : 1;
-        // The dead one is in nobody's way.
+        // The killed writer does not block the others.
         for (std::size_t writer = 0; writer < victim; ++writer) {
             waitForProgress(writer);
         }
@@ -193,14 +193,14 @@ TEST_F(ConfigKilledWriters, LeaveTheOldFileOrTheNewOneAtEveryStep) {
     for (std::size_t writer = 0; writer < victim; ++writer) {
         kill(writer, {});
     }
-    // The writers were stepped through again and again, and the new file shows somewhere on the way.
+    // The writers were stepped through repeatedly, and the new file became visible at some of the steps.
     EXPECT_GT(ended, 5);
     EXPECT_GT(oldFiles, 10 * ended);
     EXPECT_GT(newFiles, ended);
     expectNothingIsLeftBehind();
 }
 
-// In the middle of a system call too, and while it waits for the others.
+// Also in the middle of a system call, and while the writer waits for the others.
 TEST_F(ConfigKilledWriters, LeaveTheOldFileOrTheNewOneAtAnyMoment) {
     constexpr int rounds = 500;
     constexpr int longest = 500;  // microseconds, some updates

@@ -16,7 +16,7 @@ const std::string after = "other=" + someoneElses + "\nwifi=off\n";
 
 class ConfigMemory : public ConfigFixture {
   protected:
-    // Runs an operation with one failing allocation, ever later, until there are not so many.
+    // Runs an operation repeatedly. The first allocation fails, then the second, until there are no more.
     template <typename Operation, typename Check>
     void failEachAllocation(const Operation& operation, const Check& check) {
         bool failed = true;

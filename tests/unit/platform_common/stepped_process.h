@@ -37,7 +37,7 @@ class SteppedProcess : NonCopyable {
         }
     }
 
-    // Lets it run to its next stop. False when it ended, which it must have done well.
+    // Lets it run to its next stop. Returns false if it ended, which must be with success.
     bool step() {
         int status = 0;
         ::ptrace(PTRACE_SYSCALL, pid_, nullptr, nullptr);

@@ -1,5 +1,4 @@
-// Files that cannot be read or replaced. The old content, a secret of somebody else's, stays and is not
-// logged.
+// Files that cannot be read or replaced. The old content, another program's secret, stays and is not logged.
 #include "support/process/child_process.h"
 #include "unit/platform_common/config_fixture.h"
 
@@ -45,8 +44,8 @@ class ConfigTrouble : public ConfigFixture {
         expectOneWarning(reason);
     }
 
-    // Runs a part of a test in a process of its own, which it may spoil. Skips the test when that part cannot
-    // do what it needs here; where root tests what goes in, that is a failure.
+    // Runs a part of a test in a separate process. Skips the test if this part lacks a permission; for root with
+    // `CI` set that is a failure.
     static void inChild(const std::function<bool()>& prepare, const std::function<void()>& body) {
         ChildProcess child([&] {
             if (!prepare()) {

@@ -13,7 +13,7 @@ using std::chrono::milliseconds;
 
 class EventLoopWithoutABus : public LoopTest {
   protected:
-    // What a loop is good for without a bus; and that it does not spin.
+    // What a loop does without a bus; and that it does not spin.
     void expectTheLoopToGoOn() {
         Counter expiries;
         Counter passes;

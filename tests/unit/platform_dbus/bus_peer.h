@@ -48,7 +48,7 @@ class BusPeer : NonCopyable {
 
     // "MEMBER(FIRST ARGUMENT)" of the calls so far.
     std::vector<std::string> calls() const;
-    // The unique name of who called last.
+    // The unique name of the last caller.
     std::string caller() const;
     bool waitForCall(const std::string& call) const;
 

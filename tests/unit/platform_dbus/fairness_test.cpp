@@ -10,7 +10,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// Something that is always ready, and what must get its turn all the same.
+// One source is always ready, and the others must still get their turns.
 class EventLoopFairness : public LoopTest {
   protected:
     void SetUp() override {

@@ -1,4 +1,4 @@
-// A bus daemon that does nothing for a while, and then goes on where it stopped.
+// A bus daemon that does nothing for a while, and then continues.
 #include <kaz/dbus/calls.h>
 #include <signal.h>
 #include <sys/socket.h>
@@ -17,7 +17,7 @@ using std::chrono::nanoseconds;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 
-// After so long a call is given up.
+// The timeout of a call.
 constexpr seconds callLimit{10};
 // A loop that does not sleep while it waits uses all the time it is given.
 constexpr milliseconds hardlyAny{300};
@@ -88,7 +88,7 @@ TEST_F(EventLoopHangingBus, FailsTheCallAndNothingThatComesAfterwards) {
     EXPECT_TRUE(fallsAsleep(loopThread()));
 
     goOn();
-    // The late answer is not taken for that of another call.
+    // The late reply is not taken for the reply to another call.
     EXPECT_EQ(onLoop([this] { return echo("after"); }), "after");
     EXPECT_EQ(peer.calls(), (std::vector<std::string>{"Echo(before)", "Echo(meanwhile)", "Echo(after)"}));
     peer.emit(changed, "after");

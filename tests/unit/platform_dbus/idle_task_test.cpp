@@ -74,7 +74,7 @@ TEST_F(EventLoopIdleTask, RunsAgainAfterTheDelayItAnswered) {
     });
     const Running running = start();
     ASSERT_TRUE(passes.reaches(5));
-    // The first two may follow each other faster: whatever the bus says at first is an event.
+    // The first two may follow each other faster, because the bus's first messages are events.
     const auto collected = onLoop([&] { return times; });
     for (std::size_t i = 2; i < 5; ++i) {
         EXPECT_GE(collected[i] - collected[i - 1], delay - milliseconds(1)) << "pass " << i;

@@ -108,7 +108,7 @@ TEST_F(EventLoopLifecycle, FinishesTheTaskInProgressDropsTheRestAndRunsTheIdleTa
     EXPECT_EQ(ran.value(), 0U);
 }
 
-// Pushes once more when it dies, as an object may that owes a last step.
+// Pushes a task in its destructor, as an object with a last step may do.
 struct PushesWhenItDies : private NonCopyable {
     PushesWhenItDies(dbus::EventLoop& target, std::atomic<pid_t>& where) : loop(target), destroyedOn(where) {}
     ~PushesWhenItDies() {

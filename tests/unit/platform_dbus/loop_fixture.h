@@ -20,12 +20,12 @@
 
 namespace kaz::test {
 
-// A bus of our own that is the system bus, and a loop that the test starts.
+// A private bus that is the system bus, and a loop that the test starts.
 class LoopTest : public ::testing::Test {
   protected:
     LoopTest();
 
-    // Ends the loop with the scope, so that what its tasks refer to is to be declared before it.
+    // Destroys the loop with the scope. Declare before it what its tasks use.
     class Running : NonCopyable {
       public:
         explicit Running(LoopTest& test) : test_(test) {}
@@ -36,7 +36,7 @@ class LoopTest : public ::testing::Test {
     };
     [[nodiscard]] Running start();
 
-    // Destroys the loop. Its tasks may use the pointer until it is gone, which reset() would not let them.
+    // Destroys the loop. Not reset(), which clears the pointer first: tasks may use it until the loop has ended.
     void end();
 
     // Runs the function on the loop thread and gives its result back.

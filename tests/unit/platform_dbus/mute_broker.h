@@ -14,10 +14,10 @@ class MuteBroker : NonCopyable {
     MuteBroker();
     ~MuteBroker();
 
-    // Waits for the loop and for the first byte that it says. False when it does not come until the limit passes.
+    // Waits for the loop and for the first byte that it sends. Returns false on timeout.
     bool hears();
 
-    // Throws the loop out.
+    // Disconnects the loop.
     void hangUp();
 
   private:

@@ -41,7 +41,7 @@ class EventLoopReconnecting : public LoopTest {
         EXPECT_EQ(handled.value(), before + times);
     }
 
-    // What the loop thread has used of the processor so far, without waking it.
+    // The processor time of the loop thread so far, without waking it.
     clockid_t processorClock() {
         return onLoop([] {
             clockid_t clock{};
@@ -141,7 +141,7 @@ TEST_F(EventLoopReconnecting, IsOverWhenTheLoopStops) {
         onLoop([] {});
         bus.kill();
         ASSERT_TRUE(wentAway.reaches(1));
-        // The next attempt may be seconds away by now, the end must not be.
+        // The next attempt may come in some seconds, but the end must not wait for it.
     }
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(10));
     EXPECT_EQ(cameBack.value(), 0U);
@@ -164,8 +164,8 @@ TEST_F(EventLoopReconnecting, SleepsBetweenItsAttemptsForLongerAndLonger) {
     EXPECT_GE(std::chrono::steady_clock::now() - before, milliseconds(100 + 200 + 400));
 }
 
-// Seen by a bus that throws the loop out each time. A busy machine makes pauses longer, never shorter; without the
-// greatest one the last would be of 12.8 s, which no other thread's turn explains.
+// The bus disconnects the loop each time. A busy machine makes pauses longer, never shorter. Without the limit the last
+// pause would take 12.8 s, which is longer than any delay of a busy machine.
 TEST_F(EventLoopReconnecting, PausesForFiveSecondsAtMostAndUsesNoProcessorTimeMeanwhile) {
     constexpr milliseconds longest{5000};
     const std::vector<milliseconds> pauses{
@@ -195,7 +195,7 @@ TEST_F(EventLoopReconnecting, PausesForFiveSecondsAtMostAndUsesNoProcessorTimeMe
     EXPECT_EQ(log.texts(spdlog::level::err).size(), 1U);
 }
 
-// sd-event's own idea of now is the beginning of the turn, which is before the attempt.
+// sd-event's current time is the beginning of the turn, which is before the attempt.
 TEST_F(EventLoopReconnecting, PausesAfterAnAttemptHoweverLongThatTook) {
     MuteBroker broker;
     const Running running = start();

@@ -18,7 +18,7 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 
-// A call is given up after 10 s; whatever was cut short ends before, on a busy machine too.
+// A call times out after 10 s. A cancelled call ends before, also on a busy machine.
 constexpr seconds lessThanACall{8};
 
 // What the end of a loop does about peers that never answer.
@@ -37,8 +37,8 @@ class EventLoopShutdown : public LoopTest {
         return steady_clock::now() - from;
     }
 
-    // Whether one of three new loops ends below the limit; `endOfOne` starts it and says how long its end took. On a busy
-    // machine one may have to wait for the processor.
+    // Whether one of three new loops ends within the limit. `endOfOne` starts a loop and returns how long its end took.
+    // On a busy machine a loop may have to wait for the processor.
     bool oneOfThreeEndsWithin(milliseconds limit, const std::function<steady_clock::duration()>& endOfOne) {
         for (int loops = 0; loops < 3 && !HasFailure(); ++loops) {
             loop = std::make_unique<dbus::EventLoop>();
@@ -50,7 +50,7 @@ class EventLoopShutdown : public LoopTest {
         return false;
     }
 
-    // A task that calls someone who never answers.
+    // A task that calls a peer that never answers.
     void pushHungCall() {
         loop->pushTaskAsync([this] {
             auto call =
@@ -115,7 +115,7 @@ TEST_F(EventLoopShutdown, GivesTheCallInFlightASecondAndRunsTheLastIdlePass) {
     EXPECT_TRUE(log.texts(spdlog::level::err).empty());
 }
 
-// The first stop, that is: a second one does not begin it anew.
+// The first stop counts: a second one does not restart the time.
 TEST_F(EventLoopShutdown, CountsTheSecondFromTheStop) {
     BusPeer peer;
     peer.own(peerName);

@@ -131,6 +131,6 @@ TEST_F(EventLoopTasks, LeaveTheSignalsOfTheStartingThreadAsTheyWere) {
     }
 }
 
-// The loop is held back while far too many tasks are added.
+// The loop is blocked while far too many tasks are added.
 }  // namespace
 }  // namespace kaz::test

@@ -52,7 +52,7 @@ TEST_F(EventLoopTimer, RestartsThePeriodWhenItIsArmedAgain) {
         waits.push_back(steady_clock::now() - lastArmed);
         ++expiries;
     });
-    // Arms it over and over for three periods; each expiry is to come a whole period after the last arming.
+    // Arms the timer repeatedly for three periods. Each expiry must come a whole period after the last arming.
     const auto until = steady_clock::now() + 3 * period;
     std::function<void()> rearm = [&] {
         lastArmed = steady_clock::now();
