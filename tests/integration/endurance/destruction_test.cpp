@@ -22,7 +22,7 @@ class Destruction : public DeviceFixture {
   protected:
     static constexpr milliseconds delay{10};
 
-    // The device takes its time to answer this call, counted from now.
+    // Delays the reply to the call with this number, counted from now.
     void delayAnswer(unsigned call) {
         device().clearFaults();
         device().forgetCalls();
@@ -33,7 +33,7 @@ class Destruction : public DeviceFixture {
         fault_ = device().orderFault(slow);
     }
 
-    // Waits for so many calls. Until the result at least, the last of them goes unanswered.
+    // Waits for this number of calls. Returns a time until which the last one has no reply yet.
     steady_clock::time_point waitForCall(std::size_t count) {
         auto notYet = steady_clock::now();
         EXPECT_TRUE(device().waitForCalls(
@@ -53,8 +53,8 @@ class Destruction : public DeviceFixture {
     sim::FaultId fault_ = 0;
 };
 
-// The start makes eight calls, one more for each network known, and what was asked for follows; each round ends while
-// another of these calls is not answered.
+// The start makes eight calls and one per configured network; then the requests follow. Each round destroys the Manager
+// while a different one of these calls has no reply yet.
 TEST_F(Destruction, AThousandManagersAreDestroyedDuringACall) {
     constexpr int rounds = 1000;
     constexpr unsigned calls = 24;
@@ -85,8 +85,8 @@ TEST_F(Destruction, AThousandManagersAreDestroyedDuringACall) {
     EXPECT_EQ(openDescriptors(), descriptors);
 }
 
-// Two networks are saved, and the device joins a third; whenever the user leaves, the next one finds all that was
-// saved, with one configuration of the third network at most, and nothing disabled.
+// Two networks are saved, and the device connects to a third. At any stage the user may leave. The next user finds the
+// saved networks, one configuration of the third at most, and no disabled network.
 class DestructionDuringAConnect : public Destruction {
   protected:
     void SetUp() override {
@@ -110,7 +110,7 @@ class DestructionDuringAConnect : public Destruction {
                            [](const sim::Call& call) { return call.member == "SaveConfig"; });
     }
 
-    // The calls of a connect that nobody disturbs, to the last one.
+    // The number of calls of an undisturbed connect.
     std::size_t callsOfAConnect() {
         device().forgetCalls();
         beginToJoinHome();
@@ -133,14 +133,14 @@ class DestructionDuringAConnect : public Destruction {
         left_ = user().history().empty() ? wifi::ConnectionInfo{} : user().history().back();
         restartUser();
         expectNothingLost();
-        // An attempt that begins while another is under way may take the other's end for its own.
+        // An attempt that begins during another one may take the other's end for its own.
         ASSERT_TRUE(user().waitForStatus(Status::connected));
         join("Old", SecurityMode::wep, "12345");
         join("Home", SecurityMode::rsnPsk, homePassword);
         forgetHome();
     }
 
-    // The last that the user who left was told.
+    // The last state that the user who left had seen.
     const wifi::ConnectionInfo& left() const { return left_; }
 
   private:
@@ -168,7 +168,7 @@ TEST_F(DestructionDuringAConnect, AManagerDestroyedAtAnyStageOfAConnectLosesNoth
     ASSERT_GT(stages, 15U);
     for (std::size_t stage = 0; stage <= stages && !HasFatalFailure(); ++stage) {
         SCOPED_TRACE(stage);
-        // Not every connect asks for the access points equally often.
+        // The number of calls that read access points varies.
         leaveWhen([&] {
             return device().waitForCalls(
                 [stage](const auto& calls) { return calls.size() >= stage || saves(calls); }, timeLimit);
@@ -176,7 +176,7 @@ TEST_F(DestructionDuringAConnect, AManagerDestroyedAtAnyStageOfAConnectLosesNoth
     }
 }
 
-// A device that takes long enough for each state to be left in it.
+// A device that stays in each state long enough for the user to leave in it.
 class DestructionBetweenCalls : public DestructionDuringAConnect {
   protected:
     void SetUp() override {
@@ -185,7 +185,7 @@ class DestructionBetweenCalls : public DestructionDuringAConnect {
         DestructionDuringAConnect::SetUp();
     }
 
-    // Where the test has to wait for its processor, the attempt goes on meanwhile, and another try is due.
+    // If the test has to wait for a processor, the attempt leaves the state meanwhile. Then it tries again.
     void leaveIn(Status status, const std::function<bool()>& isReached,
                  const std::string& password = homePassword) {
         int tries = 5;

@@ -1,4 +1,4 @@
-// More requests than may wait, while the device takes its time to answer.
+// More requests than may wait, while the device replies slowly.
 #include "integration/endurance/resources.h"
 #include "support/device_fixture/device_fixture.h"
 #include "support/waiting/waiting.h"
@@ -20,11 +20,11 @@ class Flood : public DeviceFixture {
   protected:
     static constexpr std::size_t bound = 4096;
     static constexpr std::size_t slowScans = 16;
-    // What may wait behind the scans. As each of these ends, there is room for one more.
+    // The requests that may wait behind the scans. Each scan that ends makes room for one more.
     static constexpr std::size_t room = bound - (slowScans - 1);
     static constexpr const char* startOfRecord = "Connecting to configured network ssid=\"";
 
-    // Blocks the loop in a call, and in more of its kind should the test be slow too.
+    // Blocks the loop in a slow scan, and in further ones in case the test is slow too.
     void blockTheLoop() {
         sim::Fault slow;
         slow.peer = "supplicant";
@@ -44,7 +44,7 @@ class Flood : public DeviceFixture {
         }
     }
 
-    // The names of the networks that are not known, which tell these requests from each other in the log.
+    // Makes requests. Returns the unknown networks among them, by which the log distinguishes requests.
     std::vector<std::string> request(std::size_t count) {
         std::vector<std::string> named;
         for (std::size_t i = 0; i < count; ++i) {
@@ -68,7 +68,7 @@ class Flood : public DeviceFixture {
 
     static std::string recordOf(const std::string& name) { return startOfRecord + name + '"'; }
 
-    // The records of the named requests that were dealt with.
+    // The records of the named requests that have run.
     std::vector<std::string> dealtWith() const {
         std::vector<std::string> records = log().texts(spdlog::level::debug);
         std::erase_if(records, [](const std::string& text) { return text.find(startOfRecord) != 0; });
@@ -100,7 +100,7 @@ TEST_F(Flood, RequestsBeyondTheBoundAreDroppedWithOneWarningAndTheNextOnesWork) 
     manager().setEnabled(false);
     EXPECT_EQ(warnings(), 1);
 
-    // What is dropped takes no memory.
+    // Dropped requests take no memory.
     const std::size_t bytes = allocatedBytes();
     for (int i = 0; i < 50'000; ++i) {
         EXPECT_EQ(connectHome(), ConnectResult::ok);
@@ -117,7 +117,7 @@ TEST_F(Flood, RequestsBeyondTheBoundAreDroppedWithOneWarningAndTheNextOnesWork) 
     ASSERT_EQ(manager().connect(settings("Cafe", SecurityMode::none)), ConnectResult::ok);
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Cafe"));
 
-    // Nothing was dealt with but the requests below the bound, in their order.
+    // Only the requests below the bound have run, in order.
     const std::vector<std::string> records = dealtWith();
     ASSERT_GE(records.size(), accepted.size());
     EXPECT_LT(records.size(), accepted.size() + slowScans);

@@ -1,4 +1,4 @@
-// What is done over and over must not use more and more.
+// Repeated work must not use more and more memory or file descriptors.
 #include "integration/endurance/resources.h"
 #include "support/device_fixture/device_fixture.h"
 
@@ -15,18 +15,17 @@ using Status = wifi::ConnectionInfo::Status;
 
 class Growth : public DeviceFixture {
   protected:
-    // Forgets what only the test remembers.
+    // Drops the data that only the test keeps.
     void forgetAll() {
         device().forgetCalls();
         user().forgetHistory();
         forgetLog();
     }
 
-    // Does `work` and compares what is in use then with what was before. A few messages may be under way at
-    // either time; a byte lost in each of a hundred thousand rounds, or one block in each of a thousand, would be
-    // more. A queue keeps the room of the longest that it ever was, and a process that had to wait for a processor
-    // finds a longer one. So what is more the first time need not be so each time; what is lost is. What is in memory
-    // includes what no allocator knows of, and counts in pages.
+    // Runs `work` and compares the memory in use after it with that before. The bounds allow for a few messages in
+    // flight. A leak of one byte in each of a hundred thousand rounds, or of one block in each of a thousand, is more.
+    // A queue keeps the memory of its greatest length, which depends on how busy the machine is. So memory may grow
+    // once, but a leak repeats each time. Resident memory includes memory that no allocator counts, in whole pages.
     void expectNoGrowth(const std::function<void()>& work) {
         constexpr std::size_t bytesUnderWay = 8192;
         constexpr std::size_t residentUnderWay = std::size_t{1024} * 1024;
@@ -70,7 +69,7 @@ class Growth : public DeviceFixture {
             [](const std::string& text) { return text.starts_with("PropertiesChanged: State="); }));
     }
 
-    // Storms in pieces, each followed by a sign that it was seen to its end.
+    // Storms in pieces, each followed by a marker that shows that the piece was handled.
     void storm(int pieces) {
         constexpr unsigned signalsOfAPiece = 10'000;
         for (int piece = 0; piece < pieces && !HasFatalFailure(); ++piece) {

@@ -45,7 +45,7 @@ class Volume {
     int added = 0;  // networks, at the device
     int scans = 0;  // at the device
 
-    // The least of what there has to be of each.
+    // The smallest of the counts.
     int least() const {
         int result = std::min({ups.load(), downs.load(), connections.load(), added, scans});
         for (const Callback& callback : callbacks) {
@@ -66,7 +66,7 @@ class Volume {
 
 class Races : public DeviceFixture {
   protected:
-    // Registers a callback that registers the next one in its place, and looks at everything.
+    // Registers a callback that reads the state and registers a callback of the next kind.
     void registerCallback(unsigned which, bool afterAnother) {
         const unsigned kind = which % Volume::callbackKinds;
         const auto callback = [this, which, kind, afterAnother] {
@@ -126,12 +126,12 @@ class Races : public DeviceFixture {
         static_cast<void>(manager_->phase2Methods());
     }
 
-    // One of eight threads that use the Manager as they like.
+    // One of eight threads that make random calls of the Manager.
     void use(unsigned seed) {
         std::minstd_rand random(seed);
         while (!done_) {
             look();
-            // Seldom enough for some of those that callbacks register to stay until they run.
+            // Seldom, so that some callbacks that were registered inside another stay until they run.
             if (random() % 4 == 0) {
                 registerCallback(static_cast<unsigned>(random()), false);
             }
@@ -158,9 +158,9 @@ class Races : public DeviceFixture {
         }
     }
 
-    // The threads' requests do not leave a connection the time it takes. What they asked for last may still thwart the
-    // first try. A supplicant that went away while it was looked at, and was started again at once, counts as one
-    // without an interface until it was off.
+    // The threads' requests come too fast for a connection to succeed, and their last requests may still end the first
+    // try. If the supplicant restarts while the library attaches, the library finds no interface until the supplicant
+    // was off.
     void connectInPeace() {
         peace_ = true;
         const int before = volume_.connections;
@@ -216,7 +216,7 @@ class Races : public DeviceFixture {
         }
     }
 
-    // Nothing may have been dropped.
+    // No request may have been dropped.
     bool waitUntilAllIsDealtWith() {
         const auto isDealtWith = [this] { return volume_.dealtWith == volume_.requested; };
         waitUntil(isDealtWith, timeLimit);
@@ -227,7 +227,7 @@ class Races : public DeviceFixture {
     const Volume& volume() const { return volume_; }
 
   private:
-    // More would be dropped, but from 4096 on.
+    // Far below 4096, from which on requests are dropped.
     static constexpr int mayWait = 100;
 
     // On the Manager's thread.
@@ -268,7 +268,7 @@ class Races : public DeviceFixture {
         }));
     }
 
-    // What the Manager's thread says of each request but a scan.
+    // The record that the Manager's thread logs for each request except a scan.
     static bool isOfARequest(const LogRecord& record) {
         const bool connects =
             record.level == spdlog::level::debug && record.text.starts_with("Connecting to ");
@@ -294,7 +294,7 @@ TEST_F(Races, RequestsOfEightThreadsAreAllHandledWhileTheSupplicantComesAndGoes)
     EXPECT_FALSE(log().contains("tasks are waiting"));
     EXPECT_TRUE(isEnough()) << volume();
 
-    // And after all that, it works.
+    // After all that the Manager still works.
     user().leave();
     WifiUser next;
     next.manager().setEnabled(true);

@@ -8,18 +8,18 @@
 #include <fstream>
 #include <iterator>
 
-// Is there where a sanitizer has put its allocator in the place of the C library's.
+// Exists only if a sanitizer replaces the C library's allocator.
 // NOLINTNEXTLINE(*-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming): the sanitizers'
 extern "C" [[gnu::weak]] std::size_t __sanitizer_get_current_allocated_bytes();
 
 namespace kaz::test {
 namespace {
 
-// One arena for all threads, since the C library counts what the first one has.
+// One arena for all threads, because the C library counts only the first one.
 [[maybe_unused]] const int oneArena = ::mallopt(M_ARENA_MAX, 1);
 
-// The blocks that a thread has freed and keeps for itself count as allocated. That it keeps none can only be chosen
-// before the program starts, so it starts once more.
+// The C library counts the freed blocks in a thread's cache as allocated. The cache can only be disabled before the
+// program starts, so the program executes itself again.
 [[gnu::constructor]] void keepNothingFreed(int /*count*/, char** arguments) {
     constexpr const char* name = "GLIBC_TUNABLES";
     if (__sanitizer_get_current_allocated_bytes == nullptr && ::getenv(name) == nullptr &&

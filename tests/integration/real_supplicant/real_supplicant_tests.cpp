@@ -50,8 +50,8 @@ class RealSupplicant : public ::testing::Test {
     std::filesystem::path configuration() const { return folder_ / "supplicant.conf"; }
     std::string saved() const { return readFile(configuration()); }
 
-    // A wired network has no access point, so nothing completes in the library's eyes; what the daemon was
-    // made to do shows in its State.
+    // A wired network has no access point, so the library never reports a connection. The daemon's State shows
+    // what it does.
     void connectOnTheWire(const std::string& ssid) {
         log_.clear();
         ConnectionSettings settings;
@@ -60,7 +60,7 @@ class RealSupplicant : public ::testing::Test {
         ASSERT_TRUE(log().waitForText(spdlog::level::debug, "PropertiesChanged: State=completed"));
     }
 
-    // Does what makes the library save, and waits until it has.
+    // Makes the library save, and waits until it has saved.
     template <typename Action>
     void doAndWaitForSave(Action action) {
         log_.clear();
@@ -152,8 +152,8 @@ TEST_F(RealSupplicant, ADaemonThatWasKilledIsUsedAgainOnceItIsBack) {
     ASSERT_NO_FATAL_FAILURE(connectOnTheWire("Again"));
 }
 
-// Priorities follow a connection with an access point, which a wire has not; so they are set through the
-// seam.
+// The library sets priorities after connecting to an access point, which a wire does not have. So the test sets
+// them through the communicator.
 TEST_F(RealSupplicant, PrioritiesAreTakenAndSaved) {
     ASSERT_NO_FATAL_FAILURE(connectOnTheWire("Wire"));
     ASSERT_NO_FATAL_FAILURE(doAndWaitForSave([&] { manager().disconnect(); }));

@@ -1,4 +1,5 @@
-// Errors that last because nobody has a reason to ask again soon: the second table of docs/security.md, a row and a trigger at a time.
+// Errors that last because the library does not repeat the call: each row of the second table of docs/security.md, with
+// each trigger.
 #include <algorithm>
 #include <ostream>
 
@@ -30,7 +31,7 @@ void PrintTo(const LastingError& error, std::ostream* out) {
     *out << error.name;
 }
 
-// It begins connected to Home, with two further networks in the configuration.
+// The user begins connected to Home, with two further networks in the configuration.
 class LastingErrors : public DeviceFixture, public testing::WithParamInterface<LastingError> {
   public:
     void startAnew() {
@@ -38,7 +39,7 @@ class LastingErrors : public DeviceFixture, public testing::WithParamInterface<L
         replaceUser();
     }
 
-    // A systemd that sends signals for the sake of the former user would be another program's.
+    // Restarts systemd too, because otherwise it would still send signals due to the former user's Subscribe.
     void startAnewAndLoseTheSupplicant() {
         user().leave();
         restartDevice();

@@ -47,12 +47,12 @@ TEST_F(LifeCycle, ASupplicantThatCrashedIsFollowedOnceItIsStartedAgain) {
 
     manager().setEnabled(true);
     ASSERT_TRUE(user().waitForStack(true));
-    // It finds its saved network by itself, and we follow.
+    // The supplicant connects to its saved network by itself, and the library follows.
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
 }
 
-// The unit passes through transitional states only, so nothing tells of a supplicant that is gone: what the
-// new one reports has to be enough.
+// The unit passes only through transitional states, so the library does not detach. The reports of the new
+// supplicant must be enough.
 TEST_F(LifeCycle, ASupplicantThatIsRestartedIsFollowed) {
     start();
     ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
@@ -112,7 +112,7 @@ TEST_F(LifeCycle, ALaterManagerFindsTheConnection) {
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
 }
 
-// A call is given up after ten seconds. On a busy machine one end may have to wait for the processor.
+// A call times out after ten seconds. On a busy machine one destruction may have to wait for a processor.
 TEST_F(LifeCycle, DestroyingAManagerTakesAboutASecondWhenThePeerNeverAnswers) {
     start();
     sim::Fault silence;

@@ -51,7 +51,7 @@ std::vector<Region> readableRegions(pid_t process) {
     return regions;
 }
 
-// What a region holds, shorter where it ceased to be while it was read.
+// The content of a region; shorter if the region was unmapped while it was read.
 std::string contentOf(int memory, const Region& region) {
     std::string content(static_cast<std::size_t>(region.end - region.begin), '\0');
     std::size_t count = 0;
@@ -67,8 +67,8 @@ std::string contentOf(int memory, const Region& region) {
     return content;
 }
 
-// This process's, and that all functions are bound at the start, as those of the installed library are: to bind one
-// when it is first called puts the processor's registers on the stack, where the last that was copied remains.
+// This process's environment and LD_BIND_NOW: all functions are bound at the start, as in the installed library. Lazy
+// binding saves the processor's registers on the stack, and the last copied bytes would remain there.
 class Surroundings {
   public:
     Surroundings() {
@@ -85,7 +85,7 @@ class Surroundings {
     std::vector<char*> pointers_;
 };
 
-// The allocator writes its own words into memory that it is given back, so that only a piece may be left.
+// The allocator overwrites parts of freed memory, so only a piece of the secret may remain.
 std::vector<std::string_view> piecesOf(std::string_view secret) {
     constexpr std::size_t size = 8;
     if (secret.size() <= size) {

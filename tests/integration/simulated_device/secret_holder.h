@@ -12,9 +12,8 @@
 
 namespace kaz::test {
 
-// A process of its own with a Manager in it, which does as it is told, and whose memory can be searched. What it is
-// told reaches it through a socket only: neither its arguments nor its environment have it. Killed at the end of
-// scope.
+// A separate process with a Manager, which runs commands, and whose memory can be searched. Commands reach it only
+// through a socket, so secrets are neither in its arguments nor in its environment. Killed at the end of scope.
 class SecretHolder : NonCopyable {
   public:
     enum class Own { wiped, kept };
@@ -25,13 +24,13 @@ class SecretHolder : NonCopyable {
 
     // The process wipes its own copies of the settings' secrets before this returns, or keeps them.
     wifi::ConnectResult connect(const wifi::ConnectionSettings& settings, Own own = Own::wiped) const;
-    // Asks for a scan.
+    // Requests a scan.
     void scan() const;
-    // The Manager's thread stands still, in a callback.
+    // Blocks the Manager's thread in a callback.
     void block() const;
     // Adds as many requests as may wait.
     void fill() const;
-    // The Manager's thread goes on.
+    // The Manager's thread continues.
     void unblock() const;
     // Returns when the Manager has ended.
     void endManager() const;

@@ -1,4 +1,4 @@
-// What is left of a secret in the memory of a process once the library is done with it: nothing.
+// When the library no longer needs a secret, nothing of it remains in the memory of the process.
 #include "integration/simulated_device/secret_holder.h"
 #include "support/device_fixture/device_fixture.h"
 #include "support/waiting/waiting.h"
@@ -32,7 +32,7 @@ class SecretsInMemory : public DeviceFixture {
     const SecretHolder& holder() const { return *holder_; }
     std::string logFile() const { return own_ / "log"; }
 
-    // The requests so far have been dealt with, and what they held was released.
+    // Waits until all earlier requests have run and their tasks are destroyed.
     void finish() {
         holder().scan();
         waitForCall("Scan");
@@ -71,7 +71,7 @@ class SecretsInMemory : public DeviceFixture {
     }
     static ConnectionSettings home() { return settings("Home", SecurityMode::rsnPsk, passphrase); }
 
-    // A long text that has no piece that could be anything else.
+    // A long text, no piece of which occurs in memory by chance.
     static std::string marked(std::size_t size) {
         std::string text;
         while (text.size() < size) {
@@ -95,8 +95,8 @@ TEST_F(SecretsInMemory, SecretsAreFoundInAProcessThatKeepsThem) {
     EXPECT_NE(holder().places(passphrase), Places{});
 }
 
-// With 16 bytes a passphrase is the last to make its message grow. A message that grows after the secret was written
-// into it leaves its former memory as it was, and nobody but sd-bus could change that.
+// A passphrase of 16 bytes is the last field that makes its message grow. If a message grows after the secret was
+// written, sd-bus frees the former memory without wiping it, and only sd-bus could change that.
 TEST_F(SecretsInMemory, SecretsAreGoneOnceTheRequestIsDone) {
     constexpr char notText = '\xff';
     for (const auto& [mode, password] : std::vector<std::pair<SecurityMode, std::string>>{

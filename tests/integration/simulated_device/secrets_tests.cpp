@@ -41,7 +41,7 @@ class Secrets : public DeviceFixture {
     }
     ~Secrets() override { ::unsetenv("KAZ_METRICS_FILE"); }
 
-    // The process's first Manager chooses the file for all.
+    // The first Manager of the process decides which file all use.
     static std::filesystem::path metrics() {
         static const TemporaryFolder folder;
         return folder / "metrics.prom";
@@ -80,7 +80,7 @@ class Secrets : public DeviceFixture {
         return device().orderFault(fault);
     }
 
-    // Until the attempt has ended like that.
+    // Connects and waits until the attempt has ended in this status.
     void attempt(const ConnectionSettings& target, Status end = Status::connected) {
         SCOPED_TRACE(target.ssid);
         const auto before = static_cast<std::ptrdiff_t>(user().history().size());
@@ -96,7 +96,7 @@ class Secrets : public DeviceFixture {
         collect();
     }
 
-    // Until that was logged once more.
+    // Connects and waits until this record was logged once more.
     void attemptAndFail(const ConnectionSettings& target, const std::string& record) {
         SCOPED_TRACE(record);
         const auto count = [&](const RecordingLog::Records& records) {
@@ -110,7 +110,7 @@ class Secrets : public DeviceFixture {
         collect();
     }
 
-    // What the library has published, and its gauges.
+    // Keeps the texts that the library has published, and its gauges.
     void collect() {
         for (const ConnectionInfo& info : user().history()) {
             told_ += info.ssid + ' ' + info.disconnectSsid + '\n';
@@ -159,7 +159,7 @@ class Secrets : public DeviceFixture {
 
 TEST_F(Secrets, SecretsOfEveryFlowAreToldToNobodyButTheSupplicant) {
     start();
-    // An answer that repeats what it was asked.
+    // An error reply that repeats the passphrase.
     const auto ordered = orderFault(sim::FaultKind::error, "bad value " + passphrase);
     ASSERT_NO_FATAL_FAILURE(attemptAndFail(home(), "Call of AddNetwork"));
     EXPECT_EQ(device().timesFired(ordered), 1U);
