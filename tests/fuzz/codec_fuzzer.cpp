@@ -1,5 +1,5 @@
-// The value codec on messages of all types: each type the library reads is read from exactly the values it may be
-// read from, with the right result, and what was read can be written and read again.
+// The value codec on messages of all types. Each C++ type is read from exactly the values that it accepts, with the
+// right result. A value that was read can be written and read back.
 #include "dbus/value_codec.h"
 #include "dbus/variant.h"
 #include "doubles/stub_bus/stub_bus.h"
@@ -31,7 +31,7 @@ const test::StubBus& bus() {
     return instance;
 }
 
-// A reason for a failure begins with one such text for each variant around the value.
+// An error text begins with one prefix for each variant around the value.
 void checkReason(const Value& value, std::string_view reason) {
     static constexpr std::string_view inVariant = "Unable to read from variant: ";
     for (const Value* outer = &value; outer->type() == SD_BUS_TYPE_VARIANT;
@@ -94,8 +94,8 @@ void checkReading(sd_bus_message* message, const Value& value, const T& former) 
 
 using Reading = void (*)(sd_bus_message* message, const Value& value);
 
-// Every type that the library reads, with what its target held before. A message is read as one of them, since most
-// of the others would only fail.
+// Every type that the library reads, with its target's former value. Each message is read as only one of them, because
+// most of the others would only fail.
 using Reading = void (*)(sd_bus_message* message, const Value& value);
 constexpr std::array<Reading, 15> readings{
     [](auto* message, const auto& value) { checkReading<int>(message, value, 4711); },
@@ -133,7 +133,7 @@ void checkMessage(const Value& value, Reading reading) {
     }
 }
 
-// Any bytes: they are carried as they are, or refused.
+// Any bytes are sent unchanged or refused.
 void checkWriting(const std::string& text) {
     const dbus::MessagePtr plain = bus().message();
     const auto written = dbus::write(plain.get(), text);

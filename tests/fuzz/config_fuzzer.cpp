@@ -1,5 +1,4 @@
-// The text of the configuration file: whatever a file holds it can be read, and an update changes the one entry
-// it is about and nothing else.
+// The text of the configuration file. Any file can be read, and an update changes only its own entry.
 #include "fuzz/require.h"
 #include "platform/common/syntax/config_text.h"
 
@@ -42,7 +41,7 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
-// An entry is a line that begins with its key and an equals sign; a line that begins with # is none.
+// An entry is a line that begins with its key and an equals sign, unless it begins with #.
 bool isEntryOf(const std::string& key, const std::string& line) {
     return !key.empty() && key.front() != '#' && key.find('=') == std::string::npos &&
            contentOf(line).starts_with(key + '=');
@@ -54,7 +53,7 @@ std::vector<std::string> otherLines(const std::string& text, const std::string& 
     return lines;
 }
 
-// How many lines stand after the last one for the key; all when there is none.
+// The number of lines after the key's last line; of all lines if there is none.
 std::ptrdiff_t linesAfter(const std::string& key, const std::string& text) {
     const std::vector<std::string> lines = linesOf(text);
     const auto last = std::find_if(lines.rbegin(), lines.rend(),
@@ -96,7 +95,7 @@ void checkUpdate(const std::string& text, const std::string& key, const std::str
     require(lines.size() == kept.size() + 1, "there is exactly one line for the key");
     require(linesAfter(key, updated) == (before.contains(key) ? linesAfter(key, text) : 0),
             "it stands where the last one for the key stood, or else at the end");
-    // A last line without an end gets one when a line is put after it.
+    // A last line without a line ending gets one when a line is appended.
     const bool gotAnEnd = !before.contains(key) && !kept.empty() && !kept.back().ends_with('\n');
     if (gotAnEnd) {
         kept.back() += '\n';

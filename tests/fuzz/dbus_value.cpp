@@ -126,7 +126,7 @@ bool nestsDeeperThan(int levels, const Value& value) {
     });
 }
 
-// The type by which sd-bus knows the container, and that of what it holds.
+// sd-bus's type of the container, and the type of its content.
 std::pair<char, std::string> containerOf(const Value& value) {
     const std::string& signature = value.signature;
     switch (value.type()) {
@@ -181,7 +181,7 @@ Value makeValue(FuzzedDataProvider& bytes, std::string_view signature) {
 }
 
 Value makeWrapped(FuzzedDataProvider& bytes, Value value) {
-    // More than sd-bus takes, but seldom more than a few.
+    // Sometimes more than sd-bus accepts, mostly only a few.
     const bool deep = bytes.ConsumeIntegralInRange(0, 15) == 15;
     for (int layers = bytes.ConsumeIntegralInRange(0, deep ? 140 : 2); layers > 0; --layers) {
         value = variantOf(std::move(value));

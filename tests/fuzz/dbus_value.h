@@ -10,7 +10,7 @@
 
 namespace kaz::fuzz {
 
-// A D-Bus value of any type, to know what a message holds without reading it.
+// A D-Bus value of any type: the content of a message, known without reading it.
 struct Value {
     std::string signature;        // one complete type
     std::uint64_t number = 0;     // of a number or truth value
@@ -20,7 +20,7 @@ struct Value {
     char type() const { return signature.front(); }
 };
 
-// A text as D-Bus takes it: UTF-8 without NUL.
+// A text that D-Bus accepts: UTF-8 without NUL.
 Value textValue(std::string text);
 Value variantOf(Value contents);
 
@@ -30,13 +30,13 @@ std::string makeType(FuzzedDataProvider& bytes);
 // A value of this type, with contents in moderate numbers.
 Value makeValue(FuzzedDataProvider& bytes, std::string_view signature);
 
-// The value with up to some variants around it.
+// The value inside some variants, or none.
 Value makeWrapped(FuzzedDataProvider& bytes, Value value);
 
 // Whether containers nest deeper than D-Bus allows. sd-bus builds such messages all the same, and reads some of them.
 bool nestsTooDeep(const Value& value);
 
-// Appends the value. False when sd-bus does not take it, because it nests too deep.
+// Appends the value. Returns false if sd-bus refuses it, because it nests too deep.
 bool append(sd_bus_message* message, const Value& value);
 
 }  // namespace kaz::fuzz

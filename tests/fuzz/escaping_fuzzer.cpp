@@ -1,5 +1,5 @@
-// SSIDs on a terminal: a stranger chose the bytes, so what is shown must neither steer the terminal nor pass for
-// another SSID, and must be as wide as it was reckoned.
+// SSIDs on a terminal. A stranger chose the bytes, so the shown text must not control the terminal, must not look like
+// another SSID, and must have the computed width.
 #include "base/hex.h"
 #include "fuzz/require.h"
 #include "kazwifictl/text/network_table.h"
@@ -20,12 +20,12 @@
 namespace kaz::fuzz {
 namespace {
 
-// The C library takes more for characters than Unicode has.
+// The C library accepts characters that Unicode does not have.
 bool isInUnicode(wchar_t character) {
     return character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
 }
 
-// Hands out the characters of a text as the C library sees them. False when it is not UTF-8.
+// Calls `take` with each character of a text, decoded by the C library. Returns false if the text is not UTF-8.
 template <typename Take>
 bool forEachCharacter(const std::string& text, Take take) {
     ::mbstate_t state{};
@@ -52,7 +52,7 @@ bool isAsciiText(const std::string& text) {
     return std::all_of(text.begin(), text.end(), [](char byte) { return byte >= ' ' && byte <= '~'; });
 }
 
-// Embeddings, overrides, isolates and marks of direction.
+// Unicode's direction marks, embeddings, overrides and isolates.
 bool steersDirection(wchar_t character) {
     return character == 0x61C || character == 0x200E || character == 0x200F ||
            (character >= 0x202A && character <= 0x202E) || (character >= 0x2066 && character <= 0x2069);
@@ -64,7 +64,7 @@ bool isOfDisputedWidth(wchar_t character) {
            character == 0x302E || character == 0x302F || character == 0x16FF0 || character == 0x16FF1;
 }
 
-// The columns of a character by the C library; by kazwifictl where the C library's Unicode is too old to know.
+// The columns of a character according to the C library, or to kazwifictl if the C library does not know the character.
 int widthOf(wchar_t character) {
     const auto value = static_cast<char32_t>(character);
     const bool unknown =
@@ -75,7 +75,7 @@ int widthOf(wchar_t character) {
     return ::wcwidth(character);
 }
 
-// The columns that a terminal gives to a text that is fit for one.
+// Checks that a text is safe for a terminal. Returns its columns.
 int checkedWidth(const std::string& text, bool utf8) {
     int columns = 0;
     const bool valid = forEachCharacter(text, [&columns](wchar_t character) {

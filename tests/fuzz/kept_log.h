@@ -8,7 +8,7 @@ namespace kaz::fuzz {
 // What the library logged on one thread: the level, ": " and the text.
 class KeptLog {
   public:
-    // Takes the place of the process's default logger when it is first asked for.
+    // The first call replaces the process's default logger.
     static KeptLog& instance();
 
     const std::vector<std::string>& texts() const { return texts_; }

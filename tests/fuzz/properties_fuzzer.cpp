@@ -1,5 +1,5 @@
-// The communicator's signal handlers on whatever a daemon may send them: each signal reaches the engine with exactly
-// what it says, or not at all.
+// The communicator's signal handlers, with any signal that a daemon may send. Each signal reaches the engine with
+// exactly its content, or not at all.
 #include "communicator/bus_names.h"
 #include "communicator/dbus_communicator.h"
 #include "doubles/stub_bus/stub_bus.h"
@@ -40,7 +40,7 @@ enum class Signal {
     kMaxValue = networkSelected,
 };
 
-// What the engine was told.
+// The reports that the engine got.
 struct Told {
     std::vector<Report> reports;
     std::vector<bool> onlineStates;
@@ -53,7 +53,7 @@ struct Told {
     }
 };
 
-// A communicator whose loop does not run, so there is no bus and nothing it asks for is answered.
+// A communicator whose loop does not run. Without a bus, all its calls fail.
 struct Device {
     Device() {
         communicator.supplicantPropertiesHandler = [this](Report report) {
@@ -68,7 +68,7 @@ struct Device {
         communicator.wifiServiceStatusChangeHandler = [this] { ++told.serviceChanges; };
     }
 
-    // Before each signal. The supplicant is attached, though without an interface, or it is not.
+    // Called before each signal. An attached supplicant has no interface.
     void reset(bool attached) {
         communicator.connectOrDisconnectFromSupplicantSync(attached ? "active" : "inactive");
         told = {};
@@ -118,7 +118,7 @@ Report reportOf(const dbus::SupplicantInterfaceProperties& properties) {
     return report;
 }
 
-// A signal's arguments, and what is to be read from them.
+// A signal's arguments, and the values that must be read from them.
 class Arguments {
   public:
     explicit Arguments(std::vector<Value> values) : values_(std::move(values)) {}
@@ -132,7 +132,7 @@ class Arguments {
         return expected;
     }
 
-    // The dictionary of a PropertiesChanged that is about this interface.
+    // The dictionary of a PropertiesChanged of this interface.
     template <typename Record>
     std::optional<Record> expectChange(const char* interface,
                                        std::optional<Record> (*expectRecord)(const Value&)) const {
@@ -140,7 +140,7 @@ class Arguments {
         return meant ? expectRecord(values_[1]) : std::nullopt;
     }
 
-    // False when they do not fit into a message that a bus would deliver.
+    // Returns false if a bus would not deliver such a message.
     bool appendTo(sd_bus_message* message) const {
         return std::all_of(values_.begin(), values_.end(), [message](const Value& value) {
             return !nestsTooDeep(value) && append(message, value);
@@ -195,7 +195,7 @@ void checkUnitProperties(Device& device, const Arguments& arguments, bool attach
     const bool stops = state == "inactive" || state == "failed";
     const bool now = device.communicator.isSupplicantOn();
     require(now == (starts || (attached && !stops)), "the supplicant is there while its unit runs");
-    // Without an interface an attached supplicant is of no use and is not announced.
+    // The attach of a supplicant without an interface is not reported, only its detach.
     require(device.told.serviceChanges == (attached && !now ? 1 : 0), "its leave is told");
 }
 

@@ -9,7 +9,7 @@
 namespace kaz::fuzz {
 namespace {
 
-// Takes the value of a key into a record; false when it is of the wrong type.
+// Stores the value of a key in a record. Returns false if the value has the wrong type.
 template <typename Record>
 using Take = bool (*)(Record& record, const std::string& key, const Value& value);
 
@@ -222,7 +222,7 @@ bool same(const dbus::SupplicantInterfaceProperties& a, const dbus::SupplicantIn
 }
 
 Value makeDictionary(FuzzedDataProvider& bytes) {
-    // Now and then something else in its place, dictionaries of other types among them.
+    // Sometimes another value instead, such as a dictionary of another type.
     return makeUsual(bytes, bytes.ConsumeIntegralInRange(0, 15) == 15 ? makeType(bytes) : "a{sv}", 2);
 }
 

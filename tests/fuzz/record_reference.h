@@ -1,5 +1,4 @@
-// What the records of property dictionaries are to hold, told without sd-bus and without the tables by which they are
-// decoded.
+// The expected records of property dictionaries, computed without sd-bus and without the decoder's tables.
 #pragma once
 
 #include "dbus/records.h"
@@ -13,8 +12,8 @@
 
 namespace kaz::fuzz {
 
-// Nothing where decoding has to fail: on a value that is no dictionary, a key that is no string, and a known key's
-// value of the wrong type.
+// Nullopt if decoding must fail: the value is not a dictionary, a key is not a string, or a known key's value has the
+// wrong type.
 std::optional<wifi::SystemdUnitProperty> expectUnit(const Value& value);
 std::optional<wifi::ConfiguredSsid> expectConfiguredSsid(const Value& value);
 std::optional<wifi::BSSData> expectBss(const Value& value);

@@ -1,5 +1,4 @@
-// SSIDs in the log: what stands there can be found and taken out again, whatever the SSID and whatever stands
-// around it.
+// SSIDs in the log. Any SSID in any text can be found and removed.
 #include "diagnostics/connection_info_text.h"
 #include "diagnostics/ssid_redaction.h"
 #include "fuzz/require.h"
@@ -18,8 +17,8 @@ namespace {
 
 constexpr std::string_view opening = "ssid=\"";
 
-// Takes the first SSID out of the front of `text`, as a tool that cleans logs would. Nothing when there is none, or
-// one that does not end.
+// Removes the text up to and including its first SSID, as a tool that cleans logs would. Nothing if there is no SSID,
+// or one without an end.
 std::optional<std::string> takeSsid(std::string_view& text) {
     const std::size_t begin = text.find(opening);
     if (begin == std::string_view::npos) {

@@ -1,4 +1,4 @@
-// What is to be read from a value, told without sd-bus: the rules of reading applied to the value itself.
+// The expected result of reading a value, computed without sd-bus: the rules of reading applied to the value itself.
 #pragma once
 
 #include "fuzz/dbus_value.h"
@@ -14,7 +14,7 @@
 
 namespace kaz::fuzz {
 
-// The value in the variants around it.
+// The value without the variants around it.
 inline const Value& bare(const Value& value) {
     const Value* inner = &value;
     while (inner->type() == SD_BUS_TYPE_VARIANT) {
@@ -56,7 +56,7 @@ concept Basic = requires {
     Reference<T>::type;
 };
 
-// Nothing where reading has to fail.
+// Nullopt if reading must fail.
 template <Basic T>
 void expect(const Value& value, std::optional<T>& expected) {
     const Value& inner = bare(value);

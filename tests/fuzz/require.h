@@ -6,7 +6,7 @@
 
 namespace kaz::fuzz {
 
-// Ends the program, which libFuzzer takes for a finding, unless `rule` holds.
+// Ends the program unless the condition holds; libFuzzer then reports a finding.
 inline void require(bool holds, std::string_view rule) {
     if (!holds) {
         std::fprintf(stderr, "BROKEN RULE: %.*s\n", static_cast<int>(rule.size()), rule.data());

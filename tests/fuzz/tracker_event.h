@@ -9,8 +9,7 @@
 
 namespace kaz::fuzz {
 
-// Something that the connection tracker is told, or a look at what it publishes. Which fields count depends on the
-// kind.
+// A fact for the connection tracker, or a read of its record. The kind decides which fields are used.
 struct TrackerEvent {
     enum class Kind {
         connect,  // ssid

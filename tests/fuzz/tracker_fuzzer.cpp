@@ -52,7 +52,7 @@ TrackerEvent makeEvent(FuzzedDataProvider& bytes) {
             event.flag = bytes.ConsumeBool();
             break;
         case Kind::status:
-            // Also the numbers beside those that stand for a state.
+            // Also numbers that no state has.
             event.status = static_cast<wifi::Communicator::SupplicantConnectionStatus>(
                 bytes.ConsumeIntegralInRange(-1, 5));
             break;
@@ -112,7 +112,7 @@ void run(FuzzedDataProvider& bytes) {
     test::TrackerModel model(clock);
     TrackerPromises promises;
     KeptLog& log = KeptLog::instance();
-    // Looking settles things, so the engine's looks after some events only are another case than looks after all.
+    // Reading the record may end an attempt. So reading after some events differs from reading after all events.
     const bool looksAlways = bytes.ConsumeBool();
     while (bytes.remaining_bytes() > 0) {
         const TrackerEvent event = makeEvent(bytes);

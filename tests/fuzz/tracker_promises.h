@@ -11,16 +11,16 @@
 
 namespace kaz::fuzz {
 
-// What holds for the connection tracker whatever happens. Deliberately knows little: it follows the events and what
-// the tracker publishes, and not how the tracker comes to it.
+// The invariants of the connection tracker. They use only the events and the published records, not the tracker's
+// rules.
 class TrackerPromises {
   public:
     using Records = std::vector<std::string>;
 
-    // To be called after every event, with what was logged on its occasion.
+    // Call it after every event, with the records logged during the event.
     void judgeEvent(const TrackerEvent& event, const Records& logged);
 
-    // To be called with the record that is published after the event, when there was a look after the last one too.
+    // Call it with the record after the event, if the record was also read after the event before.
     void judgeRecord(const TrackerEvent& event, const wifi::ConnectionInfo& record,
                      std::chrono::steady_clock::time_point now);
 

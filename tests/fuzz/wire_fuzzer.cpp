@@ -1,5 +1,5 @@
-// Messages as they come from a socket, in either byte order. Bodies of any bytes: reading them fails or succeeds, the
-// same way each time, and texts are texts. Bodies laid out by hand: what they hold is read.
+// Messages from a socket, in either byte order. Bodies of random bytes: reading fails or succeeds, the same way each
+// time, and strings are valid. Bodies built by hand: their values are read.
 #include "base/non_copyable.h"
 
 #include "base/sd_bus/handles.h"
@@ -28,7 +28,7 @@
 namespace kaz::fuzz {
 namespace {
 
-// Lays values out as they lie in a message.
+// Writes values in the wire format of a message.
 class WireBytes {
   public:
     explicit WireBytes(bool bigEndian) : bigEndian_(bigEndian) {}
@@ -54,7 +54,7 @@ class WireBytes {
         align(8).number(code, 1).raw({signature.data(), signature.size()});
         return number(value.size(), type == SD_BUS_TYPE_SIGNATURE ? 1 : 4).raw(value).number(0, 1);
     }
-    // Puts a number of four bytes in the place of another.
+    // Overwrites a number of four bytes.
     void overwrite(std::size_t at, std::size_t value) {
         bytes_.replace(at, 4, WireBytes(bigEndian_).number(value, 4).str());
     }
@@ -144,7 +144,7 @@ std::string signal(bool bigEndian, std::string_view signature, std::string_view 
     return message.align(8).raw(body).str();
 }
 
-// A connection whose far end is in our hands.
+// A connection whose other end the fuzzer controls.
 class Line : NonCopyable {
   public:
     Line() {
@@ -158,7 +158,7 @@ class Line : NonCopyable {
     }
     ~Line() { ::close(ends_[1]); }
 
-    // Null when the bus does not take it for a message; it hangs up then.
+    // Null if sd-bus does not accept the bytes as a message; it then disconnects.
     dbus::MessagePtr receive(const std::string& bytes) {
         send(bytes);
         sd_bus_message* message = nullptr;
@@ -196,7 +196,7 @@ void checkValue(const T& value) {
     }
 }
 
-// As much as there is of one type.
+// Reads values of one type until a read fails. Returns their number.
 template <typename T>
 std::size_t readAll(sd_bus_message* message) {
     std::size_t count = 0;
@@ -224,7 +224,7 @@ void checkReading(sd_bus_message* message, const Value* value) {
     }
 }
 
-// The value is null where the message holds any bytes.
+// The value is null if the body has random bytes.
 using Reading = void (*)(sd_bus_message* message, const Value* value);
 constexpr std::array<Reading, 14> readings{
     checkReading<int>,
