@@ -19,12 +19,12 @@ std::vector<std::string> hostileSsids() {
         "\x1b]0;title\x07"s,         // sets the window's title
         "over\rwrite\nline\tx"s,     // moves the cursor
         "\u202egnp.exe"s,            // reverses what follows
-        "\u2066\u2067mixed"s,        // isolates
+        "\u2066\u2067mixed"s,        // direction isolates
         "\xff\xfe broken \xc3"s,     // is not UTF-8
         "日日日日日日日日日日"s,     // as wide as 30 bytes can be
         "NUL\0in it"s,               // ends C strings
-        "\u009b31mC1"s,              // CSI in one character
-        "$(reboot) `id` ; rm -rf"s,  // is for shells
+        "\u009b31mC1"s,              // CSI as a C1 control character
+        "$(reboot) `id` ; rm -rf"s,  // runs commands in a shell
         std::string(32, '\x01'),
         " leading and trailing "s,
         "\\x1b is not an escape"s,

@@ -32,9 +32,9 @@ TEST(SsidText, ShowsPrintableCharactersAndEscapesTheRest) {
         {"a\nb\r\tc", "a\\x0ab\\x0d\\x09c", "a\\x0ab\\x0d\\x09c"},
         {"nul\0end"s, "nul\\x00end", "nul\\x00end"},
         {"\x7f", "\\x7f", "\\x7f"},
-        {"\u009b31m", "\\u{9b}31m", "\\u{9b}31m"},                        // CSI of the upper control set
+        {"\u009b31m", "\\u{9b}31m", "\\u{9b}31m"},                        // CSI as a C1 control character
         {"\u202etxt", "\\u{202e}txt", "\\u{202e}txt"},                    // right-to-left override
-        {"\u2066a\u2069", "\\u{2066}a\\u{2069}", "\\u{2066}a\\u{2069}"},  // isolates
+        {"\u2066a\u2069", "\\u{2066}a\\u{2069}", "\\u{2066}a\\u{2069}"},  // direction isolates
         {"\u200e\u200f\u061c", "\\u{200e}\\u{200f}\\u{61c}", "\\u{200e}\\u{200f}\\u{61c}"},
         {"zero\u200bwidth", "zero\\u{200b}width", "zero\\u{200b}width"},
         {"\ufeffbom", "\\u{feff}bom", "\\u{feff}bom"},

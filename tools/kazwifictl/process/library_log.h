@@ -26,7 +26,7 @@ class LibraryLog : NonCopyable {
     // Replaces the default logger by one that drops all records.
     ~LibraryLog();
 
-    // What the log has said since the start or the last forgetHints().
+    // The facts logged since the start or the last forgetHints().
     Hints hints() const;
     void forgetHints();
 

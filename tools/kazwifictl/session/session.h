@@ -2,7 +2,7 @@
 //
 // Requests of the library return nothing, and ~Manager drops requests that have not begun. So a command that
 // exits right after its request would sometimes do nothing. A command can rely on three facts of the library's
-// contract. Each of them is an event; none depends on a time:
+// contract, none of which depends on timing:
 //
 //  1. Requests become tasks. Tasks run in the order of the requests, on the thread that also runs the
 //     callbacks. So the effect of a later request proves that all earlier requests have ended.

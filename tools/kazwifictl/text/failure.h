@@ -23,8 +23,8 @@ enum class ExitCode : int {
 struct Failure {
     ExitCode code = ExitCode::failed;
     std::string what;    // "cannot connect to \"Home\""
-    std::string why;     // "its password is wrong"
-    std::string advice;  // what to try: "type it again"; may be empty
+    std::string why;     // "it refused: the password is wrong"
+    std::string advice;  // what to try: "kazwifictl connect Home"; may be empty
 };
 
 // One line without a line break: "kazwifictl: WHAT: WHY; try: ADVICE".

@@ -12,7 +12,8 @@ namespace kaz::ctl {
 //  - a backslash as "\\";
 //  - an ASCII control character, or a byte that is not UTF-8, as "\x1b";
 //  - any other character that prints nothing or alters its neighbours as "\u{202e}";
-//  - a leading or trailing blank as "\x20", and a third or further mark on one character as "\u{301}";
+//  - a leading or trailing blank as "\x20";
+//  - a combining mark that has no character to combine with, or that follows two others, as "\u{301}";
 //  - without `utf8`, every character beyond ASCII.
 // Two different SSIDs never get the same text.
 std::string presentable(std::string_view ssid, bool utf8);
