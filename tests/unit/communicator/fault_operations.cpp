@@ -28,7 +28,7 @@ Append inVariant(std::string types, Append value) {
     return container('v', std::move(types), std::move(value));
 }
 
-// A dictionary with many entries that nobody asked for, and one that counts.
+// A dictionary with many unknown entries and one that is read.
 Append hugeDictionary(std::string key, std::string types, Append value) {
     const Append meant = container('e', "sv", [=](sd_bus_message* message) {
         values("s", key)(message);
@@ -64,14 +64,14 @@ void detach(DbusCommunicator& communicator) {
     communicator.connectOrDisconnectFromSupplicantSync("inactive");
 }
 
-// The calls that come after the death of a peer do not wait for it.
+// Calls after the death of a peer fail at once.
 LogRecord callOfTheDeadSystemd(const std::string& member) {
     return failedCall(
         Peer::systemd, member,
         "org.freedesktop.DBus.Error.NameHasNoOwner: Name \"org.freedesktop.systemd1\" does not exist");
 }
 
-// A call whose only answer is that it was done.
+// A call with an empty reply.
 FaultOperation command(std::string member, std::function<bool(DbusCommunicator&)> run) {
     FaultOperation made;
     made.name = member;
@@ -201,7 +201,7 @@ FaultOperation startUnit(const char* member, bool start) {
     }));
 }
 
-// That the unit cannot be reset does not keep it from being started.
+// The unit is started even if it cannot be reset.
 FaultOperation resetFailedUnit() {
     FaultOperation made = startUnit("ResetFailedUnit", true);
     made.failedOutcome = "yes";

@@ -9,7 +9,7 @@
 namespace kaz::wifi {
 namespace {
 
-// From 0 to 70, written out, so that a name that slips by a line is noticed.
+// From 0 to 70, written out, so that a name on the wrong line is noticed.
 constexpr std::array<std::string_view, 71> names{
     "<unknown>",
     "UNSPECIFIED",

@@ -63,7 +63,7 @@ TEST(SsidRedaction, OfEachSingleByteEscapesTwo) {
     }
 }
 
-// What a reader of the log does: finds the SSID at the head of the text, and what follows it.
+// Finds the SSID at the beginning of the text and the text after it, as a reader of the log does.
 struct Found {
     std::string ssid;
     std::string_view rest;
@@ -93,7 +93,7 @@ std::size_t escapes(std::string_view ssid) {
         std::count_if(ssid.begin(), ssid.end(), [](char byte) { return byte == '"' || byte == '\\'; }));
 }
 
-// Whatever stands behind the form, its end is found, and the SSID with it.
+// The end of the form and the SSID are found, whatever text follows.
 void expectReversible(const std::string& ssid) {
     const std::string text = redactableSsid(ssid);
     EXPECT_EQ(text.size(), 7 + ssid.size() + escapes(ssid)) << ::testing::PrintToString(ssid);
@@ -106,7 +106,7 @@ void expectReversible(const std::string& ssid) {
     }
 }
 
-// Every SSID of up to this length out of the bytes that mean something in the form and one that does not.
+// Every SSID of up to this length from the bytes with a meaning in the form, and one without.
 std::vector<std::string> allSsids(std::size_t longest) {
     std::vector<std::string> ssids{""};
     for (std::size_t next = 0; next < ssids.size(); ++next) {

@@ -14,7 +14,7 @@
 
 namespace kaz::test {
 
-// A configuration file in a folder of its own, and the log of what is done with it.
+// A configuration file in a temporary folder, and the log.
 class ConfigFixture : public ::testing::Test {
   protected:
     ConfigFixture() { useFile(file_); }

@@ -14,7 +14,7 @@
 namespace kaz::test {
 namespace {
 
-// The steps of this thread that were seen, and the number of the one that is to fail, from 1.
+// The steps of this thread so far, and the number of the step that must fail, from 1.
 struct Disk {
     std::vector<std::string> steps;
     std::size_t failing = 0;
@@ -34,7 +34,7 @@ std::filesystem::path pathOf(int fd) {
 }  // namespace
 }  // namespace kaz::test
 
-// In the place of the C library's, for all libraries of this program.
+// Replaces the C library's function for all libraries of this program.
 extern "C" int fsync(int fd) {
     if (kaz::test::watched != nullptr && kaz::test::isToFail("flush", kaz::test::pathOf(fd))) {
         errno = EIO;

@@ -1,6 +1,6 @@
-// System calls that fail where no file system can be made to: each stands in the place of the C library's, for all
-// libraries of this program, and fails once when it is told to. The one that reads can do something more at the end of a
-// file, for what others do in the middle of an update.
+// System calls that fail in ways that no file system can be made to fail. Each replaces the C library's function for
+// all libraries of this program, and fails once on command. The function that reads can also run a task at the end of a
+// file, in place of another process in the middle of an update.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/file.h>
@@ -127,7 +127,7 @@ void PrintTo(const Case& value, std::ostream* out) {
 
 class ConfigUpdate : public ConfigFixture, public ::testing::WithParamInterface<Case> {
   protected:
-    // With the failure to come. None is left over.
+    // Updates with the planned failure, and checks that it happened.
     bool update() {
         planned = GetParam().failure;
         const bool updated = util::updateKazConfig("wifi", "off");
@@ -178,13 +178,13 @@ INSTANTIATE_TEST_SUITE_P(
 
 class ConfigUpdateMeanwhile : public ConfigFixture {
   protected:
-    // Puts a pipe that nobody writes to in the place of the configuration.
+    // Replaces the configuration by a pipe without a writer.
     void replaceByPipe() const {
         std::filesystem::remove(file());
         EXPECT_EQ(::mkfifo(file().c_str(), S_IRUSR | S_IWUSR), 0);
     }
 
-    // Whether an update comes to its end with something done once the old file was read.
+    // Whether an update ends if `meanwhile` runs after the old file was read.
     static bool updateReturns(const std::string& value, const std::filesystem::path& pipe,
                               const std::function<void()>& meanwhile) {
         auto result = std::async(std::launch::async, [&] {

@@ -24,7 +24,7 @@ bool FailingMemory::hasFailed() const {
 
 }  // namespace kaz::test
 
-// In the place of the C++ library's, for all libraries of this program.
+// Replaces the C++ library's operator for all libraries of this program.
 // NOLINTBEGIN(cppcoreguidelines-no-malloc)
 void* operator new(std::size_t size) {
     int& untilFailure = kaz::test::allocationsUntilFailure;

@@ -1,4 +1,4 @@
-// Where the file is, and what it keeps when it is replaced.
+// The path of the file, and its properties that a replacement keeps.
 #include "base/non_copyable.h"
 #include "support/process/child_process.h"
 #include "unit/platform_common/config_fixture.h"
@@ -24,7 +24,7 @@ class ConfigFiles : public ConfigFixture {
     mode_t modeOf(const fs::path& path) { return statusOf(path).st_mode & 07777; }
 };
 
-// No umask at all, for as long as this object lives.
+// Sets the umask to zero until the end of scope.
 class OpenUmask : NonCopyable {
   public:
     OpenUmask() = default;

@@ -1,4 +1,4 @@
-// Memory that runs out, at each single allocation in turn.
+// Each single allocation fails in turn.
 #include <map>
 #include <optional>
 

@@ -1,4 +1,4 @@
-// What the bytes of the file mean, and which of them an update changes.
+// The syntax of the file, and which bytes an update changes.
 #include "platform/common/syntax/config_text.h"
 #include "unit/platform_common/config_fixture.h"
 
@@ -125,7 +125,7 @@ TEST_F(ConfigSyntax, AnyAcceptedKeyAndValueReadBackAsTheyWereWritten) {
     }
 }
 
-// Every text of up to six bytes out of those that mean something.
+// Every text of up to six of the bytes that have a meaning.
 TEST(ConfigText, AnUpdateOfAnyTextSetsItsKeyOnceAndNoOther) {
     constexpr std::string_view alphabet = "ab=#\n\r";
     std::vector<std::string> texts{""};

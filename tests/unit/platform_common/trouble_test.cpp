@@ -63,7 +63,7 @@ class ConfigTrouble : public ConfigFixture {
         EXPECT_EQ(status, 0);
     }
 
-    // In a child: a small file system of its own on the folder.
+    // In a child: mounts a small file system on the folder.
     bool mountOnFolder() const {
         return ::unshare(CLONE_NEWNS) == 0 &&
                ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&

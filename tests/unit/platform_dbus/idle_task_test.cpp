@@ -13,7 +13,7 @@ using Answer = std::optional<milliseconds>;
 
 class EventLoopIdleTask : public LoopTest {
   protected:
-    // An idle task that counts its passes and always answers the same.
+    // An idle task that counts its passes and always returns the same.
     void answer(Answer delay) {
         loop->setIdleTaskSync([this, delay] {
             ++passes;
@@ -91,8 +91,7 @@ TEST_F(EventLoopIdleTask, SleepsThroughADelayTooLongToBeAdded) {
 
 class EventLoopHurriedIdleTask : public EventLoopIdleTask {
   protected:
-    // The gaps between the passes after one event, when the first three answer `delay` and the fourth
-    // nothing.
+    // The gaps between the passes after one event. The first three passes return `delay`, the fourth nullopt.
     std::vector<steady_clock::duration> gaps(milliseconds delay) {
         EXPECT_TRUE(fallsAsleep(loopThread()));
         std::vector<steady_clock::time_point> times;

@@ -1,4 +1,4 @@
-// What a process leaves in its file when it ends.
+// The content of a process's file after its end.
 #include "base/temporary_folder.h"
 #include "support/files/files.h"
 #include "support/process/child_process.h"
@@ -24,7 +24,7 @@ class MetricsAtExit : public ::testing::Test {
     fs::path file() const { return folder_ / "metrics.prom"; }
     fs::path output() const { return folder_ / "output"; }
 
-    // The exit status of the program. Its output, the log, goes to a file.
+    // Runs the program and returns its exit status. Its output, the log, goes to a file.
     int run(const char* way, const std::string& metricsFile) const {
         ChildProcess child([&] {
             fs::current_path(folder_.path());
@@ -85,7 +85,7 @@ TEST_F(MetricsAtExit, WithoutAReportThereIsNoFile) {
 }
 
 TEST_F(MetricsAtExit, ThreadsThatGoOnReportingDoNoHarm) {
-    // Threads that run during a leak check make it see leaks where there are none.
+    // A leak check reports false leaks while threads run.
     ::setenv("LSAN_OPTIONS", "detect_leaks=0", 1);
     EXPECT_EQ(run("exit while threads report"), 0);
     ::unsetenv("LSAN_OPTIONS");

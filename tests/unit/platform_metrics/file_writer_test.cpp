@@ -43,7 +43,7 @@ class MetricsFileWriter : public ::testing::Test {
     fs::path file() const { return folder_ / "metrics.prom"; }
     test::RecordingLog& log() { return log_; }
 
-    // Renders the number of this rendering.
+    // A render function that returns the number of its calls.
     FileWriter::Render counting() {
         return [this] { return std::to_string(++renderings_); };
     }
@@ -201,7 +201,7 @@ TEST_F(MetricsFileWriter, StartsOneThreadHoweverManyNoteTheFirstChange) {
     EXPECT_TRUE(log().records().empty());
 }
 
-// In a process that may start no thread for a while: the user's processes are at their limit.
+// In a process that cannot start a thread for a while: its user has reached the limit of processes.
 class MetricsFileWriterWithoutThread : public MetricsFileWriter {
   protected:
     static constexpr uid_t user = 12345;  // root has no limit
@@ -214,7 +214,7 @@ class MetricsFileWriterWithoutThread : public MetricsFileWriter {
         ::setrlimit(RLIMIT_NPROC, &limit);
     }
 
-    // What `body` returns, run in such a process.
+    // Runs `body` in such a process and returns its result.
     int run(const std::function<int()>& body) {
         const bool isRoot = ::geteuid() == 0;
         if (isRoot && ::chown(folder().path().c_str(), user, user) != 0) {
@@ -268,7 +268,7 @@ TEST_F(MetricsFileWriterWithoutThread, WritesWhenItIsClosed) {
     EXPECT_EQ(readFile(file()), "1");
 }
 
-// The signals that a thread has blocked, of those asked for.
+// Those of the signals that the calling thread blocks.
 std::set<int> blockedOf(const std::set<int>& signals) {
     ::sigset_t mask{};
     ::pthread_sigmask(SIG_BLOCK, nullptr, &mask);
@@ -281,7 +281,7 @@ std::set<int> blockedOf(const std::set<int>& signals) {
     return blocked;
 }
 
-// The same of the thread that writes.
+// The same for the writer's thread.
 std::set<int> blockedOfWriter(const fs::path& file, const std::set<int>& signals) {
     std::promise<std::set<int>> blocked;
     std::once_flag first;

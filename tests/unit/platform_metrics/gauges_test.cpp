@@ -14,7 +14,7 @@
 namespace kaz::metrics_reporting {
 namespace {
 
-// The registry is one for all tests of a process, so each test has names of its own.
+// All tests of a process share one registry, so each test uses different names.
 std::optional<Sample> sampleOf(const std::string& name) {
     for (const Sample& sample : MetricsReporterFactory::snapshot()) {
         if (sample.name == name) {

@@ -28,7 +28,7 @@ class TextFile : public ::testing::Test {
     const TemporaryFolder& folder() const { return folder_; }
     fs::path file() const { return folder_ / "metrics.prom"; }
 
-    // The text of the error that a replacement meets.
+    // The text of the error of a replacement.
     static std::string failureOf(const fs::path& path) {
         try {
             replaceTextFile(path, "new");

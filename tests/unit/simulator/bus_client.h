@@ -16,7 +16,7 @@ namespace kaz::sim::test {
 using kaz::test::eventually;
 using kaz::test::timeLimit;
 
-// The error that a call was answered with; what() is its text.
+// The error reply to a call; what() is its text.
 class CallFailed : public std::runtime_error {
   public:
     CallFailed(std::string name, const std::string& text)
@@ -41,7 +41,7 @@ struct Target {
     std::string interface;
 };
 
-// A client of the simulated services that hears every signal on the bus.
+// A client of the simulated services that receives every signal on the bus.
 class BusClient {
   public:
     explicit BusClient(const std::string& address);
@@ -57,13 +57,13 @@ class BusClient {
 
     nlohmann::json get(const Target& target, const char* property);
 
-    // Waits until the condition holds, taking in signals meanwhile.
+    // Waits until the condition is true, and receives signals meanwhile.
     bool waitUntil(const std::function<bool()>& condition);
 
-    // Waits for a signal with that member for which the condition holds, and drops it and what came before.
+    // Waits for a signal of this member for which the condition is true. Drops it and all earlier signals.
     bool waitForSignal(const std::string& member, const std::function<bool(const Signal&)>& condition);
 
-    // Every value that one property of an interface took in PropertiesChanged signals so far.
+    // Every value of this property in the PropertiesChanged signals so far.
     std::vector<nlohmann::json> valuesOf(const std::string& property) const;
 
     // Members of all signals so far, in order.

@@ -75,7 +75,7 @@ TEST_F(Connecting, EndsInDisconnectedWithReason15WhenThePresharedKeyIsWrong) {
     }));
 }
 
-// One network each, because the supplicant tries a refused one again as soon as its pause is over.
+// One network per test, because the supplicant retries a refused network as soon as its pause is over.
 struct Refusal {
     const char* name;
     Settings settings;

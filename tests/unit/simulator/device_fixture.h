@@ -31,7 +31,7 @@ inline const Target simulatorControl{"com.kazwifi.Simulator1", "/com/kazwifi/Sim
 
 AccessPoint accessPoint(const std::string& ssid, Security security, const std::string& password = "");
 
-// A device on a bus of its own, a hundred times faster than life, and a client.
+// A device on a private bus, a hundred times faster than a real one, and a client.
 class DeviceTest : public ::testing::Test {
   protected:
     // Starts the device; `options` without an address.
@@ -42,13 +42,13 @@ class DeviceTest : public ::testing::Test {
     std::string addNetwork(const Settings& settings);
     void select(const std::string& network);
 
-    // Waits for the signal that tells of the state, and drops what came before it.
+    // Waits for the signal that reports this state. Drops all earlier signals.
     bool reaches(const std::string& state);
 
     // Scans once and returns the paths of the BSSs.
     nlohmann::json scan();
 
-    // The name of the error the call is answered with; empty when it succeeds.
+    // The name of the error reply to the call; empty if the call succeeds.
     template <typename... Arguments>
     std::string errorOf(const Target& target, const char* member, const char* types = "",
                         Arguments... arguments) {

@@ -58,7 +58,7 @@ TEST(Faults, StrikeNoMoreOnceCleared) {
 
 class FaultyDevice : public DeviceTest {
   protected:
-    // What the property's Get is answered with under the fault: the error's name, or the signature.
+    // The reply to the call under the fault: the error's name, or the signature.
     std::string answerTo(const Target& target, const char* member, const char* types = "",
                          const char* first = "", const char* second = "",
                          std::chrono::microseconds limit = timeLimit) {

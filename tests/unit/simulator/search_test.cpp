@@ -9,7 +9,7 @@ using ::testing::Contains;
 using ::testing::Field;
 using ::testing::Not;
 
-// What the supplicant does on its own, and what makes it stop and start doing it.
+// The supplicant's own search for networks, and what stops and starts it.
 class Search : public DeviceTest {
   protected:
     void startConfigured(std::int64_t priorityOfFar = 2, bool announce = false) {

@@ -18,7 +18,7 @@ class SystemdTest : public DeviceTest {
         }
     }
 
-    // As the unit's signals tell.
+    // As the unit's signals report.
     bool becomes(const std::string& state) {
         return client_->waitUntil([&] {
             const auto states = client_->valuesOf("ActiveState");
