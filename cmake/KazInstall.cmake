@@ -30,7 +30,7 @@ function(kaz_install_libraries package)
   configure_package_config_file(
     "${PROJECT_SOURCE_DIR}/cmake/${package}Config.cmake.in" "${PROJECT_BINARY_DIR}/${package}Config.cmake"
     INSTALL_DESTINATION ${kaz_package_dir}/${package} NO_SET_AND_CHECK_MACRO)
-  # One SONAME, one major version: whatever links against the older also runs with the newer.
+  # One SONAME per major version: a program that was linked against an older library runs with a newer one.
   write_basic_package_version_file("${PROJECT_BINARY_DIR}/${package}ConfigVersion.cmake"
     COMPATIBILITY SameMajorVersion)
   install(FILES
@@ -61,7 +61,7 @@ if(TARGET kazwifictl)
   install(TARGETS kazwifictl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
 
-# Libraries that ./dev setup built would be missing once the checkout is gone.
+# Without this, libraries of ./dev setup would be missing after the checkout is removed.
 cmake_path(IS_PREFIX kaz_deps_dir "${spdlog_DIR}" NORMALIZE kaz_deps_are_ours)
 if(kaz_deps_are_ours)
   install(IMPORTED_RUNTIME_ARTIFACTS spdlog::spdlog fmt::fmt

@@ -1,7 +1,7 @@
 include(CheckCXXSourceCompiles)
 
-# Some promises of the library hold only with the help of the platform's D-Bus library. src/dbus/platform_help.h finds
-# out at compile time what it offers; this reports at configure time what it lacks.
+# Some promises of the library hold only with the help of the platform's D-Bus library. src/dbus/platform_help.h
+# detects at compile time what that library offers; this file reports at configure time what it lacks.
 
 # Prints a line for each help that the D-Bus headers in FOLDERS lack, and returns the names in LACKING.
 #

@@ -1,4 +1,4 @@
-# Rules every target of this tree follows.
+# The rules of every target of this tree.
 
 add_library(kaz_build_rules INTERFACE)
 target_compile_features(kaz_build_rules INTERFACE cxx_std_20)
@@ -7,15 +7,15 @@ target_compile_options(kaz_build_rules INTERFACE
   -Woverloaded-virtual -Wcast-align -Wformat=2 -Wimplicit-fallthrough -Wswitch-enum
   -Wdeprecated-copy-dtor
   $<$<BOOL:${KAZ_WERROR}>:-Werror>)
-# Sources that are compiled together cast shadows on each other that are none.
+# In sources that are compiled together -Wshadow reports false shadows.
 target_compile_options(kaz_build_rules INTERFACE $<$<NOT:$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wshadow>)
-# With a sanitizer on, GCC loses track of what the standard library initialises, and of how long its texts are.
+# With a sanitizer, GCC no longer knows what the standard library initialises and how long its strings are.
 if(KAZ_SANITIZED AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(kaz_build_rules INTERFACE
     -Wno-array-bounds -Wno-maybe-uninitialized -Wno-restrict -Wno-stringop-overflow -Wno-stringop-overread)
 endif()
 
-# What leaves this machine names no path of it, and is hardened as far as the processor allows.
+# Release builds contain no path of this machine, and are hardened as far as the processor allows.
 if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
   include(CheckCXXCompilerFlag)
   set(CMAKE_REQUIRED_FLAGS -Werror)  # Clang only warns about a flag that is another processor's
@@ -30,10 +30,10 @@ if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     "-ffile-prefix-map=${PROJECT_BINARY_DIR}=/usr/src/${PROJECT_NAME}/build")
 endif()
 
-# A room is a folder that includes name: FOLDER's headers are "src/communicator" without the leading src, tools or tests,
-# so "communicator/communicator.h". TARGET finds them, and with PUBLIC or INTERFACE also those who link it. Nobody else
-# does: each room is reached through a folder of links of its own, so an include of a room that is not linked does not
-# build.
+# A room is a folder that includes name, without the leading src, tools or tests: the headers of src/communicator are
+# included as "communicator/communicator.h". TARGET finds those of FOLDER, and with PUBLIC or INTERFACE so do the targets
+# that link it. Each room has a separate folder of links to its headers, so an include of a room that is not linked does
+# not build.
 #
 #   kaz_add_room(TARGET PUBLIC|PRIVATE|INTERFACE [FOLDER])
 function(kaz_add_room target scope)
@@ -45,7 +45,7 @@ function(kaz_add_room target scope)
   string(REGEX REPLACE "^(src|tools|tests)/|/src$" "" room "${path}")
   string(REPLACE "/" "." name "${room}")
   set(root "${PROJECT_BINARY_DIR}/rooms/${name}")
-  # Each header, and not the folder: a folder within it is a room of its own.
+  # Links to each header, not to the folder, because a folder inside it is another room.
   if(IS_SYMLINK "${root}/${room}")
     file(REMOVE "${root}/${room}")
   endif()
@@ -63,7 +63,7 @@ endfunction()
 
 # One folder is one layer is one target is one room. A layer's headers are found only by the targets that name it in
 # USES: links are private, so nothing is inherited, and an include that skips a layer does not build. A layer without
-# sources is headers alone.
+# sources has only headers.
 #
 #   kaz_add_layer(NAME [SOURCES file...] USES target... [PUBLIC_USES target...])
 function(kaz_add_layer name)
@@ -91,7 +91,7 @@ function(kaz_add_shared_library name)
     target_include_directories(${name} PUBLIC "$<BUILD_INTERFACE:${dir}>")
   endforeach()
   target_include_directories(${name} PUBLIC "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
-  # What a library uses inside is no business of those who link it, so none of it is exported.
+  # Targets that link a library need not know what it uses inside, so none of that is exported.
   list(TRANSFORM arg_USES REPLACE "(.+)" "$<BUILD_INTERFACE:\\1>")
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:kaz_build_rules> ${arg_USES} PUBLIC ${arg_PUBLIC_USES})
   set_target_properties(${name} PROPERTIES

@@ -1,7 +1,7 @@
-# Included by ctest, for each program that kaz_add_tests made: tells ctest of the tests in it.
+# ctest includes this file for each program of kaz_add_tests. It adds the program's tests to ctest.
 #
-# A process for each suite rather than for each test, since most of a short test's time is its process's start. With
-# KAZ_EACH_TEST set it is a process for each test, and a test can be chosen by its name.
+# One process per suite, because most of a short test's time is the start of its process. With KAZ_EACH_TEST set, one
+# process per test, so that a test can be chosen by its name.
 
 # kaz_list_tests(PROGRAM TIMEOUT [EMULATOR...])
 function(kaz_list_tests program timeout)
@@ -12,7 +12,7 @@ function(kaz_list_tests program timeout)
   endif()
   set(list "${program}.tests")
   if(NOT EXISTS "${list}" OR "${program}" IS_NEWER_THAN "${list}")
-    # Without what it says of parameters, which may be any text.
+    # Without the text about parameters, which may be any text.
     execute_process(COMMAND ${ARGN} "${program}" --gtest_list_tests COMMAND sed "s/ *#.*//"
       OUTPUT_FILE "${list}" RESULTS_VARIABLE codes)
     if(NOT codes STREQUAL "0;0")

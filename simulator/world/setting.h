@@ -8,7 +8,7 @@
 
 namespace kaz::sim {
 
-// A value of a type that the supplicant accepts for no setting.
+// A value of a type that no setting accepts.
 struct UnusableSetting {
     bool operator==(const UnusableSetting&) const = default;
 };
