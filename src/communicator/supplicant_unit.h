@@ -19,8 +19,8 @@ class SupplicantUnit {
 
     SupplicantUnit(dbus::Bus& bus, Handler handler);
 
-    // Asks systemd to start or stop the unit. True when systemd accepted. An accepted start then calls connectSync() if
-    // its last call failed.
+    // Asks systemd to start or stop the unit. True when systemd accepted. An accepted start also calls connectSync()
+    // if the last one failed.
     bool startStopSync(bool start);
 
     // Loads the unit, subscribes to its changes and reports its current state.

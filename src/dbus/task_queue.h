@@ -18,7 +18,7 @@ class TaskQueue {
 
     // Returns true if the task was queued; then call runOne() once. Beyond the limit the task is dropped with
     // a warning in the log; the next warning comes only after the queue was half empty. After close() it is
-    // dropped without one.
+    // dropped without a warning.
     bool push(Task task);
 
     // Runs and destroys the first task, if there is one.
@@ -30,7 +30,7 @@ class TaskQueue {
   private:
     std::mutex mutex_;
     std::deque<Task> tasks_;
-    bool full_ = false;  // and the warning was logged
+    bool full_ = false;  // the warning was logged
     bool closed_ = false;
 };
 

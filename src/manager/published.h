@@ -15,8 +15,8 @@ namespace kaz::wifi {
 
 // What other threads may see of the engine: copies of its state, and the callbacks that announce a change. Thread-safe.
 //
-// The mutex is held to copy or to swap, never while a callback runs. A callback is copied and replaced under it, so
-// copying or destroying what a callback captured must not call the engine.
+// The mutex is held to copy or to swap, never while a callback runs. Callbacks are copied and replaced under the
+// mutex, so copying or destroying what a callback captured must not call the engine.
 class Published : NonCopyable {
   public:
     enum class Change { enabled, networks, scanning, connectionInfo };
