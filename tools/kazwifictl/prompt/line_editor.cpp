@@ -104,9 +104,10 @@ LineEditor::~LineEditor() {
 }
 
 void LineEditor::bindKeys() {
-    ::el_set(line_, EL_ADDFN, "complete-word", "Complete a word", call<&LineEditor::complete>);
-    ::el_set(line_, EL_ADDFN, "drop-line", "Begin a new line", call<&LineEditor::dropLine>);
-    ::el_set(line_, EL_ADDFN, "end-of-file", "End, or delete a character", call<&LineEditor::endOfFile>);
+    // Wide, because libedit never frees the copies that it makes of narrow names.
+    ::el_wset(line_, EL_ADDFN, L"complete-word", L"Complete a word", call<&LineEditor::complete>);
+    ::el_wset(line_, EL_ADDFN, L"drop-line", L"Begin a new line", call<&LineEditor::dropLine>);
+    ::el_wset(line_, EL_ADDFN, L"end-of-file", L"End, or delete a character", call<&LineEditor::endOfFile>);
     constexpr std::array<std::pair<const char*, const char*>, 12> keys{{
         {"^I", "complete-word"},
         {"^C", "drop-line"},
