@@ -29,8 +29,8 @@ CommandFixture::CommandFixture() {
         campus,
         hidden,
     };
-    // Empty, because the inputrc of the machine or the user may bind any key to anything.
-    writeFile(folder_ / "inputrc", "");
+    // Empty, because the editrc of the user may bind any key to anything.
+    writeFile(folder_ / "editrc", "");
     environment = {{"DBUS_SYSTEM_BUS_ADDRESS", bus_.address()},
                    {"KAZ_CONFIG_FILE", folder_ / "kaz.conf"},
                    {"XDG_STATE_HOME", folder_ / "state"},
@@ -38,7 +38,7 @@ CommandFixture::CommandFixture() {
                    {"LC_ALL", "C.UTF-8"},
                    {"TERM", "xterm-256color"},
                    {"TZ", "UTC"},
-                   {"INPUTRC", folder_ / "inputrc"},
+                   {"EDITRC", folder_ / "editrc"},
                    {"NO_COLOR", ""},
                    {"COLUMNS", ""}};
 }
