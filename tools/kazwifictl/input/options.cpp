@@ -97,7 +97,7 @@ void Parser::addPlainCommands() {
     command(Command::scan, "Look for networks, then list those in range.");
     CLI::App* list =
         command(Command::list, "List the networks in range: the one in use, then the strongest.");
-    list->add_flag("--names", options_.namesOnly, "Only the names that can be typed, one a line");
+    list->add_flag("--names", options_.namesOnly, "Only the names that can be typed, one per line");
     list->add_flag("--saved", options_.savedOnly, "Only those that are saved");
     command(Command::disconnect, "End the connection. The network stays saved.");
     command(Command::monitor, "Show every change until interrupted.");
