@@ -72,7 +72,7 @@ TEST_F(Switching, OfTwoQuickConnectsTheLastWins) {
 TEST_F(Switching, DisconnectingDuringTheHandshakeEndsTheAttempt) {
     ASSERT_EQ(manager().connect(peapNetwork), wifi::ConnectResult::ok);
     // EAP has the longest handshake. It begins when the supplicant is associated.
-    ASSERT_TRUE(log().waitForText(spdlog::level::debug, "State=associated", generous));
+    ASSERT_TRUE(log().waitForText(spdlog::level::debug, "State=associated"));
     manager().disconnect();
     ASSERT_TRUE(device().reaches(Status::disconnected));
     const wifi::ConnectionInfo info = manager().connectionInfo();
