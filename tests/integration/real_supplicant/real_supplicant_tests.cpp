@@ -16,6 +16,7 @@
 #include "simulator/device/simulated_device.h"
 #include "simulator/private_bus/private_bus.h"
 #include "support/files/files.h"
+#include "support/real_supplicant/real_supplicant.h"
 #include "support/wifi_user/wifi_user.h"
 
 namespace kaz::test {
@@ -28,19 +29,22 @@ using Status = ConnectionInfo::Status;
 
 class RealSupplicant : public ::testing::Test {
   protected:
-    RealSupplicant() {
-        bus_.becomeSystemBus();
-        ::setenv("KAZ_CONFIG_FILE", (folder_ / "kaz.conf").c_str(), 1);
-        device_ = std::make_unique<sim::SimulatedDevice>(
-            sim::SimulatedDevice::Options{bus_.address(), {}, 1.0, configuration(), true});
-        user_ = std::make_unique<WifiUser>();
-    }
     ~RealSupplicant() override {
         user_.reset();
         ::unsetenv("KAZ_CONFIG_FILE");
     }
 
-    void SetUp() override { ASSERT_TRUE(user().waitForStack(true)); }
+    void SetUp() override {
+        if (const auto reason = whyNoRealSupplicant(); !reason.empty()) {
+            GTEST_SKIP() << reason;
+        }
+        bus_.becomeSystemBus();
+        ::setenv("KAZ_CONFIG_FILE", (folder_ / "kaz.conf").c_str(), 1);
+        device_ = std::make_unique<sim::SimulatedDevice>(
+            sim::SimulatedDevice::Options{bus_.address(), {}, 1.0, configuration(), true});
+        user_ = std::make_unique<WifiUser>();
+        ASSERT_TRUE(user().waitForStack(true));
+    }
 
     WifiUser& user() { return *user_; }
     wifi::Manager& manager() { return user_->manager(); }

@@ -5,27 +5,19 @@
 #include <fstream>
 #include <iterator>
 
-#include "support/process/running_program.h"
+#include "support/real_supplicant/real_supplicant.h"
 #include "unit/simulator/device_fixture.h"
 
 namespace kaz::sim::test {
 namespace {
 
-using kaz::test::RunningProgram;
 using ::testing::HasSubstr;
-
-bool canRunTheRealOne() {
-    RunningProgram probe({"sh", "-c",
-                          "PATH=$PATH:/usr/sbin:/sbin; command -v wpa_supplicant ip >/dev/null && "
-                          "unshare --net ip link add kaz0 type veth peer name kaz1 2>/dev/null"});
-    return probe.wait().status == 0;
-}
 
 class RealSupplicant : public DeviceTest {
   protected:
     void SetUp() override {
-        if (!canRunTheRealOne()) {
-            GTEST_SKIP() << "needs wpa_supplicant, ip and the right to make network namespaces";
+        if (const auto reason = kaz::test::whyNoRealSupplicant(); !reason.empty()) {
+            GTEST_SKIP() << reason;
         }
         SimulatedDevice::Options options;
         options.realSupplicant = true;
