@@ -69,7 +69,7 @@ int show(const Failure& failure) {
 
 int start(const Options& options) {
     if (options.command == Command::prompt && ::isatty(STDIN_FILENO) != 1) {
-        return show({ExitCode::usage, "no command given", "the standard input is no terminal for a prompt",
+        return show({ExitCode::usage, "no command given", "the prompt needs a terminal as standard input",
                      "kazwifictl --help"});
     }
     // Otherwise this process would overwrite the metrics file of the device's own program.
@@ -106,6 +106,6 @@ int main(int argc, char** argv) {
     } catch (const CommandFailed& failed) {
         return show(failed.failure());
     } catch (const std::exception& error) {
-        return show({ExitCode::failed, "cannot go on", error.what(), {}});
+        return show({ExitCode::failed, "unexpected error", error.what(), {}});
     }
 }

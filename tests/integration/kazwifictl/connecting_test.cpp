@@ -96,7 +96,7 @@ TEST_F(Connecting, KeepsARefusedNetworkWhenAskedTo) {
     EXPECT_TRUE(has(savedConfiguration(), "Home")) << savedConfiguration();
 }
 
-TEST_F(Connecting, GoesOnUnseenWhenNobodyWaits) {
+TEST_F(Connecting, ContinuesInTheBackgroundWithWait0) {
     timeScale = 0.2;
     start();
     runs(0, {"scan"});
@@ -106,7 +106,7 @@ TEST_F(Connecting, GoesOnUnseenWhenNobodyWaits) {
     EXPECT_TRUE(eventually([&] { return device().onlineState() == "online"; }));
 }
 
-TEST_F(Connecting, ReportsAFailureBeforeItGoesUnseen) {
+TEST_F(Connecting, ReportsAFailureBeforeItContinuesInTheBackground) {
     start();
     runs(0, {"scan"});
     runs(6, {"connect", "Home", "--wait", "0"}, "short\n");

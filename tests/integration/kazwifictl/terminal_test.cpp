@@ -58,7 +58,7 @@ TEST_F(TerminalTest, AnySignalAtThePasswordGivesTheEchoBack) {
     }
 }
 
-TEST_F(TerminalTest, CtrlZAtThePasswordGivesTheEchoBackUntilItGoesOn) {
+TEST_F(TerminalTest, CtrlZAtThePasswordGivesTheEchoBackUntilItContinues) {
     start();
     const auto program = inTerminal({"connect", "Home"});
     ASSERT_TRUE(program->waitFor("Password for"));
@@ -159,7 +159,7 @@ TEST_F(TerminalTest, ThePromptRunsCommandsOneAfterTheOther) {
     ASSERT_TRUE(program->waitFor("Forgot \"Home\"")) << program->out();
     ASSERT_TRUE(program->waitFor("kazwifi> "));
     program->send("nonsense\n");
-    ASSERT_TRUE(program->waitFor("there is no command \"nonsense\"")) << program->out();
+    ASSERT_TRUE(program->waitFor("unknown command \"nonsense\"")) << program->out();
     ASSERT_TRUE(program->waitFor("kazwifi> "));
     program->send("quit\n");
     EXPECT_EQ(program->wait().status, 2);
@@ -179,8 +179,8 @@ TEST_F(TerminalTest, ThePromptTakesWhatWasTypedAhead) {
     program->send("correct horse\nkazwifictl forget Home\nnonsense\nlist --nonsense\n" + ctrlD);
     ASSERT_TRUE(program->waitFor("Connected to")) << program->out();
     ASSERT_TRUE(program->waitFor("Forgot \"Home\"")) << program->out();
-    ASSERT_TRUE(program->waitFor("there is no command \"nonsense\"")) << program->out();
-    ASSERT_TRUE(program->waitFor("there is no option --nonsense")) << program->out();
+    ASSERT_TRUE(program->waitFor("unknown command \"nonsense\"")) << program->out();
+    ASSERT_TRUE(program->waitFor("unknown option --nonsense")) << program->out();
     EXPECT_EQ(program->wait().status, 2) << program->out();
 }
 
@@ -233,6 +233,40 @@ TEST_F(TerminalTest, ThePromptTellsWhatHappensMeanwhile) {
     ASSERT_TRUE(program->waitFor("Wi-Fi is on.")) << program->out();
     program->send(ctrlD);
     EXPECT_EQ(program->wait().status, 0);
+}
+
+TEST_F(TerminalTest, ThePromptWritesAnEventAboveAHalfTypedLine) {
+    start();
+    const auto program = inTerminal({});
+    ASSERT_TRUE(program->waitFor("kazwifi> "));
+    program->send("st");
+    ASSERT_TRUE(program->waitFor("st"));
+    runs(0, {"off"});
+    ASSERT_TRUE(program->waitFor("wpa_supplicant does not run\r\n")) << program->out();
+    ASSERT_TRUE(program->waitFor("kazwifi> st")) << program->out();
+    program->send("atus\n");
+    ASSERT_TRUE(program->waitFor("Wi-Fi               off")) << program->out();
+    program->send(ctrlD);
+    EXPECT_EQ(program->wait().status, 0) << program->out();
+}
+
+TEST_F(TerminalTest, CtrlZAtThePromptGivesTheTerminalBackAndKeepsTheLine) {
+    start();
+    const auto program = inTerminal({});
+    ASSERT_TRUE(program->waitFor("kazwifi> "));
+    program->send("st");
+    ASSERT_TRUE(program->waitFor("st"));
+    EXPECT_FALSE(program->echoes());
+    program->send(ctrlZ);
+    ASSERT_TRUE(program->waitForStop());
+    EXPECT_TRUE(program->echoes());
+    program->sendSignal(SIGCONT);
+    ASSERT_TRUE(program->waitFor("kazwifi> st")) << program->out();
+    EXPECT_FALSE(program->echoes());
+    program->send("atus\n");
+    ASSERT_TRUE(program->waitFor("Connection          not connected")) << program->out();
+    program->send(ctrlD);
+    EXPECT_EQ(program->wait().status, 0) << program->out();
 }
 
 TEST_F(TerminalTest, CtrlCEndsACommandButNotThePrompt) {

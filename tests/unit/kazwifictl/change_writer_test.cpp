@@ -65,7 +65,8 @@ TEST_F(ChangeWriterTest, TellsEveryKindOfChange) {
     info = {};
     info.disconnectSsid = "Home";
     info.disconnectReason = ConnectionInfo::DisconnectReason::causedBySystem;
-    EXPECT_EQ(text(now), "22:13:20.123  connection  not connected, last to \"Home\", ended by itself\n");
+    EXPECT_EQ(text(now),
+              "22:13:20.123  connection  not connected (disconnected from \"Home\" by the system)\n");
 }
 
 TEST_F(ChangeWriterTest, TellsHowTheListChangedNotTheWholeList) {
@@ -90,6 +91,24 @@ TEST_F(ChangeWriterTest, IsSilentAboutWhatStaysTheSame) {
     EXPECT_EQ(text(now), "");
     now.networks.front().ssid = "Attic";
     EXPECT_EQ(ChangeWriter(plain).news(before, now, time), "");
+}
+
+TEST_F(ChangeWriterTest, NewsLeaveOutADisconnectionThatFollowsFromWifiOff) {
+    before.connection = connectedTo("Home", -50);
+    now.running = false;
+    EXPECT_EQ(ChangeWriter(plain).news(before, now, time),
+              "22:13:20.123  wifi        on, wpa_supplicant does not run\n");
+    before = now;
+    now.running = true;
+    now.connection.disconnectSsid = "Home";
+    EXPECT_EQ(ChangeWriter(plain).news(before, now, time),
+              "22:13:20.123  wifi        on, wpa_supplicant runs\n");
+    before = now;
+    now.connection = connectedTo("Home", -50);
+    EXPECT_EQ(ChangeWriter(plain).news(before, now, time),
+              "22:13:20.123  connection  connected to \"Home\", #### -50 dBm\n");
+    EXPECT_EQ(ChangeWriter(plain).news(now, before, time),
+              "22:13:20.123  connection  not connected (disconnected from \"Home\" by the system)\n");
 }
 
 TEST_F(ChangeWriterTest, WritesOneLineOfAsciiAnObject) {

@@ -114,7 +114,7 @@ TEST_F(CommandsTest, StatusIsNoFailureWhenWifiIsOffByChoice) {
     world.storedChoice = false;
     const Report report = run(showStatus);
     EXPECT_EQ(codeOf(report), ExitCode::done);
-    EXPECT_EQ(report.text, "Wi-Fi       off\n");
+    EXPECT_EQ(report.text, "Wi-Fi               off\n");
     world.storedChoice = true;
     EXPECT_EQ(codeOf(run(showStatus)), ExitCode::noStack);
 }
@@ -374,7 +374,8 @@ TEST_F(CommandsTest, APromptSeesRequestsThroughBeforeItEnds) {
     world.connection = connectedTo("Home", -50);
     Workspace place(Workspace::Kind::prompt, interrupts, log, options.startWait);
     options.ssid = "Far away";
-    EXPECT_EQ(forgetNetwork(options, place, output).text, "Asked to forget \"Far away\".\n");
+    EXPECT_EQ(forgetNetwork(options, place, output).text,
+              "Requested to forget \"Far away\"; not confirmed yet.\n");
     place.close();
     EXPECT_TRUE(world.did("forget Far away"));
     EXPECT_EQ(world.everything().back(), "save");

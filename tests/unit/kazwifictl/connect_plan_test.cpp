@@ -66,13 +66,13 @@ TEST(ConnectPlan, FollowsFromWhatIsKnownAndAskedFor) {
         {"Cafe", {}, false, "settings 0"},
         {"Home", withFile(), false, "settings 3"},
         {"Home", withSecurity(SecurityMode::sae), false, "settings 4"},
-        {"Campus", {}, false, "usage: an enterprise network asks who you are"},
+        {"Campus", {}, false, "usage: an enterprise network needs an identity"},
         {"Elsewhere", {}, false, "look"},
         {"Elsewhere", {}, true, "saved?"},
         {"Elsewhere", withFile(), false, "look"},
-        {"Elsewhere", withFile(), true, "not-found: no network of this name is in range"},
+        {"Elsewhere", withFile(), true, "not-found: no network with this name is in range"},
         {"Elsewhere", withSecurity(SecurityMode::rsnPsk), false, "settings 3"},
-        {"Elsewhere", hidden(), false, "usage: the security of a hidden network is in no list"},
+        {"Elsewhere", hidden(), false, "usage: the list does not show the security of a hidden network"},
     };
     for (const Case& each : cases) {
         EXPECT_EQ(nameOfPlan(planConnect(each.ssid, each.options, someView(), each.looked)), each.plan)
@@ -85,7 +85,7 @@ TEST(ConnectPlan, LeavesAConnectionAloneThatIsThere) {
     view.connection = connectedTo("Mine", -40);
     EXPECT_EQ(nameOfPlan(planConnect("Mine", {}, view, false)), "already");
     EXPECT_EQ(nameOfPlan(planConnect("Mine", withFile(), view, false)),
-              "usage: the security of the network in use is in no list");
+              "usage: the list does not show the security of the network in use");
     EXPECT_EQ(nameOfPlan(planConnect("Mine", withSecurity(SecurityMode::rsnPsk), view, false)), "settings 3");
     view.connection.status = wifi::ConnectionInfo::Status::connectingIP;
     EXPECT_EQ(nameOfPlan(planConnect("Mine", {}, view, false)), "saved");

@@ -100,10 +100,9 @@ class ConnectReportTest : public testing::Test {
 
 TEST_F(ConnectReportTest, NamesTheLikelyCauseOfARefusal) {
     const Attempt refused = endedBy(ConnectionInfo::Status::disconnected, 4s);
-    EXPECT_EQ(connectReport(refused, facts, output).failure->why,
-              "it refused: the password is probably wrong");
+    EXPECT_EQ(connectReport(refused, facts, output).failure->why, "refused: the password is probably wrong");
     facts.hints.disconnectReason = -15;
-    EXPECT_EQ(connectReport(refused, facts, output).failure->why, "it refused: the password is wrong");
+    EXPECT_EQ(connectReport(refused, facts, output).failure->why, "refused: the password is wrong");
     facts.security = SecurityMode::enterprise;
     facts.hints.disconnectReason.reset();
     EXPECT_NE(connectReport(refused, facts, output).failure->why.find("identity"), std::string::npos);

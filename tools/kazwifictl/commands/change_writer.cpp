@@ -41,6 +41,10 @@ std::string utcTime(WallClock::time_point time) {
     return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", parts, millisecondOf(time));
 }
 
+bool isConnected(const ConnectionInfo& info) {
+    return info.status != ConnectionInfo::Status::disconnected;
+}
+
 std::map<std::string, WifiNetwork> bySsid(const std::vector<WifiNetwork>& networks) {
     std::map<std::string, WifiNetwork> map;
     for (const WifiNetwork& network : networks) {
@@ -66,21 +70,24 @@ std::string differences(const WifiNetwork& before, const WifiNetwork& now) {
 }  // namespace
 
 std::string ChangeWriter::begin(const Snapshot& now, WallClock::time_point time) {
-    return power(now, time) + (now.running ? connection(now.connection, time) : std::string()) +
+    return powerLine(now, time) + (now.running ? connection(now.connection, time) : std::string()) +
            (now.scanning ? scanning(true, time) : std::string()) + networks({}, now.networks, time);
 }
 
 std::string ChangeWriter::change(const Snapshot& before, const Snapshot& now, WallClock::time_point time) {
     // No line for a scan that ended because the supplicant stopped.
     const bool scanChanged = now.scanning != before.scanning && now.running;
-    return news(before, now, time) + (scanChanged ? scanning(now.scanning, time) : std::string()) +
+    return power(before, now, time) +
+           (now.connection != before.connection ? connection(now.connection, time) : std::string()) +
+           (scanChanged ? scanning(now.scanning, time) : std::string()) +
            networks(before.networks, now.networks, time);
 }
 
 std::string ChangeWriter::news(const Snapshot& before, const Snapshot& now, WallClock::time_point time) {
-    const bool powerChanged = now.enabled != before.enabled || now.running != before.running;
-    return (powerChanged ? power(now, time) : std::string()) +
-           (now.connection != before.connection ? connection(now.connection, time) : std::string());
+    // No line for a connection that ended because Wi-Fi was switched off, or for the empty record of a new supplicant.
+    const bool connectionChanged = now.connection != before.connection && now.running &&
+                                   (isConnected(before.connection) || isConnected(now.connection));
+    return power(before, now, time) + (connectionChanged ? connection(now.connection, time) : std::string());
 }
 
 std::string ChangeWriter::line(WallClock::time_point time, std::string_view topic, const std::string& text,
@@ -94,7 +101,12 @@ std::string ChangeWriter::line(WallClock::time_point time, std::string_view topi
     return fmt::format("{}  {:<10}  {}\n", stamp, topic, text);
 }
 
-std::string ChangeWriter::power(const Snapshot& now, WallClock::time_point time) {
+std::string ChangeWriter::power(const Snapshot& before, const Snapshot& now, WallClock::time_point time) {
+    const bool changed = now.enabled != before.enabled || now.running != before.running;
+    return changed ? powerLine(now, time) : std::string();
+}
+
+std::string ChangeWriter::powerLine(const Snapshot& now, WallClock::time_point time) {
     const std::string text = fmt::format("{}, wpa_supplicant {}", now.enabled ? "on" : "off",
                                          now.running ? "runs" : "does not run");
     return line(time, "wifi", text, {{"enabled", now.enabled}, {"running", now.running}});
@@ -111,8 +123,8 @@ std::string ChangeWriter::connection(const ConnectionInfo& info, WallClock::time
         text = info.disconnectReason == ConnectionInfo::DisconnectReason::unknown ? text : style.bad(text);
         if (!info.disconnectSsid.empty()) {
             const bool asked = info.disconnectReason == ConnectionInfo::DisconnectReason::causedByUser;
-            text += fmt::format(", last to {}, ended {}", shown(info.disconnectSsid),
-                                asked ? "on request" : "by itself");
+            text += fmt::format(" (disconnected from {} {})", shown(info.disconnectSsid),
+                                asked ? "by the user" : "by the system");
         }
     } else {
         const bool connected = info.status == ConnectionInfo::Status::connected;

@@ -23,13 +23,15 @@ class ChangeWriter {
     // The lines for what has changed. Empty when nothing that is shown has changed.
     std::string change(const Snapshot& before, const Snapshot& now, WallClock::time_point time);
 
-    // The same without scans and networks: for the prompt, whose user has not asked for changes.
+    // The changes for the prompt, whose user has not asked for them: Wi-Fi on or off, and a connection that begins,
+    // changes or ends while Wi-Fi is on.
     std::string news(const Snapshot& before, const Snapshot& now, WallClock::time_point time);
 
   private:
     std::string line(WallClock::time_point time, std::string_view topic, const std::string& text,
                      const Json& json);
-    std::string power(const Snapshot& now, WallClock::time_point time);
+    std::string power(const Snapshot& before, const Snapshot& now, WallClock::time_point time);
+    std::string powerLine(const Snapshot& now, WallClock::time_point time);
     std::string scanning(bool scanning, WallClock::time_point time);
     std::string connection(const wifi::ConnectionInfo& info, WallClock::time_point time);
     std::string networks(const std::vector<wifi::WifiNetwork>& before,

@@ -77,7 +77,7 @@ Report ConnectCommand::run() {
     if (std::holds_alternative<AlreadyConnected>(plan)) {
         Json members = ssidMembers(options_.ssid);
         members["outcome"] = "already-connected";
-        return {fmt::format("Connected to {} already.\n", name_), members, std::nullopt};
+        return {fmt::format("Already connected to {}.\n", name_), members, std::nullopt};
     }
     if (auto* settings = std::get_if<UseSettings>(&plan)) {
         settings_ = std::move(settings->settings);
@@ -184,7 +184,7 @@ Report ConnectCommand::follow(Session& session) {
 std::string ConnectCommand::beginning() const {
     const std::string name = output_.style().bold(name_);
     if (saved_ && !inRange_) {
-        return fmt::format("Trying {}, which is not in range; it may be saved\n", name);
+        return fmt::format("Trying {}, which is not in range but may be saved\n", name);
     }
     return fmt::format("Connecting to {} ({})\n", name,
                        saved_ ? "saved" : securityInWords(settings_.securityMode));
@@ -201,7 +201,8 @@ bool ConnectCommand::watch(Session& session, Attempt& attempt) {
     if (limit == milliseconds::zero()) {
         await(
             session, beginLimit, [&](const Snapshot&) { return attempt.begun(); },
-            {ExitCode::timedOut, what_, "the library does not begin", "kazwifictl status"}, observer);
+            {ExitCode::timedOut, what_, "the library did not start the attempt", "kazwifictl status"},
+            observer);
         if (!place_.continueInBackground(
                 [&] { present(startedReport(options_.ssid, name_), options_.command, output_); })) {
             return false;

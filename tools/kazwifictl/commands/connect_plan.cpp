@@ -17,19 +17,21 @@ ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options,
                          bool looked) {
     const bool known = options.security || network != nullptr;
     if (!known && options.hidden) {
-        return Failure{
-            ExitCode::usage, {}, "the security of a hidden network is in no list", "--security WORD"};
+        return Failure{ExitCode::usage,
+                       {},
+                       "the list does not show the security of a hidden network",
+                       "--security WORD"};
     }
     if (!known) {
         return looked ? ConnectPlan(Failure{ExitCode::notFound,
                                             {},
-                                            "no network of this name is in range",
+                                            "no network with this name is in range",
                                             "kazwifictl list, or --hidden --security WORD"})
                       : LookFirst{};
     }
     const SecurityMode mode = options.security ? *options.security : network->securityMode;
     if (isEnterprise(mode) && options.identity.empty()) {
-        return Failure{ExitCode::usage, {}, "an enterprise network asks who you are", "--identity NAME"};
+        return Failure{ExitCode::usage, {}, "an enterprise network needs an identity", "--identity NAME"};
     }
     wifi::ConnectionSettings settings;
     settings.ssid = ssid;
@@ -53,8 +55,10 @@ ConnectPlan planConnect(const std::string& ssid, const ConnectOptions& options, 
     const bool current = info.ssid == ssid && info.status != ConnectionInfo::Status::disconnected;
     if (options.describesNetwork()) {
         if (current && !options.security) {
-            return Failure{
-                ExitCode::usage, {}, "the security of the network in use is in no list", "--security WORD"};
+            return Failure{ExitCode::usage,
+                           {},
+                           "the list does not show the security of the network in use",
+                           "--security WORD"};
         }
         return withSettings(ssid, options, network, looked);
     }

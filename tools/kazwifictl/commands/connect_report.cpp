@@ -99,34 +99,34 @@ Failure timedOut(const Attempt& attempt, const ConnectFacts& facts) {
     if (attempt.linkIsUp()) {
         return {ExitCode::timedOut, facts.what,
                 fmt::format("the radio link is up, but there is no address after {:g} s", waited),
-                "look at the DHCP server, or a longer --wait"};
+                "checking the DHCP server, or a longer --wait"};
     }
-    return {ExitCode::timedOut, facts.what, fmt::format("it is not done after {:g} s", waited),
-            "nearer to the access point, or a longer --wait"};
+    return {ExitCode::timedOut, facts.what, fmt::format("no connection after {:g} s", waited),
+            "moving nearer to the access point, or a longer --wait"};
 }
 
 Failure notAnswering(const ConnectFacts& facts) {
     if (validUtf8(facts.ssid) != facts.ssid || facts.ssid.find('\0') != std::string::npos) {
         return {ExitCode::failed, facts.what,
-                "it does not answer; its name is no text, and the library hands names on as text",
-                "another name for the network"};
+                "its name contains NUL or is not UTF-8, so it cannot be sent to wpa_supplicant",
+                "renaming the network"};
     }
     if (facts.saved && !facts.inRange) {
         return {ExitCode::notFound, facts.what,
-                "it is not in range, and no saved network of this name answers",
+                "it is not in range, and no saved network with this name answers",
                 "kazwifictl list, or --hidden --security WORD for a hidden one"};
     }
-    return {ExitCode::failed, facts.what, "it does not answer", "nearer to the access point"};
+    return {ExitCode::failed, facts.what, "it does not answer", "moving nearer to the access point"};
 }
 
 Failure turnedAway(const ConnectFacts& facts) {
-    std::string why(facts.saved ? "the access point turned this device away; the saved password may be wrong"
+    std::string why(facts.saved ? "the access point rejected this device; the saved password may be wrong"
                                 : likelyCause(facts.security));
     if (facts.hints.disconnectReason) {
         why = causeFromReason(*facts.hints.disconnectReason).value_or(why);
     }
     const std::string argument = shellArgument(facts.ssid, true);
-    return {ExitCode::failed, facts.what, "it refused: " + why,
+    return {ExitCode::failed, facts.what, "refused: " + why,
             facts.saved ? fmt::format("kazwifictl forget {0}, then kazwifictl connect {0}", argument)
                         : fmt::format("kazwifictl connect {}", argument)};
 }
@@ -144,20 +144,21 @@ Failure failureOf(const Attempt& attempt, const ConnectFacts& facts, bool utf8) 
         case Outcome::notAnswering:
             return notAnswering(facts);
         case Outcome::lost:
-            return {ExitCode::failed, facts.what, "the radio link broke before there was an address",
-                    "nearer to the access point"};
+            return {ExitCode::failed, facts.what, "the radio link broke before the device got an address",
+                    "moving nearer to the access point"};
         case Outcome::other:
             if (facts.saved && !facts.inRange) {
                 return notAnswering(facts);
             }
             return {ExitCode::failed, facts.what,
                     fmt::format("the device is connected to {} instead", quoted(attempt.otherSsid(), utf8)),
-                    "once more"};
+                    "the command again"};
         case Outcome::stopped:
-            return {ExitCode::noStack, facts.what, "wpa_supplicant stopped meanwhile", "kazwifictl on"};
+            return {ExitCode::noStack, facts.what, "wpa_supplicant stopped during the command",
+                    "kazwifictl on"};
     }
     return {ExitCode::failed, facts.name + " is connected, but not saved",
-            "the supplicant did not write its configuration", "update_config=1 in wpa_supplicant.conf"};
+            "wpa_supplicant did not write its configuration", "update_config=1 in wpa_supplicant.conf"};
 }
 
 std::string successText(const Attempt& attempt, const ConnectFacts& facts, const Output& output) {

@@ -38,8 +38,7 @@ bool isListedAsSaved(const Snapshot& view, const std::string& ssid) {
 }
 
 Failure notSaved(const std::string& what) {
-    return {ExitCode::notFound, what, "no network of this name is saved",
-            "kazwifictl list, which marks the saved ones"};
+    return {ExitCode::notFound, what, "no network with this name is saved", "kazwifictl list --saved"};
 }
 
 // Whether the effect of a request appears in time. If not, fenceAndFinish() proves that the request has run.
@@ -72,8 +71,8 @@ bool forgetListed(Session& session, Workspace& place, const std::string& ssid) {
 }
 
 Failure notSavedAnyLonger(const std::string& name) {
-    return {ExitCode::failed, name + " is forgotten, but only until the next start",
-            "the supplicant did not write its configuration", "update_config=1 in wpa_supplicant.conf"};
+    return {ExitCode::failed, name + " is forgotten, but only until wpa_supplicant restarts",
+            "wpa_supplicant did not write its configuration", "update_config=1 in wpa_supplicant.conf"};
 }
 
 void checkForgettable(const std::string& ssid, const std::string& what) {
@@ -85,8 +84,9 @@ void checkForgettable(const std::string& ssid, const std::string& what) {
 }
 
 Report forgotten(const std::string& ssid, const std::string& name, bool known) {
-    return {fmt::format("{} {}.\n", known ? "Forgot" : "Asked to forget", name), ssidMembers(ssid),
-            std::nullopt};
+    return {known ? fmt::format("Forgot {}.\n", name)
+                  : fmt::format("Requested to forget {}; not confirmed yet.\n", name),
+            ssidMembers(ssid), std::nullopt};
 }
 
 }  // namespace
@@ -95,8 +95,9 @@ Report disconnectFrom(const Options& /*options*/, Workspace& place, Output& outp
     const std::string what = "cannot disconnect";
     const Snapshot before = place.look(what, Workspace::Need::stack);
     if (isDisconnected(before)) {
-        return {
-            "Not connected.\n", {{"changed", false}, {"ssid", nullptr}, {"ssid_hex", nullptr}}, std::nullopt};
+        return {"Already disconnected.\n",
+                {{"changed", false}, {"ssid", nullptr}, {"ssid_hex", nullptr}},
+                std::nullopt};
     }
     Session& session = place.act(what, Workspace::Need::stack);
     const auto requested = Clock::now();
@@ -132,7 +133,7 @@ Report forgetNetwork(const Options& options, Workspace& place, Output& output) {
     }
     if (isListedAsSaved(session.latest(), ssid)) {
         throw CommandFailed(
-            {ExitCode::failed, what, "the supplicant did not remove it", "kazwifictl --verbose forget"});
+            {ExitCode::failed, what, "wpa_supplicant did not remove it", "kazwifictl --verbose forget"});
     }
     Report report = forgotten(ssid, name, known);
     if (hints.saveFailed) {

@@ -50,13 +50,15 @@ Snapshot lookAround(const std::string& what, Workspace& place, Output& output) {
     if (!session.latest().scanning) {
         session.manager().scan();
         await(session, scanStartLimit, [](const Snapshot& view) { return view.scanning; },
-              {ExitCode::failed, what, "the supplicant does not begin a scan",
-               "once more in a moment; it may be busy connecting"});
+              {ExitCode::failed, what, "wpa_supplicant did not start a scan",
+               "the command again in a moment; wpa_supplicant may be busy connecting"});
     }
-    await(session, scanLimit, [](const Snapshot& view) { return !view.scanning; },
-          {ExitCode::timedOut, what, "the scan does not end", "kazwifictl off, then kazwifictl on"});
+    await(
+        session, scanLimit, [](const Snapshot& view) { return !view.scanning; },
+        {ExitCode::timedOut, what, "the scan did not end within 30 s", "kazwifictl off, then kazwifictl on"});
     if (!session.latest().running) {
-        throw CommandFailed({ExitCode::noStack, what, "wpa_supplicant stopped meanwhile", "kazwifictl on"});
+        throw CommandFailed(
+            {ExitCode::noStack, what, "wpa_supplicant stopped during the command", "kazwifictl on"});
     }
     return place.lookAfresh(what, Workspace::Need::stack);
 }

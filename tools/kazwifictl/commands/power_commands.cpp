@@ -17,10 +17,11 @@ Json powerJson(const Snapshot& view, bool changed) {
 // setEnabled() stores the choice before it returns. A failure is only logged, so the choice is read back.
 void checkStored(const Workspace& place, bool wanted) {
     if (place.storedChoice() != wanted) {
-        throw CommandFailed({ExitCode::failed,
-                             fmt::format("Wi-Fi is {}, but only until the next start", wanted ? "on" : "off"),
-                             "the choice could not be written to the configuration file",
-                             "look at the free space and the permissions of kaz.conf"});
+        throw CommandFailed(
+            {ExitCode::failed,
+             fmt::format("Wi-Fi is {}, but only until the next start of the device", wanted ? "on" : "off"),
+             "the choice could not be written to the configuration file",
+             "checking the free space and the permissions of kaz.conf"});
     }
 }
 
@@ -43,7 +44,7 @@ Report switchOn(const Options& /*options*/, Workspace& place, Output& /*output*/
     checkStored(place, true);
     Snapshot view = session.latest();
     view.enabled = true;
-    return {changed ? "Wi-Fi is on.\n" : "Wi-Fi is on already.\n", powerJson(view, changed), std::nullopt};
+    return {changed ? "Wi-Fi is on.\n" : "Wi-Fi is already on.\n", powerJson(view, changed), std::nullopt};
 }
 
 Report switchOff(const Options& /*options*/, Workspace& place, Output& /*output*/) {
@@ -60,7 +61,7 @@ Report switchOff(const Options& /*options*/, Workspace& place, Output& /*output*
     checkStored(place, false);
     Snapshot view = session.latest();
     view.enabled = false;
-    return {changed ? "Wi-Fi is off.\n" : "Wi-Fi is off already.\n", powerJson(view, changed), std::nullopt};
+    return {changed ? "Wi-Fi is off.\n" : "Wi-Fi is already off.\n", powerJson(view, changed), std::nullopt};
 }
 
 }  // namespace kaz::ctl

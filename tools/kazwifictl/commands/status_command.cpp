@@ -35,27 +35,27 @@ std::string lastDropText(const ConnectionInfo& info, const Terminal& terminal, C
     const bool byUser = info.disconnectReason == ConnectionInfo::DisconnectReason::causedByUser;
     const double seconds = static_cast<double>(inMilliseconds(now - info.disconnectTime)) / 1000;
     return fmt::format("from {}, {:.1f} s ago, {}", quoted(info.disconnectSsid, terminal.utf8), seconds,
-                       byUser ? "on request" : "by itself");
+                       byUser ? "by the user" : "by the system");
 }
 
 std::string statusText(const Snapshot& view, const Output& output, Clock::time_point now) {
     const ConnectionInfo& info = view.connection;
     const Terminal& terminal = output.terminal();
-    std::string text = fmt::format("Wi-Fi       {}\n", powerText(view));
+    std::string text = fmt::format("Wi-Fi               {}\n", powerText(view));
     if (!view.running) {
         return text;
     }
-    text += fmt::format("Connection  {}\n", connectionText(info, terminal, output.style()));
+    text += fmt::format("Connection          {}\n", connectionText(info, terminal, output.style()));
     const auto signal = knownSignal(info.signal);
     if (info.status != ConnectionInfo::Status::disconnected && signal) {
         const std::string shown = fmt::format("{} {} dBm", barsText(*signal, terminal.utf8), *signal);
-        text += fmt::format("Signal      {}\n", output.style().bySignal(*signal, shown));
+        text += fmt::format("Signal              {}\n", output.style().bySignal(*signal, shown));
     }
     if (view.scanning) {
-        text += "Scanning    yes\n";
+        text += "Scanning            yes\n";
     }
     if (info.disconnectReason != ConnectionInfo::DisconnectReason::unknown) {
-        text += fmt::format("Last drop   {}\n", lastDropText(info, terminal, now));
+        text += fmt::format("Last disconnection  {}\n", lastDropText(info, terminal, now));
     }
     return text;
 }
@@ -63,7 +63,7 @@ std::string statusText(const Snapshot& view, const Output& output, Clock::time_p
 }  // namespace
 
 Report showStatus(const Options& /*options*/, Workspace& place, Output& output) {
-    const Snapshot view = place.look("cannot tell the status", Workspace::Need::nothing);
+    const Snapshot view = place.look("cannot read the status", Workspace::Need::nothing);
     const auto now = Clock::now();
     Report report{statusText(view, output, now),
                   {{"enabled", view.enabled},

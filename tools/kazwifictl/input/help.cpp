@@ -4,18 +4,25 @@
 
 namespace kaz::ctl {
 
-std::string helpText() {
-    return R"(usage: kazwifictl [OPTION...] [COMMAND [ARGUMENT...]]
+namespace {
 
-  status          what Wi-Fi is doing           on, off     switch Wi-Fi
-  list            the networks in range         scan        look anew and list
+constexpr std::string_view commandsText =
+    R"(  status          state and connection          on, off     switch Wi-Fi on/off
+  list            list networks in range        scan        scan, then list
   connect SSID    connect; asks for a password  disconnect  end the connection
   forget SSID     delete a saved network        monitor     show every change
-Without a command: a prompt that takes all of these. COMMAND --help tells more.
+)";
+
+}  // namespace
+
+std::string helpText() {
+    return fmt::format(R"(usage: kazwifictl [OPTION...] [COMMAND [ARGUMENT...]]
+
+{}Without a command, a prompt reads commands. See also COMMAND --help.
 
   --json                results as JSON         --color auto|always|never
-  --simulate[=FILE]     on a simulated device   -v, --verbose  log to stderr
-  --start-wait SECONDS  for Wi-Fi to start (5)  --version, -h, --help
+  --simulate[=FILE]     use a simulated device  -v, --verbose  log to stderr
+  --start-wait SECONDS  wait for Wi-Fi (5)      --version, -h, --help
 
 Examples:
   kazwifictl list
@@ -25,19 +32,17 @@ Examples:
   kazwifictl monitor --json | jq .
   kazwifictl --simulate
 
-Exit status: 0 done, 1 failed, 2 usage, 3 time-out, 4 no Wi-Fi, 5 not found,
-6 settings refused. See kazwifictl(1).
-)";
+Exit status: 0 success, 1 failure, 2 invalid command line, 3 timeout,
+4 no Wi-Fi, 5 network not found, 6 invalid settings. See kazwifictl(1).
+)",
+                       commandsText);
 }
 
 std::string promptHelpText() {
-    return R"(  status          what Wi-Fi is doing           on, off     switch Wi-Fi
-  list            the networks in range         scan        look anew and list
-  connect SSID    connect; asks for a password  disconnect  end the connection
-  forget SSID     delete a saved network        monitor     show every change
-  help               this text                      quit      or Ctrl-D
-COMMAND --help tells more. Tab completes commands and SSIDs.
-)";
+    return fmt::format(R"({}  help            show this text                quit        end (or Ctrl-D)
+See also COMMAND --help. Tab completes commands and SSIDs.
+)",
+                       commandsText);
 }
 
 std::string HelpLayout::make_help(const CLI::App* command, std::string name, CLI::AppFormatMode mode) const {

@@ -77,7 +77,7 @@ void Parser::addGlobals() {
         ->check(CLI::IsMember({"auto", "always", "never"}));
     app_.add_flag("-v,--verbose", options_.verbose, "Write the library's log to stderr");
     raw_.simulateGiven = app_.add_flag("--simulate{" + std::string(noSimulateFile) + "}", raw_.simulate,
-                                       "Act on a simulated device");
+                                       "Use a simulated device");
     app_.add_option("--start-wait", raw_.startWait, "Seconds to wait for Wi-Fi to start")
         ->check(CLI::Range(0.0, 86400.0));
     app_.set_version_flag("--version", "kazwifictl " KAZWIFICTL_VERSION);
@@ -91,14 +91,14 @@ CLI::App* Parser::command(Command command, const std::string& description) {
 }
 
 void Parser::addPlainCommands() {
-    command(Command::status, "Show what Wi-Fi is doing.");
+    command(Command::status, "Show whether Wi-Fi is on, and the connection.");
     command(Command::on, "Switch Wi-Fi on, now and after the next start of the device.");
     command(Command::off, "Switch Wi-Fi off, now and after the next start of the device.");
-    command(Command::scan, "Look for networks, then list those in range.");
+    command(Command::scan, "Scan for networks, then list those in range.");
     CLI::App* list =
         command(Command::list, "List the networks in range: the one in use, then the strongest.");
     list->add_flag("--names", options_.namesOnly, "Only the names that can be typed, one per line");
-    list->add_flag("--saved", options_.savedOnly, "Only those that are saved");
+    list->add_flag("--saved", options_.savedOnly, "Only saved networks");
     command(Command::disconnect, "End the connection. The network stays saved.");
     command(Command::monitor, "Show every change until interrupted.");
 }
@@ -115,29 +115,29 @@ void Parser::addConnect() {
     sub->add_option("--security", raw_.security, securityNames())->type_name("WORD");
     sub->add_flag("--hidden", connect.hidden, "The network does not announce its name");
     raw_.passwordFileGiven =
-        sub->add_option("--password-file", raw_.passwordFile, "Its first line is the password; - is stdin")
+        sub->add_option("--password-file", raw_.passwordFile, "File with the password; - is stdin")
             ->type_name("FILE");
     sub->add_option("--identity", connect.identity, "EAP identity")->type_name("NAME");
     sub->add_option("--anonymous-identity", connect.anonymousIdentity, "EAP outer identity")
         ->type_name("NAME");
     sub->add_option("--eap", connect.eapMethod, "MSCHAPV2, PEAP, PWD or TTLS")->type_name("METHOD");
     sub->add_option("--phase2", connect.phase2Method, "GTC, MSCHAP, MSCHAPV2 or PAP")->type_name("METHOD");
-    sub->add_option("--wait", raw_.wait, "Seconds to wait; 0: do not (30)")
+    sub->add_option("--wait", raw_.wait, "Seconds to wait (30); 0 returns at once")
         ->type_name("SECONDS")
         ->check(CLI::Range(0.0, 86400.0).description(""));
-    sub->add_flag("--keep", connect.keep, "Keep a new network saved although connecting fails");
+    sub->add_flag("--keep", connect.keep, "Keep a new network saved even if connecting fails");
     sub->footer(
         "Examples: kazwifictl connect Home\n"
         "          kazwifictl connect Lab --hidden --security wpa3 --password-file key");
 }
 
 void Parser::addForget() {
-    addSsid(command(Command::forget, "Delete a saved network, ending its connection."));
+    addSsid(command(Command::forget, "Delete a saved network, and end its connection."));
 }
 
 Failure Parser::usage(const std::string& why, const std::string& advice) const {
     const std::string help = prompt_ ? "help" : "kazwifictl --help";
-    return {ExitCode::usage, prompt_ ? "cannot understand this" : "cannot understand the command line",
+    return {ExitCode::usage, prompt_ ? "cannot parse the line" : "cannot parse the command line",
             harmless(why, true), advice.empty() ? help : advice};
 }
 
@@ -149,16 +149,17 @@ Failure Parser::notExpected() const {
     if (option != extras.end()) {
         const std::string name = option->substr(0, option->find('='));
         const bool password = name == "--password" || name == "-p";
-        return usage(fmt::format("there is no option {}", name),
-                     password
-                         ? "--password-file FILE; a password is never an argument, where others can read it"
-                         : "");
+        return usage(
+            fmt::format("unknown option {}", name),
+            password
+                ? "--password-file FILE; a password is never an argument, because other users could read it"
+                : "");
     }
     const auto subs = app_.get_subcommands();
     if (subs.empty() && !extras.empty()) {
-        return usage(fmt::format("there is no command \"{}\"", extras.front()));
+        return usage(fmt::format("unknown command \"{}\"", extras.front()));
     }
-    return usage("there is an argument too many", "a name with blanks in quotes");
+    return usage("too many arguments", "quotes around a name that contains blanks");
 }
 
 Message Parser::help() const {
@@ -223,7 +224,7 @@ Parsed Parser::finish() {
     if (!raw_.security.empty()) {
         options_.connect.security = securityFromName(raw_.security);
         if (!options_.connect.security) {
-            return usage(fmt::format("there is no security \"{}\"", raw_.security),
+            return usage(fmt::format("unknown security \"{}\"", raw_.security),
                          fmt::format("one of {}", securityNames()));
         }
     }
@@ -231,7 +232,7 @@ Parsed Parser::finish() {
         const auto bytes = fromHex(options_.ssid);
         if (!bytes) {
             return usage(fmt::format("\"{}\" is not hexadecimal", options_.ssid),
-                         "an even number of digits and letters a to f");
+                         "two hexadecimal digits per byte");
         }
         options_.ssid = *bytes;
     }

@@ -51,8 +51,8 @@ void makeFolder(std::optional<TemporaryFolder>& folder) {
         folder.emplace("kazwifictl-");
     } catch (const std::system_error& error) {
         throw CommandFailed({ExitCode::failed, what,
-                             "no temporary folder: " + errnoText(error.code().value()),
-                             "a TMPDIR that can be written"});
+                             "cannot make a temporary folder: " + errnoText(error.code().value()),
+                             "setting TMPDIR to a writable folder"});
     }
 }
 
@@ -92,7 +92,7 @@ Simulation::Simulation(const std::string& neighbourhood) : Simulation() {
     const auto program = findSimulator();
     if (!program) {
         throw CommandFailed({ExitCode::failed, what, "the program kaz-device-sim is not installed",
-                             "to install it beside kazwifictl"});
+                             "installing it beside kazwifictl"});
     }
     makeFolder(folder_);
     std::string file = neighbourhood;
@@ -101,7 +101,7 @@ Simulation::Simulation(const std::string& neighbourhood) : Simulation() {
         std::ofstream(file) << defaultNeighbourhood;
     } else if (::access(file.c_str(), R_OK) != 0) {
         throw CommandFailed({ExitCode::failed, what, harmless(file, true) + ": " + errnoText(errno),
-                             "--simulate without a file, for the neighbourhood that is built in"});
+                             "--simulate without a file, which uses the built-in neighbourhood"});
     }
     start(*program, file);
 }
@@ -116,7 +116,7 @@ void Simulation::start(const std::string& program, const std::string& neighbourh
     const std::string address = firstLineFrom(told.reading.get());
     if (address.empty()) {
         throw CommandFailed({ExitCode::failed, what, "kaz-device-sim does not start",
-                             "it alone: kaz-device-sim --neighbourhood FILE"});
+                             "starting it alone: kaz-device-sim --neighbourhood FILE"});
     }
     ::setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
     ::setenv("KAZ_CONFIG_FILE", (*folder_ / "kaz.conf").c_str(), 1);

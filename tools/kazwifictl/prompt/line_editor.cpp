@@ -136,6 +136,8 @@ std::optional<std::string> LineEditor::read() {
     do {
         dropped_ = false;
         ambiguous_.clear();
+        ::el_set(line_, EL_PREP_TERM,
+                 1);  // el_gets() shows the prompt first: a key typed then would be echoed twice
         ::el_resize(line_);
         text = ::el_gets(line_, &length);
         if (failure_) {

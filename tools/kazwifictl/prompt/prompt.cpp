@@ -74,7 +74,7 @@ bool Prompt::obey(const std::string& text) {
     line_.history().add(text);
     if (!words) {
         last_ = ExitCode::usage;
-        output_.complain({ExitCode::usage, "cannot understand this", "a quote is not closed", "help"});
+        output_.complain({ExitCode::usage, "cannot parse the line", "a quote is not closed", "help"});
         return true;
     }
     if (words->front() == "quit" || words->front() == "exit") {
@@ -108,7 +108,7 @@ void Prompt::execute(const Options& options) {
 }  // namespace
 
 ExitCode runPrompt(const Options& options, Workspace& place, Output& output) {
-    place.look("cannot start", Workspace::Need::nothing);
+    place.look("cannot start the prompt", Workspace::Need::nothing);
     const ExitCode last = Prompt(options, place, output).run();
     place.close();
     return last;

@@ -153,9 +153,9 @@ std::string_view brokenRule(ConnectResult verdict, SecurityMode mode) {
         case ConnectResult::wepKeyInvalidLength:
             return "a WEP key has 5 or 13 characters";
         case ConnectResult::eapMethodUnsupported:
-            return "the supplicant does not offer this EAP method";
+            return "wpa_supplicant does not offer this EAP method";
         case ConnectResult::phase2MethodUnsupported:
-            return "this inner method is not known";
+            return "unknown inner method";
         case ConnectResult::securityModeUnsupported:
             return "the network's security is not supported";
     }
@@ -165,7 +165,7 @@ std::string_view brokenRule(ConnectResult verdict, SecurityMode mode) {
 std::string_view likelyCause(SecurityMode mode) {
     switch (mode) {
         case SecurityMode::none:
-            return "the access point turned this device away; it may be full or accept known devices only";
+            return "the access point rejected this device; it may be full or accept only known devices";
         case SecurityMode::wep:
             return "the WEP key is probably wrong";
         case SecurityMode::wpaPsk:
@@ -178,7 +178,7 @@ std::string_view likelyCause(SecurityMode mode) {
         case SecurityMode::unsupported:
             break;
     }
-    return "the access point turned this device away";
+    return "the access point rejected this device";
 }
 
 std::optional<std::string_view> causeFromReason(int reason) {
