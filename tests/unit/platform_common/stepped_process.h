@@ -11,8 +11,6 @@
 #include <functional>
 #include <stdexcept>
 
-#include "base/non_copyable.h"
-
 namespace kaz::test {
 
 // A process that is stopped before and after each system call it makes. Killed at the end of scope at the latest. Fork

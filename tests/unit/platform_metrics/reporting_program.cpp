@@ -15,8 +15,6 @@
 #include <string>
 #include <thread>
 
-#include "base/non_copyable.h"
-
 namespace {
 
 using kaz::metrics_reporting::Gauge;
