@@ -4,8 +4,8 @@
 #include "doubles/fake_clock/fake_clock.h"
 #include "fuzz/kept_log.h"
 #include "fuzz/require.h"
-#include "fuzz/tracker_event.h"
 #include "fuzz/tracker_promises.h"
+#include "support/tracker_model/tracker_event.h"
 #include "support/tracker_model/tracker_model.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -15,7 +15,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace kaz::fuzz {
@@ -68,42 +67,6 @@ TrackerEvent makeEvent(FuzzedDataProvider& bytes) {
             break;
     }
     return event;
-}
-
-// The tracker and its model have the same operations.
-template <typename Tracker>
-void tell(Tracker& tracker, const TrackerEvent& event) {
-    switch (event.kind) {
-        case Kind::connect:
-            return tracker.notifyAboutConnectionAttempt(event.ssid);
-        case Kind::disconnect:
-            return tracker.notifyAboutDisconnect();
-        case Kind::forget:
-            return tracker.notifyAboutForget(event.ssid);
-        case Kind::select:
-            return tracker.setCurrentNetworkSsid(event.ssid);
-        case Kind::selectNameless:
-            return tracker.setCurrentNetworkSsid(std::nullopt);
-        case Kind::scanning:
-            return tracker.setScanning(event.flag);
-        case Kind::bss:
-            return tracker.setCurrentBss(event.bss());
-        case Kind::noBss:
-            return tracker.setCurrentBss(std::nullopt);
-        case Kind::status:
-            return tracker.setSupplicantStatus(event.status);
-        case Kind::signal:
-            return tracker.setSignalStrength(event.dBm);
-        case Kind::online:
-            return tracker.setNetworkdIsOnline(event.flag);
-        case Kind::supplicantComes:
-            return tracker.setSupplicantState(true);
-        case Kind::supplicantGoes:
-            return tracker.setSupplicantState(false);
-        case Kind::wait:
-        case Kind::look:
-            return;
-    }
 }
 
 void run(FuzzedDataProvider& bytes) {

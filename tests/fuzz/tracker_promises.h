@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fuzz/tracker_event.h"
+#include "support/tracker_model/tracker_event.h"
 
 #include <wifi/types.h>
 
@@ -10,6 +10,8 @@
 #include <vector>
 
 namespace kaz::fuzz {
+
+using test::TrackerEvent;
 
 // The invariants of the connection tracker. They use only the events and the published records, not the tracker's
 // rules.

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace spdlog {
@@ -23,6 +24,19 @@ struct LogRecord {
 
     friend bool operator==(const LogRecord&, const LogRecord&) = default;
 };
+
+inline LogRecord debug(std::string text) {
+    return {spdlog::level::debug, std::move(text)};
+}
+inline LogRecord info(std::string text) {
+    return {spdlog::level::info, std::move(text)};
+}
+inline LogRecord warning(std::string text) {
+    return {spdlog::level::warn, std::move(text)};
+}
+inline LogRecord error(std::string text) {
+    return {spdlog::level::err, std::move(text)};
+}
 
 // Prints `warning: "text"`, for failure messages.
 std::ostream& operator<<(std::ostream& out, const LogRecord& record);

@@ -1,6 +1,6 @@
 #include "unit/communicator/communicator_fixture.h"
 
-#include "unit/communicator/report_text.h"
+#include "support/printed_values/printed_reports.h"
 
 #include <algorithm>
 #include <utility>
@@ -48,18 +48,6 @@ ConnectionSettings openNetwork(const std::string& ssid) {
     ConnectionSettings settings;
     settings.ssid = ssid;
     return settings;
-}
-
-LogRecord debug(std::string text) {
-    return {spdlog::level::debug, std::move(text)};
-}
-
-LogRecord warning(std::string text) {
-    return {spdlog::level::warn, std::move(text)};
-}
-
-LogRecord error(std::string text) {
-    return {spdlog::level::err, std::move(text)};
 }
 
 CommunicatorTest::CommunicatorTest()

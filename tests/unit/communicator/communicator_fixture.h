@@ -18,11 +18,14 @@
 namespace kaz::wifi {
 
 using test::Answer;
+using test::debug;
+using test::error;
 using test::errorReply;
 using test::LogRecord;
 using test::noReply;
 using test::reply;
 using test::values;
+using test::warning;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -57,10 +60,6 @@ std::string getAllText(const std::string& path, const std::string& interface);
 std::string interfaceCall(const std::string& member, const std::string& arguments = "");
 
 ConnectionSettings openNetwork(const std::string& ssid);
-
-LogRecord debug(std::string text);
-LogRecord warning(std::string text);
-LogRecord error(std::string text);
 
 // A communicator and three scripted daemons on a private bus: systemd with the unit, the supplicant with one interface
 // without properties, and networkd without properties. `calls` records the calls of all three and of the handlers in

@@ -3,7 +3,7 @@
 
 #include "communicator/configured_network.h"
 #include "communicator/dbus_communicator.h"
-#include "unit/communicator/report_text.h"
+#include "support/printed_values/printed_reports.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Scans, access points, signal strength and EAP methods.
+#include "support/printed_values/printed_reports.h"
 #include "unit/communicator/communicator_fixture.h"
-#include "unit/communicator/report_text.h"
 
 namespace kaz::wifi {
 namespace {

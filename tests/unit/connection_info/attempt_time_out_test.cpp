@@ -2,34 +2,81 @@
 #include "unit/connection_info/tracker_fixture.h"
 
 #include <array>
-#include <chrono>
-#include <cstddef>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace kaz::test {
 namespace {
 
-using namespace std::chrono_literals;
+LogRecord noResponseFrom(const std::string& redactable) {
+    return warning("No response from wpa_supplicant, assuming we are disconnected from " + redactable);
+}
+const LogRecord noResponseFromHome = noResponseFrom(R"(ssid="Home")");
+
+const std::vector<TrackerCase> timeOutCases{
+    {"TimeoutBeginsWithTwoSeconds", from(fresh, attempt("Home"), wait(1ms)), "connectingWifi 'Home' -100",
+     1999ms},
+    {"TimeoutCountsDown", from(fresh, attempt("Home"), wait(1ms), wait(1500ms)), "connectingWifi 'Home' -100",
+     499ms},
+    {"NoTimeoutRunsInANewTracker", fresh, "disconnected '' 0"},
+    {"NoTimeoutRunsWhileConnected", connected, "connected 'Home' -50"},
+    {"NoTimeoutRunsAfterADisconnect", from(connected, disconnect),
+     "disconnected '' -100, causedByUser 'Home' @ 1000 ms"},
+
+    {"ExpiredTimeoutEndsTheAttemptWithAWarning",
+     from(fresh, statusDisconnected, wait(1s), attempt("Home"), wait(2s)),
+     "disconnected '' -100, causedBySystem 'Home' @ 3000 ms", std::nullopt, noResponseFromHome},
+    {"ExpiredTimeoutEndsTheAttemptOnce",
+     from(fresh, statusDisconnected, wait(1s), attempt("Home"), wait(2s), look, wait(2s)),
+     "disconnected '' -100, causedBySystem 'Home' @ 3000 ms", std::nullopt, noResponseFromHome},
+    {"ExpiredTimeoutWithoutAnyReportEndsDisconnected", from(fresh, attempt("Home"), wait(2s)),
+     "disconnected '' -100, causedBySystem 'Home' @ 2000 ms", std::nullopt, noResponseFromHome},
+    {"TimeoutDoesNotExpireWithAMillisecondLeft", from(fresh, attempt("Home"), wait(1'999'000'000ns)),
+     "connectingWifi 'Home' -100", 1ms},
+    {"TimeoutExpiresWithLessThanAMillisecondLeft",
+     from(fresh, attempt("Home"), wait(1'999'000'000ns), look, wait(1ns)),
+     "disconnected '' -100, causedBySystem 'Home' @ 1999.000001 ms", std::nullopt, noResponseFromHome},
+    {"ExpiredTimeoutPublishesTheConnectionThatTheSupplicantLastReported",
+     from(connected, attempt("Cafe"), wait(2s)), "connected 'Home' -50, causedBySystem 'Cafe' @ 3000 ms",
+     std::nullopt, noResponseFrom(R"(ssid="Cafe")")},
+
+    {"ScanPausesTheTimeout", from(fresh, attempt("Home"), wait(1500ms), scanning(true), wait(1h)),
+     "connectingWifi 'Home' -100"},
+    {"EndOfAScanRestartsTheTimeout",
+     from(fresh, attempt("Home"), wait(1500ms), scanning(true), wait(1h), look, scanning(false)),
+     "connectingWifi 'Home' -100", 2000ms},
+    {"TimeoutRestartedByAScanLasts",
+     from(fresh, attempt("Home"), wait(1500ms), scanning(true), wait(1h), look, scanning(false),
+          wait(1999ms)),
+     "connectingWifi 'Home' -100", 1ms},
+    {"TimeoutRestartedByAScanExpires",
+     from(fresh, attempt("Home"), wait(1500ms), scanning(true), wait(1h), look, scanning(false), wait(1999ms),
+          look, wait(1ms)),
+     "disconnected '' -100, causedBySystem 'Home' @ 3603500 ms", std::nullopt, noResponseFromHome},
+    {"ScanBegunBeforeTheAttemptPausesTheTimeout", from(fresh, scanning(true), attempt("Home"), wait(10s)),
+     "connectingWifi 'Home' -100"},
+    {"EndOfAScanThatDidNotRunDoesNotRestartTheTimeout",
+     from(fresh, attempt("Home"), wait(500ms), scanning(false)), "connectingWifi 'Home' -100", 1500ms},
+    {"EndOfAScanThatBeganTwiceRestartsTheTimeout",
+     from(fresh, attempt("Home"), wait(500ms), scanning(true), scanning(true), scanning(false)),
+     "connectingWifi 'Home' -100", 2000ms},
+    {"RepeatedEndOfAScanDoesNotRestartTheTimeout",
+     from(fresh, attempt("Home"), wait(500ms), scanning(true), scanning(false), wait(500ms), scanning(false)),
+     "connectingWifi 'Home' -100", 1500ms},
+
+    {"LinkSetUpStopsTheTimeout", from(fresh, attempt("Home"), wait(1999ms), statusConnecting, wait(1h)),
+     "connectingWifi 'Home' -100"},
+    {"LinkSetUpStopsTheTimeoutForGood",
+     from(fresh, attempt("Home"), wait(1999ms), statusConnecting, wait(1h), scanning(true), scanning(false),
+          wait(1h)),
+     "connectingWifi 'Home' -100"},
+    // Link set-up was seen in the former attempt only.
+    {"EveryAttemptRestartsTheTimeout",
+     from(fresh, attempt("Home"), statusConnecting, wait(1ns), attempt("Home")),
+     "connectingWifi 'Home' -100, causedByUser 'Home' @ 1e-06 ms", 2000ms},
+};
+
+INSTANTIATE_TEST_SUITE_P(AttemptTimeOut, Tracker, ::testing::ValuesIn(timeOutCases), nameOf);
 
 class AttemptTimeOut : public TrackerTest {};
-
-constexpr auto noResponseFromHome =
-    R"(No response from wpa_supplicant, assuming we are disconnected from ssid="Home")";
-
-TEST_F(AttemptTimeOut, TimeoutCountsDownFromTwoSeconds) {
-    tracker.notifyAboutConnectionAttempt("Home");
-    EXPECT_EQ(timeLeft(), 2000ms);
-    clock->advance(1ms);
-    EXPECT_EQ(timeLeft(), 1999ms);
-    clock->advance(1500ms);
-    EXPECT_EQ(timeLeft(), 499ms);
-    EXPECT_EQ(published(), "connectingWifi 'Home' -100");
-    EXPECT_TRUE(log.records().empty());
-}
 
 TEST_F(AttemptTimeOut, RestOfTheTimeoutIsTruncatedAndNotClamped) {
     struct Row {
@@ -53,147 +100,26 @@ TEST_F(AttemptTimeOut, RestOfTheTimeoutIsTruncatedAndNotClamped) {
         Row{24h, 2000ms - 24h},
     };
     for (const Row& row : rows) {
-        const auto ownClock = std::make_shared<FakeClock>();
-        wifi::ConnectionInfoHelper fresh(ownClock);
-        fresh.notifyAboutConnectionAttempt("Home");
-        ownClock->advance(row.elapsed);
-        EXPECT_EQ(fresh.getActiveTimeout(), row.left) << row.elapsed.count() << " ns";
+        happen({attempt("Home"), wait(row.elapsed)});
+        EXPECT_EQ(timeLeft(), row.left) << row.elapsed.count() << " ns";
     }
 }
 
-TEST_F(AttemptTimeOut, NoTimeoutRunsWithoutAnAttempt) {
-    EXPECT_EQ(timeLeft(), std::nullopt);
-    becomeConnected("Home");
-    EXPECT_EQ(timeLeft(), std::nullopt);
-    tracker.notifyAboutDisconnect();
-    EXPECT_EQ(timeLeft(), std::nullopt);
-}
-
-TEST_F(AttemptTimeOut, ExpiredTimeoutEndsTheAttemptWithAWarning) {
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    clock->advance(1s);
-    tracker.notifyAboutConnectionAttempt("Home");
-    clock->advance(2s);
-    EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 3000 ms");
-    EXPECT_EQ(log.records(), (RecordingLog::Records{{spdlog::level::warn, noResponseFromHome}}));
-    EXPECT_EQ(timeLeft(), std::nullopt);
-    clock->advance(2s);
-    EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 3000 ms") << "it is over";
-    EXPECT_EQ(log.records().size(), 1U);
-}
-
-TEST_F(AttemptTimeOut, ExpiredTimeoutWithoutAnyReportEndsDisconnected) {
-    tracker.notifyAboutConnectionAttempt("Home");
-    clock->advance(2s);
-    EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 2000 ms");
-}
-
-TEST_F(AttemptTimeOut, TimeoutExpiresWithLessThanAMillisecondLeft) {
-    tracker.notifyAboutConnectionAttempt("Home");
-    clock->advance(1'999'000'000ns);
-    EXPECT_EQ(published(), "connectingWifi 'Home' -100");
-    clock->advance(1ns);
-    EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 1999.000001 ms");
-}
-
 TEST_F(AttemptTimeOut, ExpiredTimeoutIsNoticedByEveryOperationThatUpdates) {
-    const std::vector<std::function<void()>> updates{
-        [&] { tracker.setCurrentBss(std::nullopt); },
-        [&] { tracker.setSupplicantStatus(SupplicantStatus::Disconnected); },
-        [&] { tracker.setNetworkdIsOnline(false); },
-        [&] { tracker.getConnectionInfo(); },
-        [&] { tracker.setSignalStrength(-40); },
-    };
+    const std::array updates{noBss, statusDisconnected, online(false), look, signal(-40)};
     for (std::size_t i = 0; i < updates.size(); ++i) {
-        tracker.setCurrentBss(bss("Old"));  // without a BSS, a signal is ignored
+        happen({bss("Old")});  // without a BSS, a signal is ignored
         log.clear();
-        tracker.notifyAboutConnectionAttempt("Home");
-        clock->advance(2s);
-        updates[i]();
-        EXPECT_EQ(log.texts(), std::vector<std::string>{noResponseFromHome}) << "operation " << i;
+        happen({attempt("Home"), wait(2s), updates[i]});
+        EXPECT_EQ(log.records(), RecordingLog::Records{noResponseFromHome}) << "operation " << i;
     }
 }
 
 TEST_F(AttemptTimeOut, ExpiredTimeoutIsNotNoticedByOperationsThatOnlyStore) {
-    tracker.notifyAboutConnectionAttempt("Home");
-    clock->advance(5s);
-    tracker.setCurrentNetworkSsid("Home");
-    tracker.setCurrentNetworkSsid(std::nullopt);
-    tracker.setScanning(false);
-    tracker.setSignalStrength(-40);
+    happen({attempt("Home"), wait(5s), select("Home"), selectNameless, scanning(false), signal(-40)});
     EXPECT_TRUE(log.records().empty());
-    tracker.notifyAboutConnectionAttempt("Other");
+    happen({attempt("Other")});
     EXPECT_TRUE(log.records().empty()) << "the former attempt was replaced before anybody looked";
-    EXPECT_EQ(timeLeft(), 2000ms);
-}
-
-TEST_F(AttemptTimeOut, ExpiredTimeoutPublishesTheConnectionThatTheSupplicantLastReported) {
-    becomeConnected("Old");
-    tracker.notifyAboutConnectionAttempt("Home");
-    clock->advance(2s);
-    EXPECT_EQ(published(), "connected 'Old' -50, causedBySystem 'Home' @ 3000 ms");
-    EXPECT_EQ(log.texts(), std::vector<std::string>{noResponseFromHome});
-}
-
-TEST_F(AttemptTimeOut, ScanPausesTheTimeoutAndItsEndRestartsIt) {
-    tracker.notifyAboutConnectionAttempt("Home");
-    clock->advance(1500ms);
-    tracker.setScanning(true);
-    EXPECT_EQ(timeLeft(), std::nullopt);
-    clock->advance(1h);
-    EXPECT_EQ(published(), "connectingWifi 'Home' -100");
-    tracker.setScanning(false);
-    EXPECT_EQ(timeLeft(), 2000ms);
-    clock->advance(1999ms);
-    EXPECT_EQ(published(), "connectingWifi 'Home' -100");
-    EXPECT_TRUE(log.records().empty());
-    clock->advance(1ms);
-    EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 3603500 ms");
-}
-
-TEST_F(AttemptTimeOut, ScanBegunBeforeTheAttemptPausesTheTimeout) {
-    tracker.setScanning(true);
-    tracker.notifyAboutConnectionAttempt("Home");
-    EXPECT_EQ(timeLeft(), std::nullopt);
-    clock->advance(10s);
-    EXPECT_EQ(published(), "connectingWifi 'Home' -100");
-}
-
-TEST_F(AttemptTimeOut, RepeatedEndOfAScanDoesNotRestartTheTimeout) {
-    tracker.notifyAboutConnectionAttempt("Home");
-    clock->advance(500ms);
-    tracker.setScanning(false);
-    EXPECT_EQ(timeLeft(), 1500ms) << "no scan was running";
-    tracker.setScanning(true);
-    tracker.setScanning(true);
-    tracker.setScanning(false);
-    EXPECT_EQ(timeLeft(), 2000ms);
-    clock->advance(500ms);
-    tracker.setScanning(false);
-    EXPECT_EQ(timeLeft(), 1500ms);
-}
-
-TEST_F(AttemptTimeOut, LinkSetUpStopsTheTimeoutForGood) {
-    tracker.notifyAboutConnectionAttempt("Home");
-    clock->advance(1999ms);
-    tracker.setSupplicantStatus(SupplicantStatus::Connecting);
-    EXPECT_EQ(timeLeft(), std::nullopt);
-    clock->advance(1h);
-    tracker.setScanning(true);
-    tracker.setScanning(false);
-    EXPECT_EQ(timeLeft(), std::nullopt);
-    clock->advance(1h);
-    EXPECT_EQ(published(), "connectingWifi 'Home' -100");
-    EXPECT_TRUE(log.records().empty());
-}
-
-TEST_F(AttemptTimeOut, EveryAttemptRestartsTheTimeout) {
-    tracker.notifyAboutConnectionAttempt("Home");
-    tracker.setSupplicantStatus(SupplicantStatus::Connecting);
-    clock->advance(1ns);
-    tracker.notifyAboutConnectionAttempt("Home");
-    EXPECT_EQ(timeLeft(), 2000ms) << "link set-up was seen in the former attempt only";
-    EXPECT_EQ(published(), "connectingWifi 'Home' -100, causedByUser 'Home' @ 1e-06 ms");
     EXPECT_EQ(timeLeft(), 2000ms);
 }
 
@@ -212,13 +138,8 @@ TEST_F(AttemptTimeOut, ExpiredTimeoutNamesTheNetworkInRedactableForm) {
     };
     for (const Row& row : rows) {
         log.clear();
-        tracker.notifyAboutConnectionAttempt(row.ssid);
-        clock->advance(2s);
-        tracker.getConnectionInfo();
-        EXPECT_EQ(log.texts(), std::vector<std::string>{"No response from wpa_supplicant, assuming we are "
-                                                        "disconnected from " +
-                                                        row.redactable})
-            << row.redactable;
+        happen({attempt(row.ssid), wait(2s), look});
+        EXPECT_EQ(log.records(), RecordingLog::Records{noResponseFrom(row.redactable)});
     }
 }
 

@@ -1,195 +1,80 @@
 // Disconnecting and forgetting at the user's request.
 #include "unit/connection_info/tracker_fixture.h"
 
-#include <optional>
-
 namespace kaz::test {
 namespace {
 
-using namespace std::chrono_literals;
+const std::vector<TrackerCase> disconnectCases{
+    {"DisconnectIsPublishedAtOnceAsByUser", from(connected, disconnect),
+     "disconnected '' -100, causedByUser 'Home' @ 1000 ms"},
+    {"RepeatedDisconnectKeepsTheFirstRecord", from(connected, statusDisconnected, wait(1s), disconnect),
+     "disconnected '' -100, causedBySystem 'Home' @ 1000 ms"},
+    {"DisconnectWithoutAConnectionRecordsNothing", from(fresh, disconnect), "disconnected '' -100"},
+    {"DisconnectEndsTheAttempt", from(attempting, disconnect, wait(10s)),
+     "disconnected '' -100, causedByUser 'Home' @ 100 ms"},
 
-class DisconnectRequest : public TrackerTest {};
-class Forgetting : public TrackerTest {};
+    {"ReportOlderThanTheDisconnectIsIgnored",
+     from(connected, disconnect, bss("Home", -40), online(false), online(true)),
+     "disconnected '' -100, causedByUser 'Home' @ 1000 ms"},
+    {"ReportNewerThanTheDisconnectRestoresTheConnection",
+     from(connected, disconnect, wait(1ns), statusConnected),
+     "connected 'Home' -50, causedByUser 'Home' @ 1000 ms"},
+    {"RestoredConnectionFollowsNetworkd",
+     from(connected, disconnect, wait(1ns), statusConnected, look, online(false)),
+     "connectingIP 'Home' -50, causedByUser 'Home' @ 1000 ms"},
+    {"ReportOfTheDisconnectsTimeRestoresTheConnection", from(connected, disconnect, statusConnected),
+     "connected 'Home' -50, causedByUser 'Home' @ 1000 ms"},
 
-TEST_F(DisconnectRequest, DisconnectIsPublishedAtOnceAsByUser) {
-    becomeConnected("Home");
-    tracker.notifyAboutDisconnect();
-    EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 1000 ms");
-}
+    {"PendingDisconnectMakesALaterDropByUser",
+     from(connected, disconnect, wait(1s), statusConnected, wait(1s), statusDisconnected),
+     "disconnected '' -100, causedByUser 'Home' @ 3000 ms"},
+    {"AnsweredDisconnectMakesTheNextDropBySystem",
+     from(connected, disconnect, wait(1s), statusConnected, statusDisconnected, statusConnected, wait(1s),
+          statusDisconnected),
+     "disconnected '' -100, causedBySystem 'Home' @ 3000 ms"},
+    {"DisconnectStaysPendingWhenItsAnswerChangesNothing",
+     from(connected, disconnect, statusDisconnected, wait(1s), statusConnected, statusDisabled),
+     "disconnected '' -100, causedByUser 'Home' @ 2000 ms"},
+    {"ConnectCancelsThePendingDisconnect",
+     from(connected, disconnect, attempt("Home"), wait(1s), statusConnecting, statusDisconnected),
+     "disconnected '' -100, causedBySystem 'Home' @ 2000 ms", std::nullopt,
+     debug("Disconnected after attempted connection to ssid=\"Home\"")},
+    {"SelectionBySupplicantCancelsThePendingDisconnect",
+     from(connected, disconnect, wait(1s), select("Cafe"), statusConnecting, statusDisconnected),
+     "disconnected '' -100, causedBySystem 'Cafe' @ 2000 ms", std::nullopt,
+     debug("Disconnected after attempted connection to ssid=\"Cafe\"")},
+    {"StoppedSupplicantCancelsThePendingDisconnect",
+     from(connected, disconnect, supplicantStops, bss("Home"), statusConnected, wait(1s), statusDisconnected),
+     "disconnected '' -100, causedBySystem 'Home' @ 2000 ms"},
+};
 
-TEST_F(DisconnectRequest, RepeatedDisconnectKeepsTheFirstRecord) {
-    becomeConnected("Home");
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    clock->advance(1s);
-    tracker.notifyAboutDisconnect();
-    EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 1000 ms");
-}
+const std::vector<TrackerCase> forgettingCases{
+    {"ForgettingTheNetworkInUseIsADisconnect", from(connected, forget("Home")),
+     "disconnected '' -100, causedByUser 'Home' @ 1000 ms"},
+    {"ForgettingTheNetworkInUseStaysPending",
+     from(connected, forget("Home"), look, wait(1s), statusConnected, statusDisconnected),
+     "disconnected '' -100, causedByUser 'Home' @ 2000 ms"},
+    {"ForgettingTheRequestedNetworkEndsTheAttempt", from(fresh, attempt("Home"), forget("Home")),
+     "disconnected '' -100, causedByUser 'Home' @ 0 ms"},
+    {"ForgettingAnotherNetworkWhileConnectedHasNoEffect", from(connected, forget("Cafe"), forget("")),
+     "connected 'Home' -50"},
+    {"ForgettingADroppedNetworkMakesTheDropByUserAndRenewsItsTime",
+     from(connected, statusDisconnected, wait(5s), forget("Home")),
+     "disconnected '' -100, causedByUser 'Home' @ 6000 ms"},
+    {"ForgettingAnotherNetworkThanTheDroppedHasNoEffect",
+     from(connected, statusDisconnected, wait(5s), forget("home"), forget("")),
+     "disconnected '' -100, causedBySystem 'Home' @ 1000 ms"},
+    {"ForgettingANetworkDisconnectedByUserKeepsItsTime",
+     from(connected, disconnect, wait(5s), forget("Home")),
+     "disconnected '' -100, causedByUser 'Home' @ 1000 ms"},
+    {"ForgettingInANewTrackerHasNoEffect", from(fresh, forget("Home"), forget("")), "disconnected '' 0"},
+    // The BSS without a name has the name of a disconnected record, and lends it its signal.
+    {"EmptySsidsAreEqual", from(fresh, bss(""), statusConnecting, wait(1s), forget("")),
+     "disconnected '' -50, causedByUser '' @ 1000 ms"},
+};
 
-TEST_F(DisconnectRequest, DisconnectWithoutAConnectionRecordsNothing) {
-    tracker.notifyAboutDisconnect();
-    EXPECT_EQ(published(), "disconnected '' -100");
-}
-
-TEST_F(DisconnectRequest, DisconnectEndsTheAttempt) {
-    tracker.notifyAboutConnectionAttempt("Home");
-    clock->advance(100ms);
-    tracker.notifyAboutDisconnect();
-    EXPECT_EQ(timeLeft(), std::nullopt);
-    clock->advance(10s);
-    EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 100 ms");
-    EXPECT_TRUE(log.records().empty());
-}
-
-TEST_F(DisconnectRequest, ReportOlderThanTheDisconnectIsIgnored) {
-    becomeConnected("Home");
-    tracker.notifyAboutDisconnect();
-    tracker.setCurrentBss(bss("Home", -40));
-    tracker.setNetworkdIsOnline(false);
-    tracker.setNetworkdIsOnline(true);
-    EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 1000 ms");
-}
-
-TEST_F(DisconnectRequest, ReportNewerThanTheDisconnectRestoresTheConnection) {
-    becomeConnected("Home");
-    tracker.notifyAboutDisconnect();
-    clock->advance(1ns);
-    tracker.setSupplicantStatus(SupplicantStatus::Connected);
-    EXPECT_EQ(published(), "connected 'Home' -50, causedByUser 'Home' @ 1000 ms");
-    tracker.setNetworkdIsOnline(false);
-    EXPECT_EQ(published(), "connectingIP 'Home' -50, causedByUser 'Home' @ 1000 ms");
-}
-
-TEST_F(DisconnectRequest, ReportOfTheDisconnectsTimeRestoresTheConnection) {
-    becomeConnected("Home");
-    tracker.notifyAboutDisconnect();
-    tracker.setSupplicantStatus(SupplicantStatus::Connected);
-    EXPECT_EQ(published(), "connected 'Home' -50, causedByUser 'Home' @ 1000 ms");
-}
-
-TEST_F(DisconnectRequest, PendingDisconnectMakesALaterDropByUser) {
-    becomeConnected("Home");
-    tracker.notifyAboutDisconnect();
-    clock->advance(1s);
-    tracker.setSupplicantStatus(SupplicantStatus::Connected);
-    clock->advance(1s);
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 3000 ms");
-}
-
-TEST_F(DisconnectRequest, AnsweredDisconnectMakesTheNextDropBySystem) {
-    becomeConnected("Home");
-    tracker.notifyAboutDisconnect();
-    clock->advance(1s);
-    tracker.setSupplicantStatus(SupplicantStatus::Connected);
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    tracker.setSupplicantStatus(SupplicantStatus::Connected);
-    clock->advance(1s);
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 3000 ms");
-}
-
-TEST_F(DisconnectRequest, DisconnectStaysPendingWhenItsAnswerChangesNothing) {
-    becomeConnected("Home");
-    tracker.notifyAboutDisconnect();
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    clock->advance(1s);
-    tracker.setSupplicantStatus(SupplicantStatus::Connected);
-    tracker.setSupplicantStatus(SupplicantStatus::InterfaceDisabled);
-    EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 2000 ms");
-}
-
-TEST_F(DisconnectRequest, ConnectCancelsThePendingDisconnect) {
-    becomeConnected("Home");
-    tracker.notifyAboutDisconnect();
-    tracker.notifyAboutConnectionAttempt("Home");
-    clock->advance(1s);
-    tracker.setSupplicantStatus(SupplicantStatus::Connecting);
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 2000 ms");
-}
-
-TEST_F(DisconnectRequest, SelectionBySupplicantCancelsThePendingDisconnect) {
-    becomeConnected("Home");
-    tracker.notifyAboutDisconnect();
-    clock->advance(1s);
-    tracker.setCurrentNetworkSsid("Cafe");
-    tracker.setSupplicantStatus(SupplicantStatus::Connecting);
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Cafe' @ 2000 ms");
-}
-
-TEST_F(DisconnectRequest, StoppedSupplicantCancelsThePendingDisconnect) {
-    becomeConnected("Home");
-    tracker.notifyAboutDisconnect();
-    tracker.setSupplicantState(false);
-    reportSuccess("Home");
-    clock->advance(1s);
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 2000 ms");
-}
-
-TEST_F(Forgetting, ForgettingTheNetworkInUseIsADisconnect) {
-    becomeConnected("Home");
-    tracker.notifyAboutForget("Home");
-    EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 1000 ms");
-    clock->advance(1s);
-    tracker.setSupplicantStatus(SupplicantStatus::Connected);
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 2000 ms")
-        << "the request was pending";
-}
-
-TEST_F(Forgetting, ForgettingTheRequestedNetworkEndsTheAttempt) {
-    tracker.notifyAboutConnectionAttempt("Home");
-    tracker.notifyAboutForget("Home");
-    EXPECT_EQ(timeLeft(), std::nullopt);
-    EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 0 ms");
-}
-
-TEST_F(Forgetting, ForgettingAnotherNetworkWhileConnectedHasNoEffect) {
-    becomeConnected("Home");
-    tracker.notifyAboutForget("Cafe");
-    tracker.notifyAboutForget("");
-    EXPECT_EQ(published(), "connected 'Home' -50");
-}
-
-TEST_F(Forgetting, ForgettingADroppedNetworkMakesTheDropByUserAndRenewsItsTime) {
-    becomeConnected("Home");
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    clock->advance(5s);
-    tracker.notifyAboutForget("Home");
-    EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 6000 ms");
-}
-
-TEST_F(Forgetting, ForgettingAnotherNetworkThanTheDroppedHasNoEffect) {
-    becomeConnected("Home");
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    clock->advance(5s);
-    tracker.notifyAboutForget("home");
-    tracker.notifyAboutForget("");
-    EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 1000 ms");
-}
-
-TEST_F(Forgetting, ForgettingANetworkDisconnectedByUserKeepsItsTime) {
-    becomeConnected("Home");
-    tracker.notifyAboutDisconnect();
-    clock->advance(5s);
-    tracker.notifyAboutForget("Home");
-    EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 1000 ms");
-}
-
-TEST_F(Forgetting, ForgettingInANewTrackerHasNoEffect) {
-    tracker.notifyAboutForget("Home");
-    tracker.notifyAboutForget("");
-    EXPECT_EQ(published(), "disconnected '' 0");
-}
-
-TEST_F(Forgetting, EmptySsidsAreEqual) {
-    becomeConnecting("");
-    tracker.notifyAboutForget("");
-    EXPECT_EQ(published(), "disconnected '' -50, causedByUser '' @ 1000 ms")
-        << "the BSS without a name has the name of a disconnected record, and lends it its signal";
-}
+INSTANTIATE_TEST_SUITE_P(DisconnectRequest, Tracker, ::testing::ValuesIn(disconnectCases), nameOf);
+INSTANTIATE_TEST_SUITE_P(Forgetting, Tracker, ::testing::ValuesIn(forgettingCases), nameOf);
 
 }  // namespace
 }  // namespace kaz::test

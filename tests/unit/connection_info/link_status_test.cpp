@@ -1,166 +1,87 @@
 // The published state while no attempt is pending: it follows the supplicant, networkd and the signal.
 #include "unit/connection_info/tracker_fixture.h"
 
-#include <memory>
-
 namespace kaz::test {
 namespace {
 
-using namespace std::chrono_literals;
+const std::vector<TrackerCase> linkCases{
+    {"NewTrackerIsDisconnectedWithSignalZero", fresh, "disconnected '' 0"},
+    {"LinkSetUpWithoutABssHasNoEffect", from(fresh, statusConnecting), "disconnected '' 0"},
+    {"LinkWithoutABssHasNoEffect", from(fresh, statusConnecting, look, statusConnected), "disconnected '' 0"},
+    {"LinkSetUpIsConnectingWifi", connecting, "connectingWifi 'Home' -50"},
+    {"OrderOfStatusAndBssDoesNotMatter", from(fresh, statusConnecting, bss("Home")),
+     "connectingWifi 'Home' -50"},
+    {"LinkIsConnectingIpUntilNetworkdIsOnline", connectingIP, "connectingIP 'Home' -50"},
+    {"LinkIsConnectedWhenNetworkdIsOnline", from(connectingIP, look, online(true)), "connected 'Home' -50"},
+    {"LinkIsConnectingIpAfterNetworkdWasOnline", from(connectingIP, look, online(true), look, online(false)),
+     "connectingIP 'Home' -50"},
+    {"NetworkdIsIgnoredWithoutALink", from(fresh, online(true)), "disconnected '' 0"},
+    {"NetworkdIsIgnoredDuringLinkSetUp", from(fresh, online(true), look, bss("Home"), statusConnecting),
+     "connectingWifi 'Home' -50"},
+
+    {"NoStatusIsADropBySystem", from(connectingIP, statusMissing),
+     "disconnected '' -100, causedBySystem 'Home' @ 1000 ms"},
+    {"DisabledInterfaceIsADropBySystem", from(connectingIP, statusDisabled),
+     "disconnected '' -100, causedBySystem 'Home' @ 1000 ms"},
+    {"DisconnectedStatusIsADropBySystem", from(connectingIP, statusDisconnected),
+     "disconnected '' -100, causedBySystem 'Home' @ 1000 ms"},
+    {"ReturnToLinkSetUpIsNoDisconnect", from(connected, statusConnecting), "connectingWifi 'Home' -50"},
+    {"LinkToAnotherNetworkRecordsADisconnectBySystem", from(connected, bss("Cafe", -66)),
+     "connected 'Cafe' -66, causedBySystem 'Home' @ 1000 ms"},
+    {"LinkAfterADisconnectKeepsItsRecord",
+     from(connected, statusDisconnected, wait(1s), bss("Cafe"), statusConnecting),
+     "connectingWifi 'Cafe' -50, causedBySystem 'Home' @ 1000 ms"},
+    {"AnotherBssOfTheNetworkChangesOnlyTheSignal", from(connected, bss("Home", -77)), "connected 'Home' -77"},
+
+    {"ClearedBssKeepsTheRecord", from(connected, noBss), "connected 'Home' -50"},
+    {"NothingIsDecidedWithoutABss", from(connected, noBss, look, online(false)), "connected 'Home' -50"},
+    {"ClearedBssKeepsTheRecordUntilTheNextStatus",
+     from(connected, noBss, look, online(false), look, statusDisconnected),
+     "disconnected '' -100, causedBySystem 'Home' @ 1000 ms"},
+    // The names are equal, so the signal counts.
+    {"BssWithoutSsidLendsItsSignalToADisconnectedRecord", from(fresh, bss("", -70)), "disconnected '' -70"},
+    {"BssWithoutSsidIsPublishedWithAnEmptySsid", from(fresh, bss("", -70), look, statusConnected),
+     "connectingIP '' -70"},
+};
+
+const std::vector<TrackerCase> signalCases{
+    {"SignalIsThatOfTheBss", from(connected, signal(-33)), "connected 'Home' -33"},
+    {"SignalWithoutAnyBssIsIgnored", from(fresh, signal(-33)), "disconnected '' 0"},
+    {"SignalAfterTheBssWasClearedIsIgnored", from(connected, noBss, signal(-33)), "connected 'Home' -50"},
+    {"NextBssBringsItsSignal", from(connected, noBss, signal(-33), look, bss("Home", -55)),
+     "connected 'Home' -55"},
+    {"SignalOfAnotherNetworksBssIsNotPublished", from(connected, attempt("Cafe"), signal(-33)),
+     "connectingWifi 'Cafe' -100, causedByUser 'Home' @ 1000 ms", 2000ms},
+    {"SignalOfAnotherNetworksBssIsKeptForThatNetwork",
+     from(connected, attempt("Cafe"), signal(-33), look, wait(2s)),
+     "connected 'Home' -33, causedBySystem 'Cafe' @ 3000 ms", std::nullopt,
+     warning(R"(No response from wpa_supplicant, assuming we are disconnected from ssid="Cafe")")},
+    {"SignalDoesNotRenewTheBss",
+     from(fresh, bss("Home"), wait(1ns), attempt("Home"), statusConnected, signal(-33)),
+     "connectingWifi 'Home' -33", 2000ms},
+    {"DisconnectedRecordHasNoSignal", from(connected, statusDisconnected, signal(-33)),
+     "disconnected '' -100, causedBySystem 'Home' @ 1000 ms"},
+};
+
+INSTANTIATE_TEST_SUITE_P(LinkStatus, Tracker, ::testing::ValuesIn(linkCases), nameOf);
+INSTANTIATE_TEST_SUITE_P(Signal, Tracker, ::testing::ValuesIn(signalCases), nameOf);
 
 class LinkStatus : public TrackerTest {};
-class Signal : public TrackerTest {};
 
-TEST_F(LinkStatus, NewTrackerIsDisconnectedWithSignalZero) {
-    EXPECT_EQ(published(), "disconnected '' 0");
+TEST_F(LinkStatus, NewTrackerHasANewRecord) {
     EXPECT_EQ(tracker.getConnectionInfo(), ConnectionInfo());
     EXPECT_EQ(tracker.getConnectionInfo().disconnectTime, FakeClock::TimePoint());
 }
 
-TEST_F(LinkStatus, StatusWithoutABssHasNoEffect) {
-    for (const auto status : {SupplicantStatus::Connecting, SupplicantStatus::Connected}) {
-        tracker.setSupplicantStatus(status);
-        EXPECT_EQ(published(), "disconnected '' 0") << ::testing::PrintToString(status);
-    }
-}
-
-TEST_F(LinkStatus, LinkSetUpIsConnectingWifi) {
-    becomeConnecting("Home");
-    EXPECT_EQ(published(), "connectingWifi 'Home' -50");
-}
-
-TEST_F(LinkStatus, OrderOfStatusAndBssDoesNotMatter) {
-    tracker.setSupplicantStatus(SupplicantStatus::Connecting);
-    tracker.setCurrentBss(bss("Home"));
-    EXPECT_EQ(published(), "connectingWifi 'Home' -50");
-}
-
-TEST_F(LinkStatus, LinkIsConnectingIpUntilNetworkdIsOnline) {
-    becomeConnectingIP("Home");
-    EXPECT_EQ(published(), "connectingIP 'Home' -50");
-    tracker.setNetworkdIsOnline(true);
-    EXPECT_EQ(published(), "connected 'Home' -50");
-    tracker.setNetworkdIsOnline(false);
-    EXPECT_EQ(published(), "connectingIP 'Home' -50");
-}
-
-TEST_F(LinkStatus, NetworkdIsIgnoredWhileTheLinkIsNotUp) {
-    tracker.setNetworkdIsOnline(true);
-    EXPECT_EQ(published(), "disconnected '' 0");
-    becomeConnecting("Home");
-    EXPECT_EQ(published(), "connectingWifi 'Home' -50");
-}
-
-TEST_F(LinkStatus, StatusBelowConnectingIsADropBySystem) {
-    for (const auto status :
-         {noReportYet, SupplicantStatus::InterfaceDisabled, SupplicantStatus::Disconnected}) {
-        const auto ownClock = std::make_shared<FakeClock>();
-        wifi::ConnectionInfoHelper fresh(ownClock);
-        fresh.setCurrentBss(bss("Home"));
-        fresh.setSupplicantStatus(SupplicantStatus::Connected);
-        ownClock->advance(1s);
-        fresh.setSupplicantStatus(status);
-        EXPECT_EQ(describe(fresh.getConnectionInfo()),
-                  "disconnected '' -100, causedBySystem 'Home' @ 1000 ms")
-            << ::testing::PrintToString(status);
-    }
-}
-
-TEST_F(LinkStatus, ReturnToLinkSetUpIsNoDisconnect) {
-    becomeConnected("Home");
-    tracker.setSupplicantStatus(SupplicantStatus::Connecting);
-    EXPECT_EQ(published(), "connectingWifi 'Home' -50");
-}
-
 TEST_F(LinkStatus, UnknownStatusHasNoEffect) {
-    becomeConnected("Home");
+    happen(connected);
     for (const int number : {-1, 5, 1000}) {
-        tracker.setSupplicantStatus(static_cast<SupplicantStatus>(number));
+        happen({status(static_cast<SupplicantStatus>(number))});
         EXPECT_EQ(published(), "connected 'Home' -50") << number;
-        tracker.setSignalStrength(-60);
+        happen({signal(-60)});
         EXPECT_EQ(published(), "connected 'Home' -60") << number;
-        tracker.setSignalStrength(-50);
+        happen({signal(-50)});
     }
-}
-
-TEST_F(LinkStatus, LinkToAnotherNetworkRecordsADisconnectBySystem) {
-    becomeConnected("Home");
-    tracker.setCurrentBss(bss("Cafe", -66));
-    EXPECT_EQ(published(), "connected 'Cafe' -66, causedBySystem 'Home' @ 1000 ms");
-}
-
-TEST_F(LinkStatus, LinkAfterADisconnectKeepsItsRecord) {
-    becomeConnected("Home");
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    clock->advance(1s);
-    tracker.setCurrentBss(bss("Cafe"));
-    tracker.setSupplicantStatus(SupplicantStatus::Connecting);
-    EXPECT_EQ(published(), "connectingWifi 'Cafe' -50, causedBySystem 'Home' @ 1000 ms");
-}
-
-TEST_F(LinkStatus, AnotherBssOfTheNetworkChangesOnlyTheSignal) {
-    becomeConnected("Home");
-    tracker.setCurrentBss(bss("Home", -77));
-    EXPECT_EQ(published(), "connected 'Home' -77");
-}
-
-TEST_F(LinkStatus, ClearedBssKeepsTheRecordUntilTheNextStatus) {
-    becomeConnected("Home");
-    tracker.setCurrentBss(std::nullopt);
-    EXPECT_EQ(published(), "connected 'Home' -50");
-    tracker.setNetworkdIsOnline(false);
-    EXPECT_EQ(published(), "connected 'Home' -50") << "nothing is decided without a BSS";
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    EXPECT_EQ(published(), "disconnected '' -100, causedBySystem 'Home' @ 1000 ms");
-}
-
-TEST_F(LinkStatus, BssWithoutSsidIsPublishedWithAnEmptySsid) {
-    tracker.setCurrentBss(bss("", -70));
-    EXPECT_EQ(published(), "disconnected '' -70") << "the names are equal, so the signal counts";
-    tracker.setSupplicantStatus(SupplicantStatus::Connected);
-    EXPECT_EQ(published(), "connectingIP '' -70");
-}
-
-TEST_F(Signal, SignalIsThatOfTheBss) {
-    becomeConnected("Home");
-    tracker.setSignalStrength(-33);
-    EXPECT_EQ(published(), "connected 'Home' -33");
-}
-
-TEST_F(Signal, SignalWithoutABssIsIgnored) {
-    tracker.setSignalStrength(-33);
-    EXPECT_EQ(published(), "disconnected '' 0");
-    becomeConnected("Home");
-    tracker.setCurrentBss(std::nullopt);
-    tracker.setSignalStrength(-33);
-    EXPECT_EQ(published(), "connected 'Home' -50");
-    tracker.setCurrentBss(bss("Home", -55));
-    EXPECT_EQ(published(), "connected 'Home' -55");
-}
-
-TEST_F(Signal, SignalOfAnotherNetworksBssIsKeptForThatNetwork) {
-    becomeConnected("Home");
-    tracker.notifyAboutConnectionAttempt("Cafe");
-    tracker.setSignalStrength(-33);
-    EXPECT_EQ(published(), "connectingWifi 'Cafe' -100, causedByUser 'Home' @ 1000 ms");
-    clock->advance(2s);
-    EXPECT_EQ(tracker.getConnectionInfo().signal, -33) << "back on Home, whose BSS has that signal";
-}
-
-TEST_F(Signal, SignalDoesNotRenewTheBss) {
-    tracker.setCurrentBss(bss("Home"));
-    clock->advance(1ns);
-    tracker.notifyAboutConnectionAttempt("Home");
-    tracker.setSupplicantStatus(SupplicantStatus::Connected);
-    tracker.setSignalStrength(-33);
-    EXPECT_EQ(published(), "connectingWifi 'Home' -33");
-}
-
-TEST_F(Signal, DisconnectedRecordHasNoSignal) {
-    becomeConnected("Home");
-    tracker.setSupplicantStatus(SupplicantStatus::Disconnected);
-    tracker.setSignalStrength(-33);
-    EXPECT_EQ(tracker.getConnectionInfo().signal, wifi::Communicator::NoSignaldBm);
 }
 
 }  // namespace

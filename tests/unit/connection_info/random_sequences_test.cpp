@@ -4,43 +4,20 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <map>
-#include <memory>
-#include <optional>
 #include <random>
-#include <string>
-#include <vector>
 
 namespace kaz::test {
 namespace {
 
-using namespace std::chrono_literals;
+using Kind = TrackerEvent::Kind;
 using Reason = ConnectionInfo::DisconnectReason;
 using Status = ConnectionInfo::Status;
 
 constexpr std::uint64_t sequences = 3000;
 constexpr int eventsInASequence = 120;
-
-enum class Event {
-    attempt,
-    disconnect,
-    forget,
-    select,
-    selectNameless,
-    scanning,
-    bss,
-    noBss,
-    status,
-    signal,
-    online,
-    supplicant,
-    look,
-    wait,
-};
 
 // The events and their arguments.
 class RandomSequence {
@@ -48,19 +25,28 @@ class RandomSequence {
     // Odd seeds also give an empty SSID and unknown statuses.
     explicit RandomSequence(std::uint64_t seed) : random_(seed), odd_(seed % 2 == 1) {}
 
-    Event next() {
+    TrackerEvent next() {
         // Waiting, statuses and BSSs are frequent. A supplicant that starts or stops is rare, because it ends attempts.
-        static constexpr std::array events{
-            Event::attempt, Event::attempt,  Event::disconnect, Event::forget, Event::select,
-            Event::select,  Event::scanning, Event::scanning,   Event::bss,    Event::bss,
-            Event::bss,     Event::noBss,    Event::status,     Event::status, Event::status,
-            Event::status,  Event::status,   Event::signal,     Event::online, Event::selectNameless,
-            Event::look,    Event::wait,     Event::wait,       Event::wait,   Event::wait,
-            Event::wait,    Event::wait};
-        const auto number = pick(static_cast<int>(events.size()) * 4);
-        return number == 0 ? Event::supplicant : events[static_cast<std::size_t>(number) % events.size()];
+        static constexpr std::array kinds{
+            Kind::connect,  Kind::connect,        Kind::disconnect, Kind::forget, Kind::select, Kind::select,
+            Kind::scanning, Kind::scanning,       Kind::bss,        Kind::bss,    Kind::bss,    Kind::noBss,
+            Kind::status,   Kind::status,         Kind::status,     Kind::status, Kind::status, Kind::signal,
+            Kind::online,   Kind::selectNameless, Kind::look,       Kind::wait,   Kind::wait,   Kind::wait,
+            Kind::wait,     Kind::wait,           Kind::wait};
+        const auto number = pick(static_cast<int>(kinds.size()) * 4);
+        TrackerEvent event{.ssid = ssid(), .dBm = -30 - pick(60), .flag = flag(), .status = status()};
+        if (number == 0) {
+            event.kind = event.flag ? Kind::supplicantComes : Kind::supplicantGoes;
+        } else {
+            event.kind = kinds[static_cast<std::size_t>(number) % kinds.size()];
+        }
+        event.duration = event.kind == Kind::wait ? duration() : 0ns;
+        return event;
     }
 
+    bool isOdd() const { return odd_; }
+
+  private:
     int pick(int count) { return std::uniform_int_distribution<int>(0, count - 1)(random_); }
     bool flag() { return pick(2) == 1; }
 
@@ -69,9 +55,9 @@ class RandomSequence {
         return ssids[static_cast<std::size_t>(pick(odd_ ? 4 : 3))];
     }
 
-    int status() {
+    SupplicantStatus status() {
         static constexpr std::array statuses{1, 2, 2, 3, 3, 3, 4, 4, 4, 0, -1, 5};
-        return statuses[static_cast<std::size_t>(pick(odd_ ? 12 : 9))];
+        return static_cast<SupplicantStatus>(statuses[static_cast<std::size_t>(pick(odd_ ? 12 : 9))]);
     }
 
     std::chrono::nanoseconds duration() {
@@ -80,9 +66,6 @@ class RandomSequence {
         return durations[static_cast<std::size_t>(pick(10))];
     }
 
-    bool isOdd() const { return odd_; }
-
-  private:
     std::mt19937_64 random_;
     bool odd_;
 };
@@ -117,68 +100,13 @@ class Comparison {
     const std::vector<std::string>& texts() const { return texts_; }
 
   private:
-    template <typename Operation>
-    void both(const std::string& name, const std::string& argument, const Operation& operation) {
-        story_ += name + '(' + argument + ") ";
-        operation(tracker_);
-        operation(model_);
-    }
-
     void happen() {
-        const std::string ssid = random_.ssid();
-        const std::string printable = ::testing::PrintToString(ssid);
-        argument_ = ssid;
-        switch (event_) {
-            case Event::attempt:
-                return both("attempt", printable, [&](auto& t) { t.notifyAboutConnectionAttempt(ssid); });
-            case Event::disconnect:
-                return both("disconnect", "", [&](auto& t) { t.notifyAboutDisconnect(); });
-            case Event::forget:
-                return both("forget", printable, [&](auto& t) { t.notifyAboutForget(ssid); });
-            case Event::select:
-                return both("select", printable, [&](auto& t) { t.setCurrentNetworkSsid(ssid); });
-            case Event::selectNameless:
-                return both("select", "-", [&](auto& t) { t.setCurrentNetworkSsid(std::nullopt); });
-            case Event::bss: {
-                const Bss next = bss(ssid, -30 - random_.pick(60));
-                return both("bss", printable, [&](auto& t) { t.setCurrentBss(next); });
-            }
-            case Event::noBss:
-                return both("bss", "-", [&](auto& t) { t.setCurrentBss(std::nullopt); });
-            case Event::look:
-                return both("look", "", [&](auto& t) { t.getConnectionInfo(); });
-            case Event::scanning:
-            case Event::status:
-            case Event::signal:
-            case Event::online:
-            case Event::supplicant:
-            case Event::wait:
-                return happenWithANumber();
-        }
-    }
-
-    void happenWithANumber() {
-        const bool flag = random_.flag();
-        const int status = random_.status();
-        const int signal = -30 - random_.pick(60);
-        const auto duration = random_.duration();
-        if (event_ == Event::scanning) {
-            scanning_ = flag;
-            both("scanning", flag ? "true" : "false", [&](auto& t) { t.setScanning(flag); });
-        } else if (event_ == Event::status) {
-            both("status", std::to_string(status),
-                 [&](auto& t) { t.setSupplicantStatus(static_cast<SupplicantStatus>(status)); });
-        } else if (event_ == Event::signal) {
-            both("signal", std::to_string(signal), [&](auto& t) { t.setSignalStrength(signal); });
-        } else if (event_ == Event::online) {
-            both("online", flag ? "true" : "false", [&](auto& t) { t.setNetworkdIsOnline(flag); });
-        } else if (event_ == Event::supplicant) {
-            scanning_ = scanning_ && flag;
-            both("supplicant", flag ? "true" : "false", [&](auto& t) { t.setSupplicantState(flag); });
-        } else {
-            story_ += "wait(" + std::to_string(duration.count()) + ") ";
-            clock_->advance(duration);
-        }
+        story_ += ::testing::PrintToString(event_) + "; ";
+        scanning_ =
+            event_.kind == Kind::scanning ? event_.flag : scanning_ && !isOneOf({Kind::supplicantGoes});
+        clock_->advance(event_.duration);
+        tell(tracker_, event_);
+        tell(model_, event_);
     }
 
     void compare() {
@@ -206,22 +134,22 @@ class Comparison {
 
     // Which events can start a timeout, and which cannot end it.
     void checkAttempt(const ConnectionInfo& after, bool wasRunning) {
-        recordMayBeFresh_ =
-            (event_ == Event::supplicant || recordMayBeFresh_) && after.status == Status::disconnected;
+        recordMayBeFresh_ = (isSupplicants() || recordMayBeFresh_) && after.status == Status::disconnected;
         const auto timeLeft = tracker_.getActiveTimeout();
         if (!timeLeft) {
-            EXPECT_TRUE(!wasRunning || !isOneOf({Event::selectNameless, Event::noBss, Event::signal,
-                                                 Event::online, Event::look}));
+            EXPECT_TRUE(!wasRunning || !isOneOf({Kind::selectNameless, Kind::noBss, Kind::signal,
+                                                 Kind::online, Kind::look}));
             return;
         }
         EXPECT_GT(*timeLeft, 0ms) << "the tracker was just looked at";
-        EXPECT_TRUE(wasRunning || isOneOf({Event::attempt, Event::select, Event::scanning}));
+        EXPECT_TRUE(wasRunning || isOneOf({Kind::connect, Kind::select, Kind::scanning}));
         EXPECT_TRUE(after.status == Status::connectingWifi || recordMayBeFresh_) << describe(after);
     }
 
-    bool isOneOf(std::initializer_list<Event> events) const {
-        return std::find(events.begin(), events.end(), event_) != events.end();
+    bool isOneOf(std::initializer_list<Kind> kinds) const {
+        return std::find(kinds.begin(), kinds.end(), event_.kind) != kinds.end();
     }
+    bool isSupplicants() const { return isOneOf({Kind::supplicantComes, Kind::supplicantGoes}); }
 
     void checkTimeOut(std::optional<std::chrono::milliseconds> timeLeftBefore) {
         const bool timedOut =
@@ -229,14 +157,14 @@ class Comparison {
         seenTexts_ = texts_.size();
         if (timedOut) {
             EXPECT_FALSE(scanning_);
-            EXPECT_EQ(event_, Event::wait) << "only time can end the time";
+            EXPECT_EQ(event_.kind, Kind::wait) << "only time can end the time";
             EXPECT_TRUE(timeLeftBefore.has_value()) << "it was running";
         }
     }
 
     // A disconnect is recorded only when a connection or attempt ended, with its SSID and the current time.
     void checkRecord(const ConnectionInfo& before, const ConnectionInfo& after) {
-        if (event_ == Event::supplicant) {
+        if (isSupplicants()) {
             return;
         }
         const bool sameRecord = before.disconnectReason == after.disconnectReason &&
@@ -249,9 +177,9 @@ class Comparison {
         EXPECT_NE(after.disconnectReason, Reason::unknown);
         const bool wasLive = before.status != Status::disconnected && after.disconnectSsid == before.ssid;
         // Reports with the same time as the attempt may end it at once.
-        const bool wasBegun = isOneOf({Event::attempt, Event::select}) && after.disconnectSsid == argument_;
+        const bool wasBegun = isOneOf({Kind::connect, Kind::select}) && after.disconnectSsid == event_.ssid;
         const bool wasRelabelled =
-            event_ == Event::forget && before.disconnectReason == Reason::causedBySystem &&
+            event_.kind == Kind::forget && before.disconnectReason == Reason::causedBySystem &&
             after.disconnectReason == Reason::causedByUser && after.disconnectSsid == before.disconnectSsid;
         EXPECT_TRUE(wasLive || wasBegun || wasRelabelled) << describe(before) << " to " << describe(after);
     }
@@ -261,8 +189,7 @@ class Comparison {
     std::shared_ptr<FakeClock> clock_ = std::make_shared<FakeClock>();
     wifi::ConnectionInfoHelper tracker_{clock_};
     TrackerModel model_{clock_};
-    Event event_ = Event::look;
-    std::string argument_;
+    TrackerEvent event_;
     std::string story_;
     std::vector<std::string> texts_;
     std::size_t seenTexts_ = 0;

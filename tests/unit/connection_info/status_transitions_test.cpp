@@ -1,18 +1,15 @@
 // Every transition of the published status, from every state.
 #include "unit/connection_info/tracker_fixture.h"
 
-#include <optional>
 #include <ostream>
-#include <string>
 
 namespace kaz::test {
 namespace {
 
-using namespace std::chrono_literals;
-
 // All events happen 1000 ms after the state was reached, and on BSSs at -50 dBm.
 struct From {
     const char* name;
+    Events events;
     bool attemptPending;
     ConnectionInfo::Status status;
     std::string ssid;
@@ -25,22 +22,7 @@ std::ostream& operator<<(std::ostream& out, const From& from) {
 class StatusTransition : public TrackerTest, public ::testing::WithParamInterface<From> {
   protected:
     void SetUp() override {
-        const std::string name = GetParam().name;
-        if (name == "attempting") {
-            tracker.notifyAboutConnectionAttempt("Home");
-            clock->advance(1s);
-        } else if (name == "selected") {
-            tracker.setCurrentNetworkSsid("Home");
-            clock->advance(1s);
-        } else if (name == "connecting") {
-            becomeConnecting("Home");
-        } else if (name == "connectingIP") {
-            becomeConnectingIP("Home");
-        } else if (name == "connected") {
-            becomeConnected("Home");
-        } else {
-            clock->advance(1s);
-        }
+        happen(GetParam().events);
         ASSERT_EQ(tracker.getConnectionInfo().status, GetParam().status);
         ASSERT_EQ(tracker.getConnectionInfo().ssid, GetParam().ssid);
     }
@@ -55,33 +37,34 @@ class StatusTransition : public TrackerTest, public ::testing::WithParamInterfac
 
 INSTANTIATE_TEST_SUITE_P(
     FromEveryState, StatusTransition,
-    ::testing::Values(From{"disconnected", false, ConnectionInfo::Status::disconnected, ""},
-                      From{"attempting", true, ConnectionInfo::Status::connectingWifi, "Home"},
-                      From{"selected", true, ConnectionInfo::Status::connectingWifi, "Home"},
-                      From{"connecting", false, ConnectionInfo::Status::connectingWifi, "Home"},
-                      From{"connectingIP", false, ConnectionInfo::Status::connectingIP, "Home"},
-                      From{"connected", false, ConnectionInfo::Status::connected, "Home"}),
+    ::testing::Values(
+        From{"disconnected", {wait(1s)}, false, ConnectionInfo::Status::disconnected, ""},
+        From{"attempting", {attempt("Home"), wait(1s)}, true, ConnectionInfo::Status::connectingWifi, "Home"},
+        From{"selected", {select("Home"), wait(1s)}, true, ConnectionInfo::Status::connectingWifi, "Home"},
+        From{"connecting", connecting, false, ConnectionInfo::Status::connectingWifi, "Home"},
+        From{"connectingIP", connectingIP, false, ConnectionInfo::Status::connectingIP, "Home"},
+        From{"connected", connected, false, ConnectionInfo::Status::connected, "Home"}),
     [](const auto& state) { return state.param.name; });
 
 TEST_P(StatusTransition, ConnectPublishesConnectingWifi) {
-    tracker.notifyAboutConnectionAttempt("Cafe");
+    happen({attempt("Cafe")});
     EXPECT_EQ(published(), "connectingWifi 'Cafe' -100" + recorded("causedByUser"));
 }
 
 TEST_P(StatusTransition, SelectionOfAnotherNetworkPublishesConnectingWifi) {
-    tracker.setCurrentNetworkSsid("Cafe");
+    happen({select("Cafe")});
     EXPECT_EQ(published(), "connectingWifi 'Cafe' -100" + recorded("causedBySystem"));
 }
 
 TEST_P(StatusTransition, DisconnectPublishesDisconnectedByUser) {
-    tracker.notifyAboutDisconnect();
+    happen({disconnect});
     EXPECT_EQ(published(), (GetParam().status == ConnectionInfo::Status::disconnected
                                 ? "disconnected '' -100"
                                 : "disconnected '' -100" + recorded("causedByUser")));
 }
 
 TEST_P(StatusTransition, ForgettingTheCurrentNetworkPublishesDisconnectedByUser) {
-    tracker.notifyAboutForget("Home");
+    happen({forget("Home")});
     EXPECT_EQ(published(), (GetParam().status == ConnectionInfo::Status::disconnected
                                 ? "disconnected '' 0"
                                 : "disconnected '' -100" + recorded("causedByUser")));
@@ -89,67 +72,58 @@ TEST_P(StatusTransition, ForgettingTheCurrentNetworkPublishesDisconnectedByUser)
 
 TEST_P(StatusTransition, ForgettingAnotherNetworkHasNoEffect) {
     const std::string before = published();
-    tracker.notifyAboutForget("Cafe");
+    happen({forget("Cafe")});
     EXPECT_EQ(published(), before);
 }
 
 TEST_P(StatusTransition, DisconnectedStatusPublishesDisconnectedBySystem) {
     const std::string before = published();
-    for (const auto status :
-         {noReportYet, SupplicantStatus::InterfaceDisabled, SupplicantStatus::Disconnected}) {
-        tracker.setSupplicantStatus(status);
+    for (const TrackerEvent& down : {statusMissing, statusDisabled, statusDisconnected}) {
+        happen({down});
         const bool stays = GetParam().attemptPending || before == "disconnected '' 0";
         EXPECT_EQ(published(), (stays ? before : "disconnected '' -100" + recorded("causedBySystem")))
-            << ::testing::PrintToString(status);
+            << ::testing::PrintToString(down.status);
     }
 }
 
 TEST_P(StatusTransition, DisconnectedStatusAfterAnUndoneDisconnectPublishesDisconnectedByUser) {
-    tracker.notifyAboutDisconnect();
-    clock->advance(1s);
-    reportSuccess("Home");
-    for (const auto status :
-         {noReportYet, SupplicantStatus::InterfaceDisabled, SupplicantStatus::Disconnected}) {
-        tracker.setSupplicantStatus(status);
+    happen({disconnect, wait(1s), bss("Home"), statusConnected});
+    for (const TrackerEvent& down : {statusMissing, statusDisabled, statusDisconnected}) {
+        happen({down});
         EXPECT_EQ(published(), "disconnected '' -100, causedByUser 'Home' @ 2000 ms")
-            << ::testing::PrintToString(status);
+            << ::testing::PrintToString(down.status);
     }
 }
 
 TEST_P(StatusTransition, LinkSetUpOnAnotherNetworkPublishesConnectingWifi) {
-    tracker.setCurrentBss(bss("Cafe"));
-    tracker.setSupplicantStatus(SupplicantStatus::Connecting);
+    happen({bss("Cafe"), statusConnecting});
     EXPECT_EQ(published(), "connectingWifi 'Cafe' -50" + recorded("causedBySystem"));
 }
 
 TEST_P(StatusTransition, LinkSetUpOnTheSameNetworkPublishesConnectingWifi) {
-    tracker.setCurrentBss(bss("Home"));
-    tracker.setSupplicantStatus(SupplicantStatus::Connecting);
+    happen({bss("Home"), statusConnecting});
     EXPECT_EQ(published(), "connectingWifi 'Home' -50");
 }
 
 TEST_P(StatusTransition, LinkToAnotherNetworkPublishesConnectingIp) {
-    tracker.setNetworkdIsOnline(false);
-    reportSuccess("Cafe");
+    happen({online(false), bss("Cafe"), statusConnected});
     EXPECT_EQ(published(), "connectingIP 'Cafe' -50" + recorded("causedBySystem"));
 }
 
 TEST_P(StatusTransition, LinkWithAnAddressToAnotherNetworkPublishesConnected) {
-    tracker.setNetworkdIsOnline(true);
-    reportSuccess("Cafe");
+    happen({online(true), bss("Cafe"), statusConnected});
     EXPECT_EQ(published(), "connected 'Cafe' -50" + recorded("causedBySystem"));
 }
 
 TEST_P(StatusTransition, LinkToTheSameNetworkPublishesConnectingIpThenConnected) {
-    tracker.setNetworkdIsOnline(false);
-    reportSuccess("Home");
+    happen({online(false), bss("Home"), statusConnected});
     EXPECT_EQ(published(), "connectingIP 'Home' -50");
-    tracker.setNetworkdIsOnline(true);
+    happen({online(true)});
     EXPECT_EQ(published(), "connected 'Home' -50");
 }
 
 TEST_P(StatusTransition, StoppedSupplicantPublishesDisconnectedWithoutARecord) {
-    tracker.setSupplicantState(false);
+    happen({supplicantStops});
     EXPECT_EQ(published(), "disconnected '' -100");
     EXPECT_EQ(timeLeft(), std::nullopt);
 }

@@ -2,75 +2,51 @@
 
 #include <fmt/format.h>
 
+#include <ostream>
+
 namespace kaz::test {
-namespace {
-
-using namespace std::chrono_literals;
-
-const char* name(ConnectionInfo::Status status) {
-    switch (status) {
-        case ConnectionInfo::Status::disconnected:
-            return "disconnected";
-        case ConnectionInfo::Status::connectingWifi:
-            return "connectingWifi";
-        case ConnectionInfo::Status::connectingIP:
-            return "connectingIP";
-        case ConnectionInfo::Status::connected:
-            return "connected";
-    }
-    return "?";
-}
-
-const char* name(ConnectionInfo::DisconnectReason reason) {
-    switch (reason) {
-        case ConnectionInfo::DisconnectReason::unknown:
-            return "unknown";
-        case ConnectionInfo::DisconnectReason::causedByUser:
-            return "causedByUser";
-        case ConnectionInfo::DisconnectReason::causedBySystem:
-            return "causedBySystem";
-    }
-    return "?";
-}
-
-}  // namespace
 
 std::string describe(const ConnectionInfo& info) {
-    std::string text = fmt::format("{} '{}' {}", name(info.status), info.ssid, info.signal);
+    using ::testing::PrintToString;
+    std::string text = fmt::format("{} '{}' {}", PrintToString(info.status), info.ssid, info.signal);
     const bool neverDisconnected = info.disconnectReason == ConnectionInfo::DisconnectReason::unknown &&
                                    info.disconnectSsid.empty() &&
                                    info.disconnectTime == FakeClock::TimePoint();
     if (!neverDisconnected) {
         const std::chrono::duration<double, std::milli> time = info.disconnectTime - FakeClock::usualStart;
-        text += fmt::format(", {} '{}' @ {:.10g} ms", name(info.disconnectReason), info.disconnectSsid,
-                            time.count());
+        text += fmt::format(", {} '{}' @ {:.10g} ms", PrintToString(info.disconnectReason),
+                            info.disconnectSsid, time.count());
     }
     return text;
 }
 
-Bss bss(const std::string& ssid, int signal) {
-    return {ssid, signal, wifi::SecurityMode::rsnPsk};
+void PrintTo(const TrackerEvent& event, std::ostream* out) {
+    wifi::printName(event.kind,
+                    {"connect", "disconnect", "forget", "select", "select -", "scanning", "bss", "bss -",
+                     "status", "signal", "online", "supplicant comes", "supplicant goes", "wait", "look"},
+                    out);
+    *out << " (ssid " << ::testing::PrintToString(event.ssid) << ", dBm " << event.dBm << ", flag "
+         << event.flag << ", status " << ::testing::PrintToString(event.status) << ", duration "
+         << event.duration.count() << " ns)";
 }
 
-void TrackerTest::becomeConnecting(const std::string& ssid) {
-    tracker.setCurrentBss(bss(ssid));
-    tracker.setSupplicantStatus(SupplicantStatus::Connecting);
-    clock->advance(1s);
+void TrackerTest::happen(const Events& events) {
+    for (const TrackerEvent& event : events) {
+        clock->advance(event.duration);
+        tell(tracker, event);
+    }
 }
 
-void TrackerTest::becomeConnectingIP(const std::string& ssid) {
-    reportSuccess(ssid);
-    clock->advance(1s);
+void PrintTo(const TrackerCase& row, std::ostream* out) {
+    *out << row.name;
 }
 
-void TrackerTest::becomeConnected(const std::string& ssid) {
-    tracker.setNetworkdIsOnline(true);
-    becomeConnectingIP(ssid);
-}
-
-void TrackerTest::reportSuccess(const std::string& ssid) {
-    tracker.setCurrentBss(bss(ssid));
-    tracker.setSupplicantStatus(SupplicantStatus::Connected);
+TEST_P(Tracker, Publishes) {
+    happen(GetParam().events);
+    EXPECT_EQ(published(), GetParam().published);
+    EXPECT_EQ(timeLeft(), GetParam().timeLeft);
+    const auto& logged = GetParam().logged;
+    EXPECT_EQ(log.records(), logged ? RecordingLog::Records{*logged} : RecordingLog::Records{});
 }
 
 }  // namespace kaz::test

@@ -7,7 +7,7 @@
 #include "doubles/fake_metrics/fake_metrics.h"
 #include "doubles/recording_log/recording_log.h"
 #include "manager/manager_impl.h"
-#include "support/printed_values/printed_values.h"
+#include "support/printed_values/printed_reports.h"
 
 #include <gtest/gtest.h>
 #include <wifi/types.h>

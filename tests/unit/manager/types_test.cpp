@@ -1,6 +1,4 @@
 // The value types that cross the library's boundary.
-#include "support/printed_values/printed_values.h"
-
 #include <wifi/types.h>
 
 #include <gtest/gtest.h>
