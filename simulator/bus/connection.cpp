@@ -11,13 +11,9 @@ namespace kaz::sim {
 namespace {
 
 Bus connect(const Environment& environment) {
-    sd_bus* raw = nullptr;
-    checked(sd_bus_new(&raw), "sd_bus_new");
-    Bus bus(raw);
-    checked(sd_bus_set_address(raw, environment.busAddress.c_str()), "sd_bus_set_address");
-    checked(sd_bus_set_bus_client(raw, 1), "sd_bus_set_bus_client");
-    checked(sd_bus_start(raw), "cannot connect to the bus");
-    checked(sd_bus_attach_event(raw, environment.scheduler.event(), SD_EVENT_PRIORITY_NORMAL), "attach");
+    Bus bus = dbus::connectTo(environment.busAddress);
+    checked(sd_bus_attach_event(bus.get(), environment.scheduler.event(), SD_EVENT_PRIORITY_NORMAL),
+            "attach");
     return bus;
 }
 
@@ -40,11 +36,9 @@ int relay(sd_bus_message* answer, void* data, sd_bus_error* error) {
         return sd_bus_reply_method_error(call, sd_bus_message_get_error(answer));
     }
     return vtable::guarded(error, [&] {
-        sd_bus_message* raw = nullptr;
-        checked(sd_bus_message_new_method_return(call, &raw), "new reply");
-        const Message copy(raw);
-        checked(sd_bus_message_copy(raw, answer, 1), "copy");
-        checked(sd_bus_send(nullptr, raw, nullptr), "send");
+        const Message copy = newReply(call);
+        checked(sd_bus_message_copy(copy.get(), answer, 1), "copy");
+        send(copy);
     });
 }
 
@@ -58,9 +52,8 @@ Connection::Connection(const Environment& environment, std::string peer, std::fu
     if (peer_.empty()) {
         return;
     }
-    sd_bus_slot* slot = nullptr;
     checked(sd_bus_add_filter(
-                bus_.get(), &slot,
+                bus_.get(), dbus::out(filter_),
                 [](sd_bus_message* message, void* self, sd_bus_error* error) {
                     int handled = 0;
                     const int result = vtable::guarded(
@@ -69,7 +62,6 @@ Connection::Connection(const Environment& environment, std::string peer, std::fu
                 },
                 this),
             "sd_bus_add_filter");
-    filter_.reset(slot);
 }
 
 Connection::~Connection() = default;
@@ -84,9 +76,10 @@ void Connection::flush() {
 
 Slot Connection::serve(const std::string& path, const char* interface, const sd_bus_vtable* vtable,
                        void* object) {
-    sd_bus_slot* slot = nullptr;
-    checked(sd_bus_add_object_vtable(bus_.get(), &slot, path.c_str(), interface, vtable, object), interface);
-    return Slot(slot);
+    Slot slot;
+    checked(sd_bus_add_object_vtable(bus_.get(), dbus::out(slot), path.c_str(), interface, vtable, object),
+            interface);
+    return slot;
 }
 
 bool Connection::received(sd_bus_message* message) {
@@ -143,22 +136,21 @@ void Connection::serveLater(const Fault& fault, sd_bus_message* call) {
 }
 
 void Connection::forward(sd_bus_message* call) {
-    sd_bus_message* raw = nullptr;
-    checked(sd_bus_message_new_method_call(forwarder_.get(), &raw, uniqueName(bus_.get()),
+    Message again;
+    checked(sd_bus_message_new_method_call(forwarder_.get(), dbus::out(again), uniqueName(bus_.get()),
                                            sd_bus_message_get_path(call), sd_bus_message_get_interface(call),
                                            sd_bus_message_get_member(call)),
             "new call");
-    const Message again(raw);
     checked(sd_bus_message_rewind(call, 1), "rewind");
     checked(sd_bus_message_copy(again.get(), call, 1), "copy");
-    sd_bus_slot* slot = nullptr;
-    checked(sd_bus_call_async(forwarder_.get(), &slot, again.get(), relay, sd_bus_message_ref(call), 0),
-            "call");
-    const Slot owned(slot);
+    Slot slot;
+    checked(
+        sd_bus_call_async(forwarder_.get(), dbus::out(slot), again.get(), relay, sd_bus_message_ref(call), 0),
+        "call");
     checked(sd_bus_slot_set_destroy_callback(
-                slot, [](void* data) { sd_bus_message_unref(static_cast<sd_bus_message*>(data)); }),
+                slot.get(), [](void* data) { sd_bus_message_unref(static_cast<sd_bus_message*>(data)); }),
             "slot");
-    checked(sd_bus_slot_set_floating(slot, 1), "slot");
+    checked(sd_bus_slot_set_floating(slot.get(), 1), "slot");
 }
 
 }  // namespace kaz::sim

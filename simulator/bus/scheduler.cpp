@@ -21,17 +21,14 @@ int Timer::State::run(void* data) {
 }
 
 Timer Scheduler::at(std::chrono::microseconds delay, std::function<void()> task) const {
-    Timer timer;
-    timer.state_ = std::make_unique<Timer::State>();
-    timer.state_->task = std::move(task);
-    sd_event_source* source = nullptr;
+    Timer timer(std::move(task));
     constexpr std::uint64_t accuracy = 1;  // 0 means a quarter of a second
     checked(sd_event_add_time_relative(
-                event_, &source, CLOCK_MONOTONIC, static_cast<std::uint64_t>(delay.count()), accuracy,
+                event_, dbus::out(timer.state_->source), CLOCK_MONOTONIC,
+                static_cast<std::uint64_t>(delay.count()), accuracy,
                 [](sd_event_source*, std::uint64_t, void* data) { return Timer::State::run(data); },
                 timer.state_.get()),
             "sd_event_add_time_relative");
-    timer.state_->source.reset(source);
     return timer;
 }
 
@@ -45,15 +42,11 @@ Timer Scheduler::afterRealTime(std::chrono::milliseconds delay, std::function<vo
 }
 
 Timer Scheduler::soon(std::function<void()> task) const {
-    Timer timer;
-    timer.state_ = std::make_unique<Timer::State>();
-    timer.state_->task = std::move(task);
-    sd_event_source* source = nullptr;
+    Timer timer(std::move(task));
     checked(sd_event_add_defer(
-                event_, &source, [](sd_event_source*, void* data) { return Timer::State::run(data); },
-                timer.state_.get()),
+                event_, dbus::out(timer.state_->source),
+                [](sd_event_source*, void* data) { return Timer::State::run(data); }, timer.state_.get()),
             "sd_event_add_defer");
-    timer.state_->source.reset(source);
     return timer;
 }
 

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "simulator/bus/handles.h"
 
@@ -25,6 +26,9 @@ class Timer {
 
         static int run(void* data);
     };
+
+    explicit Timer(std::function<void()> task)
+        : state_(std::make_unique<State>(State{.source = nullptr, .task = std::move(task)})) {}
 
     std::unique_ptr<State> state_;
 };

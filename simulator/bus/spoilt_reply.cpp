@@ -3,18 +3,14 @@
 #include <set>
 #include <string_view>
 
+#include "simulator/bus/vtable.h"
+
 namespace kaz::sim {
 namespace {
 
 bool repliesWithDictionary(std::string_view member) {
     static const std::set<std::string_view> members = {"GetAll", "SignalPoll"};
     return members.contains(member);
-}
-
-Message newReply(sd_bus_message* call) {
-    sd_bus_message* raw = nullptr;
-    checked(sd_bus_message_new_method_return(call, &raw), "new reply");
-    return Message(raw);
 }
 
 void appendWrongTypes(sd_bus_message* out, std::string_view member) {
@@ -88,7 +84,7 @@ void spoiltReply(const Fault& fault, sd_bus_message* call) {
     } else if (fault.kind == FaultKind::emptyValue) {
         appendEmptyValue(reply.get(), call);
     }
-    checked(sd_bus_send(nullptr, reply.get(), nullptr), "send reply");
+    send(reply);
 }
 
 }  // namespace kaz::sim

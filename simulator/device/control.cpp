@@ -14,44 +14,47 @@ namespace {
 constexpr const char* controlName = "com.kazwifi.Simulator1";
 constexpr const char* controlPath = "/com/kazwifi/Simulator1";
 
-template <typename T>
-T read(sd_bus_message* call, char type) {
-    T value{};
-    checked(sd_bus_message_read_basic(call, type, &value), "read argument");
-    return value;
-}
-
-std::string readText(sd_bus_message* call) {
-    return read<const char*>(call, 's');
-}
-
 void checkKnown(bool known, const std::string& bssid) {
     if (!known) {
         throw BusError("com.kazwifi.Simulator1.UnknownAccessPoint", "there is no access point " + bssid);
     }
 }
 
+using vtable::method;
+
 }  // namespace
 
 const sd_bus_vtable Control::vtable_[] = {
-    SD_BUS_VTABLE_START(SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD("AddAccessPoint", "s", "s", vtable::method<&Control::addAccessPoint>, 0),
-    SD_BUS_METHOD("RemoveAccessPoint", "s", "", vtable::method<&Control::removeAccessPoint>, 0),
-    SD_BUS_METHOD("AlterAccessPoint", "ss", "", vtable::method<&Control::alterAccessPoint>, 0),
-    SD_BUS_METHOD("SetSignal", "sn", "", vtable::method<&Control::setSignal>, 0),
-    SD_BUS_METHOD("Deauthenticate", "i", "", vtable::method<&Control::deauthenticate>, 0),
-    SD_BUS_METHOD("DropLink", "", "", vtable::method<&Control::dropLink>, 0),
-    SD_BUS_METHOD("SetOnlineState", "s", "", vtable::method<&Control::setOnlineState>, 0),
-    SD_BUS_METHOD("CrashSupplicant", "", "", vtable::method<&Control::crashSupplicant>, 0),
-    SD_BUS_METHOD("RestartSupplicant", "", "", vtable::method<&Control::restartSupplicant>, 0),
-    SD_BUS_METHOD("SetAutoRestart", "b", "", vtable::method<&Control::setAutoRestart>, 0),
-    SD_BUS_METHOD("SetUnitState", "ss", "", vtable::method<&Control::setUnitState>, 0),
-    SD_BUS_METHOD("Storm", "u", "", vtable::method<&Control::storm>, 0),
-    SD_BUS_METHOD("OrderFault", "s", "u", vtable::method<&Control::orderFault>, 0),
-    SD_BUS_METHOD("TimesFired", "u", "u", vtable::method<&Control::timesFired>, 0),
-    SD_BUS_METHOD("ClearFaults", "", "", vtable::method<&Control::clearFaults>, 0),
-    SD_BUS_METHOD("Calls", "", "s", vtable::method<&Control::calls>, 0),
-    SD_BUS_METHOD("ForgetCalls", "", "", vtable::method<&Control::forgetCalls>, 0),
+    SD_BUS_VTABLE_START(0),
+    method("AddAccessPoint",
+           [](Control& c, const std::string& json) {
+               return c.device_.addAccessPoint(accessPointFromJson(json));
+           }),
+    method(
+        "RemoveAccessPoint",
+        [](Control& c, const std::string& bssid) { checkKnown(c.device_.removeAccessPoint(bssid), bssid); }),
+    method("AlterAccessPoint",
+           [](Control& c, const std::string& bssid, const std::string& changes) {
+               const auto alter = [&](AccessPoint& accessPoint) { alterFromJson(accessPoint, changes); };
+               checkKnown(c.device_.alterAccessPoint(bssid, alter), bssid);
+           }),
+    method("SetSignal", [](Control& c, const std::string& bssid,
+                           std::int16_t dBm) { checkKnown(c.device_.setSignal(bssid, dBm), bssid); }),
+    method("Deauthenticate", [](Control& c, std::int32_t reason) { c.device_.deauthenticate(reason); }),
+    method("DropLink", [](Control& c) { c.device_.dropLink(); }),
+    method("SetOnlineState", [](Control& c, const std::string& state) { c.device_.setOnlineState(state); }),
+    method("CrashSupplicant", [](Control& c) { c.device_.crashSupplicant(); }),
+    method("RestartSupplicant", [](Control& c) { c.device_.restartSupplicant(); }),
+    method("SetAutoRestart", [](Control& c, bool restart) { c.device_.setAutoRestart(restart); }),
+    method("SetUnitState", [](Control& c, const std::string& active,
+                              const std::string& sub) { c.device_.setUnitState(active, sub); }),
+    method("Storm", [](Control& c, std::uint32_t signals) { c.device_.storm(signals); }),
+    method("OrderFault",
+           [](Control& c, const std::string& json) { return c.device_.orderFault(faultFromJson(json)); }),
+    method("TimesFired", [](Control& c, std::uint32_t id) { return c.device_.timesFired(id); }),
+    method("ClearFaults", [](Control& c) { c.device_.clearFaults(); }),
+    method("Calls", [](Control& c) { return callsAsJson(c.device_.log().calls()); }),
+    method("ForgetCalls", [](Control& c) { c.device_.log().forget(); }),
     SD_BUS_VTABLE_END,
 };
 
@@ -60,94 +63,6 @@ Control::Control(const Environment& environment, Device& device)
       connection_(environment, ""),
       slot_(connection_.serve(controlPath, controlName, vtable_, this)) {
     connection_.own(controlName);
-}
-
-void Control::addAccessPoint(sd_bus_message* call) {
-    const std::string bssid = device_.addAccessPoint(accessPointFromJson(readText(call)));
-    reply(call, "s", bssid.c_str());
-}
-
-void Control::removeAccessPoint(sd_bus_message* call) {
-    const std::string bssid = readText(call);
-    checkKnown(device_.removeAccessPoint(bssid), bssid);
-    reply(call, "");
-}
-
-void Control::alterAccessPoint(sd_bus_message* call) {
-    const std::string bssid = readText(call);
-    const std::string changes = readText(call);
-    checkKnown(device_.alterAccessPoint(bssid, [&](AccessPoint& ap) { alterFromJson(ap, changes); }), bssid);
-    reply(call, "");
-}
-
-void Control::setSignal(sd_bus_message* call) {
-    const std::string bssid = readText(call);
-    const auto signal = read<std::int16_t>(call, 'n');
-    checkKnown(device_.alterAccessPoint(bssid, [signal](AccessPoint& ap) { ap.signal = signal; }), bssid);
-    reply(call, "");
-}
-
-void Control::deauthenticate(sd_bus_message* call) {
-    device_.deauthenticate(read<std::int32_t>(call, 'i'));
-    reply(call, "");
-}
-
-void Control::dropLink(sd_bus_message* call) {
-    device_.dropLink();
-    reply(call, "");
-}
-
-void Control::setOnlineState(sd_bus_message* call) {
-    device_.networkd().setOnlineState(readText(call));
-    reply(call, "");
-}
-
-void Control::crashSupplicant(sd_bus_message* call) {
-    device_.crashSupplicant();
-    reply(call, "");
-}
-
-void Control::restartSupplicant(sd_bus_message* call) {
-    device_.restartSupplicant();
-    reply(call, "");
-}
-
-void Control::setAutoRestart(sd_bus_message* call) {
-    device_.unit().setAutoRestart(read<int>(call, 'b') != 0);
-    reply(call, "");
-}
-
-void Control::setUnitState(sd_bus_message* call) {
-    const std::string active = readText(call);
-    device_.unit().force({active, readText(call)});
-    reply(call, "");
-}
-
-void Control::storm(sd_bus_message* call) {
-    device_.storm(read<std::uint32_t>(call, 'u'));
-    reply(call, "");
-}
-
-void Control::orderFault(sd_bus_message* call) {
-    reply(call, "u", device_.faults().order(faultFromJson(readText(call))));
-}
-
-void Control::timesFired(sd_bus_message* call) {
-    reply(call, "u", device_.faults().timesFired(read<std::uint32_t>(call, 'u')));
-}
-
-void Control::clearFaults(sd_bus_message* call) {
-    device_.faults().clear();
-    reply(call, "");
-}
-
-void Control::calls(sd_bus_message* call) {
-    reply(call, "s", callsAsJson(device_.log().calls()).c_str());
-}
-
-void Control::forgetCalls(sd_bus_message* call) {
-    device_.log().forget();
-    reply(call, "");
 }
 
 }  // namespace kaz::sim

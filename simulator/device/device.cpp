@@ -53,10 +53,10 @@ Device::Device(sd_event* event, DeviceOptions options, CallLog& log)
     }
     systemd_ = std::make_unique<Systemd>(environment_, neighbourhood_.times, *process_);
     if (simulated_ != nullptr && neighbourhood_.unitActive) {
-        unit().force({"active", "running"});
+        systemd_->unit().force({"active", "running"});
     } else if (neighbourhood_.unitActive) {
         ready_ = false;
-        unit().start([this](bool) { ready_ = true; });
+        systemd_->unit().start([this](bool) { ready_ = true; });
     }
     control_ = std::make_unique<Control>(environment_, *this);
 }
@@ -93,6 +93,10 @@ bool Device::alterAccessPoint(const std::string& bssid, const std::function<void
     return true;
 }
 
+bool Device::setSignal(const std::string& bssid, std::int16_t dBm) {
+    return alterAccessPoint(bssid, [dBm](AccessPoint& accessPoint) { accessPoint.signal = dBm; });
+}
+
 void Device::deauthenticate(int reason) {
     if (Supplicant* const running = supplicant()) {
         running->station().deauthenticated(reason);
@@ -112,7 +116,7 @@ void Device::storm(unsigned signals) {
 }
 
 void Device::restartSupplicant() {
-    unit().restart([](bool) {});
+    systemd_->unit().restart([](bool) {});
 }
 
 std::string Device::supplicantState() {

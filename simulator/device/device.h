@@ -28,20 +28,29 @@ class Device : NonCopyable {
     std::string addAccessPoint(AccessPoint accessPoint);
     bool removeAccessPoint(const std::string& bssid);
     bool alterAccessPoint(const std::string& bssid, const std::function<void(AccessPoint&)>& alter);
+    bool setSignal(const std::string& bssid, std::int16_t dBm);
 
     void deauthenticate(int reason);
     void dropLink();
-    void storm(unsigned signals);
+    void setOnlineState(const std::string& state) { networkd_->setOnlineState(state); }
+
     void crashSupplicant() { process_->kill(); }
     void restartSupplicant();
+    void setAutoRestart(bool restart) { systemd_->unit().setAutoRestart(restart); }
+    void setUnitState(const std::string& active, const std::string& sub) {
+        systemd_->unit().force({active, sub});
+    }
+    void storm(unsigned signals);
+
+    FaultId orderFault(const Fault& fault) { return faults_.order(fault); }
+    unsigned timesFired(FaultId fault) const { return faults_.timesFired(fault); }
+    void clearFaults() { faults_.clear(); }
+    CallLog& log() noexcept { return environment_.log; }
 
     // Empty unless the simulated supplicant runs.
     std::string supplicantState();
-
-    Faults& faults() noexcept { return faults_; }
-    CallLog& log() noexcept { return environment_.log; }
-    Unit& unit() noexcept { return systemd_->unit(); }
-    Networkd& networkd() noexcept { return *networkd_; }
+    std::string unitState() { return systemd_->unit().states().active; }
+    std::string onlineState() const { return networkd_->onlineState(); }
 
   private:
     void accessPointsChanged();

@@ -11,13 +11,19 @@ constexpr const char* networkdName = "org.freedesktop.network1";
 constexpr const char* networkdPath = "/org/freedesktop/network1";
 constexpr const char* networkdInterface = "org.freedesktop.network1.Manager";
 
+using vtable::property;
+
 }  // namespace
 
 const sd_bus_vtable Networkd::vtable_[] = {
     SD_BUS_VTABLE_START(0),
-    SD_BUS_PROPERTY("OperationalState", "s", vtable::get<&Networkd::operationalState>, 0, vtable::emits),
-    SD_BUS_PROPERTY("CarrierState", "s", vtable::get<&Networkd::carrierState>, 0, vtable::emits),
-    SD_BUS_PROPERTY("OnlineState", "s", vtable::get<&Networkd::appendOnlineState>, 0, vtable::emits),
+    property("OperationalState",
+             [](const Networkd& n) {
+                 const char* const linkOnly = n.up_ ? "carrier" : "no-carrier";
+                 return n.onlineState_ == "online" ? "routable" : linkOnly;
+             }),
+    property("CarrierState", [](const Networkd& n) { return n.up_ ? "carrier" : "no-carrier"; }),
+    property("OnlineState", [](const Networkd& n) { return n.onlineState_; }),
     SD_BUS_VTABLE_END,
 };
 
@@ -50,20 +56,6 @@ void Networkd::setOnlineState(const std::string& state) {
         signals_.changed("OnlineState");
         signals_.changed("OperationalState");
     }
-}
-
-void Networkd::appendOnlineState(sd_bus_message* out) const {
-    checked(sd_bus_message_append_basic(out, 's', onlineState_.c_str()), "append");
-}
-
-void Networkd::operationalState(sd_bus_message* out) const {
-    const char* const linkOnly = up_ ? "carrier" : "no-carrier";
-    checked(sd_bus_message_append_basic(out, 's', onlineState_ == "online" ? "routable" : linkOnly),
-            "append");
-}
-
-void Networkd::carrierState(sd_bus_message* out) const {
-    checked(sd_bus_message_append_basic(out, 's', up_ ? "carrier" : "no-carrier"), "append");
 }
 
 }  // namespace kaz::sim

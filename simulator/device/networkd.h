@@ -23,10 +23,6 @@ class Networkd {
   private:
     static const sd_bus_vtable vtable_[];
 
-    void appendOnlineState(sd_bus_message* out) const;
-    void operationalState(sd_bus_message* out) const;
-    void carrierState(sd_bus_message* out) const;
-
     const Environment& environment_;
     const Times& times_;
     bool up_ = false;

@@ -20,20 +20,16 @@ constexpr std::chrono::seconds patience{5};
 std::string stateIn(sd_bus_message* signal) {
     const char* interface = nullptr;
     checked(sd_bus_message_read(signal, "s", &interface), "read");
-    checked(sd_bus_message_enter_container(signal, 'a', "{sv}"), "enter");
     std::string state;
-    while (checked(sd_bus_message_enter_container(signal, 'e', "sv"), "enter") > 0) {
-        const char* name = nullptr;
-        checked(sd_bus_message_read(signal, "s", &name), "read");
-        if (std::string_view(name) == "State") {
+    readEntries(signal, [&](std::string_view name) {
+        if (name == "State") {
             const char* text = nullptr;
             checked(sd_bus_message_read(signal, "v", "s", &text), "read");
             state = text;
         } else {
             checked(sd_bus_message_skip(signal, "v"), "skip");
         }
-        checked(sd_bus_message_exit_container(signal), "exit");
-    }
+    });
     return state;
 }
 
@@ -102,16 +98,14 @@ void RealService::launch() {
         "exec wpa_supplicant -u -i kaz0 -D wired -c \"$1\" >/dev/null";
     process_ = startConfined({"sh", "-c", script, "sh", configFile_.string()},
                              {{"DBUS_SYSTEM_BUS_ADDRESS", environment_.busAddress}});
-    sd_event_source* source = nullptr;
     checked(sd_event_add_child(
-                environment_.scheduler.event(), &source, process_, WEXITED,
+                environment_.scheduler.event(), dbus::out(end_), process_, WEXITED,
                 [](sd_event_source*, const siginfo_t* end, void* self) {
                     static_cast<RealService*>(self)->ended(end->si_code == CLD_EXITED && end->si_status == 0);
                     return 0;
                 },
                 this),
             "sd_event_add_child");
-    end_.reset(source);
 }
 
 void RealService::ended(bool cleanly) {
@@ -129,10 +123,11 @@ void RealService::ended(bool cleanly) {
 
 Slot RealService::hear(const char* sender, const char* interface, const char* member,
                        sd_bus_message_handler_t callback) {
-    sd_bus_slot* slot = nullptr;
-    checked(sd_bus_match_signal(connection_.bus(), &slot, sender, nullptr, interface, member, callback, this),
+    Slot slot;
+    checked(sd_bus_match_signal(connection_.bus(), dbus::out(slot), sender, nullptr, interface, member,
+                                callback, this),
             member);
-    return Slot(slot);
+    return slot;
 }
 
 void RealService::nameOwnerChanged(sd_bus_message* signal) {

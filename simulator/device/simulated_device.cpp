@@ -1,101 +1,89 @@
 #include "simulator/device/simulated_device.h"
 
-#include <cstdint>
+#include <sys/epoll.h>
+
 #include <utility>
 
-#include "simulator/device/device.h"
-#include "simulator/device/device_thread.h"
+#include "base/signals_blocked.h"
 
 namespace kaz::sim {
 
-SimulatedDevice::SimulatedDevice(Options options) : thread_(std::make_unique<Thread>(std::move(options))) {}
-
-SimulatedDevice::~SimulatedDevice() = default;
-
-std::string SimulatedDevice::addAccessPoint(const AccessPoint& accessPoint) {
-    return thread_->run([&](Device& device) { return device.addAccessPoint(accessPoint); });
+SimulatedDevice::SimulatedDevice(Options options) {
+    std::promise<void> ready;
+    auto whenReady = ready.get_future();
+    {
+        const SignalsBlocked blocked;
+        thread_ = std::thread(
+            [this, &ready, options = std::move(options)]() mutable { main(std::move(options), ready); });
+    }
+    try {
+        whenReady.get();
+    } catch (...) {
+        thread_.join();
+        throw;
+    }
 }
 
-bool SimulatedDevice::removeAccessPoint(const std::string& bssid) {
-    return thread_->run([&](Device& device) { return device.removeAccessPoint(bssid); });
+SimulatedDevice::~SimulatedDevice() {
+    {
+        const std::lock_guard lock(mutex_);
+        stopping_ = true;
+    }
+    wakeUp_.set();
+    thread_.join();
 }
 
-bool SimulatedDevice::alterAccessPoint(const std::string& bssid,
-                                       const std::function<void(AccessPoint&)>& alter) {
-    return thread_->run([&](Device& device) { return device.alterAccessPoint(bssid, alter); });
+void SimulatedDevice::main(Options options, std::promise<void>& ready) {
+    try {
+        Event event;
+        checked(sd_event_new(dbus::out(event)), "sd_event_new");
+        Device device(event.get(), std::move(options), log_);
+        auto woken = [this, &device] { runTasks(device); };
+        EventSource tasks;
+        checked(sd_event_add_io(
+                    event.get(), dbus::out(tasks), wakeUp_.get(), EPOLLIN,
+                    [](sd_event_source*, int, std::uint32_t, void* data) {
+                        (*static_cast<decltype(woken)*>(data))();
+                        return 0;
+                    },
+                    &woken),
+                "sd_event_add_io");
+        while (!device.ready()) {
+            checked(sd_event_run(event.get(), UINT64_MAX), "sd_event_run");
+        }
+        ready.set_value();
+        for (bool stop = false; !stop;) {
+            checked(sd_event_run(event.get(), UINT64_MAX), "sd_event_run");
+            const std::lock_guard lock(mutex_);
+            stop = stopping_;
+        }
+    } catch (...) {
+        try {
+            ready.set_exception(std::current_exception());
+        } catch (const std::future_error&) {
+            throw;
+        }
+    }
 }
 
-bool SimulatedDevice::setSignal(const std::string& bssid, std::int16_t dBm) {
-    return alterAccessPoint(bssid, [dBm](AccessPoint& accessPoint) { accessPoint.signal = dBm; });
+void SimulatedDevice::post(Task task) {
+    {
+        const std::lock_guard lock(mutex_);
+        tasks_.push_back(std::move(task));
+    }
+    wakeUp_.set();
 }
 
-void SimulatedDevice::deauthenticate(int reason) {
-    thread_->run([reason](Device& device) { device.deauthenticate(reason); });
-}
-
-void SimulatedDevice::dropLink() {
-    thread_->run([](Device& device) { device.dropLink(); });
-}
-
-void SimulatedDevice::setOnlineState(const std::string& state) {
-    thread_->run([&](Device& device) { device.networkd().setOnlineState(state); });
-}
-
-void SimulatedDevice::crashSupplicant() {
-    thread_->run([](Device& device) { device.crashSupplicant(); });
-}
-
-void SimulatedDevice::restartSupplicant() {
-    thread_->run([](Device& device) { device.restartSupplicant(); });
-}
-
-void SimulatedDevice::setAutoRestart(bool restart) {
-    thread_->run([restart](Device& device) { device.unit().setAutoRestart(restart); });
-}
-
-void SimulatedDevice::setUnitState(const std::string& active, const std::string& sub) {
-    thread_->run([&](Device& device) { device.unit().force({active, sub}); });
-}
-
-void SimulatedDevice::storm(unsigned signals) {
-    thread_->run([signals](Device& device) { device.storm(signals); });
-}
-
-FaultId SimulatedDevice::orderFault(const Fault& fault) {
-    return thread_->run([&](Device& device) { return device.faults().order(fault); });
-}
-
-unsigned SimulatedDevice::timesFired(FaultId fault) const {
-    return thread_->run([fault](Device& device) { return device.faults().timesFired(fault); });
-}
-
-void SimulatedDevice::clearFaults() {
-    thread_->run([](Device& device) { device.faults().clear(); });
-}
-
-std::vector<Call> SimulatedDevice::calls() const {
-    return thread_->log().calls();
-}
-
-void SimulatedDevice::forgetCalls() {
-    thread_->log().forget();
-}
-
-bool SimulatedDevice::waitForCalls(const std::function<bool(const std::vector<Call>&)>& condition,
-                                   std::chrono::milliseconds limit) const {
-    return thread_->log().waitUntil(condition, limit);
-}
-
-std::string SimulatedDevice::supplicantState() const {
-    return thread_->run([](Device& device) { return device.supplicantState(); });
-}
-
-std::string SimulatedDevice::unitState() const {
-    return thread_->run([](Device& device) { return device.unit().states().active; });
-}
-
-std::string SimulatedDevice::onlineState() const {
-    return thread_->run([](Device& device) { return device.networkd().onlineState(); });
+void SimulatedDevice::runTasks(Device& device) {
+    wakeUp_.clear();
+    std::deque<Task> tasks;
+    {
+        const std::lock_guard lock(mutex_);
+        tasks.swap(tasks_);
+    }
+    for (const Task& task : tasks) {
+        task(device);
+    }
 }
 
 }  // namespace kaz::sim

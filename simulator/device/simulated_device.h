@@ -2,15 +2,18 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <functional>
-#include <memory>
+#include <future>
+#include <mutex>
 #include <string>
+#include <thread>
+#include <type_traits>
 #include <vector>
 
+#include "base/event_fd.h"
 #include "base/non_copyable.h"
-#include "simulator/bus/call_log.h"
-#include "simulator/bus/faults.h"
-#include "simulator/device/device_options.h"
+#include "simulator/device/device.h"
 
 namespace kaz::sim {
 
@@ -28,40 +31,68 @@ class SimulatedDevice : NonCopyable {
 
     // The radio. Returns the BSSID of the new access point, which gets one if it has none. Returns false for
     // an unknown BSSID.
-    std::string addAccessPoint(const AccessPoint& accessPoint);
-    bool removeAccessPoint(const std::string& bssid);
-    bool alterAccessPoint(const std::string& bssid, const std::function<void(AccessPoint&)>& alter);
-    bool setSignal(const std::string& bssid, std::int16_t dBm);
+    std::string addAccessPoint(const AccessPoint& point) { return run(&Device::addAccessPoint, point); }
+    bool removeAccessPoint(const std::string& bssid) { return run(&Device::removeAccessPoint, bssid); }
+    bool alterAccessPoint(const std::string& bssid, const std::function<void(AccessPoint&)>& alter) {
+        return run(&Device::alterAccessPoint, bssid, alter);
+    }
+    bool setSignal(const std::string& bssid, std::int16_t dBm) { return run(&Device::setSignal, bssid, dBm); }
 
     // The connection: the access point disconnects the device, or goes silent.
-    void deauthenticate(int reason);
-    void dropLink();
-    void setOnlineState(const std::string& state);
+    void deauthenticate(int reason) { run(&Device::deauthenticate, reason); }
+    void dropLink() { run(&Device::dropLink); }
+    void setOnlineState(const std::string& state) { run(&Device::setOnlineState, state); }
 
     // The services.
-    void crashSupplicant();
-    void restartSupplicant();
-    void setAutoRestart(bool restart);
-    void setUnitState(const std::string& active, const std::string& sub);
-    void storm(unsigned signals);
+    void crashSupplicant() { run(&Device::crashSupplicant); }
+    void restartSupplicant() { run(&Device::restartSupplicant); }
+    void setAutoRestart(bool restart) { run(&Device::setAutoRestart, restart); }
+    void setUnitState(const std::string& active, const std::string& sub) {
+        run(&Device::setUnitState, active, sub);
+    }
+    void storm(unsigned signals) { run(&Device::storm, signals); }
 
     // Faults and calls.
-    FaultId orderFault(const Fault& fault);
-    unsigned timesFired(FaultId fault) const;
-    void clearFaults();
-    std::vector<Call> calls() const;
-    void forgetCalls();
+    FaultId orderFault(const Fault& fault) { return run(&Device::orderFault, fault); }
+    unsigned timesFired(FaultId fault) { return run(&Device::timesFired, fault); }
+    void clearFaults() { run(&Device::clearFaults); }
+    std::vector<Call> calls() const { return log_.calls(); }
+    void forgetCalls() { log_.forget(); }
     bool waitForCalls(const std::function<bool(const std::vector<Call>&)>& condition,
-                      std::chrono::milliseconds limit) const;
+                      std::chrono::milliseconds limit) const {
+        return log_.waitUntil(condition, limit);
+    }
 
     // Observations. The supplicant's state is empty while it does not run.
-    std::string supplicantState() const;
-    std::string unitState() const;
-    std::string onlineState() const;
+    std::string supplicantState() { return run(&Device::supplicantState); }
+    std::string unitState() { return run(&Device::unitState); }
+    std::string onlineState() { return run(&Device::onlineState); }
 
   private:
-    class Thread;
-    std::unique_ptr<Thread> thread_;
+    using Task = std::function<void(Device&)>;
+
+    // Runs the operation on the device's thread, and returns its result or rethrows its exception. The thread
+    // continues after an exception.
+    template <typename Operation, typename... Arguments>
+    std::invoke_result_t<Operation, Device&, const Arguments&...> run(Operation operation,
+                                                                      const Arguments&... arguments) {
+        std::packaged_task<std::invoke_result_t<Operation, Device&, const Arguments&...>(Device&)> task(
+            [&](Device& device) { return std::invoke(operation, device, arguments...); });
+        auto result = task.get_future();
+        post([&task](Device& device) { task(device); });
+        return result.get();
+    }
+
+    void main(Options options, std::promise<void>& ready);
+    void post(Task task);
+    void runTasks(Device& device);
+
+    CallLog log_;
+    std::mutex mutex_;
+    std::deque<Task> tasks_;
+    bool stopping_ = false;
+    EventFd wakeUp_;
+    std::thread thread_;
 };
 
 }  // namespace kaz::sim

@@ -24,22 +24,10 @@ class Systemd {
     static const sd_bus_vtable unitVtable_[];
     static const sd_bus_vtable serviceVtable_[];
 
-    void loadUnit(sd_bus_message* call);
     void subscribe(sd_bus_message* call);
     void unsubscribe(sd_bus_message* call);
-    void startUnit(sd_bus_message* call);
-    void stopUnit(sd_bus_message* call);
-    void restartUnit(sd_bus_message* call);
-    void resetFailedUnit(sd_bus_message* call);
     void runJob(sd_bus_message* call, void (Unit::*operation)(Unit::Done));
     void jobRemoved(unsigned job, bool done);
-
-    void id(sd_bus_message* out) const;
-    void description(sd_bus_message* out) const;
-    void loadState(sd_bus_message* out) const;
-    void activeState(sd_bus_message* out) const;
-    void subState(sd_bus_message* out) const;
-    void result(sd_bus_message* out) const;
     void unitChanged();
 
     Connection connection_;

@@ -20,19 +20,6 @@ class BssObject {
   private:
     static const sd_bus_vtable vtable_[];
 
-    void ssid(sd_bus_message* out) const;
-    void bssid(sd_bus_message* out) const;
-    void privacy(sd_bus_message* out) const;
-    void mode(sd_bus_message* out) const;
-    void signal(sd_bus_message* out) const;
-    void frequency(sd_bus_message* out) const;
-    void rates(sd_bus_message* out) const;
-    void wpa(sd_bus_message* out) const;
-    void rsn(sd_bus_message* out) const;
-    void wps(sd_bus_message* out) const;
-    void elements(sd_bus_message* out) const;
-    void age(sd_bus_message* out) const;
-
     const Scheduler& scheduler_;
     const Bss& bss_;
     std::string path_;

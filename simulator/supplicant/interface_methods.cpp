@@ -6,7 +6,6 @@
 
 #include "simulator/bus/vtable.h"
 #include "simulator/supplicant/interface_object.h"
-#include "simulator/supplicant/settings_message.h"
 
 namespace kaz::sim {
 namespace {
@@ -15,19 +14,12 @@ namespace {
     throw BusError("fi.w1.wpa_supplicant1.InvalidArgs", "Did not receive correct message arguments.");
 }
 
-[[noreturn]] void refuseUnconnected() {
-    throw BusError("fi.w1.wpa_supplicant1.NotConnected", "This interface is not connected");
-}
-
 std::set<std::string> readSsids(sd_bus_message* call) {
     std::set<std::string> ssids;
     checked(sd_bus_message_enter_container(call, 'v', "aay"), "enter variant");
     checked(sd_bus_message_enter_container(call, 'a', "ay"), "enter array");
     while (checked(sd_bus_message_at_end(call, 0), "at end") == 0) {
-        const void* bytes = nullptr;
-        std::size_t size = 0;
-        checked(sd_bus_message_read_array(call, 'y', &bytes, &size), "read SSID");
-        ssids.emplace(static_cast<const char*>(bytes), size);
+        ssids.insert(Wire<Bytes>::read(call));
     }
     checked(sd_bus_message_exit_container(call), "exit array");
     checked(sd_bus_message_exit_container(call), "exit variant");
@@ -41,11 +33,7 @@ struct ScanRequest {
 
 ScanRequest readScanRequest(sd_bus_message* call) {
     ScanRequest request;
-    checked(sd_bus_message_enter_container(call, 'a', "{sv}"), "enter dictionary");
-    while (checked(sd_bus_message_enter_container(call, 'e', "sv"), "enter entry") > 0) {
-        const char* key = nullptr;
-        checked(sd_bus_message_read_basic(call, 's', &key), "read key");
-        const std::string_view name = key;
+    readEntries(call, [&](std::string_view name) {
         if (name == "Type") {
             const char* type = nullptr;
             checked(sd_bus_message_read(call, "v", "s", &type), "read type");
@@ -57,8 +45,7 @@ ScanRequest readScanRequest(sd_bus_message* call) {
         } else {
             refuseArguments();
         }
-        checked(sd_bus_message_exit_container(call), "exit entry");
-    }
+    });
     return request;
 }
 
@@ -81,28 +68,21 @@ void InterfaceObject::scan(sd_bus_message* call) {
     reply(call, "");
 }
 
-void InterfaceObject::signalPoll(sd_bus_message* call) {
+Dictionary InterfaceObject::signalPoll() const {
     const AccessPoint* const accessPoint = station_.associatedWith();
     if (accessPoint == nullptr) {
         throw BusError(SD_BUS_ERROR_FAILED, "Failed to read signal");
     }
-    constexpr std::int32_t noise = -95;
-    constexpr std::int32_t linkSpeed = 72;
-    const auto signal = std::int32_t{accessPoint->signal};
-    reply(call, "a{sv}", 6, "rssi", "i", signal, "linkspeed", "i", linkSpeed, "noise", "i", noise,
-          "frequency", "u", std::uint32_t{accessPoint->frequency}, "width", "s", "20 MHz", "avg-rssi", "i",
-          signal);
+    const std::int32_t signal = accessPoint->signal;
+    return {{"rssi", signal},
+            {"linkspeed", std::int32_t{72}},
+            {"noise", std::int32_t{-95}},
+            {"frequency", std::uint32_t{accessPoint->frequency}},
+            {"width", "20 MHz"},
+            {"avg-rssi", signal}};
 }
 
-void InterfaceObject::disconnect(sd_bus_message* call) {
-    if (!station_.disconnect()) {
-        refuseUnconnected();
-    }
-    reply(call, "");
-}
-
-void InterfaceObject::addNetwork(sd_bus_message* call) {
-    const Settings settings = readSettings(call);
+ObjectPath InterfaceObject::addNetwork(const Settings& settings) {
     NetworkConfig fresh;
     fresh.setEnabled(false);
     Network& network = publish(std::move(fresh));
@@ -110,44 +90,16 @@ void InterfaceObject::addNetwork(sd_bus_message* call) {
         remove(network);
         throw BusError(SD_BUS_ERROR_INVALID_ARGS, "invalid message format");
     }
-    reply(call, "o", networkObjects_.at(network.id)->path().c_str());
+    return ObjectPath(networkObjects_.at(network.id)->path());
 }
 
-void InterfaceObject::reassociate(sd_bus_message* call) {
-    station_.reassociate();
-    reply(call, "");
-}
-
-void InterfaceObject::reconnect(sd_bus_message* call) {
-    station_.reconnect();
-    reply(call, "");
-}
-
-void InterfaceObject::removeNetwork(sd_bus_message* call) {
-    remove(networkOf(call));
-    reply(call, "");
-}
-
-void InterfaceObject::removeAllNetworks(sd_bus_message* call) {
+void InterfaceObject::removeAllNetworks() {
     while (!networks_.all().empty()) {
         remove(*networks_.all().front());
     }
-    reply(call, "");
 }
 
-void InterfaceObject::selectNetwork(sd_bus_message* call) {
-    station_.select(networkOf(call));
-    reply(call, "");
-}
-
-void InterfaceObject::flushBss(sd_bus_message* call) {
-    std::uint32_t age = 0;
-    checked(sd_bus_message_read(call, "u", &age), "read age");
-    station_.flush(std::chrono::seconds(age));
-    reply(call, "");
-}
-
-void InterfaceObject::saveConfig(sd_bus_message* call) {
+void InterfaceObject::saveConfig() {
     if (!storage_.config.updateConfig) {
         throw BusError("fi.w1.wpa_supplicant1.UnknownError",
                        "Not allowed to update configuration (update_config=0)");
@@ -166,13 +118,9 @@ void InterfaceObject::saveConfig(sd_bus_message* call) {
         }
     }
     storage_.config = std::move(saved);
-    reply(call, "");
 }
 
-Network& InterfaceObject::networkOf(sd_bus_message* call) {
-    const char* text = nullptr;
-    checked(sd_bus_message_read_basic(call, 'o', &text), "read path");
-    const std::string wanted = text;
+Network& InterfaceObject::networkAt(const ObjectPath& wanted) {
     if (!wanted.starts_with(std::string(path) + "/Networks/")) {
         refuseArguments();
     }
@@ -187,7 +135,7 @@ Network& InterfaceObject::networkOf(sd_bus_message* call) {
 void InterfaceObject::remove(Network& network) {
     const unsigned id = network.id;
     station_.remove(network);
-    sd_bus_emit_signal(connection_.bus(), path, "fi.w1.wpa_supplicant1.Interface", "NetworkRemoved", "o",
+    sd_bus_emit_signal(connection_.bus(), path, interface, "NetworkRemoved", "o",
                        networkObjects_.at(id)->path().c_str());
     networkObjects_.erase(id);
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "simulator/bus/values.h"
 #include "simulator/supplicant/bss_object.h"
 #include "simulator/supplicant/config_file.h"
 #include "simulator/supplicant/network_object.h"
@@ -16,6 +17,7 @@ namespace kaz::sim {
 class InterfaceObject {
   public:
     static constexpr const char* path = "/fi/w1/wpa_supplicant1/Interfaces/0";
+    static constexpr const char* interface = "fi.w1.wpa_supplicant1.Interface";
 
     // What the supplicant keeps across a restart.
     struct Storage {
@@ -45,40 +47,12 @@ class InterfaceObject {
 
     // interface_methods.cpp
     void scan(sd_bus_message* call);
-    void signalPoll(sd_bus_message* call);
-    void disconnect(sd_bus_message* call);
-    void addNetwork(sd_bus_message* call);
-    void reassociate(sd_bus_message* call);
-    void reconnect(sd_bus_message* call);
-    void removeNetwork(sd_bus_message* call);
-    void removeAllNetworks(sd_bus_message* call);
-    void selectNetwork(sd_bus_message* call);
-    void flushBss(sd_bus_message* call);
-    void saveConfig(sd_bus_message* call);
-    Network& networkOf(sd_bus_message* call);
+    Dictionary signalPoll() const;
+    ObjectPath addNetwork(const Settings& settings);
+    void removeAllNetworks();
+    void saveConfig();
+    Network& networkAt(const ObjectPath& wanted);
     void remove(Network& network);
-
-    // interface_properties.cpp
-    void capabilities(sd_bus_message* out) const;
-    void state(sd_bus_message* out) const;
-    void scanning(sd_bus_message* out) const;
-    void apScan(sd_bus_message* out) const;
-    void bssExpireAge(sd_bus_message* out) const;
-    void bssExpireCount(sd_bus_message* out) const;
-    void country(sd_bus_message* out) const;
-    void ifname(sd_bus_message* out) const;
-    void driver(sd_bus_message* out) const;
-    void configFile(sd_bus_message* out) const;
-    void currentBss(sd_bus_message* out) const;
-    void currentNetwork(sd_bus_message* out) const;
-    void currentAuthMode(sd_bus_message* out) const;
-    void bsss(sd_bus_message* out) const;
-    void networkPaths(sd_bus_message* out) const;
-    void scanInterval(sd_bus_message* out) const;
-    void disconnectReason(sd_bus_message* out) const;
-    void authStatusCode(sd_bus_message* out) const;
-    void updateConfig(sd_bus_message* out) const;
-    void setUpdateConfig(sd_bus_message* in);
 
     Station::Events stationEvents();
     Network& publish(NetworkConfig config);

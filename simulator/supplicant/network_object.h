@@ -24,11 +24,6 @@ class NetworkObject {
   private:
     static const sd_bus_vtable vtable_[];
 
-    void shown(sd_bus_message* out) const;
-    void change(sd_bus_message* in);
-    void enabled(sd_bus_message* out) const;
-    void setEnabled(sd_bus_message* in);
-
     Network& network_;
     const std::vector<std::string>& eapMethods_;
     std::function<void(bool)> setEnabled_;

@@ -24,11 +24,6 @@ class Supplicant {
   private:
     static const sd_bus_vtable vtable_[];
 
-    void getInterface(sd_bus_message* call);
-    void capabilities(sd_bus_message* out) const;
-    void eapMethods(sd_bus_message* out) const;
-    void interfaces(sd_bus_message* out) const;
-
     const Neighbourhood& neighbourhood_;
     Connection connection_;
     Slot slot_;
