@@ -27,11 +27,11 @@ std::optional<FaultKind> faultKindFromText(std::string_view text);
 
 // A fault for the calls that match. Empty strings match everything.
 struct Fault {
-    std::string peer;      // "supplicant", "systemd" or "networkd"
-    std::string member;    // "GetAll", "Get", "AddNetwork"
-    std::string path;      // of the called object
-    std::string argument;  // a string argument, such as a property's or interface's name
-    unsigned nth = 0;      // only the nth matching call, 1 is the next one; 0 for all of them
+    std::string peer = {};      // "supplicant", "systemd" or "networkd"
+    std::string member = {};    // "GetAll", "Get", "AddNetwork"
+    std::string path = {};      // of the called object
+    std::string argument = {};  // a string argument, such as a property's or interface's name
+    unsigned nth = 0;           // only the nth matching call, 1 is the next one; 0 for all of them
     FaultKind kind = FaultKind::error;
     std::string errorName = "org.freedesktop.DBus.Error.Failed";
     std::string errorText = "ordered fault";

@@ -16,23 +16,23 @@ std::optional<Security> securityFromText(std::string_view text);
 
 // An account that the network's authentication server accepts. An empty method or phase2 allows any.
 struct EapAccount {
-    std::string identity;
-    std::string password;
-    std::string method;
-    std::string phase2;
+    std::string identity = {};
+    std::string password = {};
+    std::string method = {};
+    std::string phase2 = {};
 
     bool operator==(const EapAccount&) const = default;
 };
 
 // A simulated access point.
 struct AccessPoint {
-    std::string ssid;                // bytes
-    std::string bssid;               // "02:00:00:00:00:01"; never changes
+    std::string ssid = {};           // bytes
+    std::string bssid = {};          // "02:00:00:00:00:01"; never changes
     std::int16_t signal = -60;       // dBm
     std::uint16_t frequency = 2412;  // MHz
     Security security = Security::open;
-    std::string password;  // WEP, WPA and SAE
-    std::vector<EapAccount> accounts;
+    std::string password = {};  // WEP, WPA and SAE
+    std::vector<EapAccount> accounts = {};
     bool hidden = false;  // beacons without its SSID, answers only probes for it
     bool full = false;    // refuses every station
 

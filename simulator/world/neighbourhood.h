@@ -12,11 +12,11 @@ namespace kaz::sim {
 
 // The state of a device when it is switched on: the access points in range and its own set-up.
 struct Neighbourhood {
-    std::vector<AccessPoint> accessPoints;
-    std::vector<Settings> configuredNetworks;
+    std::vector<AccessPoint> accessPoints = {};
+    std::vector<Settings> configuredNetworks = {};
     std::vector<std::string> eapMethods = {"MD5", "TLS", "MSCHAPV2", "PEAP", "TTLS",
                                            "GTC", "OTP", "FAST",     "PWD"};
-    Times times;
+    Times times = {};
     bool unitActive = true;
     bool updateConfig = true;
     unsigned moreInterfaces = 0;     // listed by the supplicant after the one that is simulated

@@ -12,56 +12,54 @@ Signal read(sd_bus_message* message) {
     const auto text = [](const char* value) { return value == nullptr ? std::string() : std::string(value); };
     return {text(sd_bus_message_get_sender(message)), text(sd_bus_message_get_path(message)),
             text(sd_bus_message_get_interface(message)), text(sd_bus_message_get_member(message)),
-            nlohmann::json::parse(argumentsAsJson(message))};
+            json::parse(argumentsAsJson(message))};
 }
 
 }  // namespace
 
-BusClient::BusClient(const std::string& address) {
-    sd_bus* raw = nullptr;
-    checked(sd_bus_new(&raw), "sd_bus_new");
-    bus_.reset(raw);
-    checked(sd_bus_set_address(raw, address.c_str()), "address");
-    checked(sd_bus_set_bus_client(raw, 1), "client");
-    checked(sd_bus_start(raw), "start");
-    sd_bus_slot* slot = nullptr;
+json Signal::changes() const {
+    return interface == "org.freedesktop.DBus.Properties" ? arguments.at(1) : json::object();
+}
+
+BusClient::BusClient(const std::string& address) : bus_(dbus::connectTo(address)) {
     checked(sd_bus_add_match(
-                raw, &slot, "type='signal'",
+                bus_.get(), dbus::out(match_), "type='signal'",
                 [](sd_bus_message* message, void* self, sd_bus_error*) {
                     static_cast<BusClient*>(self)->signals_.push_back(read(message));
                     return 0;
                 },
                 this),
             "match");
-    match_.reset(slot);
 }
 
-Message BusClient::newCall(const Target& target, const char* member) {
-    sd_bus_message* raw = nullptr;
-    checked(sd_bus_message_new_method_call(bus_.get(), &raw, target.service.c_str(), target.path.c_str(),
-                                           target.interface.c_str(), member),
+Message BusClient::emptyCall(const Target& target, const char* member) {
+    Message call;
+    checked(sd_bus_message_new_method_call(bus_.get(), dbus::out(call), target.service.c_str(),
+                                           target.path.c_str(), target.interface.c_str(), member),
             "new call");
-    return Message(raw);
+    return call;
 }
 
-nlohmann::json BusClient::send(sd_bus_message* message) {
-    sd_bus_error error{};
-    sd_bus_message* raw = nullptr;
-    if (sd_bus_call(bus_.get(), message,
-                    static_cast<std::uint64_t>(std::chrono::microseconds(timeLimit).count()), &error,
-                    &raw) < 0) {
-        const std::string name = error.name;
-        const std::string text = error.message == nullptr ? "" : error.message;
-        sd_bus_error_free(&error);
-        throw CallFailed(name, text);
+Message BusClient::replyTo(const Message& call, std::chrono::microseconds limit) {
+    dbus::BusError error;
+    Message reply;
+    if (sd_bus_call(bus_.get(), call.get(), static_cast<std::uint64_t>(limit.count()), &error.value,
+                    dbus::out(reply)) < 0) {
+        throw CallFailed(error.value.name, error.value.message == nullptr ? "" : error.value.message);
     }
-    const Message reply(raw);
-    return nlohmann::json::parse(argumentsAsJson(raw));
+    return reply;
 }
 
-nlohmann::json BusClient::get(const Target& target, const char* property) {
-    const Target properties{target.service, target.path, "org.freedesktop.DBus.Properties"};
-    return call(properties, "Get", "ss", target.interface.c_str(), property).at(0);
+json BusClient::send(const Message& call) {
+    return json::parse(argumentsAsJson(replyTo(call).get()));
+}
+
+json BusClient::get(const Target& target, const char* property) {
+    return call(target.properties(), "Get", "ss", target.interface.c_str(), property).at(0);
+}
+
+json BusClient::getAll(const Target& target) {
+    return call(target.properties(), "GetAll", "s", target.interface.c_str()).at(0);
 }
 
 bool BusClient::waitUntil(const std::function<bool()>& condition) {
@@ -90,15 +88,25 @@ bool BusClient::waitForSignal(const std::string& member,
     });
 }
 
-std::vector<nlohmann::json> BusClient::valuesOf(const std::string& property) const {
-    std::vector<nlohmann::json> values;
+bool BusClient::waitForSignalOf(const std::string& member, const json& first) {
+    return waitForSignal(member, [&](const Signal& signal) { return signal.arguments.at(0) == first; });
+}
+
+std::vector<json> BusClient::valuesOf(const std::string& property) const {
+    std::vector<json> values;
     for (const Signal& signal : signals_) {
-        if (signal.interface == "org.freedesktop.DBus.Properties" &&
-            signal.arguments.at(1).contains(property)) {
-            values.push_back(signal.arguments.at(1).at(property));
+        if (const json changes = signal.changes(); changes.contains(property)) {
+            values.push_back(changes.at(property));
         }
     }
     return values;
+}
+
+bool BusClient::becomes(const std::string& property, const json& value) {
+    return waitUntil([&] {
+        const auto values = valuesOf(property);
+        return !values.empty() && values.back() == value;
+    });
 }
 
 std::string BusClient::ownerOf(const char* name) {

@@ -9,18 +9,13 @@ using ::testing::ElementsAre;
 
 class Connecting : public DeviceTest {
   protected:
-    bool lastStateIs(const std::string& state) {
-        return client_->waitUntil([&] {
-            const auto states = client_->valuesOf("State");
-            return !states.empty() && states.back() == state;
-        });
-    }
+    json signalOfTheBss() { return client_->get(bssAt(get("CurrentBSS")), "Signal"); }
 };
 
 TEST_F(Connecting, PassesEveryStateInOrder) {
-    start({accessPoint("Home", Security::wpa2, "correct horse")});
+    startInRangeOf({home});
     select(addNetwork(pskNetwork("Home", "correct horse")));
-    ASSERT_TRUE(lastStateIs("completed"));
+    ASSERT_TRUE(client_->becomes("State", "completed"));
     EXPECT_THAT(client_->valuesOf("State"),
                 ElementsAre("inactive", "scanning", "authenticating", "associating", "associated",
                             "4way_handshake", "group_handshake", "completed"));
@@ -28,51 +23,42 @@ TEST_F(Connecting, PassesEveryStateInOrder) {
 
 TEST_F(Connecting, CompletesWithTheRightKeyForEveryKindOfSecurity) {
     struct Row {
-        AccessPoint accessPoint;
+        std::string ssid;
+        Security security;
         Settings settings;
         const char* authMode;
     };
     const Row rows[] = {
-        {accessPoint("a", Security::open), openNetwork("a"), "NONE"},
-        {accessPoint("b", Security::wep, "abcde"),
-         {{"ssid", "b"}, {"key_mgmt", "NONE"}, {"wep_key0", "abcde"}},
-         "NONE"},
-        {accessPoint("c", Security::wpa, "password"), pskNetwork("c", "password"), "WPA-PSK"},
-        {accessPoint("d", Security::wpa2, "password"), pskNetwork("d", "password"), "WPA2-PSK"},
-        {accessPoint("e", Security::wpa2Wpa3, "password"), pskNetwork("e", "password"), "WPA2-PSK"},
-        {accessPoint("f", Security::wpa2Wpa3, "password"), saeNetwork("f", "password"), "SAE"},
-        {accessPoint("g", Security::wpa3, "password"), saeNetwork("g", "password"), "SAE"},
+        {"a", Security::open, openNetwork("a"), "NONE"},
+        {"b", Security::wep, {{"ssid", "b"}, {"key_mgmt", "NONE"}, {"wep_key0", "13 characters"}}, "NONE"},
+        {"c", Security::wpa, pskNetwork("c", "13 characters"), "WPA-PSK"},
+        {"d", Security::wpa2, pskNetwork("d", "13 characters"), "WPA2-PSK"},
+        {"e", Security::wpa2Wpa3, pskNetwork("e", "13 characters"), "WPA2-PSK"},
+        {"f", Security::wpa2Wpa3, saeNetwork("f", "13 characters"), "SAE"},
+        {"g", Security::wpa3, saeNetwork("g", "13 characters"), "SAE"},
     };
     std::vector<AccessPoint> around;
     for (const Row& row : rows) {
-        around.push_back(row.accessPoint);
+        around.push_back({.ssid = row.ssid, .security = row.security, .password = "13 characters"});
     }
-    start(around);
+    startInRangeOf(around);
     for (const Row& row : rows) {
+        SCOPED_TRACE(row.ssid);
         const std::string network = addNetwork(row.settings);
         select(network);
-        ASSERT_TRUE(reaches("completed")) << row.accessPoint.ssid;
-        EXPECT_EQ(client_->get(supplicantInterface, "CurrentNetwork"), network);
-        EXPECT_EQ(client_->get(supplicantInterface, "CurrentAuthMode"), row.authMode) << row.accessPoint.ssid;
-        const Target bss = bssAt(client_->get(supplicantInterface, "CurrentBSS"));
-        EXPECT_EQ(client_->get(bss, "SSID"), nlohmann::json({row.accessPoint.ssid.at(0)}));
+        ASSERT_TRUE(reaches("completed"));
+        EXPECT_EQ(get("CurrentNetwork"), network);
+        EXPECT_EQ(get("CurrentAuthMode"), row.authMode);
+        EXPECT_EQ(client_->get(bssAt(get("CurrentBSS")), "SSID"), json({row.ssid.at(0)}));
     }
 }
 
 TEST_F(Connecting, EndsInDisconnectedWithReason15WhenThePresharedKeyIsWrong) {
-    start({accessPoint("Home", Security::wpa2, "correct horse")});
+    startInRangeOf({home});
     select(addNetwork(pskNetwork("Home", "wrong horse")));
     ASSERT_TRUE(reaches("4way_handshake"));
-    const auto tells = [](const Signal& signal, const char* property, const nlohmann::json& value) {
-        return signal.interface == "org.freedesktop.DBus.Properties" &&
-               signal.arguments.at(1).contains(property) && signal.arguments.at(1).at(property) == value;
-    };
-    ASSERT_TRUE(client_->waitForSignal("PropertiesChanged",
-                                       [&](const Signal& s) { return tells(s, "DisconnectReason", 15); }));
-    EXPECT_TRUE(client_->waitForSignal("PropertiesChanged", [&](const Signal& s) {
-        return tells(s, "State", "disconnected") && tells(s, "CurrentNetwork", "/") &&
-               tells(s, "CurrentBSS", "/");
-    }));
+    ASSERT_TRUE(changes({{"DisconnectReason", 15}}));
+    EXPECT_TRUE(changes({{"State", "disconnected"}, {"CurrentNetwork", "/"}, {"CurrentBSS", "/"}}));
 }
 
 // One network per test, because the supplicant retries a refused network as soon as its pause is over.
@@ -85,14 +71,14 @@ struct Refusal {
 class ConnectingIsRefused : public Connecting, public ::testing::WithParamInterface<Refusal> {};
 
 TEST_P(ConnectingIsRefused, BeforeAssociationAndEndsInDisconnected) {
-    AccessPoint full = accessPoint("full", Security::open);
-    full.full = true;
-    start({accessPoint("old", Security::wep, "abcde"), accessPoint("new", Security::wpa3, "password"), full});
+    startInRangeOf({{.ssid = "old", .security = Security::wep, .password = "abcde"},
+                    {.ssid = "new", .security = Security::wpa3, .password = "password"},
+                    {.ssid = "full", .full = true}});
     select(addNetwork(GetParam().settings));
     ASSERT_TRUE(reaches("authenticating"));
     ASSERT_TRUE(reaches("disconnected"));
-    EXPECT_EQ(client_->get(supplicantInterface, "AuthStatusCode"), GetParam().status);
-    EXPECT_EQ(client_->get(supplicantInterface, "DisconnectReason"), 0);
+    EXPECT_EQ(get("AuthStatusCode"), GetParam().status);
+    EXPECT_EQ(get("DisconnectReason"), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -104,7 +90,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& made) { return made.param.name; });
 
 TEST_F(Connecting, TriesARefusedNetworkAgainAfterAPause) {
-    start({accessPoint("Home", Security::wpa2, "correct horse")});
+    startInRangeOf({home});
     select(addNetwork(pskNetwork("Home", "wrong horse")));
     ASSERT_TRUE(reaches("4way_handshake"));
     ASSERT_TRUE(reaches("disconnected"));
@@ -113,25 +99,23 @@ TEST_F(Connecting, TriesARefusedNetworkAgainAfterAPause) {
 }
 
 TEST_F(Connecting, GoesOnScanningForANetworkThatIsNotThere) {
-    start({accessPoint("Home", Security::wpa2, "correct horse")});
+    startInRangeOf({home});
     select(addNetwork(openNetwork("Elsewhere")));
     ASSERT_TRUE(reaches("scanning"));
     for (int scans = 0; scans < 3; ++scans) {
-        ASSERT_TRUE(client_->waitForSignal("ScanDone", [](const Signal&) { return true; }));
+        ASSERT_TRUE(client_->waitForSignal("ScanDone"));
     }
-    EXPECT_EQ(client_->get(supplicantInterface, "State"), "scanning");
-    device_->addAccessPoint(accessPoint("Elsewhere", Security::open));
+    EXPECT_EQ(get("State"), "scanning");
+    device_->addAccessPoint({.ssid = "Elsewhere"});
     EXPECT_TRUE(reaches("completed"));
 }
 
 TEST_F(Connecting, FindsAHiddenNetworkOnlyWithScanSsid) {
-    AccessPoint hidden = accessPoint("Secret", Security::open);
-    hidden.hidden = true;
-    start({hidden});
+    startInRangeOf({{.ssid = "Secret", .hidden = true}});
     select(addNetwork(openNetwork("Secret")));
-    ASSERT_TRUE(client_->waitForSignal("ScanDone", [](const Signal&) { return true; }));
-    ASSERT_TRUE(client_->waitForSignal("ScanDone", [](const Signal&) { return true; }));
-    EXPECT_EQ(client_->get(supplicantInterface, "State"), "scanning");
+    ASSERT_TRUE(client_->waitForSignal("ScanDone"));
+    ASSERT_TRUE(client_->waitForSignal("ScanDone"));
+    EXPECT_EQ(get("State"), "scanning");
     Settings settings = openNetwork("Secret");
     settings.emplace_back("scan_ssid", std::int64_t{1});
     select(addNetwork(settings));
@@ -139,47 +123,42 @@ TEST_F(Connecting, FindsAHiddenNetworkOnlyWithScanSsid) {
 }
 
 TEST_F(Connecting, LosesTheConnectionWithTheReasonOfTheAccessPoint) {
-    start({accessPoint("Cafe", Security::open)});
-    select(addNetwork(openNetwork("Cafe")));
-    ASSERT_TRUE(reaches("completed"));
+    ASSERT_NO_FATAL_FAILURE(startConnected());
     device_->deauthenticate(2);
     ASSERT_TRUE(reaches("disconnected"));
-    EXPECT_EQ(client_->get(supplicantInterface, "DisconnectReason"), 2);
+    EXPECT_EQ(get("DisconnectReason"), 2);
     EXPECT_TRUE(reaches("completed"));
     device_->dropLink();
     ASSERT_TRUE(reaches("disconnected"));
-    EXPECT_EQ(client_->get(supplicantInterface, "DisconnectReason"), -4);
+    EXPECT_EQ(get("DisconnectReason"), -4);
     EXPECT_TRUE(reaches("completed"));
 }
 
 TEST_F(Connecting, MovesToTheOtherAccessPointOfANetworkWhenOneGoes) {
-    AccessPoint near = accessPoint("Home", Security::wpa2, "correct horse");
+    AccessPoint near = home;
     near.bssid = "02:00:00:00:00:01";
     near.signal = -40;
-    AccessPoint far = near;
-    far.bssid = "02:00:00:00:00:02";
+    AccessPoint far = home;
     far.signal = -80;
-    start({far, near});
+    startInRangeOf({far, near});
     select(addNetwork(pskNetwork("Home", "correct horse")));
     ASSERT_TRUE(reaches("completed"));
-    EXPECT_EQ(client_->get(bssAt(client_->get(supplicantInterface, "CurrentBSS")), "Signal"), -40);
+    EXPECT_EQ(signalOfTheBss(), -40);
     ASSERT_TRUE(device_->removeAccessPoint(near.bssid));
     ASSERT_TRUE(reaches("disconnected"));
     ASSERT_TRUE(reaches("completed"));
-    EXPECT_EQ(client_->get(bssAt(client_->get(supplicantInterface, "CurrentBSS")), "Signal"), -80);
+    EXPECT_EQ(signalOfTheBss(), -80);
 }
 
 TEST_F(Connecting, PollsTheSignalOfTheConnectionOnly) {
-    AccessPoint cafe = accessPoint("Cafe", Security::open);
-    cafe.bssid = "02:00:00:00:00:01";
-    start({cafe});
+    const std::string bssid = "02:00:00:00:00:01";
+    startInRangeOf({{.ssid = "Cafe", .bssid = bssid}});
     EXPECT_EQ(errorOf(supplicantInterface, "SignalPoll"), "org.freedesktop.DBus.Error.Failed");
     select(addNetwork(openNetwork("Cafe")));
     ASSERT_TRUE(reaches("completed"));
-    ASSERT_TRUE(device_->setSignal(cafe.bssid, -77));
-    const auto poll = client_->call(supplicantInterface, "SignalPoll").at(0);
-    EXPECT_EQ(poll.at("rssi"), -77);
-    EXPECT_EQ(poll.at("frequency"), 2412);
+    ASSERT_TRUE(device_->setSignal(bssid, -77));
+    const json poll = call("SignalPoll").at(0);
+    EXPECT_TRUE(includes(poll, {{"rssi", -77}, {"frequency", 2412}})) << poll;
     EXPECT_TRUE(poll.contains("linkspeed"));
     EXPECT_TRUE(poll.contains("noise"));
 }

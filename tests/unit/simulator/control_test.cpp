@@ -6,13 +6,13 @@ namespace {
 class ControlTest : public DeviceTest {
   protected:
     template <typename... Arguments>
-    nlohmann::json order(const char* member, const char* types = "", Arguments... arguments) {
+    json order(const char* member, const char* types = "", Arguments... arguments) {
         return client_->call(simulatorControl, member, types, arguments...);
     }
 };
 
 TEST_F(ControlTest, AddsAltersAndRemovesAccessPoints) {
-    start(std::vector<AccessPoint>{});
+    start();
     const std::string bssid = order("AddAccessPoint", "s", R"({"ssid": "Van", "security": "open"})").at(0);
     const auto paths = scan();
     ASSERT_EQ(paths.size(), 1U);
@@ -26,8 +26,8 @@ TEST_F(ControlTest, AddsAltersAndRemovesAccessPoints) {
     EXPECT_EQ(scan().size(), 0U);
 }
 
-TEST_F(ControlTest, RefusesWhatItDoesNotKnow) {
-    start(std::vector<AccessPoint>{});
+TEST_F(ControlTest, RefusesUnknownAccessPointsAndInvalidJson) {
+    start();
     const char* const unknown = "com.kazwifi.Simulator1.UnknownAccessPoint";
     EXPECT_EQ(errorOf(simulatorControl, "RemoveAccessPoint", "s", "02:00:00:00:00:01"), unknown);
     EXPECT_EQ(errorOf(simulatorControl, "SetSignal", "sn", "02:00:00:00:00:01", -1), unknown);
@@ -39,7 +39,7 @@ TEST_F(ControlTest, RefusesWhatItDoesNotKnow) {
 }
 
 TEST_F(ControlTest, RefusesASecondAccessPointWithTheSameBssid) {
-    start(std::vector<AccessPoint>{});
+    start();
     const char* const van = R"({"ssid": "Van", "bssid": "02:00:00:00:00:07"})";
     order("AddAccessPoint", "s", van);
     EXPECT_NE(errorOf(simulatorControl, "AddAccessPoint", "s", van), "");
@@ -47,19 +47,17 @@ TEST_F(ControlTest, RefusesASecondAccessPointWithTheSameBssid) {
 }
 
 TEST_F(ControlTest, BreaksConnections) {
-    start({accessPoint("Cafe", Security::open)});
-    select(addNetwork(openNetwork("Cafe")));
-    ASSERT_TRUE(reaches("completed"));
+    ASSERT_NO_FATAL_FAILURE(startConnected());
     order("Deauthenticate", "i", 6);
     ASSERT_TRUE(reaches("disconnected"));
-    EXPECT_EQ(client_->get(supplicantInterface, "DisconnectReason"), 6);
+    EXPECT_EQ(get("DisconnectReason"), 6);
     ASSERT_TRUE(reaches("completed"));
     order("DropLink");
     EXPECT_TRUE(reaches("disconnected"));
 }
 
-TEST_F(ControlTest, CommandsTheServices) {
-    start({accessPoint("Cafe", Security::open)});
+TEST_F(ControlTest, ControlsTheServices) {
+    startInRangeOf({cafe});
     order("SetOnlineState", "s", "online");
     EXPECT_EQ(client_->get(networkdManager, "OnlineState"), "online");
     order("SetUnitState", "ss", "reloading", "reload");
@@ -76,8 +74,8 @@ TEST_F(ControlTest, CommandsTheServices) {
     EXPECT_TRUE(client_->waitUntil([&] { return client_->valuesOf("State").size() >= 20; }));
 }
 
-TEST_F(ControlTest, OrdersFaultsAndTellsOfThem) {
-    start(std::vector<AccessPoint>{});
+TEST_F(ControlTest, OrdersFaultsAndCountsThem) {
+    start();
     const unsigned id = order("OrderFault", "s",
                               R"({"peer": "supplicant", "member": "SaveConfig", "nth": 2, "kind": "error",
                                   "error_name": "com.example.Full", "error_text": "disk full"})")
@@ -89,14 +87,14 @@ TEST_F(ControlTest, OrdersFaultsAndTellsOfThem) {
     order("ClearFaults");
 }
 
-TEST_F(ControlTest, TellsTheCallsOfTheServicesButNotItsOwn) {
-    start(std::vector<AccessPoint>{});
+TEST_F(ControlTest, ListsTheCallsOfTheServicesButNotItsOwn) {
+    start();
     order("ForgetCalls");
-    client_->call(supplicantInterface, "Scan", "a{sv}", 1, "Type", "s", "passive");
-    const auto calls = nlohmann::json::parse(order("Calls").at(0).get<std::string>());
+    requestScan();
+    const auto calls = json::parse(order("Calls").at(0).get<std::string>());
     ASSERT_EQ(calls.size(), 1U);
     EXPECT_EQ(calls.at(0).at("member"), "Scan");
-    EXPECT_EQ(calls.at(0).at("arguments"), nlohmann::json::parse(R"([{"Type": "passive"}])"));
+    EXPECT_EQ(calls.at(0).at("arguments"), json::parse(R"([{"Type": "passive"}])"));
 }
 
 }  // namespace

@@ -5,14 +5,6 @@
 
 namespace kaz::sim::test {
 
-AccessPoint accessPoint(const std::string& ssid, Security security, const std::string& password) {
-    AccessPoint result;
-    result.ssid = ssid;
-    result.security = security;
-    result.password = password;
-    return result;
-}
-
 Settings openNetwork(const std::string& ssid) {
     return {{"ssid", ssid}, {"key_mgmt", "NONE"}, {"auth_alg", "OPEN"}};
 }
@@ -33,27 +25,23 @@ Target bssAt(const std::string& path) {
     return {"fi.w1.wpa_supplicant1", path, "fi.w1.wpa_supplicant1.BSS"};
 }
 
-namespace {
-
-void appendBytes(sd_bus_message* call, const std::string& key, const std::string& bytes) {
-    checked(sd_bus_message_open_container(call, 'e', "sv"), "open");
-    checked(sd_bus_message_append(call, "s", key.c_str()), "append");
-    checked(sd_bus_message_open_container(call, 'v', "ay"), "open");
-    checked(sd_bus_message_append_array(call, 'y', bytes.data(), bytes.size()), "append");
-    checked(sd_bus_message_close_container(call), "close");
-    checked(sd_bus_message_close_container(call), "close");
+bool includes(const json& changes, const json& expected) {
+    json both = changes;
+    both.update(expected);
+    return both == changes;
 }
+
+namespace {
 
 void appendSetting(sd_bus_message* call, const std::string& key, const Setting& value) {
     if (const auto* const text = std::get_if<std::string>(&value)) {
-        checked(sd_bus_message_append(call, "{sv}", key.c_str(), "s", text->c_str()), "append");
+        appendEntry(call, key, *text);
     } else if (const auto* const number = std::get_if<std::int64_t>(&value)) {
-        checked(sd_bus_message_append(call, "{sv}", key.c_str(), "i", static_cast<std::int32_t>(*number)),
-                "append");
+        appendEntry(call, key, static_cast<std::int32_t>(*number));
     } else if (const auto* const bytes = std::get_if<ByteSetting>(&value)) {
-        appendBytes(call, key, bytes->bytes);
+        appendEntry(call, key, Bytes(bytes->bytes));
     } else {
-        checked(sd_bus_message_append(call, "{sv}", key.c_str(), "b", 1), "append");
+        appendEntry(call, key, true);
     }
 }
 
@@ -63,46 +51,44 @@ void DeviceTest::start(SimulatedDevice::Options options) {
     constexpr double fast = 0.01;
     options.busAddress = bus_.address();
     options.timeScale = fast;
-    for (AccessPoint& ap : options.neighbourhood.accessPoints) {
-        if (ap.bssid.empty()) {
-            ap.bssid = options.neighbourhood.freeBssid();
-        }
-    }
     client_.emplace(bus_.address());
     device_.emplace(std::move(options));
 }
 
-void DeviceTest::start(std::vector<AccessPoint> accessPoints) {
-    SimulatedDevice::Options options;
-    options.neighbourhood.accessPoints = std::move(accessPoints);
-    start(std::move(options));
+void DeviceTest::startInRangeOf(std::vector<AccessPoint> accessPoints) {
+    start({.neighbourhood = {.accessPoints = std::move(accessPoints)}});
+}
+
+void DeviceTest::startConnected(const AccessPoint& accessPoint) {
+    startInRangeOf({accessPoint});
+    select(addNetwork(openNetwork(accessPoint.ssid)));
+    ASSERT_TRUE(reaches("completed"));
 }
 
 std::string DeviceTest::addNetwork(const Settings& settings) {
     const Message call = client_->newCall(supplicantInterface, "AddNetwork");
-    checked(sd_bus_message_open_container(call.get(), 'a', "{sv}"), "open");
-    for (const auto& [key, value] : settings) {
-        appendSetting(call.get(), key, value);
-    }
-    checked(sd_bus_message_close_container(call.get()), "close");
-    return client_->send(call.get()).at(0);
+    appendContainer(call.get(), 'a', "{sv}", [&] {
+        for (const auto& [key, value] : settings) {
+            appendSetting(call.get(), key, value);
+        }
+    });
+    return client_->send(call).at(0);
 }
 
 void DeviceTest::select(const std::string& network) {
-    client_->call(supplicantInterface, "SelectNetwork", "o", network.c_str());
+    call("SelectNetwork", "o", network.c_str());
 }
 
-bool DeviceTest::reaches(const std::string& state) {
+bool DeviceTest::changes(const json& expected, const std::string& path) {
     return client_->waitForSignal("PropertiesChanged", [&](const Signal& signal) {
-        return signal.interface == "org.freedesktop.DBus.Properties" &&
-               signal.path == supplicantInterface.path && signal.arguments.at(1).value("State", "") == state;
+        return signal.path == path && includes(signal.changes(), expected);
     });
 }
 
-nlohmann::json DeviceTest::scan() {
-    client_->call(supplicantInterface, "Scan", "a{sv}", 1, "Type", "s", "passive");
-    EXPECT_TRUE(client_->waitForSignal("ScanDone", [](const Signal&) { return true; }));
-    return client_->get(supplicantInterface, "BSSs");
+json DeviceTest::scan() {
+    requestScan();
+    EXPECT_TRUE(client_->waitForSignal("ScanDone"));
+    return get("BSSs");
 }
 
 std::size_t DeviceTest::countCalls(const std::string& member) const {

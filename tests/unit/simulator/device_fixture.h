@@ -29,24 +29,45 @@ inline const Target networkdManager{"org.freedesktop.network1", "/org/freedeskto
 inline const Target simulatorControl{"com.kazwifi.Simulator1", "/com/kazwifi/Simulator1",
                                      "com.kazwifi.Simulator1"};
 
-AccessPoint accessPoint(const std::string& ssid, Security security, const std::string& password = "");
+inline const AccessPoint cafe{.ssid = "Cafe"};
+inline const AccessPoint home{.ssid = "Home", .security = Security::wpa2, .password = "correct horse"};
+
+// Whether these values are among the changes.
+bool includes(const json& changes, const json& expected);
 
 // A device on a private bus, a hundred times faster than a real one, and a client.
 class DeviceTest : public ::testing::Test {
   protected:
     // Starts the device; `options` without an address.
     void start(SimulatedDevice::Options options = {});
-    void start(std::vector<AccessPoint> accessPoints);
+    void startInRangeOf(std::vector<AccessPoint> accessPoints);
+
+    // With a connection to this open access point.
+    void startConnected(const AccessPoint& accessPoint = cafe);
+
+    // A property of the supplicant's interface.
+    json get(const char* property) { return client_->get(supplicantInterface, property); }
+
+    template <typename... Arguments>
+    json call(const char* member, const char* types = "", Arguments... arguments) {
+        return client_->call(supplicantInterface, member, types, arguments...);
+    }
 
     // The object path of the new network.
     std::string addNetwork(const Settings& settings);
     void select(const std::string& network);
 
-    // Waits for the signal that reports this state. Drops all earlier signals.
-    bool reaches(const std::string& state);
+    // Waits for the signal that reports these values of the object together. Drops it and all earlier signals.
+    bool changes(const json& expected, const std::string& path = supplicantInterface.path);
+
+    // The same for the supplicant's state.
+    bool reaches(const std::string& state) { return changes({{"State", state}}); }
+
+    // Requests a scan. With another type or more arguments the supplicant may refuse it.
+    void requestScan() { call("Scan", "a{sv}", 1, "Type", "s", "passive"); }
 
     // Scans once and returns the paths of the BSSs.
-    nlohmann::json scan();
+    json scan();
 
     // The name of the error reply to the call; empty if the call succeeds.
     template <typename... Arguments>

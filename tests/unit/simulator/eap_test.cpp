@@ -9,9 +9,9 @@ using ::testing::Pair;
 class Eap : public DeviceTest {
   protected:
     void startCampus() {
-        AccessPoint campus = accessPoint("Campus", Security::eap);
-        campus.accounts = {{"ada", "engine", "PEAP", "MSCHAPV2"}};
-        start({campus});
+        startInRangeOf({{.ssid = "Campus",
+                         .security = Security::eap,
+                         .accounts = {{"ada", "engine", "PEAP", "MSCHAPV2"}}}});
     }
 
     static Settings login(const std::string& identity, const std::string& password) {
@@ -30,36 +30,28 @@ class Eap : public DeviceTest {
     }
 };
 
-TEST_F(Eap, LetsInWhoIsKnown) {
+TEST_F(Eap, ConnectsAKnownIdentityWithItsPassword) {
     startCampus();
     select(addNetwork(login("ada", "engine")));
-    ASSERT_TRUE(client_->waitUntil([&] {
-        const auto states = client_->valuesOf("State");
-        return !states.empty() && states.back() == "completed";
-    }));
+    ASSERT_TRUE(client_->becomes("State", "completed"));
     EXPECT_THAT(eapSignals(), ElementsAre(Pair("started", ""), Pair("accept proposed method", "PEAP"),
                                           Pair("remote certificate verification", "success"),
                                           Pair("completion", "success")));
-    EXPECT_EQ(client_->get(supplicantInterface, "CurrentAuthMode"), "WPA2/IEEE 802.1X/EAP");
+    EXPECT_EQ(get("CurrentAuthMode"), "WPA2/IEEE 802.1X/EAP");
 }
 
-TEST_F(Eap, RefusesWhoIsNotAndSendsHimAway) {
+TEST_F(Eap, RefusesAWrongPasswordAndDisconnects) {
     startCampus();
     select(addNetwork(login("ada", "difference")));
-    ASSERT_TRUE(client_->waitUntil([&] {
-        const auto states = client_->valuesOf("State");
-        return !states.empty() && states.back() == "disconnected";
-    }));
+    ASSERT_TRUE(client_->becomes("State", "disconnected"));
     EXPECT_THAT(eapSignals(), ElementsAre(Pair("started", ""), Pair("accept proposed method", "PEAP"),
                                           Pair("completion", "failure")));
-    EXPECT_EQ(client_->get(supplicantInterface, "DisconnectReason"), 23);
+    EXPECT_EQ(get("DisconnectReason"), 23);
 }
 
 TEST_F(Eap, MethodsAreThoseOfTheDevice) {
-    SimulatedDevice::Options options;
-    options.neighbourhood.eapMethods = {"TLS", "PEAP", "PEAP"};
-    start(std::move(options));
-    EXPECT_EQ(client_->get(supplicantRoot, "EapMethods"), nlohmann::json({"TLS", "PEAP", "PEAP"}));
+    start({.neighbourhood = {.eapMethods = {"TLS", "PEAP", "PEAP"}}});
+    EXPECT_EQ(client_->get(supplicantRoot, "EapMethods"), json({"TLS", "PEAP", "PEAP"}));
     EXPECT_THROW(addNetwork({{"ssid", "a"}, {"eap", "TTLS"}}), CallFailed);
 }
 

@@ -9,18 +9,14 @@ namespace kaz::sim::test {
 namespace {
 
 Fault faultOf(const std::string& member, FaultKind kind) {
-    Fault fault;
-    fault.peer = "supplicant";
-    fault.member = member;
-    fault.kind = kind;
-    return fault;
+    return {.peer = "supplicant", .member = member, .kind = kind};
 }
 
 Call callOf(const std::string& member, const std::string& arguments = "[]") {
     return {"supplicant", "/path", "interface", member, arguments};
 }
 
-TEST(Faults, StrikeOnlyWhatTheyWereOrderedFor) {
+TEST(Faults, ApplyOnlyToMatchingCalls) {
     Faults faults;
     Fault fault = faultOf("Get", FaultKind::error);
     fault.path = "/path";
@@ -35,7 +31,7 @@ TEST(Faults, StrikeOnlyWhatTheyWereOrderedFor) {
     EXPECT_EQ(faults.timesFired(id), 1U);
 }
 
-TEST(Faults, StrikeTheNthCallOnlyWhenOneIsNamed) {
+TEST(Faults, ApplyOnlyToTheNthCallIfOneIsGiven) {
     Faults faults;
     Fault second = faultOf("Scan", FaultKind::error);
     second.nth = 2;
@@ -46,7 +42,7 @@ TEST(Faults, StrikeTheNthCallOnlyWhenOneIsNamed) {
     EXPECT_EQ(faults.timesFired(id), 1U);
 }
 
-TEST(Faults, StrikeNoMoreOnceCleared) {
+TEST(Faults, NoLongerApplyWhenCleared) {
     Faults faults;
     const FaultId id = faults.order(faultOf("Scan", FaultKind::error));
     EXPECT_TRUE(faults.strike(callOf("Scan")));
@@ -59,32 +55,30 @@ TEST(Faults, StrikeNoMoreOnceCleared) {
 class FaultyDevice : public DeviceTest {
   protected:
     // The reply to the call under the fault: the error's name, or the signature.
-    std::string answerTo(const Target& target, const char* member, const char* types = "",
-                         const char* first = "", const char* second = "",
-                         std::chrono::microseconds limit = timeLimit) {
-        const Message call = client_->newCall(target, member);
-        checked(sd_bus_message_append(call.get(), types, first, second), "append");
-        sd_bus_error error{};
-        sd_bus_message* raw = nullptr;
-        if (sd_bus_call(client_->bus(), call.get(), static_cast<std::uint64_t>(limit.count()), &error, &raw) <
-            0) {
-            std::string name = error.name;
-            sd_bus_error_free(&error);
-            return name;
+    std::string answerTo(const Message& call, std::chrono::microseconds limit = timeLimit) {
+        try {
+            const Message reply = client_->replyTo(call, limit);
+            const char* contents = nullptr;
+            char type = 0;
+            checked(sd_bus_message_peek_type(reply.get(), &type, &contents), "peek");
+            return type == 'v' ? std::string("v") + contents : sd_bus_message_get_signature(reply.get(), 1);
+        } catch (const CallFailed& failed) {
+            return failed.name();
         }
-        const Message reply(raw);
-        const char* contents = nullptr;
-        char type = 0;
-        checked(sd_bus_message_peek_type(raw, &type, &contents), "peek");
-        return type == 'v' ? std::string("v") + contents : sd_bus_message_get_signature(raw, 1);
     }
 
-    const Target properties_{supplicantInterface.service, supplicantInterface.path,
-                             "org.freedesktop.DBus.Properties"};
+    std::string answerToGetAll() {
+        return answerTo(client_->newCall(supplicantInterface.properties(), "GetAll", "s",
+                                         supplicantInterface.interface.c_str()));
+    }
+    std::string answerToGet(const char* property) {
+        return answerTo(client_->newCall(supplicantInterface.properties(), "Get", "ss",
+                                         supplicantInterface.interface.c_str(), property));
+    }
 };
 
-TEST_F(FaultyDevice, AnswersAsOrderedAndCounts) {
-    start({accessPoint("Cafe", Security::open)});
+TEST_F(FaultyDevice, RepliesAsOrderedAndCounts) {
+    startInRangeOf({cafe});
     struct Row {
         FaultKind kind;
         const char* answer;
@@ -101,15 +95,15 @@ TEST_F(FaultyDevice, AnswersAsOrderedAndCounts) {
         Fault fault = faultOf("GetAll", row.kind);
         fault.errorName = "com.example.Broken";
         const FaultId id = device_->orderFault(fault);
-        EXPECT_EQ(answerTo(properties_, "GetAll", "s", supplicantInterface.interface.c_str()), row.answer);
+        EXPECT_EQ(answerToGetAll(), row.answer);
         EXPECT_EQ(device_->timesFired(id), 1U);
         device_->clearFaults();
     }
-    EXPECT_EQ(answerTo(properties_, "GetAll", "s", supplicantInterface.interface.c_str()), "a{sv}");
+    EXPECT_EQ(answerToGetAll(), "a{sv}");
 }
 
-TEST_F(FaultyDevice, SpoilsOnePropertyAmongMany) {
-    start({accessPoint("Cafe", Security::open)});
+TEST_F(FaultyDevice, SpoilsOneNamedPropertyOnly) {
+    startInRangeOf({cafe});
     struct Row {
         FaultKind kind;
         const char* property;
@@ -124,26 +118,25 @@ TEST_F(FaultyDevice, SpoilsOnePropertyAmongMany) {
         Fault fault = faultOf("Get", row.kind);
         fault.argument = row.property;
         device_->orderFault(fault);
-        EXPECT_EQ(answerTo(properties_, "Get", "ss", supplicantInterface.interface.c_str(), row.property),
-                  row.answer);
-        EXPECT_EQ(answerTo(properties_, "Get", "ss", supplicantInterface.interface.c_str(), "Scanning"),
-                  "vb");
+        EXPECT_EQ(answerToGet(row.property), row.answer);
+        EXPECT_EQ(answerToGet("Scanning"), "vb");
         device_->clearFaults();
     }
 }
 
-TEST_F(FaultyDevice, SwallowsACallWithoutDoingIt) {
-    start({accessPoint("Cafe", Security::open)});
+TEST_F(FaultyDevice, DropsACallWithoutExecutingIt) {
+    startInRangeOf({cafe});
     const FaultId id = device_->orderFault(faultOf("RemoveAllNetworks", FaultKind::noReply));
     addNetwork(openNetwork("Cafe"));
-    EXPECT_EQ(answerTo(supplicantInterface, "RemoveAllNetworks", "", "", "", std::chrono::milliseconds(200)),
-              "org.freedesktop.DBus.Error.Timeout");
+    EXPECT_EQ(
+        answerTo(client_->newCall(supplicantInterface, "RemoveAllNetworks"), std::chrono::milliseconds(200)),
+        "org.freedesktop.DBus.Error.Timeout");
     EXPECT_EQ(device_->timesFired(id), 1U);
-    EXPECT_EQ(client_->get(supplicantInterface, "Networks").size(), 1U);
+    EXPECT_EQ(get("Networks").size(), 1U);
 }
 
-TEST_F(FaultyDevice, ServesADelayedCallOnceAndLater) {
-    start({accessPoint("Cafe", Security::open)});
+TEST_F(FaultyDevice, ExecutesADelayedCallOnceAfterTheDelay) {
+    startInRangeOf({cafe});
     Fault fault = faultOf("AddNetwork", FaultKind::delay);
     fault.delay = std::chrono::milliseconds(50);
     device_->orderFault(fault);
@@ -156,7 +149,7 @@ TEST_F(FaultyDevice, ServesADelayedCallOnceAndLater) {
 }
 
 TEST_F(FaultyDevice, ForgetsDelayedCallsWhenTheSupplicantCrashes) {
-    start({accessPoint("Cafe", Security::open)});
+    startInRangeOf({cafe});
     Fault fault = faultOf("SaveConfig", FaultKind::delay);
     fault.delay = std::chrono::hours(1);
     device_->orderFault(fault);
@@ -168,8 +161,8 @@ TEST_F(FaultyDevice, ForgetsDelayedCallsWhenTheSupplicantCrashes) {
     EXPECT_EQ(device_->unitState(), "failed");
 }
 
-TEST_F(FaultyDevice, CrashesInsteadOfAnswering) {
-    start({accessPoint("Cafe", Security::open)});
+TEST_F(FaultyDevice, CrashesInsteadOfReplying) {
+    startInRangeOf({cafe});
     device_->orderFault(faultOf("Scan", FaultKind::crash));
     EXPECT_EQ(errorOf(supplicantInterface, "Scan", "a{sv}", 1, "Type", "s", "passive"),
               "org.freedesktop.DBus.Error.NoReply");
@@ -178,7 +171,7 @@ TEST_F(FaultyDevice, CrashesInsteadOfAnswering) {
 }
 
 TEST_F(FaultyDevice, LogsCallsWithTheirArguments) {
-    start({accessPoint("Cafe", Security::open)});
+    startInRangeOf({cafe});
     device_->forgetCalls();
     addNetwork(pskNetwork("Home", "correct horse"));
     const auto calls = device_->calls();
@@ -187,21 +180,21 @@ TEST_F(FaultyDevice, LogsCallsWithTheirArguments) {
     EXPECT_EQ(calls.front().path, supplicantInterface.path);
     EXPECT_EQ(calls.front().interface, supplicantInterface.interface);
     EXPECT_EQ(calls.front().member, "AddNetwork");
-    EXPECT_EQ(nlohmann::json::parse(calls.front().arguments),
-              nlohmann::json::parse(
-                  R"([{"ssid": "Home", "key_mgmt": "WPA-PSK", "psk": "correct horse", "ieee80211w": 1}])"));
+    EXPECT_EQ(
+        json::parse(calls.front().arguments),
+        json::parse(R"([{"ssid": "Home", "key_mgmt": "WPA-PSK", "psk": "correct horse", "ieee80211w": 1}])"));
 }
 
-TEST_F(FaultyDevice, StormsAsOrdered) {
-    start({accessPoint("Cafe", Security::open)});
-    ASSERT_TRUE(client_->waitUntil([&] { return client_->get(supplicantInterface, "State") == "inactive"; }));
+TEST_F(FaultyDevice, SendsAStormOfSignals) {
+    startInRangeOf({cafe});
+    ASSERT_TRUE(client_->waitUntil([&] { return get("State") == "inactive"; }));
     client_->signals().clear();
     device_->storm(500);
     EXPECT_TRUE(client_->waitUntil([&] { return client_->valuesOf("State").size() >= 500; }));
 }
 
 TEST_F(FaultyDevice, OutlivesItsBus) {
-    start({accessPoint("Cafe", Security::open)});
+    startInRangeOf({cafe});
     select(addNetwork(openNetwork("Cafe")));
     bus_.kill();
     ASSERT_TRUE(eventually([&] { return device_->supplicantState() == "completed"; }));
@@ -210,11 +203,9 @@ TEST_F(FaultyDevice, OutlivesItsBus) {
 }
 
 TEST_F(FaultyDevice, ListsMoreInterfacesThanItHas) {
-    SimulatedDevice::Options options;
-    options.neighbourhood.moreInterfaces = 1;
-    start(std::move(options));
+    start({.neighbourhood = {.moreInterfaces = 1}});
     EXPECT_EQ(client_->get(supplicantRoot, "Interfaces"),
-              nlohmann::json({supplicantInterface.path, "/fi/w1/wpa_supplicant1/Interfaces/1"}));
+              json({supplicantInterface.path, "/fi/w1/wpa_supplicant1/Interfaces/1"}));
 }
 
 }  // namespace

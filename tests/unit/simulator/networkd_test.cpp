@@ -8,23 +8,18 @@ using ::testing::ElementsAre;
 class NetworkdTest : public DeviceTest {
   protected:
     void connect() {
-        start({accessPoint("Cafe", Security::open)});
+        startInRangeOf({cafe});
         select(addNetwork(openNetwork("Cafe")));
         ASSERT_TRUE(becomes("online"));
     }
 
-    bool becomes(const std::string& state) {
-        return client_->waitUntil([&] {
-            const auto states = client_->valuesOf("OnlineState");
-            return !states.empty() && states.back() == state;
-        });
-    }
+    bool becomes(const std::string& state) { return client_->becomes("OnlineState", state); }
 };
 
 TEST_F(NetworkdTest, GoesOnlineAfterTheLinkIsUpAndOfflineWithIt) {
     connect();
     EXPECT_EQ(client_->valuesOf("State").back(), "completed");
-    client_->call(supplicantInterface, "Disconnect");
+    call("Disconnect");
     ASSERT_TRUE(becomes("offline"));
     EXPECT_THAT(client_->valuesOf("OnlineState"), ElementsAre("online", "offline"));
 }
@@ -35,7 +30,7 @@ TEST_F(NetworkdTest, GoesOfflineWhenTheSupplicantCrashes) {
     EXPECT_TRUE(becomes("offline"));
 }
 
-TEST_F(NetworkdTest, SaysWhatItIsToldUntilTheLinkChanges) {
+TEST_F(NetworkdTest, KeepsAStateSetByHandUntilTheLinkChanges) {
     connect();
     device_->setOnlineState("partial");
     EXPECT_TRUE(becomes("partial"));
@@ -44,15 +39,10 @@ TEST_F(NetworkdTest, SaysWhatItIsToldUntilTheLinkChanges) {
     EXPECT_TRUE(becomes("offline"));
 }
 
-TEST_F(NetworkdTest, TellsItsStateAmongAllProperties) {
-    start(std::vector<AccessPoint>{});
-    const auto all =
-        client_
-            ->call({networkdManager.service, networkdManager.path, "org.freedesktop.DBus.Properties"},
-                   "GetAll", "s", "org.freedesktop.network1.Manager")
-            .at(0);
-    EXPECT_EQ(all.at("OnlineState"), "offline");
-    EXPECT_EQ(all.at("CarrierState"), "no-carrier");
+TEST_F(NetworkdTest, ListsItsStateAmongAllProperties) {
+    start();
+    EXPECT_TRUE(includes(client_->getAll(networkdManager),
+                         {{"OnlineState", "offline"}, {"CarrierState", "no-carrier"}}));
 }
 
 }  // namespace

@@ -7,7 +7,7 @@ using ::testing::ElementsAre;
 
 class Networks : public DeviceTest {
   protected:
-    nlohmann::json list() { return client_->get(supplicantInterface, "Networks"); }
+    json list() { return get("Networks"); }
 
     std::string refusalOf(const Settings& settings) {
         try {
@@ -20,21 +20,20 @@ class Networks : public DeviceTest {
 };
 
 TEST_F(Networks, AreAddedDisabledAndListedInOrder) {
-    start(std::vector<AccessPoint>{});
+    start();
     const std::string home = addNetwork(pskNetwork("Home", "correct horse"));
     const std::string cafe = addNetwork(openNetwork("Cafe"));
-    EXPECT_EQ(list(), nlohmann::json({home, cafe}));
+    EXPECT_EQ(list(), json({home, cafe}));
     EXPECT_EQ(client_->get(networkAt(home), "Enabled"), false);
     const auto shown = client_->get(networkAt(home), "Properties");
-    EXPECT_EQ(shown.at("ssid"), "\"Home\"");
-    EXPECT_EQ(shown.at("key_mgmt"), "WPA-PSK");
-    EXPECT_EQ(shown.at("ieee80211w"), "1");
-    EXPECT_EQ(shown.at("priority"), "0");
+    EXPECT_TRUE(includes(
+        shown, {{"ssid", "\"Home\""}, {"key_mgmt", "WPA-PSK"}, {"ieee80211w", "1"}, {"priority", "0"}}))
+        << shown;
     EXPECT_FALSE(shown.contains("psk"));
 }
 
 TEST_F(Networks, ShowTheirSsidAsTheSupplicantDoes) {
-    start(std::vector<AccessPoint>{});
+    start();
     const std::pair<Setting, const char*> rows[] = {
         {"Home", "\"Home\""},        {"a\"b\\c", "\"a\"b\\c\""},
         {"l\xc3\xa9", "6cc3a9"},     {ByteSetting{std::string("A\0B", 3)}, "410042"},
@@ -47,7 +46,7 @@ TEST_F(Networks, ShowTheirSsidAsTheSupplicantDoes) {
 }
 
 TEST_F(Networks, AreRefusedWithInvalidSettings) {
-    start(std::vector<AccessPoint>{});
+    start();
     const Settings rows[] = {
         pskNetwork("Home", "short"),
         pskNetwork("Home", std::string(64, '0')),
@@ -61,30 +60,28 @@ TEST_F(Networks, AreRefusedWithInvalidSettings) {
 }
 
 TEST_F(Networks, GetTheIdAfterTheGreatestInUse) {
-    start(std::vector<AccessPoint>{});
+    start();
     addNetwork(openNetwork("a"));
     const std::string last = addNetwork(openNetwork("b"));
-    client_->call(supplicantInterface, "RemoveNetwork", "o", last.c_str());
+    call("RemoveNetwork", "o", last.c_str());
     EXPECT_EQ(addNetwork(openNetwork("c")), last);
 }
 
-TEST_F(Networks, AreToldOfWhenTheyComeAndGo) {
-    start(std::vector<AccessPoint>{});
+TEST_F(Networks, AreSignalledWhenTheyAreAddedAndRemoved) {
+    start();
     const std::string path = addNetwork(openNetwork("a"));
-    EXPECT_TRUE(
-        client_->waitForSignal("NetworkAdded", [&](const Signal& s) { return s.arguments.at(0) == path; }));
-    client_->call(supplicantInterface, "RemoveNetwork", "o", path.c_str());
-    EXPECT_TRUE(
-        client_->waitForSignal("NetworkRemoved", [&](const Signal& s) { return s.arguments.at(0) == path; }));
+    EXPECT_TRUE(client_->waitForSignalOf("NetworkAdded", path));
+    call("RemoveNetwork", "o", path.c_str());
+    EXPECT_TRUE(client_->waitForSignalOf("NetworkRemoved", path));
     addNetwork(openNetwork("a"));
     addNetwork(openNetwork("b"));
-    client_->call(supplicantInterface, "RemoveAllNetworks");
+    call("RemoveAllNetworks");
     EXPECT_EQ(list().size(), 0U);
     EXPECT_THROW(client_->get(networkAt(path), "Properties"), CallFailed);
 }
 
-TEST_F(Networks, CannotBeSelectedOrRemovedWhenThereAreNone) {
-    start(std::vector<AccessPoint>{});
+TEST_F(Networks, ThatDoNotExistCannotBeSelectedOrRemoved) {
+    start();
     const std::string unknown = supplicantInterface.path + "/Networks/9";
     for (const char* const member : {"SelectNetwork", "RemoveNetwork"}) {
         EXPECT_EQ(errorOf(supplicantInterface, member, "o", unknown.c_str()),
@@ -95,21 +92,18 @@ TEST_F(Networks, CannotBeSelectedOrRemovedWhenThereAreNone) {
 }
 
 TEST_F(Networks, KeepTheirOtherSettingsWhenOneIsSet) {
-    start(std::vector<AccessPoint>{});
+    start();
     const std::string path = addNetwork(pskNetwork("Home", "correct horse"));
-    const Target properties{supplicantInterface.service, path, "org.freedesktop.DBus.Properties"};
-    client_->call(properties, "Set", "ssv", "fi.w1.wpa_supplicant1.Network", "Properties", "a{sv}", 1,
-                  "priority", "i", 2);
-    const auto shown = client_->get(networkAt(path), "Properties");
-    EXPECT_EQ(shown.at("priority"), "2");
-    EXPECT_EQ(shown.at("ssid"), "\"Home\"");
-    EXPECT_EQ(errorOf(properties, "Set", "ssv", "fi.w1.wpa_supplicant1.Network", "Properties", "a{sv}", 1,
-                      "bogus", "i", 2),
+    client_->set(networkAt(path), "Properties", "a{sv}", 1, "priority", "i", 2);
+    const json shown = client_->get(networkAt(path), "Properties");
+    EXPECT_TRUE(includes(shown, {{"priority", "2"}, {"ssid", "\"Home\""}})) << shown;
+    EXPECT_EQ(errorOf(networkAt(path).properties(), "Set", "ssv", "fi.w1.wpa_supplicant1.Network",
+                      "Properties", "a{sv}", 1, "bogus", "i", 2),
               "org.freedesktop.DBus.Error.InvalidArgs");
 }
 
 TEST_F(Networks, AreAllDisabledButTheSelectedOne) {
-    start(std::vector<AccessPoint>{});
+    start();
     const std::string first = addNetwork(openNetwork("a"));
     const std::string second = addNetwork(openNetwork("b"));
     select(first);
@@ -117,13 +111,12 @@ TEST_F(Networks, AreAllDisabledButTheSelectedOne) {
     EXPECT_EQ(client_->get(networkAt(first), "Enabled"), false);
     EXPECT_EQ(client_->get(networkAt(second), "Enabled"), true);
     EXPECT_TRUE(client_->waitForSignal("PropertiesChanged", [&](const Signal& s) {
-        return s.path == first && s.interface == "org.freedesktop.DBus.Properties" &&
-               s.arguments.at(1) == nlohmann::json({{"Enabled", false}});
+        return s.path == first && s.changes() == json({{"Enabled", false}});
     }));
 }
 
 TEST_F(Networks, AreSelectedOnceOnly) {
-    start(std::vector<AccessPoint>{});
+    start();
     const std::string first = addNetwork(openNetwork("a"));
     const std::string second = addNetwork(openNetwork("b"));
     select(first);

@@ -19,9 +19,7 @@ class RealSupplicant : public DeviceTest {
         if (const auto reason = kaz::test::whyNoRealSupplicant(); !reason.empty()) {
             GTEST_SKIP() << reason;
         }
-        SimulatedDevice::Options options;
-        options.realSupplicant = true;
-        start(std::move(options));
+        start({.realSupplicant = true});
         client_->call(systemdManager, "Subscribe");
     }
 
@@ -37,36 +35,35 @@ class RealSupplicant : public DeviceTest {
 
 TEST_F(RealSupplicant, IsThereWhenTheDeviceIs) {
     EXPECT_EQ(client_->get(systemdUnit, "ActiveState"), "active");
-    EXPECT_EQ(client_->get(supplicantInterface, "Driver"), "wired");
+    EXPECT_EQ(get("Driver"), "wired");
 }
 
 TEST_F(RealSupplicant, CompletesAndTheDeviceGoesOnline) {
     select(addNetwork({{"ssid", "wired"}, {"key_mgmt", "NONE"}}));
-    ASSERT_TRUE(
-        client_->waitUntil([&] { return client_->get(supplicantInterface, "State") == "completed"; }));
+    ASSERT_TRUE(client_->waitUntil([&] { return get("State") == "completed"; }));
     ASSERT_TRUE(client_->waitUntil([&] { return client_->get(networkdManager, "OnlineState") == "online"; }));
-    client_->call(supplicantInterface, "Disconnect");
+    call("Disconnect");
     EXPECT_TRUE(
         client_->waitUntil([&] { return client_->get(networkdManager, "OnlineState") == "offline"; }));
 }
 
 TEST_F(RealSupplicant, SavesItsConfiguration) {
     addNetwork({{"ssid", "wired"}, {"key_mgmt", "NONE"}});
-    client_->call(supplicantInterface, "SaveConfig");
-    std::ifstream in(client_->get(supplicantInterface, "ConfigFile").get<std::string>());
+    call("SaveConfig");
+    std::ifstream in(get("ConfigFile").get<std::string>());
     const std::string contents(std::istreambuf_iterator<char>(in), {});
     EXPECT_THAT(contents, HasSubstr("ssid=\"wired\""));
 }
 
 TEST_F(RealSupplicant, StopsAndStartsWithTheUnit) {
     addNetwork({{"ssid", "wired"}, {"key_mgmt", "NONE"}});
-    client_->call(supplicantInterface, "SaveConfig");
+    call("SaveConfig");
     client_->call(systemdManager, "StopUnit", "ss", "wpa_supplicant.service", "replace");
     ASSERT_TRUE(becomes("inactive"));
     EXPECT_EQ(client_->ownerOf("fi.w1.wpa_supplicant1"), "");
     client_->call(systemdManager, "StartUnit", "ss", "wpa_supplicant.service", "replace");
     ASSERT_TRUE(becomes("active"));
-    EXPECT_EQ(client_->get(supplicantInterface, "Networks").size(), 1U);
+    EXPECT_EQ(get("Networks").size(), 1U);
 }
 
 TEST_F(RealSupplicant, FailsTheUnitWhenItIsKilled) {

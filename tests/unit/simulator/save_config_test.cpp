@@ -21,11 +21,7 @@ class SaveConfig : public DeviceTest {
         return {std::istreambuf_iterator<char>(in), {}};
     }
 
-    void startWithFile() {
-        SimulatedDevice::Options options;
-        options.configFile = file();
-        start(std::move(options));
-    }
+    void startWithFile() { start({.configFile = file()}); }
 
     void restart() {
         client_->call(systemdManager, "RestartUnit", "ss", "wpa_supplicant.service", "replace");
@@ -40,7 +36,7 @@ TEST_F(SaveConfig, WritesTheNetworksToTheFile) {
     addNetwork(pskNetwork("Home", "correct horse"));
     addNetwork({{"ssid", "incomplete"}, {"key_mgmt", "WPA-PSK"}});
     EXPECT_FALSE(std::filesystem::exists(file()));
-    client_->call(supplicantInterface, "SaveConfig");
+    call("SaveConfig");
     EXPECT_THAT(contents(), AllOf(HasSubstr("update_config=1\n"),
                                   HasSubstr("network={\n\tssid=\"Home\"\n\tpsk=\"correct horse\"\n"),
                                   HasSubstr("\tdisabled=1\n"), Not(HasSubstr("incomplete"))));
@@ -49,10 +45,10 @@ TEST_F(SaveConfig, WritesTheNetworksToTheFile) {
 TEST_F(SaveConfig, KeepsTheSavedNetworksOverARestartAndNoOthers) {
     startWithFile();
     addNetwork(openNetwork("saved"));
-    client_->call(supplicantInterface, "SaveConfig");
+    call("SaveConfig");
     addNetwork(openNetwork("unsaved"));
     restart();
-    EXPECT_EQ(client_->get(supplicantInterface, "Networks").size(), 1U);
+    EXPECT_EQ(get("Networks").size(), 1U);
     EXPECT_EQ(client_->get(networkAt(supplicantInterface.path + "/Networks/0"), "Properties").at("ssid"),
               "\"saved\"");
 }
@@ -60,35 +56,29 @@ TEST_F(SaveConfig, KeepsTheSavedNetworksOverARestartAndNoOthers) {
 TEST_F(SaveConfig, IsReadByTheNextDevice) {
     startWithFile();
     addNetwork(openNetwork("saved"));
-    client_->call(supplicantInterface, "SaveConfig");
+    call("SaveConfig");
     device_.reset();
     startWithFile();
-    EXPECT_EQ(client_->get(supplicantInterface, "Networks").size(), 1U);
+    EXPECT_EQ(get("Networks").size(), 1U);
 }
 
 TEST_F(SaveConfig, IsRememberedWithoutAFile) {
-    start(std::vector<AccessPoint>{});
+    start();
     addNetwork(openNetwork("saved"));
-    client_->call(supplicantInterface, "SaveConfig");
+    call("SaveConfig");
     restart();
-    EXPECT_EQ(client_->get(supplicantInterface, "Networks").size(), 1U);
+    EXPECT_EQ(get("Networks").size(), 1U);
 }
 
 TEST_F(SaveConfig, IsRefusedWhenTheConfigurationMayNotBeUpdated) {
-    SimulatedDevice::Options options;
-    options.configFile = file();
-    options.neighbourhood.updateConfig = false;
-    start(std::move(options));
+    start({.neighbourhood = {.updateConfig = false}, .configFile = file()});
     EXPECT_EQ(errorOf(supplicantInterface, "SaveConfig"), "fi.w1.wpa_supplicant1.UnknownError");
-    client_->call({supplicantInterface.service, supplicantInterface.path, "org.freedesktop.DBus.Properties"},
-                  "Set", "ssv", "fi.w1.wpa_supplicant1.Interface", "UpdateConfig", "s", "1");
+    client_->set(supplicantInterface, "UpdateConfig", "s", "1");
     EXPECT_EQ(errorOf(supplicantInterface, "SaveConfig"), "");
 }
 
 TEST_F(SaveConfig, FailsWhenTheFileCannotBeWritten) {
-    SimulatedDevice::Options options;
-    options.configFile = folder_ / "no folder/file";
-    start(std::move(options));
+    start({.configFile = folder_ / "no folder/file"});
     EXPECT_EQ(errorOf(supplicantInterface, "SaveConfig"), "fi.w1.wpa_supplicant1.UnknownError");
 }
 

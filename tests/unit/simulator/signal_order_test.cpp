@@ -13,46 +13,43 @@ class SignalOrder : public DeviceTest {
         return static_cast<std::size_t>(std::find_if(all.begin(), all.end(), condition) - all.begin());
     }
 
-    static bool changes(const Signal& signal, const char* property) {
-        return signal.interface == "org.freedesktop.DBus.Properties" &&
-               signal.arguments.at(1).contains(property);
+    // Position of the first signal of this member, and of the first one with a change of this property.
+    std::size_t member(const std::string& name) {
+        return position([&](const Signal& s) { return s.member == name; });
+    }
+    std::size_t change(const char* property) {
+        return position([&](const Signal& s) { return s.changes().contains(property); });
     }
 };
 
 TEST_F(SignalOrder, PutsBssAddedAndScanDoneBeforeTheListOfBsss) {
-    start({accessPoint("Cafe", Security::open)});
-    client_->call(supplicantInterface, "Scan", "a{sv}", 1, "Type", "s", "passive");
+    startInRangeOf({cafe});
+    requestScan();
     ASSERT_TRUE(client_->waitUntil([&] { return !client_->valuesOf("BSSs").empty(); }));
-    const auto added = position([](const Signal& s) { return s.member == "BSSAdded"; });
-    const auto done = position([](const Signal& s) { return s.member == "ScanDone"; });
-    const auto list = position([](const Signal& s) { return changes(s, "BSSs"); });
-    EXPECT_LT(added, done);
-    EXPECT_LT(done, list);
+    EXPECT_LT(member("BSSAdded"), member("ScanDone"));
+    EXPECT_LT(member("ScanDone"), change("BSSs"));
 }
 
 TEST_F(SignalOrder, PutsTheReasonBeforeTheDisconnectedState) {
-    start({accessPoint("Cafe", Security::open)});
-    select(addNetwork(openNetwork("Cafe")));
-    ASSERT_TRUE(reaches("completed"));
+    ASSERT_NO_FATAL_FAILURE(startConnected());
     device_->deauthenticate(7);
     ASSERT_TRUE(client_->waitUntil([&] { return !client_->valuesOf("State").empty(); }));
-    EXPECT_LT(position([](const Signal& s) { return changes(s, "DisconnectReason"); }),
-              position([](const Signal& s) { return changes(s, "State"); }));
+    EXPECT_LT(change("DisconnectReason"), change("State"));
 }
 
 TEST_F(SignalOrder, SetsTheCurrentNetworkWhenAuthenticatingAndTheCurrentBssWhenAssociated) {
-    start({accessPoint("Cafe", Security::wpa2, "password")});
-    select(addNetwork(pskNetwork("Cafe", "password")));
+    startInRangeOf({home});
+    select(addNetwork(pskNetwork("Home", "correct horse")));
     ASSERT_TRUE(client_->waitForSignal("PropertiesChanged", [](const Signal& s) {
-        return changes(s, "CurrentNetwork") && s.arguments.at(1).value("State", "") == "authenticating";
+        return includes(s.changes(), {{"State", "authenticating"}}) && s.changes().contains("CurrentNetwork");
     }));
     ASSERT_TRUE(client_->waitForSignal("PropertiesChanged", [](const Signal& s) {
-        return changes(s, "CurrentBSS") && s.arguments.at(1).value("State", "") == "associated";
+        return includes(s.changes(), {{"State", "associated"}}) && s.changes().contains("CurrentBSS");
     }));
 }
 
 TEST_F(SignalOrder, SendsTheInterfacesOwnSignalAfterTheStandardOne) {
-    start({accessPoint("Cafe", Security::open)});
+    startInRangeOf({cafe});
     select(addNetwork(openNetwork("Cafe")));
     ASSERT_TRUE(client_->waitUntil([&] {
         return position([](const Signal& s) {
@@ -60,8 +57,8 @@ TEST_F(SignalOrder, SendsTheInterfacesOwnSignalAfterTheStandardOne) {
                           s.arguments.at(0).value("State", "") == "completed";
                }) < client_->signals().size();
     }));
-    std::vector<nlohmann::json> standard;
-    std::vector<nlohmann::json> own;
+    std::vector<json> standard;
+    std::vector<json> own;
     for (const Signal& signal : client_->signals()) {
         if (signal.member == "PropertiesChanged" && signal.path == supplicantInterface.path) {
             const bool isOwn = signal.interface == supplicantInterface.interface;
@@ -72,30 +69,22 @@ TEST_F(SignalOrder, SendsTheInterfacesOwnSignalAfterTheStandardOne) {
     EXPECT_EQ(standard, own);
 }
 
-TEST_F(SignalOrder, AnswersACallBeforeItTellsWhatTheCallHasChanged) {
-    start({accessPoint("Cafe", Security::open)});
+TEST_F(SignalOrder, RepliesToACallBeforeItSignalsTheChanges) {
+    startInRangeOf({cafe});
     const std::string network = addNetwork(openNetwork("Cafe"));
-    const Message call = client_->newCall(supplicantInterface, "SelectNetwork");
-    checked(sd_bus_message_append(call.get(), "o", network.c_str()), "append");
-    sd_bus_slot* slot = nullptr;
+    const Message call = client_->newCall(supplicantInterface, "SelectNetwork", "o", network.c_str());
+    Slot slot;
     checked(sd_bus_call_async(
-                client_->bus(), &slot, call.get(),
+                client_->bus(), dbus::out(slot), call.get(),
                 [](sd_bus_message*, void* signals, sd_bus_error*) {
-                    static_cast<std::vector<Signal>*>(signals)->push_back(
-                        {.member = "the reply", .arguments = {}});
+                    static_cast<std::vector<Signal>*>(signals)->push_back({.member = "the reply"});
                     return 0;
                 },
                 &client_->signals(), 0),
             "call");
-    const Slot owned(slot);
-    const auto enabled = [](const Signal& s) {
-        return s.path != supplicantInterface.path && changes(s, "Enabled");
-    };
-    ASSERT_TRUE(client_->waitUntil([&] { return position(enabled) < client_->signals().size(); }));
-    const auto selected = position([](const Signal& s) { return s.member == "NetworkSelected"; });
-    const auto reply = position([](const Signal& s) { return s.member == "the reply"; });
-    EXPECT_LT(selected, reply);
-    EXPECT_LT(reply, position(enabled));
+    ASSERT_TRUE(client_->waitUntil([&] { return change("Enabled") < client_->signals().size(); }));
+    EXPECT_LT(member("NetworkSelected"), member("the reply"));
+    EXPECT_LT(member("the reply"), change("Enabled"));
 }
 
 }  // namespace

@@ -12,21 +12,21 @@ constexpr const char* supplicantName = "fi.w1.wpa_supplicant1";
 class SystemdTest : public DeviceTest {
   protected:
     void startDevice(bool subscribe = true) {
-        start({accessPoint("Cafe", Security::open)});
+        startInRangeOf({cafe});
         if (subscribe) {
             client_->call(systemdManager, "Subscribe");
         }
     }
 
     // As the unit's signals report.
-    bool becomes(const std::string& state) {
-        return client_->waitUntil([&] {
-            const auto states = client_->valuesOf("ActiveState");
-            return !states.empty() && states.back() == state;
-        });
-    }
+    bool becomes(const std::string& state) { return client_->becomes("ActiveState", state); }
 
     std::string activeState() { return client_->get(systemdUnit, "ActiveState"); }
+
+    // Requests a job for the unit. Returns its path.
+    std::string request(const char* operation) {
+        return client_->call(systemdManager, operation, "ss", unit, "replace").at(0);
+    }
 };
 
 TEST_F(SystemdTest, LoadsTheUnit) {
@@ -40,10 +40,10 @@ TEST_F(SystemdTest, LoadsTheUnit) {
 TEST_F(SystemdTest, StopsAndStartsTheSupplicantThroughTheTransitionalStates) {
     startDevice();
     const std::string before = client_->ownerOf(supplicantName);
-    client_->call(systemdManager, "StopUnit", "ss", unit, "replace");
+    request("StopUnit");
     ASSERT_TRUE(becomes("inactive"));
     EXPECT_EQ(client_->ownerOf(supplicantName), "");
-    client_->call(systemdManager, "StartUnit", "ss", unit, "replace");
+    request("StartUnit");
     ASSERT_TRUE(becomes("active"));
     EXPECT_NE(client_->ownerOf(supplicantName), "");
     EXPECT_NE(client_->ownerOf(supplicantName), before);
@@ -54,10 +54,10 @@ TEST_F(SystemdTest, StopsAndStartsTheSupplicantThroughTheTransitionalStates) {
 TEST_F(SystemdTest, HasTheSupplicantOnTheBusWhenTheUnitIsActive) {
     startDevice();
     for (int round = 0; round < 5; ++round) {
-        client_->call(systemdManager, "RestartUnit", "ss", unit, "replace");
+        request("RestartUnit");
         client_->signals().clear();
         ASSERT_TRUE(becomes("active"));
-        EXPECT_EQ(client_->get(supplicantRoot, "Interfaces"), nlohmann::json({supplicantInterface.path}));
+        EXPECT_EQ(client_->get(supplicantRoot, "Interfaces"), json({supplicantInterface.path}));
     }
 }
 
@@ -68,11 +68,11 @@ TEST_F(SystemdTest, FailsWhenTheSupplicantCrashesAndIsResetByHand) {
     EXPECT_EQ(client_->ownerOf(supplicantName), "");
     client_->call(systemdManager, "ResetFailedUnit", "s", unit);
     EXPECT_TRUE(becomes("inactive"));
-    client_->call(systemdManager, "StartUnit", "ss", unit, "replace");
+    request("StartUnit");
     EXPECT_TRUE(becomes("active"));
 }
 
-TEST_F(SystemdTest, StartsTheSupplicantAgainAfterACrashWhenToldTo) {
+TEST_F(SystemdTest, StartsTheSupplicantAgainAfterACrashIfConfigured) {
     startDevice();
     device_->setAutoRestart(true);
     device_->crashSupplicant();
@@ -80,45 +80,42 @@ TEST_F(SystemdTest, StartsTheSupplicantAgainAfterACrashWhenToldTo) {
     EXPECT_THAT(client_->valuesOf("SubState"), ElementsAre("auto-restart", "start", "running"));
 }
 
-TEST_F(SystemdTest, DoesNothingForAUnitThatIsAlreadyThere) {
+TEST_F(SystemdTest, DoesNothingToStartAnActiveUnit) {
     startDevice();
-    client_->call(systemdManager, "StartUnit", "ss", unit, "replace");
+    request("StartUnit");
     ASSERT_TRUE(
         client_->waitForSignal("JobRemoved", [](const Signal& s) { return s.arguments.at(3) == "done"; }));
     EXPECT_THAT(client_->valuesOf("ActiveState"), IsEmpty());
 }
 
 TEST_F(SystemdTest, StopsAUnitThatIsStillStarting) {
-    SimulatedDevice::Options options;
-    options.neighbourhood.unitActive = false;
-    options.neighbourhood.times.unitStart = std::chrono::hours(100);
-    start(std::move(options));
+    start({.neighbourhood = {.times = {.unitStart = std::chrono::hours(100)}, .unitActive = false}});
     client_->call(systemdManager, "Subscribe");
-    client_->call(systemdManager, "StartUnit", "ss", unit, "replace");
-    client_->call(systemdManager, "StopUnit", "ss", unit, "replace");
+    request("StartUnit");
+    request("StopUnit");
     ASSERT_TRUE(becomes("inactive"));
     EXPECT_THAT(client_->valuesOf("ActiveState"), ElementsAre("activating", "deactivating", "inactive"));
     EXPECT_EQ(client_->ownerOf(supplicantName), "");
 }
 
-TEST_F(SystemdTest, TellsOfJobs) {
+TEST_F(SystemdTest, SignalsTheBeginAndTheEndOfAJob) {
     startDevice();
-    const std::string job = client_->call(systemdManager, "StopUnit", "ss", unit, "replace").at(0);
+    const std::string job = request("StopUnit");
     EXPECT_TRUE(client_->waitForSignal("JobNew", [&](const Signal& s) { return s.arguments.at(1) == job; }));
     EXPECT_TRUE(client_->waitForSignal("JobRemoved", [&](const Signal& s) {
         return s.arguments.at(1) == job && s.arguments.at(2) == unit && s.arguments.at(3) == "done";
     }));
 }
 
-TEST_F(SystemdTest, SaysNothingToNobody) {
+TEST_F(SystemdTest, SendsNoSignalsWithoutASubscriber) {
     startDevice(false);
     device_->crashSupplicant();
-    client_->call(systemdManager, "StartUnit", "ss", unit, "replace");
+    request("StartUnit");
     ASSERT_TRUE(client_->waitUntil([&] { return activeState() == "active"; }));
     EXPECT_THAT(client_->valuesOf("ActiveState"), IsEmpty());
 }
 
-TEST_F(SystemdTest, TellsTheServiceInterfaceBeforeTheUnitInterface) {
+TEST_F(SystemdTest, SignalsTheServiceInterfaceBeforeTheUnitInterface) {
     startDevice();
     device_->crashSupplicant();
     ASSERT_TRUE(becomes("failed"));
@@ -131,7 +128,7 @@ TEST_F(SystemdTest, TellsTheServiceInterfaceBeforeTheUnitInterface) {
     EXPECT_THAT(interfaces, ElementsAre("org.freedesktop.systemd1.Service", "org.freedesktop.systemd1.Unit"));
 }
 
-TEST_F(SystemdTest, ForcesAnyStateOnTheUnitAlone) {
+TEST_F(SystemdTest, SetsAForcedStateWithoutTouchingTheProcess) {
     startDevice();
     device_->setUnitState("reloading", "reload");
     ASSERT_TRUE(becomes("reloading"));
@@ -148,22 +145,19 @@ TEST_F(SystemdTest, RefusesWhatSystemdRefuses) {
     EXPECT_EQ(errorOf(systemdManager, "Subscribe"), "org.freedesktop.systemd1.AlreadySubscribed");
 }
 
-TEST_F(SystemdTest, MayFindTheUnitInactiveAtFirst) {
-    SimulatedDevice::Options options;
-    options.neighbourhood.unitActive = false;
-    start(std::move(options));
+TEST_F(SystemdTest, BeginsWithAnInactiveUnitIfConfigured) {
+    start({.neighbourhood = {.unitActive = false}});
     EXPECT_EQ(activeState(), "inactive");
     EXPECT_EQ(client_->ownerOf(supplicantName), "");
     EXPECT_EQ(device_->supplicantState(), "");
 }
 
-TEST_F(SystemdTest, SaysGoodByeForTheSupplicantThatIsStopped) {
+TEST_F(SystemdTest, SignalsRemovalsWhenTheSupplicantIsStopped) {
     startDevice();
     const std::string network = addNetwork(openNetwork("Cafe"));
-    client_->call(systemdManager, "StopUnit", "ss", unit, "replace");
-    EXPECT_TRUE(client_->waitForSignal("NetworkRemoved",
-                                       [&](const Signal& s) { return s.arguments.at(0) == network; }));
-    EXPECT_TRUE(client_->waitForSignal("InterfaceRemoved", [](const Signal&) { return true; }));
+    request("StopUnit");
+    EXPECT_TRUE(client_->waitForSignalOf("NetworkRemoved", network));
+    EXPECT_TRUE(client_->waitForSignal("InterfaceRemoved"));
 }
 
 }  // namespace
