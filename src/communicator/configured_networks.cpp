@@ -94,7 +94,7 @@ ConfiguredNetworks::List ConfiguredNetworks::listSync() {
     }
     List networks;
     networks.reserve(paths->size());
-    const Patience patience;
+    const Patience patience(supplicant_.callLimit());
     std::size_t unasked = 0;
     for (const dbus::OPath& path : *paths) {
         std::optional<std::string> ssid;

@@ -11,10 +11,11 @@ std::unique_ptr<Communicator> createCommunicator() {
     return std::make_unique<DbusCommunicator>();
 }
 
-DbusCommunicator::DbusCommunicator()
+DbusCommunicator::DbusCommunicator(std::chrono::milliseconds callLimit)
     : unit_(bus_,
             [this](const std::string& activeState) { connectOrDisconnectFromSupplicantSync(activeState); }),
-      onlineState_(bus_, [this](bool online) { networkdOnlineHandler(online); }) {
+      onlineState_(bus_, [this](bool online) { networkdOnlineHandler(online); }),
+      bus_(callLimit) {
     bus_.onConnectionChanged([this](bool connected) { onConnectionChanged(connected); });
     // Before the start, so that we also notice a daemon that joins the bus right after a call to it failed.
     bus_.onOwnerChanged(bus::systemd::service, [this](bool owned) { unit_.onOwnerChangedSync(owned); });

@@ -34,7 +34,7 @@ namespace kaz::wifi {
 // Communicator describes the operations. Everything else here runs on the loop thread.
 class DbusCommunicator final : public Communicator {
   public:
-    DbusCommunicator();
+    explicit DbusCommunicator(std::chrono::milliseconds callLimit = dbus::Bus::defaultCallLimit);
 
     void startEventLoop() override;
     void stopEventLoop() override;

@@ -39,7 +39,7 @@ std::optional<Communicator::BssProperties> Radio::bssSync(const dbus::OPath& bss
 std::vector<Communicator::BssProperties> Radio::bssListSync(const std::vector<dbus::OPath>& paths) {
     std::vector<Communicator::BssProperties> decoded;
     decoded.reserve(paths.size());
-    const Patience patience;
+    const Patience patience(supplicant_.callLimit());
     for (const dbus::OPath& path : paths) {
         if (patience.ended()) {
             log::warn("wpa_supplicant is too slow, leaving out some of {} BSSs", paths.size());

@@ -7,6 +7,7 @@
 #include <kaz/dbus/opath.h>
 
 #include <atomic>
+#include <chrono>
 
 namespace kaz::wifi {
 
@@ -26,6 +27,9 @@ class SupplicantInterface {
     // Attaches to the first interface of the supplicant. False when it has none.
     bool attachSync();
     void detach();
+
+    // The limit of each call.
+    std::chrono::milliseconds callLimit() const { return bus_.callLimit(); }
 
     // Empty while detached and without an interface.
     const dbus::OPath& path() const { return path_; }

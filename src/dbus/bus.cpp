@@ -10,13 +10,9 @@
 #include <utility>
 
 namespace kaz::dbus {
-namespace {
 
-constexpr std::chrono::microseconds callTimeout = std::chrono::seconds(10);
-
-}  // namespace
-
-Bus::Bus() : process_(::getpid()), owners_(std::make_unique<NameOwners>()) {}
+Bus::Bus(std::chrono::milliseconds callLimit)
+    : process_(::getpid()), callLimit_(callLimit), owners_(std::make_unique<NameOwners>()) {}
 
 Bus::~Bus() {
     if (inherited()) {
@@ -112,7 +108,8 @@ sd_bus* Bus::connection() {
     sd_bus* const present = loop_.getSdBusHandle();
     if (!owners_->attachedTo(present)) {
         if (present != nullptr) {
-            sd_bus_set_method_call_timeout(present, static_cast<uint64_t>(callTimeout.count()));
+            sd_bus_set_method_call_timeout(
+                present, static_cast<uint64_t>(std::chrono::microseconds(callLimit_).count()));
         }
         owners_->attach(present);
     }

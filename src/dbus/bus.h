@@ -30,8 +30,13 @@ class Bus : NonCopyable {
     // How long a subscription lasts: until dropTemporarySubscriptions(), or as long as the Bus.
     enum class Lifetime { temporary, permanent };
 
-    Bus();
+    static constexpr std::chrono::seconds defaultCallLimit{10};
+
+    // A call fails when it has no reply after the limit.
+    explicit Bus(std::chrono::milliseconds callLimit = defaultCallLimit);
     ~Bus();
+
+    std::chrono::milliseconds callLimit() const { return callLimit_; }
 
     void start();
     // Drops waiting tasks. No task begins afterwards.
@@ -72,6 +77,7 @@ class Bus : NonCopyable {
     sd_bus* connection();
 
     const pid_t process_;
+    const std::chrono::milliseconds callLimit_;
     std::atomic<bool> started_ = false;
     std::unique_ptr<NameOwners> owners_;
     TaskQueue tasks_;

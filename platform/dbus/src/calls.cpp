@@ -1,5 +1,6 @@
 #include <kaz/dbus/calls.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "base/errno_text.h"
@@ -9,7 +10,7 @@
 namespace kaz::dbus {
 namespace {
 
-constexpr uint64_t replyTimeout = 10'000'000;  // us
+constexpr uint64_t longestWait = 10'000'000;  // us
 constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 
 MessageBuilder makePropertyCall(sd_bus* bus, MessageEndpoint endpoint, const char* member,
@@ -35,6 +36,13 @@ void logFailure(const MessageBuilder& call, const sd_bus_error& error) {
         log::warn("Call of {} at {} failed: {}: {}", member, destination, textOf(error.name),
                   textOf(error.message));
     }
+}
+
+// In us: the limit of the connection, if that is shorter.
+uint64_t replyTimeout(sd_bus* bus) {
+    uint64_t limit = longestWait;
+    sd_bus_get_method_call_timeout(bus, &limit);
+    return std::min(limit, longestWait);
 }
 
 }  // namespace
@@ -67,7 +75,7 @@ MessageDecoder sendMessage(sd_bus* bus, MessageBuilder& builder) {
     }
     BusError failure;
     sd_bus_message* reply = nullptr;
-    const int result = sd_bus_call(bus, builder.message(), replyTimeout, &failure.value, &reply);
+    const int result = sd_bus_call(bus, builder.message(), replyTimeout(bus), &failure.value, &reply);
     if (result < 0) {
         if (sd_bus_error_is_set(&failure.value) == 0) {
             sd_bus_error_set_errno(&failure.value, result);

@@ -65,6 +65,11 @@ CommunicatorTest::CommunicatorTest()
 
 CommunicatorTest::~CommunicatorTest() = default;
 
+void CommunicatorTest::limitCalls(std::chrono::milliseconds limit) {
+    communicator = std::make_unique<DbusCommunicator>(limit);
+    assignHandlers();
+}
+
 void CommunicatorTest::assignHandlers() {
     communicator->wifiServiceStatusChangeHandler = [this] {
         calls.add(std::string("status changed: ") + (communicator->isSupplicantOn() ? "on" : "off"));

@@ -69,6 +69,9 @@ class CommunicatorTest : public testing::Test {
     CommunicatorTest();
     ~CommunicatorTest() override;
 
+    // Replaces the communicator by one with this limit of calls. Start it afterwards.
+    void limitCalls(std::chrono::milliseconds limit);
+
     // Makes each handler record its call and arguments.
     void assignHandlers();
 

@@ -50,6 +50,11 @@ TEST(CommunicatorHandlers, OnlineHandlerHasNoDefaultAndThrows) {
     EXPECT_NO_THROW(unassigned.onlineState().report({}));
 }
 
+TEST(CommunicatorCalls, EndAfterTenSeconds) {
+    dbus::Bus bus;
+    EXPECT_EQ(SupplicantInterface(bus).callLimit(), std::chrono::seconds(10));
+}
+
 TEST(CommunicatorReport, NewReportReportsNothing) {
     const Report report;
     EXPECT_EQ(reportText(report), "nothing");

@@ -169,6 +169,8 @@ TEST_F(Networks, ListKeepsTheOrderOfTheSupplicantAndNetworksWithoutSsid) {
 }
 
 TEST_F(Networks, ListAfterATimeoutHasNetworksWithoutSsid) {
+    limitCalls(std::chrono::seconds(1));
+    startAttached();
     supplicant.onGet(interfacePath, interfaceInterface, "Networks",
                      reply("v", "ao", 3, "/n/0", "/n/1", "/n/2"));
     for (const char* path : {"/n/0", "/n/1", "/n/2"}) {

@@ -97,6 +97,8 @@ TEST_F(Bss, BssListKeepsTheOrderOfThePathsAndEachSsid) {
 }
 
 TEST_F(Bss, BssListEndsAfterOneTimeout) {
+    limitCalls(std::chrono::seconds(1));
+    startAttached();
     supplicant.onGetAll("/b/1", bssInterface, reply("a{sv}", 1, "Signal", "n", -1));
     for (const char* path : {"/b/2", "/b/3", "/b/4"}) {
         supplicant.onGetAll(path, bssInterface, noReply());

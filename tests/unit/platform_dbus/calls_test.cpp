@@ -1,10 +1,28 @@
+#include <dlfcn.h>
 #include <kaz/dbus/calls.h>
 
+#include <atomic>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "unit/platform_dbus/loop_fixture.h"
+
+namespace kaz::test {
+namespace {
+
+std::atomic<uint64_t> limitOfTheLastCall = 0;  // us
+
+}  // namespace
+}  // namespace kaz::test
+
+// Replaces that of sd-bus for all libraries of this program.
+extern "C" int sd_bus_call(sd_bus* bus, sd_bus_message* call, uint64_t limit, sd_bus_error* error,
+                           sd_bus_message** reply) {
+    static const auto next = reinterpret_cast<decltype(&sd_bus_call)>(::dlsym(RTLD_NEXT, "sd_bus_call"));
+    kaz::test::limitOfTheLastCall = limit;
+    return next(bus, call, limit, error, reply);
+}
 
 namespace kaz::test {
 namespace {
@@ -191,13 +209,38 @@ TEST_F(Calls, OfAPropertyWhoseNameIsNoTextAreMarkedFailed) {
     });
 }
 
-TEST_F(Calls, GiveUpAfterTenSecondsWithoutAReply) {
+TEST_F(Calls, WaitTenSecondsForAReplyUnlessTheConnectionHasAShorterLimit) {
+    constexpr uint64_t second = 1'000'000;
     const Running running = start();
+    EXPECT_EQ(onLoop([this] {
+                  uint64_t limit = 0;
+                  EXPECT_GE(sd_bus_get_method_call_timeout(loop->getSdBusHandle(), &limit), 0);
+                  return limit;
+              }),
+              10 * second);
+    EXPECT_TRUE(callFromLoop("Echo"));
+    EXPECT_EQ(limitOfTheLastCall, 10 * second);
+    for (const auto& [ofTheConnection, ofTheCall] :
+         {std::pair(5 * second, 5 * second), std::pair(25 * second, 10 * second),
+          std::pair(UINT64_MAX, 10 * second)}) {
+        onLoop([this, limit = ofTheConnection] {
+            EXPECT_GE(sd_bus_set_method_call_timeout(loop->getSdBusHandle(), limit), 0);
+        });
+        EXPECT_TRUE(callFromLoop("Echo"));
+        EXPECT_EQ(limitOfTheLastCall, ofTheCall);
+    }
+}
+
+TEST_F(Calls, GiveUpAtTheLimitWithoutAReply) {
+    constexpr std::chrono::milliseconds limit{300};
+    const Running running = start();
+    limitCalls(limit);
     const auto from = std::chrono::steady_clock::now();
     EXPECT_FALSE(callFromLoop("Ignore"));
     const auto elapsed = std::chrono::steady_clock::now() - from;
-    EXPECT_GE(elapsed, std::chrono::seconds(10));
-    EXPECT_LT(elapsed, std::chrono::seconds(20));
+    limitCalls(std::chrono::seconds(10));
+    EXPECT_GE(elapsed, limit);
+    EXPECT_LT(elapsed, std::chrono::seconds(10));
     ASSERT_EQ(log.texts(spdlog::level::warn).size(), 1U);
     EXPECT_EQ(log.texts(spdlog::level::warn)[0].find("Call of Ignore at test.Peer failed: "), 0U);
     EXPECT_TRUE(callFromLoop("Echo"));

@@ -43,6 +43,13 @@ bool LoopTest::callFromLoop(const std::string& member, const std::string& argume
     });
 }
 
+void LoopTest::limitCalls(std::chrono::microseconds limit) {
+    onLoop([&] {
+        EXPECT_GE(
+            sd_bus_set_method_call_timeout(loop->getSdBusHandle(), static_cast<uint64_t>(limit.count())), 0);
+    });
+}
+
 void LoopTest::registerForChanged(bool temporary, std::function<void(dbus::MessageDecoder&)> handler) {
     onLoop([&] {
         loop->registerSignalHandlerSync(peerName, peerPath, peerInterface, "Changed", temporary,

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <kaz/dbus/event_loop.h>
 
+#include <chrono>
 #include <functional>
 #include <future>
 #include <memory>
@@ -61,6 +62,9 @@ class LoopTest : public ::testing::Test {
     static constexpr const char* peerPath = "/test/peer";
     static constexpr const char* peerInterface = "test.Peer.Interface";
     const BusPeer::Signal changed{peerPath, peerInterface, "Changed"};
+
+    // Changes the limit of calls on the connection.
+    void limitCalls(std::chrono::microseconds limit);
 
     // Subscribes to `changed` on the loop thread.
     void registerForChanged(bool temporary, std::function<void(dbus::MessageDecoder&)> handler);
