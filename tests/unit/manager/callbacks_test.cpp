@@ -30,10 +30,8 @@ class Uncopyable {
     const bool* armed_;
 };
 
-class Callback : public EngineTest {
+class Callback : public EngineWithSupplicant {
   protected:
-    Callback() { startWithSupplicant(); }
-
     // Makes each callback fire once: scanning, enabled, connection and networks.
     void changeEverything() {
         reportScanning(!engine->isScanning());
@@ -43,6 +41,13 @@ class Callback : public EngineTest {
         reportLinkUp("Home");
         reportBssList({{"Cafe", online_ ? -50 : -60, SecurityMode::none}});
         runUntilIdle();
+    }
+
+    template <typename Function>
+    void registerEverywhere(const Function& callback) {
+        for (const Registration on : registrations) {
+            (*engine.*on)(callback);
+        }
     }
 
     const std::vector<Registration> registrations{
@@ -70,9 +75,7 @@ TEST_F(Callback, CallbackMayCallEveryGetter) {
         static_cast<void>(engine->isEnabled() || engine->isScanning() || engine->isWifiStackInitialized());
         ++calls;
     };
-    for (const Registration on : registrations) {
-        (*engine.*on)(callEverything);
-    }
+    registerEverywhere(callEverything);
     changeEverything();
     EXPECT_EQ(calls, 4);
 }
@@ -105,8 +108,7 @@ TEST_F(Callback, NoLockIsHeldDuringCallbacksAndCommunicatorCalls) {
         ++calls;
     };
     changeEverything();
-    EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    runUntilIdle();
+    connectTo("Home");
     reportLinkUp("Home");
     runUntilIdle();
     attachSupplicant();
@@ -137,9 +139,7 @@ TEST_F(Callback, CallbackThatReplacesItselfFinishesAndIsNotInvokedAgain) {
 }
 
 TEST_F(Callback, EmptyFunctionSwitchesCallbackOff) {
-    for (const Registration on : registrations) {
-        (*engine.*on)(nullptr);
-    }
+    registerEverywhere(nullptr);
     changeEverything();
     EXPECT_EQ(takeCallbacks(), Callbacks{});
 }
@@ -155,9 +155,7 @@ TEST_F(Callback, ReplacedCallbackIsDestroyedAtOnce) {
 }
 
 TEST_F(Callback, ThrowingCallbackIsLoggedAndPublicationContinues) {
-    for (const Registration on : registrations) {
-        (*engine.*on)([] { throw std::runtime_error("no luck"); });
-    }
+    registerEverywhere([] { throw std::runtime_error("no luck"); });
     stack->configure("Home");
     communicator->networkSelectedHandler("Home");
     reportBssList({{"Home", -50, SecurityMode::none}, {"Cafe", -60, SecurityMode::none}});
@@ -171,27 +169,21 @@ TEST_F(Callback, ThrowingCallbackIsLoggedAndPublicationContinues) {
     reportLinkUp("Home");
     runUntilIdle();
     EXPECT_EQ(state(), R"(status=connectingIP, ssid="Home", signal=-50)");
-    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 2)",
-                                  "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{listing, "setPrioritySync(1, 2)", saving}));
     engine->setEnabled(false);
-    takeCalls();
-    runUntilIdle();
-    EXPECT_EQ(takeCalls(), Calls{"startStopSupplicantSync(false)"});
+    EXPECT_EQ(callsUntilIdle(), Calls{"startStopSupplicantSync(false)"});
     EXPECT_EQ(log.texts(spdlog::level::err).size(), 5U);
 }
 
 TEST_F(Callback, CallbackThatThrowsNoStdExceptionIsLogged) {
     engine->onScanningChanged([] { throw 42; });
     reportScanning(true);
-    EXPECT_EQ(log.records(),
-              (RecordingLog::Records{{spdlog::level::err, "A callback threw an exception of unknown type"}}));
+    EXPECT_EQ(log.records(), Records{error("A callback threw an exception of unknown type")});
 }
 
 TEST_F(Callback, CallbackWithThrowingCopyIsLoggedAndPublicationContinues) {
     bool armed = false;
-    for (const Registration on : registrations) {
-        (*engine.*on)(Uncopyable(armed));
-    }
+    registerEverywhere(Uncopyable(armed));
     armed = true;
     SupplicantReport everything;
     everything.scanning = true;
@@ -214,8 +206,7 @@ TEST_F(Callback, TaskContinuesAfterAThrowingCallback) {
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
     takeCalls();
     communicator->runTasks();
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home)", "selectSync(1)",
-                                  "getAllConfiguredNetworksSync", "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{timerOn, "addNetworkSync(Home)", "selectSync(1)", listing, listing}));
 }
 
 }  // namespace

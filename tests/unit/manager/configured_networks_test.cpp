@@ -73,7 +73,7 @@ TEST_F(Success, FirstChangeAfterTheStartSetsNoPriorities) {
     runUntilIdle();
     EXPECT_EQ(state(), R"(status=connected, ssid="Home", signal=-50)");
     EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
-    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(true, 60000)"}) << "no priorities, nothing to save";
+    EXPECT_EQ(takeCalls(), Calls{timerOn}) << "no priorities, nothing to save";
     EXPECT_EQ(takeGaugeReports(),
               (GaugeReports{{"quarn.wifi.connected", 1.0}, {"quarn.wifi.signal-strength-dbm", -50.0}}));
 }
@@ -84,21 +84,15 @@ TEST_F(Success, ConnectedNetworkGetsPriority2AndAllOthers1) {
     stack->configure(std::nullopt);
     stack->configure("Home");
     startWithSupplicant();
-    communicator->networkSelectedHandler("Home");
-    runUntilIdle();
-    forget();
+    selectNetwork("Home");
     reportLinkUp("Home");
     communicator->runIdlePass();
-    EXPECT_EQ(takeCalls(),
-              (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 1)", "setPrioritySync(2, 2)",
-                     "setPrioritySync(3, 1)", "setPrioritySync(4, 2)", "saveNetworkConfigurationSync"}));
-    const LogRecord priority{spdlog::level::debug, R"(Setting priority=2 for ssid="Home")"};
-    EXPECT_EQ(
-        log.records(),
-        (RecordingLog::Records{
-            {spdlog::level::debug, R"(connectionInfo changed: status=connectingIP, ssid="Home", signal=-50)"},
-            priority,
-            priority}));
+    EXPECT_EQ(takeCalls(), (Calls{listing, "setPrioritySync(1, 1)", "setPrioritySync(2, 2)",
+                                  "setPrioritySync(3, 1)", "setPrioritySync(4, 2)", saving}));
+    const LogRecord priority = debug(R"(Setting priority=2 for ssid="Home")");
+    EXPECT_EQ(log.records(),
+              (Records{debug(R"(connectionInfo changed: status=connectingIP, ssid="Home", signal=-50)"),
+                       priority, priority}));
 }
 
 TEST_F(Success, SuccessIsNotRepeatedWhenTheLinkGetsItsAddress) {
@@ -128,10 +122,8 @@ TEST_F(Success, SwitchingNetworksMovesThePriority) {
     reportLinkUp("B");
     takeCalls();
     communicator->runIdlePass();
-    EXPECT_EQ(takeCalls(),
-              (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 1)", "setPrioritySync(2, 2)",
-                     "getAllConfiguredNetworksSync", "setEnabledSync(1, true)", "setEnabledSync(2, true)",
-                     "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{listing, "setPrioritySync(1, 1)", "setPrioritySync(2, 2)", listing,
+                                  "setEnabledSync(1, true)", "setEnabledSync(2, true)", saving}));
     EXPECT_EQ(stack->networks, (std::vector<Stored>{{1, "A", true, 1}, {2, "B", true, 2}}));
 }
 
@@ -143,49 +135,39 @@ TEST_F(Success, RoamingToAnotherNetworkMovesThePriority) {
     reportBss("B");
     runUntilIdle();
     EXPECT_EQ(state(), R"(status=connected, ssid="B", signal=-50)");
-    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 1)",
-                                  "setPrioritySync(2, 2)", "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{listing, "setPrioritySync(1, 1)", "setPrioritySync(2, 2)", saving}));
 }
 
 TEST_F(Success, SuccessSavesEvenWhenTheListingFails) {
     stack->configure("Home");
     startWithSupplicant();
-    communicator->networkSelectedHandler("Home");
-    runUntilIdle();
-    forget();
+    selectNetwork("Home");
     stack->failing = {"getAllConfiguredNetworksSync"};
     reportLinkUp("Home");
     runUntilIdle();
-    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync fails", "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync fails", saving}));
 }
 
 TEST_F(Success, FailedPriorityDoesNotStopTheOthers) {
     stack->configure("Home");
     stack->configure("Cafe");
     startWithSupplicant();
-    communicator->networkSelectedHandler("Home");
-    runUntilIdle();
-    forget();
+    selectNetwork("Home");
     stack->failing = {"setPrioritySync"};
     reportLinkUp("Home");
     runUntilIdle();
-    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 2) fails",
-                                  "setPrioritySync(2, 1) fails", "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(takeCalls(),
+              (Calls{listing, "setPrioritySync(1, 2) fails", "setPrioritySync(2, 1) fails", saving}));
 }
 
 TEST_F(Reenabling, SuccessfulConnectEnablesAllNetworksOnce) {
     stack->configure("Cafe");
     startWithSupplicant();
-    EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    runUntilIdle();
+    connectTo("Home");
     EXPECT_EQ(stack->networks, (std::vector<Stored>{{1, "Cafe", false, 0}, {2, "Home", true, 0}}));
     reportLinkUp("Home");
-    takeCalls();
-    runUntilIdle();
-    EXPECT_EQ(takeCalls(),
-              (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 1)", "setPrioritySync(2, 2)",
-                     "getAllConfiguredNetworksSync", "setEnabledSync(1, true)", "setEnabledSync(2, true)",
-                     "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(callsUntilIdle(), (Calls{listing, "setPrioritySync(1, 1)", "setPrioritySync(2, 2)", listing,
+                                       "setEnabledSync(1, true)", "setEnabledSync(2, true)", saving}));
     EXPECT_EQ(stack->networks, (std::vector<Stored>{{1, "Cafe", true, 1}, {2, "Home", true, 2}}));
     runUntilIdle();
     reportOnline(true);
@@ -196,8 +178,7 @@ TEST_F(Reenabling, SuccessfulConnectEnablesAllNetworksOnce) {
 TEST_F(Reenabling, FailedConnectEnablesAllNetworks) {
     stack->configure("Cafe");
     startWithSupplicant();
-    EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    runUntilIdle();
+    connectTo("Home");
     reportStatus(SupplicantStatus::Connecting);
     runUntilIdle();
     takeCalls();
@@ -205,55 +186,41 @@ TEST_F(Reenabling, FailedConnectEnablesAllNetworks) {
     runUntilIdle();
     EXPECT_EQ(state(), R"(status=disconnected, disconnectReason=causedBySystem, disconnectssid="Home")");
     EXPECT_EQ(takeCalls(),
-              (Calls{"configureTimerSync(false, 60000)", "getAllConfiguredNetworksSync",
-                     "setEnabledSync(1, true)", "setEnabledSync(2, true)", "saveNetworkConfigurationSync"}));
+              (Calls{timerOff, listing, "setEnabledSync(1, true)", "setEnabledSync(2, true)", saving}));
 }
 
 TEST_F(Reenabling, TimedOutConnectEnablesAllNetworks) {
     startWithSupplicant();
-    EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    runUntilIdle();
+    connectTo("Home");
     clock->advance(2s);
-    takeCalls();
-    runUntilIdle();
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(false, 60000)", "getAllConfiguredNetworksSync",
-                                  "setEnabledSync(1, true)", "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(callsUntilIdle(), (Calls{timerOff, listing, "setEnabledSync(1, true)", saving}));
 }
 
 TEST_F(Reenabling, DisconnectDuringAConnectEnablesAllNetworks) {
     startWithSupplicant();
-    EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    runUntilIdle();
+    connectTo("Home");
     engine->disconnect();
-    takeCalls();
-    runUntilIdle();
-    EXPECT_EQ(takeCalls(),
-              (Calls{"configureTimerSync(false, 60000)", "getAllConfiguredNetworksSync",
-                     "setEnabledSync(1, true)", "disconnectSync", "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(callsUntilIdle(),
+              (Calls{timerOff, listing, "setEnabledSync(1, true)", "disconnectSync", saving}));
 }
 
 TEST_F(Reenabling, FailedEnablingContinuesAndIsNotRetried) {
     stack->configure("Cafe");
     startWithSupplicant();
-    EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    runUntilIdle();
+    connectTo("Home");
     stack->failing = {"setEnabledSync"};
     clock->advance(2s);
-    takeCalls();
-    runUntilIdle();
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(false, 60000)", "getAllConfiguredNetworksSync",
-                                  "setEnabledSync(1, true) fails", "setEnabledSync(2, true) fails",
-                                  "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(callsUntilIdle(), (Calls{timerOff, listing, "setEnabledSync(1, true) fails",
+                                       "setEnabledSync(2, true) fails", saving}));
     reportStatus(SupplicantStatus::Connecting);
     reportBss("Cafe");
     runUntilIdle();
-    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(true, 60000)"});
+    EXPECT_EQ(takeCalls(), Calls{timerOn});
 }
 
 TEST_F(Reenabling, NothingIsEnabledOrSavedDuringLinkSetUp) {
     startWithSupplicant();
-    EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    runUntilIdle();
+    connectTo("Home");
     takeCalls();
     reportBss("Home", -70);
     reportStatus(SupplicantStatus::Connecting);
@@ -265,20 +232,15 @@ TEST_F(Reenabling, NothingIsEnabledOrSavedDuringLinkSetUp) {
 TEST_F(PostponedSave, SaveWaitsUntilTheOtherNetworksAreEnabled) {
     stack->configure("Cafe");
     startWithSupplicant();
-    EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    runUntilIdle();
+    connectTo("Home");
     engine->forgetNetwork("Cafe");
-    takeCalls();
-    runUntilIdle();
-    EXPECT_EQ(takeCalls(),
-              (Calls{"getAllConfiguredNetworksSync", "removeSync(1)", "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(callsUntilIdle(), (Calls{listing, "removeSync(1)", listing}));
     runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{});
     reportLinkUp("Home");
     runUntilIdle();
     EXPECT_EQ(takeCalls(),
-              (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(2, 2)", "getAllConfiguredNetworksSync",
-                     "setEnabledSync(2, true)", "saveNetworkConfigurationSync"}));
+              (Calls{listing, "setPrioritySync(2, 2)", listing, "setEnabledSync(2, true)", saving}));
     runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{});
 }
@@ -286,13 +248,11 @@ TEST_F(PostponedSave, SaveWaitsUntilTheOtherNetworksAreEnabled) {
 TEST_F(PostponedSave, EngineEndDuringAConnectEnablesAllNetworksAndSaves) {
     stack->configure("Cafe");
     startWithSupplicant();
-    EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
-    runUntilIdle();
+    connectTo("Home");
     takeCalls();
     engine.reset();
-    EXPECT_EQ(takeCalls(),
-              (Calls{"stopEventLoop", "~Communicator", "getAllConfiguredNetworksSync",
-                     "setEnabledSync(1, true)", "setEnabledSync(2, true)", "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{"stopEventLoop", "~Communicator", listing, "setEnabledSync(1, true)",
+                                  "setEnabledSync(2, true)", saving}));
 }
 
 TEST_F(PostponedSave, SaveDoesNotWaitAfterAFailedSelection) {
@@ -301,9 +261,7 @@ TEST_F(PostponedSave, SaveDoesNotWaitAfterAFailedSelection) {
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
     engine->forgetNetwork("Cafe");
     communicator->runTasks();
-    takeCalls();
-    runUntilIdle();
-    EXPECT_EQ(takeCalls(), Calls{"saveNetworkConfigurationSync"});
+    EXPECT_EQ(callsUntilIdle(), Calls{saving});
 }
 
 TEST_F(PostponedSave, ConnectAtTheStartSavesWithTheSecondChange) {
@@ -312,11 +270,8 @@ TEST_F(PostponedSave, ConnectAtTheStartSavesWithTheSecondChange) {
     EXPECT_EQ(engine->connect(settingsFor("Home")), ConnectResult::ok);
     communicator->runTasks();
     reportLinkUp("Home");
-    takeCalls();
-    runUntilIdle();
-    EXPECT_EQ(takeCalls(),
-              (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 2)", "getAllConfiguredNetworksSync",
-                     "setEnabledSync(1, true)", "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(callsUntilIdle(),
+              (Calls{listing, "setPrioritySync(1, 2)", listing, "setEnabledSync(1, true)", saving}));
 }
 
 }  // namespace

@@ -7,10 +7,8 @@ namespace {
 using namespace std::chrono_literals;
 using Stored = FakeWifiStack::Network;
 
-class Connect : public EngineTest {
+class Connect : public EngineWithSupplicant {
   protected:
-    Connect() { startWithSupplicant(); }
-
     void connect(const ConnectionSettings& settings) {
         EXPECT_EQ(engine->connect(settings), ConnectResult::ok);
         takeCalls();
@@ -29,8 +27,7 @@ class ConnectConfigured : public EngineTest {
 
 TEST_F(Connect, ConnectAddsThenSelectsThenLists) {
     connect(settingsFor("Home"));
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home)", "selectSync(1)",
-                                  "getAllConfiguredNetworksSync", "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{timerOn, "addNetworkSync(Home)", "selectSync(1)", listing, listing}));
     EXPECT_EQ(stack->networks, (std::vector<Stored>{{1, "Home", true, 0}}));
 }
 
@@ -41,9 +38,8 @@ TEST_F(Connect, ConnectRemovesOlderConfigurationsAfterTheSelection) {
     stack->configure(std::nullopt);
     stack->configure("home");
     connect(settingsFor("Home"));
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home)", "selectSync(6)",
-                                  "getAllConfiguredNetworksSync", "removeSync(1)", "removeSync(3)",
-                                  "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{timerOn, "addNetworkSync(Home)", "selectSync(6)", listing, "removeSync(1)",
+                                  "removeSync(3)", listing}));
     EXPECT_EQ(stack->networks, (std::vector<Stored>{{2, "Cafe", false, 0},
                                                     {4, std::nullopt, false, 0},
                                                     {5, "home", false, 0},
@@ -54,8 +50,8 @@ TEST_F(Connect, TwoConnectsToOneNetworkLeaveOneConfiguration) {
     connect(settingsFor("Home"));
     takeCalls();
     connect(settingsFor("Home", SecurityMode::sae));
-    EXPECT_EQ(takeCalls(), (Calls{"addNetworkSync(Home)", "selectSync(2)", "getAllConfiguredNetworksSync",
-                                  "removeSync(1)", "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(takeCalls(),
+              (Calls{"addNetworkSync(Home)", "selectSync(2)", listing, "removeSync(1)", listing}));
     EXPECT_EQ(stack->networks, (std::vector<Stored>{{2, "Home", true, 0}}));
 }
 
@@ -64,9 +60,8 @@ TEST_F(Connect, FailedRemovalDoesNotStopTheConnect) {
     stack->configure("Home");
     stack->failing = {"removeSync"};
     connect(settingsFor("Home"));
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home)", "selectSync(3)",
-                                  "getAllConfiguredNetworksSync", "removeSync(1) fails",
-                                  "removeSync(2) fails", "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{timerOn, "addNetworkSync(Home)", "selectSync(3)", listing,
+                                  "removeSync(1) fails", "removeSync(2) fails", listing}));
 }
 
 TEST_F(Connect, ConnectIsPublishedBeforeTheSupplicantIsCalled) {
@@ -101,23 +96,19 @@ TEST_F(Connect, ConnectPassesACopyOfAllSettings) {
 
 TEST_F(Connect, ConnectIsLoggedBeforeAndAfterAdding) {
     connect(settingsFor("Home"));
-    EXPECT_EQ(log.records(),
-              (RecordingLog::Records{
-                  {spdlog::level::debug, R"(Connecting to ssid="Home")"},
-                  {spdlog::level::debug, R"(connectionInfo changed: status=connectingWifi, ssid="Home")"},
-                  {spdlog::level::info, R"(Connecting to ssid="Home")"}}));
+    EXPECT_EQ(log.records(), (Records{debug(R"(Connecting to ssid="Home")"),
+                                      debug(R"(connectionInfo changed: status=connectingWifi, ssid="Home")"),
+                                      info(R"(Connecting to ssid="Home")")}));
 }
 
 TEST_F(Connect, ConnectToAHiddenNetworkIsLogged) {
     ConnectionSettings settings = settingsFor("Home");
     settings.hidden = true;
     connect(settings);
-    EXPECT_EQ(log.records(),
-              (RecordingLog::Records{
-                  {spdlog::level::debug, R"(Connecting to ssid="Home")"},
-                  {spdlog::level::debug, R"(connectionInfo changed: status=connectingWifi, ssid="Home")"},
-                  {spdlog::level::debug, R"(Assuming that network might be hidden. ssid="Home")"},
-                  {spdlog::level::info, R"(Connecting to ssid="Home")"}}));
+    EXPECT_EQ(log.records(), (Records{debug(R"(Connecting to ssid="Home")"),
+                                      debug(R"(connectionInfo changed: status=connectingWifi, ssid="Home")"),
+                                      debug(R"(Assuming that network might be hidden. ssid="Home")"),
+                                      info(R"(Connecting to ssid="Home")")}));
 }
 
 TEST_F(Connect, ConnectLogsRedactableSsidsAndNoSecrets) {
@@ -149,25 +140,24 @@ TEST_F(Connect, ConnectLogsRedactableSsidsAndNoSecrets) {
 TEST_F(Connect, FailedAdditionEndsTheConnectByItsTimeout) {
     stack->failing = {"addNetworkSync"};
     connect(settingsFor("Home"));
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home) fails"}));
+    EXPECT_EQ(takeCalls(), (Calls{timerOn, "addNetworkSync(Home) fails"}));
     EXPECT_EQ(runUntilIdle(), 2000ms);
     clock->advance(2s);
     EXPECT_EQ(runUntilIdle(), std::nullopt);
     EXPECT_EQ(state(), R"(status=disconnected, disconnectReason=causedBySystem, disconnectssid="Home")");
-    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(false, 60000)"});
+    EXPECT_EQ(takeCalls(), Calls{timerOff});
 }
 
 TEST_F(Connect, FailedSelectionKeepsTheOtherConfigurations) {
     stack->configure("Home");
     stack->failing = {"selectSync"};
     connect(settingsFor("Home"));
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "addNetworkSync(Home)",
-                                  "selectSync(2) fails", "getAllConfiguredNetworksSync"}))
+    EXPECT_EQ(takeCalls(), (Calls{timerOn, "addNetworkSync(Home)", "selectSync(2) fails", listing}))
         << "the only listing is that of the configured names";
     EXPECT_EQ(stack->networks.size(), 2U);
     clock->advance(2s);
     runUntilIdle();
-    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(false, 60000)"}) << "there is nothing to enable again";
+    EXPECT_EQ(takeCalls(), Calls{timerOff}) << "there is nothing to enable again";
 }
 
 TEST_F(Connect, ConnectMarksTheNetworkAsConfigured) {
@@ -194,8 +184,7 @@ TEST_F(ConnectConfigured, ConnectConfiguredSelectsTheFirstConfigurationAndRemove
     stack->configure("Home");
     startWithSupplicant();
     connect("Home");
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "getAllConfiguredNetworksSync",
-                                  "selectSync(3)", "getAllConfiguredNetworksSync", "removeSync(4)"}));
+    EXPECT_EQ(takeCalls(), (Calls{timerOn, listing, "selectSync(3)", listing, "removeSync(4)"}));
     EXPECT_EQ(
         stack->networks,
         (std::vector<Stored>{{1, std::nullopt, false, 0}, {2, "Cafe", false, 0}, {3, "Home", true, 0}}));
@@ -205,11 +194,9 @@ TEST_F(ConnectConfigured, ConnectConfiguredIsLogged) {
     stack->configure("Home");
     startWithSupplicant();
     connect("Home");
-    EXPECT_EQ(log.records(),
-              (RecordingLog::Records{
-                  {spdlog::level::debug, R"(Connecting to configured network ssid="Home")"},
-                  {spdlog::level::debug, R"(connectionInfo changed: status=connectingWifi, ssid="Home")"},
-                  {spdlog::level::info, R"(Connecting to ssid="Home")"}}));
+    EXPECT_EQ(log.records(), (Records{debug(R"(Connecting to configured network ssid="Home")"),
+                                      debug(R"(connectionInfo changed: status=connectingWifi, ssid="Home")"),
+                                      info(R"(Connecting to ssid="Home")")}));
 }
 
 TEST_F(ConnectConfigured, ConnectConfiguredIsPublishedBeforeTheSupplicantIsCalled) {
@@ -231,8 +218,7 @@ TEST_F(ConnectConfigured, FailedSelectionEndsTheConnectConfigured) {
     stack->failing = {"selectSync"};
     startWithSupplicant();
     connect("Home");
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "getAllConfiguredNetworksSync",
-                                  "selectSync(1) fails"}))
+    EXPECT_EQ(takeCalls(), (Calls{timerOn, listing, "selectSync(1) fails"}))
         << "the second configuration is not tried";
 }
 
@@ -241,11 +227,9 @@ TEST_F(ConnectConfigured, UnknownNetworkWarnsAndIsPublishedUntilTheTimeout) {
     stack->configure(std::nullopt);
     startWithSupplicant();
     connect("Home");
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "getAllConfiguredNetworksSync"}));
-    EXPECT_EQ(
-        log.records().back(),
-        (LogRecord{spdlog::level::warn,
-                   R"(Tried connecting to configured network, but it isn't known to us. ssid="Home")"}));
+    EXPECT_EQ(takeCalls(), (Calls{timerOn, listing}));
+    EXPECT_EQ(log.records().back(),
+              warning(R"(Tried connecting to configured network, but it isn't known to us. ssid="Home")"));
     EXPECT_EQ(state(), R"(status=connectingWifi, ssid="Home")");
     EXPECT_EQ(runUntilIdle(), 2000ms);
     clock->advance(2s);
@@ -267,8 +251,7 @@ TEST_F(ConnectConfigured, UnknownNetworkEndsOnTheFormerConnection) {
     EXPECT_EQ(engine->connectionInfo().disconnectSsid, "Nowhere");
     EXPECT_EQ(engine->connectionInfo().disconnectReason, ConnectionInfo::DisconnectReason::causedBySystem);
     // A change from an attempt to a connection counts as a success.
-    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 2)",
-                                  "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{listing, "setPrioritySync(1, 2)", saving}));
     EXPECT_EQ(takeGaugeReports(), (GaugeReports{{"quarn.wifi.connected", 1.0},
                                                 {"quarn.wifi.signal-strength-dbm", -50.0},
                                                 {"quarn.wifi.connection-attempt.success", 1.0},
@@ -282,7 +265,7 @@ TEST_F(ConnectConfigured, FailedListingMakesTheNetworkUnknown) {
     startWithSupplicant();
     stack->failing = {"getAllConfiguredNetworksSync"};
     connect("Home");
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(true, 60000)", "getAllConfiguredNetworksSync fails"}));
+    EXPECT_EQ(takeCalls(), (Calls{timerOn, "getAllConfiguredNetworksSync fails"}));
     EXPECT_EQ(log.texts(spdlog::level::warn).size(), 1U);
 }
 
@@ -290,7 +273,7 @@ TEST_F(ConnectConfigured, ConnectConfiguredPostsItsTaskForAnySsid) {
     startWithSupplicant();
     engine->connectConfigured("");
     engine->connectConfigured(std::string(100, 'x'));
-    EXPECT_EQ(takeCalls(), (Calls{"pushTaskAsync_", "pushTaskAsync_"}));
+    EXPECT_EQ(takeCalls(), (Calls{posting, posting}));
 }
 
 }  // namespace

@@ -33,101 +33,98 @@ ConnectionSettings unchecked(SecurityMode mode, const std::string& ssid, const s
     return settings;
 }
 
-void addSsids(std::vector<Row>& rows) {
-    const auto none = SecurityMode::none;
-    rows.push_back({"empty SSID", settingsFor("", none), ConnectResult::ssidEmpty});
-    rows.push_back({"SSID of 1 byte", settingsFor("x", none), ConnectResult::ok});
-    rows.push_back({"SSID of 32 bytes", settingsFor(std::string(32, 'x'), none), ConnectResult::ok});
-    rows.push_back({"SSID of 33 bytes", settingsFor(std::string(33, 'x'), none), ConnectResult::ssidTooLong});
-    rows.push_back({"SSID of one NUL", settingsFor(std::string(1, '\0'), none), ConnectResult::ok});
-    rows.push_back({"SSID of 32 NULs", settingsFor(std::string(32, '\0'), none), ConnectResult::ok});
-    rows.push_back({"SSID of 33 NULs", settingsFor(std::string(33, '\0'), none), ConnectResult::ssidTooLong});
-    rows.push_back(
-        {"SSID of 32 bytes of invalid UTF-8", settingsFor(std::string(32, '\xff'), none), ConnectResult::ok});
+using Rows = std::vector<Row>;
+
+Rows ssids() {
+    const auto none = [](const std::string& ssid) { return settingsFor(ssid, SecurityMode::none); };
     std::string accented;
     for (int i = 0; i < 17; ++i) {
         accented += "\xc3\xa9";
     }
-    rows.push_back(
-        {"SSID of 17 characters in 34 bytes", settingsFor(accented, none), ConnectResult::ssidTooLong});
+    return {
+        {"empty SSID", none(""), ConnectResult::ssidEmpty},
+        {"SSID of 1 byte", none("x"), ConnectResult::ok},
+        {"SSID of 32 bytes", none(std::string(32, 'x')), ConnectResult::ok},
+        {"SSID of 33 bytes", none(std::string(33, 'x')), ConnectResult::ssidTooLong},
+        {"SSID of one NUL", none(std::string(1, '\0')), ConnectResult::ok},
+        {"SSID of 32 NULs", none(std::string(32, '\0')), ConnectResult::ok},
+        {"SSID of 33 NULs", none(std::string(33, '\0')), ConnectResult::ssidTooLong},
+        {"SSID of 32 bytes of invalid UTF-8", none(std::string(32, '\xff')), ConnectResult::ok},
+        {"SSID of 17 characters in 34 bytes", none(accented), ConnectResult::ssidTooLong},
+    };
 }
 
 // The first broken rule decides.
-void addPrecedence(std::vector<Row>& rows) {
-    const std::string longSsid(33, 'x');
+Rows precedence() {
     const auto mode = SecurityMode::unsupported;
-    rows.push_back(
-        {"empty SSID before an unsupported mode", unchecked(mode, "", ""), ConnectResult::ssidEmpty});
-    rows.push_back(
-        {"long SSID before an unsupported mode", unchecked(mode, longSsid, ""), ConnectResult::ssidTooLong});
-    rows.push_back({"empty SSID before a short password", unchecked(SecurityMode::rsnPsk, "", ""),
-                    ConnectResult::ssidEmpty});
-    rows.push_back({"EAP method before phase 2", withMethods(SecurityMode::enterprise, "TLS", "nor this"),
-                    ConnectResult::eapMethodUnsupported});
+    return {
+        {"empty SSID before an unsupported mode", unchecked(mode, "", ""), ConnectResult::ssidEmpty},
+        {"long SSID before an unsupported mode", unchecked(mode, std::string(33, 'x'), ""),
+         ConnectResult::ssidTooLong},
+        {"empty SSID before a short password", unchecked(SecurityMode::rsnPsk, "", ""),
+         ConnectResult::ssidEmpty},
+        {"EAP method before phase 2", withMethods(SecurityMode::enterprise, "TLS", "nor this"),
+         ConnectResult::eapMethodUnsupported},
+    };
 }
 
-void addPasswords(std::vector<Row>& rows) {
-    struct Length {
+Rows passwords() {
+    struct Lengths {
         SecurityMode mode;
-        std::size_t length;
         ConnectResult verdict;
+        std::vector<std::size_t> lengths;
     };
-    const auto ok = ConnectResult::ok;
-    const auto tooShort = ConnectResult::passwordTooShort;
-    const auto tooLong = ConnectResult::passwordTooLong;
-    const auto badWep = ConnectResult::wepKeyInvalidLength;
-    std::vector<Length> lengths;
-    for (const auto mode : {SecurityMode::wpaPsk, SecurityMode::rsnPsk}) {
-        for (const Length& length : {Length{mode, 0, tooShort},
-                                     {mode, 7, tooShort},
-                                     {mode, 8, ok},
-                                     {mode, 63, ok},
-                                     {mode, 64, tooLong},
-                                     {mode, 1000, tooLong}}) {
-            lengths.push_back(length);
+    const std::vector<Lengths> all{
+        {SecurityMode::wpaPsk, ConnectResult::passwordTooShort, {0, 7}},
+        {SecurityMode::wpaPsk, ConnectResult::ok, {8, 63}},
+        {SecurityMode::wpaPsk, ConnectResult::passwordTooLong, {64, 1000}},
+        {SecurityMode::rsnPsk, ConnectResult::passwordTooShort, {0, 7}},
+        {SecurityMode::rsnPsk, ConnectResult::ok, {8, 63}},
+        {SecurityMode::rsnPsk, ConnectResult::passwordTooLong, {64, 1000}},
+        {SecurityMode::wep, ConnectResult::wepKeyInvalidLength, {0, 1, 4, 6, 10, 12, 14, 26}},
+        {SecurityMode::wep, ConnectResult::ok, {5, 13}},
+        {SecurityMode::sae, ConnectResult::passwordTooShort, {0}},
+        {SecurityMode::sae, ConnectResult::ok, {1, 1024}},
+        {SecurityMode::sae, ConnectResult::passwordTooLong, {1025}},
+    };
+    Rows rows;
+    for (const auto& [mode, verdict, lengths] : all) {
+        for (const std::size_t length : lengths) {
+            rows.push_back({"mode " + ::testing::PrintToString(mode) + " with a password of " +
+                                std::to_string(length) + " bytes",
+                            withPassword(mode, length), verdict});
         }
     }
-    for (const std::size_t length : {0U, 1U, 4U, 6U, 10U, 12U, 14U, 26U}) {
-        lengths.push_back({SecurityMode::wep, length, badWep});
-    }
-    for (const Length& length : {Length{SecurityMode::wep, 5, ok},
-                                 {SecurityMode::wep, 13, ok},
-                                 {SecurityMode::sae, 0, tooShort},
-                                 {SecurityMode::sae, 1, ok},
-                                 {SecurityMode::sae, 1024, ok},
-                                 {SecurityMode::sae, 1025, tooLong}}) {
-        lengths.push_back(length);
-    }
-    for (const Length& row : lengths) {
-        rows.push_back({"mode " + ::testing::PrintToString(row.mode) + " with a password of " +
-                            std::to_string(row.length) + " bytes",
-                        withPassword(row.mode, row.length), row.verdict});
-    }
+    return rows;
 }
 
-void addMethods(std::vector<Row>& rows) {
+Rows methods(SecurityMode mode) {
     const auto ok = ConnectResult::ok;
-    const auto badEap = ConnectResult::eapMethodUnsupported;
-    const auto badPhase2 = ConnectResult::phase2MethodUnsupported;
-    for (const auto mode : {SecurityMode::enterprise, SecurityMode::enterpriseVariant}) {
-        const std::string name = "mode " + ::testing::PrintToString(mode) + " with ";
-        rows.push_back({name + "no method at all", withMethods(mode, "", ""), ok});
-        rows.push_back({name + "PEAP", withMethods(mode, "PEAP", ""), ok});
-        rows.push_back({name + "PEAP and MSCHAPV2", withMethods(mode, "PEAP", "MSCHAPV2"), ok});
-        rows.push_back({name + "phase 2 PAP alone", withMethods(mode, "", "PAP"), ok});
-        rows.push_back({name + "phase 2 GTC", withMethods(mode, "PEAP", "GTC"), ok});
-        rows.push_back({name + "phase 2 MSCHAP", withMethods(mode, "PEAP", "MSCHAP"), ok});
-        rows.push_back({name + "a method that is not offered", withMethods(mode, "TTLS", ""), badEap});
-        rows.push_back({name + "a method in small letters", withMethods(mode, "peap", ""), badEap});
-        rows.push_back({name + "an unknown phase 2 method", withMethods(mode, "PEAP", "CHAP"), badPhase2});
-        rows.push_back({name + "an EAP method as phase 2", withMethods(mode, "", "PEAP"), badPhase2});
-        ConnectionSettings longPassword = withMethods(mode, "PEAP", "");
-        longPassword.password = std::string(5000, 'x');
-        rows.push_back({name + "any password", longPassword, ok});
-    }
+    const std::string name = "mode " + ::testing::PrintToString(mode) + " with ";
+    ConnectionSettings longPassword = withMethods(mode, "PEAP", "");
+    longPassword.password = std::string(5000, 'x');
+    return {
+        {name + "no method at all", withMethods(mode, "", ""), ok},
+        {name + "PEAP", withMethods(mode, "PEAP", ""), ok},
+        {name + "PEAP and MSCHAPV2", withMethods(mode, "PEAP", "MSCHAPV2"), ok},
+        {name + "phase 2 PAP alone", withMethods(mode, "", "PAP"), ok},
+        {name + "phase 2 GTC", withMethods(mode, "PEAP", "GTC"), ok},
+        {name + "phase 2 MSCHAP", withMethods(mode, "PEAP", "MSCHAP"), ok},
+        {name + "a method that is not offered", withMethods(mode, "TTLS", ""),
+         ConnectResult::eapMethodUnsupported},
+        {name + "a method in small letters", withMethods(mode, "peap", ""),
+         ConnectResult::eapMethodUnsupported},
+        {name + "an unknown phase 2 method", withMethods(mode, "PEAP", "CHAP"),
+         ConnectResult::phase2MethodUnsupported},
+        {name + "an EAP method as phase 2", withMethods(mode, "", "PEAP"),
+         ConnectResult::phase2MethodUnsupported},
+        {name + "any password", longPassword, ok},
+    };
 }
 
-void addUncheckedModes(std::vector<Row>& rows) {
+Rows uncheckedModes() {
+    Rows rows{
+        {"mode 7", settingsFor("Home", SecurityMode::unsupported), ConnectResult::securityModeUnsupported}};
     for (const int number : {0, 8, 9, -1, INT_MAX, INT_MIN}) {
         const auto mode = static_cast<SecurityMode>(number);
         const std::string name = "mode " + std::to_string(number);
@@ -135,18 +132,16 @@ void addUncheckedModes(std::vector<Row>& rows) {
             {name + " with anything", unchecked(mode, "Home", std::string(5000, 'x')), ConnectResult::ok});
         rows.push_back({name + " without an SSID", unchecked(mode, "", ""), ConnectResult::ssidEmpty});
     }
-    rows.push_back(
-        {"mode 7", settingsFor("Home", SecurityMode::unsupported), ConnectResult::securityModeUnsupported});
+    return rows;
 }
 
-std::vector<Row> allRows() {
-    std::vector<Row> rows;
-    addSsids(rows);
-    addPrecedence(rows);
-    addPasswords(rows);
-    addMethods(rows);
-    addUncheckedModes(rows);
-    return rows;
+Rows allRows() {
+    Rows all;
+    for (const Rows& rows : {ssids(), precedence(), passwords(), methods(SecurityMode::enterprise),
+                             methods(SecurityMode::enterpriseVariant), uncheckedModes()}) {
+        all.insert(all.end(), rows.begin(), rows.end());
+    }
+    return all;
 }
 
 TEST(ConnectValidation, FirstBrokenRuleDecidesTheVerdict) {
@@ -182,7 +177,7 @@ TEST_F(ConnectRequest, RefusedConnectPostsNothingAndChangesNothing) {
     startWithSupplicant();
     for (const Row& row : allRows()) {
         EXPECT_EQ(engine->connect(row.settings), row.verdict) << row.what;
-        const Calls expected = row.verdict == ConnectResult::ok ? Calls{"pushTaskAsync_"} : Calls{};
+        const Calls expected = row.verdict == ConnectResult::ok ? Calls{posting} : Calls{};
         EXPECT_EQ(takeCalls(), expected) << row.what;
         EXPECT_EQ(state(), "status=disconnected, disconnectReason=unknown") << row.what;
         EXPECT_TRUE(log.records().empty()) << row.what;

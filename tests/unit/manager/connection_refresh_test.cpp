@@ -6,15 +6,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class ConnectionRefresh : public EngineTest {
-  protected:
-    ConnectionRefresh() { startWithSupplicant(); }
-};
+class ConnectionRefresh : public EngineWithSupplicant {};
 
-class SignalPoll : public EngineTest {
-  protected:
-    SignalPoll() { startWithSupplicant(); }
-};
+class SignalPoll : public EngineWithSupplicant {};
 
 TEST_F(ConnectionRefresh, ReportIsPublishedByTheNextIdlePass) {
     reportLinkUp("Home");
@@ -47,10 +41,8 @@ TEST_F(ConnectionRefresh, CallbackSeesTheNewConnectionInfo) {
 TEST_F(ConnectionRefresh, NewConnectionInfoIsLogged) {
     reportLinkUp("Home");
     runUntilIdle();
-    EXPECT_EQ(
-        log.records(),
-        (RecordingLog::Records{{spdlog::level::debug,
-                                R"(connectionInfo changed: status=connectingIP, ssid="Home", signal=-50)"}}));
+    EXPECT_EQ(log.records(),
+              Records{debug(R"(connectionInfo changed: status=connectingIP, ssid="Home", signal=-50)")});
 }
 
 TEST_F(ConnectionRefresh, NewConnectionInfoIsLoggedBeforeTheReactions) {
@@ -103,8 +95,7 @@ TEST_F(ConnectionRefresh, CallbackFollowsThePriorities) {
     stack->onCall = [&](const std::string& call) { order.push_back(call); };
     reportLinkUp("Home");
     runUntilIdle();
-    EXPECT_EQ(order, (Calls{"getAllConfiguredNetworksSync", "setPrioritySync(1, 2)", "callback",
-                            "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(order, (Calls{listing, "setPrioritySync(1, 2)", "callback", saving}));
 }
 
 TEST_F(ConnectionRefresh, ExpiredAttemptIsPublishedAsEnded) {
@@ -113,10 +104,8 @@ TEST_F(ConnectionRefresh, ExpiredAttemptIsPublishedAsEnded) {
     clock->advance(2s);
     forget();
     communicator->runIdlePass();
-    EXPECT_EQ(
-        log.records().front(),
-        (LogRecord{spdlog::level::warn,
-                   R"(No response from wpa_supplicant, assuming we are disconnected from ssid="Home")"}));
+    EXPECT_EQ(log.records().front(),
+              warning(R"(No response from wpa_supplicant, assuming we are disconnected from ssid="Home")"));
     EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
 }
 
@@ -124,22 +113,19 @@ TEST_F(SignalPoll, SignalTimerRunsExactlyWhileNotDisconnected) {
     reportBss("Home");
     reportStatus(SupplicantStatus::Connecting);
     runUntilIdle();
-    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(true, 60000)"}) << "with the first change, too";
+    EXPECT_EQ(takeCalls(), Calls{timerOn}) << "with the first change, too";
     reportStatus(SupplicantStatus::Connected);
     runUntilIdle();
-    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "saveNetworkConfigurationSync"}))
-        << "no second arming";
+    EXPECT_EQ(takeCalls(), (Calls{listing, saving})) << "no second arming";
     reportOnline(true);
     runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{});
     reportStatus(SupplicantStatus::Disconnected);
     runUntilIdle();
-    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(false, 60000)"});
+    EXPECT_EQ(takeCalls(), Calls{timerOff});
     engine->forgetNetwork("Home");
     runUntilIdle();
-    EXPECT_EQ(takeCalls(),
-              (Calls{"pushTaskAsync_", "getAllConfiguredNetworksSync", "saveNetworkConfigurationSync"}))
-        << "disconnected as before";
+    EXPECT_EQ(takeCalls(), (Calls{posting, listing, saving})) << "disconnected as before";
 }
 
 TEST_F(SignalPoll, PolledSignalIsPublishedByTheNextIdlePass) {

@@ -13,21 +13,18 @@ class Forget : public EngineTest {
   protected:
     void forgetNetwork(const std::string& ssid) {
         engine->forgetNetwork(ssid);
-        EXPECT_EQ(takeCalls(), Calls{"pushTaskAsync_"});
+        EXPECT_EQ(takeCalls(), Calls{posting});
         communicator->runTasks();
     }
 };
 
-class NetworkSelected : public EngineTest {
-  protected:
-    NetworkSelected() { startWithSupplicant(); }
-};
+class NetworkSelected : public EngineWithSupplicant {};
 
 TEST_F(Disconnect, DisconnectIsPublishedBeforeTheSupplicantIsCalled) {
     startWithSupplicant();
     becomeConnected("Home");
     engine->disconnect();
-    EXPECT_EQ(takeCalls(), Calls{"pushTaskAsync_"});
+    EXPECT_EQ(takeCalls(), Calls{posting});
     std::string published;
     stack->onCall = [&](const std::string& call) {
         if (call == "disconnectSync") {
@@ -36,9 +33,9 @@ TEST_F(Disconnect, DisconnectIsPublishedBeforeTheSupplicantIsCalled) {
     };
     communicator->runTasks();
     EXPECT_EQ(published, R"(status=disconnected, disconnectReason=causedByUser, disconnectssid="Home")");
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(false, 60000)", "disconnectSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{timerOff, "disconnectSync"}));
     EXPECT_EQ(takeCallbacks(), Callbacks{.connection = 1});
-    EXPECT_EQ(log.records().front(), (LogRecord{spdlog::level::info, "Disconnecting"}));
+    EXPECT_EQ(log.records().front(), info("Disconnecting"));
 }
 
 TEST_F(Disconnect, DisconnectWithoutAConnectionCallsTheSupplicant) {
@@ -46,7 +43,7 @@ TEST_F(Disconnect, DisconnectWithoutAConnectionCallsTheSupplicant) {
     stack->failing = {"disconnectSync"};
     engine->disconnect();
     runUntilIdle();
-    EXPECT_EQ(takeCalls(), (Calls{"pushTaskAsync_", "disconnectSync fails"}));
+    EXPECT_EQ(takeCalls(), (Calls{posting, "disconnectSync fails"}));
     EXPECT_EQ(state(), "status=disconnected, disconnectReason=unknown");
 }
 
@@ -64,12 +61,11 @@ TEST_F(Forget, ForgetRemovesTheConfigurationAndSaves) {
     stack->configure("Home");
     startWithSupplicant();
     forgetNetwork("Home");
-    EXPECT_EQ(takeCalls(),
-              (Calls{"getAllConfiguredNetworksSync", "removeSync(2)", "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{listing, "removeSync(2)", listing}));
     EXPECT_EQ(stack->networks, (std::vector<Stored>{{1, "Cafe", true, 0}}));
-    EXPECT_EQ(log.records(), (RecordingLog::Records{{spdlog::level::info, R"(Forgetting ssid="Home")"}}));
+    EXPECT_EQ(log.records(), Records{info(R"(Forgetting ssid="Home")")});
     communicator->runIdlePass();
-    EXPECT_EQ(takeCalls(), Calls{"saveNetworkConfigurationSync"});
+    EXPECT_EQ(takeCalls(), Calls{saving});
 }
 
 TEST_F(Forget, ForgetRemovesBothOfTwoConfigurations) {
@@ -79,8 +75,7 @@ TEST_F(Forget, ForgetRemovesBothOfTwoConfigurations) {
     stack->configure(std::nullopt);
     startWithSupplicant();
     forgetNetwork("Home");
-    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "removeSync(1)", "removeSync(3)",
-                                  "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{listing, "removeSync(1)", "removeSync(3)", listing}));
     EXPECT_EQ(stack->networks.size(), 2U);
 }
 
@@ -90,11 +85,10 @@ TEST_F(Forget, FailedRemovalDoesNotStopTheForget) {
     stack->failing = {"removeSync"};
     startWithSupplicant();
     forgetNetwork("Home");
-    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "removeSync(1) fails",
-                                  "removeSync(2) fails", "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{listing, "removeSync(1) fails", "removeSync(2) fails", listing}));
     EXPECT_TRUE(log.texts(spdlog::level::err).empty()) << "it was found";
     communicator->runIdlePass();
-    EXPECT_EQ(takeCalls(), Calls{"saveNetworkConfigurationSync"});
+    EXPECT_EQ(takeCalls(), Calls{saving});
 }
 
 TEST_F(Forget, ForgettingAnUnknownNetworkLogsAnErrorAndSaves) {
@@ -102,13 +96,12 @@ TEST_F(Forget, ForgettingAnUnknownNetworkLogsAnErrorAndSaves) {
     stack->configure(std::nullopt);
     startWithSupplicant();
     forgetNetwork("Home");
-    EXPECT_EQ(takeCalls(), Calls{"getAllConfiguredNetworksSync"});
+    EXPECT_EQ(takeCalls(), Calls{listing});
     EXPECT_EQ(log.records(),
-              (RecordingLog::Records{{spdlog::level::info, R"(Forgetting ssid="Home")"},
-                                     {spdlog::level::err,
-                                      R"(Unable to remove network, configuration not found. ssid="Home")"}}));
+              (Records{info(R"(Forgetting ssid="Home")"),
+                       error(R"(Unable to remove network, configuration not found. ssid="Home")")}));
     communicator->runIdlePass();
-    EXPECT_EQ(takeCalls(), Calls{"saveNetworkConfigurationSync"});
+    EXPECT_EQ(takeCalls(), Calls{saving});
 }
 
 TEST_F(Forget, ForgettingTheNetworkInUsePublishesADisconnectFirst) {
@@ -123,8 +116,7 @@ TEST_F(Forget, ForgettingTheNetworkInUsePublishesADisconnectFirst) {
     };
     forgetNetwork("Home");
     EXPECT_EQ(published, R"(status=disconnected, disconnectReason=causedByUser, disconnectssid="Home")");
-    EXPECT_EQ(takeCalls(), (Calls{"configureTimerSync(false, 60000)", "getAllConfiguredNetworksSync",
-                                  "removeSync(1)", "getAllConfiguredNetworksSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{timerOff, listing, "removeSync(1)", listing}));
 }
 
 TEST_F(Forget, ForgettingADroppedNetworkMakesTheDropByUser) {
@@ -163,12 +155,11 @@ TEST_F(Forget, ForgettingAnEmptySsidHasNoEffect) {
 
 TEST_F(NetworkSelected, SelectionBySupplicantBeginsAnAttempt) {
     communicator->networkSelectedHandler("Home");
-    EXPECT_EQ(log.records(),
-              (RecordingLog::Records{{spdlog::level::debug, R"(NetworkSelected is ssid="Home")"}}));
+    EXPECT_EQ(log.records(), Records{debug(R"(NetworkSelected is ssid="Home")")});
     EXPECT_EQ(state(), "status=disconnected, disconnectReason=unknown") << "not before the idle pass";
     EXPECT_EQ(runUntilIdle(), 2000ms);
     EXPECT_EQ(state(), R"(status=connectingWifi, ssid="Home")");
-    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(true, 60000)"});
+    EXPECT_EQ(takeCalls(), Calls{timerOn});
 }
 
 TEST_F(NetworkSelected, SelectionWithoutAnSsidHasNoEffect) {

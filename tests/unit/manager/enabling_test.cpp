@@ -19,7 +19,7 @@ TEST_F(Enabling, SetEnabledWritesTheFileBeforeItReturnsAndPostsTheRest) {
     start();
     engine->setEnabled(true);
     EXPECT_TRUE(engine->isEnabled()) << "at once";
-    EXPECT_EQ(takeCalls(), (Calls{"pushTaskAsync_", "writeEnabledConfiguration(true)", "pushTaskAsync_"}));
+    EXPECT_EQ(takeCalls(), (Calls{posting, "writeEnabledConfiguration(true)", posting}));
     EXPECT_EQ(takeCallbacks(), Callbacks{}) << "the callback is for the loop thread";
     communicator->runOneTask();
     EXPECT_EQ(takeCallbacks(), Callbacks{.enabled = 1});
@@ -34,8 +34,8 @@ TEST_F(Enabling, RepeatedSetEnabledCallsBackOnceButWritesAndStartsAgain) {
     start();
     engine->setEnabled(true);
     engine->setEnabled(true);
-    EXPECT_EQ(takeCalls(), (Calls{"pushTaskAsync_", "writeEnabledConfiguration(true)", "pushTaskAsync_",
-                                  "writeEnabledConfiguration(true)", "pushTaskAsync_"}));
+    EXPECT_EQ(takeCalls(), (Calls{posting, "writeEnabledConfiguration(true)", posting,
+                                  "writeEnabledConfiguration(true)", posting}));
     communicator->runTasks();
     EXPECT_EQ(takeCalls(), (Calls{"startStopSupplicantSync(true)", "startStopSupplicantSync(true)"}));
     EXPECT_EQ(takeCallbacks(), Callbacks{.enabled = 1});
@@ -46,7 +46,7 @@ TEST_F(Enabling, SetEnabledFalseStopsTheSupplicant) {
     engine->setEnabled(false);
     EXPECT_FALSE(engine->isEnabled());
     communicator->runTasks();
-    EXPECT_EQ(takeCalls(), (Calls{"pushTaskAsync_", "writeEnabledConfiguration(false)", "pushTaskAsync_",
+    EXPECT_EQ(takeCalls(), (Calls{posting, "writeEnabledConfiguration(false)", posting,
                                   "startStopSupplicantSync(false)"}));
     EXPECT_EQ(takeCallbacks(), Callbacks{.enabled = 1});
 }
@@ -56,9 +56,8 @@ TEST_F(Enabling, EverySetEnabledIsLogged) {
     engine->setEnabled(true);
     engine->setEnabled(true);
     engine->setEnabled(false);
-    EXPECT_EQ(log.records(), (RecordingLog::Records{{spdlog::level::info, "Turning wifi on"},
-                                                    {spdlog::level::info, "Turning wifi on"},
-                                                    {spdlog::level::info, "Turning wifi off"}}));
+    EXPECT_EQ(log.records(),
+              (Records{info("Turning wifi on"), info("Turning wifi on"), info("Turning wifi off")}));
 }
 
 TEST_F(Enabling, ChoiceHoldsWhenWritingAndStartingFail) {
@@ -68,7 +67,7 @@ TEST_F(Enabling, ChoiceHoldsWhenWritingAndStartingFail) {
     engine->setEnabled(true);
     communicator->runTasks();
     EXPECT_TRUE(engine->isEnabled());
-    EXPECT_EQ(takeCalls(), (Calls{"pushTaskAsync_", "writeEnabledConfiguration(true) fails", "pushTaskAsync_",
+    EXPECT_EQ(takeCalls(), (Calls{posting, "writeEnabledConfiguration(true) fails", posting,
                                   "startStopSupplicantSync(true) fails"}));
 }
 
@@ -119,8 +118,7 @@ TEST_F(Enabling, UnwrittenChoiceHoldsUntilTheNextAttachOrDetach) {
 TEST_F(SupplicantAttached, AttachAsksForMethodsAndNetworksBeforeItReadsTheFile) {
     start();
     attachSupplicant();
-    EXPECT_EQ(takeCalls(), (Calls{"isSupplicantOn", "eapMethodsSync", "getAllConfiguredNetworksSync",
-                                  "readEnabledConfiguration"}));
+    EXPECT_EQ(takeCalls(), (Calls{"isSupplicantOn", "eapMethodsSync", listing, "readEnabledConfiguration"}));
     EXPECT_TRUE(engine->isWifiStackInitialized());
     EXPECT_EQ(takeCallbacks(), Callbacks{.enabled = 1});
     EXPECT_EQ(communicator->queuedTasks(), 0U) << "the callback was called directly";
@@ -239,8 +237,7 @@ TEST_F(SupplicantDetached, DetachClearsTheConnectionWithoutADisconnectRecord) {
     EXPECT_EQ(state(), "status=disconnected, disconnectReason=unknown");
     EXPECT_EQ(engine->connectionInfo().signal, -100);
     EXPECT_EQ(takeCallbacks(), (Callbacks{.enabled = 1, .connection = 1}));
-    EXPECT_EQ(takeCalls(),
-              (Calls{"isSupplicantOn", "readEnabledConfiguration", "configureTimerSync(false, 60000)"}));
+    EXPECT_EQ(takeCalls(), (Calls{"isSupplicantOn", "readEnabledConfiguration", timerOff}));
 }
 
 TEST_F(SupplicantDetached, DetachClearsTheConfiguredNetworks) {
@@ -265,15 +262,10 @@ TEST_F(SupplicantDetached, NewSupplicantHasNoNetworksToEnable) {
     engine->connectConfigured("Home");
     runUntilIdle();
     detachSupplicant();
-    takeCalls();
-    runUntilIdle();
-    EXPECT_EQ(takeCalls(), Calls{"configureTimerSync(false, 60000)"})
-        << "there is no supplicant to enable them";
+    EXPECT_EQ(callsUntilIdle(), Calls{timerOff}) << "there is no supplicant to enable them";
     attachSupplicant();
     engine->forgetNetwork("Cafe");
-    takeCalls();
-    runUntilIdle();
-    EXPECT_EQ(takeCalls(), (Calls{"getAllConfiguredNetworksSync", "saveNetworkConfigurationSync"}))
+    EXPECT_EQ(callsUntilIdle(), (Calls{listing, saving}))
         << "saved at once, and nothing enabled again: a new supplicant starts with all networks enabled";
 }
 

@@ -36,10 +36,14 @@ EngineTest::~EngineTest() {
     }
 }
 
-void EngineTest::start() {
+void EngineTest::construct() {
     auto owned = std::make_unique<FakeCommunicator>(stack);
     communicator = owned.get();
     engine = std::make_unique<wifi::ManagerImpl>(std::move(owned), clock);
+}
+
+void EngineTest::start() {
+    construct();
     engine->onEnabledChanged([this] { ++callbacks_.enabled; });
     engine->onNetworksListChanged([this] { ++callbacks_.networks; });
     engine->onScanningChanged([this] { ++callbacks_.scanning; });
@@ -108,6 +112,23 @@ void EngineTest::becomeConnected(const std::string& ssid) {
     clock->advance(std::chrono::seconds(1));
     ASSERT_EQ(engine->connectionInfo().status, ConnectionInfo::Status::connected);
     forget();
+}
+
+void EngineTest::connectTo(const std::string& ssid) {
+    EXPECT_EQ(engine->connect(settingsFor(ssid)), ConnectResult::ok);
+    runUntilIdle();
+}
+
+void EngineTest::selectNetwork(const std::string& ssid) {
+    communicator->networkSelectedHandler(ssid);
+    runUntilIdle();
+    forget();
+}
+
+Calls EngineTest::callsUntilIdle() {
+    takeCalls();
+    runUntilIdle();
+    return takeCalls();
 }
 
 Callbacks EngineTest::takeCallbacks() {

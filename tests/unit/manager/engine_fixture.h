@@ -33,6 +33,14 @@ using SupplicantReport = wifi::Communicator::SupplicantInterfaceProperties;
 
 using Calls = std::vector<std::string>;
 using GaugeReports = std::vector<GaugeReport>;
+using Records = RecordingLog::Records;
+
+// The communicator's calls that the tests name most often.
+inline const std::string posting = "pushTaskAsync_";
+inline const std::string listing = "getAllConfiguredNetworksSync";
+inline const std::string saving = "saveNetworkConfigurationSync";
+inline const std::string timerOn = "configureTimerSync(true, 60000)";
+inline const std::string timerOff = "configureTimerSync(false, 60000)";
 
 // How often each callback was invoked.
 struct Callbacks {
@@ -54,6 +62,8 @@ class EngineTest : public ::testing::Test {
     EngineTest();
     ~EngineTest() override;
 
+    // Constructs the engine and runs nothing.
+    void construct();
     // Constructs the engine and runs it until idle. Then forgets all calls, callbacks, gauges and log records.
     void start();
     // The same with an attached supplicant.
@@ -75,8 +85,15 @@ class EngineTest : public ::testing::Test {
     // Makes the engine connected to the network, then forgets what happened.
     void becomeConnected(const std::string& ssid);
 
+    // Requests a connection and runs until idle.
+    void connectTo(const std::string& ssid);
+    // The supplicant selects the network. Runs until idle, then forgets what happened.
+    void selectNetwork(const std::string& ssid);
+
     // What happened since these were last called.
     Calls takeCalls() { return stack->takeCalls(); }
+    // Forgets earlier calls, runs until idle and returns the calls made.
+    Calls callsUntilIdle();
     Callbacks takeCallbacks();
     void forget();
 
@@ -91,6 +108,12 @@ class EngineTest : public ::testing::Test {
 
   private:
     Callbacks callbacks_;
+};
+
+// An engine with an attached supplicant from the beginning.
+class EngineWithSupplicant : public EngineTest {
+  protected:
+    EngineWithSupplicant() { startWithSupplicant(); }
 };
 
 }  // namespace kaz::test

@@ -8,10 +8,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class Gauges : public EngineTest {
+class Gauges : public EngineWithSupplicant {
   protected:
-    Gauges() { startWithSupplicant(); }
-
     GaugeReports reportsOfNextPass() {
         runUntilIdle();
         return takeGaugeReports();

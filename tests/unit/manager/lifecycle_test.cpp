@@ -6,23 +6,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class EngineStart : public EngineTest {
-  protected:
-    // Constructs the engine and runs nothing.
-    void construct() {
-        auto owned = std::make_unique<FakeCommunicator>(stack);
-        communicator = owned.get();
-        engine = std::make_unique<wifi::ManagerImpl>(std::move(owned), clock);
-    }
-};
-
+class EngineStart : public EngineTest {};
 class EngineEnd : public EngineTest {};
 class IdlePass : public EngineTest {};
 
 TEST_F(EngineStart, StartCallsTheCommunicatorInAFixedOrder) {
     construct();
-    EXPECT_EQ(takeCalls(), (Calls{"readEnabledConfiguration", "setIdleTask", "setTimerCompletedTask",
-                                  "pushTaskAsync_", "startEventLoop"}));
+    EXPECT_EQ(takeCalls(), (Calls{"readEnabledConfiguration", "setIdleTask", "setTimerCompletedTask", posting,
+                                  "startEventLoop"}));
 }
 
 TEST_F(EngineStart, StartCreatesTheGaugesFirst) {
@@ -38,30 +29,26 @@ TEST_F(EngineStart, StartCreatesTheGaugesFirst) {
 }
 
 TEST_F(EngineStart, HandlersAreAssignedBetweenReadingTheFileAndTheIdleTask) {
-    auto owned = std::make_unique<FakeCommunicator>(stack);
-    communicator = owned.get();
-    const auto& defaultHandler = communicator->wifiServiceStatusChangeHandler.target_type();
+    const auto& defaultHandler = FakeCommunicator(stack).wifiServiceStatusChangeHandler.target_type();
     std::vector<std::string> assigned;
     stack->onCall = [&](const std::string& call) {
         if (communicator->wifiServiceStatusChangeHandler.target_type() != defaultHandler) {
             assigned.push_back(call);
         }
     };
-    engine = std::make_unique<wifi::ManagerImpl>(std::move(owned), clock);
-    EXPECT_EQ(assigned, (Calls{"setIdleTask", "setTimerCompletedTask", "pushTaskAsync_", "startEventLoop"}));
+    construct();
+    EXPECT_EQ(assigned, (Calls{"setIdleTask", "setTimerCompletedTask", posting, "startEventLoop"}));
 }
 
 TEST_F(EngineStart, NetworkdHandlerIsAssignedBeforeAnyTaskCanRun) {
-    auto owned = std::make_unique<FakeCommunicator>(stack);
-    communicator = owned.get();
     std::vector<std::string> assigned;
     stack->onCall = [&](const std::string& call) {
         if (communicator->networkdOnlineHandler) {
             assigned.push_back(call);
         }
     };
-    engine = std::make_unique<wifi::ManagerImpl>(std::move(owned), clock);
-    EXPECT_EQ(assigned, (Calls{"pushTaskAsync_", "startEventLoop"}));
+    construct();
+    EXPECT_EQ(assigned, (Calls{posting, "startEventLoop"}));
 }
 
 TEST_F(EngineStart, StartPostsOneIdlePass) {
@@ -111,7 +98,7 @@ TEST_F(EngineEnd, PendingSaveIsMadeInsideTheCommunicatorsDestructor) {
     communicator->runTasks();
     takeCalls();
     engine.reset();
-    EXPECT_EQ(takeCalls(), (Calls{"stopEventLoop", "~Communicator", "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{"stopEventLoop", "~Communicator", saving}));
 }
 
 TEST_F(EngineEnd, LastIdlePassPublishesAndCallsBack) {
@@ -138,8 +125,7 @@ TEST_F(IdlePass, IdlePassPublishesConnectionThenListThenSaves) {
     reportLinkUp("Home");
     order.clear();
     communicator->runIdlePass();
-    EXPECT_EQ(order, (Calls{"configureTimerSync(true, 60000)", "connection", "networks",
-                            "saveNetworkConfigurationSync"}));
+    EXPECT_EQ(order, (Calls{timerOn, "connection", "networks", saving}));
 }
 
 TEST_F(IdlePass, IdlePassWithoutChangesHasNoEffect) {

@@ -11,20 +11,15 @@ namespace {
 
 using Networks = std::vector<WifiNetwork>;
 
-class NetworkList : public EngineTest {
+class NetworkList : public EngineWithSupplicant {
   protected:
-    NetworkList() { startWithSupplicant(); }
-
     void publish(std::vector<Bss> list) {
         reportBssList(std::move(list));
         runUntilIdle();
     }
 };
 
-class Scanning : public EngineTest {
-  protected:
-    Scanning() { startWithSupplicant(); }
-};
+class Scanning : public EngineWithSupplicant {};
 
 constexpr auto none = SecurityMode::none;
 constexpr auto wpaPsk = SecurityMode::wpaPsk;
@@ -76,8 +71,7 @@ TEST_F(NetworkList, NewListIsPublishedBeforeItsCallbackAndLogged) {
     publish({{"A", -70, none}, {"B", -60, none}});
     EXPECT_EQ(seen, engine->networks());
     EXPECT_EQ(seen.size(), 2U);
-    EXPECT_EQ(log.records(),
-              (RecordingLog::Records{{spdlog::level::debug, "Network list changed, size: 2"}}));
+    EXPECT_EQ(log.records(), Records{debug("Network list changed, size: 2")});
     EXPECT_EQ(takeCalls(), Calls{}) << "the supplicant is not asked";
 }
 
@@ -208,7 +202,7 @@ TEST_F(NetworkList, RandomAccessPointsGiveAListThatFollowsTheRules) {
 
 TEST_F(Scanning, ScanPostsATaskThatScans) {
     engine->scan();
-    EXPECT_EQ(takeCalls(), Calls{"pushTaskAsync_"});
+    EXPECT_EQ(takeCalls(), Calls{posting});
     communicator->runTasks();
     EXPECT_EQ(takeCalls(), Calls{"scanSync"});
     EXPECT_FALSE(engine->isScanning()) << "that is for the supplicant to say";
@@ -219,15 +213,14 @@ TEST_F(Scanning, RefusedScanHasNoEffect) {
     stack->failing = {"scanSync"};
     engine->scan();
     runUntilIdle();
-    EXPECT_EQ(takeCalls(), (Calls{"pushTaskAsync_", "scanSync fails"}));
+    EXPECT_EQ(takeCalls(), (Calls{posting, "scanSync fails"}));
     EXPECT_EQ(takeCallbacks(), Callbacks{});
 }
 
 TEST_F(Scanning, EndOfAScanIsOnlyLogged) {
     communicator->scanningDoneHandler(true);
     communicator->scanningDoneHandler(false);
-    EXPECT_EQ(log.records(), (RecordingLog::Records{{spdlog::level::debug, "Scan done, status: true"},
-                                                    {spdlog::level::debug, "Scan done, status: false"}}));
+    EXPECT_EQ(log.records(), (Records{debug("Scan done, status: true"), debug("Scan done, status: false")}));
     runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{});
     EXPECT_EQ(takeCallbacks(), Callbacks{});

@@ -34,17 +34,16 @@ class LostSupplicant : public EngineTest {
     }
 
     // The calls of an attach without networks to enable, and with them.
-    const Calls coming{"isSupplicantOn", "eapMethodsSync", "getAllConfiguredNetworksSync",
-                       "readEnabledConfiguration"};
+    const Calls coming{"isSupplicantOn", "eapMethodsSync", listing, "readEnabledConfiguration"};
     const Calls comingAndEnabling{"isSupplicantOn",
                                   "supplicantSurvived",
-                                  "getAllConfiguredNetworksSync",
+                                  listing,
                                   "setEnabledSync(1, true)",
                                   "setEnabledSync(2, true)",
                                   "eapMethodsSync",
-                                  "getAllConfiguredNetworksSync",
+                                  listing,
                                   "readEnabledConfiguration",
-                                  "saveNetworkConfigurationSync"};
+                                  saving};
 };
 
 TEST_F(LostSupplicant, SurvivorOfAnAttemptGetsAllNetworksEnabledBeforeTheSave) {
@@ -58,8 +57,8 @@ TEST_F(LostSupplicant, SurvivorOfAnAttemptGetsAllNetworksEnabledBeforeTheSave) {
 TEST_F(LostSupplicant, NewSupplicantKeepsTheNetworksOfItsFile) {
     beginAttempt();
     loseBus();
-    EXPECT_EQ(comeBack(false), (Calls{"isSupplicantOn", "supplicantSurvived", "eapMethodsSync",
-                                      "getAllConfiguredNetworksSync", "readEnabledConfiguration"}));
+    EXPECT_EQ(comeBack(false), (Calls{"isSupplicantOn", "supplicantSurvived", "eapMethodsSync", listing,
+                                      "readEnabledConfiguration"}));
     loseBus();
     EXPECT_EQ(comeBack(true), coming) << "the attempt belonged to an earlier supplicant";
 }

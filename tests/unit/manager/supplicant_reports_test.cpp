@@ -6,15 +6,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class ScanningReport : public EngineTest {
-  protected:
-    ScanningReport() { startWithSupplicant(); }
-};
+class ScanningReport : public EngineWithSupplicant {};
 
-class Report : public EngineTest {
-  protected:
-    Report() { startWithSupplicant(); }
-};
+class Report : public EngineWithSupplicant {};
 
 TEST_F(ScanningReport, ScanningIsPublishedAtOnceWithOneCallbackPerChange) {
     bool seen = false;
