@@ -53,6 +53,11 @@ void CommandFixture::start() {
         sim::SimulatedDevice::Options{bus_.address(), neighbourhood, timeScale, folder_ / "supplicant.conf"});
 }
 
+void CommandFixture::startAndScan() {
+    start();
+    runs(0, {"scan"});
+}
+
 std::vector<std::string> CommandFixture::command(const std::vector<std::string>& arguments) const {
     std::vector<std::string> words{KAZWIFICTL_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());

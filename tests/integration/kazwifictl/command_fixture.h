@@ -38,6 +38,8 @@ class CommandFixture : public ::testing::Test {
 
     // Starts the device.
     void start();
+    // ... and scans, so that its networks are listed.
+    void startAndScan();
     sim::SimulatedDevice& device() { return *device_; }
 
     Finished run(const std::vector<std::string>& arguments, const std::string& input = {});

@@ -20,8 +20,7 @@ class Completion : public CommandFixture {
     void SetUp() override {
         const std::string path = ::getenv("PATH") == nullptr ? "/usr/bin:/bin" : ::getenv("PATH");
         environment["PATH"] = fs::path(KAZWIFICTL_PROGRAM).parent_path().string() + ":" + path;
-        start();
-        runs(0, {"scan"});
+        startAndScan();
         connectHome();
     }
 

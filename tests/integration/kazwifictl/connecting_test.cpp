@@ -27,8 +27,7 @@ bool tellsAPassword(const std::string& text) {
 }
 
 TEST_F(Connecting, IsSavedWhenTheCommandReturns) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     connectHome();
     EXPECT_TRUE(has(savedConfiguration(), "Home")) << savedConfiguration();
     EXPECT_FALSE(has(savedConfiguration(), "disabled=1")) << savedConfiguration();
@@ -36,8 +35,7 @@ TEST_F(Connecting, IsSavedWhenTheCommandReturns) {
 }
 
 TEST_F(Connecting, TakesTheSecurityFromTheList) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     runs(0, {"connect", "東京カフェ"}, "sumimasen\n");
     runs(0, {"connect", "Old Router in the cellar"}, "abcde\n");
     runs(0, {"connect", "Café Größe"});
@@ -57,8 +55,7 @@ TEST_F(Connecting, FindsAHiddenNetworkThatIsDescribed) {
 }
 
 TEST_F(Connecting, SpeaksEap) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     runs(0,
          {"connect", "Campus", "--identity", "ada", "--anonymous-identity", "anonymous", "--eap", "PEAP",
           "--phase2", "MSCHAPV2"},
@@ -68,38 +65,33 @@ TEST_F(Connecting, SpeaksEap) {
 TEST_F(Connecting, NeedsOnlyTheNameOfASavedNetwork) {
     save("Home", "correct horse");
     neighbourhood.configuredNetworks.front().emplace_back("disabled", std::int64_t{1});
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     EXPECT_TRUE(has(runs(0, {"connect", "Home"}).out, "Connect"));
     EXPECT_FALSE(wasCalled("AddNetwork"));
 }
 
 TEST_F(Connecting, ReadsThePasswordFromAFile) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     writeFile(file("key"), "correct horse\n");
     runs(0, {"connect", "Home", "--password-file", file("key")});
 }
 
 TEST_F(Connecting, LeavesNoTraceOfANewNetworkThatRefuses) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     runs(1, {"connect", "Home"}, "wrong password\n");
     EXPECT_FALSE(has(savedConfiguration(), "Home")) << savedConfiguration();
     EXPECT_FALSE(has(runs(0, {"list", "--json"}).out, "\"saved\":true"));
 }
 
 TEST_F(Connecting, KeepsARefusedNetworkWhenAskedTo) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     runs(1, {"connect", "Home", "--keep"}, "wrong password\n");
     EXPECT_TRUE(has(savedConfiguration(), "Home")) << savedConfiguration();
 }
 
 TEST_F(Connecting, ContinuesInTheBackgroundWithWait0) {
     timeScale = 0.2;
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     const Finished result = runs(0, {"connect", "Home", "--wait", "0"}, "correct horse\n");
     EXPECT_TRUE(has(result.out, "continues in the background")) << result.out;
     EXPECT_TRUE(eventually([&] { return has(savedConfiguration(), "Home"); }));
@@ -107,14 +99,12 @@ TEST_F(Connecting, ContinuesInTheBackgroundWithWait0) {
 }
 
 TEST_F(Connecting, ReportsAFailureBeforeItContinuesInTheBackground) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     runs(6, {"connect", "Home", "--wait", "0"}, "short\n");
 }
 
 TEST_F(Connecting, NeverWritesThePasswordAnywhere) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     const auto monitor = withPipes({"-v", "monitor", "--json"});
     ASSERT_TRUE(monitor->waitFor("cellar"));
     const Finished plain = runs(0, {"-v", "connect", "東京カフェ"}, "sumimasen\n");
@@ -148,8 +138,7 @@ TEST_F(Connecting, NeverWritesThePasswordAnywhere) {
 
 TEST_F(Connecting, ShowsThePasswordToNobodyWhoLooksAtTheProcess) {
     neighbourhood.times.handshake = std::chrono::hours(24);  // so that the process runs while it is inspected
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     writeFile(file("key"), "correct horse\n");
     const auto look = [](RunningProgram& program) {
         ASSERT_TRUE(program.waitFor("Connecting to")) << program.out() << program.err();
@@ -193,16 +182,14 @@ TEST_F(Connecting, ShowsThePasswordToNobodyWhoLooksAtTheProcess) {
 
 TEST_F(Connecting, LeavesTheMetricsOfTheDeviceAlone) {
     environment["KAZ_METRICS_FILE"] = file("metrics");
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     connectHome();
     EXPECT_FALSE(std::filesystem::exists(file("metrics")));
 }
 
 TEST_F(Connecting, IsForgottenAndSavedWhenTheCommandReturns) {
     save("Far away", "never in range");
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     connectHome();
     for (const std::string ssid : {"Far away", "Home"}) {
         ASSERT_TRUE(has(savedConfiguration(), ssid)) << savedConfiguration();

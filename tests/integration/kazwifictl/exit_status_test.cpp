@@ -26,8 +26,7 @@ class ExitStatus : public CommandFixture {
 };
 
 TEST_F(ExitStatus, Is0WhenItIsDone) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     connectHome();
     runs(0, {"status"});
     runs(0, {"list"});
@@ -44,8 +43,7 @@ TEST_F(ExitStatus, Is0WhenItIsDone) {
 }
 
 TEST_F(ExitStatus, Is1WhenItFailed) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     fails(1, {"connect", "Home", "--password-file", "-"}, "the password is wrong", "wrong password\n");
     fails(1, {"connect", "Home", "--password-file", "/nonexistent"}, "No such file");
     fails(1, {"connect", "Campus", "--identity", "ada", "--eap", "PEAP", "--phase2", "MSCHAPV2"},
@@ -58,8 +56,7 @@ TEST_F(ExitStatus, Is1WhenNothingCanBeSimulated) {
 
 TEST_F(ExitStatus, Is1WhenNothingCanBeSaved) {
     neighbourhood.updateConfig = false;
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     fails(1, {"connect", "Home"}, "connected, but not saved", "correct horse\n");
     fails(1, {"forget", "Home"}, "only until wpa_supplicant restarts");
     environment["KAZ_CONFIG_FILE"] = "/proc/nonexistent/kaz.conf";
@@ -78,8 +75,7 @@ TEST_F(ExitStatus, Is2ForWhatItDoesNotUnderstand) {
 
 TEST_F(ExitStatus, Is3WhenTheTimeIsUp) {
     neighbourhood.times.dhcp = std::chrono::hours(1);
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     // A busy machine may need more time for the link.
     Finished result;
     std::string wait;
@@ -99,8 +95,7 @@ TEST_F(ExitStatus, Is3WhenAnAttemptTakesTooLong) {
     timeScale = 1;
     neighbourhood.times.scan = std::chrono::milliseconds(50);
     neighbourhood.times.handshake = std::chrono::hours(1);
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     fails(3, {"connect", "Home", "--wait", "1"}, "no connection after 1 s", "correct horse\n");
     EXPECT_EQ(savedConfiguration().find("Home"), std::string::npos) << savedConfiguration();
     EXPECT_TRUE(wasCalled("SaveConfig"));
@@ -127,8 +122,7 @@ TEST_F(ExitStatus, Is4WithoutABus) {
 }
 
 TEST_F(ExitStatus, Is5ForANetworkThatIsNotThere) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     fails(5, {"connect", "Elsewhere"}, "not in range");
     fails(5, {"connect", "Elsewhere", "--password-file", "-"}, "not", "some password\n");
     fails(5, {"forget", "Elsewhere"}, "no network with this name is saved");
@@ -136,8 +130,7 @@ TEST_F(ExitStatus, Is5ForANetworkThatIsNotThere) {
 }
 
 TEST_F(ExitStatus, Is6ForSettingsThatBreakARule) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     fails(6, {"connect", "Home"}, "shorter than 8 bytes", "short\n");
     fails(6, {"connect", "Home"}, "longer than 63 bytes", std::string(64, 'x') + "\n");
     fails(6, {"connect", "Old Router in the cellar"}, "5 or 13 characters", "four\n");

@@ -123,8 +123,7 @@ class Golden : public CommandFixture, public testing::WithParamInterface<std::tu
 
 TEST_P(Golden, OutputIsAsItWas) {
     const auto& [each, form] = GetParam();
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     if (each.connected) {
         connectHome();
     }
@@ -168,8 +167,7 @@ class GoldenMonitor : public CommandFixture, public testing::WithParamInterface<
 
 TEST_P(GoldenMonitor, OutputIsAsItWas) {
     const Form form = GetParam();
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     connectHome();
     std::vector<std::string> arguments{"monitor"};
     if (form == Form::json) {

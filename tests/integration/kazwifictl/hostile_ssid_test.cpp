@@ -86,8 +86,7 @@ TEST_F(HostileSsid, DoesNoHarmInAnyOutput) {
 }
 
 TEST_F(HostileSsid, DoesNoHarmInTheStatus) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     runs(0, {"connect", "--hex", hexOf(hostileSsids().front())});
     const std::string status = runs(0, {"status"}).out;
     expectHarmless(status);
@@ -95,8 +94,7 @@ TEST_F(HostileSsid, DoesNoHarmInTheStatus) {
 }
 
 TEST_F(HostileSsid, KeepsTheTableStraight) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     const auto program = inTerminal({"list", "--color", "never"}, 60);
     program->wait();
     const std::string screen = screenOf(program->out());
@@ -122,8 +120,7 @@ TEST_F(HostileSsid, IsInJsonByteForByte) {
 }
 
 TEST_F(HostileSsid, DoesNoHarmInAMonitor) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     const auto program = withPipes({"monitor", "-v"});
     ASSERT_TRUE(program->waitFor("zalgo"));
     runs(0, {"connect", "--hex", hexOf(hostileSsids().front())});

@@ -2,7 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
+#include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "integration/kazwifictl/command_fixture.h"
 #include "support/waiting/waiting.h"
@@ -10,23 +14,82 @@
 namespace kaz::test {
 namespace {
 
-class TerminalTest : public CommandFixture {
-  protected:
-    TerminalTest() { environment["NO_COLOR"] = "1"; }
-};
-
 const std::string ctrlC = "\x03";
 const std::string ctrlD = "\x04";
 const std::string ctrlZ = "\x1a";
 const std::string up = "\x1b[A";
+const std::string prompt = "kazwifi> ";
+
+// Throws when it is not shown, which ends the test.
+void waitFor(RunningProgram& program, const std::string& text) {
+    if (!program.waitFor(text)) {
+        throw std::runtime_error("no \"" + text + "\" in\n" + program.out());
+    }
+}
+
+// Types each first text, then waits for the second one.
+void converse(RunningProgram& program, const std::vector<std::pair<std::string, std::string>>& turns) {
+    for (const auto& [typed, shown] : turns) {
+        program.send(typed);
+        waitFor(program, shown);
+    }
+}
+
+void expectStatus(int status, RunningProgram& program, const std::string& typed) {
+    program.send(typed);
+    EXPECT_EQ(program.wait().status, status) << program.out();
+}
+
+class TerminalTest : public CommandFixture {
+  protected:
+    TerminalTest() { environment["NO_COLOR"] = "1"; }
+
+    // A connect to "Home" that asks for the password.
+    std::unique_ptr<RunningProgram> asking() {
+        return showing("Password for \"Home\": ", {"connect", "Home"});
+    }
+    std::unique_ptr<RunningProgram> atPrompt() { return showing(prompt, {}); }
+
+    // Starts a device on which a connect stays in the stage of joining.
+    void startSlow() {
+        timeScale = 1;
+        neighbourhood.times.handshake = std::chrono::seconds(60);
+        startAndScan();
+    }
+
+    // Each signal ends the program, which then gives the terminal back.
+    static void expectEchoAfter(int signal, RunningProgram& program) {
+        EXPECT_FALSE(program.echoes());
+        program.sendSignal(signal);
+        ASSERT_TRUE(eventually([&] { return program.echoes(); })) << signal;
+        EXPECT_EQ(program.wait().signal, signal);
+    }
+
+    // The program gives the terminal back while Ctrl-Z stops it, and then shows `shown` again.
+    static void expectStopAndContinue(RunningProgram& program, const std::string& shown) {
+        EXPECT_FALSE(program.echoes());
+        program.send(ctrlZ);
+        ASSERT_TRUE(program.waitForStop());
+        EXPECT_TRUE(program.echoes());
+        program.sendSignal(SIGCONT);
+        waitFor(program, shown);
+        EXPECT_FALSE(program.echoes());
+    }
+
+  private:
+    std::unique_ptr<RunningProgram> showing(const std::string& text,
+                                            const std::vector<std::string>& arguments) {
+        auto program = inTerminal(arguments);
+        waitFor(*program, text);
+        return program;
+    }
+};
 
 TEST_F(TerminalTest, APasswordIsAskedForAndNotShown) {
     start();
-    const auto program = inTerminal({"connect", "Home"});
-    ASSERT_TRUE(program->waitFor("Password for \"Home\": "));
+    const auto program = asking();
     EXPECT_FALSE(program->echoes());
-    program->send("correct horse\n");
-    ASSERT_TRUE(program->waitFor("Connecting to")) << program->out();
+    converse(*program, {{"correct horse\n", "Connecting to"}});
     EXPECT_TRUE(program->echoes());
     EXPECT_EQ(program->wait().status, 0) << program->out();
     EXPECT_FALSE(has(program->out(), "horse"));
@@ -35,13 +98,10 @@ TEST_F(TerminalTest, APasswordIsAskedForAndNotShown) {
 
 TEST_F(TerminalTest, CtrlCAtThePasswordLeavesTheTerminalAndTheDeviceAlone) {
     start();
-    const auto program = inTerminal({"connect", "Home"});
-    ASSERT_TRUE(program->waitFor("Password for"));
+    const auto program = asking();
     program->send("half a pass" + ctrlC);
-    const RunningProgram& same = *program;
-    ASSERT_TRUE(eventually([&] { return same.echoes(); }));
-    const Ending ending = program->wait();
-    EXPECT_EQ(ending.signal, SIGINT);
+    ASSERT_TRUE(eventually([&] { return program->echoes(); }));
+    EXPECT_EQ(program->wait().signal, SIGINT);
     EXPECT_FALSE(wasCalled("AddNetwork"));
     EXPECT_FALSE(has(program->out(), "half"));
 }
@@ -49,47 +109,27 @@ TEST_F(TerminalTest, CtrlCAtThePasswordLeavesTheTerminalAndTheDeviceAlone) {
 TEST_F(TerminalTest, AnySignalAtThePasswordGivesTheEchoBack) {
     start();
     for (const int signal : {SIGTERM, SIGHUP, SIGQUIT}) {
-        const auto program = inTerminal({"connect", "Home"});
-        ASSERT_TRUE(program->waitFor("Password for"));
-        EXPECT_FALSE(program->echoes());
-        program->sendSignal(signal);
-        ASSERT_TRUE(eventually([&] { return program->echoes(); })) << signal;
-        EXPECT_EQ(program->wait().signal, signal);
+        expectEchoAfter(signal, *asking());
     }
 }
 
 TEST_F(TerminalTest, CtrlZAtThePasswordGivesTheEchoBackUntilItContinues) {
     start();
-    const auto program = inTerminal({"connect", "Home"});
-    ASSERT_TRUE(program->waitFor("Password for"));
-    program->send(ctrlZ);
-    ASSERT_TRUE(program->waitForStop());
-    EXPECT_TRUE(program->echoes());
-    program->sendSignal(SIGCONT);
-    ASSERT_TRUE(program->waitFor("Password for"));
-    EXPECT_FALSE(program->echoes());
-    program->send("correct horse\n");
-    EXPECT_EQ(program->wait().status, 0) << program->out();
+    const auto program = asking();
+    expectStopAndContinue(*program, "Password for");
+    expectStatus(0, *program, "correct horse\n");
 }
 
 TEST_F(TerminalTest, EndOfFileAtThePasswordIsAnEmptyPassword) {
     start();
-    const auto program = inTerminal({"connect", "Home"});
-    ASSERT_TRUE(program->waitFor("Password for"));
-    program->send(ctrlD);
-    EXPECT_EQ(program->wait().status, 6) << program->out();
+    expectStatus(6, *asking(), ctrlD);
 }
 
 TEST_F(TerminalTest, CtrlCDuringAConnectLeavesNothingHalfDone) {
     save("Elsewhere", "somewhere else");
-    timeScale = 1;  // so that the attempt is in progress when the key is pressed
-    neighbourhood.times.handshake = std::chrono::seconds(60);
-    start();
-    runs(0, {"scan"});
-    const auto program = inTerminal({"connect", "Home"});
-    ASSERT_TRUE(program->waitFor("Password for"));
-    program->send("correct horse\n");
-    ASSERT_TRUE(program->waitFor("joining...")) << program->out();
+    startSlow();
+    const auto program = asking();
+    converse(*program, {{"correct horse\n", "joining..."}});
     program->send(ctrlC);
     ASSERT_TRUE(eventually([&] { return wasCalled("SaveConfig"); }));
     EXPECT_EQ(program->wait().signal, SIGINT) << program->out();
@@ -100,14 +140,9 @@ TEST_F(TerminalTest, CtrlCDuringAConnectLeavesNothingHalfDone) {
 }
 
 TEST_F(TerminalTest, ATerminatedConnectLeavesNothingHalfDone) {
-    timeScale = 1;
-    neighbourhood.times.handshake = std::chrono::seconds(60);
-    start();
-    runs(0, {"scan"});
-    const auto program = inTerminal({"connect", "Home"});
-    ASSERT_TRUE(program->waitFor("Password for"));
-    program->send("correct horse\n");
-    ASSERT_TRUE(program->waitFor("joining..."));
+    startSlow();
+    const auto program = asking();
+    converse(*program, {{"correct horse\n", "joining..."}});
     program->sendSignal(SIGTERM);
     EXPECT_EQ(program->wait().signal, SIGTERM);
     EXPECT_TRUE(wasCalled("RemoveNetwork"));
@@ -145,24 +180,17 @@ TEST_F(TerminalTest, BarsAreAsciiWithoutUtf8) {
 
 TEST_F(TerminalTest, ThePromptRunsCommandsOneAfterTheOther) {
     start();
-    const auto program = inTerminal({});
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send("scan\n");
-    ASSERT_TRUE(program->waitFor("cellar")) << program->out();
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send("connect Home\n");
-    ASSERT_TRUE(program->waitFor("Password for"));
-    program->send("correct horse\n");
-    ASSERT_TRUE(program->waitFor("dBm, after")) << program->out();
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send("forget Home\n");
-    ASSERT_TRUE(program->waitFor("Forgot \"Home\"")) << program->out();
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send("nonsense\n");
-    ASSERT_TRUE(program->waitFor("unknown command \"nonsense\"")) << program->out();
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send("quit\n");
-    EXPECT_EQ(program->wait().status, 2);
+    const auto program = atPrompt();
+    converse(*program, {{"scan\n", "cellar"},
+                        {"", prompt},
+                        {"connect Home\n", "Password for"},
+                        {"correct horse\n", "dBm, after"},
+                        {"", prompt},
+                        {"forget Home\n", "Forgot \"Home\""},
+                        {"", prompt},
+                        {"nonsense\n", "unknown command \"nonsense\""},
+                        {"", prompt}});
+    expectStatus(2, *program, "quit\n");
     EXPECT_FALSE(has(readFile(file("state") / "kazwifictl/history"), "horse"));
     EXPECT_TRUE(has(readFile(file("state") / "kazwifictl/history"), "connect Home"));
     EXPECT_TRUE(has(savedConfiguration(), "update_config")) << savedConfiguration();
@@ -170,137 +198,85 @@ TEST_F(TerminalTest, ThePromptRunsCommandsOneAfterTheOther) {
 }
 
 TEST_F(TerminalTest, ThePromptTakesWhatWasTypedAhead) {
-    start();
-    runs(0, {"scan"});
-    const auto program = inTerminal({});
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send("connect Home\n");
-    ASSERT_TRUE(program->waitFor("Password for"));
-    program->send("correct horse\nkazwifictl forget Home\nnonsense\nlist --nonsense\n" + ctrlD);
-    ASSERT_TRUE(program->waitFor("Connected to")) << program->out();
-    ASSERT_TRUE(program->waitFor("Forgot \"Home\"")) << program->out();
-    ASSERT_TRUE(program->waitFor("unknown command \"nonsense\"")) << program->out();
-    ASSERT_TRUE(program->waitFor("unknown option --nonsense")) << program->out();
+    startAndScan();
+    const auto program = atPrompt();
+    converse(*program,
+             {{"connect Home\n", "Password for"},
+              {"correct horse\nkazwifictl forget Home\nnonsense\nlist --nonsense\n" + ctrlD, "Connected to"},
+              {"", "Forgot \"Home\""},
+              {"", "unknown command \"nonsense\""},
+              {"", "unknown option --nonsense"}});
     EXPECT_EQ(program->wait().status, 2) << program->out();
 }
 
 TEST_F(TerminalTest, ThePromptCompletesCommandsAndSsids) {
-    start();
-    runs(0, {"scan"});
-    const auto program = inTerminal({});
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send("conn\tOld\t");
-    ASSERT_TRUE(program->waitFor("'Old Router in the cellar' ")) << program->out();
-    program->send(ctrlC);
-    ASSERT_TRUE(program->waitFor("^C"));
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send(ctrlD);
-    EXPECT_EQ(program->wait().status, 0) << program->out();
+    startAndScan();
+    const auto program = atPrompt();
+    converse(*program, {{"conn\tOld\t", "'Old Router in the cellar' "}, {ctrlC, "^C"}, {"", prompt}});
+    expectStatus(0, *program, ctrlD);
 }
 
 TEST_F(TerminalTest, ThePromptRemembersLinesOfAnEarlierOne) {
     start();
     {
-        const auto program = inTerminal({});
-        ASSERT_TRUE(program->waitFor("kazwifi> "));
-        program->send("status\n");
-        ASSERT_TRUE(program->waitFor("Connection"));
-        ASSERT_TRUE(program->waitFor("kazwifi> "));
-        program->send(ctrlD);
-        EXPECT_EQ(program->wait().status, 0);
+        const auto program = atPrompt();
+        converse(*program, {{"status\n", "Connection"}, {"", prompt}});
+        expectStatus(0, *program, ctrlD);
     }
-    const auto program = inTerminal({});
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send(up);
-    ASSERT_TRUE(program->waitFor("status"));
-    program->send("\n");
-    ASSERT_TRUE(program->waitFor("Connection"));
-    program->send(ctrlD);
-    EXPECT_EQ(program->wait().status, 0);
+    const auto program = atPrompt();
+    converse(*program, {{up, "status"}, {"\n", "Connection"}});
+    expectStatus(0, *program, ctrlD);
 }
 
 TEST_F(TerminalTest, ThePromptTellsWhatHappensMeanwhile) {
-    start();
-    runs(0, {"scan"});
+    startAndScan();
     connectHome();
-    const auto program = inTerminal({});
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
+    const auto program = atPrompt();
     runs(0, {"off"});
-    ASSERT_TRUE(program->waitFor("wpa_supplicant does not run")) << program->out();
-    program->send("list\n");
-    ASSERT_TRUE(program->waitFor("Wi-Fi is switched off")) << program->out();
-    program->send("on\n");
-    ASSERT_TRUE(program->waitFor("Wi-Fi is on.")) << program->out();
-    program->send(ctrlD);
-    EXPECT_EQ(program->wait().status, 0);
+    converse(
+        *program,
+        {{"", "wpa_supplicant does not run"}, {"list\n", "Wi-Fi is switched off"}, {"on\n", "Wi-Fi is on."}});
+    expectStatus(0, *program, ctrlD);
 }
 
 TEST_F(TerminalTest, ThePromptWritesAnEventAboveAHalfTypedLine) {
     start();
-    const auto program = inTerminal({});
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send("st");
-    ASSERT_TRUE(program->waitFor("st"));
+    const auto program = atPrompt();
+    converse(*program, {{"st", "st"}});
     runs(0, {"off"});
-    ASSERT_TRUE(program->waitFor("wpa_supplicant does not run\r\n")) << program->out();
-    ASSERT_TRUE(program->waitFor("kazwifi> st")) << program->out();
-    program->send("atus\n");
-    ASSERT_TRUE(program->waitFor("Wi-Fi               off")) << program->out();
-    program->send(ctrlD);
-    EXPECT_EQ(program->wait().status, 0) << program->out();
+    converse(*program, {{"", "wpa_supplicant does not run\r\n"},
+                        {"", prompt + "st"},
+                        {"atus\n", "Wi-Fi               off"}});
+    expectStatus(0, *program, ctrlD);
 }
 
 TEST_F(TerminalTest, CtrlZAtThePromptGivesTheTerminalBackAndKeepsTheLine) {
     start();
-    const auto program = inTerminal({});
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send("st");
-    ASSERT_TRUE(program->waitFor("st"));
-    EXPECT_FALSE(program->echoes());
-    program->send(ctrlZ);
-    ASSERT_TRUE(program->waitForStop());
-    EXPECT_TRUE(program->echoes());
-    program->sendSignal(SIGCONT);
-    ASSERT_TRUE(program->waitFor("kazwifi> st")) << program->out();
-    EXPECT_FALSE(program->echoes());
-    program->send("atus\n");
-    ASSERT_TRUE(program->waitFor("Connection          not connected")) << program->out();
-    program->send(ctrlD);
-    EXPECT_EQ(program->wait().status, 0) << program->out();
+    const auto program = atPrompt();
+    converse(*program, {{"st", "st"}});
+    expectStopAndContinue(*program, prompt + "st");
+    converse(*program, {{"atus\n", "Connection          not connected"}});
+    expectStatus(0, *program, ctrlD);
 }
 
 TEST_F(TerminalTest, CtrlCEndsACommandButNotThePrompt) {
-    timeScale = 1;
-    neighbourhood.times.handshake = std::chrono::seconds(60);
-    start();
-    runs(0, {"scan"});
-    const auto program = inTerminal({});
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send("connect Home\n");
-    ASSERT_TRUE(program->waitFor("Password for"));
-    program->send("correct horse\n");
-    ASSERT_TRUE(program->waitFor("joining..."));
-    program->send(ctrlC);
-    ASSERT_TRUE(program->waitFor("interrupted")) << program->out();
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send("monitor\n");
-    ASSERT_TRUE(program->waitFor("on, wpa_supplicant runs")) << program->out();
-    program->send(ctrlC);
-    ASSERT_TRUE(program->waitFor("^C\r\n")) << program->out();
-    ASSERT_TRUE(program->waitFor("kazwifi> "));
-    program->send("quit\n");
-    EXPECT_EQ(program->wait().status, 0) << program->out();
+    startSlow();
+    const auto program = atPrompt();
+    converse(*program, {{"connect Home\n", "Password for"},
+                        {"correct horse\n", "joining..."},
+                        {ctrlC, "interrupted"},
+                        {"", prompt},
+                        {"monitor\n", "on, wpa_supplicant runs"},
+                        {ctrlC, "^C\r\n"},
+                        {"", prompt}});
+    expectStatus(0, *program, "quit\n");
     EXPECT_TRUE(wasCalled("RemoveNetwork"));
 }
 
 TEST_F(TerminalTest, ThePromptGivesTheTerminalBackWhateverEndsIt) {
     start();
     for (const int signal : {SIGTERM, SIGHUP}) {
-        const auto program = inTerminal({});
-        ASSERT_TRUE(program->waitFor("kazwifi> "));
-        program->sendSignal(signal);
-        ASSERT_TRUE(eventually([&] { return program->echoes(); })) << signal;
-        EXPECT_EQ(program->wait().signal, signal);
+        expectEchoAfter(signal, *atPrompt());
     }
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "kazwifictl/commands/change_writer.h"
-#include "unit/kazwifictl/fake_manager.h"
+#include "unit/kazwifictl/fake_world.h"
 
 namespace kaz::ctl {
 namespace {
@@ -101,6 +101,7 @@ TEST_F(ChangeWriterTest, NewsLeaveOutADisconnectionThatFollowsFromWifiOff) {
     before = now;
     now.running = true;
     now.connection.disconnectSsid = "Home";
+    now.connection.disconnectReason = ConnectionInfo::DisconnectReason::causedBySystem;
     EXPECT_EQ(ChangeWriter(plain).news(before, now, time),
               "22:13:20.123  wifi        on, wpa_supplicant runs\n");
     before = now;

@@ -9,7 +9,7 @@
 
 #include "kazwifictl/session/workspace.h"
 #include "kazwifictl/text/failure.h"
-#include "unit/kazwifictl/fake_manager.h"
+#include "unit/kazwifictl/fake_world.h"
 #include "unit/kazwifictl/secret_file.h"
 
 namespace kaz::ctl {

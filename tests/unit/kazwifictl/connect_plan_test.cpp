@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "unit/kazwifictl/fake_manager.h"
+#include "unit/kazwifictl/fake_world.h"
 
 namespace kaz::ctl {
 namespace {

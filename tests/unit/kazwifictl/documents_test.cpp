@@ -6,7 +6,7 @@
 #include <string>
 
 #include "kazwifictl/commands/connect_report.h"
-#include "unit/kazwifictl/fake_manager.h"
+#include "unit/kazwifictl/fake_world.h"
 
 namespace kaz::ctl {
 namespace {

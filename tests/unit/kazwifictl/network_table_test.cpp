@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "kazwifictl/text/unicode.h"
-#include "unit/kazwifictl/fake_manager.h"
+#include "unit/kazwifictl/fake_world.h"
 
 namespace kaz::ctl {
 namespace {

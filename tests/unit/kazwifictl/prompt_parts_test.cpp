@@ -5,7 +5,7 @@
 
 #include "kazwifictl/prompt/completion.h"
 #include "kazwifictl/prompt/words_of_line.h"
-#include "unit/kazwifictl/fake_manager.h"
+#include "unit/kazwifictl/fake_world.h"
 
 namespace kaz::ctl {
 namespace {

@@ -7,7 +7,8 @@
 #include <chrono>
 #include <vector>
 
-#include "unit/kazwifictl/fake_manager.h"
+#include "kazwifictl/text/failure.h"
+#include "unit/kazwifictl/fake_world.h"
 
 namespace kaz::ctl {
 namespace {
@@ -16,7 +17,6 @@ using std::chrono::milliseconds;
 using test::connectedTo;
 using test::FakeWorld;
 using test::network;
-using wifi::ConnectionInfo;
 using wifi::SecurityMode;
 
 constexpr milliseconds generous{20000};
@@ -95,7 +95,7 @@ TEST_F(SessionTest, HasCarriedOutAndSavedEverythingBehindAFence) {
         Session session(interrupts);
         session.start(generous, true);
         session.manager().forgetNetwork("Home");
-        EXPECT_EQ(session.fence(generous), Session::Wake::change);
+        EXPECT_TRUE(session.fence(generous));
         EXPECT_TRUE(world.did("forget Home"));
         session.close();
     }
@@ -113,31 +113,31 @@ TEST_F(SessionTest, ShowsNothingOfItsFences) {
         EXPECT_EQ(now.connection.ssid.find("kazwifictl"), std::string::npos);
         EXPECT_EQ(now.connection.disconnectSsid.find("kazwifictl"), std::string::npos);
     };
-    EXPECT_EQ(session.fence(generous, expectNoFence), Session::Wake::change);
-    EXPECT_EQ(session.fence(generous, expectNoFence), Session::Wake::change);
+    EXPECT_TRUE(session.fence(generous, expectNoFence));
+    EXPECT_TRUE(session.fence(generous, expectNoFence));
     session.manager().disconnect();
     session.until(
-        Clock::now() + generous,
-        [](const Snapshot& view) { return view.connection.status == ConnectionInfo::Status::disconnected; },
-        expectNoFence);
+        Clock::now() + generous, [](const Snapshot& view) { return view.isDisconnected(); }, expectNoFence);
     session.close();
-    EXPECT_EQ(session.latest().connection.status, ConnectionInfo::Status::disconnected);
+    EXPECT_TRUE(session.latest().isDisconnected());
 }
 
 TEST_F(SessionTest, GivesUpAWaitAtItsDeadline) {
     Session session(interrupts);
     session.start(generous, true);
-    const auto wake = session.until(Clock::now() + milliseconds(30), [](const Snapshot&) { return false; });
-    EXPECT_EQ(wake, Session::Wake::timedOut);
+    EXPECT_FALSE(session.until(Clock::now() + milliseconds(30), [](const Snapshot&) { return false; }));
 }
 
 TEST_F(SessionTest, LeavesAWaitOnASignal) {
     Session session(interrupts);
     session.start(generous, true);
     ::kill(::getpid(), SIGTERM);
-    EXPECT_EQ(session.until(Clock::now() + generous, [](const Snapshot&) { return false; }),
-              Session::Wake::interrupted);
-    EXPECT_EQ(session.signal(), SIGTERM);
+    try {
+        session.until(Clock::now() + generous, [](const Snapshot&) { return false; });
+        FAIL() << "the signal was ignored";
+    } catch (const Interrupted& interrupted) {
+        EXPECT_EQ(interrupted.signal(), SIGTERM);
+    }
 }
 
 TEST_F(SessionTest, KeepsSignalsAwayFromTheThreadsOfTheDevice) {

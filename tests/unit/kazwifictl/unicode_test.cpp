@@ -13,10 +13,10 @@ TEST(Unicode, EncodesWhatItDecodes) {
     for (const char32_t value : {U'\0', U'a', U'\u007f', U'\u0080', U'\u07ff', U'\u0800', U'\ud7ff',
                                  U'\ue000', U'\uffff', U'\U00010000', U'\U0010ffff'}) {
         const std::string text = toUtf8(value);
-        const CodePoint point = codePointAt(text, 0);
+        const CodePoint point = codePointsOf(text).front();
         EXPECT_TRUE(point.valid) << static_cast<std::uint32_t>(value);
         EXPECT_EQ(point.value, value);
-        EXPECT_EQ(point.length, text.size());
+        EXPECT_EQ(point.bytes.size(), text.size());
     }
 }
 

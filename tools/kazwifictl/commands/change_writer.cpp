@@ -9,7 +9,6 @@
 
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/signal_strength.h"
-#include "kazwifictl/text/ssid_text.h"
 #include "kazwifictl/text/words.h"
 
 namespace kaz::ctl {
@@ -21,28 +20,17 @@ namespace {
 
 using WallClock = ChangeWriter::WallClock;
 
-int millisecondOf(WallClock::time_point time) {
-    using std::chrono::milliseconds;
-    const auto sinceEpoch = std::chrono::duration_cast<milliseconds>(time.time_since_epoch());
-    return static_cast<int>(sinceEpoch.count() % 1000);
+// Milliseconds are written too.
+std::string utcTime(WallClock::time_point time) {
+    return fmt::format("{:%FT%T}Z", std::chrono::floor<std::chrono::milliseconds>(time));
 }
 
 std::string localTime(WallClock::time_point time) {
     const time_t seconds = WallClock::to_time_t(time);
     tm parts{};
     ::localtime_r(&seconds, &parts);
-    return fmt::format("{:%H:%M:%S}.{:03}", parts, millisecondOf(time));
-}
-
-std::string utcTime(WallClock::time_point time) {
-    const time_t seconds = WallClock::to_time_t(time);
-    tm parts{};
-    ::gmtime_r(&seconds, &parts);
-    return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", parts, millisecondOf(time));
-}
-
-bool isConnected(const ConnectionInfo& info) {
-    return info.status != ConnectionInfo::Status::disconnected;
+    return fmt::format(
+        "{:%T}", std::chrono::floor<std::chrono::milliseconds>(time + std::chrono::seconds(parts.tm_gmtoff)));
 }
 
 std::map<std::string, WifiNetwork> bySsid(const std::vector<WifiNetwork>& networks) {
@@ -86,7 +74,7 @@ std::string ChangeWriter::change(const Snapshot& before, const Snapshot& now, Wa
 std::string ChangeWriter::news(const Snapshot& before, const Snapshot& now, WallClock::time_point time) {
     // No line for a connection that ended because Wi-Fi was switched off, or for the empty record of a new supplicant.
     const bool connectionChanged = now.connection != before.connection && now.running &&
-                                   (isConnected(before.connection) || isConnected(now.connection));
+                                   !(before.isDisconnected() && now.isDisconnected());
     return power(before, now, time) + (connectionChanged ? connection(now.connection, time) : std::string());
 }
 
@@ -122,20 +110,14 @@ std::string ChangeWriter::connection(const ConnectionInfo& info, WallClock::time
     if (info.status == ConnectionInfo::Status::disconnected) {
         text = info.disconnectReason == ConnectionInfo::DisconnectReason::unknown ? text : style.bad(text);
         if (!info.disconnectSsid.empty()) {
-            const bool asked = info.disconnectReason == ConnectionInfo::DisconnectReason::causedByUser;
-            text += fmt::format(" (disconnected from {} {})", shown(info.disconnectSsid),
-                                asked ? "by the user" : "by the system");
+            text += fmt::format(" (disconnected from {} by the {})", output_.name(info.disconnectSsid),
+                                reasonName(info.disconnectReason));
         }
     } else {
         const bool connected = info.status == ConnectionInfo::Status::connected;
-        const bool address = info.status == ConnectionInfo::Status::connectingIP;
-        text = fmt::format("{} {} {}", connected ? style.good(text) : text, address ? "from" : "to",
-                           shown(info.ssid));
-        if (const auto dBm = knownSignal(info.signal)) {
-            const std::string signal =
-                fmt::format("{} {} dBm", barsText(*dBm, output_.terminal().utf8), *dBm);
-            text += ", " + style.bySignal(*dBm, signal);
-        }
+        const auto dBm = knownSignal(info.signal);
+        text = fmt::format("{} {} {}{}", connected ? style.good(text) : text, preposition(info.status),
+                           output_.name(info.ssid), dBm ? ", " + output_.signal(*dBm) : "");
     }
     return line(time, "connection", text, connectionJson(info, Clock::now()));
 }
@@ -163,20 +145,13 @@ std::string ChangeWriter::networks(const std::vector<WifiNetwork>& before,
 
 std::string ChangeWriter::network(std::string_view change, const WifiNetwork& network, const std::string& was,
                                   WallClock::time_point time) {
-    const std::string signal =
-        fmt::format("{} {} dBm", barsText(network.signal, output_.terminal().utf8), network.signal);
     const std::string text =
         fmt::format("{} {}  {}  {}{}{}", change == "appeared" ? "+" : (change == "changed" ? "~" : "-"),
-                    shown(network.ssid), output_.style().bySignal(network.signal, signal),
+                    output_.name(network.ssid), output_.signal(network.signal),
                     securityInWords(network.securityMode), network.configured ? ", saved" : "", was);
     Json json{{"change", change}};
     json.update(networkJson({network.ssid, network.signal, network.securityMode, network.configured}));
     return line(time, "network", text, json);
-}
-
-std::string ChangeWriter::shown(const std::string& ssid) const {
-    const std::string text = quoted(ssid, output_.terminal().utf8);
-    return output_.terminal().interactive ? isolated(text) : text;
 }
 
 }  // namespace kaz::ctl

@@ -38,7 +38,6 @@ class ChangeWriter {
                          const std::vector<wifi::WifiNetwork>& now, WallClock::time_point time);
     std::string network(std::string_view change, const wifi::WifiNetwork& network, const std::string& was,
                         WallClock::time_point time);
-    std::string shown(const std::string& ssid) const;
 
     const Output& output_;
 };

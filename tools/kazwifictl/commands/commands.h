@@ -34,6 +34,13 @@ Report monitorChanges(const Options& options, Workspace& place, Output& output);
 // Requests a scan, or waits for the one in progress. Returns the state with its results.
 Snapshot lookAround(const std::string& what, Workspace& place, Output& output);
 
+// Throws CommandFailed when no network can have this name. The library checks it too, but only after the user has
+// typed a password.
+void checkSsid(const std::string& ssid, const std::string& what);
+
+// The failure to save the supplicant's configuration.
+Failure notWritten(const std::string& what);
+
 // Writes a report to the output. Returns its exit status.
 ExitCode present(const Report& report, Command command, Output& output);
 

@@ -2,7 +2,6 @@
 #include <fmt/ranges.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <utility>
 
 #include "base/non_copyable.h"
@@ -15,12 +14,12 @@
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/failure.h"
 #include "kazwifictl/text/ssid_text.h"
+#include "kazwifictl/text/text_of.h"
 #include "kazwifictl/text/words.h"
 
 namespace kaz::ctl {
 
 using std::chrono::milliseconds;
-using wifi::ConnectionInfo;
 using wifi::ConnectResult;
 using wifi::SecurityMode;
 
@@ -45,7 +44,6 @@ class ConnectCommand : NonCopyable {
 
   private:
     ConnectPlan plan();
-    void checkSsid() const;
     void fetchPassword();
     void request(Session& session);
     Report follow(Session& session);
@@ -53,8 +51,6 @@ class ConnectCommand : NonCopyable {
     bool watch(Session& session, Attempt& attempt);
     Report end(Session& session, const Attempt& attempt);
     void callOff(Session& session);
-    void giveUpNew(Session& session);
-    Failure refusal(ConnectResult verdict, Session& session) const;
     std::string advice(ConnectResult verdict, Session& session) const;
 
     const Options& options_;
@@ -68,7 +64,7 @@ class ConnectCommand : NonCopyable {
 };
 
 Report ConnectCommand::run() {
-    checkSsid();
+    checkSsid(options_.ssid, what_);
     ConnectPlan plan = this->plan();
     if (auto* failure = std::get_if<Failure>(&plan)) {
         failure->what = what_;
@@ -89,17 +85,6 @@ Report ConnectCommand::run() {
     Session& session = place_.act(what_, Workspace::Need::stack);
     place_.log().forgetHints();
     return follow(session);
-}
-
-// The library checks this too, but only after the user has typed a password.
-void ConnectCommand::checkSsid() const {
-    const ConnectResult verdict = options_.ssid.empty()       ? ConnectResult::ssidEmpty
-                                  : options_.ssid.size() > 32 ? ConnectResult::ssidTooLong
-                                                              : ConnectResult::ok;
-    if (verdict != ConnectResult::ok) {
-        throw CommandFailed({ExitCode::refused, what_, std::string(brokenRule(verdict, SecurityMode::none)),
-                             "a name of 1 to 32 bytes"});
-    }
 }
 
 ConnectPlan ConnectCommand::plan() {
@@ -134,39 +119,32 @@ void ConnectCommand::request(Session& session) {
     const ConnectResult verdict = session.manager().connect(settings_);
     wipe(settings_.password);
     if (verdict != ConnectResult::ok) {
-        throw CommandFailed(refusal(verdict, session));
+        throw CommandFailed({ExitCode::refused, what_,
+                             std::string(brokenRule(verdict, settings_.securityMode)),
+                             advice(verdict, session)});
     }
 }
 
-Failure ConnectCommand::refusal(ConnectResult verdict, Session& session) const {
-    return {ExitCode::refused, what_, std::string(brokenRule(verdict, settings_.securityMode)),
-            advice(verdict, session)};
-}
-
+// What to try instead of settings that break a rule.
 std::string ConnectCommand::advice(ConnectResult verdict, Session& session) const {
     const bool sae = settings_.securityMode == SecurityMode::sae;
-    switch (verdict) {
-        case ConnectResult::ok:
-            break;
-        case ConnectResult::ssidEmpty:
-        case ConnectResult::ssidTooLong:
-            return "a name of 1 to 32 bytes";
-        case ConnectResult::passwordTooShort:
-        case ConnectResult::passwordTooLong:
-            return sae ? "a password of 1 to 1024 bytes" : "a password of 8 to 63 bytes";
-        case ConnectResult::wepKeyInvalidLength:
-            return "the key as text, not in hexadecimal digits";
-        case ConnectResult::eapMethodUnsupported: {
-            const auto methods = session.manager().eapMethods();
-            return methods.empty() ? "without --eap"
-                                   : fmt::format("--eap with one of {}", fmt::join(methods, ", "));
-        }
-        case ConnectResult::phase2MethodUnsupported:
-            return fmt::format("--phase2 with one of {}", fmt::join(session.manager().phase2Methods(), ", "));
-        case ConnectResult::securityModeUnsupported:
-            return "--security wpa3 if the network uses WPA3 with a password";
+    const std::string_view length = sae ? "a password of 1 to 1024 bytes" : "a password of 8 to 63 bytes";
+    if (verdict == ConnectResult::eapMethodUnsupported) {
+        const auto methods = session.manager().eapMethods();
+        return methods.empty() ? "without --eap"
+                               : fmt::format("--eap with one of {}", fmt::join(methods, ", "));
     }
-    return {};
+    if (verdict == ConnectResult::phase2MethodUnsupported) {
+        return fmt::format("--phase2 with one of {}", fmt::join(session.manager().phase2Methods(), ", "));
+    }
+    return std::string(
+        textOf(verdict,
+               {{ConnectResult::passwordTooShort, length},
+                {ConnectResult::passwordTooLong, length},
+                {ConnectResult::wepKeyInvalidLength, "the key as text, not in hexadecimal digits"},
+                {ConnectResult::securityModeUnsupported,
+                 "--security wpa3 if the network uses WPA3 with a password"}},
+               ""));
 }
 
 Report ConnectCommand::follow(Session& session) {
@@ -209,32 +187,27 @@ bool ConnectCommand::watch(Session& session, Attempt& attempt) {
         }
         limit = ConnectOptions{}.wait;
     }
-    const auto wake = session.until(
+    session.until(
         Clock::now() + limit, [&](const Snapshot&) { return attempt.outcome().has_value(); }, observer);
-    if (wake == Session::Wake::interrupted) {
-        throw Interrupted(*session.signal());
-    }
     return true;
 }
 
 // callOff() also changes the connection. `attempt` does not see these changes, so they do not become its outcome.
 Report ConnectCommand::end(Session& session, const Attempt& attempt) {
-    const bool unfinished = !attempt.outcome() && !attempt.linkIsUp();
-    const bool failed = attempt.outcome() && attempt.outcome() != Attempt::Outcome::connected;
     const bool linkWasUp = attempt.linkIsUp() || attempt.outcome() == Attempt::Outcome::lost;
-    bool kept = true;
-    if (unfinished) {
-        kept = saved_ || options_.connect.keep;
+    const bool kept = linkWasUp || saved_ || options_.connect.keep;
+    if (!attempt.outcome() && !linkWasUp) {
         callOff(session);
-    } else if (failed && !linkWasUp && !saved_ && !options_.connect.keep) {
-        kept = false;
-        giveUpNew(session);
-    } else {
+    } else if (kept) {
         place_.finish();  // the pass that published the outcome also saves
+    } else {
+        session.manager().forgetNetwork(options_.ssid);
+        place_.fenceAndFinish();
     }
     const LibraryLog::Hints hints = place_.log().hints();
-    ConnectFacts facts{options_.ssid,         name_, what_, settings_.securityMode, saved_, inRange_, kept,
-                       options_.connect.wait, hints};
+    const ConnectFacts facts{options_.ssid, name_,    what_, settings_.securityMode,
+                             saved_,        inRange_, kept,  options_.connect.wait,
+                             hints};
     return connectReport(attempt, facts, output_);
 }
 
@@ -246,14 +219,11 @@ void ConnectCommand::callOff(Session& session) {
     } else {
         session.manager().forgetNetwork(options_.ssid);
     }
-    session.until(Clock::now() + callOffLimit, [](const Snapshot& view) {
-        return view.connection.status == ConnectionInfo::Status::disconnected;
-    });
-    place_.fenceAndFinish();
-}
-
-void ConnectCommand::giveUpNew(Session& session) {
-    session.manager().forgetNetwork(options_.ssid);
+    try {
+        session.until(Clock::now() + callOffLimit,
+                      [](const Snapshot& view) { return view.isDisconnected(); });
+    } catch (const Interrupted&) {  // an impatient user; the fence completes the request
+    }
     place_.fenceAndFinish();
 }
 

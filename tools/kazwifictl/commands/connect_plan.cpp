@@ -1,7 +1,5 @@
 #include "kazwifictl/commands/connect_plan.h"
 
-#include <algorithm>
-
 #include "kazwifictl/text/words.h"
 
 namespace kaz::ctl {
@@ -48,11 +46,8 @@ ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options,
 
 ConnectPlan planConnect(const std::string& ssid, const ConnectOptions& options, const Snapshot& view,
                         bool looked) {
-    const auto listed = std::find_if(view.networks.begin(), view.networks.end(),
-                                     [&](const WifiNetwork& network) { return network.ssid == ssid; });
-    const WifiNetwork* network = listed == view.networks.end() ? nullptr : &*listed;
-    const ConnectionInfo& info = view.connection;
-    const bool current = info.ssid == ssid && info.status != ConnectionInfo::Status::disconnected;
+    const WifiNetwork* network = view.find(ssid);
+    const bool current = view.isInUse(ssid);
     if (options.describesNetwork()) {
         if (current && !options.security) {
             return Failure{ExitCode::usage,
@@ -63,8 +58,8 @@ ConnectPlan planConnect(const std::string& ssid, const ConnectOptions& options, 
         return withSettings(ssid, options, network, looked);
     }
     if (current) {
-        return info.status == ConnectionInfo::Status::connected ? ConnectPlan(AlreadyConnected{})
-                                                                : UseSaved{true};
+        return view.connection.status == ConnectionInfo::Status::connected ? ConnectPlan(AlreadyConnected{})
+                                                                           : UseSaved{true};
     }
     if (network != nullptr) {
         return network->configured ? UseSaved{true} : withSettings(ssid, options, network, looked);

@@ -2,58 +2,35 @@
 
 #include <fmt/format.h>
 
+#include <array>
+
 #include "kazwifictl/output/documents.h"
-#include "kazwifictl/text/signal_strength.h"
 #include "kazwifictl/text/ssid_text.h"
+#include "kazwifictl/text/text_of.h"
 #include "kazwifictl/text/words.h"
 
 namespace kaz::ctl {
 namespace {
 
-double seconds(Clock::duration duration) {
-    return static_cast<double>(inMilliseconds(duration)) / 1000;
-}
+struct StageTexts {
+    std::string_view doing;
+    std::string_view done;
+    std::string_view name;
+};
 
-std::string_view doneText(Stage::Kind kind) {
-    switch (kind) {
-        case Stage::Kind::search:
-            return "searched";
-        case Stage::Kind::join:
-            return "joined";
-        case Stage::Kind::address:
-            return "got an address";
-    }
-    return {};
-}
-
-std::string_view doingText(Stage::Kind kind) {
-    switch (kind) {
-        case Stage::Kind::search:
-            return "searching...";
-        case Stage::Kind::join:
-            return "joining...";
-        case Stage::Kind::address:
-            return "getting an address...";
-    }
-    return {};
-}
-
-std::string_view stageName(Stage::Kind kind) {
-    switch (kind) {
-        case Stage::Kind::search:
-            return "search";
-        case Stage::Kind::join:
-            return "join";
-        case Stage::Kind::address:
-            return "address";
-    }
-    return "unknown";
+const StageTexts& textsOf(Stage::Kind kind) {
+    static constexpr std::array<StageTexts, 3> texts{
+        {// in the order of Stage::Kind
+         {"searching...", "searched", "search"},
+         {"joining...", "joined", "join"},
+         {"getting an address...", "got an address", "address"}}};
+    return texts.at(static_cast<std::size_t>(kind));
 }
 
 Json stagesJson(const std::vector<Stage>& stages) {
     Json json = Json::array();
     for (const Stage& stage : stages) {
-        json.push_back({{"stage", stageName(stage.kind)}, {"ms", inMilliseconds(stage.took)}});
+        json.push_back({{"stage", textsOf(stage.kind).name}, {"ms", inMilliseconds(stage.took)}});
     }
     return json;
 }
@@ -74,28 +51,17 @@ std::optional<Outcome> outcomeOf(const Attempt& attempt, const ConnectFacts& fac
 }
 
 std::string_view outcomeName(std::optional<Outcome> outcome) {
-    if (!outcome) {
-        return "timed-out";
-    }
-    switch (*outcome) {
-        case Outcome::connected:
-            return "connected";
-        case Outcome::notAnswering:
-            return "not-answering";
-        case Outcome::refused:
-            return "refused";
-        case Outcome::lost:
-            return "lost";
-        case Outcome::other:
-            return "other-network";
-        case Outcome::stopped:
-            return "stopped";
-    }
-    return "unknown";
+    return textOf(outcome, {{std::nullopt, "timed-out"},
+                            {Outcome::connected, "connected"},
+                            {Outcome::notAnswering, "not-answering"},
+                            {Outcome::refused, "refused"},
+                            {Outcome::lost, "lost"},
+                            {Outcome::other, "other-network"},
+                            {Outcome::stopped, "stopped"}});
 }
 
 Failure timedOut(const Attempt& attempt, const ConnectFacts& facts) {
-    const double waited = seconds(facts.wait);
+    const double waited = inSeconds(facts.wait);
     if (attempt.linkIsUp()) {
         return {ExitCode::timedOut, facts.what,
                 fmt::format("the radio link is up, but there is no address after {:g} s", waited),
@@ -157,19 +123,13 @@ Failure failureOf(const Attempt& attempt, const ConnectFacts& facts, bool utf8) 
             return {ExitCode::noStack, facts.what, "wpa_supplicant stopped during the command",
                     "kazwifictl on"};
     }
-    return {ExitCode::failed, facts.name + " is connected, but not saved",
-            "wpa_supplicant did not write its configuration", "update_config=1 in wpa_supplicant.conf"};
+    return notWritten(facts.name + " is connected, but not saved");
 }
 
 std::string successText(const Attempt& attempt, const ConnectFacts& facts, const Output& output) {
-    std::string signal;
-    if (attempt.signal()) {
-        const int dBm = *attempt.signal();
-        const std::string text = fmt::format("{} {} dBm", barsText(dBm, output.terminal().utf8), dBm);
-        signal = ", " + output.style().bySignal(dBm, text);
-    }
-    return fmt::format("{} to {}{}, after {:.1f} s.\n", output.style().good("Connected"),
-                       output.style().bold(facts.name), signal, seconds(attempt.total()));
+    return fmt::format(
+        "{} to {}{}, after {:.1f} s.\n", output.style().good("Connected"), output.style().bold(facts.name),
+        attempt.signal() ? ", " + output.signal(*attempt.signal()) : "", inSeconds(attempt.total()));
 }
 
 }  // namespace
@@ -177,12 +137,12 @@ std::string successText(const Attempt& attempt, const ConnectFacts& facts, const
 void StageLines::show(const Attempt& attempt) {
     for (; shown_ < attempt.stages().size(); ++shown_) {
         const Stage& stage = attempt.stages().at(shown_);
-        output_.say(fmt::format("  {:<15} {:>5.1f} s\n", doneText(stage.kind), seconds(stage.took)));
+        output_.say(fmt::format("  {:<15} {:>5.1f} s\n", textsOf(stage.kind).done, inSeconds(stage.took)));
         current_.reset();
     }
     if (attempt.current() != current_) {
         current_ = attempt.current();
-        output_.sayForNow(current_ ? "  " + std::string(doingText(*current_)) : std::string());
+        output_.sayForNow(current_ ? "  " + std::string(textsOf(*current_).doing) : std::string());
     }
 }
 

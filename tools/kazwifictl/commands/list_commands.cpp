@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "kazwifictl/commands/commands.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/failure.h"
@@ -26,8 +24,10 @@ std::string namesText(const std::vector<NetworkRow>& rows) {
 Report listReport(const Snapshot& view, const Options& options, const Output& output) {
     std::vector<NetworkRow> rows = networkRows(view.networks, view.connection);
     if (options.savedOnly) {
-        rows.erase(std::remove_if(rows.begin(), rows.end(), [](const NetworkRow& row) { return !row.saved; }),
-                   rows.end());
+        std::erase_if(rows, [](const NetworkRow& row) { return !row.saved; });
+    }
+    if (rows.empty() && options.savedOnly && !options.namesOnly) {
+        return {"No saved networks in range.\n", {{"networks", Json::array()}}, std::nullopt};
     }
     return {options.namesOnly ? namesText(rows) : networkTable(rows, output.terminal()),
             {{"networks", networksJson(rows)}},
@@ -66,8 +66,7 @@ Snapshot lookAround(const std::string& what, Workspace& place, Output& output) {
 Report listNetworks(const Options& options, Workspace& place, Output& output) {
     const std::string what = "cannot list the networks";
     const Snapshot view = place.look(what, Workspace::Need::stack);
-    const bool nothingKnown =
-        view.networks.empty() && view.connection.status == wifi::ConnectionInfo::Status::disconnected;
+    const bool nothingKnown = view.networks.empty() && view.isDisconnected();
     return nothingKnown && !options.namesOnly ? scanAndList(what, options, place, output)
                                               : listReport(view, options, output);
 }

@@ -18,20 +18,19 @@ WallClock::time_point wallTimeOf(Clock::time_point time) {
 Report monitorChanges(const Options& /*options*/, Workspace& place, Output& output) {
     Session& session = place.act("cannot monitor", Workspace::Need::nothing);
     ChangeWriter writer(output);
-    Session::Wake wake = Session::Wake::change;
-    while (wake == Session::Wake::change) {
-        wake = session.next(Clock::now() + Session::firstStateLimit);
-    }
-    if (wake == Session::Wake::timedOut) {
+    try {
+        while (session.next(Clock::now() + Session::firstStateLimit)) {
+        }
         output.put(writer.begin(session.latest(), WallClock::now()));
-        wake = session.until(
+        session.until(
             Clock::time_point::max(), [&](const Snapshot&) { return !output.good(); },
             [&](const Snapshot& before, const Snapshot& now) {
                 output.put(writer.change(before, now, wallTimeOf(now.time)));
             });
-    }
-    if (wake == Session::Wake::interrupted && session.signal() == SIGINT && output.terminal().interactive) {
-        output.say("\n");  // after the ^C that the terminal shows
+    } catch (const Interrupted& interrupted) {
+        if (interrupted.signal() == SIGINT && output.terminal().interactive) {
+            output.say("\n");  // after the ^C that the terminal shows
+        }
     }
     return {};
 }

@@ -1,14 +1,11 @@
 #include <fmt/format.h>
 
 #include "kazwifictl/commands/commands.h"
+#include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/failure.h"
 
 namespace kaz::ctl {
 namespace {
-
-double inSeconds(std::chrono::milliseconds time) {
-    return std::chrono::duration<double>(time).count();
-}
 
 Json powerJson(const Snapshot& view, bool changed) {
     return {{"enabled", view.enabled}, {"running", view.running}, {"changed", changed}};

@@ -33,6 +33,19 @@ Report reportOf(const Options& options, Workspace& place, Output& output) {
 
 }  // namespace
 
+void checkSsid(const std::string& ssid, const std::string& what) {
+    if (ssid.empty() || ssid.size() > 32) {
+        throw CommandFailed({ExitCode::refused, what,
+                             ssid.empty() ? "the SSID is empty" : "the SSID is longer than 32 bytes",
+                             "a name of 1 to 32 bytes"});
+    }
+}
+
+Failure notWritten(const std::string& what) {
+    return {ExitCode::failed, what, "wpa_supplicant did not write its configuration",
+            "update_config=1 in wpa_supplicant.conf"};
+}
+
 ExitCode present(const Report& report, Command command, Output& output) {
     const Failure* failure = report.failure ? &*report.failure : nullptr;
     output.say(report.text);

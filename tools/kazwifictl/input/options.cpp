@@ -5,34 +5,33 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <memory>
 #include <utility>
 
 #include "base/hex.h"
 #include "kazwifictl/input/help.h"
 #include "kazwifictl/text/ssid_text.h"
+#include "kazwifictl/text/text_of.h"
 #include "kazwifictl/text/words.h"
 
 namespace kaz::ctl {
 namespace {
 
-// What CLI11 parses into. finish() converts it to Options.
-struct Raw {
-    std::string colour = "auto";
-    std::string simulate;
-    std::string security;
-    std::string passwordFile;
-    double startWait = 5;
-    double wait = 30;
-    bool hex = false;
-    CLI::Option* simulateGiven = nullptr;
-    CLI::Option* passwordFileGiven = nullptr;
-};
-
 constexpr std::string_view noSimulateFile = "built-in";
 
-std::chrono::milliseconds toMilliseconds(double seconds) {
-    return std::chrono::milliseconds(std::llround(seconds * 1000));
+const std::map<std::string, ColourChoice> colours{
+    {"auto", ColourChoice::automatic}, {"always", ColourChoice::always}, {"never", ColourChoice::never}};
+
+// An option with a number of seconds, up to a day.
+void addSeconds(CLI::App& app, const std::string& name, std::chrono::milliseconds& time,
+                const std::string& description) {
+    const auto set = [&time](double seconds) {
+        time = std::chrono::milliseconds(std::llround(seconds * 1000));
+    };
+    app.add_option_function<double>(name, set, description)
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 86400.0).description(""));
 }
 
 class Parser {
@@ -46,7 +45,7 @@ class Parser {
         }
         addPlainCommands();
         addConnect();
-        addForget();
+        addSsid(command(Command::forget, "Delete a saved network, and end its connection."));
     }
 
     Parsed parse(const std::vector<std::string>& arguments);
@@ -57,7 +56,6 @@ class Parser {
     void addGlobals();
     void addPlainCommands();
     void addConnect();
-    void addForget();
     CLI::App* command(Command command, const std::string& description);
     void addSsid(CLI::App* command);
     Parsed finish();
@@ -66,20 +64,20 @@ class Parser {
     Message help() const;
 
     Options options_;
-    Raw raw_;
+    bool hex_ = false;
     bool prompt_;
     CLI::App app_{"Manages the Wi-Fi of this device", "kazwifictl"};
 };
 
 void Parser::addGlobals() {
     app_.add_flag("--json", options_.json, "Write results as JSON");
-    app_.add_option("--color,--colour", raw_.colour, "When to use colours")
-        ->check(CLI::IsMember({"auto", "always", "never"}));
+    const auto setColour = [this](const std::string& word) { options_.colour = colours.at(word); };
+    app_.add_option_function<std::string>("--color,--colour", setColour, "When to use colours")
+        ->check(CLI::IsMember(colours));
     app_.add_flag("-v,--verbose", options_.verbose, "Write the library's log to stderr");
-    raw_.simulateGiven = app_.add_flag("--simulate{" + std::string(noSimulateFile) + "}", raw_.simulate,
-                                       "Use a simulated device");
-    app_.add_option("--start-wait", raw_.startWait, "Seconds to wait for Wi-Fi to start")
-        ->check(CLI::Range(0.0, 86400.0));
+    app_.add_flag("--simulate{" + std::string(noSimulateFile) + "}", options_.simulate,
+                  "Use a simulated device");
+    addSeconds(app_, "--start-wait", options_.startWait, "Seconds to wait for Wi-Fi to start");
     app_.set_version_flag("--version", "kazwifictl " KAZWIFICTL_VERSION);
 }
 
@@ -105,34 +103,35 @@ void Parser::addPlainCommands() {
 
 void Parser::addSsid(CLI::App* command) {
     command->add_option("SSID", options_.ssid, "The network's name")->type_name("")->required();
-    command->add_flag("--hex", raw_.hex, "SSID is given in hexadecimal digits");
+    command->add_flag("--hex", hex_, "SSID is given in hexadecimal digits");
 }
 
 void Parser::addConnect() {
     CLI::App* sub = command(Command::connect, "Connect to a network. A saved one needs only its name.");
     ConnectOptions& connect = options_.connect;
+    const auto addText = [sub](const char* name, auto& text, const char* type, const char* description) {
+        sub->add_option(name, text, description)->type_name(type);
+    };
     addSsid(sub);
-    sub->add_option("--security", raw_.security, securityNames())->type_name("WORD");
+    const auto setSecurity = [this](const std::string& word) {
+        options_.connect.security = securityFromName(word);
+        if (!options_.connect.security) {
+            throw CommandFailed(usage(fmt::format("unknown security \"{}\"", word),
+                                      fmt::format("one of {}", securityNames())));
+        }
+    };
+    sub->add_option_function<std::string>("--security", setSecurity, securityNames())->type_name("WORD");
     sub->add_flag("--hidden", connect.hidden, "The network does not announce its name");
-    raw_.passwordFileGiven =
-        sub->add_option("--password-file", raw_.passwordFile, "File with the password; - is stdin")
-            ->type_name("FILE");
-    sub->add_option("--identity", connect.identity, "EAP identity")->type_name("NAME");
-    sub->add_option("--anonymous-identity", connect.anonymousIdentity, "EAP outer identity")
-        ->type_name("NAME");
-    sub->add_option("--eap", connect.eapMethod, "MSCHAPV2, PEAP, PWD or TTLS")->type_name("METHOD");
-    sub->add_option("--phase2", connect.phase2Method, "GTC, MSCHAP, MSCHAPV2 or PAP")->type_name("METHOD");
-    sub->add_option("--wait", raw_.wait, "Seconds to wait (30); 0 returns at once")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, 86400.0).description(""));
+    addText("--password-file", connect.passwordFile, "FILE", "File with the password; - is stdin");
+    addText("--identity", connect.identity, "NAME", "EAP identity");
+    addText("--anonymous-identity", connect.anonymousIdentity, "NAME", "EAP outer identity");
+    addText("--eap", connect.eapMethod, "METHOD", "MSCHAPV2, PEAP, PWD or TTLS");
+    addText("--phase2", connect.phase2Method, "METHOD", "GTC, MSCHAP, MSCHAPV2 or PAP");
+    addSeconds(*sub, "--wait", connect.wait, "Seconds to wait (30); 0 returns at once");
     sub->add_flag("--keep", connect.keep, "Keep a new network saved even if connecting fails");
     sub->footer(
         "Examples: kazwifictl connect Home\n"
         "          kazwifictl connect Lab --hidden --security wpa3 --password-file key");
-}
-
-void Parser::addForget() {
-    addSsid(command(Command::forget, "Delete a saved network, and end its connection."));
 }
 
 Failure Parser::usage(const std::string& why, const std::string& advice) const {
@@ -145,7 +144,7 @@ Failure Parser::usage(const std::string& why, const std::string& advice) const {
 Failure Parser::notExpected() const {
     const std::vector<std::string> extras = app_.remaining(true);
     const auto option = std::find_if(extras.begin(), extras.end(),
-                                     [](const std::string& extra) { return extra.substr(0, 1) == "-"; });
+                                     [](const std::string& extra) { return extra.starts_with('-'); });
     if (option != extras.end()) {
         const std::string name = option->substr(0, option->find('='));
         const bool password = name == "--password" || name == "-p";
@@ -182,6 +181,8 @@ Parsed Parser::parse(const std::vector<std::string>& arguments) {
         return notExpected();
     } catch (const CLI::ParseError& error) {
         return usage(error.what());
+    } catch (const CommandFailed& failed) {
+        return failed.failure();
     }
     return finish();
 }
@@ -208,27 +209,10 @@ std::vector<std::string> Parser::optionNames(const std::string& command) const {
 }
 
 Parsed Parser::finish() {
-    if (!prompt_) {
-        options_.colour = raw_.colour == "always"  ? ColourChoice::always
-                          : raw_.colour == "never" ? ColourChoice::never
-                                                   : ColourChoice::automatic;
-        options_.startWait = toMilliseconds(raw_.startWait);
-        if (raw_.simulateGiven->count() > 0) {
-            options_.simulate = raw_.simulate == noSimulateFile ? std::string() : raw_.simulate;
-        }
+    if (options_.simulate == noSimulateFile) {
+        options_.simulate->clear();
     }
-    options_.connect.wait = toMilliseconds(raw_.wait);
-    if (raw_.passwordFileGiven->count() > 0) {
-        options_.connect.passwordFile = raw_.passwordFile;
-    }
-    if (!raw_.security.empty()) {
-        options_.connect.security = securityFromName(raw_.security);
-        if (!options_.connect.security) {
-            return usage(fmt::format("unknown security \"{}\"", raw_.security),
-                         fmt::format("one of {}", securityNames()));
-        }
-    }
-    if (raw_.hex) {
+    if (hex_) {
         const auto bytes = fromHex(options_.ssid);
         if (!bytes) {
             return usage(fmt::format("\"{}\" is not hexadecimal", options_.ssid),
@@ -242,29 +226,16 @@ Parsed Parser::finish() {
 }  // namespace
 
 std::string_view nameOf(Command command) {
-    switch (command) {
-        case Command::status:
-            return "status";
-        case Command::on:
-            return "on";
-        case Command::off:
-            return "off";
-        case Command::scan:
-            return "scan";
-        case Command::list:
-            return "list";
-        case Command::connect:
-            return "connect";
-        case Command::disconnect:
-            return "disconnect";
-        case Command::forget:
-            return "forget";
-        case Command::monitor:
-            return "monitor";
-        case Command::prompt:
-            break;
-    }
-    return {};
+    return textOf(command, {{Command::status, "status"},
+                            {Command::on, "on"},
+                            {Command::off, "off"},
+                            {Command::scan, "scan"},
+                            {Command::list, "list"},
+                            {Command::connect, "connect"},
+                            {Command::disconnect, "disconnect"},
+                            {Command::forget, "forget"},
+                            {Command::monitor, "monitor"},
+                            {Command::prompt, ""}});
 }
 
 std::vector<std::string> commandNames() {

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <functional>
 #include <string_view>
 #include <utility>
 
@@ -23,7 +24,6 @@ namespace kaz::ctl {
 namespace {
 
 constexpr std::size_t longestLine = 4096;
-constexpr const char* readable = "a file whose first line is the password";
 
 // Switches off the echo of a terminal.
 class EchoOff : NonCopyable {
@@ -79,26 +79,47 @@ class SecretLine : NonCopyable {
     std::string text_;
 };
 
+// The Failure when the password cannot be read from `name`.
+Failure cannotRead(const std::string& name, const std::string& why) {
+    return {ExitCode::failed, "cannot read the password from " + name, why,
+            "a file whose first line is the password"};
+}
+
 // Reads once and appends the result; false at the end of the line or of the file.
 bool readSome(int fd, SecretLine& line, const std::string& name) {
     std::array<char, 512> buffer{};
     const ssize_t count = ::read(fd, buffer.data(), buffer.size());
-    if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
-        return true;
-    }
     if (count < 0) {
-        const std::string why = errnoText(errno);
-        throw CommandFailed({ExitCode::failed, "cannot read the password from " + name, why, readable});
+        if (errno == EINTR || errno == EAGAIN) {
+            return true;
+        }
+        throw CommandFailed(cannotRead(name, errnoText(errno)));
     }
     const std::string_view read(buffer.data(), static_cast<std::size_t>(count));
     const std::size_t end = read.find('\n');
     const bool fits = line.append(read.substr(0, end));
     ::explicit_bzero(buffer.data(), buffer.size());
     if (!fits) {
-        throw CommandFailed({ExitCode::failed, "cannot read the password from " + name,
-                             "its first line is longer than 4096 bytes", readable});
+        throw CommandFailed(cannotRead(name, "its first line is longer than 4096 bytes"));
     }
     return count > 0 && end == std::string_view::npos;
+}
+
+// Reads a line. Calls `stopped` when `stops`, which may be null, has a signal.
+void readLine(int fd, SecretLine& line, const std::string& name, Interrupts& interrupts,
+              CaughtSignals* stops = nullptr, const std::function<void()>& stopped = {}) {
+    for (bool more = true; more;) {
+        std::array<pollfd, 3> waited{{{fd, POLLIN, 0},
+                                      {interrupts.fd(), POLLIN, 0},
+                                      {stops == nullptr ? -1 : stops->fd(), POLLIN, 0}}};
+        ::poll(waited.data(), waited.size(), -1);
+        interrupts.check();
+        if (waited[2].revents != 0 && stops->take()) {
+            stopped();
+        } else if (waited[0].revents != 0) {
+            more = readSome(fd, line, name);
+        }
+    }
 }
 
 }  // namespace
@@ -113,24 +134,16 @@ std::string askSecret(const std::string& question, Interrupts& interrupts) {
     EchoOff echo(tty.get());
     writeAll(tty.get(), question);
     SecretLine answer;
-    for (bool more = true; more;) {
-        std::array<pollfd, 3> waited{
-            {{tty.get(), POLLIN, 0}, {interrupts.fd(), POLLIN, 0}, {stops.fd(), POLLIN, 0}}};
-        ::poll(waited.data(), waited.size(), -1);
-        if (waited[1].revents != 0) {
-            if (const auto signal = interrupts.take()) {
-                writeAll(tty.get(), "\n");
-                throw Interrupted(*signal);
-            }
-        }
-        if (waited[2].revents != 0 && stops.take()) {
+    try {
+        readLine(tty.get(), answer, "the terminal", interrupts, &stops, [&] {
             echo.show();
             static_cast<void>(::raise(SIGSTOP));
             echo.hide();
             writeAll(tty.get(), question);
-        } else if (waited[0].revents != 0) {
-            more = readSome(tty.get(), answer, "the terminal");
-        }
+        });
+    } catch (const Interrupted&) {
+        writeAll(tty.get(), "\n");
+        throw;
     }
     echo.showAndKeepTheRest();
     writeAll(tty.get(), "\n");
@@ -143,22 +156,10 @@ std::string readSecret(const std::string& path, Interrupts& interrupts) {
     const FileDescriptor file(standardInput ? ::dup(STDIN_FILENO)
                                             : ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (file.get() < 0) {
-        const std::string why = errnoText(errno);
-        throw CommandFailed({ExitCode::failed, "cannot read the password from " + name, why, readable});
+        throw CommandFailed(cannotRead(name, errnoText(errno)));
     }
     SecretLine line;
-    for (bool more = true; more;) {
-        std::array<pollfd, 2> waited{{{file.get(), POLLIN, 0}, {interrupts.fd(), POLLIN, 0}}};
-        ::poll(waited.data(), waited.size(), -1);
-        if (waited[1].revents != 0) {
-            if (const auto signal = interrupts.take()) {
-                throw Interrupted(*signal);
-            }
-        }
-        if (waited[0].revents != 0) {
-            more = readSome(file.get(), line, name);
-        }
-    }
+    readLine(file.get(), line, name, interrupts);
     line.dropCarriageReturn();
     return line.take();
 }

@@ -35,6 +35,10 @@ std::int64_t inMilliseconds(std::chrono::steady_clock::duration duration) {
     return std::chrono::duration_cast<std::chrono::milliseconds>(duration).count();
 }
 
+double inSeconds(std::chrono::steady_clock::duration duration) {
+    return static_cast<double>(inMilliseconds(duration)) / 1000;
+}
+
 Json document(std::string_view command, const Json& members, const Failure* failure) {
     Json json{{"format", 1}, {"command", command}, {"ok", failure == nullptr}};
     json.update(members);

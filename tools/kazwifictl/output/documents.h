@@ -23,5 +23,6 @@ Json networksJson(const std::vector<NetworkRow>& rows);
 // `now` is needed for the age of the last disconnection.
 Json connectionJson(const wifi::ConnectionInfo& info, std::chrono::steady_clock::time_point now);
 std::int64_t inMilliseconds(std::chrono::steady_clock::duration duration);
+double inSeconds(std::chrono::steady_clock::duration duration);
 
 }  // namespace kaz::ctl

@@ -5,6 +5,9 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "kazwifictl/text/signal_strength.h"
+#include "kazwifictl/text/ssid_text.h"
+
 namespace kaz::ctl {
 
 std::string oneLine(const Json& document) {
@@ -13,6 +16,15 @@ std::string oneLine(const Json& document) {
 
 Output::Output(ColourChoice colour, bool json)
     : colour_(colour), json_(json), out_(terminalAt(STDOUT_FILENO, colour)), style_(out_.colour) {}
+
+std::string Output::name(const std::string& ssid) const {
+    const std::string text = quoted(ssid, out_.utf8);
+    return out_.interactive ? isolated(text) : text;
+}
+
+std::string Output::signal(int dBm) const {
+    return style_.bySignal(dBm, barsText(dBm, out_.utf8) + ' ' + std::to_string(dBm) + " dBm");
+}
 
 void Output::refresh() {
     out_ = terminalAt(STDOUT_FILENO, colour_);

@@ -24,6 +24,12 @@ class Output {
     const Style& style() const { return style_; }
     bool json() const { return json_; }
 
+    // An SSID in quotes, safe to show on this terminal.
+    std::string name(const std::string& ssid) const;
+
+    // A signal strength in colour: bars and dBm.
+    std::string signal(int dBm) const;
+
     // Reads the terminal's width again.
     void refresh();
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include "base/checked.h"
+#include "kazwifictl/text/failure.h"
 
 namespace kaz::ctl {
 
@@ -28,6 +29,12 @@ std::optional<int> CaughtSignals::take() {
     signalfd_siginfo info{};
     const bool taken = ::read(signals_.get(), &info, sizeof(info)) == static_cast<ssize_t>(sizeof(info));
     return taken ? std::optional(static_cast<int>(info.ssi_signo)) : std::nullopt;
+}
+
+void Interrupts::check() {
+    if (const auto signal = take()) {
+        throw Interrupted(*signal);
+    }
 }
 
 void dieOf(int signal) {

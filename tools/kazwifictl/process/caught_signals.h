@@ -35,6 +35,9 @@ class CaughtSignals : NonCopyable {
 class Interrupts : public CaughtSignals {
   public:
     Interrupts() : CaughtSignals({SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {}
+
+    // Throws Interrupted if a signal is pending, and takes it.
+    void check();
 };
 
 // Ends this process with `signal`, as if the signal had not been caught.

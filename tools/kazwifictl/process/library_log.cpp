@@ -17,17 +17,13 @@ namespace {
 // The number in "PropertiesChanged: DisconnectReason=-15(...)".
 std::optional<int> reasonIn(std::string_view record) {
     constexpr std::string_view prefix = "PropertiesChanged: DisconnectReason=";
-    if (record.substr(0, prefix.size()) != prefix) {
+    if (!record.starts_with(prefix)) {
         return std::nullopt;
     }
     int reason = 0;
     const auto digits = record.substr(prefix.size());
     const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), reason);
     return result.ec == std::errc() ? std::optional(reason) : std::nullopt;
-}
-
-bool startsWith(std::string_view text, std::string_view start) {
-    return text.substr(0, start.size()) == start;
 }
 
 }  // namespace
@@ -49,10 +45,10 @@ class LibraryLog::Sink final : public spdlog::sinks::base_sink<std::mutex> {
   protected:
     void sink_it_(const spdlog::details::log_msg& message) override {
         const std::string_view text(message.payload.data(), message.payload.size());
-        hints_.noBus |= startsWith(text, "Cannot connect to the system bus");
-        hints_.gaveUp |= startsWith(text, "No response from wpa_supplicant");
-        hints_.saveFailed |= startsWith(text, "Couldn't save wpa_supplicant config");
-        hints_.nothingForgotten |= startsWith(text, "Unable to remove network, configuration not found.");
+        hints_.noBus |= text.starts_with("Cannot connect to the system bus");
+        hints_.gaveUp |= text.starts_with("No response from wpa_supplicant");
+        hints_.saveFailed |= text.starts_with("Couldn't save wpa_supplicant config");
+        hints_.nothingForgotten |= text.starts_with("Unable to remove network, configuration not found.");
         if (const auto reason = reasonIn(text)) {
             hints_.disconnectReason = reason;
         }

@@ -27,8 +27,4 @@ class Simulation : NonCopyable {
     pid_t simulator_ = -1;
 };
 
-// The path of kaz-device-sim: beside this program, in libexec/kazwifi, in the build folder, or in PATH. Nothing
-// when it is in none of them.
-std::optional<std::string> findSimulator();
-
 }  // namespace kaz::ctl

@@ -1,7 +1,5 @@
 #include "kazwifictl/prompt/completion.h"
 
-#include <algorithm>
-
 #include "kazwifictl/input/options.h"
 #include "kazwifictl/text/network_table.h"
 #include "kazwifictl/text/ssid_text.h"
@@ -27,7 +25,7 @@ std::vector<std::string> candidates(const std::vector<std::string>& before, std:
         names.insert(names.end(), {"help", "quit"});
         return names;
     }
-    if (start.substr(0, 1) == "-") {
+    if (start.starts_with('-')) {
         return optionNames(before.front());
     }
     if (before.back() == "--security") {
@@ -44,10 +42,7 @@ std::vector<std::string> candidates(const std::vector<std::string>& before, std:
 std::vector<std::string> completions(const std::vector<std::string>& before, std::string_view start,
                                      const Snapshot& view) {
     std::vector<std::string> result = candidates(before, start, view);
-    result.erase(
-        std::remove_if(result.begin(), result.end(),
-                       [&](const std::string& each) { return each.compare(0, start.size(), start) != 0; }),
-        result.end());
+    std::erase_if(result, [&](const std::string& each) { return !each.starts_with(start); });
     return result;
 }
 

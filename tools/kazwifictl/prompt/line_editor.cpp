@@ -18,6 +18,7 @@
 
 #include "kazwifictl/prompt/words_of_line.h"
 #include "kazwifictl/text/failure.h"
+#include "kazwifictl/text/ssid_text.h"
 #include "kazwifictl/text/terminal.h"
 #include "kazwifictl/text/unicode.h"
 
@@ -37,18 +38,16 @@ int columnsOfTerminal() {
 }
 
 std::string commonStart(const std::vector<std::string>& words) {
-    const std::string& first = words.front();
-    std::size_t length = 0;
-    while (length < first.size()) {
-        const std::size_t longer = length + codePointAt(first, length).length;
-        if (!std::all_of(words.begin(), words.end(), [&](const std::string& word) {
-                return word.compare(0, longer, first, 0, longer) == 0;
-            })) {
+    std::string common;
+    for (const CodePoint& point : codePointsOf(words.front())) {
+        const std::string longer = common + std::string(point.bytes);
+        if (!std::all_of(words.begin(), words.end(),
+                         [&](const std::string& word) { return word.starts_with(longer); })) {
             break;
         }
-        length = longer;
+        common = longer;
     }
-    return first.substr(0, length);
+    return common;
 }
 
 // `word`, quoted for wordsOfLine() where needed. Unless it is `whole`, the quote stays open for more text.
@@ -56,11 +55,8 @@ std::string asTyped(const std::string& word, bool whole) {
     if (word.find_first_of(" \t\\'\"") == std::string::npos) {
         return whole ? word + ' ' : word;
     }
-    std::string quoted = "'";
-    for (const char letter : word) {
-        quoted += letter == '\'' ? std::string("'\\''") : std::string{letter};
-    }
-    return whole ? quoted + "' " : quoted;
+    const std::string quoted = singleQuoted(word);
+    return whole ? quoted + ' ' : quoted.substr(0, quoted.size() - 1);
 }
 
 // The words in columns, filled from top to bottom. As many columns as fit the terminal.
@@ -272,12 +268,8 @@ bool LineEditor::offer(const std::vector<std::string>& candidates, const std::st
     const std::string common = commonStart(candidates);
     const bool whole = candidates.size() == 1;
     if (whole || common != start) {
-        int characters = 0;
-        for (std::size_t at = from; at < text.size(); at += codePointAt(text, at).length) {
-            ++characters;
-        }
         clear();
-        ::el_deletestr(line_, characters);
+        ::el_deletestr(line_, static_cast<int>(codePointsOf(std::string_view(text).substr(from)).size()));
         ::el_insertstr(line_, asTyped(common, whole).c_str());
         ::el_set(line_, EL_REFRESH);
         return true;

@@ -20,7 +20,7 @@ namespace {
 constexpr std::string_view fencePrefix = "kazwifictl: no network has a name as long as this ";
 
 bool isFence(std::string_view ssid) {
-    return ssid.substr(0, fencePrefix.size()) == fencePrefix;
+    return ssid.starts_with(fencePrefix);
 }
 
 // A running supplicant is usually followed within this time. The question to a second Manager takes longer.
@@ -84,36 +84,29 @@ std::optional<Snapshot> Session::pop() {
     return snapshot;
 }
 
-Session::Wake Session::next(Clock::time_point deadline, const Observer& observer) {
+bool Session::next(Clock::time_point deadline, const Observer& observer) {
     for (;;) {
         std::array<pollfd, 2> waited{{{fd(), POLLIN, 0}, {interrupts_.fd(), POLLIN, 0}}};
         const int timeout = millisecondsUntil(deadline);
         ::poll(waited.data(), waited.size(), timeout);
-        if (waited[1].revents != 0) {
-            if (const auto signal = interrupts_.take()) {
-                signal_ = signal;
-                return Wake::interrupted;
-            }
-        }
-        if (waited[0].revents != 0) {
-            if (auto snapshot = pop()) {
-                deliver(std::move(*snapshot), observer);
-                return Wake::change;
-            }
+        interrupts_.check();
+        if (auto snapshot = pop()) {
+            deliver(std::move(*snapshot), observer);
+            return true;
         }
         if (timeout == 0) {
-            return Wake::timedOut;
+            return false;
         }
     }
 }
 
-Session::Wake Session::until(Clock::time_point deadline, const Condition& done, const Observer& observer) {
+bool Session::until(Clock::time_point deadline, const Condition& done, const Observer& observer) {
     while (!done(latest_)) {
-        if (const Wake wake = next(deadline, observer); wake != Wake::change) {
-            return wake;
+        if (!next(deadline, observer)) {
+            return false;
         }
     }
-    return Wake::change;
+    return true;
 }
 
 void Session::takeAll(const Observer& observer) {
@@ -122,34 +115,28 @@ void Session::takeAll(const Observer& observer) {
     }
 }
 
-Session::Wake Session::untilRunning(Clock::time_point deadline) {
+bool Session::untilRunning(Clock::time_point deadline) {
     return until(deadline, [](const Snapshot& now) { return now.running; });
 }
 
 Session::Start Session::start(std::chrono::milliseconds limit, bool patient) {
     const auto began = Clock::now();
-    Wake wake = untilRunning(began + std::min(headStart, limit));
-    if (wake == Wake::timedOut) {
+    if (!untilRunning(began + std::min(headStart, limit))) {
         // A second Manager runs the fence. Here, it would spoil the record of a connection that may exist.
         Session other(interrupts_);
-        wake = other.fence(std::max(limit, answerLimit));
-        if (wake == Wake::timedOut) {
+        if (!other.fence(std::max(limit, answerLimit))) {
             return Start::noAnswer;
         }
-        signal_ = other.signal_;
-        if (wake == Wake::change && other.latest_.running) {
-            wake = untilRunning(Clock::now() + requestLimit);
-        } else if (wake == Wake::change && patient && latest_.enabled) {
-            wake = untilRunning(began + limit);
+        if (other.latest_.running) {
+            untilRunning(Clock::now() + requestLimit);
+        } else if (patient && latest_.enabled) {
+            untilRunning(began + limit);
         }
-    }
-    if (wake == Wake::interrupted) {
-        return Start::interrupted;
     }
     return latest_.running ? Start::running : Start::notRunning;
 }
 
-Session::Wake Session::fence(std::chrono::milliseconds limit, const Observer& observer) {
+bool Session::fence(std::chrono::milliseconds limit, const Observer& observer) {
     // Each fence has its own name. With the name of the last fence, the record might not change, and no
     // callback would come.
     const std::string name = std::string(fencePrefix) + std::to_string(++fences_);

@@ -39,14 +39,13 @@ namespace kaz::ctl {
 // Makes a Manager whose threads block all signals, so that signals reach the calling thread.
 std::unique_ptr<wifi::Manager> makeManager();
 
+// The operations that wait throw Interrupted on a signal.
 class Session : NonCopyable {
   public:
-    enum class Wake { change, timedOut, interrupted };
     enum class Start {
         running,     // the supplicant is being followed
         notRunning,  // it does not run, or Wi-Fi cannot be controlled
         noAnswer,    // the state of the system could not be read in time
-        interrupted,
     };
     // Called for each change that is taken, with the snapshots before and after it.
     using Observer = std::function<void(const Snapshot& before, const Snapshot& now)>;
@@ -61,14 +60,11 @@ class Session : NonCopyable {
     // The state after the changes taken so far.
     const Snapshot& latest() const { return latest_; }
 
-    // The signal that interrupted a wait.
-    std::optional<int> signal() const { return signal_; }
+    // Waits for a change until `deadline`, and takes it. False at the deadline.
+    bool next(Clock::time_point deadline, const Observer& observer = {});
 
-    // Waits for a change until `deadline`, and takes it.
-    Wake next(Clock::time_point deadline, const Observer& observer = {});
-
-    // Takes changes until `done` returns true; then returns `change`. Checks `done` before the first change too.
-    Wake until(Clock::time_point deadline, const Condition& done, const Observer& observer = {});
+    // Takes changes until `done` returns true. Checks it before the first change too. False at the deadline.
+    bool until(Clock::time_point deadline, const Condition& done, const Observer& observer = {});
 
     // The first state arrives in a few changes. After this time without a change, it counts as complete.
     static constexpr std::chrono::milliseconds firstStateLimit{150};
@@ -84,14 +80,14 @@ class Session : NonCopyable {
 
     // Longer than a D-Bus call, which the library gives up after 10 s.
     static constexpr std::chrono::milliseconds requestLimit{15000};
-    // Waits until every request made so far has been carried out.
-    Wake fence(std::chrono::milliseconds limit, const Observer& observer = {});
+    // Waits until every request made so far has been carried out. False on timeout.
+    bool fence(std::chrono::milliseconds limit, const Observer& observer = {});
 
     // Ends the Manager (fact 3) and takes the last changes.
     void close();
 
   private:
-    Wake untilRunning(Clock::time_point deadline);
+    bool untilRunning(Clock::time_point deadline);
     void push(Snapshot snapshot);
     std::optional<Snapshot> pop();
     void deliver(Snapshot now, const Observer& observer);
@@ -99,7 +95,6 @@ class Session : NonCopyable {
 
     Interrupts& interrupts_;
     Snapshot latest_;
-    std::optional<int> signal_;
     unsigned fences_ = 0;
     std::string reached_;  // the last fence seen
     std::mutex mutex_;     // guards arrivals_

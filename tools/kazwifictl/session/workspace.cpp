@@ -42,8 +42,7 @@ Session& Workspace::act(const std::string& what, Need need) {
     session_->takeAll();
     if (!session_->latest().running) {
         start(*session_, what, need);
-        while (session_->latest().running &&
-               session_->next(Clock::now() + Session::firstStateLimit) == Session::Wake::change) {
+        while (session_->latest().running && session_->next(Clock::now() + Session::firstStateLimit)) {
         }
     }
     return *session_;
@@ -57,17 +56,13 @@ void Workspace::finish() {
 
 bool Workspace::fenceAndFinish() {
     // A fence spoils the session's record of a connection. So the prompt postpones it while there is one.
-    if (kind_ == Kind::prompt &&
-        session_->latest().connection.status != wifi::ConnectionInfo::Status::disconnected) {
+    if (kind_ == Kind::prompt && !session_->latest().isDisconnected()) {
         unproved_ = true;
         return false;
     }
-    const auto wake = session_->fence(Session::requestLimit);
-    if (wake == Session::Wake::interrupted) {
-        throw Interrupted(*session_->signal());
-    }
+    const bool proved = session_->fence(Session::requestLimit);
     finish();
-    return wake == Session::Wake::change;
+    return proved;
 }
 
 bool Workspace::continueInBackground(const std::function<void()>& farewell) {
@@ -88,31 +83,20 @@ void Workspace::close() {
 
 void Workspace::start(Session& session, const std::string& what, Need need) const {
     const bool needed = need == Need::stack;
-    switch (session.start(startWait_, needed)) {
-        case Session::Start::running:
-            return;
-        case Session::Start::notRunning:
-            if (needed) {
-                throw CommandFailed(noStack(what, session.latest(), log_.hints()));
-            }
-            return;
-        case Session::Start::noAnswer:
-            throw CommandFailed({ExitCode::noStack, what, "systemd does not answer on the system bus",
-                                 "busctl status org.freedesktop.systemd1"});
-        case Session::Start::interrupted:
-            throw Interrupted(*session.signal());
+    const Session::Start result = session.start(startWait_, needed);
+    if (result == Session::Start::noAnswer) {
+        throw CommandFailed({ExitCode::noStack, what, "systemd does not answer on the system bus",
+                             "busctl status org.freedesktop.systemd1"});
+    }
+    if (result == Session::Start::notRunning && needed) {
+        throw CommandFailed(noStack(what, session.latest(), log_.hints()));
     }
 }
 
 void await(Session& session, std::chrono::milliseconds limit, const Session::Condition& done,
            const Failure& failure, const Session::Observer& observer) {
-    switch (session.until(Clock::now() + limit, done, observer)) {
-        case Session::Wake::change:
-            return;
-        case Session::Wake::timedOut:
-            throw CommandFailed(failure);
-        case Session::Wake::interrupted:
-            throw Interrupted(*session.signal());
+    if (!session.until(Clock::now() + limit, done, observer)) {
+        throw CommandFailed(failure);
     }
 }
 

@@ -78,7 +78,7 @@ class Workspace : NonCopyable {
 // Why no supplicant can be used.
 Failure noStack(const std::string& what, const Snapshot& now, const LibraryLog::Hints& hints);
 
-// Waits until `done` returns true. Throws CommandFailed with `failure` after `limit`, and Interrupted on a signal.
+// Waits until `done` returns true. Throws CommandFailed with `failure` after `limit`.
 void await(Session& session, std::chrono::milliseconds limit, const Session::Condition& done,
            const Failure& failure, const Session::Observer& observer = {});
 

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "kazwifictl/text/text_of.h"
+
 namespace kaz::ctl {
 
 std::string errorLine(const Failure& failure) {
@@ -16,23 +18,13 @@ std::string errorLine(const Failure& failure) {
 }
 
 std::string_view nameOf(ExitCode code) {
-    switch (code) {
-        case ExitCode::done:
-            return "done";
-        case ExitCode::failed:
-            return "failed";
-        case ExitCode::usage:
-            return "usage";
-        case ExitCode::timedOut:
-            return "timed-out";
-        case ExitCode::noStack:
-            return "no-stack";
-        case ExitCode::notFound:
-            return "not-found";
-        case ExitCode::refused:
-            return "refused";
-    }
-    return "failed";
+    return textOf(code, {{ExitCode::done, "done"},
+                         {ExitCode::failed, "failed"},
+                         {ExitCode::usage, "usage"},
+                         {ExitCode::timedOut, "timed-out"},
+                         {ExitCode::noStack, "no-stack"},
+                         {ExitCode::notFound, "not-found"},
+                         {ExitCode::refused, "refused"}});
 }
 
 }  // namespace kaz::ctl

@@ -35,21 +35,20 @@ class Escaper {
   public:
     explicit Escaper(bool utf8) : utf8_(utf8) {}
 
-    std::string operator()(std::string_view text, const CodePoint& point, std::size_t at) {
-        const std::string_view bytes = text.substr(at, point.length);
+    std::string operator()(const CodePoint& point) {
         if (!point.valid) {
             marks_ = marksShown;
-            return escapedBytes(bytes);
+            return escapedBytes(point.bytes);
         }
         if (isAscii(point.value)) {
             marks_ = 0;
-            return isPrintableAscii(point.value) ? std::string(bytes) : escapedBytes(bytes);
+            return isPrintableAscii(point.value) ? std::string(point.bytes) : escapedBytes(point.bytes);
         }
         if (!showable(point.value)) {
             marks_ = marksShown;  // a mark would combine with the escape's closing brace
             return fmt::format("\\u{{{:x}}}", static_cast<std::uint32_t>(point.value));
         }
-        return std::string(bytes);
+        return std::string(point.bytes);
     }
 
   private:
@@ -65,10 +64,6 @@ class Escaper {
     int marks_ = marksShown;  // a mark at the start is escaped: it has no character to combine with
 };
 
-bool isBlankAtAnEnd(std::string_view text, std::size_t at) {
-    return text[at] == ' ' && (text.find_first_not_of(' ') > at || text.find_last_not_of(' ') < at);
-}
-
 bool needsNoQuotes(char letter) {
     return std::isalnum(static_cast<unsigned char>(letter)) != 0 || letter == '_' || letter == '.' ||
            letter == '-';
@@ -79,17 +74,15 @@ bool needsNoQuotes(char letter) {
 std::string presentable(std::string_view ssid, bool utf8) {
     std::string result;
     Escaper escape(utf8);
-    for (std::size_t at = 0; at < ssid.size();) {
-        const CodePoint point = codePointAt(ssid, at);
-        const std::string shown = escape(ssid, point, at);
+    for (const CodePoint& point : codePointsOf(ssid)) {
+        const auto at = static_cast<std::size_t>(point.bytes.data() - ssid.data());
+        const bool atAnEnd = ssid.find_first_not_of(' ') > at || ssid.find_last_not_of(' ') < at;
+        const std::string shown = escape(point);
         if (shown == "\\") {
             result += "\\\\";
-        } else if (isBlankAtAnEnd(ssid, at)) {
-            result += "\\x20";
         } else {
-            result += shown;
+            result += shown == " " && atAnEnd ? "\\x20" : shown;
         }
-        at += point.length;
     }
     return result;
 }
@@ -108,10 +101,8 @@ std::string quoted(std::string_view ssid, bool utf8) {
 std::string harmless(std::string_view text, bool utf8) {
     std::string result;
     Escaper escape(utf8);
-    for (std::size_t at = 0; at < text.size();) {
-        const CodePoint point = codePointAt(text, at);
-        result += escape(text, point, at);
-        at += point.length;
+    for (const CodePoint& point : codePointsOf(text)) {
+        result += escape(point);
     }
     return result;
 }
@@ -128,8 +119,12 @@ std::string shellArgument(std::string_view ssid, bool utf8) {
     if (bare) {
         return std::string(ssid);
     }
-    std::string result = ssid.front() == '-' ? "-- '" : "'";
-    for (const char letter : ssid) {
+    return (ssid.front() == '-' ? "-- " : "") + singleQuoted(ssid);
+}
+
+std::string singleQuoted(std::string_view text) {
+    std::string result = "'";
+    for (const char letter : text) {
         result += letter == '\'' ? std::string("'\\''") : std::string{letter};
     }
     return result + "'";
@@ -137,24 +132,17 @@ std::string shellArgument(std::string_view ssid, bool utf8) {
 
 std::string validUtf8(std::string_view ssid) {
     std::string result;
-    for (std::size_t at = 0; at < ssid.size();) {
-        const CodePoint point = codePointAt(ssid, at);
+    for (const CodePoint& point : codePointsOf(ssid)) {
         result += toUtf8(point.valid ? point.value : U'\uFFFD');
-        at += point.length;
     }
     return result;
 }
 
 std::string isolated(std::string_view text) {
-    for (std::size_t at = 0; at < text.size();) {
-        const CodePoint point = codePointAt(text, at);
-        if (isRightToLeft(point.value)) {
-            const std::string mark = toUtf8(0x200E);
-            return fmt::format("{0}{1}{0}", mark, text);
-        }
-        at += point.length;
-    }
-    return std::string(text);
+    const std::vector<CodePoint> points = codePointsOf(text);
+    const bool rightToLeft = std::any_of(points.begin(), points.end(),
+                                         [](const CodePoint& point) { return isRightToLeft(point.value); });
+    return rightToLeft ? fmt::format("{0}{1}{0}", toUtf8(0x200E), text) : std::string(text);
 }
 
 }  // namespace kaz::ctl

@@ -31,6 +31,9 @@ bool isPlain(std::string_view ssid);
 // `ssid` as an argument for a shell: bare, in single quotes, or "--hex 486f6d65" when it cannot be typed.
 std::string shellArgument(std::string_view ssid, bool utf8);
 
+// `text` in single quotes, as a shell reads it.
+std::string singleQuoted(std::string_view text);
+
 // `ssid` as valid UTF-8, for JSON. Each byte that is not UTF-8 becomes U+FFFD.
 std::string validUtf8(std::string_view ssid);
 

@@ -14,13 +14,19 @@ const utf8proc_property_t& propertiesOf(char32_t value) {
 
 }  // namespace
 
-CodePoint codePointAt(std::string_view text, std::size_t at) {
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): utf8proc reads bytes as unsigned ones
-    const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data() + at);
-    utf8proc_int32_t value = 0;
-    const auto length = ::utf8proc_iterate(bytes, static_cast<utf8proc_ssize_t>(text.size() - at), &value);
-    return length > 0 ? CodePoint{static_cast<char32_t>(value), static_cast<std::size_t>(length), true}
-                      : CodePoint{*bytes, 1, false};
+std::vector<CodePoint> codePointsOf(std::string_view text) {
+    std::vector<CodePoint> points;
+    while (!text.empty()) {
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): utf8proc reads bytes as unsigned ones
+        const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
+        utf8proc_int32_t value = 0;
+        const auto length = ::utf8proc_iterate(bytes, static_cast<utf8proc_ssize_t>(text.size()), &value);
+        points.push_back(length > 0 ? CodePoint{static_cast<char32_t>(value),
+                                                text.substr(0, static_cast<std::size_t>(length)), true}
+                                    : CodePoint{*bytes, text.substr(0, 1), false});
+        text.remove_prefix(points.back().bytes.size());
+    }
+    return points;
 }
 
 std::string toUtf8(char32_t value) {
@@ -52,10 +58,8 @@ int columnsOf(char32_t value) {
 
 int columnsOf(std::string_view text) {
     int columns = 0;
-    for (std::size_t at = 0; at < text.size();) {
-        const CodePoint point = codePointAt(text, at);
+    for (const CodePoint& point : codePointsOf(text)) {
         columns += columnsOf(point.value);
-        at += point.length;
     }
     return columns;
 }
@@ -64,22 +68,19 @@ std::string cutTo(std::string_view text, int columns, std::string_view ellipsis)
     if (columnsOf(text) <= columns) {
         return std::string(text);
     }
-    const int room = columns - columnsOf(ellipsis);
+    int room = columns - columnsOf(ellipsis);
     if (room < 0) {
         return {};
     }
-    int used = 0;
-    std::size_t at = 0;
-    while (at < text.size()) {
-        const CodePoint point = codePointAt(text, at);
-        const int width = columnsOf(point.value);
-        if (used + width > room) {
+    std::string result;
+    for (const CodePoint& point : codePointsOf(text)) {
+        room -= columnsOf(point.value);
+        if (room < 0) {
             break;
         }
-        used += width;
-        at += point.length;
+        result += point.bytes;
     }
-    return std::string(text.substr(0, at)) + std::string(ellipsis);
+    return result += ellipsis;
 }
 
 std::string paddedTo(std::string_view text, int columns) {

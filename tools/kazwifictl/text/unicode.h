@@ -1,21 +1,21 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kaz::ctl {
 
 // A character, or a byte that is not valid UTF-8.
 struct CodePoint {
     char32_t value = 0;      // the character, or the invalid byte
-    std::size_t length = 1;  // in bytes
+    std::string_view bytes;  // of the text
     bool valid = true;       // false: an invalid byte
 };
 
-// The character at `at`, which must be less than text.size(). Overlong forms, surrogates and values above
-// U+10FFFF are not valid.
-CodePoint codePointAt(std::string_view text, std::size_t at);
+// The characters of a text, which must outlive them. Overlong forms, surrogates and values above U+10FFFF are not
+// valid.
+std::vector<CodePoint> codePointsOf(std::string_view text);
 
 std::string toUtf8(char32_t value);
 

@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
-#include <utility>
+
+#include "kazwifictl/text/text_of.h"
 
 namespace kaz::ctl {
 
@@ -14,72 +15,61 @@ using wifi::ConnectionInfo;
 using wifi::ConnectResult;
 using wifi::SecurityMode;
 
+namespace {
+
+struct Security {
+    SecurityMode mode;
+    std::string_view inWords;
+    std::string_view likelyCause;                 // of a refusal
+    std::array<std::string_view, 3> spellings{};  // the first is the name; the others are understood too
+};
+
+constexpr std::string_view passwordWrong = "the password is probably wrong";
+constexpr std::string_view accountWrong = "the identity, the password or the EAP method is probably wrong";
+
+constexpr std::array<Security, 8> securities{{
+    {SecurityMode::none,
+     "open",
+     "the access point rejected this device; it may be full or accept only known devices",
+     {"open", "none"}},
+    {SecurityMode::wep, "WEP", "the WEP key is probably wrong", {"wep"}},
+    {SecurityMode::wpaPsk, "WPA personal", passwordWrong, {"wpa", "wpa-psk", "wpa1"}},
+    {SecurityMode::rsnPsk, "WPA2 personal", passwordWrong, {"wpa2", "wpa2-psk", "rsn"}},
+    {SecurityMode::sae, "WPA3 personal", passwordWrong, {"wpa3", "wpa3-psk", "sae"}},
+    {SecurityMode::enterprise, "WPA enterprise", accountWrong, {"enterprise", "eap", "wpa-eap"}},
+    {SecurityMode::enterpriseVariant, "WPA enterprise", accountWrong, {"enterprise"}},
+    {SecurityMode::unsupported, "not supported", "the access point rejected this device", {"unsupported"}},
+}};
+
+const Security& find(SecurityMode mode) {
+    const auto* found = std::find_if(securities.begin(), securities.end(),
+                                     [mode](const Security& each) { return each.mode == mode; });
+    return found == securities.end() ? securities.back() : *found;
+}
+
+bool equalIgnoringCase(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char first, unsigned char second) {
+        return std::tolower(first) == std::tolower(second);
+    });
+}
+
+}  // namespace
+
 std::string_view securityInWords(SecurityMode mode) {
-    switch (mode) {
-        case SecurityMode::none:
-            return "open";
-        case SecurityMode::wep:
-            return "WEP";
-        case SecurityMode::wpaPsk:
-            return "WPA personal";
-        case SecurityMode::rsnPsk:
-            return "WPA2 personal";
-        case SecurityMode::sae:
-            return "WPA3 personal";
-        case SecurityMode::enterprise:
-        case SecurityMode::enterpriseVariant:
-            return "WPA enterprise";
-        case SecurityMode::unsupported:
-            return "not supported";
-    }
-    return "unknown";
+    return find(mode).inWords;
 }
 
 std::string_view securityName(SecurityMode mode) {
-    switch (mode) {
-        case SecurityMode::none:
-            return "open";
-        case SecurityMode::wep:
-            return "wep";
-        case SecurityMode::wpaPsk:
-            return "wpa";
-        case SecurityMode::rsnPsk:
-            return "wpa2";
-        case SecurityMode::sae:
-            return "wpa3";
-        case SecurityMode::enterprise:
-        case SecurityMode::enterpriseVariant:
-            return "enterprise";
-        case SecurityMode::unsupported:
-            return "unsupported";
-    }
-    return "unknown";
+    return find(mode).spellings.front();
 }
 
 std::optional<SecurityMode> securityFromName(std::string_view name) {
-    static constexpr std::array<std::pair<std::string_view, SecurityMode>, 15> spellings{{
-        {"open", SecurityMode::none},
-        {"none", SecurityMode::none},
-        {"wep", SecurityMode::wep},
-        {"wpa", SecurityMode::wpaPsk},
-        {"wpa-psk", SecurityMode::wpaPsk},
-        {"wpa1", SecurityMode::wpaPsk},
-        {"wpa2", SecurityMode::rsnPsk},
-        {"wpa2-psk", SecurityMode::rsnPsk},
-        {"rsn", SecurityMode::rsnPsk},
-        {"wpa3", SecurityMode::sae},
-        {"wpa3-psk", SecurityMode::sae},
-        {"sae", SecurityMode::sae},
-        {"enterprise", SecurityMode::enterprise},
-        {"eap", SecurityMode::enterprise},
-        {"wpa-eap", SecurityMode::enterprise},
-    }};
-    std::string lower(name);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    for (const auto& [spelling, mode] : spellings) {
-        if (spelling == lower) {
-            return mode;
+    for (const Security& each : securities) {
+        const bool named = std::any_of(
+            each.spellings.begin(), each.spellings.end(),
+            [name](std::string_view spelling) { return !name.empty() && equalIgnoringCase(spelling, name); });
+        if (named && each.mode != SecurityMode::unsupported) {
+            return each.mode;
         }
     }
     return std::nullopt;
@@ -98,87 +88,49 @@ bool isEnterprise(SecurityMode mode) {
 }
 
 std::string_view statusInWords(ConnectionInfo::Status status) {
-    switch (status) {
-        case ConnectionInfo::Status::disconnected:
-            return "not connected";
-        case ConnectionInfo::Status::connectingWifi:
-            return "connecting";
-        case ConnectionInfo::Status::connectingIP:
-            return "getting an address";
-        case ConnectionInfo::Status::connected:
-            return "connected";
-    }
-    return "unknown";
+    using Status = ConnectionInfo::Status;
+    return textOf(status, {{Status::disconnected, "not connected"},
+                           {Status::connectingWifi, "connecting"},
+                           {Status::connectingIP, "getting an address"},
+                           {Status::connected, "connected"}});
+}
+
+std::string_view preposition(ConnectionInfo::Status status) {
+    return status == ConnectionInfo::Status::connectingIP ? "from" : "to";
 }
 
 std::string_view statusName(ConnectionInfo::Status status) {
-    switch (status) {
-        case ConnectionInfo::Status::disconnected:
-            return "disconnected";
-        case ConnectionInfo::Status::connectingWifi:
-            return "connecting";
-        case ConnectionInfo::Status::connectingIP:
-            return "getting-address";
-        case ConnectionInfo::Status::connected:
-            return "connected";
-    }
-    return "unknown";
+    using Status = ConnectionInfo::Status;
+    return textOf(status, {{Status::disconnected, "disconnected"},
+                           {Status::connectingWifi, "connecting"},
+                           {Status::connectingIP, "getting-address"},
+                           {Status::connected, "connected"}});
 }
 
 std::string_view reasonName(ConnectionInfo::DisconnectReason reason) {
-    switch (reason) {
-        case ConnectionInfo::DisconnectReason::unknown:
-            return "unknown";
-        case ConnectionInfo::DisconnectReason::causedByUser:
-            return "user";
-        case ConnectionInfo::DisconnectReason::causedBySystem:
-            return "system";
-    }
-    return "unknown";
+    using Reason = ConnectionInfo::DisconnectReason;
+    return textOf(reason, {{Reason::causedByUser, "user"}, {Reason::causedBySystem, "system"}});
 }
 
 std::string_view brokenRule(ConnectResult verdict, SecurityMode mode) {
     const bool sae = mode == SecurityMode::sae;
-    switch (verdict) {
-        case ConnectResult::ok:
-            return {};
-        case ConnectResult::ssidEmpty:
-            return "the SSID is empty";
-        case ConnectResult::ssidTooLong:
-            return "the SSID is longer than 32 bytes";
-        case ConnectResult::passwordTooShort:
-            return sae ? "the password is empty" : "the password is shorter than 8 bytes";
-        case ConnectResult::passwordTooLong:
-            return sae ? "the password is longer than 1024 bytes" : "the password is longer than 63 bytes";
-        case ConnectResult::wepKeyInvalidLength:
-            return "a WEP key has 5 or 13 characters";
-        case ConnectResult::eapMethodUnsupported:
-            return "wpa_supplicant does not offer this EAP method";
-        case ConnectResult::phase2MethodUnsupported:
-            return "unknown inner method";
-        case ConnectResult::securityModeUnsupported:
-            return "the network's security is not supported";
-    }
-    return "the settings are not valid";
+    return textOf(verdict,
+                  {{ConnectResult::ok, ""},
+                   {ConnectResult::ssidEmpty, "the SSID is empty"},
+                   {ConnectResult::ssidTooLong, "the SSID is longer than 32 bytes"},
+                   {ConnectResult::passwordTooShort,
+                    sae ? "the password is empty" : "the password is shorter than 8 bytes"},
+                   {ConnectResult::passwordTooLong,
+                    sae ? "the password is longer than 1024 bytes" : "the password is longer than 63 bytes"},
+                   {ConnectResult::wepKeyInvalidLength, "a WEP key has 5 or 13 characters"},
+                   {ConnectResult::eapMethodUnsupported, "wpa_supplicant does not offer this EAP method"},
+                   {ConnectResult::phase2MethodUnsupported, "unknown inner method"},
+                   {ConnectResult::securityModeUnsupported, "the network's security is not supported"}},
+                  "the settings are not valid");
 }
 
 std::string_view likelyCause(SecurityMode mode) {
-    switch (mode) {
-        case SecurityMode::none:
-            return "the access point rejected this device; it may be full or accept only known devices";
-        case SecurityMode::wep:
-            return "the WEP key is probably wrong";
-        case SecurityMode::wpaPsk:
-        case SecurityMode::rsnPsk:
-        case SecurityMode::sae:
-            return "the password is probably wrong";
-        case SecurityMode::enterprise:
-        case SecurityMode::enterpriseVariant:
-            return "the identity, the password or the EAP method is probably wrong";
-        case SecurityMode::unsupported:
-            break;
-    }
-    return "the access point rejected this device";
+    return find(mode).likelyCause;
 }
 
 std::optional<std::string_view> causeFromReason(int reason) {

@@ -1,5 +1,5 @@
-// A fake wifi::Manager. A test program links it instead of the library. Every Manager belongs to the FakeWorld that
-// exists when it is constructed.
+// The machine that fake Managers control. A test program links them (fake_manager.cpp) instead of the library. Every
+// Manager belongs to the FakeWorld that exists when it is constructed.
 #pragma once
 
 #include <wifi/manager.h>
@@ -17,7 +17,7 @@
 
 namespace kaz::test {
 
-// The machine that the fake Managers control. It outlives them. A test sets it up, and checks it afterwards.
+// Outlives the Managers. A test sets it up, and checks it afterwards.
 struct FakeWorld : NonCopyable {
     FakeWorld();
     ~FakeWorld();
@@ -59,8 +59,10 @@ struct FakeWorld : NonCopyable {
     std::vector<std::string> done;
     std::string password;  // of the last connect
 
+    static FakeWorld& current();
     void record(const std::string& what);
     bool did(const std::string& what);
+    bool hasSaved(const std::string& ssid);
     std::vector<std::string> everything();
 };
 
