@@ -26,11 +26,7 @@ class Destruction : public DeviceFixture {
     void delayAnswer(unsigned call) {
         device().clearFaults();
         device().forgetCalls();
-        sim::Fault slow;
-        slow.nth = call;
-        slow.kind = sim::FaultKind::delay;
-        slow.delay = delay;
-        fault_ = device().orderFault(slow);
+        fault_ = device().orderFault({.nth = call, .kind = sim::FaultKind::delay, .delay = delay});
     }
 
     // Waits for this number of calls. Returns a time until which the last one has no reply yet.
@@ -72,8 +68,7 @@ TEST_F(Destruction, AThousandManagersAreDestroyedDuringACall) {
         {
             wifi::Manager manager;
             manager.scan();
-            EXPECT_EQ(manager.connect(settings("Home", SecurityMode::rsnPsk, homePassword)),
-                      ConnectResult::ok);
+            EXPECT_EQ(manager.connect(home()), ConnectResult::ok);
             const auto unanswered = waitForCall(call);
             inFlight += steady_clock::now() < unanswered ? 1 : 0;
         }
@@ -91,19 +86,16 @@ class DestructionDuringAConnect : public Destruction {
   protected:
     void SetUp() override {
         start();
-        join("Cafe", SecurityMode::none);
-        join("Old", SecurityMode::wep, "12345");
+        connect(cafe());
+        connect(old());
         ASSERT_TRUE(waitForSaved("ssid=\"Old\""));
     }
 
     void beginToJoinHome(const std::string& password = homePassword) {
-        ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, password)), ConnectResult::ok);
+        ASSERT_EQ(manager().connect(home(password)), ConnectResult::ok);
     }
 
-    void join(const std::string& ssid, SecurityMode mode, const std::string& password = {}) {
-        ASSERT_EQ(manager().connect(settings(ssid, mode, password)), ConnectResult::ok);
-        ASSERT_TRUE(user().waitForStatus(Status::connected, ssid)) << ssid;
-    }
+    static wifi::ConnectionSettings old() { return settings("Old", SecurityMode::wep, "12345"); }
 
     static bool saves(const std::vector<sim::Call>& calls) {
         return std::any_of(calls.begin(), calls.end(),
@@ -123,7 +115,7 @@ class DestructionDuringAConnect : public Destruction {
 
     // Leaves in the middle of an attempt, and looks at what the next user finds.
     void leaveWhen(const std::function<bool()>& stageIsReached, const std::string& password = homePassword) {
-        join("Cafe", SecurityMode::none);
+        connect(cafe());
         device().forgetCalls();
         user().forgetHistory();
         forgetLog();
@@ -135,8 +127,8 @@ class DestructionDuringAConnect : public Destruction {
         expectNothingLost();
         // An attempt that begins during another one may take the other's end for its own.
         ASSERT_TRUE(user().waitForStatus(Status::connected));
-        join("Old", SecurityMode::wep, "12345");
-        join("Home", SecurityMode::rsnPsk, homePassword);
+        connect(old());
+        connect(home());
         forgetHome();
     }
 
@@ -220,13 +212,7 @@ TEST_F(DestructionBetweenCalls, AManagerDestroyedAroundAFailingAttemptLosesNothi
     leaveIn(
         Status::connectingWifi, [&] { return waitForSupplicant("4way_handshake"); }, wrong);
     leaveWhen(
-        [&] {
-            return user().waitUntil([&] {
-                const auto past = user().history();
-                return std::any_of(past.begin(), past.end(),
-                                   [](const auto& info) { return info.disconnectSsid == "Home"; });
-            });
-        },
+        [&] { return user().waitToPass([](const auto& info) { return info.disconnectSsid == "Home"; }); },
         wrong);
 }
 

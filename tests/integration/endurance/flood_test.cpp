@@ -26,19 +26,12 @@ class Flood : public DeviceFixture {
 
     // Blocks the loop in a slow scan, and in further ones in case the test is slow too.
     void blockTheLoop() {
-        sim::Fault slow;
-        slow.peer = "supplicant";
-        slow.member = "Scan";
-        slow.kind = sim::FaultKind::delay;
-        slow.delay = milliseconds(3000);
-        device().orderFault(slow);
+        device().orderFault({.peer = "supplicant",
+                             .member = "Scan",
+                             .kind = sim::FaultKind::delay,
+                             .delay = milliseconds(3000)});
         manager().scan();
-        ASSERT_TRUE(device().waitForCalls(
-            [](const auto& calls) {
-                return std::any_of(calls.begin(), calls.end(),
-                                   [](const sim::Call& call) { return call.member == "Scan"; });
-            },
-            timeLimit));
+        ASSERT_TRUE(waitForCall("Scan"));
         for (std::size_t i = 1; i < slowScans; ++i) {
             manager().scan();
         }
@@ -62,9 +55,7 @@ class Flood : public DeviceFixture {
         return named;
     }
 
-    ConnectResult connectHome() {
-        return manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword));
-    }
+    ConnectResult connectHome() { return manager().connect(home()); }
 
     static std::string recordOf(const std::string& name) { return startOfRecord + name + '"'; }
 
@@ -114,8 +105,7 @@ TEST_F(Flood, RequestsBeyondTheBoundAreDroppedWithOneWarningAndTheNextOnesWork) 
     ASSERT_TRUE(user().waitForStack(false));
     manager().setEnabled(true);
     ASSERT_TRUE(user().waitForStack(true));
-    ASSERT_EQ(manager().connect(settings("Cafe", SecurityMode::none)), ConnectResult::ok);
-    ASSERT_TRUE(user().waitForStatus(Status::connected, "Cafe"));
+    ASSERT_NO_FATAL_FAILURE(connect(cafe()));
 
     // Only the requests below the bound have run, in order.
     const std::vector<std::string> records = dealtWith();

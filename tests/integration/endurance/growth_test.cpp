@@ -94,8 +94,7 @@ TEST_F(Growth, AHundredThousandSignalsLeakNothing) {
     start();
     storm(3);
     expectNoGrowth([&] { storm(10); });
-    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
-    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+    ASSERT_NO_FATAL_FAILURE(connect(home()));
 }
 
 }  // namespace

@@ -96,14 +96,13 @@ class Races : public DeviceFixture {
         ++volume_.requested;
         switch (which % 8) {
             case 1:
-                static_cast<void>(manager_->connect(settings("Home", SecurityMode::rsnPsk, homePassword)));
+                static_cast<void>(manager_->connect(home()));
                 return;
             case 2:
-                static_cast<void>(
-                    manager_->connect(settings("Home", SecurityMode::rsnPsk, "wrong password")));
+                static_cast<void>(manager_->connect(home("wrong password")));
                 return;
             case 3:
-                static_cast<void>(manager_->connect(settings("Cafe", SecurityMode::none)));
+                static_cast<void>(manager_->connect(cafe()));
                 return;
             case 4:
                 return manager_->connectConfigured("Home");
@@ -180,7 +179,7 @@ class Races : public DeviceFixture {
         waitUntilAllIsDealtWith();
         waitUntil([this] { return manager_->isWifiStackInitialized(); }, std::chrono::seconds(1));
         ++volume_.requested;
-        static_cast<void>(manager_->connect(settings("Home", SecurityMode::rsnPsk, homePassword)));
+        static_cast<void>(manager_->connect(home()));
         waitUntil(hasConnected, std::chrono::seconds(2));
         return hasConnected();
     }
@@ -299,8 +298,7 @@ TEST_F(Races, RequestsOfEightThreadsAreAllHandledWhileTheSupplicantComesAndGoes)
     WifiUser next;
     next.manager().setEnabled(true);
     ASSERT_TRUE(next.waitForStack(true));
-    ASSERT_EQ(next.manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)),
-              wifi::ConnectResult::ok);
+    ASSERT_EQ(next.manager().connect(home()), wifi::ConnectResult::ok);
     ASSERT_TRUE(next.waitForStatus(Status::connected, "Home"));
 }
 

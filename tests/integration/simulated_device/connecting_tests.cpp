@@ -1,8 +1,6 @@
-#include <algorithm>
 #include <chrono>
 
 #include "support/device_fixture/device_fixture.h"
-#include "support/waiting/waiting.h"
 
 namespace kaz::test {
 namespace {
@@ -14,15 +12,19 @@ using wifi::SecurityMode;
 using Status = ConnectionInfo::Status;
 using Reason = ConnectionInfo::DisconnectReason;
 
-class Connecting : public DeviceFixture {
-  protected:
-    void connect(const ConnectionSettings& settings) {
-        ASSERT_EQ(manager().connect(settings), ConnectResult::ok);
-        ASSERT_TRUE(user().waitForStatus(Status::connected, settings.ssid));
-    }
+using Connecting = DeviceFixture;
 
-    void connectHome() { connect(settings("Home", SecurityMode::rsnPsk, homePassword)); }
-};
+// An account of the office's network.
+ConnectionSettings office() {
+    ConnectionSettings settings;
+    settings.ssid = "Office";
+    settings.securityMode = SecurityMode::enterprise;
+    settings.password = "wonderland";
+    settings.identity = "alice";
+    settings.eapMethod = "PEAP";
+    settings.phase2Method = "MSCHAPV2";
+    return settings;
+}
 
 // The address comes when the test has seen that it is waited for.
 TEST_F(Connecting, AWpa2ConnectionGoesThroughEveryStage) {
@@ -31,7 +33,7 @@ TEST_F(Connecting, AWpa2ConnectionGoesThroughEveryStage) {
     manager().scan();
     ASSERT_TRUE(user().waitForNetwork("Home"));
     user().forgetHistory();
-    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
+    ASSERT_EQ(manager().connect(home()), ConnectResult::ok);
     ASSERT_TRUE(user().waitForStatus(Status::connectingIP, "Home"));
     device().setOnlineState("online");
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
@@ -51,26 +53,22 @@ TEST_F(Connecting, AConnectedNetworkLeavesTheListAndIsSavedWithItsPriority) {
     start();
     manager().scan();
     ASSERT_TRUE(user().waitForNetwork("Home"));
-    connectHome();
+    connect(home());
     ASSERT_TRUE(user().waitUntil([&] { return !user().network("Home"); }));
     ASSERT_TRUE(waitForSaved("ssid=\"Home\""));
     ASSERT_TRUE(waitForSaved("priority=2"));
 }
 
 TEST_F(Connecting, EveryKindOfNetworkConnects) {
-    ConnectionSettings office = settings("Office", SecurityMode::enterprise, "wonderland");
-    office.identity = "alice";
-    office.eapMethod = "PEAP";
-    office.phase2Method = "MSCHAPV2";
     ConnectionSettings hidden = settings("Hidden", SecurityMode::rsnPsk, "hidden away");
     hidden.hidden = true;
     start();
     for (const ConnectionSettings& target : {
-             settings("Cafe", SecurityMode::none),
+             cafe(),
              settings("Old", SecurityMode::wep, "12345"),
              settings("Neighbour", SecurityMode::rsnPsk, "next door"),
              settings("Future", SecurityMode::sae, "tomorrow"),
-             office,
+             office(),
              hidden,
          }) {
         SCOPED_TRACE(target.ssid);
@@ -81,33 +79,25 @@ TEST_F(Connecting, EveryKindOfNetworkConnects) {
 
 TEST_F(Connecting, AWrongKeyEndsTheAttemptAndTheOtherNetworksAreEnabledAgain) {
     start();
-    connect(settings("Cafe", SecurityMode::none));
+    connect(cafe());
     ASSERT_TRUE(waitForSaved("ssid=\"Cafe\""));
     device().forgetCalls();
 
-    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, "wrong password")), ConnectResult::ok);
+    ASSERT_EQ(manager().connect(home("wrong password")), ConnectResult::ok);
     ASSERT_TRUE(user().waitToPass(Status::connectingWifi, "Home"));
-    ASSERT_TRUE(user().waitUntil([&] {
-        const auto history = user().history();
-        return std::any_of(history.begin(), history.end(), [](const ConnectionInfo& info) {
-            return info.status == Status::disconnected && info.disconnectSsid == "Home" &&
-                   info.disconnectReason == Reason::causedBySystem;
-        });
+    ASSERT_TRUE(user().waitToPass([](const ConnectionInfo& info) {
+        return info.status == Status::disconnected && info.disconnectSsid == "Home" &&
+               info.disconnectReason == Reason::causedBySystem;
     }));
-    ASSERT_TRUE(device().waitForCalls(
-        [](const auto& calls) {
-            return std::any_of(calls.begin(), calls.end(),
-                               [](const sim::Call& call) { return call.member == "SaveConfig"; });
-        },
-        timeLimit));
+    ASSERT_TRUE(waitForCall("SaveConfig"));
     EXPECT_EQ(savedConfiguration().find("disabled=1"), std::string::npos) << savedConfiguration();
 }
 
 TEST_F(Connecting, ASecondConnectWithNewSettingsLeavesOneConfiguration) {
     start();
-    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, "wrong password")), ConnectResult::ok);
+    ASSERT_EQ(manager().connect(home("wrong password")), ConnectResult::ok);
     ASSERT_TRUE(user().waitToPass(Status::connectingWifi, "Home"));
-    connectHome();
+    connect(home());
     ASSERT_TRUE(waitForSaved("priority=2"));
     const std::string saved = savedConfiguration();
     EXPECT_EQ(saved.find("ssid=\"Home\""), saved.rfind("ssid=\"Home\"")) << saved;
@@ -116,8 +106,8 @@ TEST_F(Connecting, ASecondConnectWithNewSettingsLeavesOneConfiguration) {
 
 TEST_F(Connecting, ConnectingToAnotherNetworkRecordsTheEndOfTheFirst) {
     start();
-    connect(settings("Cafe", SecurityMode::none));
-    connectHome();
+    connect(cafe());
+    connect(home());
     const ConnectionInfo info = manager().connectionInfo();
     EXPECT_EQ(info.disconnectSsid, "Cafe");
     EXPECT_EQ(info.disconnectReason, Reason::causedByUser);
@@ -126,8 +116,8 @@ TEST_F(Connecting, ConnectingToAnotherNetworkRecordsTheEndOfTheFirst) {
 
 TEST_F(Connecting, AConfiguredNetworkConnectsByItsName) {
     start();
-    connectHome();
-    connect(settings("Cafe", SecurityMode::none));
+    connect(home());
+    connect(cafe());
     ASSERT_TRUE(user().waitUntil([&] {
         const auto home = user().network("Home");
         return home && home->configured;
@@ -150,7 +140,7 @@ TEST_F(Connecting, AnAttemptAtANetworkThatIsNotConfiguredIsGivenUpAfterTwoSecond
 
 TEST_F(Connecting, DisconnectUndoesAConnect) {
     start();
-    connectHome();
+    connect(home());
     manager().disconnect();
     ASSERT_TRUE(user().waitForStatus(Status::disconnected));
     EXPECT_EQ(manager().connectionInfo().disconnectSsid, "Home");
@@ -160,14 +150,11 @@ TEST_F(Connecting, DisconnectUndoesAConnect) {
 
 TEST_F(Connecting, AConnectionWhoseLinkIsLostComesBack) {
     start();
-    connectHome();
+    connect(home());
     user().forgetHistory();
     device().deauthenticate(3);
-    ASSERT_TRUE(user().waitUntil([&] {
-        const auto history = user().history();
-        return std::any_of(history.begin(), history.end(), [](const ConnectionInfo& info) {
-            return info.disconnectSsid == "Home" && info.disconnectReason == Reason::causedBySystem;
-        });
+    ASSERT_TRUE(user().waitToPass([](const ConnectionInfo& info) {
+        return info.disconnectSsid == "Home" && info.disconnectReason == Reason::causedBySystem;
     }));
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
 }
@@ -175,19 +162,18 @@ TEST_F(Connecting, AConnectionWhoseLinkIsLostComesBack) {
 TEST_F(Connecting, ConnectAcceptsOnlyTheEapMethodsOnOffer) {
     start();
     EXPECT_EQ(manager().eapMethods(), (std::set<std::string>{"MSCHAPV2", "PEAP", "PWD", "TTLS"}));
-    ConnectionSettings office = settings("Office", SecurityMode::enterprise, "wonderland");
-    office.eapMethod = "TLS";
-    EXPECT_EQ(manager().connect(office), ConnectResult::eapMethodUnsupported);
+    ConnectionSettings unsupported = office();
+    unsupported.eapMethod = "TLS";
+    EXPECT_EQ(manager().connect(unsupported), ConnectResult::eapMethodUnsupported);
     EXPECT_TRUE(callsOf("AddNetwork").empty());
 }
 
 TEST_F(Connecting, APasswordNeverReachesTheLog) {
-    ConnectionSettings office = settings("Office", SecurityMode::enterprise, "wonderland");
-    office.identity = "alice";
-    office.anonymousIdentity = "somebody";
+    ConnectionSettings target = office();
+    target.anonymousIdentity = "somebody";
     start();
-    connectHome();
-    connect(office);
+    connect(home());
+    connect(target);
     for (const char* secret : {homePassword, "wonderland", "alice", "somebody"}) {
         EXPECT_FALSE(log().contains(secret)) << secret;
     }
@@ -195,12 +181,9 @@ TEST_F(Connecting, APasswordNeverReachesTheLog) {
 
 TEST_F(Connecting, APasswordThatTheSupplicantRepeatsNeverReachesTheLog) {
     start();
-    sim::Fault fault;
-    fault.peer = "supplicant";
-    fault.member = "AddNetwork";
-    fault.errorText = std::string("bad psk ") + homePassword;
-    const auto ordered = device().orderFault(fault);
-    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
+    const auto ordered = device().orderFault(
+        {.peer = "supplicant", .member = "AddNetwork", .errorText = std::string("bad psk ") + homePassword});
+    ASSERT_EQ(manager().connect(home()), ConnectResult::ok);
     ASSERT_TRUE(user().waitToPass(Status::connectingWifi, "Home"));
     ASSERT_TRUE(user().waitForStatus(Status::disconnected));
     EXPECT_EQ(device().timesFired(ordered), 1U);

@@ -3,16 +3,13 @@
 namespace kaz::test {
 namespace {
 
-using wifi::ConnectResult;
-using wifi::SecurityMode;
 using Status = wifi::ConnectionInfo::Status;
 
 class Forgetting : public DeviceFixture {
   protected:
-    void connectAndSave(const std::string& ssid, SecurityMode mode, const std::string& password = {}) {
-        ASSERT_EQ(manager().connect(settings(ssid, mode, password)), ConnectResult::ok);
-        ASSERT_TRUE(user().waitForStatus(Status::connected, ssid));
-        ASSERT_TRUE(waitForSaved("ssid=\"" + ssid + "\""));
+    void connectAndSave(const wifi::ConnectionSettings& target) {
+        ASSERT_NO_FATAL_FAILURE(connect(target));
+        ASSERT_TRUE(waitForSaved("ssid=\"" + target.ssid + "\""));
     }
 
     bool waitUntilNotSaved(const std::string& ssid) {
@@ -24,7 +21,7 @@ class Forgetting : public DeviceFixture {
 
 TEST_F(Forgetting, ForgettingTheNetworkInUseDisconnectsAndRemovesIt) {
     start();
-    ASSERT_NO_FATAL_FAILURE(connectAndSave("Home", SecurityMode::rsnPsk, homePassword));
+    ASSERT_NO_FATAL_FAILURE(connectAndSave(home()));
     manager().forgetNetwork("Home");
     ASSERT_TRUE(user().waitForStatus(Status::disconnected));
     ASSERT_TRUE(waitUntilNotSaved("Home"));
@@ -36,8 +33,8 @@ TEST_F(Forgetting, ForgettingTheNetworkInUseDisconnectsAndRemovesIt) {
 
 TEST_F(Forgetting, ForgettingASavedNetworkLeavesTheConnectionAlone) {
     start();
-    ASSERT_NO_FATAL_FAILURE(connectAndSave("Cafe", SecurityMode::none));
-    ASSERT_NO_FATAL_FAILURE(connectAndSave("Home", SecurityMode::rsnPsk, homePassword));
+    ASSERT_NO_FATAL_FAILURE(connectAndSave(cafe()));
+    ASSERT_NO_FATAL_FAILURE(connectAndSave(home()));
     manager().forgetNetwork("Cafe");
     ASSERT_TRUE(waitUntilNotSaved("Cafe"));
     EXPECT_EQ(manager().connectionInfo().status, Status::connected);
@@ -63,8 +60,8 @@ TEST_F(Forgetting, ForgettingAnUnknownNetworkLogsAnErrorAndSaves) {
 
 TEST_F(Forgetting, AForgottenNetworkIsSavedEvenWhenTheUserLeavesAtOnce) {
     start();
-    ASSERT_NO_FATAL_FAILURE(connectAndSave("Home", SecurityMode::rsnPsk, homePassword));
-    ASSERT_NO_FATAL_FAILURE(connectAndSave("Cafe", SecurityMode::none));
+    ASSERT_NO_FATAL_FAILURE(connectAndSave(home()));
+    ASSERT_NO_FATAL_FAILURE(connectAndSave(cafe()));
     manager().forgetNetwork("Home");
     ASSERT_TRUE(log().waitForText(spdlog::level::info, R"(Forgetting ssid="Home")"));
     user().leave();

@@ -86,10 +86,7 @@ class LastingErrors : public DeviceFixture, public testing::WithParamInterface<L
     }
 
     void reportAnotherListAndState() {
-        sim::AccessPoint kiosk = accessPoint("Cafe");
-        kiosk.ssid = "Kiosk";
-        kiosk.bssid.clear();
-        device().addAccessPoint(kiosk);
+        device().addAccessPoint({.ssid = "Kiosk", .signal = accessPoint("Cafe").signal});
         device().deauthenticate(3);
     }
 
@@ -123,16 +120,11 @@ class LastingErrors : public DeviceFixture, public testing::WithParamInterface<L
   protected:
     void SetUp() override {
         start();
-        connect(settings("Cafe", SecurityMode::none));
+        connect(cafe());
         connect(settings("Old", SecurityMode::wep, "12345"));
-        connect(settings("Home", SecurityMode::rsnPsk, homePassword));
+        connect(home());
         ASSERT_TRUE(user().waitForNetwork("Cafe"));
         ASSERT_TRUE(waitForSaved("priority=2"));
-    }
-
-    void connect(const ConnectionSettings& target) {
-        ASSERT_EQ(manager().connect(target), ConnectResult::ok);
-        ASSERT_TRUE(user().waitForStatus(Status::connected, target.ssid));
     }
 
     // Blocks until a task has run, and after it an idle pass, which publishes and then saves.
@@ -199,12 +191,7 @@ TEST_P(LastingErrors, ALastingErrorEndsWithWhatTheTableNames) {
 
 sim::Fault faultOf(const char* peer, const char* member, const char* argument = "",
                    sim::FaultKind kind = sim::FaultKind::error) {
-    sim::Fault fault;
-    fault.peer = peer;
-    fault.member = member;
-    fault.argument = argument;
-    fault.kind = kind;
-    return fault;
+    return {.peer = peer, .member = member, .argument = argument, .kind = kind};
 }
 
 using E = LastingErrors;

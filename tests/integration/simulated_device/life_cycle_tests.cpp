@@ -7,11 +7,9 @@
 namespace kaz::test {
 namespace {
 
-using wifi::ConnectResult;
-using wifi::SecurityMode;
 using Status = wifi::ConnectionInfo::Status;
 
-class LifeCycle : public DeviceFixture {};
+using LifeCycle = DeviceFixture;
 
 TEST_F(LifeCycle, SwitchingOffAndOnStopsAndStartsTheSupplicant) {
     start();
@@ -37,8 +35,7 @@ TEST_F(LifeCycle, TheOnOffChoiceSurvivesTheManager) {
 
 TEST_F(LifeCycle, ASupplicantThatCrashedIsFollowedOnceItIsStartedAgain) {
     start();
-    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
-    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+    ASSERT_NO_FATAL_FAILURE(connect(home()));
     ASSERT_TRUE(waitForSaved("ssid=\"Home\""));
 
     device().crashSupplicant();
@@ -55,8 +52,7 @@ TEST_F(LifeCycle, ASupplicantThatCrashedIsFollowedOnceItIsStartedAgain) {
 // supplicant must be enough.
 TEST_F(LifeCycle, ASupplicantThatIsRestartedIsFollowed) {
     start();
-    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
-    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+    ASSERT_NO_FATAL_FAILURE(connect(home()));
     ASSERT_TRUE(waitForSaved("priority=2"));
     user().forgetHistory();
     device().restartSupplicant();
@@ -68,14 +64,12 @@ TEST_F(LifeCycle, ASupplicantThatIsRestartedIsFollowed) {
             return info.status == Status::connected && info.ssid == "Home";
         });
     }));
-    ASSERT_EQ(manager().connect(settings("Cafe", SecurityMode::none)), ConnectResult::ok);
-    ASSERT_TRUE(user().waitForStatus(Status::connected, "Cafe"));
+    ASSERT_NO_FATAL_FAILURE(connect(cafe()));
 }
 
 TEST_F(LifeCycle, ABusThatGoesAwayIsUsedAgainOnceItIsBack) {
     start();
-    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
-    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+    ASSERT_NO_FATAL_FAILURE(connect(home()));
     ASSERT_TRUE(waitForSaved("ssid=\"Home\""));
     const int before = user().enabledCallbacks();
 
@@ -89,8 +83,7 @@ TEST_F(LifeCycle, ABusThatGoesAwayIsUsedAgainOnceItIsBack) {
     restartBus();
     ASSERT_TRUE(user().waitForStack(true));
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
-    ASSERT_EQ(manager().connect(settings("Cafe", SecurityMode::none)), ConnectResult::ok);
-    ASSERT_TRUE(user().waitForStatus(Status::connected, "Cafe"));
+    ASSERT_NO_FATAL_FAILURE(connect(cafe()));
     EXPECT_EQ(user().enabledCallbacks(), before + 2);
 }
 
@@ -106,8 +99,7 @@ TEST_F(LifeCycle, ABusThatComesLateIsUsed) {
 
 TEST_F(LifeCycle, ALaterManagerFindsTheConnection) {
     start();
-    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
-    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+    ASSERT_NO_FATAL_FAILURE(connect(home()));
     restartUser();
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
 }
@@ -115,11 +107,8 @@ TEST_F(LifeCycle, ALaterManagerFindsTheConnection) {
 // A call times out after ten seconds. On a busy machine one destruction may have to wait for a processor.
 TEST_F(LifeCycle, DestroyingAManagerTakesAboutASecondWhenThePeerNeverAnswers) {
     start();
-    sim::Fault silence;
-    silence.peer = "supplicant";
-    silence.member = "Scan";
-    silence.kind = sim::FaultKind::noReply;
-    const auto ordered = device().orderFault(silence);
+    const auto ordered =
+        device().orderFault({.peer = "supplicant", .member = "Scan", .kind = sim::FaultKind::noReply});
     const auto leave = [this] {
         device().forgetCalls();
         manager().scan();
@@ -151,8 +140,7 @@ TEST_F(LifeCycle, AStormOfSignalsLosesNothing) {
         return handled >= signals;
     };
     EXPECT_TRUE(log().waitFor(allAreHandled));
-    ASSERT_EQ(manager().connect(settings("Home", SecurityMode::rsnPsk, homePassword)), ConnectResult::ok);
-    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+    ASSERT_NO_FATAL_FAILURE(connect(home()));
 }
 
 }  // namespace

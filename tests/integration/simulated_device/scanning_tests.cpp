@@ -8,7 +8,7 @@ namespace {
 using wifi::SecurityMode;
 using wifi::WifiNetwork;
 
-class Scanning : public DeviceFixture {};
+using Scanning = DeviceFixture;
 
 TEST_F(Scanning, TheListHasTheNetworksInRangeStrongestFirstWithTheirSecurity) {
     start();
@@ -37,17 +37,15 @@ TEST_F(Scanning, TheListFollowsAccessPointsThatComeGoAndMove) {
     manager().scan();
     ASSERT_TRUE(user().waitForNetwork("Cafe"));
 
-    sim::AccessPoint newcomer;
-    newcomer.ssid = std::string("\xff\0\"\\\n", 5);  // bytes, not text
-    newcomer.signal = -40;
-    const std::string bssid = device().addAccessPoint(newcomer);
+    const std::string ssid("\xff\0\"\\\n", 5);  // bytes, not text
+    const std::string bssid = device().addAccessPoint({.ssid = ssid, .signal = -40});
     manager().scan();
-    ASSERT_TRUE(user().waitForNetwork(newcomer.ssid));
-    EXPECT_EQ(manager().networks().front().ssid, newcomer.ssid);
+    ASSERT_TRUE(user().waitForNetwork(ssid));
+    EXPECT_EQ(manager().networks().front().ssid, ssid);
 
     ASSERT_TRUE(device().removeAccessPoint(bssid));
     ASSERT_TRUE(user().waitUntil([&] {
-        if (user().network(newcomer.ssid)) {
+        if (user().network(ssid)) {
             manager().scan();  // the supplicant forgets a BSS only after some scans without it
             return false;
         }

@@ -1,9 +1,7 @@
 // When the library no longer needs a secret, nothing of it remains in the memory of the process.
 #include "integration/simulated_device/secret_holder.h"
 #include "support/device_fixture/device_fixture.h"
-#include "support/waiting/waiting.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -35,24 +33,11 @@ class SecretsInMemory : public DeviceFixture {
     // Waits until all earlier requests have run and their tasks are destroyed.
     void finish() {
         holder().scan();
-        waitForCall("Scan");
-    }
-
-    void waitForCall(const std::string& member) {
-        ASSERT_TRUE(device().waitForCalls(
-            [&](const auto& calls) {
-                return std::any_of(calls.begin(), calls.end(),
-                                   [&](const sim::Call& call) { return call.member == member; });
-            },
-            timeLimit));
+        ASSERT_TRUE(waitForCall("Scan"));
     }
 
     void orderSilence(const std::string& member) {
-        sim::Fault silence;
-        silence.peer = "supplicant";
-        silence.member = member;
-        silence.kind = sim::FaultKind::noReply;
-        device().orderFault(silence);
+        device().orderFault({.peer = "supplicant", .member = member, .kind = sim::FaultKind::noReply});
     }
 
     void expectGone(const ConnectionSettings& asked) const {
@@ -137,7 +122,7 @@ TEST_F(SecretsInMemory, SecretsAreGoneWhenTheManagerEndsBeforeTheRequest) {
     for (int i = 0; i < 16; ++i) {  // of ten seconds each
         holder().scan();
     }
-    waitForCall("Scan");
+    ASSERT_TRUE(waitForCall("Scan"));
     ASSERT_EQ(holder().connect(office()), ConnectResult::ok);
     EXPECT_NE(holder().places(office().identity), Places{});  // it waits
     holder().endManager();
@@ -148,7 +133,7 @@ TEST_F(SecretsInMemory, SecretsAreGoneWhenTheManagerEndsBeforeTheRequest) {
 TEST_F(SecretsInMemory, SecretsAreGoneWhenTheManagerEndsDuringTheRequest) {
     orderSilence("AddNetwork");
     ASSERT_EQ(holder().connect(home()), ConnectResult::ok);
-    waitForCall("AddNetwork");
+    ASSERT_TRUE(waitForCall("AddNetwork"));
     EXPECT_NE(holder().places(passphrase), Places{});  // the message waits for its answer
     holder().endManager();
     expectGone(home());

@@ -71,13 +71,8 @@ class Secrets : public DeviceFixture {
     }
 
     sim::FaultId orderFault(sim::FaultKind kind, const std::string& text = {}) {
-        sim::Fault fault;
-        fault.peer = "supplicant";
-        fault.member = "AddNetwork";
-        fault.nth = 1;
-        fault.kind = kind;
-        fault.errorText = text;
-        return device().orderFault(fault);
+        return device().orderFault(
+            {.peer = "supplicant", .member = "AddNetwork", .nth = 1, .kind = kind, .errorText = text});
     }
 
     // Connects and waits until the attempt has ended in this status.
@@ -226,12 +221,7 @@ TEST_F(Secrets, SecretsOfARequestWithoutAnAnswerAreToldToNobody) {
         device().forgetCalls();
         orderFault(sim::FaultKind::noReply);
         ASSERT_EQ(manager().connect(target), ConnectResult::ok);
-        ASSERT_TRUE(device().waitForCalls(
-            [](const auto& calls) {
-                return std::any_of(calls.begin(), calls.end(),
-                                   [](const sim::Call& call) { return call.member == "AddNetwork"; });
-            },
-            timeLimit));
+        ASSERT_TRUE(waitForCall("AddNetwork"));
         collect();
         restartUser();  // no Manager waits for an answer at its end
     }

@@ -1,9 +1,10 @@
 #include "support/device_fixture/device_fixture.h"
 
+#include "support/waiting/waiting.h"
+
 #include <stdlib.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <iterator>
 
 namespace kaz::test {
@@ -11,31 +12,25 @@ namespace {
 
 constexpr double timeScale = 0.01;
 
-sim::AccessPoint accessPoint(const std::string& ssid, sim::Security security, std::int16_t signal,
-                             const std::string& password = {}) {
-    sim::AccessPoint point;
-    point.ssid = ssid;
-    point.security = security;
-    point.signal = signal;
-    point.password = password;
-    return point;
-}
-
 }  // namespace
 
 DeviceFixture::DeviceFixture() {
-    sim::AccessPoint hidden = accessPoint("Hidden", sim::Security::wpa2, -58, "hidden away");
-    hidden.hidden = true;
-    sim::AccessPoint office = accessPoint("Office", sim::Security::eap, -66);
-    office.accounts = {{"alice", "wonderland", "PEAP", "MSCHAPV2"}};
+    using sim::Security;
     neighbourhood.accessPoints = {
-        accessPoint("Cafe", sim::Security::open, -70),
-        accessPoint("Home", sim::Security::wpa2, -50, homePassword),
-        accessPoint("Neighbour", sim::Security::wpa2Wpa3, -80, "next door"),
-        accessPoint("Old", sim::Security::wep, -85, "12345"),
-        accessPoint("Future", sim::Security::wpa3, -75, "tomorrow"),
-        hidden,
-        office,
+        {.ssid = "Cafe", .signal = -70},
+        {.ssid = "Home", .signal = -50, .security = Security::wpa2, .password = homePassword},
+        {.ssid = "Neighbour", .signal = -80, .security = Security::wpa2Wpa3, .password = "next door"},
+        {.ssid = "Old", .signal = -85, .security = Security::wep, .password = "12345"},
+        {.ssid = "Future", .signal = -75, .security = Security::wpa3, .password = "tomorrow"},
+        {.ssid = "Hidden",
+         .signal = -58,
+         .security = Security::wpa2,
+         .password = "hidden away",
+         .hidden = true},
+        {.ssid = "Office",
+         .signal = -66,
+         .security = Security::eap,
+         .accounts = {{"alice", "wonderland", "PEAP", "MSCHAPV2"}}},
     };
     for (sim::AccessPoint& point : neighbourhood.accessPoints) {
         point.bssid = neighbourhood.freeBssid();
@@ -102,6 +97,20 @@ std::vector<sim::Call> DeviceFixture::callsOf(const std::string& member) const {
     std::copy_if(all.begin(), all.end(), std::back_inserter(matching),
                  [&](const sim::Call& call) { return call.peer == "supplicant" && call.member == member; });
     return matching;
+}
+
+bool DeviceFixture::waitForCall(const std::string& member) const {
+    return device_->waitForCalls(
+        [&](const auto& calls) {
+            return std::any_of(calls.begin(), calls.end(),
+                               [&](const sim::Call& call) { return call.member == member; });
+        },
+        timeLimit);
+}
+
+void DeviceFixture::connect(const wifi::ConnectionSettings& target) {
+    ASSERT_EQ(manager().connect(target), wifi::ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(wifi::ConnectionInfo::Status::connected, target.ssid)) << target.ssid;
 }
 
 wifi::ConnectionSettings DeviceFixture::settings(const std::string& ssid, wifi::SecurityMode mode,

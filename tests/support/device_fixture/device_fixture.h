@@ -54,9 +54,18 @@ class DeviceFixture : public ::testing::Test {
 
     // The supplicant's calls of this member, in order.
     std::vector<sim::Call> callsOf(const std::string& member) const;
+    // Waits for a call of this member since the start or forgetCalls().
+    bool waitForCall(const std::string& member) const;
 
     static wifi::ConnectionSettings settings(const std::string& ssid, wifi::SecurityMode mode,
                                              const std::string& password = {});
+    static wifi::ConnectionSettings home(const std::string& password = homePassword) {
+        return settings("Home", wifi::SecurityMode::rsnPsk, password);
+    }
+    static wifi::ConnectionSettings cafe() { return settings("Cafe", wifi::SecurityMode::none); }
+
+    // Connects the user, and fails the test if it is not connected in the end.
+    void connect(const wifi::ConnectionSettings& target);
 
     static constexpr const char* homePassword = "correct horse";
 

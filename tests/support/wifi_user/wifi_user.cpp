@@ -51,11 +51,14 @@ bool WifiUser::waitForStatus(wifi::ConnectionInfo::Status status, const std::str
 }
 
 bool WifiUser::waitToPass(wifi::ConnectionInfo::Status status, const std::string& ssid) {
+    return waitToPass(
+        [&](const wifi::ConnectionInfo& info) { return info.status == status && info.ssid == ssid; });
+}
+
+bool WifiUser::waitToPass(const std::function<bool(const wifi::ConnectionInfo&)>& predicate) {
     return waitUntil([&] {
         const auto past = history();
-        return std::any_of(past.begin(), past.end(), [&](const wifi::ConnectionInfo& info) {
-            return info.status == status && info.ssid == ssid;
-        });
+        return std::any_of(past.begin(), past.end(), predicate);
     });
 }
 

@@ -30,8 +30,10 @@ class WifiUser : NonCopyable {
 
     bool waitForStack(bool up);
     bool waitForStatus(wifi::ConnectionInfo::Status status, const std::string& ssid = {});
-    // Waits until this state was published since the start or forgetHistory(), even if only for a moment.
+    // Waits until this state, or one for which the predicate is true, was published since the start or
+    // forgetHistory(), even if only for a moment.
     bool waitToPass(wifi::ConnectionInfo::Status status, const std::string& ssid);
+    bool waitToPass(const std::function<bool(const wifi::ConnectionInfo&)>& predicate);
     bool waitForNetwork(const std::string& ssid);
 
     // The entry in the published list.
