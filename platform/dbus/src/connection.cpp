@@ -57,8 +57,8 @@ void Connection::lose() noexcept {
     }
     log::error("Lost the connection to the system bus");
     // Keep the pauses also for a bus that accepts the connection and then closes it.
-    if (Clock::now() - openedAt_ >= longestPause) {
-        pause_ = shortestPause;
+    if (Clock::now() - openedAt_ >= pauses_.longest) {
+        pause_ = pauses_.shortest;
     }
     retryLater();
     tellChange(false);
@@ -75,7 +75,7 @@ void Connection::retryLater() noexcept {
     if (result < 0) {
         log::error("Cannot wait for the system bus: {}", errnoText(result));
     }
-    pause_ = std::min(2 * pause_, longestPause);
+    pause_ = std::min(2 * pause_, pauses_.longest);
 }
 
 int Connection::onRetry(sd_event_source* /*source*/, uint64_t /*due*/, void* connection) {

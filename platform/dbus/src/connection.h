@@ -18,7 +18,14 @@ class Connection : NonCopyable {
   public:
     using ChangeTask = std::function<void(bool connected)>;
 
-    Connection() = default;
+    // Of the pauses before an attempt to reconnect, each is twice as long as the one before.
+    struct Pauses {
+        Clock::duration shortest = std::chrono::milliseconds(100);
+        Clock::duration longest = std::chrono::seconds(5);
+    };
+
+    Connection() : Connection(Pauses{}) {}
+    explicit Connection(Pauses pauses) : pauses_(pauses) {}
     ~Connection();
 
     // Connects, waits until the bus accepts the connection (10 s at most), and subscribes the handlers.
@@ -42,9 +49,6 @@ class Connection : NonCopyable {
     SignalTable& signals() noexcept { return signals_; }
 
   private:
-    static constexpr Clock::duration shortestPause = std::chrono::milliseconds(100);
-    static constexpr Clock::duration longestPause = std::chrono::seconds(5);
-
     static int onRetry(sd_event_source* source, uint64_t due, void* connection);
     int tryOpen();
     int connect();
@@ -61,7 +65,8 @@ class Connection : NonCopyable {
     SignalTable signals_;
     ReplaceableTask<void(bool connected)> changeTask_;
     Clock::time_point openedAt_;
-    Clock::duration pause_ = shortestPause;
+    const Pauses pauses_;
+    Clock::duration pause_ = pauses_.shortest;
     SourcePtr retry_;
 };
 

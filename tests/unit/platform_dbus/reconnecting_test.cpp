@@ -164,31 +164,22 @@ TEST_F(EventLoopReconnecting, SleepsBetweenItsAttemptsForLongerAndLonger) {
     EXPECT_GE(std::chrono::steady_clock::now() - before, milliseconds(100 + 200 + 400));
 }
 
-// The bus disconnects the loop each time. A busy machine makes pauses longer, never shorter. Without the limit the last
-// pause would take 12.8 s, which is longer than any delay of a busy machine.
-TEST_F(EventLoopReconnecting, PausesForFiveSecondsAtMostAndUsesNoProcessorTimeMeanwhile) {
-    constexpr milliseconds longest{5000};
-    const std::vector<milliseconds> pauses{
-        milliseconds(100),  milliseconds(200),  milliseconds(400), milliseconds(800),
-        milliseconds(1600), milliseconds(3200), longest,           longest};
+// The bus disconnects the loop each time. A busy machine makes pauses longer, never shorter.
+TEST_F(EventLoopReconnecting, PausesForLongerEachTimeAndUsesNoProcessorTimeMeanwhile) {
     MuteBroker broker;
     const Running running = start();
     ASSERT_TRUE(broker.hears());
     const auto begin = std::chrono::steady_clock::now();
-    auto thrownOut = begin;
     broker.hangUp();
     const clockid_t clock = processorClock();
     const auto usedBefore = timeOf(clock);
     milliseconds sum{0};
-    for (const milliseconds pause : pauses) {
+    for (const milliseconds pause :
+         {milliseconds(100), milliseconds(200), milliseconds(400), milliseconds(800)}) {
         ASSERT_TRUE(broker.hears()) << "after " << sum.count() << " ms";
         sum += pause;
-        const auto now = std::chrono::steady_clock::now();
-        EXPECT_GE(now - begin, sum) << "the pause of " << pause.count() << " ms is shorter";
-        if (pause == longest) {
-            EXPECT_LT(now - thrownOut, 2 * longest);
-        }
-        thrownOut = std::chrono::steady_clock::now();
+        EXPECT_GE(std::chrono::steady_clock::now() - begin, sum)
+            << "the pause of " << pause.count() << " ms is shorter";
         broker.hangUp();
     }
     EXPECT_LT(timeOf(clock) - usedBefore, sum / 100);
