@@ -87,10 +87,13 @@ class ConfigKilledWriters : private FoldersInMemory, public ConfigFixture {
         write(before);
     }
 
-    // A process that writes as often as it can.
-    void start(std::size_t writer) {
-        writers_[writer] = std::make_unique<ChildProcess>([this, writer] {
+    // A process that writes as often as it can, with a rest after each update.
+    void start(std::size_t writer, std::chrono::microseconds rest = {}) {
+        writers_[writer] = std::make_unique<ChildProcess>([this, writer, rest] {
             while (countOn(writer, board_->at(writer))) {
+                if (rest.count() > 0) {
+                    std::this_thread::sleep_for(rest);
+                }
             }
             return 1;
         });
@@ -168,12 +171,14 @@ class ConfigKilledWriters : private FoldersInMemory, public ConfigFixture {
     std::array<int, writerCount> seen_{};
 };
 
-// Each round kills one writer before or after a different system call, while the others continue.
+// Each round kills one writer before or after a different system call, while the others continue. They rest for a moment
+// that is shorter than the steps of one update. Without it, the stepped one would wait for the lock most of the time.
 TEST_F(ConfigKilledWriters, LeaveTheOldFileOrTheNewOneAtEveryStep) {
     constexpr int rounds = 2000;
+    constexpr std::chrono::microseconds rest{200};
     constexpr std::size_t victim = writerCount - 1;
     for (std::size_t writer = 0; writer < victim; ++writer) {
-        start(writer);
+        start(writer, rest);
     }
     int steps = 0;
     int ended = 0;
