@@ -92,8 +92,6 @@ void checkReading(sd_bus_message* message, const Value& value, const T& former) 
     }
 }
 
-using Reading = void (*)(sd_bus_message* message, const Value& value);
-
 // Every type that the library reads, with its target's former value. Each message is read as only one of them, because
 // most of the others would only fail.
 using Reading = void (*)(sd_bus_message* message, const Value& value);

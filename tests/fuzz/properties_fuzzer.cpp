@@ -134,10 +134,12 @@ class Arguments {
 
     // The dictionary of a PropertiesChanged of this interface.
     template <typename Record>
-    std::optional<Record> expectChange(const char* interface,
-                                       std::optional<Record> (*expectRecord)(const Value&)) const {
-        const bool meant = values_.size() > 1 && expectFirst<std::string>() == std::string(interface);
-        return meant ? expectRecord(values_[1]) : std::nullopt;
+    std::optional<Record> expectChange(const char* interface) const {
+        std::optional<Record> expected;
+        if (values_.size() > 1 && expectFirst<std::string>() == std::string(interface)) {
+            expect(values_[1], expected);
+        }
+        return expected;
     }
 
     // Returns false if a bus would not deliver such a message.
@@ -172,15 +174,16 @@ Arguments makeArguments(FuzzedDataProvider& bytes) {
 }
 
 void checkInterfaceProperties(const Device& device, const Arguments& arguments) {
-    const auto properties =
-        arguments.expectChange(wifi::bus::supplicant::interfaceInterface, expectInterface);
+    const auto properties = arguments.expectChange<dbus::SupplicantInterfaceProperties>(
+        wifi::bus::supplicant::interfaceInterface);
     require(device.told.reports.size() == (properties ? 1U : 0U),
             "what the supplicant says of its interface is reported once, what it says of others never");
     require(!properties || device.told.reports.front() == reportOf(*properties), "and as it was said");
 }
 
 void checkLinkProperties(const Device& device, const Arguments& arguments) {
-    const auto properties = arguments.expectChange(wifi::bus::networkd::managerInterface, expectLink);
+    const auto properties =
+        arguments.expectChange<dbus::NetworkdLinkProperties>(wifi::bus::networkd::managerInterface);
     const bool tells = properties && properties->onlineState;
     require(device.told.onlineStates.size() == (tells ? 1U : 0U),
             "an online state is reported when there is one");
@@ -189,7 +192,8 @@ void checkLinkProperties(const Device& device, const Arguments& arguments) {
 }
 
 void checkUnitProperties(Device& device, const Arguments& arguments, bool attached) {
-    const auto properties = arguments.expectChange(wifi::bus::systemd::unitInterface, expectUnit);
+    const auto properties =
+        arguments.expectChange<wifi::SystemdUnitProperty>(wifi::bus::systemd::unitInterface);
     const std::string state = properties ? properties->activeState.value_or("") : "";
     const bool starts = state == "active" || state == "reloading";
     const bool stops = state == "inactive" || state == "failed";

@@ -5,28 +5,88 @@
 #include "fuzz/dbus_value.h"
 #include "fuzz/reference_reader.h"
 
-#include <functional>
 #include <optional>
 #include <string>
-#include <vector>
+#include <tuple>
+#include <utility>
 
 namespace kaz::fuzz {
 
+// The keys of a record, with their fields.
+constexpr auto keysOf(const wifi::SystemdUnitProperty*) {
+    return std::make_tuple(std::pair("ActiveState", &wifi::SystemdUnitProperty::activeState));
+}
+constexpr auto keysOf(const dbus::NetworkdLinkProperties*) {
+    return std::make_tuple(std::pair("OnlineState", &dbus::NetworkdLinkProperties::onlineState));
+}
+constexpr auto keysOf(const wifi::ConfiguredSsid*) {
+    return std::make_tuple(std::pair("ssid", &wifi::ConfiguredSsid::ssid));
+}
+constexpr auto keysOf(const wifi::SignalPoll*) {
+    return std::make_tuple(std::pair("rssi", &wifi::SignalPoll::rssi));
+}
+constexpr auto keysOf(const wifi::WPA_RSN*) {
+    using Record = wifi::WPA_RSN;
+    return std::make_tuple(std::pair("KeyMgmt", &Record::keyMgmt), std::pair("Group", &Record::group));
+}
+constexpr auto keysOf(const wifi::BSSData*) {
+    using Record = wifi::BSSData;
+    return std::make_tuple(std::pair("Signal", &Record::signal), std::pair("Privacy", &Record::privacy),
+                           std::pair("SSID", &Record::ssid), std::pair("WPA", &Record::wpa),
+                           std::pair("RSN", &Record::rsn));
+}
+constexpr auto keysOf(const dbus::SupplicantInterfaceProperties*) {
+    using Record = dbus::SupplicantInterfaceProperties;
+    return std::make_tuple(std::pair("Scanning", &Record::scanning), std::pair("BSSs", &Record::bsss),
+                           std::pair("CurrentNetwork", &Record::currentNetwork),
+                           std::pair("CurrentBSS", &Record::currentBss), std::pair("State", &Record::state),
+                           std::pair("DisconnectReason", &Record::disconnectReason));
+}
+
+template <typename T>
+concept HasKeys = requires(const T* record) {
+    keysOf(record);
+};
+
 // Nullopt if decoding must fail: the value is not a dictionary, a key is not a string, or a known key's value has the
 // wrong type.
-std::optional<wifi::SystemdUnitProperty> expectUnit(const Value& value);
-std::optional<wifi::ConfiguredSsid> expectConfiguredSsid(const Value& value);
-std::optional<wifi::BSSData> expectBss(const Value& value);
-std::optional<wifi::SignalPoll> expectSignalPoll(const Value& value);
-std::optional<dbus::NetworkdLinkProperties> expectLink(const Value& value);
-std::optional<dbus::SupplicantInterfaceProperties> expectInterface(const Value& value);
+template <HasKeys Record>
+void expect(const Value& value, std::optional<Record>& expected) {
+    const Value& dictionary = bare(value);
+    bool holds = dictionary.type() == SD_BUS_TYPE_ARRAY;
+    Record record{};
+    for (const Value& entry : dictionary.contents) {
+        const auto fill = [&](const auto& known) {
+            using Field = std::remove_reference_t<decltype(record.*known.second)>;
+            if (entry.contents.front().text != known.first) {
+                return true;
+            }
+            std::optional<Field> field;
+            expect(entry.contents.back(), field);
+            if (field) {
+                record.*known.second = std::move(*field);
+            }
+            return field.has_value();
+        };
+        holds = holds && entry.type() == SD_BUS_TYPE_DICT_ENTRY_BEGIN &&
+                entry.contents.front().signature == "s" &&
+                std::apply([&](const auto&... known) { return (fill(known) && ...); }, keysOf(&record));
+    }
+    if (holds) {
+        expected = std::move(record);
+    }
+}
 
-bool same(const wifi::SystemdUnitProperty& a, const wifi::SystemdUnitProperty& b);
-bool same(const wifi::ConfiguredSsid& a, const wifi::ConfiguredSsid& b);
-bool same(const wifi::BSSData& a, const wifi::BSSData& b);
-bool same(const wifi::SignalPoll& a, const wifi::SignalPoll& b);
-bool same(const dbus::NetworkdLinkProperties& a, const dbus::NetworkdLinkProperties& b);
-bool same(const dbus::SupplicantInterfaceProperties& a, const dbus::SupplicantInterfaceProperties& b);
+template <typename T>
+bool same(const T& a, const T& b) {
+    if constexpr (HasKeys<T>) {
+        return std::apply(
+            [&](const auto&... known) { return (same(a.*known.second, b.*known.second) && ...); },
+            keysOf(&a));
+    } else {
+        return a == b;
+    }
+}
 
 // A property dictionary: mostly keys that some record knows, with values mostly of their types.
 Value makeDictionary(FuzzedDataProvider& bytes);

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <tuple>
 
 namespace kaz::fuzz {
 namespace {
@@ -24,8 +25,9 @@ const test::StubBus& bus() {
 }
 
 template <typename Record>
-std::optional<Record> checkRecord(sd_bus_message* message, const Value& dictionary,
-                                  const std::optional<Record>& expected) {
+std::optional<Record> checkRecord(sd_bus_message* message, const Value& dictionary) {
+    std::optional<Record> expected;
+    expect(dictionary, expected);
     sd_bus_message_rewind(message, 1);
     const dbus::CodecResult<Record> record = dbus::read<Record>(message);
     if (!record && nestsTooDeep(dictionary)) {
@@ -61,7 +63,7 @@ void put(dbus::Variant::Map& map, const char* key, const std::optional<Field>& f
 }
 
 void checkInterface(sd_bus_message* message, const Value& dictionary) {
-    auto record = checkRecord(message, dictionary, expectInterface(dictionary));
+    auto record = checkRecord<dbus::SupplicantInterfaceProperties>(message, dictionary);
     if (!record) {
         return;
     }
@@ -77,7 +79,7 @@ void checkInterface(sd_bus_message* message, const Value& dictionary) {
 }
 
 void checkBss(sd_bus_message* message, const Value& dictionary) {
-    const auto record = checkRecord(message, dictionary, expectBss(dictionary));
+    const auto record = checkRecord<wifi::BSSData>(message, dictionary);
     if (!record) {
         return;
     }
@@ -88,41 +90,24 @@ void checkBss(sd_bus_message* message, const Value& dictionary) {
                            {"RSN", dbus::Variant::Map{{"Group", dbus::Variant(sendable.rsn.group)}}}});
 }
 
-void checkUnit(sd_bus_message* message, const Value& dictionary) {
-    if (const auto record = checkRecord(message, dictionary, expectUnit(dictionary))) {
+// A record of one field.
+template <typename Record>
+void checkField(sd_bus_message* message, const Value& dictionary) {
+    if (const auto record = checkRecord<Record>(message, dictionary)) {
+        const auto& [key, field] = std::get<0>(keysOf(&*record));
         dbus::Variant::Map map;
-        put(map, "ActiveState", record->activeState);
-        checkStable(*record, map);
-    }
-}
-
-void checkLink(sd_bus_message* message, const Value& dictionary) {
-    if (const auto record = checkRecord(message, dictionary, expectLink(dictionary))) {
-        dbus::Variant::Map map;
-        put(map, "OnlineState", record->onlineState);
-        checkStable(*record, map);
-    }
-}
-
-void checkSignalPoll(sd_bus_message* message, const Value& dictionary) {
-    if (const auto record = checkRecord(message, dictionary, expectSignalPoll(dictionary))) {
-        dbus::Variant::Map map;
-        put(map, "rssi", record->rssi);
-        checkStable(*record, map);
-    }
-}
-
-void checkConfiguredSsid(sd_bus_message* message, const Value& dictionary) {
-    if (const auto record = checkRecord(message, dictionary, expectConfiguredSsid(dictionary))) {
-        dbus::Variant::Map map;
-        put(map, "ssid", record->ssid);
+        put(map, key, (*record).*field);
         checkStable(*record, map);
     }
 }
 
 using Decoding = void (*)(sd_bus_message* message, const Value& dictionary);
-constexpr std::array<Decoding, 6> decodings{checkInterface, checkBss,        checkUnit,
-                                            checkLink,      checkSignalPoll, checkConfiguredSsid};
+constexpr std::array<Decoding, 6> decodings{checkInterface,
+                                            checkBss,
+                                            checkField<wifi::SystemdUnitProperty>,
+                                            checkField<dbus::NetworkdLinkProperties>,
+                                            checkField<wifi::SignalPoll>,
+                                            checkField<wifi::ConfiguredSsid>};
 
 void checkMessage(const Value& dictionary, Decoding decoding) {
     const dbus::MessagePtr message = bus().message();

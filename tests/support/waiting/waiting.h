@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <cstddef>
 #include <functional>
+#include <future>
 #include <mutex>
 
 namespace kaz::test {
@@ -19,6 +20,23 @@ bool eventually(const std::function<bool()>& condition);
 
 // Waits for 300 ms in which the thread sleeps all the time. Returns false on timeout.
 bool fallsAsleep(pid_t thread);
+
+// Holds up a task while another thread prepares what happens after it.
+class Gate {
+  public:
+    // For the task: waits until the gate opens.
+    void pass() {
+        entered_.set_value();
+        opened_.get_future().wait();
+    }
+    // For the other thread.
+    void waitForTask() { entered_.get_future().wait(); }
+    void open() { opened_.set_value(); }
+
+  private:
+    std::promise<void> entered_;
+    std::promise<void> opened_;
+};
 
 // Counts events on one thread; another thread waits for them.
 class Counter {

@@ -2,21 +2,9 @@
 
 namespace kaz::test {
 
-BusTest::BusTest() {
-    privateBus.becomeSystemBus();
-    bus = std::make_unique<dbus::Bus>();
-}
-
-BusTest::Running BusTest::start() {
-    bus->start();
-    return Running(*this);
-}
-
-// Not reset(), which clears the pointer first: tasks may use it until the loop has ended.
 void BusTest::end() {
     bus->stop();
-    delete bus.get();
-    static_cast<void>(bus.release());
+    destroy(bus);
 }
 
 std::string BusTest::uniqueName() {

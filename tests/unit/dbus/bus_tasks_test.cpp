@@ -2,7 +2,6 @@
 #include "unit/dbus/bus_fixture.h"
 
 #include <atomic>
-#include <future>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -19,17 +18,13 @@ TEST_F(BusTasks, AreDroppedWithOneWarningWhileTooManyWait) {
     const Running running = start();
     for (int flood = 1; flood <= 2; ++flood) {
         ran = 0;
-        std::promise<void> held;
-        std::promise<void> goOn;
-        bus->pushTask([&] {
-            held.set_value();
-            goOn.get_future().wait();
-        });
-        held.get_future().wait();
+        Gate gate;
+        bus->pushTask([&] { gate.pass(); });
+        gate.waitForTask();
         for (int i = 0; i < tooMany; ++i) {
             bus->pushTask([&ran] { ++ran; });
         }
-        goOn.set_value();
+        gate.open();
         EXPECT_TRUE(eventually([&] { return ran == limitOfTheQueue; }));
         onLoop([] {});
         EXPECT_EQ(ran, limitOfTheQueue);
@@ -42,38 +37,30 @@ TEST_F(BusTasks, AreDroppedWithOneWarningWhileTooManyWait) {
 
 TEST_F(BusTasks, ThatWaitAtTheStopNeverBegin) {
     std::atomic<bool> ran = false;
-    std::promise<void> held;
-    std::promise<void> goOn;
+    Gate gate;
     {
         const Running running = start();
-        bus->pushTask([&] {
-            held.set_value();
-            goOn.get_future().wait();
-        });
-        held.get_future().wait();
+        bus->pushTask([&] { gate.pass(); });
+        gate.waitForTask();
         bus->pushTask([&] { ran = true; });
         bus->stop();
         bus->pushTask([&] { ran = true; });
-        goOn.set_value();
+        gate.open();
     }
     EXPECT_FALSE(ran);
     EXPECT_TRUE(log.records().empty());
 }
 
 TEST_F(BusTasks, ThatWaitAtTheStopAreDestroyedByIt) {
-    std::promise<void> held;
-    std::promise<void> goOn;
+    Gate gate;
     const Running running = start();
-    bus->pushTask([&] {
-        held.set_value();
-        goOn.get_future().wait();
-    });
-    held.get_future().wait();
+    bus->pushTask([&] { gate.pass(); });
+    gate.waitForTask();
     const auto kept = std::make_shared<int>(0);
     bus->pushTask([kept] {});
     bus->stop();
     EXPECT_EQ(kept.use_count(), 1);
-    goOn.set_value();
+    gate.open();
 }
 
 TEST_F(BusTasks, ThatThrowAreLoggedAndTheNextOneRuns) {
@@ -81,9 +68,8 @@ TEST_F(BusTasks, ThatThrowAreLoggedAndTheNextOneRuns) {
     bus->pushTask([] { throw std::runtime_error("no luck"); });
     bus->pushTask([] { throw 1; });
     onLoop([] {});
-    EXPECT_EQ(log.records(),
-              (RecordingLog::Records{{spdlog::level::err, "Exception from task: no luck"},
-                                     {spdlog::level::err, "Exception of an unknown type from task"}}));
+    EXPECT_EQ(log.records(), (RecordingLog::Records{error("Exception from task: no luck"),
+                                                    error("Exception of an unknown type from task")}));
 }
 
 }  // namespace

@@ -41,6 +41,16 @@ class CodecTest : public testing::Test {
         return result ? "(no error)" : result.error();
     }
 
+    // A sealed message with this one argument.
+    template <typename T>
+    MessagePtr written(const T& value) {
+        MessagePtr message = bus.message();
+        const auto result = write(message.get(), value);
+        EXPECT_TRUE(result) << result.error();
+        test::StubBus::seal(message.get());
+        return message;
+    }
+
     test::StubBus bus;
 };
 

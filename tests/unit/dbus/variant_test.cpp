@@ -14,15 +14,6 @@ using test::messageText;
 class VariantTest : public CodecTest {
   protected:
     template <typename T>
-    MessagePtr written(const T& value) {
-        MessagePtr message = bus.message();
-        const auto result = write(message.get(), value);
-        EXPECT_TRUE(result) << result.error();
-        test::StubBus::seal(message.get());
-        return message;
-    }
-
-    template <typename T>
     std::string textOf(const T& value) {
         return messageText(written(value).get());
     }

@@ -11,16 +11,6 @@ using test::messageText;
 
 class Writing : public CodecTest {
   protected:
-    // A sealed message with this one argument.
-    template <typename T>
-    MessagePtr written(const T& value) {
-        MessagePtr message = bus.message();
-        const auto result = write(message.get(), value);
-        EXPECT_TRUE(result) << result.error();
-        test::StubBus::seal(message.get());
-        return message;
-    }
-
     template <typename T>
     void expectOnTheWire(const T& value, const std::string& text) {
         const MessagePtr message = written(value);

@@ -1,4 +1,3 @@
-#include <kaz/dbus/calls.h>
 #include <stdlib.h>
 
 #include <string>
@@ -9,8 +8,6 @@
 namespace kaz::test {
 namespace {
 
-using std::chrono::milliseconds;
-
 class EventLoopWithoutABus : public LoopTest {
   protected:
     // What a loop does without a bus; and that it does not spin.
@@ -20,10 +17,7 @@ class EventLoopWithoutABus : public LoopTest {
         onLoop([&] {
             loop->setTimerCompletedTask([&] { ++expiries; });
             loop->configureTimerSync(true, milliseconds(5));
-            loop->setIdleTaskSync([&]() -> std::optional<milliseconds> {
-                ++passes;
-                return std::nullopt;
-            });
+            countIdlePasses(passes);
         });
         EXPECT_TRUE(expiries.reaches(3));
         EXPECT_TRUE(passes.reaches(3));
@@ -105,9 +99,7 @@ TEST_F(EventLoopWithoutABus, KilledDuringATaskLeavesTheTaskItsHandle) {
         sd_bus* before = loop->getSdBusHandle();
         bus.kill();
         for (int i = 0; i < 3; ++i) {
-            auto call =
-                dbus::makeDbusCall(loop->getSdBusHandle(), {peerName, peerPath, peerInterface}, "Echo");
-            EXPECT_EQ(dbus::sendMessage(loop->getSdBusHandle(), call).message, nullptr);
+            EXPECT_EQ(callPeer("Echo"), nullptr);
         }
         EXPECT_EQ(loop->getSdBusHandle(), before);
     });

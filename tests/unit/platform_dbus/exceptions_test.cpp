@@ -11,8 +11,6 @@
 namespace kaz::test {
 namespace {
 
-using std::chrono::milliseconds;
-
 struct Throwing {
     const char* what;
     std::function<void()> run;

@@ -8,16 +8,11 @@
 namespace kaz::test {
 namespace {
 
-using std::chrono::milliseconds;
-
 // One source is always ready, and the others must still get their turns.
 class EventLoopFairness : public LoopTest {
   protected:
     void SetUp() override {
-        loop->setIdleTaskSync([this]() -> std::optional<milliseconds> {
-            ++idlePasses;
-            return std::nullopt;
-        });
+        countIdlePasses(idlePasses);
         loop->setTimerCompletedTask([this] { ++expiries; });
     }
 

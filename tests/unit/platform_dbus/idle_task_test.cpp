@@ -7,25 +7,15 @@
 namespace kaz::test {
 namespace {
 
-using std::chrono::milliseconds;
-using std::chrono::steady_clock;
 using Answer = std::optional<milliseconds>;
 
 class EventLoopIdleTask : public LoopTest {
   protected:
-    // An idle task that counts its passes and always returns the same.
-    void answer(Answer delay) {
-        loop->setIdleTaskSync([this, delay] {
-            ++passes;
-            return delay;
-        });
-    }
-
     Counter passes;
 };
 
 TEST_F(EventLoopIdleTask, RunsOnceTheLoopHasNothingElseToDo) {
-    answer(std::nullopt);
+    countIdlePasses(passes);
     const Running running = start();
     EXPECT_TRUE(passes.reaches(1));
 }
@@ -51,7 +41,7 @@ TEST_F(EventLoopIdleTask, RunsOnlyWhenNothingElseIsReady) {
 }
 
 TEST_F(EventLoopIdleTask, WithoutADelayLetsTheLoopSleepUntilSomethingHappens) {
-    answer(std::nullopt);
+    countIdlePasses(passes);
     const Running running = start();
     const pid_t thread = loopThread();
     ASSERT_TRUE(fallsAsleep(thread));
@@ -82,7 +72,7 @@ TEST_F(EventLoopIdleTask, RunsAgainAfterTheDelayItAnswered) {
 }
 
 TEST_F(EventLoopIdleTask, SleepsThroughADelayTooLongToBeAdded) {
-    answer(milliseconds::max());
+    countIdlePasses(passes, milliseconds::max());
     const Running running = start();
     const pid_t thread = loopThread();
     ASSERT_TRUE(passes.reaches(1));
@@ -129,10 +119,7 @@ TEST_F(EventLoopIdleTask, DoesNotSpinWhenItAnswersZeroOrLessEachTime) {
     for (const milliseconds delay : {milliseconds(0), milliseconds(-1), milliseconds::min()}) {
         Counter counted;
         loop = std::make_unique<dbus::EventLoop>();
-        loop->setIdleTaskSync([&]() -> Answer {
-            ++counted;
-            return delay;
-        });
+        countIdlePasses(counted, delay);
         loop->startEventLoopAsync();
         onLoop([] {});
         const auto from = steady_clock::now();
@@ -149,10 +136,7 @@ TEST_F(EventLoopIdleTask, DoesNotSpinWhenItAnswersZeroOrLessEachTime) {
 TEST_F(EventLoopIdleTask, MayBeReplacedFromInsideItself) {
     Counter replaced;
     loop->setIdleTaskSync([&, text = std::string("still here, as long as it runs")]() -> Answer {
-        loop->setIdleTaskSync([&]() -> Answer {
-            ++replaced;
-            return std::nullopt;
-        });
+        countIdlePasses(replaced);
         EXPECT_EQ(text, "still here, as long as it runs");
         return milliseconds(1);
     });
@@ -161,7 +145,7 @@ TEST_F(EventLoopIdleTask, MayBeReplacedFromInsideItself) {
 }
 
 TEST_F(EventLoopIdleTask, MayBeTakenAway) {
-    answer(milliseconds(1));
+    countIdlePasses(passes, milliseconds(1));
     const Running running = start();
     ASSERT_TRUE(passes.reaches(3));
     const pid_t thread = loopThread();
@@ -171,7 +155,7 @@ TEST_F(EventLoopIdleTask, MayBeTakenAway) {
 }
 
 TEST_F(EventLoopIdleTask, RunsAfterASignalAndAfterTheTimer) {
-    answer(std::nullopt);
+    countIdlePasses(passes);
     BusPeer peer;
     peer.own(peerName);
     Counter handled;

@@ -33,10 +33,7 @@ TEST_F(EventLoopLifecycle, DestroyedWithoutAStartDestroysItsTasks) {
 
 TEST_F(EventLoopLifecycle, StoppedBeforeTheStartNeverRunsAnything) {
     Counter idlePasses;
-    loop->setIdleTaskSync([&]() -> std::optional<std::chrono::milliseconds> {
-        ++idlePasses;
-        return std::nullopt;
-    });
+    countIdlePasses(idlePasses);
     const auto task = pushWitness();
     loop->stopEventLoopAsync();
     loop->startEventLoopAsync();
@@ -84,24 +81,22 @@ TEST_F(EventLoopLifecycle, DropsTasksPushedAfterTheStopQuietly) {
 }
 
 TEST_F(EventLoopLifecycle, FinishesTheTaskInProgressDropsTheRestAndRunsTheIdleTaskOnceMore) {
-    std::promise<void> entered;
-    std::promise<void> proceed;
+    Gate gate;
     std::vector<std::string> order;
-    loop->setIdleTaskSync([&]() -> std::optional<std::chrono::milliseconds> {
+    loop->setIdleTaskSync([&]() -> std::optional<milliseconds> {
         order.emplace_back("idle");
         return std::nullopt;
     });
     loop->pushTaskAsync([&] {
-        entered.set_value();
-        proceed.get_future().wait();
+        gate.pass();
         order.emplace_back("task");
     });
     const auto queued = pushWitness();
     const Running running = start();
-    entered.get_future().wait();
+    gate.waitForTask();
     loop->stopEventLoopAsync();
     EXPECT_FALSE(queued.expired());
-    proceed.set_value();
+    gate.open();
     end();
     EXPECT_EQ(order, (std::vector<std::string>{"task", "idle"}));
     EXPECT_TRUE(queued.expired());
@@ -121,18 +116,14 @@ struct PushesWhenItDies : private NonCopyable {
 
 TEST_F(EventLoopLifecycle, DestroysDroppedTasksOnTheLoopThreadAndTheyMayPushAgain) {
     std::atomic<pid_t> destroyedOn = 0;
-    std::promise<void> entered;
-    std::promise<void> proceed;
+    Gate gate;
     const Running running = start();
     const pid_t thread = loopThread();
-    loop->pushTaskAsync([&] {
-        entered.set_value();
-        proceed.get_future().wait();
-    });
+    loop->pushTaskAsync([&] { gate.pass(); });
     loop->pushTaskAsync([held = std::make_shared<PushesWhenItDies>(*loop, destroyedOn)] {});
-    entered.get_future().wait();
+    gate.waitForTask();
     loop->stopEventLoopAsync();
-    proceed.set_value();
+    gate.open();
     end();
     EXPECT_EQ(destroyedOn, thread);
 }
@@ -140,8 +131,7 @@ TEST_F(EventLoopLifecycle, DestroysDroppedTasksOnTheLoopThreadAndTheyMayPushAgai
 TEST_F(EventLoopLifecycle, LetsWhatItHoldsPushWhileItDies) {
     std::atomic<pid_t> destroyedOn = 0;
     const auto held = [&] { return std::make_shared<PushesWhenItDies>(*loop, destroyedOn); };
-    loop->setIdleTaskSync(
-        [h = held()]() -> std::optional<std::chrono::milliseconds> { return std::nullopt; });
+    loop->setIdleTaskSync([h = held()]() -> std::optional<milliseconds> { return std::nullopt; });
     loop->setTimerCompletedTask([h = held()] {});
     loop->registerSignalHandlerSync(peerName, peerPath, peerInterface, "Changed", false,
                                     [h = held()](dbus::MessageDecoder&) {});

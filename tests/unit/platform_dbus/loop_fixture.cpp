@@ -5,42 +5,20 @@
 
 namespace kaz::test {
 
-LoopTest::LoopTest() {
-    bus.becomeSystemBus();
-    loop = std::make_unique<dbus::EventLoop>();
-}
-
-LoopTest::Running LoopTest::start() {
-    loop->startEventLoopAsync();
-    return Running(*this);
-}
-
-void LoopTest::end() {
-    delete loop.get();
-    static_cast<void>(loop.release());
-}
-
 pid_t LoopTest::loopThread() {
     return onLoop([] { return ::gettid(); });
 }
 
-std::string LoopTest::loopUniqueName() {
-    return onLoop([this] {
-        const char* name = "";
-        sd_bus_get_unique_name(loop->getSdBusHandle(), &name);
-        return std::string(name);
-    });
+dbus::MessagePtr LoopTest::callPeer(const std::string& member, const std::string& argument) {
+    auto made = dbus::makeDbusCall(loop->getSdBusHandle(), {peerName, peerPath, peerInterface}, member);
+    if (made.message() != nullptr) {
+        sd_bus_message_append(made.message(), "s", argument.c_str());
+    }
+    return dbus::MessagePtr(dbus::sendMessage(loop->getSdBusHandle(), made).message);
 }
 
 bool LoopTest::callFromLoop(const std::string& member, const std::string& argument) {
-    return onLoop([&] {
-        auto call = dbus::makeDbusCall(loop->getSdBusHandle(), {peerName, peerPath, peerInterface}, member);
-        if (call.message() != nullptr) {
-            sd_bus_message_append(call.message(), "s", argument.c_str());
-        }
-        const dbus::MessagePtr reply(dbus::sendMessage(loop->getSdBusHandle(), call).message);
-        return reply != nullptr;
-    });
+    return onLoop([&] { return callPeer(member, argument) != nullptr; });
 }
 
 void LoopTest::limitCalls(std::chrono::microseconds limit) {
@@ -54,6 +32,13 @@ void LoopTest::registerForChanged(bool temporary, std::function<void(dbus::Messa
     onLoop([&] {
         loop->registerSignalHandlerSync(peerName, peerPath, peerInterface, "Changed", temporary,
                                         std::move(handler));
+    });
+}
+
+void LoopTest::countIdlePasses(Counter& passes, std::optional<milliseconds> delay) {
+    loop->setIdleTaskSync([&passes, delay] {
+        ++passes;
+        return delay;
     });
 }
 

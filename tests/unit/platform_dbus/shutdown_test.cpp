@@ -1,4 +1,3 @@
-#include <kaz/dbus/calls.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/socket.h>
@@ -14,9 +13,7 @@
 namespace kaz::test {
 namespace {
 
-using std::chrono::milliseconds;
 using std::chrono::seconds;
-using std::chrono::steady_clock;
 
 // A call times out after 10 s. A cancelled call ends before, also on a busy machine.
 constexpr seconds lessThanACall{8};
@@ -24,12 +21,7 @@ constexpr seconds lessThanACall{8};
 // What the end of a loop does about peers that never answer.
 class EventLoopShutdown : public LoopTest {
   protected:
-    void SetUp() override {
-        loop->setIdleTaskSync([this]() -> std::optional<milliseconds> {
-            ++idlePasses;
-            return std::nullopt;
-        });
-    }
+    void SetUp() override { countIdlePasses(idlePasses); }
 
     steady_clock::duration destroy() {
         const auto from = steady_clock::now();
@@ -53,9 +45,7 @@ class EventLoopShutdown : public LoopTest {
     // A task that calls a peer that never answers.
     void pushHungCall() {
         loop->pushTaskAsync([this] {
-            auto call =
-                dbus::makeDbusCall(loop->getSdBusHandle(), {peerName, peerPath, peerInterface}, "Ignore");
-            EXPECT_EQ(dbus::sendMessage(loop->getSdBusHandle(), call).message, nullptr);
+            EXPECT_EQ(callPeer("Ignore"), nullptr);
             passesAtTheEndOfTheCall = idlePasses.value();
             ++hungCalls;
         });
@@ -140,9 +130,7 @@ TEST_F(EventLoopShutdown, FailsCallsOfTheTaskAndOfTheLastIdlePassTooAfterTheSeco
     onLoop([this] {
         loop->setIdleTaskSync([this]() -> std::optional<milliseconds> {
             for (int i = 0; i < 3; ++i) {
-                auto call =
-                    dbus::makeDbusCall(loop->getSdBusHandle(), {peerName, peerPath, peerInterface}, "Ignore");
-                EXPECT_EQ(dbus::sendMessage(loop->getSdBusHandle(), call).message, nullptr);
+                EXPECT_EQ(callPeer("Ignore"), nullptr);
             }
             ++idlePasses;
             return std::nullopt;
@@ -162,10 +150,7 @@ TEST_F(EventLoopShutdown, LetsTheLastIdlePassMakeItsCalls) {
     const Running running = start();
     onLoop([&] {
         loop->setIdleTaskSync([&]() -> std::optional<milliseconds> {
-            auto call =
-                dbus::makeDbusCall(loop->getSdBusHandle(), {peerName, peerPath, peerInterface}, "Set");
-            const dbus::MessagePtr reply(dbus::sendMessage(loop->getSdBusHandle(), call).message);
-            replied = reply != nullptr;
+            replied = callPeer("Set") != nullptr;
             return std::nullopt;
         });
         loop->stopEventLoopAsync();

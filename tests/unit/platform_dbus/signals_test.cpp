@@ -4,8 +4,6 @@
 
 #include "unit/platform_dbus/loop_fixture.h"
 
-#include <kaz/dbus/calls.h>
-
 namespace kaz::test {
 namespace {
 
@@ -183,11 +181,9 @@ TEST_F(EventLoopSignals, AHandlerMayMakeCalls) {
     std::string echoed;
     const Running running = start();
     registerForChanged(false, [&](MessageDecoder&) {
-        auto call = dbus::makeDbusCall(loop->getSdBusHandle(), {peerName, peerPath, peerInterface}, "Echo");
-        sd_bus_message_append(call.message(), "s", "from a handler");
-        auto reply = dbus::sendMessage(loop->getSdBusHandle(), call);
-        const dbus::MessagePtr owned(reply.message);
-        echoed = readString(reply);
+        const dbus::MessagePtr reply = callPeer("Echo", "from a handler");
+        MessageDecoder decoder{reply.get()};
+        echoed = readString(decoder);
         ++permanent;
     });
     peer.emit(changed, "");
@@ -200,10 +196,7 @@ TEST_F(EventLoopSignals, ThatArriveDuringACallAreHandledAfterTheTask) {
     registerForChanged(false, counting(permanent));
     onLoop([this] {
         peer.emit(changed, "during the task");
-        auto call = dbus::makeDbusCall(loop->getSdBusHandle(), {peerName, peerPath, peerInterface}, "Echo");
-        sd_bus_message_append(call.message(), "s", "");
-        const dbus::MessagePtr reply(dbus::sendMessage(loop->getSdBusHandle(), call).message);
-        EXPECT_NE(reply, nullptr);
+        EXPECT_NE(callPeer("Echo"), nullptr);
         EXPECT_EQ(permanent.value(), 0U);
     });
     EXPECT_TRUE(permanent.reaches(1));

@@ -131,6 +131,5 @@ TEST_F(EventLoopTasks, LeaveTheSignalsOfTheStartingThreadAsTheyWere) {
     }
 }
 
-// The loop is blocked while far too many tasks are added.
 }  // namespace
 }  // namespace kaz::test

@@ -6,9 +6,6 @@
 namespace kaz::test {
 namespace {
 
-using std::chrono::milliseconds;
-using std::chrono::steady_clock;
-
 class EventLoopTimer : public LoopTest {
   protected:
     Counter expiries;
@@ -161,10 +158,7 @@ TEST_F(EventLoopTimer, WithoutATaskExpiresQuietly) {
     Counter passes;
     const Running running = start();
     onLoop([&] {
-        loop->setIdleTaskSync([&]() -> std::optional<milliseconds> {
-            ++passes;
-            return std::nullopt;
-        });
+        countIdlePasses(passes);
         loop->configureTimerSync(true, milliseconds(5));
     });
     EXPECT_TRUE(passes.reaches(5));

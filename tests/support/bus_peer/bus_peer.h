@@ -1,20 +1,16 @@
 #pragma once
 
 #include "base/non_copyable.h"
-
-#include <systemd/sd-bus.h>
+#include "support/call_log/call_log.h"
+#include "support/scripted_peer/bus_thread.h"
 
 #include <atomic>
-#include <condition_variable>
-#include <memory>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace kaz::test {
 
-// Another client of the bus, with a thread of its own. Every object path of it answers:
+// Another client of the system bus, with its own thread. Each of its object paths answers:
 //   Echo(s) -> s        the argument
 //   Refuse(s)           the error "test.Error.Refused" with the text "will not take ARGUMENT"
 //   Ignore(s)           never
@@ -22,9 +18,7 @@ namespace kaz::test {
 //   Set(ssv)            an empty reply
 class BusPeer : NonCopyable {
   public:
-    // Connects to the system bus.
     BusPeer();
-    ~BusPeer();
 
     const std::string& uniqueName() const { return uniqueName_; }
 
@@ -39,45 +33,33 @@ class BusPeer : NonCopyable {
     // Broadcast, or for `destination` alone.
     void emit(const Signal& signal, const std::string& argument, const std::string& destination = "");
 
-    // Returns when the bus has passed on what was emitted so far.
-    void settle();
-
     // The bus's own NameOwnerChanged, as only the bus may send it.
     void emitOwnerChange(const std::string& name, const std::string& former, const std::string& present,
                          const std::string& destination);
 
-    // "MEMBER(FIRST ARGUMENT)" of the calls so far.
-    std::vector<std::string> calls() const;
-    // The unique name of the last caller.
-    std::string caller() const;
-    bool waitForCall(const std::string& call) const;
+    // Returns when the bus has delivered all emitted signals.
+    void settle();
 
-    // Signals received, as subscribed to by receive().
+    // "MEMBER(FIRST ARGUMENT)" of the calls so far.
+    std::vector<std::string> calls() const { return calls_.calls(); }
+    bool waitForCall(const std::string& call) const { return calls_.waitForCall(call); }
+    // The unique name of the last caller.
+    std::string caller() const { return callers_.calls().back(); }
+
+    // The number of signals received, as subscribed to by receive().
     void receive(const Signal& signal);
     std::size_t received() const { return received_; }
 
   private:
-    struct Close {
-        void operator()(sd_bus* bus) const noexcept { sd_bus_flush_close_unref(bus); }
-    };
-
-    static int onCall(sd_bus_message* message, void* peer, sd_bus_error* error);
-    static int onSignal(sd_bus_message* message, void* peer, sd_bus_error* error);
+    void answer(sd_bus_message* message);
     void send(const Signal& signal, const std::vector<std::string>& arguments,
               const std::string& destination);
-    void serve();
-    void poke() const;
 
-    mutable std::mutex mutex_;  // for bus_ and calls_
-    mutable std::condition_variable called_;
-    std::unique_ptr<sd_bus, Close> bus_;
     std::string uniqueName_;
-    std::vector<std::string> calls_;
-    std::string caller_;
+    CallLog calls_;
+    CallLog callers_;
     std::atomic<std::size_t> received_ = 0;
-    int wakeUp_ = -1;
-    std::atomic<bool> ending_ = false;
-    std::thread thread_;
+    BusThread connection_;
 };
 
 }  // namespace kaz::test
