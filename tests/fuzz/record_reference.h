@@ -6,7 +6,6 @@
 #include "fuzz/reference_reader.h"
 
 #include <optional>
-#include <string>
 #include <tuple>
 #include <utility>
 

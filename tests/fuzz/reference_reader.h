@@ -6,11 +6,9 @@
 #include <kaz/dbus/opath.h>
 
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace kaz::fuzz {
 

@@ -29,32 +29,29 @@ void BusPeer::disown(const std::string& name) {
         [&](sd_bus* bus) { requireSuccess(sd_bus_release_name(bus, name.c_str()), "sd_bus_release_name"); });
 }
 
-void BusPeer::emit(const Signal& signal, const std::string& argument, const std::string& destination) {
-    send(signal, {argument}, destination);
-}
-
-void BusPeer::emitOwnerChange(const std::string& name, const std::string& former, const std::string& present,
-                              const std::string& destination) {
-    send({"/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged"}, {name, former, present},
-         destination);
-}
-
-void BusPeer::send(const Signal& signal, const std::vector<std::string>& arguments,
-                   const std::string& destination) {
+void BusPeer::emit(const Signal& signal, const Append& arguments, const std::string& destination) {
     connection_.run([&](sd_bus* bus) {
         sd_bus_message* made = nullptr;
         requireSuccess(sd_bus_message_new_signal(bus, &made, signal.path.c_str(), signal.interface.c_str(),
                                                  signal.member.c_str()),
                        "sd_bus_message_new_signal");
         const dbus::MessagePtr message(made);
-        for (const std::string& argument : arguments) {
-            requireSuccess(sd_bus_message_append(made, "s", argument.c_str()), "sd_bus_message_append");
-        }
+        arguments(made);
         if (!destination.empty()) {
             requireSuccess(sd_bus_message_set_destination(made, destination.c_str()), "set_destination");
         }
         requireSuccess(sd_bus_send(bus, made, nullptr), "sd_bus_send");
     });
+}
+
+void BusPeer::emit(const Signal& signal, const std::string& argument, const std::string& destination) {
+    emit(signal, values("s", argument), destination);
+}
+
+void BusPeer::emitOwnerChange(const std::string& name, const std::string& former, const std::string& present,
+                              const std::string& destination) {
+    emit({"/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged"},
+         values("sss", name, former, present), destination);
 }
 
 void BusPeer::settle() {

@@ -2,6 +2,7 @@
 
 #include "base/non_copyable.h"
 #include "support/call_log/call_log.h"
+#include "support/scripted_peer/answers.h"
 #include "support/scripted_peer/bus_thread.h"
 
 #include <atomic>
@@ -31,6 +32,7 @@ class BusPeer : NonCopyable {
         std::string member;
     };
     // Broadcast, or for `destination` alone.
+    void emit(const Signal& signal, const Append& arguments, const std::string& destination = "");
     void emit(const Signal& signal, const std::string& argument, const std::string& destination = "");
 
     // The bus's own NameOwnerChanged, as only the bus may send it.
@@ -52,8 +54,6 @@ class BusPeer : NonCopyable {
 
   private:
     void answer(sd_bus_message* message);
-    void send(const Signal& signal, const std::vector<std::string>& arguments,
-              const std::string& destination);
 
     std::string uniqueName_;
     CallLog calls_;

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
-#include <new>
 #include <string>
 #include <type_traits>
 #include <utility>

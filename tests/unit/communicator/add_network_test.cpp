@@ -84,17 +84,13 @@ const std::vector<Case> cases{
 
 class AddNetwork : public CommunicatorTest {
   protected:
-    void onAddNetwork(Answer answer) {
-        supplicant.onCall(interfacePath, interfaceInterface, "AddNetwork", std::move(answer));
-    }
-
     std::unique_ptr<Communicator::ConfiguredNetwork> add(const ConnectionSettings& wanted) {
         return onLoop([&] { return communicator->addNetworkSync(wanted); });
     }
 };
 
 TEST_F(AddNetwork, AddNetworkSendsExactlyTheSettingsOfEachSecurityMode) {
-    onAddNetwork(reply("o", networkPath));
+    onInterface("AddNetwork", reply("o", networkPath));
     startAttached();
     for (const Case& test : cases) {
         EXPECT_NE(add(test.settings), nullptr) << test.what;
@@ -103,7 +99,7 @@ TEST_F(AddNetwork, AddNetworkSendsExactlyTheSettingsOfEachSecurityMode) {
 }
 
 TEST_F(AddNetwork, AddNetworkReturnsAHandleWithPathAndSsid) {
-    onAddNetwork(reply("o", networkPath));
+    onInterface("AddNetwork", reply("o", networkPath));
     startAttached();
     const auto network = add(settings(SecurityMode::rsnPsk));
     ASSERT_NE(network, nullptr);
@@ -113,7 +109,7 @@ TEST_F(AddNetwork, AddNetworkReturnsAHandleWithPathAndSsid) {
 }
 
 TEST_F(AddNetwork, RefusedAddNetworkReturnsNull) {
-    onAddNetwork(errorReply("fi.w1.wpa_supplicant1.InvalidArgs", "x"));
+    onInterface("AddNetwork", errorReply("fi.w1.wpa_supplicant1.InvalidArgs", "x"));
     startAttached();
     EXPECT_EQ(add(settings(SecurityMode::none)), nullptr);
     EXPECT_FALSE(log.contains("Added network"));
@@ -122,16 +118,14 @@ TEST_F(AddNetwork, RefusedAddNetworkReturnsNull) {
 TEST_F(AddNetwork, AddNetworkReplyWithoutPathReturnsNull) {
     startAttached();
     for (const Answer& answer : {reply("s", networkPath), reply("")}) {
-        onAddNetwork(answer);
+        onInterface("AddNetwork", answer);
         EXPECT_EQ(add(settings(SecurityMode::none)), nullptr);
-        EXPECT_THAT(
-            takeLog(),
-            ElementsAre(warning("Error while decoding dbus data. Details: No such device or address")));
+        EXPECT_THAT(takeLog(), ElementsAre(warning(decodingFailed + noSuchType)));
     }
 }
 
 TEST_F(AddNetwork, TextThatCannotBeSentIsLoggedAndNeverTruncated) {
-    onAddNetwork(reply("o", networkPath));
+    onInterface("AddNetwork", reply("o", networkPath));
     startAttached();
     for (const std::string& ssid :
          {std::string("Ho\0me", 5), std::string("\0", 1), std::string("Caf\xe9"), std::string(32, '\xff')}) {
@@ -145,7 +139,7 @@ TEST_F(AddNetwork, TextThatCannotBeSentIsLoggedAndNeverTruncated) {
 }
 
 TEST_F(AddNetwork, SupplicantReplyPutsNoSecretIntoTheLog) {
-    onAddNetwork([](sd_bus_message* call) {
+    onInterface("AddNetwork", [](sd_bus_message* call) {
         return errorReply("fi.w1.wpa_supplicant1.InvalidArgs", "Cannot use " + test::messageText(call))(call);
     });
     startAttached();

@@ -4,7 +4,6 @@
 #include <spdlog/sinks/callback_sink.h>
 #include <spdlog/spdlog.h>
 
-#include <memory>
 #include <string_view>
 
 namespace kaz::wifi {
@@ -25,6 +24,17 @@ class BusLoss : public CommunicatorTest {
         supplicant.comeBack();
         networkd.comeBack();
         systemd.comeBack();
+    }
+
+    void attachAndLoseBus() {
+        startAttached();
+        loseBus();
+        ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    }
+
+    void bringBusBackAndAttach(const std::string& status) {
+        bringBusBack();
+        ASSERT_TRUE(calls.waitForCall("status changed: " + status));
     }
 
     // Notes for each attach whether the supplicant survived.
@@ -48,26 +58,18 @@ class BusLoss : public CommunicatorTest {
 };
 
 TEST_F(BusLoss, LostBusDetachesOnceAndItsReturnAttachesOnce) {
-    startAttached();
-    loseBus();
-    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    attachAndLoseBus();
     EXPECT_FALSE(communicator->isSupplicantOn());
-    bringBusBack();
-    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    bringBusBackAndAttach("on");
     onLoop([] {});
     EXPECT_THAT(statusChanges(), ElementsAre("status changed: off", "status changed: on"));
-    EXPECT_THAT(calls.calls(), testing::IsSupersetOf({getText(unitPath, unitInterface, "ActiveState"),
-                                                      getText(rootPath, rootInterface, "Interfaces"),
-                                                      getAllText(interfacePath, interfaceInterface),
-                                                      getAllText(networkdPath, networkdInterface)}));
+    EXPECT_THAT(calls.calls(), testing::IsSupersetOf({getUnitState, getInterfaces, getInterfaceProperties,
+                                                      getNetworkdProperties}));
 }
 
 TEST_F(BusLoss, SignalAfterTheReturnOfTheBusIsReportedOnce) {
-    startAttached();
-    loseBus();
-    ASSERT_TRUE(calls.waitForCall("status changed: off"));
-    bringBusBack();
-    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    attachAndLoseBus();
+    bringBusBackAndAttach("on");
     settle();
     forget();
     emitFromInterface("ScanDone", "b", 1);
@@ -85,20 +87,14 @@ TEST_F(BusLoss, SignalAfterTheReturnOfTheBusIsReportedOnce) {
 
 TEST_F(BusLoss, SupplicantThatWasNotReportedStoppedSurvivesTheLossOfTheBus) {
     noteSurvival();
-    startAttached();
-    loseBus();
-    ASSERT_TRUE(calls.waitForCall("status changed: off"));
-    bringBusBack();
-    ASSERT_TRUE(calls.waitForCall("status changed: on, survived"));
+    attachAndLoseBus();
+    bringBusBackAndAttach("on, survived");
 }
 
 TEST_F(BusLoss, SupplicantStartedAfterASurvivedLossIsNew) {
     noteSurvival();
-    startAttached();
-    loseBus();
-    ASSERT_TRUE(calls.waitForCall("status changed: off"));
-    bringBusBack();
-    ASSERT_TRUE(calls.waitForCall("status changed: on, survived"));
+    attachAndLoseBus();
+    bringBusBackAndAttach("on, survived");
     settle();
     emitUnitState("inactive");
     emitUnitState("active");
@@ -112,18 +108,15 @@ TEST_F(BusLoss, SupplicantThatStoppedBeforeTheLossIsNew) {
     ASSERT_TRUE(calls.waitForCall("status changed: off"));
     loseBus();
     ASSERT_TRUE(log.waitForText(spdlog::level::err, "Lost the connection to the system bus"));
-    bringBusBack();
-    ASSERT_TRUE(calls.waitForCall("status changed: on, new"));
+    bringBusBackAndAttach("on, new");
 }
 
 TEST_F(BusLoss, SupplicantThatStoppedDuringTheLossIsNew) {
     noteSurvival();
-    startAttached();
-    loseBus();
-    ASSERT_TRUE(calls.waitForCall("status changed: off"));
-    systemd.onGet(unitPath, unitInterface, "ActiveState", reply("v", "s", "inactive"));
+    attachAndLoseBus();
+    onUnitState(reply("v", "s", "inactive"));
     bringBusBack();
-    ASSERT_TRUE(calls.waitForCall(getText(unitPath, unitInterface, "ActiveState")));
+    ASSERT_TRUE(calls.waitForCall(getUnitState));
     onLoop([] {});
     emitUnitState("active");
     ASSERT_TRUE(calls.waitForCall("status changed: on, new"));
@@ -138,9 +131,7 @@ TEST_F(BusLoss, LossOfTheBusWhileDetachedIsNotReported) {
 }
 
 TEST_F(BusLoss, OperationsFailWithoutABus) {
-    startAttached();
-    loseBus();
-    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    attachAndLoseBus();
     onLoop([&] {
         EXPECT_FALSE(communicator->scanSync());
         EXPECT_FALSE(communicator->startStopSupplicantSync(true));
@@ -151,8 +142,7 @@ TEST_F(BusLoss, BusThatStartsLateAttaches) {
     loseBus();
     start("active");
     EXPECT_FALSE(communicator->isSupplicantOn());
-    bringBusBack();
-    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    bringBusBackAndAttach("on");
     emitUnitState("inactive");
     EXPECT_TRUE(calls.waitForCall("status changed: off"));
 }
@@ -184,14 +174,10 @@ TEST_F(BusLoss, SystemdThatStartsRightAfterTheFailedCallAttaches) {
 TEST_F(BusLoss, RestartedSystemdIsAskedForSignalsAndTheStateOfTheUnit) {
     startAttached();
     systemd.leave();
-    systemd.onGet(unitPath, unitInterface, "ActiveState", reply("v", "s", "failed"));
+    onUnitState(reply("v", "s", "failed"));
     systemd.comeBack();
     ASSERT_TRUE(calls.waitForCall("status changed: off"));
-    EXPECT_THAT(
-        calls.calls(),
-        ElementsAre(callText(systemdPath, systemdInterface + ".LoadUnit", "\"wpa_supplicant.service\""),
-                    callText(systemdPath, systemdInterface + ".Subscribe"),
-                    getText(unitPath, unitInterface, "ActiveState"), "status changed: off"));
+    EXPECT_THAT(calls.calls(), ElementsAre(callLoadUnit, callSubscribe, getUnitState, "status changed: off"));
 }
 
 TEST_F(BusLoss, LossOfSystemdAloneChangesNothing) {

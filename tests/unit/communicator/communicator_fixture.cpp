@@ -3,7 +3,6 @@
 #include "support/printed_values/printed_reports.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace kaz::wifi {
 namespace {
@@ -55,11 +54,11 @@ CommunicatorTest::CommunicatorTest()
       supplicant(bus.address(), "fi.w1.wpa_supplicant1", calls),
       networkd(bus.address(), "org.freedesktop.network1", calls),
       communicator(std::make_unique<DbusCommunicator>()) {
-    systemd.onCall(systemdPath, systemdInterface, "LoadUnit", reply("o", unitPath));
-    systemd.onCall(systemdPath, systemdInterface, "Subscribe", reply(""));
-    supplicant.onGet(rootPath, rootInterface, "Interfaces", reply("v", "ao", 1, interfacePath));
-    supplicant.onGetAll(interfacePath, interfaceInterface, reply("a{sv}", 0));
-    networkd.onGetAll(networkdPath, networkdInterface, reply("a{sv}", 0));
+    onSystemd("LoadUnit", reply("o", unitPath));
+    onSystemd("Subscribe", reply(""));
+    onInterfaces(reply("v", "ao", 1, interfacePath));
+    onInterfaceProperties(reply("a{sv}", 0));
+    onNetworkd(reply("a{sv}", 0));
     assignHandlers();
 }
 
@@ -90,7 +89,7 @@ void CommunicatorTest::assignHandlers() {
 }
 
 void CommunicatorTest::start(const std::string& activeState) {
-    systemd.onGet(unitPath, unitInterface, "ActiveState", reply("v", "s", activeState));
+    onUnitState(reply("v", "s", activeState));
     communicator->startEventLoop();
     onLoop([] {});
 }
@@ -108,6 +107,38 @@ void CommunicatorTest::startDetached() {
 void CommunicatorTest::forget() {
     calls.take();
     log.clear();
+}
+
+void CommunicatorTest::onSystemd(const std::string& member, Answer answer) {
+    systemd.onCall(systemdPath, systemdInterface, member, std::move(answer));
+}
+
+void CommunicatorTest::onUnitState(Answer answer) {
+    systemd.onGet(unitPath, unitInterface, "ActiveState", std::move(answer));
+}
+
+void CommunicatorTest::onInterfaces(Answer answer) {
+    supplicant.onGet(rootPath, rootInterface, "Interfaces", std::move(answer));
+}
+
+void CommunicatorTest::onInterface(const std::string& member, Answer answer) {
+    supplicant.onCall(interfacePath, interfaceInterface, member, std::move(answer));
+}
+
+void CommunicatorTest::onInterfaceProperties(Answer answer) {
+    supplicant.onGetAll(interfacePath, interfaceInterface, std::move(answer));
+}
+
+void CommunicatorTest::onNetworkd(Answer answer) {
+    networkd.onGetAll(networkdPath, networkdInterface, std::move(answer));
+}
+
+void CommunicatorTest::onNetworkProperties(Answer answer) {
+    supplicant.onGet(networkPath, networkInterface, "Properties", std::move(answer));
+}
+
+void CommunicatorTest::onBss(Answer answer) {
+    supplicant.onGetAll(bssPath, bssInterface, std::move(answer));
 }
 
 void CommunicatorTest::emitUnitState(const std::string& activeState) {

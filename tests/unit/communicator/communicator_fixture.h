@@ -46,8 +46,10 @@ inline const std::string unitInterface = "org.freedesktop.systemd1.Unit";
 inline const std::string networkdInterface = "org.freedesktop.network1.Manager";
 inline const std::string propertiesInterface = "org.freedesktop.DBus.Properties";
 
-// The beginning of the log record for an undecodable reply or signal.
+// The log records for an undecodable reply or signal.
 inline const std::string decodingFailed = "Error while decoding dbus data. Details: ";
+inline const std::string noSuchType = "No such device or address";
+inline const std::string noSuchValue = "Value decoding error: Unable to read from variant: " + noSuchType;
 
 // The texts in which a peer records the calls it receives.
 std::string callText(const std::string& path, const std::string& member, const std::string& arguments = "");
@@ -58,6 +60,17 @@ std::string getAllText(const std::string& path, const std::string& interface);
 
 // A call on the supplicant's interface.
 std::string interfaceCall(const std::string& member, const std::string& arguments = "");
+
+// The calls of a start and of an attach, and those that resolve a path.
+inline const std::string callLoadUnit =
+    callText(systemdPath, systemdInterface + ".LoadUnit", "\"wpa_supplicant.service\"");
+inline const std::string callSubscribe = callText(systemdPath, systemdInterface + ".Subscribe");
+inline const std::string getUnitState = getText(unitPath, unitInterface, "ActiveState");
+inline const std::string getInterfaces = getText(rootPath, rootInterface, "Interfaces");
+inline const std::string getInterfaceProperties = getAllText(interfacePath, interfaceInterface);
+inline const std::string getNetworkdProperties = getAllText(networkdPath, networkdInterface);
+inline const std::string getNetworkProperties = getText(networkPath, networkInterface, "Properties");
+inline const std::string getBssProperties = getAllText(bssPath, bssInterface);
 
 ConnectionSettings openNetwork(const std::string& ssid);
 
@@ -96,6 +109,16 @@ class CommunicatorTest : public testing::Test {
         }
         return result.get();
     }
+
+    // The daemons' answers to the calls above, and to calls of members.
+    void onSystemd(const std::string& member, Answer answer);
+    void onUnitState(Answer answer);
+    void onInterfaces(Answer answer);
+    void onInterface(const std::string& member, Answer answer);
+    void onInterfaceProperties(Answer answer);
+    void onNetworkd(Answer answer);
+    void onNetworkProperties(Answer answer);
+    void onBss(Answer answer);
 
     // Signals of the daemons.
     void emitUnitState(const std::string& activeState);

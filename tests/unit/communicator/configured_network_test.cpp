@@ -8,8 +8,8 @@ class ConfiguredNetworkHandle : public CommunicatorTest {
   protected:
     ConfiguredNetworkHandle() {
         supplicant.onGet(interfacePath, interfaceInterface, "Networks", reply("v", "ao", 1, networkPath));
-        supplicant.onCall(interfacePath, interfaceInterface, "SelectNetwork", reply(""));
-        supplicant.onCall(interfacePath, interfaceInterface, "RemoveNetwork", reply(""));
+        onInterface("SelectNetwork", reply(""));
+        onInterface("RemoveNetwork", reply(""));
         supplicant.onSet(networkPath, networkInterface, "Enabled", reply(""));
         supplicant.onSet(networkPath, networkInterface, "Properties", reply(""));
         startAttached();
@@ -37,8 +37,7 @@ class ConfiguredNetworkHandle : public CommunicatorTest {
 };
 
 TEST_F(ConfiguredNetworkHandle, HandleCallsOperationsWithItsPath) {
-    supplicant.onGet(networkPath, networkInterface, "Properties",
-                     reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
+    onNetworkProperties(reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
     const auto network = handle();
     EXPECT_EQ(network->getSsid(), "Home");
     expectAtWork(*network);
@@ -53,8 +52,8 @@ TEST_F(ConfiguredNetworkHandle, HandleWithoutSsidCanBeUsed) {
 TEST_F(ConfiguredNetworkHandle, HandleReturnsFailure) {
     const auto network = handle();
     const Answer broken = errorReply("fi.w1.wpa_supplicant1.NetworkUnknown", "x");
-    supplicant.onCall(interfacePath, interfaceInterface, "SelectNetwork", broken);
-    supplicant.onCall(interfacePath, interfaceInterface, "RemoveNetwork", broken);
+    onInterface("SelectNetwork", broken);
+    onInterface("RemoveNetwork", broken);
     supplicant.onSet(networkPath, networkInterface, "Enabled", broken);
     supplicant.onSet(networkPath, networkInterface, "Properties", broken);
     EXPECT_FALSE(onLoop([&] { return network->selectSync(); }));

@@ -13,13 +13,6 @@ class Networks : public CommunicatorTest {
   protected:
     Networks() { startAttached(); }
 
-    void onInterface(const std::string& member, Answer answer) {
-        supplicant.onCall(interfacePath, interfaceInterface, member, std::move(answer));
-    }
-    void onNetworkProperties(Answer answer) {
-        supplicant.onGet(networkPath, networkInterface, "Properties", std::move(answer));
-    }
-
     std::optional<std::string> configuredSsid() {
         forget();
         return onLoop([&] { return communicator->configuredNetworks().ssidSync(network); });
@@ -109,7 +102,7 @@ TEST_F(Networks, DisconnectAndReconnectLogNothing) {
 
 TEST_F(Networks, SsidIsReadInQuotesOrHexadecimalDigits) {
     EXPECT_EQ(configuredSsid("\"Home\""), "Home");
-    EXPECT_THAT(takeCalls(), ElementsAre(getText(networkPath, networkInterface, "Properties")));
+    EXPECT_THAT(takeCalls(), ElementsAre(getNetworkProperties));
     EXPECT_EQ(configuredSsid("486f6d65"), "Home");
     EXPECT_EQ(configuredSsid(""), "");
     EXPECT_EQ(configuredSsid("00ff22"), std::string("\0\xff\"", 3));

@@ -4,7 +4,6 @@
 
 #include <functional>
 #include <iosfwd>
-#include <string>
 #include <vector>
 
 namespace kaz::wifi {

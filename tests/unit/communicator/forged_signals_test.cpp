@@ -1,4 +1,5 @@
 // Signals that look like a daemon's but come from another program on the bus.
+#include "support/bus_peer/bus_peer.h"
 #include "unit/communicator/communicator_fixture.h"
 
 #include <ostream>
@@ -42,47 +43,10 @@ const std::vector<Subscription>& subscriptions() {
     return all;
 }
 
-// Any program on the bus.
-class Intruder {
-  public:
-    explicit Intruder(const std::string& address) {
-        sd_bus* made = nullptr;
-        EXPECT_GE(sd_bus_new(&made), 0);
-        bus_.reset(made);
-        EXPECT_GE(sd_bus_set_address(made, address.c_str()), 0);
-        EXPECT_GE(sd_bus_set_bus_client(made, 1), 0);
-        EXPECT_GE(sd_bus_start(made), 0);
-    }
-
-    // Returns when the bus has delivered the signal. Without a destination it is broadcast.
-    void send(const Subscription& forged, const std::string& destination) {
-        sd_bus_message* made = nullptr;
-        ASSERT_GE(sd_bus_message_new_signal(bus_.get(), &made, forged.path.c_str(), forged.interface.c_str(),
-                                            forged.member.c_str()),
-                  0);
-        const dbus::MessagePtr signal(made);
-        forged.arguments(made);
-        if (!destination.empty()) {
-            ASSERT_GE(sd_bus_message_set_destination(made, destination.c_str()), 0);
-        }
-        ASSERT_GE(sd_bus_send(bus_.get(), made, nullptr), 0);
-        ASSERT_GE(sd_bus_call_method(bus_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                     "org.freedesktop.DBus", "GetId", nullptr, nullptr, ""),
-                  0);
-    }
-
-  private:
-    struct Close {
-        void operator()(sd_bus* bus) const noexcept { sd_bus_flush_close_unref(bus); }
-    };
-    std::unique_ptr<sd_bus, Close> bus_;
-};
-
 class ForgedSignals : public CommunicatorTest, public testing::WithParamInterface<Subscription> {
   protected:
     ForgedSignals() {
-        supplicant.onGet(networkPath, networkInterface, "Properties",
-                         reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
+        onNetworkProperties(reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
         supplicant.onSet("/who/asks", networkInterface, "Properties", [this](sd_bus_message* call) {
             ourName = sd_bus_message_get_sender(call);
             return reply("")(call);
@@ -112,7 +76,9 @@ class ForgedSignals : public CommunicatorTest, public testing::WithParamInterfac
 
     void expectNothing(const std::string& destination) {
         forget();
-        intruder->send(subscription(), destination);
+        intruder.emit({subscription().path, subscription().interface, subscription().member},
+                      subscription().arguments, destination);
+        intruder.settle();
         if (!destination.empty()) {
             EXPECT_TRUE(
                 log.waitForText(spdlog::level::debug, "Dropping " + subscription().member + ": sent by "));
@@ -147,7 +113,7 @@ class ForgedSignals : public CommunicatorTest, public testing::WithParamInterfac
     }
 
     std::string ourName;
-    std::unique_ptr<Intruder> intruder = std::make_unique<Intruder>(bus.address());
+    test::BusPeer intruder;
 };
 
 TEST_P(ForgedSignals, ForgedSignalChangesNothingBeforeAndAfterARestartOfTheRealPeer) {

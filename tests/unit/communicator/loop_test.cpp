@@ -58,7 +58,7 @@ TEST_F(Loop, StopDropsQueuedAndLaterTasks) {
 }
 
 TEST_F(Loop, DestructionEndsACallThatIsNotAnswered) {
-    systemd.onCall(systemdPath, systemdInterface, "LoadUnit", noReply());
+    onSystemd("LoadUnit", noReply());
     communicator->startEventLoop();
     ASSERT_TRUE(calls.waitForCall("LoadUnit"));
     const auto before = steady_clock::now();

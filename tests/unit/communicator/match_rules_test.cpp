@@ -51,30 +51,24 @@ class MatchRules : public CommunicatorTest {
 
 TEST_F(MatchRules, UnitRuleIsAddedAfterSubscribeAndBeforeActiveStateIsRead) {
     start("inactive");
-    EXPECT_THAT(
-        traffic(),
-        ElementsAre("call org.freedesktop.systemd1 " +
-                        callText(systemdPath, systemdInterface + ".LoadUnit", "\"wpa_supplicant.service\""),
-                    "call org.freedesktop.systemd1 " + callText(systemdPath, systemdInterface + ".Subscribe"),
-                    unitMatch + unitPath,
-                    "call org.freedesktop.systemd1 " + getText(unitPath, unitInterface, "ActiveState"),
-                    "end"));
+    EXPECT_THAT(traffic(), ElementsAre("call org.freedesktop.systemd1 " + callLoadUnit,
+                                       "call org.freedesktop.systemd1 " + callSubscribe, unitMatch + unitPath,
+                                       "call org.freedesktop.systemd1 " + getUnitState, "end"));
 }
 
 TEST_F(MatchRules, AttachAddsRulesInThisOrder) {
     start("active");
     const auto all = traffic();
     ASSERT_GT(all.size(), 4U);
-    EXPECT_THAT(std::vector<std::string>(all.begin() + 4, all.end()),
-                ElementsAre("call fi.w1.wpa_supplicant1 " + getText(rootPath, rootInterface, "Interfaces"),
-                            supplicantMatch("match", interfaceInterface + ".ScanDone"),
-                            supplicantMatch("match", interfaceInterface + ".EAP"),
-                            supplicantMatch("match", interfaceInterface + ".NetworkSelected"),
-                            supplicantMatch("match", propertiesInterface + ".PropertiesChanged"),
-                            "call fi.w1.wpa_supplicant1 " + getAllText(interfacePath, interfaceInterface),
-                            "match" + networkdMatch,
-                            "call org.freedesktop.network1 " + getAllText(networkdPath, networkdInterface),
-                            "status-changed", "end"));
+    EXPECT_THAT(
+        std::vector<std::string>(all.begin() + 4, all.end()),
+        ElementsAre("call fi.w1.wpa_supplicant1 " + getInterfaces,
+                    supplicantMatch("match", interfaceInterface + ".ScanDone"),
+                    supplicantMatch("match", interfaceInterface + ".EAP"),
+                    supplicantMatch("match", interfaceInterface + ".NetworkSelected"),
+                    supplicantMatch("match", propertiesInterface + ".PropertiesChanged"),
+                    "call fi.w1.wpa_supplicant1 " + getInterfaceProperties, "match" + networkdMatch,
+                    "call org.freedesktop.network1 " + getNetworkdProperties, "status-changed", "end"));
 }
 
 TEST_F(MatchRules, DetachDropsOnlyTheRulesOfTheAttachAfterTheStatusHandler) {
@@ -98,18 +92,16 @@ TEST_F(MatchRules, DetachDropsOnlyTheRulesOfTheAttachAfterTheStatusHandler) {
 }
 
 TEST_F(MatchRules, SupplicantWithoutInterfaceAddsNoRule) {
-    supplicant.onGet(rootPath, rootInterface, "Interfaces", reply("v", "ao", 0));
+    onInterfaces(reply("v", "ao", 0));
     start("active");
     const auto all = traffic();
     ASSERT_GT(all.size(), 4U);
-    EXPECT_THAT(
-        std::vector<std::string>(all.begin() + 4, all.end()),
-        ElementsAre("call fi.w1.wpa_supplicant1 " + getText(rootPath, rootInterface, "Interfaces"), "end"));
+    EXPECT_THAT(std::vector<std::string>(all.begin() + 4, all.end()),
+                ElementsAre("call fi.w1.wpa_supplicant1 " + getInterfaces, "end"));
 }
 
 TEST_F(MatchRules, FailedLoadUnitAddsTheRuleAndReadsTheStateForTheRootPath) {
-    systemd.onCall(systemdPath, systemdInterface, "LoadUnit",
-                   errorReply("org.freedesktop.systemd1.LoadFailed", "x"));
+    onSystemd("LoadUnit", errorReply("org.freedesktop.systemd1.LoadFailed", "x"));
     start("active");
     const auto all = traffic();
     ASSERT_EQ(all.size(), 5U);

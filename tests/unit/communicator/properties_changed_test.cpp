@@ -6,8 +6,6 @@
 namespace kaz::wifi {
 namespace {
 
-const std::string noSuchType = "No such device or address";
-
 class PropertiesChanged : public CommunicatorTest {
   protected:
     PropertiesChanged() { startAttached(); }
@@ -60,7 +58,7 @@ TEST_F(PropertiesChanged, BssListIsReportedInOrder) {
     addBss("/other", "Home", -70);
     change(1, "BSSs", "ao", 2, "/other", bssPath);
     EXPECT_THAT(takeCalls(),
-                ElementsAre(getAllText("/other", bssInterface), getAllText(bssPath, bssInterface),
+                ElementsAre(getAllText("/other", bssInterface), getBssProperties,
                             "report: bssList=Set(\"Home\" -70 dBm none, \"Home\" -60 dBm none)"));
     EXPECT_THAT(takeLog(), ElementsAre(debug("PropertiesChanged: BSSs=2 values, decoded=2")));
 }
@@ -68,7 +66,7 @@ TEST_F(PropertiesChanged, BssListIsReportedInOrder) {
 TEST_F(PropertiesChanged, BssListOmitsVanishedBsss) {
     addBss(bssPath, "Home", -60);
     change(1, "BSSs", "ao", 3, "/gone", bssPath, "/gone/too");
-    EXPECT_THAT(takeCalls(), ElementsAre(getAllText("/gone", bssInterface), getAllText(bssPath, bssInterface),
+    EXPECT_THAT(takeCalls(), ElementsAre(getAllText("/gone", bssInterface), getBssProperties,
                                          getAllText("/gone/too", bssInterface),
                                          "report: bssList=Set(\"Home\" -60 dBm none)"));
     EXPECT_EQ(takeLog().back(), debug("PropertiesChanged: BSSs=3 values, decoded=1"));
@@ -86,11 +84,9 @@ TEST_F(PropertiesChanged, EmptyBssListIsReportedAsClearedWithoutARecord) {
 }
 
 TEST_F(PropertiesChanged, CurrentNetworkIsReportedByItsSsid) {
-    supplicant.onGet(networkPath, networkInterface, "Properties",
-                     reply("v", "a{sv}", 1, "ssid", "s", "486f6d65"));
+    onNetworkProperties(reply("v", "a{sv}", 1, "ssid", "s", "486f6d65"));
     change(1, "CurrentNetwork", "o", networkPath);
-    EXPECT_THAT(takeCalls(), ElementsAre(getText(networkPath, networkInterface, "Properties"),
-                                         "report: network=Set(\"Home\")"));
+    EXPECT_THAT(takeCalls(), ElementsAre(getNetworkProperties, "report: network=Set(\"Home\")"));
     EXPECT_THAT(takeLog(), ElementsAre(debug("PropertiesChanged: CurrentNetwork=" + networkPath)));
 }
 
@@ -101,10 +97,9 @@ TEST_F(PropertiesChanged, CurrentNetworkAtTheRootPathIsReportedAsCleared) {
 }
 
 TEST_F(PropertiesChanged, CurrentNetworkWithUnreadableSsidIsReportedAsUnchanged) {
-    supplicant.onGet(networkPath, networkInterface, "Properties", reply("v", "a{sv}", 0));
+    onNetworkProperties(reply("v", "a{sv}", 0));
     change(1, "CurrentNetwork", "o", networkPath);
-    EXPECT_THAT(takeCalls(),
-                ElementsAre(getText(networkPath, networkInterface, "Properties"), "report: nothing"));
+    EXPECT_THAT(takeCalls(), ElementsAre(getNetworkProperties, "report: nothing"));
     EXPECT_THAT(takeLog(), ElementsAre(warning("Couldn't get SSID for " + networkPath + ", no value set."),
                                        debug("PropertiesChanged: CurrentNetwork=" + networkPath)));
 }
@@ -112,9 +107,8 @@ TEST_F(PropertiesChanged, CurrentNetworkWithUnreadableSsidIsReportedAsUnchanged)
 TEST_F(PropertiesChanged, CurrentBssIsReported) {
     addBss(bssPath, std::string("\0\xff", 2), -42);
     change(1, "CurrentBSS", "o", bssPath);
-    EXPECT_THAT(takeCalls(),
-                ElementsAre(getAllText(bssPath, bssInterface),
-                            "report: bss=Set(\"" + std::string("\0\xff", 2) + "\" -42 dBm none)"));
+    EXPECT_THAT(takeCalls(), ElementsAre(getBssProperties, "report: bss=Set(\"" + std::string("\0\xff", 2) +
+                                                               "\" -42 dBm none)"));
     EXPECT_THAT(takeLog(), ElementsAre(debug("PropertiesChanged: CurrentBSS=" + bssPath)));
 }
 
@@ -126,7 +120,7 @@ TEST_F(PropertiesChanged, CurrentBssAtTheRootPathIsReportedAsCleared) {
 
 TEST_F(PropertiesChanged, VanishedCurrentBssIsReportedAsUnchanged) {
     change(1, "CurrentBSS", "o", bssPath);
-    EXPECT_THAT(takeCalls(), ElementsAre(getAllText(bssPath, bssInterface), "report: nothing"));
+    EXPECT_THAT(takeCalls(), ElementsAre(getBssProperties, "report: nothing"));
     EXPECT_EQ(takeLog().back(), debug("PropertiesChanged: CurrentBSS=" + bssPath));
 }
 
@@ -162,16 +156,13 @@ TEST_F(PropertiesChanged, DisconnectReasonIsOnlyLogged) {
 
 TEST_F(PropertiesChanged, AllPropertiesAreResolvedInThisOrderIntoOneReport) {
     addBss(bssPath, "Home", -60);
-    supplicant.onGet(networkPath, networkInterface, "Properties",
-                     reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
+    onNetworkProperties(reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
     change(6, "DisconnectReason", "i", 1, "State", "s", "completed", "CurrentBSS", "o", bssPath,
            "CurrentNetwork", "o", networkPath, "Scanning", "b", 1, "BSSs", "ao", 1, bssPath);
-    EXPECT_THAT(
-        takeCalls(),
-        ElementsAre(getAllText(bssPath, bssInterface), getText(networkPath, networkInterface, "Properties"),
-                    getAllText(bssPath, bssInterface),
-                    "report: scanning=true bssList=Set(\"Home\" -60 dBm none) network=Set(\"Home\") "
-                    "bss=Set(\"Home\" -60 dBm none) status=Connected"));
+    EXPECT_THAT(takeCalls(),
+                ElementsAre(getBssProperties, getNetworkProperties, getBssProperties,
+                            "report: scanning=true bssList=Set(\"Home\" -60 dBm none) network=Set(\"Home\") "
+                            "bss=Set(\"Home\" -60 dBm none) status=Connected"));
     EXPECT_THAT(takeLog(), ElementsAre(debug("PropertiesChanged: BSSs=1 values, decoded=1"),
                                        debug("PropertiesChanged: Scanning=true"),
                                        debug("PropertiesChanged: CurrentNetwork=" + networkPath),
@@ -203,11 +194,10 @@ TEST_F(PropertiesChanged, PropertiesWithoutInterfaceNameAreLoggedAndDropped) {
 
 TEST_F(PropertiesChanged, UndecodablePropertiesAreLoggedAndDropped) {
     change(2, "Scanning", "b", 1, "State", "i", 1);
-    const std::string reason = "Value decoding error: Unable to read from variant: " + noSuchType;
     EXPECT_THAT(takeCalls(), IsEmpty());
-    EXPECT_THAT(takeLog(),
-                ElementsAre(warning(decodingFailed + reason),
-                            warning("Couldn't decode wpa_supplicant PropertiesChanged (" + reason + ")")));
+    EXPECT_THAT(takeLog(), ElementsAre(warning(decodingFailed + noSuchValue),
+                                       warning("Couldn't decode wpa_supplicant PropertiesChanged (" +
+                                               noSuchValue + ")")));
 }
 
 TEST_F(PropertiesChanged, UndecodablePropertiesOfAnotherInterfaceAreLogged) {

@@ -17,7 +17,7 @@ class Bss : public CommunicatorTest {
     }
 
     std::optional<int> poll(Answer answer) {
-        supplicant.onCall(interfacePath, interfaceInterface, "SignalPoll", std::move(answer));
+        onInterface("SignalPoll", std::move(answer));
         forget();
         return onLoop([&] { return communicator->signalPollSync(); });
     }
@@ -30,56 +30,53 @@ class Bss : public CommunicatorTest {
 };
 
 TEST_F(Bss, ScanIsPassive) {
-    supplicant.onCall(interfacePath, interfaceInterface, "Scan", reply(""));
+    onInterface("Scan", reply(""));
     EXPECT_TRUE(onLoop([&] { return communicator->scanSync(); }));
     EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("Scan", R"({"Type": <"passive">})")));
     EXPECT_THAT(takeLog(), IsEmpty());
-    supplicant.onCall(interfacePath, interfaceInterface, "Scan", broken);
+    onInterface("Scan", broken);
     EXPECT_FALSE(onLoop([&] { return communicator->scanSync(); }));
 }
 
 TEST_F(Bss, BssIsReadWithOneGetAll) {
-    supplicant.onGetAll(bssPath, bssInterface,
-                        reply("a{sv}", 6, "BSSID", "ay", 6, 1, 2, 3, 4, 5, 6, "SSID", "ay", 4, 'H', 'o', 'm',
-                              'e', "Signal", "n", -61, "Privacy", "b", 1, "RSN", "a{sv}", 2, "KeyMgmt", "as",
-                              2, "wpa-psk", "sae", "Group", "s", "ccmp", "Age", "u", 3U));
+    onBss(reply("a{sv}", 6, "BSSID", "ay", 6, 1, 2, 3, 4, 5, 6, "SSID", "ay", 4, 'H', 'o', 'm', 'e', "Signal",
+                "n", -61, "Privacy", "b", 1, "RSN", "a{sv}", 2, "KeyMgmt", "as", 2, "wpa-psk", "sae", "Group",
+                "s", "ccmp", "Age", "u", 3U));
     EXPECT_EQ(read(bssPath), R"("Home" -61 dBm rsnPsk)");
-    EXPECT_THAT(takeCalls(), ElementsAre(getAllText(bssPath, bssInterface)));
+    EXPECT_THAT(takeCalls(), ElementsAre(getBssProperties));
     EXPECT_THAT(takeLog(), IsEmpty());
 }
 
 TEST_F(Bss, BssWithoutPropertiesIsHiddenOpenAndOfSignalZero) {
-    supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 0));
+    onBss(reply("a{sv}", 0));
     EXPECT_EQ(read(bssPath), R"("" 0 dBm none)");
 }
 
 TEST_F(Bss, HiddenBssHasAnEmptySsid) {
-    supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 1, "SSID", "ay", 3, 0, 0, 0));
+    onBss(reply("a{sv}", 1, "SSID", "ay", 3, 0, 0, 0));
     EXPECT_EQ(read(bssPath), R"("" 0 dBm none)");
-    supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 1, "SSID", "ay", 1, ' '));
+    onBss(reply("a{sv}", 1, "SSID", "ay", 1, ' '));
     EXPECT_EQ(read(bssPath), R"("" 0 dBm none)");
-    supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 1, "SSID", "ay", 2, ' ', ' '));
+    onBss(reply("a{sv}", 1, "SSID", "ay", 2, ' ', ' '));
     EXPECT_EQ(read(bssPath), R"("  " 0 dBm none)");
 }
 
 TEST_F(Bss, BssSignalHasItsWholeRange) {
     for (const int signal : {-32768, -100, 0, 32767}) {
-        supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 1, "Signal", "n", signal));
+        onBss(reply("a{sv}", 1, "Signal", "n", signal));
         EXPECT_EQ(read(bssPath), "\"\" " + std::to_string(signal) + " dBm none");
     }
 }
 
 TEST_F(Bss, BssThatIsGoneReturnsNothing) {
     EXPECT_EQ(read(bssPath), "nothing");
-    EXPECT_THAT(takeCalls(), ElementsAre(getAllText(bssPath, bssInterface)));
+    EXPECT_THAT(takeCalls(), ElementsAre(getBssProperties));
 }
 
 TEST_F(Bss, UndecodableBssReturnsNothingAndLogsOneWarning) {
-    supplicant.onGetAll(bssPath, bssInterface, reply("a{sv}", 2, "Privacy", "b", 1, "Signal", "i", -61));
+    onBss(reply("a{sv}", 2, "Privacy", "b", 1, "Signal", "i", -61));
     EXPECT_EQ(read(bssPath), "nothing");
-    EXPECT_THAT(takeLog(),
-                ElementsAre(warning("Error while decoding dbus data. Details: Value decoding error: "
-                                    "Unable to read from variant: No such device or address")));
+    EXPECT_THAT(takeLog(), ElementsAre(warning(decodingFailed + noSuchValue)));
 }
 
 TEST_F(Bss, BssListKeepsTheOrderOfThePathsAndEachSsid) {
@@ -133,9 +130,7 @@ TEST_F(Bss, FailedSignalPollReturnsNothing) {
 
 TEST_F(Bss, UndecodableSignalPollReturnsNothing) {
     EXPECT_EQ(poll(reply("a{sv}", 1, "rssi", "s", "-58")), std::nullopt);
-    EXPECT_THAT(takeLog(),
-                ElementsAre(warning("Error while decoding dbus data. Details: Value decoding error: "
-                                    "Unable to read from variant: No such device or address")));
+    EXPECT_THAT(takeLog(), ElementsAre(warning(decodingFailed + noSuchValue)));
 }
 
 TEST_F(Bss, EapMethodsAreSortedAndUnique) {

@@ -91,7 +91,7 @@ TEST_F(Refusals, EapMethodsWhileDetachedAreRead) {
 }
 
 TEST_F(Refusals, HandleFromBeforeADetachIsRefused) {
-    supplicant.onCall(interfacePath, interfaceInterface, "AddNetwork", reply("o", networkPath));
+    onInterface("AddNetwork", reply("o", networkPath));
     startAttached();
     const auto handle = onLoop([&] { return communicator->addNetworkSync(openNetwork("Home")); });
     ASSERT_NE(handle, nullptr);

@@ -4,16 +4,10 @@
 namespace kaz::wifi {
 namespace {
 
-const std::string undecodable = decodingFailed + "No such device or address";
+const std::string undecodable = decodingFailed + noSuchType;
 const std::string scanEnded = "PropertiesChanged: Scanning=false (via ScanDone)";
 
-class SupplicantSignals : public CommunicatorTest {
-  protected:
-    void configureNetwork(Answer properties) {
-        supplicant.onGet(networkPath, networkInterface, "Properties", std::move(properties));
-    }
-    const std::string askForSsid = getText(networkPath, networkInterface, "Properties");
-};
+class SupplicantSignals : public CommunicatorTest {};
 
 TEST_F(SupplicantSignals, ScanDoneReportsItsSuccessAndThenTheEndOfTheScan) {
     startAttached();
@@ -72,20 +66,20 @@ TEST_F(SupplicantSignals, UndecodableEapIsLoggedOnlyAsUndecodable) {
 }
 
 TEST_F(SupplicantSignals, NetworkSelectedReportsTheSsid) {
-    configureNetwork(reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
+    onNetworkProperties(reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
     startAttached();
     emitFromInterface("NetworkSelected", "o", networkPath);
     settle();
-    EXPECT_THAT(takeCalls(), ElementsAre(askForSsid, "network selected: \"Home\""));
+    EXPECT_THAT(takeCalls(), ElementsAre(getNetworkProperties, "network selected: \"Home\""));
     EXPECT_THAT(takeLog(), IsEmpty());
 }
 
 TEST_F(SupplicantSignals, NetworkSelectedWithUnreadableSsidReportsNoSsid) {
-    configureNetwork(reply("v", "a{sv}", 0));
+    onNetworkProperties(reply("v", "a{sv}", 0));
     startAttached();
     emitFromInterface("NetworkSelected", "o", networkPath);
     settle();
-    EXPECT_THAT(takeCalls(), ElementsAre(askForSsid, "network selected: unknown"));
+    EXPECT_THAT(takeCalls(), ElementsAre(getNetworkProperties, "network selected: unknown"));
     EXPECT_THAT(takeLog(), ElementsAre(warning("Couldn't get SSID for " + networkPath + ", no value set."),
                                        error("NetworkSelected " + networkPath + ", but couldn't get SSID")));
 }
@@ -94,7 +88,7 @@ TEST_F(SupplicantSignals, NetworkSelectedForAGoneNetworkReportsNoSsid) {
     startAttached();
     emitFromInterface("NetworkSelected", "o", networkPath);
     settle();
-    EXPECT_THAT(takeCalls(), ElementsAre(askForSsid, "network selected: unknown"));
+    EXPECT_THAT(takeCalls(), ElementsAre(getNetworkProperties, "network selected: unknown"));
     EXPECT_THAT(log.texts(spdlog::level::err),
                 ElementsAre("NetworkSelected " + networkPath + ", but couldn't get SSID"));
 }
@@ -111,13 +105,13 @@ TEST_F(SupplicantSignals, NetworkSelectedWithoutAPathReportsNothing) {
 
 TEST_F(SupplicantSignals, SignalsBeforeTheHandlersAreAssignedAreIgnored) {
     communicator = std::make_unique<DbusCommunicator>();
-    configureNetwork(reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
+    onNetworkProperties(reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
     startAttached();
     emitFromInterface("ScanDone", "b", 1);
     emitFromInterface("NetworkSelected", "o", networkPath);
     emitPropertiesChanged(1, "State", "s", "completed");
     settle();
-    EXPECT_THAT(takeCalls(), ElementsAre(askForSsid));
+    EXPECT_THAT(takeCalls(), ElementsAre(getNetworkProperties));
     EXPECT_THAT(takeLog(), ElementsAre(debug(scanEnded), debug("PropertiesChanged: State=completed")));
 }
 

@@ -3,8 +3,6 @@
 #include "unit/connection_info/tracker_fixture.h"
 
 #include <array>
-#include <string>
-#include <vector>
 
 namespace kaz::test {
 namespace {

@@ -2,8 +2,6 @@
 #include "unit/dbus/bus_fixture.h"
 
 #include <atomic>
-#include <stdexcept>
-#include <string>
 #include <vector>
 
 namespace kaz::test {

@@ -1,7 +1,6 @@
 // The task that runs when a bus name gets or loses its owner.
 #include "unit/dbus/bus_fixture.h"
 
-#include <string>
 #include <vector>
 
 namespace kaz::test {

@@ -2,8 +2,6 @@
 #include "dbus/platform_help.h"
 #include "unit/dbus/bus_fixture.h"
 
-#include <string>
-
 namespace kaz::test {
 namespace {
 

@@ -1,7 +1,6 @@
 #include "dbus/records.h"
 #include "unit/dbus/codec_fixture.h"
 
-#include <string>
 #include <utility>
 
 namespace kaz::dbus {

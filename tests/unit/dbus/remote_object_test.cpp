@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 

@@ -1,8 +1,5 @@
 #include "unit/dbus/bus_fixture.h"
 
-#include <memory>
-#include <string>
-
 namespace kaz::test {
 namespace {
 

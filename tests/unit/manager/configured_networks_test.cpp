@@ -1,7 +1,6 @@
 // EAP methods, and how success and failure of a connection change the supplicant's configuration.
 #include "unit/manager/engine_fixture.h"
 
-#include <array>
 #include <set>
 
 namespace kaz::test {

@@ -1,8 +1,6 @@
 // What the engine reports to the gauges, and in which order.
 #include "unit/manager/engine_fixture.h"
 
-#include <algorithm>
-
 namespace kaz::test {
 namespace {
 

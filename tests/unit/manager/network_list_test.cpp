@@ -2,7 +2,6 @@
 #include "unit/manager/engine_fixture.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <map>
 #include <random>
 

@@ -6,7 +6,6 @@
 #include <array>
 #include <climits>
 #include <functional>
-#include <utility>
 #include <vector>
 
 namespace kaz::test {

@@ -12,8 +12,6 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <chrono>
-#include <functional>
 #include <future>
 #include <memory>
 #include <thread>

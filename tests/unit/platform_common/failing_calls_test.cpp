@@ -16,7 +16,6 @@
 #include <optional>
 #include <ostream>
 #include <utility>
-#include <vector>
 
 #include "unit/platform_common/config_fixture.h"
 

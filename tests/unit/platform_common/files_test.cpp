@@ -6,8 +6,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <vector>
-
 namespace kaz::test {
 namespace {
 

@@ -1,6 +1,5 @@
 // Each single allocation fails in turn.
 #include <map>
-#include <optional>
 
 #include "unit/platform_common/config_fixture.h"
 #include "unit/platform_common/failing_memory.h"

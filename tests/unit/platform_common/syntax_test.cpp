@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include <map>
-#include <string_view>
 #include <vector>
 
 namespace kaz::test {

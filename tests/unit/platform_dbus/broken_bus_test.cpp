@@ -1,6 +1,5 @@
 #include <stdlib.h>
 
-#include <string>
 #include <vector>
 
 #include "unit/platform_dbus/loop_fixture.h"

@@ -2,8 +2,6 @@
 #include <spdlog/sinks/sink.h>
 #include <spdlog/spdlog.h>
 
-#include <functional>
-#include <stdexcept>
 #include <vector>
 
 #include "unit/platform_dbus/loop_fixture.h"

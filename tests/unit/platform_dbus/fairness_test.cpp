@@ -1,6 +1,4 @@
 #include <atomic>
-#include <functional>
-#include <future>
 #include <thread>
 
 #include "unit/platform_dbus/loop_fixture.h"

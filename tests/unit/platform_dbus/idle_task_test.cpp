@@ -1,5 +1,3 @@
-#include <atomic>
-#include <optional>
 #include <vector>
 
 #include "unit/platform_dbus/loop_fixture.h"

@@ -3,8 +3,6 @@
 #include <sys/socket.h>
 
 #include <atomic>
-#include <functional>
-#include <string>
 #include <vector>
 
 #include "unit/platform_dbus/loop_fixture.h"

@@ -1,5 +1,3 @@
-#include <memory>
-#include <string>
 #include <vector>
 
 #include "unit/platform_dbus/loop_fixture.h"

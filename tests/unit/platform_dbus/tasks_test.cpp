@@ -6,9 +6,7 @@
 #include <array>
 #include <atomic>
 #include <csignal>
-#include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "unit/platform_dbus/loop_fixture.h"

@@ -14,7 +14,6 @@
 #include <atomic>
 #include <barrier>
 #include <chrono>
-#include <condition_variable>
 #include <filesystem>
 #include <functional>
 #include <future>

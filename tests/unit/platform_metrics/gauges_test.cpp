@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <kaz/metrics/metrics_reporter_factory.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <filesystem>

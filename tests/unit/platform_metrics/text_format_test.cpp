@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <string>
