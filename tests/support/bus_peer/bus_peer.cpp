@@ -8,15 +8,19 @@
 
 namespace kaz::test {
 
-BusPeer::BusPeer()
+BusPeer::BusPeer(const std::string& name)
     : connection_(
           ::getenv("DBUS_SYSTEM_BUS_ADDRESS"),
           [this](sd_bus* bus) {
-              const char* name = nullptr;
-              requireSuccess(sd_bus_get_unique_name(bus, &name), "sd_bus_get_unique_name");
-              uniqueName_ = name;
+              const char* unique = nullptr;
+              requireSuccess(sd_bus_get_unique_name(bus, &unique), "sd_bus_get_unique_name");
+              uniqueName_ = unique;
           },
-          [this](sd_bus_message* message) { answer(message); }) {}
+          [this](sd_bus_message* message) { answer(message); }) {
+    if (!name.empty()) {
+        own(name);
+    }
+}
 
 void BusPeer::own(const std::string& name) {
     connection_.run([&](sd_bus* bus) {

@@ -19,7 +19,8 @@ namespace kaz::test {
 //   Set(ssv)            an empty reply
 class BusPeer : NonCopyable {
   public:
-    BusPeer();
+    // Owns this name; none if it is empty.
+    explicit BusPeer(const std::string& name = "");
 
     const std::string& uniqueName() const { return uniqueName_; }
 

@@ -28,8 +28,7 @@ class NameOwnerChange : public BusTest {
 TEST_F(NameOwnerChange, IsToldEachTimeItChanges) {
     const Running running = start();
     follow();
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     ASSERT_TRUE(count.reaches(1));
     peer.disown(peerName);
     ASSERT_TRUE(count.reaches(2));
@@ -39,8 +38,7 @@ TEST_F(NameOwnerChange, IsToldEachTimeItChanges) {
 }
 
 TEST_F(NameOwnerChange, IsNotToldWhenItWasThereBefore) {
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     const Running running = start();
     follow();
     peer.settle();
@@ -52,8 +50,7 @@ TEST_F(NameOwnerChange, IsToldToTheLastTaskOnly) {
     const Running running = start();
     follow();
     onLoop([&] { bus->onOwnerChanged(peerName, [&](bool) { ++second; }); });
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     ASSERT_TRUE(second.reaches(1));
     EXPECT_EQ(count.value(), 0U);
 }
@@ -63,8 +60,7 @@ TEST_F(NameOwnerChange, IsToldWhateverHappensToTheSignalHandlers) {
     subscribe(dbus::Bus::Lifetime::temporary, [](dbus::MessageDecoder&) {});
     follow();
     onLoop([this] { bus->dropTemporarySubscriptions(); });
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     EXPECT_TRUE(count.reaches(1));
 }
 

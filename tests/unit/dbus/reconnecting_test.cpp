@@ -35,8 +35,7 @@ TEST_F(Reconnecting, FollowsTheOwnersOfNamesOnTheNewConnection) {
     const Running running = start();
     onLoop([this] { bus->onOwnerChanged(peerName, [this](bool) { ++count; }); });
     reconnect();
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     EXPECT_TRUE(count.reaches(1));
 }
 
@@ -48,8 +47,7 @@ TEST_F(Reconnecting, KeepsForgedSignalsOutOnTheNewConnectionToo) {
     intruder.emit(changed, "forged", uniqueName());
     EXPECT_TRUE(log.waitForText(spdlog::level::debug, "Dropping Changed: sent by " + intruder.uniqueName()));
     EXPECT_EQ(count.value(), 0U);
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     peer.emit(changed, "genuine");
     EXPECT_TRUE(count.reaches(1));
 }

@@ -9,10 +9,7 @@ using dbus::MessageDecoder;
 // Who may make a handler run.
 class SignalSenders : public BusTest {
   protected:
-    void comeUp() {
-        peer = std::make_unique<BusPeer>();
-        peer->own(peerName);
-    }
+    void comeUp() { peer = std::make_unique<BusPeer>(peerName); }
 
     std::function<void(MessageDecoder&)> counting() {
         return [this](MessageDecoder& decoder) {

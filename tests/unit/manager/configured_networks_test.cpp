@@ -15,6 +15,16 @@ class Success : public EngineTest {};
 class Reenabling : public EngineTest {};
 class PostponedSave : public EngineTest {};
 
+// A connection to "Home" is requested; "Cafe" is configured too.
+class DuringAConnect : public EngineTest {
+  protected:
+    DuringAConnect() {
+        stack->configure("Cafe");
+        startWithSupplicant();
+        connectTo("Home");
+    }
+};
+
 TEST_F(EapMethods, EapMethodsAreTheOfferedCandidates) {
     struct Row {
         Methods offered;
@@ -159,10 +169,7 @@ TEST_F(Success, FailedPriorityDoesNotStopTheOthers) {
               (Calls{listing, "setPrioritySync(1, 2) fails", "setPrioritySync(2, 1) fails", saving}));
 }
 
-TEST_F(Reenabling, SuccessfulConnectEnablesAllNetworksOnce) {
-    stack->configure("Cafe");
-    startWithSupplicant();
-    connectTo("Home");
+TEST_F(DuringAConnect, SuccessfulConnectEnablesAllNetworksOnce) {
     EXPECT_EQ(stack->networks, (std::vector<Stored>{{1, "Cafe", false, 0}, {2, "Home", true, 0}}));
     reportLinkUp("Home");
     EXPECT_EQ(callsUntilIdle(), (Calls{listing, "setPrioritySync(1, 1)", "setPrioritySync(2, 2)", listing,
@@ -174,10 +181,7 @@ TEST_F(Reenabling, SuccessfulConnectEnablesAllNetworksOnce) {
     EXPECT_EQ(takeCalls(), Calls{}) << "once";
 }
 
-TEST_F(Reenabling, FailedConnectEnablesAllNetworks) {
-    stack->configure("Cafe");
-    startWithSupplicant();
-    connectTo("Home");
+TEST_F(DuringAConnect, FailedConnectEnablesAllNetworks) {
     reportStatus(SupplicantStatus::Connecting);
     runUntilIdle();
     takeCalls();
@@ -203,10 +207,7 @@ TEST_F(Reenabling, DisconnectDuringAConnectEnablesAllNetworks) {
               (Calls{timerOff, listing, "setEnabledSync(1, true)", "disconnectSync", saving}));
 }
 
-TEST_F(Reenabling, FailedEnablingContinuesAndIsNotRetried) {
-    stack->configure("Cafe");
-    startWithSupplicant();
-    connectTo("Home");
+TEST_F(DuringAConnect, FailedEnablingContinuesAndIsNotRetried) {
     stack->failing = {"setEnabledSync"};
     clock->advance(2s);
     EXPECT_EQ(callsUntilIdle(), (Calls{timerOff, listing, "setEnabledSync(1, true) fails",
@@ -228,10 +229,7 @@ TEST_F(Reenabling, NothingIsEnabledOrSavedDuringLinkSetUp) {
     EXPECT_EQ(takeCalls(), Calls{}) << "nothing is enabled, nothing is saved";
 }
 
-TEST_F(PostponedSave, SaveWaitsUntilTheOtherNetworksAreEnabled) {
-    stack->configure("Cafe");
-    startWithSupplicant();
-    connectTo("Home");
+TEST_F(DuringAConnect, SaveWaitsUntilTheOtherNetworksAreEnabled) {
     engine->forgetNetwork("Cafe");
     EXPECT_EQ(callsUntilIdle(), (Calls{listing, "removeSync(1)", listing}));
     runUntilIdle();
@@ -244,10 +242,7 @@ TEST_F(PostponedSave, SaveWaitsUntilTheOtherNetworksAreEnabled) {
     EXPECT_EQ(takeCalls(), Calls{});
 }
 
-TEST_F(PostponedSave, EngineEndDuringAConnectEnablesAllNetworksAndSaves) {
-    stack->configure("Cafe");
-    startWithSupplicant();
-    connectTo("Home");
+TEST_F(DuringAConnect, EngineEndDuringAConnectEnablesAllNetworksAndSaves) {
     takeCalls();
     engine.reset();
     EXPECT_EQ(takeCalls(), (Calls{"stopEventLoop", "~Communicator", listing, "setEnabledSync(1, true)",

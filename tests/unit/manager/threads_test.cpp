@@ -3,6 +3,7 @@
 #include "doubles/fake_communicator/threaded_communicator.h"
 #include "doubles/recording_log/recording_log.h"
 #include "manager/manager_impl.h"
+#include "support/waiting/waiting.h"
 
 #include <gtest/gtest.h>
 
@@ -225,20 +226,18 @@ TEST_F(Threads, CallbackRunsOnTheLoopThreadAndSeesTheNewState) {
 }
 
 TEST_F(Threads, SlowCallbackDoesNotBlockOtherThreads) {
-    std::promise<void> inside;
-    std::promise<void> mayReturn;
+    Gate gate;
     engine->onConnectionInfoChanged([&] {
         engine->onConnectionInfoChanged(nullptr);
-        inside.set_value();
-        mayReturn.get_future().wait();
+        gate.pass();
     });
     engine->connectConfigured("Home");
-    inside.get_future().wait();
+    gate.waitForTask();
     EXPECT_EQ(engine->connectionInfo().ssid, "Home");
     EXPECT_TRUE(engine->networks().empty());
     engine->onNetworksListChanged(nullptr);
     engine->scan();
-    mayReturn.set_value();
+    gate.open();
     onLoop([] {});
 }
 
@@ -305,21 +304,19 @@ TEST_F(Threads, ExpiredAttemptIsPublishedByTheIdlePassesDelayAlone) {
 }
 
 TEST_F(Threads, EngineEndDropsQueuedTasksAndRunsALastIdlePass) {
-    std::promise<void> inside;
-    std::promise<void> mayReturn;
+    Gate gate;
     communicator->pushTaskAsync_([&] {
-        inside.set_value();
-        mayReturn.get_future().wait();
+        gate.pass();
         publishAnother(1);
     });
-    inside.get_future().wait();
+    gate.waitForTask();
     engine->scan();
     std::string published;
     engine->onNetworksListChanged(
         [&published, ending = engine.get()] { published = ending->networks().front().ssid; });
     stack->onCall = [&](const std::string& call) {
         if (call == "stopEventLoop") {
-            mayReturn.set_value();
+            gate.open();
         }
     };
     stack->takeCalls();

@@ -49,13 +49,22 @@ class HeldLock : NonCopyable {
     FileDescriptor fd_;
 };
 
-class ConfigConcurrency : public ConfigFixture {};
+class ConfigConcurrency : public ConfigFixture {
+  protected:
+    // An update that waits for this lock, of another writer.
+    std::future<bool> updateThatWaitsFor(const std::unique_ptr<HeldLock>& lock) {
+        write("a=1\n");
+        auto result = std::async(std::launch::async, [] { return util::updateKazConfig("wifi", "off"); });
+        EXPECT_TRUE(eventually([&] { return lock->isWaitedFor(); }));
+        return result;
+    }
+
+    const fs::path lockFile = folder() / "kaz.conf.lock";
+};
 
 TEST_F(ConfigConcurrency, AnUpdateWaitsForAnotherWriterAndKeepsWhatThatOneWrote) {
-    write("a=1\n");
-    auto other = std::make_unique<HeldLock>(folder() / "kaz.conf.lock");
-    auto result = std::async(std::launch::async, [] { return util::updateKazConfig("wifi", "off"); });
-    ASSERT_TRUE(eventually([&] { return other->isWaitedFor(); }));
+    auto other = std::make_unique<HeldLock>(lockFile);
+    auto result = updateThatWaitsFor(other);
     EXPECT_EQ(util::readKazConfig(), (Entries{{"a", "1"}})) << "reading does not wait";
     write("a=2\n");
     other.reset();
@@ -64,13 +73,10 @@ TEST_F(ConfigConcurrency, AnUpdateWaitsForAnotherWriterAndKeepsWhatThatOneWrote)
 }
 
 TEST_F(ConfigConcurrency, ALockFileThatWasRemovedWhileItWasWaitedForIsNoLock) {
-    write("a=1\n");
-    const fs::path lock = folder() / "kaz.conf.lock";
-    auto first = std::make_unique<HeldLock>(lock);
-    auto result = std::async(std::launch::async, [] { return util::updateKazConfig("wifi", "off"); });
-    ASSERT_TRUE(eventually([&] { return first->isWaitedFor(); }));
-    fs::remove(lock);
-    auto second = std::make_unique<HeldLock>(lock);
+    auto first = std::make_unique<HeldLock>(lockFile);
+    auto result = updateThatWaitsFor(first);
+    fs::remove(lockFile);
+    auto second = std::make_unique<HeldLock>(lockFile);
     first.reset();
     ASSERT_TRUE(eventually([&] { return second->isWaitedFor(); }));
     write("a=2\n");
@@ -80,10 +86,8 @@ TEST_F(ConfigConcurrency, ALockFileThatWasRemovedWhileItWasWaitedForIsNoLock) {
 }
 
 TEST_F(ConfigConcurrency, AChildForkedDuringAnUpdateDoesNotKeepTheLock) {
-    write("a=1\n");
-    auto other = std::make_unique<HeldLock>(folder() / "kaz.conf.lock");
-    auto result = std::async(std::launch::async, [] { return util::updateKazConfig("wifi", "off"); });
-    ASSERT_TRUE(eventually([&] { return other->isWaitedFor(); }));
+    auto other = std::make_unique<HeldLock>(lockFile);
+    auto result = updateThatWaitsFor(other);
     const ChildProcess child([] { return ::pause(); });
     other.reset();
     EXPECT_TRUE(result.get());

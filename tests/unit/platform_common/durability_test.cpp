@@ -57,10 +57,11 @@ namespace {
 
 class ConfigDurability : public ConfigFixture {
   protected:
-    std::vector<std::string> updateWithFailingStep(std::size_t failing, bool& updated) {
+    // The steps of an update, of which this one fails. None fails if it is 0.
+    static std::vector<std::string> stepsOfUpdate(std::size_t failing = 0) {
         Disk disk{{}, failing};
         watched = &disk;
-        updated = util::updateKazConfig("wifi", "off");
+        EXPECT_EQ(util::updateKazConfig("wifi", "off"), failing == 0);
         watched = nullptr;
         return disk.steps;
     }
@@ -69,28 +70,20 @@ class ConfigDurability : public ConfigFixture {
 };
 
 TEST_F(ConfigDurability, TheNewFileIsOnDiskBeforeItReplacesTheOldOneAndItsFolderAfter) {
-    bool updated = false;
-    const auto steps = updateWithFailingStep(0, updated);
-    EXPECT_TRUE(updated);
-    EXPECT_THAT(steps,
+    EXPECT_THAT(stepsOfUpdate(),
                 ::testing::ElementsAre("flush kaz.conf.tmp", "rename to kaz.conf", "flush " + folderName()));
 }
 
 TEST_F(ConfigDurability, TheFoldersAboveCreatedOnesReachTheDiskToo) {
     useFile(folder() / "a/b/kaz.conf");
-    bool updated = false;
-    const auto steps = updateWithFailingStep(0, updated);
-    EXPECT_TRUE(updated);
-    EXPECT_THAT(steps, ::testing::ElementsAre("flush " + folderName(), "flush a", "flush kaz.conf.tmp",
-                                              "rename to kaz.conf", "flush b"));
+    EXPECT_THAT(stepsOfUpdate(),
+                ::testing::ElementsAre("flush " + folderName(), "flush a", "flush kaz.conf.tmp",
+                                       "rename to kaz.conf", "flush b"));
 }
 
 TEST_F(ConfigDurability, AValueThatIsThereAlreadyIsOnDiskWhenTheUpdateReturns) {
     write("wifi=off\n");
-    bool updated = false;
-    const auto steps = updateWithFailingStep(0, updated);
-    EXPECT_TRUE(updated);
-    EXPECT_THAT(steps, ::testing::ElementsAre("flush kaz.conf", "flush " + folderName()));
+    EXPECT_THAT(stepsOfUpdate(), ::testing::ElementsAre("flush kaz.conf", "flush " + folderName()));
 }
 
 TEST_F(ConfigDurability, AStepThatFailsIsAFailedUpdate) {
@@ -98,10 +91,7 @@ TEST_F(ConfigDurability, AStepThatFailsIsAFailedUpdate) {
         SCOPED_TRACE(failing);
         write("wifi=on\n");
         log().clear();
-        bool updated = true;
-        EXPECT_EQ(updateWithFailingStep(failing, updated).size(), failing)
-            << "nothing follows the failed step";
-        EXPECT_FALSE(updated);
+        EXPECT_EQ(stepsOfUpdate(failing).size(), failing) << "nothing follows the failed step";
         EXPECT_THAT(log().texts(spdlog::level::warn), ::testing::ElementsAre(::testing::HasSubstr("error")));
         EXPECT_EQ(text(), failing == 3 ? "wifi=off\n" : "wifi=on\n");
         EXPECT_EQ(contentOf(folder()), (std::set<std::string>{"kaz.conf", "kaz.conf.lock"}));

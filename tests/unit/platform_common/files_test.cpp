@@ -19,6 +19,15 @@ class ConfigFiles : public ConfigFixture {
         EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
         return status;
     }
+    // An update by the user 12345.
+    void updateAsUser() const {
+        ChildProcess user([] {
+            return ::setgid(23456) == 0 && ::setuid(12345) == 0 && util::updateKazConfig("wifi", "off") ? 0
+                                                                                                        : 1;
+        });
+        EXPECT_EQ(user.wait(), 0);
+        EXPECT_EQ(text(), "wifi=off\n");
+    }
     mode_t modeOf(const fs::path& path) { return statusOf(path).st_mode & 07777; }
 };
 
@@ -115,11 +124,7 @@ TEST_F(ConfigFiles, AnUpdateThatMayNotKeepTheOwnerStillSucceeds) {
     write("wifi=on\n");
     ASSERT_EQ(::chmod(file().c_str(), 0644), 0);
     ASSERT_EQ(::chown(folder().path().c_str(), 12345, 23456), 0);
-    ChildProcess user([] {
-        return ::setgid(23456) == 0 && ::setuid(12345) == 0 && util::updateKazConfig("wifi", "off") ? 0 : 1;
-    });
-    EXPECT_EQ(user.wait(), 0);
-    EXPECT_EQ(text(), "wifi=off\n");
+    updateAsUser();
     EXPECT_EQ(statusOf(file()).st_uid, 12345U);
     EXPECT_EQ(modeOf(file()), 0644U);
 }
@@ -131,11 +136,7 @@ TEST_F(ConfigFiles, AnUpdateByRootDoesNotLockTheOwnerOfTheFolderOut) {
     ASSERT_EQ(::chown(folder().path().c_str(), 12345, 23456), 0);
     ASSERT_TRUE(util::updateKazConfig("wifi", "on"));
     EXPECT_EQ(statusOf(folder() / "kaz.conf.lock").st_uid, 12345U);
-    ChildProcess user([] {
-        return ::setgid(23456) == 0 && ::setuid(12345) == 0 && util::updateKazConfig("wifi", "off") ? 0 : 1;
-    });
-    EXPECT_EQ(user.wait(), 0);
-    EXPECT_EQ(text(), "wifi=off\n");
+    updateAsUser();
 }
 
 TEST_F(ConfigFiles, TheGroupThatMayWriteInTheFolderMayLock) {

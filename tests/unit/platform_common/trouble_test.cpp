@@ -44,6 +44,11 @@ class ConfigTrouble : public ConfigFixture {
         expectOneWarning(reason);
     }
 
+    void expectTrouble(std::string_view reason) {
+        expectUnreadable(reason);
+        expectNoUpdate(reason);
+    }
+
     // Runs a part of a test in a separate process. Skips the test if this part lacks a permission; for root with
     // `CI` set that is a failure.
     static void inChild(const std::function<bool()>& prepare, const std::function<void()>& body) {
@@ -73,27 +78,23 @@ class ConfigTrouble : public ConfigFixture {
 
 TEST_F(ConfigTrouble, AFolderInThePlaceOfTheFileIsLeftAlone) {
     fs::create_directory(file());
-    expectUnreadable("Is a directory");
-    expectNoUpdate("Is a directory");
+    expectTrouble("Is a directory");
     EXPECT_TRUE(fs::is_empty(file()));
     useFile(file() / "");
-    expectUnreadable("Is a directory");
-    expectNoUpdate("Is a directory");
+    expectTrouble("Is a directory");
     EXPECT_TRUE(fs::is_empty(file()));
 }
 
 TEST_F(ConfigTrouble, AFileInThePlaceOfAFolderIsLeftAlone) {
     write(oldText);
     useFile(file() / "kaz.conf");
-    expectUnreadable("Not a directory");
-    expectNoUpdate("Not a directory");
+    expectTrouble("Not a directory");
     EXPECT_EQ(text(), oldText);
 }
 
 TEST_F(ConfigTrouble, APipeOrDeviceIsNeitherWaitedForNorReplaced) {
     ASSERT_EQ(::mkfifo(file().c_str(), 0600), 0);
-    expectUnreadable("Invalid argument");
-    expectNoUpdate("Invalid argument");
+    expectTrouble("Invalid argument");
     EXPECT_TRUE(fs::is_fifo(file()));
     fs::create_symlink("/dev/full", folder() / "device");
     useFile(folder() / "device");
@@ -103,22 +104,18 @@ TEST_F(ConfigTrouble, APipeOrDeviceIsNeitherWaitedForNorReplaced) {
 TEST_F(ConfigTrouble, LinksInACircleLeadNowhere) {
     fs::create_symlink("other", file());
     fs::create_symlink("kaz.conf", folder() / "other");
-    expectUnreadable("Too many levels of symbolic links");
-    expectNoUpdate("Too many levels of symbolic links");
+    expectTrouble("Too many levels of symbolic links");
     fs::create_directory_symlink("self", folder() / "self");
     useFile(folder() / "self/kaz.conf");
-    expectUnreadable("Too many levels of symbolic links");
-    expectNoUpdate("Too many levels of symbolic links");
+    expectTrouble("Too many levels of symbolic links");
     EXPECT_EQ(contentOf(folder()), (std::set<std::string>{"kaz.conf", "other", "self"}));
 }
 
 TEST_F(ConfigTrouble, ANameThatIsTooLongIsRefused) {
     useFile(folder() / std::string(300, 'n'));
-    expectUnreadable("File name too long");
-    expectNoUpdate("File name too long");
+    expectTrouble("File name too long");
     useFile(folder().path().string() + "/" + std::string(5000, 'n') + "/kaz.conf");
-    expectUnreadable("File name too long");
-    expectNoUpdate("File name too long");
+    expectTrouble("File name too long");
 }
 
 TEST_F(ConfigTrouble, AFileOfTheGreatestSizeIsReadAndUpdated) {
@@ -148,8 +145,7 @@ TEST_F(ConfigTrouble, AFileThatIsTooLargeIsNeitherReadNorReplaced) {
         SCOPED_TRACE(size);
         write(oldText);
         fs::resize_file(file(), size);
-        expectUnreadable("File too large");
-        expectNoUpdate("File too large");
+        expectTrouble("File too large");
         EXPECT_EQ(fs::file_size(file()), size);
     }
 }
@@ -160,10 +156,7 @@ TEST_F(ConfigTrouble, AFileThatMayNotBeReadIsNotReplaced) {
     const bool root = ::geteuid() == 0;
     ASSERT_TRUE(!root || ::chown(folder().path().c_str(), 12345, 12345) == 0);
     inChild([&] { return !root || (::setgid(12345) == 0 && ::setuid(12345) == 0); },
-            [&] {
-                expectUnreadable("Permission denied");
-                expectNoUpdate("Permission denied");
-            });
+            [&] { expectTrouble("Permission denied"); });
     ASSERT_EQ(::chmod(file().c_str(), 0600), 0);
     EXPECT_EQ(text(), oldText);
 }

@@ -76,8 +76,7 @@ TEST_F(EventLoopWithoutABus, KilledWhileItSleepsLogsOneErrorAndGoesOn) {
 }
 
 TEST_F(EventLoopWithoutABus, KilledDuringACallFailsTheCallLogsOneErrorAndGoesOn) {
-    auto peer = std::make_unique<BusPeer>();
-    peer->own(peerName);
+    auto peer = std::make_unique<BusPeer>(peerName);
     const Running running = start();
     std::thread killer([&] {
         EXPECT_TRUE(peer->waitForCall("Ignore()"));

@@ -38,10 +38,8 @@ using dbus::sendMessage;
 
 class Calls : public LoopTest {
   protected:
-    Calls() { peer.own(peerName); }
-
     const MessageEndpoint endpoint{peerName, peerPath, peerInterface};
-    BusPeer peer;
+    BusPeer peer{peerName};
 };
 
 TEST_F(Calls, GoToTheEndpointWithTheirArgumentsAndBringTheReply) {

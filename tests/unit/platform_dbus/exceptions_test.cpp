@@ -53,8 +53,7 @@ TEST_F(EventLoopExceptions, FromATaskAreLoggedAndTheNextTaskRuns) {
 }
 
 TEST_F(EventLoopExceptions, FromAHandlerAreLoggedAndTheNextSignalIsHandled) {
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     const Running running = start();
     for (const Throwing& throwing : throwings()) {
         registerForChanged(true, [&](dbus::MessageDecoder&) {

@@ -29,8 +29,7 @@ class EventLoopFairness : public LoopTest {
 };
 
 TEST_F(EventLoopFairness, EndlessTasksDoNotHoldBackSignals) {
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     const Running running = start();
     registerForChanged(false, [this](dbus::MessageDecoder&) { ++handled; });
     floodWithTasks();
@@ -68,7 +67,6 @@ class EventLoopInASignalStorm : public EventLoopFairness {
   protected:
     void SetUp() override {
         EventLoopFairness::SetUp();
-        peer.own(peerName);
         loop->startEventLoopAsync();
         registerForChanged(false, [this](dbus::MessageDecoder&) {
             ++handled;
@@ -85,7 +83,7 @@ class EventLoopInASignalStorm : public EventLoopFairness {
         EXPECT_GE(lowest_, 100U) << "the storm was to be without a pause";
     }
 
-    BusPeer peer;
+    BusPeer peer{peerName};
 
   private:
     // What the loop handles in some seconds, so that it has enough when this thread must wait for a processor.

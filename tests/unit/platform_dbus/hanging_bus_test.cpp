@@ -23,7 +23,6 @@ constexpr milliseconds hardlyAny{100};
 
 class EventLoopHangingBus : public LoopTest {
   protected:
-    EventLoopHangingBus() { peer.own(peerName); }
     ~EventLoopHangingBus() override { goOn(); }
 
     // What answers a call of the peer; nothing when the call failed.
@@ -52,7 +51,7 @@ class EventLoopHangingBus : public LoopTest {
         }
     }
 
-    BusPeer peer;
+    BusPeer peer{peerName};
 
   private:
     pid_t daemon_ = 0;

@@ -154,8 +154,7 @@ TEST_F(EventLoopIdleTask, MayBeTakenAway) {
 
 TEST_F(EventLoopIdleTask, RunsAfterASignalAndAfterTheTimer) {
     countIdlePasses(passes);
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     Counter handled;
     Counter expired;
     const Running running = start();

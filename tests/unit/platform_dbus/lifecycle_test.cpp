@@ -141,8 +141,7 @@ TEST_F(EventLoopLifecycle, LetsWhatItHoldsPushWhileItDies) {
 }
 
 TEST_F(EventLoopLifecycle, LeavesTheBusToTheParentWhenAForkedChildDestroysIt) {
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     const Running running = start();
     EXPECT_TRUE(callFromLoop("Echo", "before"));
     ChildProcess child([this] {

@@ -31,8 +31,7 @@ class EventLoopReconnecting : public LoopTest {
 
     // A peer on the bus of now sends one signal; it makes this many handlers run.
     void expectHandled(std::size_t times) {
-        BusPeer peer;
-        peer.own(peerName);
+        BusPeer peer{peerName};
         const std::size_t before = handled.value();
         peer.emit(changed, "x");
         EXPECT_TRUE(handled.reaches(before + times));
@@ -129,8 +128,7 @@ TEST_F(EventLoopReconnecting, LetsTheTaskUseTheNewConnection) {
     onLoop([] {});
     bus.restart();
     ASSERT_TRUE(cameBack.reaches(1));
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     EXPECT_TRUE(callFromLoop("Echo"));
 }
 

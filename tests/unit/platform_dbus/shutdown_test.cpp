@@ -87,8 +87,7 @@ TEST_F(EventLoopShutdown, IsImmediateWhenNothingHangs) {
 }
 
 TEST_F(EventLoopShutdown, GivesTheCallInFlightASecondAndRunsTheLastIdlePass) {
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     Counter never;
     const Running running = start();
     pushHungCall();
@@ -105,8 +104,7 @@ TEST_F(EventLoopShutdown, GivesTheCallInFlightASecondAndRunsTheLastIdlePass) {
 
 // The first stop counts: a second one does not restart the time.
 TEST_F(EventLoopShutdown, CountsTheSecondFromTheStop) {
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     const auto endOfOne = [&] {
         const Running running = start();
         const std::size_t calls = peer.calls().size();
@@ -122,8 +120,7 @@ TEST_F(EventLoopShutdown, CountsTheSecondFromTheStop) {
 }
 
 TEST_F(EventLoopShutdown, FailsCallsOfTheTaskAndOfTheLastIdlePassTooAfterTheSecond) {
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     const Running running = start();
     onLoop([this] {
         loop->setIdleTaskSync([this]() -> std::optional<milliseconds> {
@@ -142,8 +139,7 @@ TEST_F(EventLoopShutdown, FailsCallsOfTheTaskAndOfTheLastIdlePassTooAfterTheSeco
 }
 
 TEST_F(EventLoopShutdown, LetsTheLastIdlePassMakeItsCalls) {
-    BusPeer peer;
-    peer.own(peerName);
+    BusPeer peer{peerName};
     std::atomic<bool> replied = false;
     const Running running = start();
     onLoop([&] {

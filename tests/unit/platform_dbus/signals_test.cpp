@@ -9,8 +9,6 @@ using dbus::MessageDecoder;
 
 class EventLoopSignals : public LoopTest {
   protected:
-    EventLoopSignals() { peer.own(peerName); }
-
     // A handler that counts, and keeps the arguments.
     std::function<void(MessageDecoder&)> counting(Counter& counter) {
         return [this, &counter](MessageDecoder& decoder) {
@@ -34,7 +32,7 @@ class EventLoopSignals : public LoopTest {
         });
     }
 
-    BusPeer peer;
+    BusPeer peer{peerName};
     Counter permanent;
     Counter temporary;
     Counter marked;

@@ -40,6 +40,10 @@ class MetricsAtExit : public ::testing::Test {
 
     int run(const char* way) const { return run(way, file()); }
 
+    void expectInFile(const std::string& line) const {
+        EXPECT_THAT(readFile(file()), HasSubstr('\n' + line + '\n'));
+    }
+
   private:
     TemporaryFolder folder_;
 };
@@ -71,12 +75,12 @@ TEST_F(MetricsAtExit, EveryReportIsInTheFile) {
 TEST_F(MetricsAtExit, ReportsOfStaticObjectsBeingDestroyedAreInTheFile) {
     EXPECT_EQ(run("report while static objects are destroyed"), 0);
     EXPECT_THAT(readFile(file()), ::testing::StartsWith(twoGauges));
-    EXPECT_THAT(readFile(file()), HasSubstr("\nprogram_last 3\n"));
+    expectInFile("program_last 3");
 }
 
 TEST_F(MetricsAtExit, TheFirstReportMayBeMadeByAStaticObjectBeingDestroyed) {
     EXPECT_EQ(run("report only while static objects are destroyed"), 0);
-    EXPECT_THAT(readFile(file()), HasSubstr("\nprogram_last 3\n"));
+    expectInFile("program_last 3");
 }
 
 TEST_F(MetricsAtExit, WithoutAReportThereIsNoFile) {
@@ -89,12 +93,12 @@ TEST_F(MetricsAtExit, ThreadsThatGoOnReportingDoNoHarm) {
     ::setenv("LSAN_OPTIONS", "detect_leaks=0", 1);
     EXPECT_EQ(run("exit while threads report"), 0);
     ::unsetenv("LSAN_OPTIONS");
-    EXPECT_THAT(readFile(file()), HasSubstr("\nprogram_first 1\n"));
+    expectInFile("program_first 1");
 }
 
 TEST_F(MetricsAtExit, ARelativePathIsTakenFromTheFirstWorkingFolder) {
     EXPECT_EQ(run("leave the working folder", "metrics.prom"), 0);
-    EXPECT_THAT(readFile(file()), HasSubstr("\nprogram_first 1\n"));
+    expectInFile("program_first 1");
 }
 
 TEST_F(MetricsAtExit, AnEmptyPathIsNone) {
@@ -113,13 +117,13 @@ TEST_F(MetricsAtExit, AFileThatCannotBeWrittenIsOneWarning) {
 TEST_F(MetricsAtExit, AHostThatShutItsLoggingDownEndsWell) {
     EXPECT_EQ(run("shut logging down", "/nonexistent/metrics.prom"), 0);
     EXPECT_EQ(run("shut logging down"), 0);
-    EXPECT_THAT(readFile(file()), HasSubstr("\nprogram_first 1\n"));
+    expectInFile("program_first 1");
 }
 
 TEST_F(MetricsAtExit, AForkedChildLeavesTheFileToItsParent) {
     EXPECT_EQ(run("fork and exit"), 0);
-    EXPECT_THAT(readFile(file()), HasSubstr("\nprogram_first 2\n"));
-    EXPECT_THAT(readFile(file()), HasSubstr("\nprogram_first_reports_total 2\n"));
+    expectInFile("program_first 2");
+    expectInFile("program_first_reports_total 2");
 }
 
 }  // namespace

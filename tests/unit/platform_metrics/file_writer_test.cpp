@@ -47,6 +47,9 @@ class MetricsFileWriter : public ::testing::Test {
         return [this] { return std::to_string(++renderings_); };
     }
     int renderings() const { return renderings_; }
+    bool isWritten(const std::string& text) const {
+        return eventually([&] { return readFile(file()) == text; });
+    }
 
   private:
     TemporaryFolder folder_;
@@ -66,13 +69,13 @@ TEST_F(MetricsFileWriter, StartsNoThreadAndWritesNothingBeforeTheFirstChange) {
 TEST_F(MetricsFileWriter, WritesTheFirstChangeWithoutWaitingForTheInterval) {
     FileWriter writer(file(), 24h, counting());
     writer.noteChange();
-    EXPECT_TRUE(eventually([&] { return readFile(file()) == "1"; }));
+    EXPECT_TRUE(isWritten("1"));
 }
 
 TEST_F(MetricsFileWriter, WritesLaterChangesTogetherAndTheLastWhenItIsClosed) {
     FileWriter writer(file(), 24h, counting());
     writer.noteChange();
-    ASSERT_TRUE(eventually([&] { return readFile(file()) == "1"; }));
+    ASSERT_TRUE(isWritten("1"));
     for (int change = 0; change < 1000; ++change) {
         writer.noteChange();
     }
@@ -83,7 +86,7 @@ TEST_F(MetricsFileWriter, WritesLaterChangesTogetherAndTheLastWhenItIsClosed) {
 TEST_F(MetricsFileWriter, WritesNothingMoreWhenItIsClosedWithoutAChange) {
     FileWriter writer(file(), 0s, counting());
     writer.noteChange();
-    ASSERT_TRUE(eventually([&] { return readFile(file()) == "1"; }));
+    ASSERT_TRUE(isWritten("1"));
     writer.close();
     EXPECT_EQ(renderings(), 1);
 }
@@ -127,23 +130,19 @@ TEST_F(MetricsFileWriter, LetsTheIntervalPassBetweenTwoWrites) {
 
 TEST_F(MetricsFileWriter, WritesAgainWhatChangedDuringAWrite) {
     std::atomic<int> value = 1;
-    std::promise<void> rendering;
-    std::promise<void> goOn;
+    test::Gate gate;
     std::once_flag first;
     FileWriter writer(file(), 0s, [&] {
         const std::string text = std::to_string(value);
-        std::call_once(first, [&] {
-            rendering.set_value();
-            goOn.get_future().wait();
-        });
+        std::call_once(first, [&] { gate.pass(); });
         return text;
     });
     writer.noteChange();
-    rendering.get_future().wait();
+    gate.waitForTask();
     value = 2;
     writer.noteChange();
-    goOn.set_value();
-    EXPECT_TRUE(eventually([&] { return readFile(file()) == "2"; }));
+    gate.open();
+    EXPECT_TRUE(isWritten("2"));
 }
 
 TEST_F(MetricsFileWriter, LosesNoChangeOfAnyThread) {
@@ -245,7 +244,7 @@ TEST_F(MetricsFileWriterWithoutThread, StartsItWithALaterChange) {
         }
         mayStartThreads(true);
         writer.noteChange();
-        return eventually([&] { return readFile(file()) == "1"; }) ? 0 : 3;
+        return isWritten("1") ? 0 : 3;
     });
     if (status == noLimit) {
         GTEST_SKIP() << "needs two users";
@@ -344,13 +343,13 @@ TEST_F(MetricsFileWriter, OutlivesATextThatCannotBeMade) {
     EXPECT_TRUE(log().waitForText(spdlog::level::warn, "no text today"));
     broken = false;
     writer.noteChange();
-    EXPECT_TRUE(eventually([&] { return readFile(file()) == "text"; }));
+    EXPECT_TRUE(isWritten("text"));
 }
 
 TEST_F(MetricsFileWriter, LeavesTheFileToTheParentOfAForkedProcess) {
     FileWriter writer(file(), 24h, counting());
     writer.noteChange();
-    ASSERT_TRUE(eventually([&] { return readFile(file()) == "1"; }));
+    ASSERT_TRUE(isWritten("1"));
     test::ChildProcess child([&] {
         writer.noteChange();
         writer.close();
