@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <stdexcept>
 
 namespace kaz::test {
 
@@ -13,6 +14,19 @@ sim::AccessPoint accessPoint(const std::string& ssid, sim::Security security, st
     point.signal = signal;
     point.password = password;
     return point;
+}
+
+void waitFor(RunningProgram& program, const std::string& text) {
+    if (!program.waitFor(text)) {
+        throw std::runtime_error("no \"" + text + "\" in\n" + program.out() + program.err());
+    }
+}
+
+void converse(RunningProgram& program, const std::vector<std::pair<std::string, std::string>>& turns) {
+    for (const auto& [typed, shown] : turns) {
+        program.send(typed);
+        waitFor(program, shown);
+    }
 }
 
 CommandFixture::CommandFixture() {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/temporary_folder.h"
@@ -19,6 +20,12 @@ namespace kaz::test {
 inline bool has(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
+
+// Throws when it is not shown, which ends the test.
+void waitFor(RunningProgram& program, const std::string& text);
+
+// Types each first text, then waits for the second one.
+void converse(RunningProgram& program, const std::vector<std::pair<std::string, std::string>>& turns);
 
 // The result of a finished run of kazwifictl.
 struct Finished {

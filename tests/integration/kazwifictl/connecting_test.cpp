@@ -140,44 +140,27 @@ TEST_F(Connecting, ShowsThePasswordToNobodyWhoLooksAtTheProcess) {
     neighbourhood.times.handshake = std::chrono::hours(24);  // so that the process runs while it is inspected
     startAndScan();
     writeFile(file("key"), "correct horse\n");
-    const auto look = [](RunningProgram& program) {
-        ASSERT_TRUE(program.waitFor("Connecting to")) << program.out() << program.err();
-        EXPECT_TRUE(has(program.told("cmdline"), "kazwifictl"));
-        EXPECT_TRUE(has(program.told("environ"), "DBUS_SYSTEM_BUS_ADDRESS"));
+    const std::vector<std::string> connect{"connect", "Home"};
+    const auto look = [](const std::string& source, const auto& program,
+                         const std::vector<std::pair<std::string, std::string>>& turns) {
+        SCOPED_TRACE(source);
+        converse(*program, turns);
+        EXPECT_TRUE(has(program->told("cmdline"), "kazwifictl"));
+        EXPECT_TRUE(has(program->told("environ"), "DBUS_SYSTEM_BUS_ADDRESS"));
         for (const std::string name : {"cmdline", "environ", "comm"}) {
-            EXPECT_FALSE(tellsAPassword(program.told(name))) << program.told(name);
+            EXPECT_FALSE(tellsAPassword(program->told(name))) << program->told(name);
         }
-        program.sendSignal(SIGTERM);
-        EXPECT_EQ(program.wait().signal, SIGTERM);
-        EXPECT_FALSE(tellsAPassword(program.out() + program.err())) << program.out() << program.err();
+        program->sendSignal(SIGTERM);
+        EXPECT_EQ(program->wait().signal, SIGTERM);
+        EXPECT_FALSE(tellsAPassword(program->out() + program->err())) << program->out() << program->err();
     };
-    {
-        SCOPED_TRACE("from the standard input");
-        const auto program = withPipes({"connect", "Home"});
-        program->send("correct horse\n");
-        look(*program);
-    }
-    {
-        SCOPED_TRACE("from a file");
-        const auto program = withPipes({"connect", "Home", "--password-file", file("key")});
-        look(*program);
-    }
-    {
-        SCOPED_TRACE("asked for on a terminal");
-        const auto program = inTerminal({"connect", "Home"});
-        ASSERT_TRUE(program->waitFor("Password for"));
-        program->send("correct horse\n");
-        look(*program);
-    }
-    {
-        SCOPED_TRACE("asked for at the prompt");
-        const auto program = inTerminal({});
-        ASSERT_TRUE(program->waitFor("kazwifi> "));
-        program->send("connect Home\n");
-        ASSERT_TRUE(program->waitFor("Password for"));
-        program->send("correct horse\n");
-        look(*program);
-    }
+    const std::pair<std::string, std::string> answer{"correct horse\n", "Connecting to"};
+    look("from the standard input", withPipes(connect), {answer});
+    look("from a file", withPipes({"connect", "Home", "--password-file", file("key")}),
+         {{"", "Connecting to"}});
+    look("asked for on a terminal", inTerminal(connect), {{"", "Password for"}, answer});
+    look("asked for at the prompt", inTerminal({}),
+         {{"", "kazwifi> "}, {"connect Home\n", "Password for"}, answer});
 }
 
 TEST_F(Connecting, LeavesTheMetricsOfTheDeviceAlone) {

@@ -46,24 +46,16 @@ std::string everythingOf(const Finished& run) {
            std::to_string(run.ending.status) + "\n";
 }
 
-enum class Form { plain, colour, narrow, json };
+// plain, colour, narrow: a terminal with 48 columns, and json.
+const std::vector<std::string> forms{"plain", "colour", "narrow", "json"};
 
-std::string_view nameOf(Form form) {
-    switch (form) {
-        case Form::plain:
-            return "plain";
-        case Form::colour:
-            return "colour";
-        case Form::narrow:
-            return "narrow";
-        case Form::json:
-            return "json";
+std::vector<std::string> inForm(const std::string& form, std::vector<std::string> arguments) {
+    if (form == "json") {
+        arguments.emplace_back("--json");
+    } else if (form != "plain") {
+        arguments.insert(arguments.end(), {"--color", form == "colour" ? "always" : "never"});
     }
-    return "";
-}
-
-void PrintTo(Form form, std::ostream* out) {
-    *out << nameOf(form);
+    return arguments;
 }
 
 struct Case {
@@ -95,23 +87,10 @@ std::vector<Case> cases() {
     };
 }
 
-class Golden : public CommandFixture, public testing::WithParamInterface<std::tuple<Case, Form>> {
+class Golden : public CommandFixture, public testing::WithParamInterface<std::tuple<Case, std::string>> {
   protected:
-    std::string output(const Case& each, Form form) {
-        std::vector<std::string> arguments = each.arguments;
-        if (form == Form::json) {
-            arguments.emplace_back("--json");
-        } else if (form == Form::colour) {
-            arguments.insert(arguments.end(), {"--color", "always"});
-        }
-        return form == Form::narrow ? narrow(each) : everythingOf(run(arguments, each.input));
-    }
-
-  private:
     std::string narrow(const Case& each) {
-        std::vector<std::string> arguments = each.arguments;
-        arguments.insert(arguments.end(), {"--color", "never"});
-        const auto program = inTerminal(arguments, 48);
+        const auto program = inTerminal(inForm("narrow", each.arguments), 48);
         if (!each.input.empty()) {
             EXPECT_TRUE(program->waitFor("Password for"));
             program->send(each.input);
@@ -127,21 +106,21 @@ TEST_P(Golden, OutputIsAsItWas) {
     if (each.connected) {
         connectHome();
     }
-    expectGolden(each.name + "." + std::string(nameOf(form)), output(each, form));
+    expectGolden(each.name + "." + form, form == "narrow"
+                                             ? narrow(each)
+                                             : everythingOf(run(inForm(form, each.arguments), each.input)));
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryCommand, Golden,
-                         testing::Combine(testing::ValuesIn(cases()),
-                                          testing::Values(Form::plain, Form::colour, Form::narrow,
-                                                          Form::json)),
+                         testing::Combine(testing::ValuesIn(cases()), testing::ValuesIn(forms)),
                          [](const auto& which) {
-                             std::string name = std::get<0>(which.param).name + "_" +
-                                                std::string(nameOf(std::get<1>(which.param)));
+                             std::string name =
+                                 std::get<0>(which.param).name + "_" + std::get<1>(which.param);
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
 
-class GoldenMonitor : public CommandFixture, public testing::WithParamInterface<Form> {
+class GoldenMonitor : public CommandFixture, public testing::WithParamInterface<std::string> {
   protected:
     // Starts a monitor and waits for the last network of the first state. On a busy machine the first state may arrive
     // late: then the monitor begins with a part of it and shows the rest as changes. In this case, starts another one.
@@ -149,7 +128,7 @@ class GoldenMonitor : public CommandFixture, public testing::WithParamInterface<
         constexpr int tries = 50;
         std::unique_ptr<RunningProgram> program;
         for (int i = 0; i < tries; ++i) {
-            program = GetParam() == Form::narrow ? inTerminal(arguments, 48) : withPipes(arguments);
+            program = GetParam() == "narrow" ? inTerminal(arguments, 48) : withPipes(arguments);
             if (!program->waitFor("cellar")) {
                 return nullptr;
             }
@@ -162,32 +141,24 @@ class GoldenMonitor : public CommandFixture, public testing::WithParamInterface<
 
   private:
     const std::string notYet_ =
-        GetParam() == Form::json ? R"("connection","status":"disconnected")" : "not connected";
+        GetParam() == "json" ? R"("connection","status":"disconnected")" : "not connected";
 };
 
 TEST_P(GoldenMonitor, OutputIsAsItWas) {
-    const Form form = GetParam();
     startAndScan();
     connectHome();
-    std::vector<std::string> arguments{"monitor"};
-    if (form == Form::json) {
-        arguments.emplace_back("--json");
-    } else {
-        arguments.insert(arguments.end(), {"--color", form == Form::colour ? "always" : "never"});
-    }
-    const auto program = begun(arguments);
+    const auto program = begun(inForm(GetParam(), {"monitor"}));
     ASSERT_NE(program, nullptr);
     runs(0, {"off"});
     ASSERT_TRUE(program->waitFor("cellar")) << program->out();
     program->sendSignal(SIGINT);
     const Ending ending = program->wait();
-    expectGolden("monitor." + std::string(nameOf(form)),
+    expectGolden("monitor." + GetParam(),
                  screenOf(program->out()) + "--- status " + std::to_string(ending.status) + "\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryForm, GoldenMonitor,
-                         testing::Values(Form::plain, Form::colour, Form::narrow, Form::json),
-                         [](const auto& which) { return std::string(nameOf(which.param)); });
+INSTANTIATE_TEST_SUITE_P(EveryForm, GoldenMonitor, testing::ValuesIn(forms),
+                         [](const auto& which) { return which.param; });
 
 }  // namespace
 }  // namespace kaz::test

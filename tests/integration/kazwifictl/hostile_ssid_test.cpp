@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/hex.h"
 #include "integration/kazwifictl/command_fixture.h"
 
 namespace kaz::test {
@@ -32,16 +33,6 @@ std::vector<std::string> hostileSsids() {
     };
 }
 
-std::string hexOf(const std::string& bytes) {
-    static const char* digits = "0123456789abcdef";
-    std::string hex;
-    for (const char byte : bytes) {
-        hex += digits[static_cast<unsigned char>(byte) / 16];
-        hex += digits[static_cast<unsigned char>(byte) % 16];
-    }
-    return hex;
-}
-
 // Whether D-Bus can carry the SSID as text. The library can connect only to such a network.
 bool isText(const std::string& ssid) {
     return ssid.find('\0') == std::string::npos && ssid.find('\xff') == std::string::npos;
@@ -62,7 +53,7 @@ class HostileSsid : public CommandFixture {
     static void expectHarmless(const std::string& text) {
         for (const std::string& bad : {"\x1b"s, "\x07"s, "\r"s, "\t"s, "\0"s, "\x01"s, "\u202e"s, "\u2066"s,
                                        "\u2067"s, "\u009b"s, "\xff"s}) {
-            EXPECT_EQ(text.find(bad), std::string::npos) << hexOf(bad) << " in\n" << text;
+            EXPECT_EQ(text.find(bad), std::string::npos) << toHex(bad) << " in\n" << text;
         }
     }
 };
@@ -77,8 +68,8 @@ TEST_F(HostileSsid, DoesNoHarmInAnyOutput) {
     expectHarmless(runs(0, {"list", "--names"}).out);
     for (const std::string& ssid : hostileSsids()) {
         const bool text = isText(ssid);
-        const Finished connected = runs(text ? 0 : 1, {"-v", "connect", "--hex", hexOf(ssid)});
-        const Finished forgotten = runs(text ? 0 : 5, {"-v", "forget", "--hex", hexOf(ssid)});
+        const Finished connected = runs(text ? 0 : 1, {"-v", "connect", "--hex", toHex(ssid)});
+        const Finished forgotten = runs(text ? 0 : 5, {"-v", "forget", "--hex", toHex(ssid)});
         for (const std::string& output : {connected.out, connected.err, forgotten.out, forgotten.err}) {
             expectHarmless(output);
         }
@@ -87,7 +78,7 @@ TEST_F(HostileSsid, DoesNoHarmInAnyOutput) {
 
 TEST_F(HostileSsid, DoesNoHarmInTheStatus) {
     startAndScan();
-    runs(0, {"connect", "--hex", hexOf(hostileSsids().front())});
+    runs(0, {"connect", "--hex", toHex(hostileSsids().front())});
     const std::string status = runs(0, {"status"}).out;
     expectHarmless(status);
     EXPECT_NE(status.find("connected to \"\\x1b[2J"), std::string::npos) << status;
@@ -115,7 +106,7 @@ TEST_F(HostileSsid, IsInJsonByteForByte) {
     const auto networks = nlohmann::json::parse(out).at("networks");
     ASSERT_EQ(networks.size(), hostileSsids().size());
     for (std::size_t i = 0; i < networks.size(); ++i) {
-        EXPECT_EQ(networks.at(i).at("ssid_hex"), hexOf(hostileSsids().at(i)));
+        EXPECT_EQ(networks.at(i).at("ssid_hex"), toHex(hostileSsids().at(i)));
     }
 }
 
@@ -123,7 +114,7 @@ TEST_F(HostileSsid, DoesNoHarmInAMonitor) {
     startAndScan();
     const auto program = withPipes({"monitor", "-v"});
     ASSERT_TRUE(program->waitFor("zalgo"));
-    runs(0, {"connect", "--hex", hexOf(hostileSsids().front())});
+    runs(0, {"connect", "--hex", toHex(hostileSsids().front())});
     ASSERT_TRUE(program->waitFor("connected to \"\\x1b[2J")) << program->out();
     program->sendSignal(SIGTERM);
     EXPECT_EQ(program->wait().status, 0);

@@ -3,9 +3,7 @@
 
 #include <algorithm>
 #include <memory>
-#include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "integration/kazwifictl/command_fixture.h"
@@ -19,21 +17,6 @@ const std::string ctrlD = "\x04";
 const std::string ctrlZ = "\x1a";
 const std::string up = "\x1b[A";
 const std::string prompt = "kazwifi> ";
-
-// Throws when it is not shown, which ends the test.
-void waitFor(RunningProgram& program, const std::string& text) {
-    if (!program.waitFor(text)) {
-        throw std::runtime_error("no \"" + text + "\" in\n" + program.out());
-    }
-}
-
-// Types each first text, then waits for the second one.
-void converse(RunningProgram& program, const std::vector<std::pair<std::string, std::string>>& turns) {
-    for (const auto& [typed, shown] : turns) {
-        program.send(typed);
-        waitFor(program, shown);
-    }
-}
 
 void expectStatus(int status, RunningProgram& program, const std::string& typed) {
     program.send(typed);

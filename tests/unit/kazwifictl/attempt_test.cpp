@@ -1,8 +1,10 @@
 #include "kazwifictl/commands/attempt.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,167 +16,158 @@ using wifi::ConnectionInfo;
 using Status = ConnectionInfo::Status;
 using Outcome = Attempt::Outcome;
 
-// Passes changes to an Attempt, at times relative to the request.
+Clock::time_point at(int ms) {
+    return Clock::time_point(std::chrono::hours(1)) + milliseconds(ms);
+}
+
+// A change, and when it is seen: in ms after the request.
+struct Event {
+    int ms;
+    std::function<void(Snapshot&)> change;
+};
+
+Event connection(int ms, Status status, const std::string& ssid = "Home", int signal = wifi::NoSignaldBm) {
+    return {ms, [=](Snapshot& now) {
+                now.connection = {};
+                now.connection.status = status;
+                now.connection.ssid = ssid;
+                now.connection.signal = signal;
+            }};
+}
+
+Event connecting(int ms) {
+    return connection(ms, Status::connectingWifi);
+}
+
+// The library noticed it at `noticed`.
+Event disconnected(int ms, int noticed) {
+    return {ms, [=](Snapshot& now) {
+                now.connection = {};
+                now.connection.disconnectSsid = "Home";
+                now.connection.disconnectReason = ConnectionInfo::DisconnectReason::causedBySystem;
+                now.connection.disconnectTime = at(noticed);
+            }};
+}
+
+Event scanning(int ms, bool on) {
+    return {ms, [on](Snapshot& now) { now.scanning = on; }};
+}
+
 class AttemptTest : public testing::Test {
   protected:
-    static Clock::time_point at(int ms) {
-        return Clock::time_point(std::chrono::hours(1)) + milliseconds(ms);
-    }
+    AttemptTest() { state.running = true; }
 
-    void connection(int ms, Status status, const std::string& ssid, int signal = wifi::NoSignaldBm) {
-        Snapshot now = state;
-        now.connection = {};
-        now.connection.status = status;
-        now.connection.ssid = ssid;
-        now.connection.signal = signal;
-        see(ms, now);
-    }
-    void disconnected(int ms, int noticed) {
-        Snapshot now = state;
-        now.connection = {};
-        now.connection.disconnectSsid = "Home";
-        now.connection.disconnectReason = ConnectionInfo::DisconnectReason::causedBySystem;
-        now.connection.disconnectTime = at(noticed);
-        see(ms, now);
-    }
-    void scanning(int ms, bool on) {
-        Snapshot now = state;
-        now.scanning = on;
-        see(ms, now);
-    }
-    void see(int ms, Snapshot now) {
-        now.time = at(ms);
-        attempt.see(state, now);
-        state = now;
-    }
-
-    std::vector<std::pair<Stage::Kind, milliseconds>> stages() const {
-        std::vector<std::pair<Stage::Kind, milliseconds>> result;
-        for (const Stage& stage : attempt.stages()) {
-            result.emplace_back(stage.kind, std::chrono::duration_cast<milliseconds>(stage.took));
+    void see(const std::vector<Event>& events) {
+        for (const auto& [ms, change] : events) {
+            Snapshot now = state;
+            change(now);
+            now.time = at(ms);
+            attempt.see(state, now);
+            state = now;
         }
-        return result;
     }
 
     Attempt attempt{"Home", at(0)};
-    Snapshot state = [] {
-        Snapshot begin;
-        begin.running = true;
-        return begin;
-    }();
+    Snapshot state;
 };
 
 TEST_F(AttemptTest, TimesEveryStageUpToTheAddress) {
-    connection(5, Status::connectingWifi, "Home");
+    see({connecting(5)});
     EXPECT_EQ(attempt.current(), Stage::Kind::join);
-    scanning(20, true);
+    see({scanning(20, true)});
     EXPECT_EQ(attempt.current(), Stage::Kind::search);
-    scanning(2520, false);
-    connection(2820, Status::connectingIP, "Home", -48);
+    see({scanning(2520, false), connection(2820, Status::connectingIP, "Home", -48)});
     EXPECT_EQ(attempt.current(), Stage::Kind::address);
     EXPECT_FALSE(attempt.outcome());
-    connection(4320, Status::connected, "Home", -48);
+    see({connection(4320, Status::connected, "Home", -48)});
     EXPECT_EQ(attempt.outcome(), Outcome::connected);
     EXPECT_EQ(attempt.current(), std::nullopt);
-    EXPECT_EQ(stages(), (std::vector<std::pair<Stage::Kind, milliseconds>>{
-                            {Stage::Kind::search, milliseconds(2500)},
-                            {Stage::Kind::join, milliseconds(300)},
-                            {Stage::Kind::address, milliseconds(1500)}}));
+    std::vector<std::pair<Stage::Kind, Clock::duration>> stages;
+    for (const Stage& stage : attempt.stages()) {
+        stages.emplace_back(stage.kind, stage.took);
+    }
+    EXPECT_THAT(stages, testing::ElementsAre(std::pair(Stage::Kind::search, milliseconds(2500)),
+                                             std::pair(Stage::Kind::join, milliseconds(300)),
+                                             std::pair(Stage::Kind::address, milliseconds(1500))));
     EXPECT_EQ(attempt.signal(), -48);
     EXPECT_EQ(attempt.total(), milliseconds(4320));
 }
 
-TEST_F(AttemptTest, TakesAConnectionThatIsOnlineAtOnceAsConnected) {
-    connection(0, Status::connectingWifi, "Home");
-    connection(300, Status::connected, "Home", -50);
-    EXPECT_EQ(attempt.outcome(), Outcome::connected);
-    EXPECT_EQ(stages().size(), 2U);
-}
-
 TEST_F(AttemptTest, IgnoresWhatWasBeforeTheLibraryTookItUp) {
-    connection(1, Status::connected, "Office", -50);
-    disconnected(2, 2);
-    connection(3, Status::connected, "Home", -50);
+    see({connection(1, Status::connected, "Office", -50), disconnected(2, 2),
+         connection(3, Status::connected, "Home", -50)});
     EXPECT_FALSE(attempt.begun());
     EXPECT_FALSE(attempt.outcome());
-    connection(4, Status::connectingWifi, "Home");
+    see({connecting(4)});
     EXPECT_TRUE(attempt.begun());
 }
 
-TEST_F(AttemptTest, TakesSilenceForNoAnswer) {
-    connection(3, Status::connectingWifi, "Home");
-    disconnected(2010, 2005);
-    EXPECT_EQ(attempt.outcome(), Outcome::notAnswering);
+struct End {
+    std::string name;
+    Outcome outcome;
+    std::size_t stages;
+    std::vector<Event> events;
+};
+
+void PrintTo(const End& end, std::ostream* out) {
+    *out << end.name;
 }
 
-TEST_F(AttemptTest, CountsTheSilenceFromTheEndOfTheLastScan) {
-    connection(0, Status::connectingWifi, "Home");
-    scanning(10, true);
-    scanning(2500, false);
-    scanning(3000, true);
-    scanning(5500, false);
-    disconnected(7510, 7505);
-    EXPECT_EQ(attempt.outcome(), Outcome::notAnswering);
+class AttemptEnd : public AttemptTest, public testing::WithParamInterface<End> {};
+
+TEST_P(AttemptEnd, FollowsFromWhatIsSeen) {
+    const End& end = GetParam();
+    see(end.events);
+    EXPECT_EQ(attempt.outcome(), end.outcome);
+    EXPECT_EQ(attempt.stages().size(), end.stages);
+    EXPECT_EQ(attempt.linkIsUp(), end.outcome == Outcome::connected || end.outcome == Outcome::lost);
+    EXPECT_EQ(attempt.otherSsid(), end.outcome == Outcome::other ? "Office" : "");
 }
 
-TEST_F(AttemptTest, TakesAnyOtherEndForARefusal) {
-    for (const int ms : {10, 1900, 2400, 4500}) {
-        attempt = Attempt("Home", at(0));
-        state.connection = {};
-        connection(0, Status::connectingWifi, "Home");
-        disconnected(ms + 1, ms);
-        EXPECT_EQ(attempt.outcome(), Outcome::refused) << "after " << ms << " ms";
-    }
+Event stopped(int ms) {
+    return {ms, [](Snapshot& now) { now.running = false; }};
 }
 
-TEST_F(AttemptTest, TakesAnEndDuringAScanForARefusal) {
-    connection(0, Status::connectingWifi, "Home");
-    scanning(1500, true);
-    disconnected(2010, 2005);
-    EXPECT_EQ(attempt.outcome(), Outcome::refused);
-}
+const std::vector<End> ends{
+    {"OnlineAtOnceIsConnected", Outcome::connected, 2, {connecting(0), connection(300, Status::connected)}},
+    {"SilenceIsNoAnswer", Outcome::notAnswering, 0, {connecting(3), disconnected(2010, 2005)}},
+    {"SilenceCountsFromTheEndOfTheLastScan",
+     Outcome::notAnswering,
+     2,
+     {connecting(0), scanning(10, true), scanning(2500, false), scanning(3000, true), scanning(5500, false),
+      disconnected(7510, 7505)}},
+    {"EndAfter10msIsARefusal", Outcome::refused, 0, {connecting(0), disconnected(11, 10)}},
+    {"EndAfter1900msIsARefusal", Outcome::refused, 0, {connecting(0), disconnected(1901, 1900)}},
+    {"EndAfter2400msIsARefusal", Outcome::refused, 0, {connecting(0), disconnected(2401, 2400)}},
+    {"EndAfter4500msIsARefusal", Outcome::refused, 0, {connecting(0), disconnected(4501, 4500)}},
+    {"EndDuringAScanIsARefusal",
+     Outcome::refused,
+     0,
+     {connecting(0), scanning(1500, true), disconnected(2010, 2005)}},
+    {"LinkThatBreaksBeforeTheAddressIsLost",
+     Outcome::lost,
+     1,
+     {connecting(0), connection(300, Status::connectingIP), disconnected(900, 900)}},
+    {"DeviceThatGoesElsewhereEndsIt",
+     Outcome::other,
+     0,
+     {connecting(0), connection(700, Status::connectingIP, "Office")}},
+    {"SupplicantThatStopsEndsIt", Outcome::stopped, 0, {connecting(0), stopped(100)}},
+    {"StatusMayRepeatAndGoBack",
+     Outcome::connected,
+     3,
+     {connecting(0), connection(10, Status::connectingWifi, "Home", -50),
+      connection(300, Status::connectingIP, "Home", -50), connection(310, Status::connectingIP, "Home", -51),
+      connection(320, Status::connectingWifi, "Home", -51),
+      connection(400, Status::connectingIP, "Home", -51), connection(500, Status::connected, "Home", -52)}},
+    {"NothingChangesAfterTheEnd",
+     Outcome::connected,
+     2,
+     {connecting(0), connection(300, Status::connected, "Home", -50), disconnected(400, 400)}},
+};
 
-TEST_F(AttemptTest, IsLostWhenTheLinkBreaksBeforeTheAddress) {
-    connection(0, Status::connectingWifi, "Home");
-    connection(300, Status::connectingIP, "Home");
-    EXPECT_TRUE(attempt.linkIsUp());
-    disconnected(900, 900);
-    EXPECT_EQ(attempt.outcome(), Outcome::lost);
-}
-
-TEST_F(AttemptTest, EndsWhenTheDeviceGoesElsewhere) {
-    connection(0, Status::connectingWifi, "Home");
-    connection(700, Status::connectingIP, "Office");
-    EXPECT_EQ(attempt.outcome(), Outcome::other);
-    EXPECT_EQ(attempt.otherSsid(), "Office");
-}
-
-TEST_F(AttemptTest, EndsWhenTheSupplicantGoesAway) {
-    connection(0, Status::connectingWifi, "Home");
-    Snapshot now = state;
-    now.running = false;
-    see(100, now);
-    EXPECT_EQ(attempt.outcome(), Outcome::stopped);
-}
-
-TEST_F(AttemptTest, ToleratesStatusesThatRepeatAndGoBack) {
-    connection(0, Status::connectingWifi, "Home");
-    connection(10, Status::connectingWifi, "Home", -50);
-    connection(300, Status::connectingIP, "Home", -50);
-    connection(310, Status::connectingIP, "Home", -51);
-    connection(320, Status::connectingWifi, "Home", -51);
-    connection(400, Status::connectingIP, "Home", -51);
-    connection(500, Status::connected, "Home", -52);
-    EXPECT_EQ(attempt.outcome(), Outcome::connected);
-    EXPECT_EQ(stages().size(), 3U);
-}
-
-TEST_F(AttemptTest, DoesNotChangeItsMindAfterTheEnd) {
-    connection(0, Status::connectingWifi, "Home");
-    connection(300, Status::connected, "Home", -50);
-    disconnected(400, 400);
-    EXPECT_EQ(attempt.outcome(), Outcome::connected);
-}
+INSTANTIATE_TEST_SUITE_P(Any, AttemptEnd, testing::ValuesIn(ends),
+                         [](const auto& which) { return which.param.name; });
 
 }  // namespace
 }  // namespace kaz::ctl

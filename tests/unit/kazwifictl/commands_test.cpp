@@ -7,10 +7,11 @@
 #include <chrono>
 #include <string>
 
+#include "base/temporary_folder.h"
 #include "kazwifictl/session/workspace.h"
 #include "kazwifictl/text/failure.h"
+#include "support/files/files.h"
 #include "unit/kazwifictl/fake_world.h"
-#include "unit/kazwifictl/secret_file.h"
 
 namespace kaz::ctl {
 namespace {
@@ -19,7 +20,6 @@ using std::chrono::milliseconds;
 using test::connectedTo;
 using test::FakeWorld;
 using test::network;
-using test::SecretFile;
 using wifi::ConnectionInfo;
 using wifi::SecurityMode;
 using Status = ConnectionInfo::Status;
@@ -39,34 +39,40 @@ class CommandsTest : public testing::Test {
         options.startWait = milliseconds(20000);
     }
 
-    Report run(Report (*command)(const Options&, Workspace&, Output&)) {
+    // Leaves the report in `report`.
+    ExitCode run(Report (*command)(const Options&, Workspace&, Output&)) {
         Workspace place(Workspace::Kind::oneCommand, interrupts, log, options.startWait);
         try {
-            return command(options, place, output);
+            report = command(options, place, output);
         } catch (const CommandFailed& failed) {
-            Report report;
-            report.failure = failed.failure();
-            return report;
+            report = {{}, Json::object(), failed.failure()};
         }
+        return codeOf(report);
     }
 
-    Report connect(const std::string& ssid, const std::string& password = "correct horse") {
-        const SecretFile file(password + "\n");
+    ExitCode connect(const std::string& ssid, const std::string& password = "correct horse") {
         options.command = Command::connect;
         options.ssid = ssid;
-        options.connect.passwordFile = file.path();
+        options.connect.passwordFile = passwordFile(password);
         return run(connectTo);
     }
 
-    Report forget(const std::string& ssid) {
+    ExitCode forget(const std::string& ssid) {
         options.ssid = ssid;
         return run(forgetNetwork);
+    }
+
+    std::string passwordFile(const std::string& password) {
+        test::writeFile(folder / "password", password + "\n");
+        return folder / "password";
     }
 
     static ExitCode codeOf(const Report& report) {
         return report.failure ? report.failure->code : ExitCode::done;
     }
 
+    const TemporaryFolder folder;
+    Report report;
     FakeWorld world;
     Interrupts interrupts;
     LibraryLog log{false};
@@ -76,8 +82,7 @@ class CommandsTest : public testing::Test {
 
 TEST_F(CommandsTest, ListShowsTheNetworkInUseAndTheOthers) {
     world.connection = connectedTo("Home", -50);
-    const Report report = run(listNetworks);
-    EXPECT_EQ(codeOf(report), ExitCode::done);
+    EXPECT_EQ(run(listNetworks), ExitCode::done);
     ASSERT_EQ(report.members.at("networks").size(), 2U);
     EXPECT_EQ(report.members.at("networks").at(0).at("ssid"), "Home");
     EXPECT_EQ(report.members.at("networks").at(0).at("status"), "connected");
@@ -86,44 +91,43 @@ TEST_F(CommandsTest, ListShowsTheNetworkInUseAndTheOthers) {
 
 TEST_F(CommandsTest, ListLooksAroundWhenNothingIsKnown) {
     world.inRange.clear();
-    EXPECT_EQ(codeOf(run(listNetworks)), ExitCode::done);
+    EXPECT_EQ(run(listNetworks), ExitCode::done);
     EXPECT_TRUE(world.did("scan"));
 }
 
 TEST_F(CommandsTest, ListNamesOnlyWhatCanBeTyped) {
     world.inRange.push_back(network("\x1b[31m", -40, SecurityMode::none));
     options.namesOnly = true;
-    EXPECT_EQ(run(listNetworks).text, "Home\nCafe\n");
+    EXPECT_EQ(run(listNetworks), ExitCode::done);
+    EXPECT_EQ(report.text, "Home\nCafe\n");
 }
 
 TEST_F(CommandsTest, NoStackIsReportedWithItsReason) {
     world.running = false;
     options.startWait = milliseconds(400);
-    const Report on = run(listNetworks);
-    EXPECT_EQ(codeOf(on), ExitCode::noStack);
-    EXPECT_NE(on.failure->why.find("wpa_supplicant"), std::string::npos);
+    EXPECT_EQ(run(listNetworks), ExitCode::noStack);
+    EXPECT_NE(report.failure->why.find("wpa_supplicant"), std::string::npos);
     world.storedChoice = false;
-    const Report off = run(scanNetworks);
-    EXPECT_EQ(codeOf(off), ExitCode::noStack);
-    EXPECT_EQ(off.failure->why, "Wi-Fi is switched off");
-    EXPECT_EQ(off.failure->advice, "kazwifictl on");
+    EXPECT_EQ(run(scanNetworks), ExitCode::noStack);
+    EXPECT_EQ(report.failure->why, "Wi-Fi is switched off");
+    EXPECT_EQ(report.failure->advice, "kazwifictl on");
 }
 
 TEST_F(CommandsTest, StatusIsNoFailureWhenWifiIsOffByChoice) {
     world.running = false;
     world.storedChoice = false;
-    const Report report = run(showStatus);
-    EXPECT_EQ(codeOf(report), ExitCode::done);
+    EXPECT_EQ(run(showStatus), ExitCode::done);
     EXPECT_EQ(report.text, "Wi-Fi               off\n");
     world.storedChoice = true;
-    EXPECT_EQ(codeOf(run(showStatus)), ExitCode::noStack);
+    EXPECT_EQ(run(showStatus), ExitCode::noStack);
 }
 
 TEST_F(CommandsTest, ScanShowsWhatWasFoundHoweverLateTheResultsReachIt) {
     world.foundByScan = {network("Office", -70, SecurityMode::rsnPsk)};
     world.resultsReachNobody = true;
     options.namesOnly = true;
-    EXPECT_EQ(run(scanNetworks).text, "Home\nCafe\nOffice\n");
+    EXPECT_EQ(run(scanNetworks), ExitCode::done);
+    EXPECT_EQ(report.text, "Home\nCafe\nOffice\n");
 }
 
 TEST_F(CommandsTest, ConnectFindsWhatAScanFoundHoweverLateTheResultsReachIt) {
@@ -131,19 +135,18 @@ TEST_F(CommandsTest, ConnectFindsWhatAScanFoundHoweverLateTheResultsReachIt) {
     world.resultsReachNobody = true;
     world.afterConnect["Office"] = {{Status::connectingIP, "Office", -70},
                                     {Status::connected, "Office", -70}};
-    EXPECT_EQ(codeOf(connect("Office")), ExitCode::done);
+    EXPECT_EQ(connect("Office"), ExitCode::done);
     EXPECT_TRUE(world.did("scan"));
     EXPECT_TRUE(world.did("connect Office"));
 }
 
 TEST_F(CommandsTest, ScanFailsWhenTheSupplicantDoesNotBegin) {
     world.scansBegin = false;
-    EXPECT_EQ(codeOf(run(scanNetworks)), ExitCode::failed);
+    EXPECT_EQ(run(scanNetworks), ExitCode::failed);
 }
 
 TEST_F(CommandsTest, OffHasStoppedTheSupplicantWhenItReturns) {
-    const Report report = run(switchOff);
-    EXPECT_EQ(codeOf(report), ExitCode::done);
+    EXPECT_EQ(run(switchOff), ExitCode::done);
     EXPECT_TRUE(world.did("stop"));
     EXPECT_FALSE(world.storedChoice);
     EXPECT_EQ(report.members.at("changed"), true);
@@ -151,20 +154,20 @@ TEST_F(CommandsTest, OffHasStoppedTheSupplicantWhenItReturns) {
 
 TEST_F(CommandsTest, OffAsksASupplicantToStopThatDoesNotRunYet) {
     world.running = false;
-    EXPECT_EQ(codeOf(run(switchOff)), ExitCode::done);
+    EXPECT_EQ(run(switchOff), ExitCode::done);
     EXPECT_TRUE(world.did("stop"));
 }
 
 TEST_F(CommandsTest, OffTimesOutWhenTheSupplicantStays) {
     world.startsAndStops = false;
     options.startWait = milliseconds(400);
-    EXPECT_EQ(codeOf(run(switchOff)), ExitCode::timedOut);
+    EXPECT_EQ(run(switchOff), ExitCode::timedOut);
 }
 
 TEST_F(CommandsTest, OnHasStartedTheSupplicantWhenItReturns) {
     world.running = false;
     world.storedChoice = false;
-    EXPECT_EQ(codeOf(run(switchOn)), ExitCode::done);
+    EXPECT_EQ(run(switchOn), ExitCode::done);
     EXPECT_TRUE(world.did("start"));
     EXPECT_TRUE(world.storedChoice);
 }
@@ -173,20 +176,18 @@ TEST_F(CommandsTest, OnFailsWhenTheSupplicantDoesNotStart) {
     world.running = false;
     world.startsAndStops = false;
     options.startWait = milliseconds(400);
-    EXPECT_EQ(codeOf(run(switchOn)), ExitCode::noStack);
+    EXPECT_EQ(run(switchOn), ExitCode::noStack);
 }
 
 TEST_F(CommandsTest, OnAndOffFailWhenTheChoiceCannotBeStored) {
     world.canStore = false;
-    const Report report = run(switchOff);
-    EXPECT_EQ(codeOf(report), ExitCode::failed);
+    EXPECT_EQ(run(switchOff), ExitCode::failed);
     EXPECT_NE(report.failure->why.find("configuration file"), std::string::npos);
 }
 
 TEST_F(CommandsTest, ConnectIsSavedWhenItReturns) {
     world.afterConnect["Home"] = success;
-    const Report report = connect("Home");
-    EXPECT_EQ(codeOf(report), ExitCode::done);
+    EXPECT_EQ(connect("Home"), ExitCode::done);
     EXPECT_EQ(report.members.at("outcome"), "connected");
     EXPECT_EQ(report.members.at("signal_dbm"), -50);
     EXPECT_EQ(report.members.at("stages").size(), 2U);
@@ -198,15 +199,14 @@ TEST_F(CommandsTest, ConnectUsesWhatIsSavedWhenNothingElseIsAskedFor) {
     world.saved = {"Home"};
     world.afterConnect["Home"] = success;
     options.ssid = "Home";
-    EXPECT_EQ(codeOf(run(connectTo)), ExitCode::done);
+    EXPECT_EQ(run(connectTo), ExitCode::done);
     EXPECT_TRUE(world.did("select Home"));
     EXPECT_FALSE(world.did("connect Home"));
 }
 
 TEST_F(CommandsTest, ConnectLeavesNothingOfANewNetworkThatRefuses) {
     world.afterConnect["Home"] = refusal;
-    const Report report = connect("Home");
-    EXPECT_EQ(codeOf(report), ExitCode::failed);
+    EXPECT_EQ(connect("Home"), ExitCode::failed);
     EXPECT_EQ(report.members.at("outcome"), "refused");
     EXPECT_EQ(report.members.at("saved"), false);
     EXPECT_NE(report.failure->why.find("password"), std::string::npos);
@@ -217,7 +217,8 @@ TEST_F(CommandsTest, ConnectLeavesNothingOfANewNetworkThatRefuses) {
 TEST_F(CommandsTest, ConnectKeepsARefusedNetworkWhenAskedTo) {
     world.afterConnect["Home"] = refusal;
     options.connect.keep = true;
-    EXPECT_EQ(connect("Home").members.at("saved"), true);
+    EXPECT_EQ(connect("Home"), ExitCode::failed);
+    EXPECT_EQ(report.members.at("saved"), true);
     EXPECT_FALSE(world.did("forget Home"));
     EXPECT_TRUE(world.did("save"));
 }
@@ -226,14 +227,13 @@ TEST_F(CommandsTest, ConnectKeepsASavedNetworkThatRefuses) {
     world.saved = {"Home"};
     world.afterConnect["Home"] = refusal;
     options.ssid = "Home";
-    EXPECT_EQ(codeOf(run(connectTo)), ExitCode::failed);
+    EXPECT_EQ(run(connectTo), ExitCode::failed);
     EXPECT_FALSE(world.did("forget Home"));
 }
 
 TEST_F(CommandsTest, ConnectCallsAnAttemptOffWhenItsTimeIsUp) {
     options.connect.wait = milliseconds(100);
-    const Report report = connect("Home");
-    EXPECT_EQ(codeOf(report), ExitCode::timedOut);
+    EXPECT_EQ(connect("Home"), ExitCode::timedOut);
     EXPECT_TRUE(world.did("forget Home"));
     EXPECT_EQ(world.everything().back(), "save");
 }
@@ -242,30 +242,27 @@ TEST_F(CommandsTest, ConnectKeepsALinkThatOnlyLacksAnAddress) {
     world.afterConnect["Home"] = {success.front()};
     world.connectsAtOnce = true;
     options.connect.wait = milliseconds(100);
-    const Report report = connect("Home");
-    EXPECT_EQ(codeOf(report), ExitCode::timedOut);
+    EXPECT_EQ(connect("Home"), ExitCode::timedOut);
     EXPECT_NE(report.failure->why.find("no address"), std::string::npos);
     EXPECT_FALSE(world.did("forget Home"));
     EXPECT_TRUE(world.did("save"));
 }
 
 TEST_F(CommandsTest, ConnectIsRefusedWithTheRuleThatWasBroken) {
-    const Report report = connect("Home", "short");
-    EXPECT_EQ(codeOf(report), ExitCode::refused);
+    EXPECT_EQ(connect("Home", "short"), ExitCode::refused);
     EXPECT_EQ(report.failure->why, "the password is shorter than 8 bytes");
     EXPECT_FALSE(world.did("connect Home"));
-    EXPECT_EQ(codeOf(connect(std::string(33, 'x'))), ExitCode::refused);
-    EXPECT_EQ(codeOf(connect("")), ExitCode::refused);
+    EXPECT_EQ(connect(std::string(33, 'x')), ExitCode::refused);
+    EXPECT_EQ(connect(""), ExitCode::refused);
     options.connect.security = SecurityMode::unsupported;
-    EXPECT_EQ(codeOf(connect("Home")), ExitCode::refused);
+    EXPECT_EQ(connect("Home"), ExitCode::refused);
 }
 
 TEST_F(CommandsTest, ConnectSaysWhichEapMethodsThereAre) {
     options.connect.security = SecurityMode::enterprise;
     options.connect.identity = "me";
     options.connect.eapMethod = "MD5";
-    const Report report = connect("Home");
-    EXPECT_EQ(codeOf(report), ExitCode::refused);
+    EXPECT_EQ(connect("Home"), ExitCode::refused);
     EXPECT_EQ(report.failure->advice, "--eap with one of PEAP, TTLS");
 }
 
@@ -275,23 +272,21 @@ TEST_F(CommandsTest, ConnectDoesNotFindWhatIsNeitherInRangeNorSaved) {
     world.connection = connectedTo("Home", -50);
     world.afterConnect["Elsewhere"] = {
         {Status::connected, "Home", -50}};  // the library returns to the former connection
-    EXPECT_EQ(codeOf(run(connectTo)), ExitCode::notFound);
+    EXPECT_EQ(run(connectTo), ExitCode::notFound);
     EXPECT_TRUE(world.did("scan"));
 }
 
 TEST_F(CommandsTest, ConnectDoesNothingWhenItIsThereAlready) {
     world.connection = connectedTo("Home", -50);
     options.ssid = "Home";
-    const Report report = run(connectTo);
-    EXPECT_EQ(codeOf(report), ExitCode::done);
+    EXPECT_EQ(run(connectTo), ExitCode::done);
     EXPECT_EQ(report.members.at("outcome"), "already-connected");
     EXPECT_TRUE(world.everything().empty());
 }
 
 TEST_F(CommandsTest, ConnectInterruptedLeavesNothingHalfDone) {
-    const SecretFile file("correct horse\n");
     options.ssid = "Home";
-    options.connect.passwordFile = file.path();
+    options.connect.passwordFile = passwordFile("correct horse");
     Workspace place(Workspace::Kind::oneCommand, interrupts, log, options.startWait);
     std::thread user([this] {
         std::unique_lock lock(world.mutex);
@@ -308,14 +303,14 @@ TEST_F(CommandsTest, ConnectInterruptedLeavesNothingHalfDone) {
 
 TEST_F(CommandsTest, DisconnectHasHappenedWhenItReturns) {
     world.connection = connectedTo("Home", -50);
-    const Report report = run(disconnectFrom);
-    EXPECT_EQ(codeOf(report), ExitCode::done);
+    EXPECT_EQ(run(disconnectFrom), ExitCode::done);
     EXPECT_EQ(report.members.at("ssid"), "Home");
     EXPECT_TRUE(world.did("disconnect"));
 }
 
 TEST_F(CommandsTest, DisconnectWithoutAConnectionChangesNothing) {
-    EXPECT_EQ(run(disconnectFrom).members.at("changed"), false);
+    EXPECT_EQ(run(disconnectFrom), ExitCode::done);
+    EXPECT_EQ(report.members.at("changed"), false);
     EXPECT_FALSE(world.did("disconnect"));
 }
 
@@ -324,26 +319,26 @@ TEST_F(CommandsTest, ForgetIsSavedWhenItReturnsWhereverTheNetworkIs) {
     world.connection = connectedTo("Home", -50);
     for (const std::string ssid : {"Cafe", "Far away", "Home"}) {
         world.done.clear();
-        EXPECT_EQ(codeOf(forget(ssid)), ExitCode::done) << ssid;
+        EXPECT_EQ(forget(ssid), ExitCode::done) << ssid;
         EXPECT_TRUE(world.did("forget " + ssid)) << ssid;
         EXPECT_EQ(world.everything().back(), "save") << ssid;
     }
 }
 
 TEST_F(CommandsTest, ForgetDoesNotFindANetworkThatIsListedAsNotSaved) {
-    EXPECT_EQ(codeOf(forget("Home")), ExitCode::notFound);
+    EXPECT_EQ(forget("Home"), ExitCode::notFound);
     EXPECT_FALSE(world.did("forget Home"));
 }
 
 TEST_F(CommandsTest, ForgetFailsWhenTheNetworkStays) {
     world.saved = {"Home"};
     world.removalFails = true;
-    EXPECT_EQ(codeOf(forget("Home")), ExitCode::failed);
+    EXPECT_EQ(forget("Home"), ExitCode::failed);
 }
 
 TEST_F(CommandsTest, ForgetRefusesANameThatCannotBe) {
-    EXPECT_EQ(codeOf(forget("")), ExitCode::refused);
-    EXPECT_EQ(codeOf(forget(std::string(33, 'x'))), ExitCode::refused);
+    EXPECT_EQ(forget(""), ExitCode::refused);
+    EXPECT_EQ(forget(std::string(33, 'x')), ExitCode::refused);
 }
 
 TEST_F(CommandsTest, APromptKeepsOneDeviceForAllItsCommands) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "unit/kazwifictl/fake_world.h"
 
@@ -35,22 +36,9 @@ std::string nameOfPlan(const ConnectPlan& plan) {
     return std::holds_alternative<AlreadyConnected>(plan) ? "already" : "look";
 }
 
-ConnectOptions withSecurity(SecurityMode mode) {
-    ConnectOptions options;
-    options.security = mode;
-    return options;
-}
-
-ConnectOptions hidden() {
-    ConnectOptions options;
-    options.hidden = true;
-    return options;
-}
-
-ConnectOptions withFile() {
-    ConnectOptions options;
-    options.passwordFile = "-";
-    return options;
+ConnectOptions given(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"connect", "Any"});
+    return std::get<Options>(parseCommandLine(arguments)).connect;
 }
 
 TEST(ConnectPlan, FollowsFromWhatIsKnownAndAskedFor) {
@@ -64,15 +52,17 @@ TEST(ConnectPlan, FollowsFromWhatIsKnownAndAskedFor) {
         {"Home", {}, false, "saved"},
         {"Office", {}, false, "settings 3"},
         {"Cafe", {}, false, "settings 0"},
-        {"Home", withFile(), false, "settings 3"},
-        {"Home", withSecurity(SecurityMode::sae), false, "settings 4"},
+        {"Home", given({"--password-file", "-"}), false, "settings 3"},
+        {"Home", given({"--security", "wpa3"}), false, "settings 4"},
         {"Campus", {}, false, "usage: an enterprise network needs an identity"},
         {"Elsewhere", {}, false, "look"},
         {"Elsewhere", {}, true, "saved?"},
-        {"Elsewhere", withFile(), false, "look"},
-        {"Elsewhere", withFile(), true, "not-found: no network with this name is in range"},
-        {"Elsewhere", withSecurity(SecurityMode::rsnPsk), false, "settings 3"},
-        {"Elsewhere", hidden(), false, "usage: the list does not show the security of a hidden network"},
+        {"Elsewhere", given({"--password-file", "-"}), false, "look"},
+        {"Elsewhere", given({"--password-file", "-"}), true,
+         "not-found: no network with this name is in range"},
+        {"Elsewhere", given({"--security", "wpa2"}), false, "settings 3"},
+        {"Elsewhere", given({"--hidden"}), false,
+         "usage: the list does not show the security of a hidden network"},
     };
     for (const Case& each : cases) {
         EXPECT_EQ(nameOfPlan(planConnect(each.ssid, each.options, someView(), each.looked)), each.plan)
@@ -84,20 +74,16 @@ TEST(ConnectPlan, LeavesAConnectionAloneThatIsThere) {
     Snapshot view = someView();
     view.connection = connectedTo("Mine", -40);
     EXPECT_EQ(nameOfPlan(planConnect("Mine", {}, view, false)), "already");
-    EXPECT_EQ(nameOfPlan(planConnect("Mine", withFile(), view, false)),
+    EXPECT_EQ(nameOfPlan(planConnect("Mine", given({"--password-file", "-"}), view, false)),
               "usage: the list does not show the security of the network in use");
-    EXPECT_EQ(nameOfPlan(planConnect("Mine", withSecurity(SecurityMode::rsnPsk), view, false)), "settings 3");
+    EXPECT_EQ(nameOfPlan(planConnect("Mine", given({"--security", "wpa2"}), view, false)), "settings 3");
     view.connection.status = wifi::ConnectionInfo::Status::connectingIP;
     EXPECT_EQ(nameOfPlan(planConnect("Mine", {}, view, false)), "saved");
 }
 
 TEST(ConnectPlan, FillsInEverythingThatWasGiven) {
-    ConnectOptions options;
-    options.identity = "ada";
-    options.anonymousIdentity = "anon";
-    options.eapMethod = "PEAP";
-    options.phase2Method = "MSCHAPV2";
-    options.hidden = true;
+    const ConnectOptions options = given({"--identity", "ada", "--anonymous-identity", "anon", "--eap",
+                                          "PEAP", "--phase2", "MSCHAPV2", "--hidden"});
     const ConnectPlan plan = planConnect("Campus", options, someView(), false);
     ASSERT_TRUE(std::holds_alternative<UseSettings>(plan));
     const auto& settings = std::get<UseSettings>(plan).settings;

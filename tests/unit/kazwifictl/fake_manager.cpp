@@ -19,11 +19,36 @@ class ManagerImpl : NonCopyable {
     using Task = std::function<void()>;
     using Callback = std::function<void()>;
 
-    ManagerImpl();
-    ~ManagerImpl();
+    ManagerImpl() {
+        tasks = {[this] { attach(); }, [this] { idle(); }};
+        thread = std::thread([this] {
+            while (const auto task = next()) {
+                (*task)();
+            }
+            idle();
+        });
+    }
 
-    void push(Task task);
-    void untilResting();
+    ~ManagerImpl() {
+        {
+            const std::lock_guard lock(mutex);
+            ending = true;
+            ready.notify_all();
+        }
+        thread.join();
+    }
+
+    void push(Task task) {
+        const std::lock_guard lock(mutex);
+        tasks.push_back(std::move(task));
+        resting = false;
+        ready.notify_all();
+    }
+
+    void untilResting() {
+        std::unique_lock lock(mutex);
+        ready.wait(lock, [this] { return resting; });
+    }
 
     // For any thread.
     template <typename Value>
@@ -45,15 +70,124 @@ class ManagerImpl : NonCopyable {
         }
         notify(callback);
     }
-    void notify(Callback ManagerImpl::*callback);
-    void publishConnection();
-    void idle();
-    void attach();
-    void beginAttempt(const std::string& ssid);
-    void play(const std::string& ssid);
-    void reach(const test::FakeWorld::Step& step);
-    void setDisconnected(Reason reason);
-    std::optional<Task> next();
+
+    void notify(Callback ManagerImpl::*callback) {
+        if (const Callback function = read(callback)) {
+            function();
+        }
+    }
+
+    void publishConnection() {
+        if (info == published) {
+            return;
+        }
+        if (othersDisabled && info.status != Status::connectingWifi) {
+            othersDisabled = false;
+            saveOwed = true;
+        }
+        publish(&ManagerImpl::onConnection, [this] { published = info; });
+    }
+
+    void idle() {
+        publishConnection();
+        bool changed = false;
+        {
+            const std::scoped_lock lock(mutex, world.mutex);
+            std::vector<WifiNetwork> list = listStays ? networks : world.inRange;
+            for (WifiNetwork& each : list) {
+                each.configured = world.saved.contains(each.ssid);
+            }
+            std::erase_if(list, [this](const WifiNetwork& each) {
+                return !running || (published.status != Status::disconnected && each.ssid == published.ssid);
+            });
+            changed = list != networks;
+            networks = list;
+        }
+        if (changed) {
+            notify(&ManagerImpl::onNetworks);
+        }
+        if (saveOwed && !othersDisabled) {
+            saveOwed = false;
+            world.record("save");
+        }
+    }
+
+    void attach() {
+        {
+            std::unique_lock lock(world.mutex);
+            world.changed.wait(lock, [this] { return world.asked || !world.followsOnceAsked; });
+            if (!world.running) {
+                return;
+            }
+        }
+        publish(&ManagerImpl::onPower, [this] {
+            running = true;
+            info = world.connection;
+        });
+    }
+
+    void beginAttempt(const std::string& ssid) {
+        setDisconnected(Reason::causedByUser);
+        info.status = Status::connectingWifi;
+        info.ssid = ssid;
+        publishConnection();
+    }
+
+    void play(const std::string& ssid) {
+        const auto steps = world.afterConnect.find(ssid);
+        if (steps == world.afterConnect.end()) {
+            return;
+        }
+        for (const auto& step : steps->second) {
+            push([this, step] { reach(step); });
+            push([this] { idle(); });
+        }
+    }
+
+    void reach(const test::FakeWorld::Step& step) {
+        if (step.status == Status::disconnected) {
+            setDisconnected(Reason::causedBySystem);
+            return;
+        }
+        info.status = step.status;
+        info.ssid = step.ssid;
+        info.signal = step.signal;
+        saveOwed |= step.status > Status::connectingWifi;
+    }
+
+    void setDisconnected(Reason reason) {
+        if (info.status != Status::disconnected) {
+            info.disconnectSsid = info.ssid;
+            info.disconnectReason = reason;
+            info.disconnectTime = std::chrono::steady_clock::now();
+        }
+        info.status = Status::disconnected;
+        info.ssid.clear();
+        info.signal = NoSignaldBm;
+    }
+
+    // Waits for a task; nothing at the end. Makes an idle pass when no task waits.
+    std::optional<ManagerImpl::Task> next() {
+        std::unique_lock lock(mutex);
+        while (!ending && tasks.empty()) {
+            lock.unlock();
+            idle();
+            lock.lock();
+            resting = tasks.empty();
+            ready.notify_all();
+            ready.wait(lock, [this] { return ending || !tasks.empty(); });
+        }
+        lock.unlock();
+        std::this_thread::sleep_for(world.slowness);
+        lock.lock();
+        ready.wait(lock, [this] { return ending || !world.holdsTasks; });
+        if (ending) {
+            return std::nullopt;
+        }
+        Task task = std::move(tasks.front());
+        tasks.pop_front();
+        return task;
+    }
 
     test::FakeWorld& world = test::FakeWorld::current();
     std::mutex mutex;
@@ -76,155 +210,6 @@ class ManagerImpl : NonCopyable {
     bool othersDisabled = false;
     std::thread thread;
 };
-
-ManagerImpl::ManagerImpl() {
-    tasks = {[this] { attach(); }, [this] { idle(); }};
-    thread = std::thread([this] {
-        while (const auto task = next()) {
-            (*task)();
-        }
-        idle();
-    });
-}
-
-ManagerImpl::~ManagerImpl() {
-    {
-        const std::lock_guard lock(mutex);
-        ending = true;
-        ready.notify_all();
-    }
-    thread.join();
-}
-
-// Waits for a task; nothing at the end. Makes an idle pass when no task waits.
-std::optional<ManagerImpl::Task> ManagerImpl::next() {
-    std::unique_lock lock(mutex);
-    while (!ending && tasks.empty()) {
-        lock.unlock();
-        idle();
-        lock.lock();
-        resting = tasks.empty();
-        ready.notify_all();
-        ready.wait(lock, [this] { return ending || !tasks.empty(); });
-    }
-    lock.unlock();
-    std::this_thread::sleep_for(world.slowness);
-    lock.lock();
-    ready.wait(lock, [this] { return ending || !world.holdsTasks; });
-    if (ending) {
-        return std::nullopt;
-    }
-    Task task = std::move(tasks.front());
-    tasks.pop_front();
-    return task;
-}
-
-void ManagerImpl::push(Task task) {
-    const std::lock_guard lock(mutex);
-    tasks.push_back(std::move(task));
-    resting = false;
-    ready.notify_all();
-}
-
-void ManagerImpl::untilResting() {
-    std::unique_lock lock(mutex);
-    ready.wait(lock, [this] { return resting; });
-}
-
-void ManagerImpl::notify(Callback ManagerImpl::*callback) {
-    if (const Callback function = read(callback)) {
-        function();
-    }
-}
-
-void ManagerImpl::attach() {
-    {
-        std::unique_lock lock(world.mutex);
-        world.changed.wait(lock, [this] { return world.asked || !world.followsOnceAsked; });
-        if (!world.running) {
-            return;
-        }
-    }
-    publish(&ManagerImpl::onPower, [this] {
-        running = true;
-        info = world.connection;
-    });
-}
-
-void ManagerImpl::publishConnection() {
-    if (info == published) {
-        return;
-    }
-    if (othersDisabled && info.status != Status::connectingWifi) {
-        othersDisabled = false;
-        saveOwed = true;
-    }
-    publish(&ManagerImpl::onConnection, [this] { published = info; });
-}
-
-void ManagerImpl::idle() {
-    publishConnection();
-    bool changed = false;
-    {
-        const std::scoped_lock lock(mutex, world.mutex);
-        std::vector<WifiNetwork> list = listStays ? networks : world.inRange;
-        for (WifiNetwork& each : list) {
-            each.configured = world.saved.contains(each.ssid);
-        }
-        std::erase_if(list, [this](const WifiNetwork& each) {
-            return !running || (published.status != Status::disconnected && each.ssid == published.ssid);
-        });
-        changed = list != networks;
-        networks = list;
-    }
-    if (changed) {
-        notify(&ManagerImpl::onNetworks);
-    }
-    if (saveOwed && !othersDisabled) {
-        saveOwed = false;
-        world.record("save");
-    }
-}
-
-void ManagerImpl::setDisconnected(Reason reason) {
-    if (info.status != Status::disconnected) {
-        info.disconnectSsid = info.ssid;
-        info.disconnectReason = reason;
-        info.disconnectTime = std::chrono::steady_clock::now();
-    }
-    info.status = Status::disconnected;
-    info.ssid.clear();
-    info.signal = NoSignaldBm;
-}
-
-void ManagerImpl::beginAttempt(const std::string& ssid) {
-    setDisconnected(Reason::causedByUser);
-    info.status = Status::connectingWifi;
-    info.ssid = ssid;
-    publishConnection();
-}
-
-void ManagerImpl::reach(const test::FakeWorld::Step& step) {
-    if (step.status == Status::disconnected) {
-        setDisconnected(Reason::causedBySystem);
-        return;
-    }
-    info.status = step.status;
-    info.ssid = step.ssid;
-    info.signal = step.signal;
-    saveOwed |= step.status > Status::connectingWifi;
-}
-
-void ManagerImpl::play(const std::string& ssid) {
-    const auto steps = world.afterConnect.find(ssid);
-    if (steps == world.afterConnect.end()) {
-        return;
-    }
-    for (const auto& step : steps->second) {
-        push([this, step] { reach(step); });
-        push([this] { idle(); });
-    }
-}
 
 Manager::Manager() : impl_(std::make_unique<ManagerImpl>()) {
     if (impl_->world.whenMade) {

@@ -7,17 +7,23 @@
 
 #include <string>
 
+#include "base/temporary_folder.h"
 #include "base/wipe.h"
 #include "kazwifictl/text/failure.h"
-#include "unit/kazwifictl/secret_file.h"
+#include "support/files/files.h"
 
 namespace kaz::ctl {
 namespace {
 
-using test::SecretFile;
-
 class SecretTest : public testing::Test {
   protected:
+    // A file with this text, and its path.
+    std::string file(const std::string& text) {
+        test::writeFile(folder / "secret", text);
+        return folder / "secret";
+    }
+
+    const TemporaryFolder folder;
     Interrupts interrupts;
 };
 
@@ -34,19 +40,19 @@ TEST_F(SecretTest, IsTheFirstLineOfAFile) {
         {std::string(4096, 'x') + "\n", std::string(4096, 'x')},
     };
     for (const auto& [content, secret] : cases) {
-        EXPECT_EQ(readSecret(SecretFile(content).path(), interrupts), secret) << content;
+        EXPECT_EQ(readSecret(file(content), interrupts), secret) << content;
     }
 }
 
 TEST_F(SecretTest, IsNotReadFromWhereThereIsNone) {
     EXPECT_THROW(readSecret("/nonexistent/key", interrupts), CommandFailed);
     EXPECT_THROW(readSecret("/", interrupts), CommandFailed);
-    EXPECT_THROW(readSecret(SecretFile(std::string(5000, 'x')).path(), interrupts), CommandFailed);
+    EXPECT_THROW(readSecret(file(std::string(5000, 'x')), interrupts), CommandFailed);
 }
 
 TEST_F(SecretTest, IsNotRepeatedInAnError) {
     try {
-        readSecret(SecretFile(std::string(5000, 'x')).path(), interrupts);
+        readSecret(file(std::string(5000, 'x')), interrupts);
         FAIL() << "was accepted";
     } catch (const CommandFailed& failed) {
         EXPECT_EQ(errorLine(failed.failure()).find("xxx"), std::string::npos);
@@ -55,15 +61,10 @@ TEST_F(SecretTest, IsNotRepeatedInAnError) {
 
 // The reader of a named pipe without a writer waits.
 TEST_F(SecretTest, IsGivenUpOnASignal) {
-    std::string name;
-    {
-        const SecretFile unique("");
-        name = unique.path();
-    }
-    ASSERT_EQ(::mkfifo(name.c_str(), 0600), 0);
+    const std::string pipe = folder / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     ::kill(::getpid(), SIGINT);
-    EXPECT_THROW(readSecret(name, interrupts), Interrupted);
-    ::unlink(name.c_str());
+    EXPECT_THROW(readSecret(pipe, interrupts), Interrupted);
 }
 
 TEST_F(SecretTest, CanBeWiped) {

@@ -2,11 +2,9 @@
 
 #include <chrono>
 #include <string>
-#include <vector>
 
 #include "kazwifictl/output/output.h"
 #include "kazwifictl/session/snapshot.h"
-#include "kazwifictl/text/network_table.h"
 
 namespace kaz::ctl {
 
@@ -28,17 +26,6 @@ class ChangeWriter {
     std::string news(const Snapshot& before, const Snapshot& now, WallClock::time_point time);
 
   private:
-    std::string line(WallClock::time_point time, std::string_view topic, const std::string& text,
-                     const Json& json);
-    std::string power(const Snapshot& before, const Snapshot& now, WallClock::time_point time);
-    std::string powerLine(const Snapshot& now, WallClock::time_point time);
-    std::string scanning(bool scanning, WallClock::time_point time);
-    std::string connection(const wifi::ConnectionInfo& info, WallClock::time_point time);
-    std::string networks(const std::vector<wifi::WifiNetwork>& before,
-                         const std::vector<wifi::WifiNetwork>& now, WallClock::time_point time);
-    std::string network(std::string_view change, const wifi::WifiNetwork& network, const std::string& was,
-                        WallClock::time_point time);
-
     const Output& output_;
 };
 

@@ -168,13 +168,12 @@ Report connectReport(const Attempt& attempt, const ConnectFacts& facts, const Ou
     return report;
 }
 
-Report startedReport(const std::string& ssid, const std::string& name) {
-    Report report;
-    report.members = ssidMembers(ssid);
-    report.members["outcome"] = "started";
-    report.text =
-        fmt::format("Connecting to {} continues in the background; kazwifictl status shows it.\n", name);
-    return report;
+Report startedReport(const ConnectFacts& facts) {
+    Json members = ssidMembers(facts.ssid);
+    members["outcome"] = "started";
+    return {fmt::format("Connecting to {} continues in the background; kazwifictl status shows it.\n",
+                        facts.name),
+            members, std::nullopt};
 }
 
 }  // namespace kaz::ctl

@@ -43,6 +43,6 @@ struct ConnectFacts {
 Report connectReport(const Attempt& attempt, const ConnectFacts& facts, const Output& output);
 
 // The report of an attempt that continues in the background.
-Report startedReport(const std::string& ssid, const std::string& name);
+Report startedReport(const ConnectFacts& facts);
 
 }  // namespace kaz::ctl

@@ -7,10 +7,6 @@
 namespace kaz::ctl {
 namespace {
 
-Json powerJson(const Snapshot& view, bool changed) {
-    return {{"enabled", view.enabled}, {"running", view.running}, {"changed", changed}};
-}
-
 // setEnabled() stores the choice before it returns. A failure is only logged, so the choice is read back.
 void checkStored(const Workspace& place, bool wanted) {
     if (place.storedChoice() != wanted) {
@@ -22,43 +18,41 @@ void checkStored(const Workspace& place, bool wanted) {
     }
 }
 
+Report switchWifi(bool on, Workspace& place) {
+    const std::string_view word = on ? "on" : "off";
+    const std::string what = fmt::format("cannot switch Wi-Fi {}", word);
+    Session& session = place.act(what, Workspace::Need::nothing);
+    const bool changed = session.latest().enabled != on || session.latest().running != on;
+    session.manager().setEnabled(on);
+    const LibraryLog::Hints hints = place.log().hints();
+    const std::string late =
+        fmt::format("wpa_supplicant did not {} within {:g} s{}", on ? "start" : "stop",
+                    inSeconds(place.startWait()), on ? ", or has no Wi-Fi interface" : "");
+    await(
+        session, place.startWait(), [on](const Snapshot& view) { return view.running == on; },
+        on && hints.noBus ? noStack(what, session.latest(), hints)
+                          : Failure{on ? ExitCode::noStack : ExitCode::timedOut, what, late,
+                                    "systemctl status wpa_supplicant.service"});
+    if (on) {
+        place.finish();
+    } else {
+        // Without a fence, the request to stop may not have run: a supplicant that does not run may be about to start.
+        place.fenceAndFinish();
+    }
+    checkStored(place, on);
+    return {fmt::format("Wi-Fi is {}{}.\n", changed ? "" : "already ", word),
+            {{"enabled", on}, {"running", session.latest().running}, {"changed", changed}},
+            std::nullopt};
+}
+
 }  // namespace
 
 Report switchOn(const Options& /*options*/, Workspace& place, Output& /*output*/) {
-    const std::string what = "cannot switch Wi-Fi on";
-    Session& session = place.act(what, Workspace::Need::nothing);
-    const bool changed = !session.latest().enabled || !session.latest().running;
-    session.manager().setEnabled(true);
-    const LibraryLog::Hints hints = place.log().hints();
-    const std::string late =
-        fmt::format("wpa_supplicant did not start within {:g} s, or has no Wi-Fi interface",
-                    inSeconds(place.startWait()));
-    await(
-        session, place.startWait(), [](const Snapshot& view) { return view.running; },
-        hints.noBus ? noStack(what, session.latest(), hints)
-                    : Failure{ExitCode::noStack, what, late, "systemctl status wpa_supplicant.service"});
-    place.finish();
-    checkStored(place, true);
-    Snapshot view = session.latest();
-    view.enabled = true;
-    return {changed ? "Wi-Fi is on.\n" : "Wi-Fi is already on.\n", powerJson(view, changed), std::nullopt};
+    return switchWifi(true, place);
 }
 
 Report switchOff(const Options& /*options*/, Workspace& place, Output& /*output*/) {
-    const std::string what = "cannot switch Wi-Fi off";
-    Session& session = place.act(what, Workspace::Need::nothing);
-    const bool changed = session.latest().enabled || session.latest().running;
-    session.manager().setEnabled(false);
-    await(session, place.startWait(), [](const Snapshot& view) { return !view.running; },
-          {ExitCode::timedOut, what,
-           fmt::format("wpa_supplicant did not stop within {:g} s", inSeconds(place.startWait())),
-           "systemctl status wpa_supplicant.service"});
-    // Without a fence, the request to stop may not have run: a supplicant that does not run may be about to start.
-    place.fenceAndFinish();
-    checkStored(place, false);
-    Snapshot view = session.latest();
-    view.enabled = false;
-    return {changed ? "Wi-Fi is off.\n" : "Wi-Fi is already off.\n", powerJson(view, changed), std::nullopt};
+    return switchWifi(false, place);
 }
 
 }  // namespace kaz::ctl

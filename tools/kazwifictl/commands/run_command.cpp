@@ -1,3 +1,5 @@
+#include <map>
+
 #include "kazwifictl/commands/commands.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/failure.h"
@@ -5,31 +7,19 @@
 namespace kaz::ctl {
 namespace {
 
-Report reportOf(const Options& options, Workspace& place, Output& output) {
-    switch (options.command) {
-        case Command::status:
-            return showStatus(options, place, output);
-        case Command::on:
-            return switchOn(options, place, output);
-        case Command::off:
-            return switchOff(options, place, output);
-        case Command::scan:
-            return scanNetworks(options, place, output);
-        case Command::list:
-            return listNetworks(options, place, output);
-        case Command::connect:
-            return connectTo(options, place, output);
-        case Command::disconnect:
-            return disconnectFrom(options, place, output);
-        case Command::forget:
-            return forgetNetwork(options, place, output);
-        case Command::monitor:
-            return monitorChanges(options, place, output);
-        case Command::prompt:
-            break;
-    }
-    return {};
-}
+using Function = Report (*)(const Options&, Workspace&, Output&);
+
+const std::map<Command, Function> functions{
+    {Command::status, showStatus},
+    {Command::on, switchOn},
+    {Command::off, switchOff},
+    {Command::scan, scanNetworks},
+    {Command::list, listNetworks},
+    {Command::connect, connectTo},
+    {Command::disconnect, disconnectFrom},
+    {Command::forget, forgetNetwork},
+    {Command::monitor, monitorChanges},
+};
 
 }  // namespace
 
@@ -61,7 +51,8 @@ ExitCode present(const Report& report, Command command, Output& output) {
 ExitCode runCommand(const Options& options, Workspace& place, Output& output) {
     Report report;
     try {
-        report = reportOf(options, place, output);
+        const auto function = functions.find(options.command);
+        report = function == functions.end() ? Report{} : function->second(options, place, output);
     } catch (const CommandFailed& failed) {
         report.failure = failed.failure();
         if (options.command == Command::connect || options.command == Command::forget) {

@@ -48,180 +48,166 @@ class Parser {
         addSsid(command(Command::forget, "Delete a saved network, and end its connection."));
     }
 
-    Parsed parse(const std::vector<std::string>& arguments);
-    std::vector<std::string> commandNames() const;
-    std::vector<std::string> optionNames(const std::string& command) const;
+    Parsed parse(const std::vector<std::string>& arguments) {
+        std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+        try {
+            app_.parse(std::move(reversed));
+        } catch (const CLI::CallForHelp&) {
+            return help();
+        } catch (const CLI::CallForVersion& version) {
+            return Message{version.what() + std::string("\n")};
+        } catch (const CLI::ExtrasError&) {
+            return notExpected();
+        } catch (const CLI::ParseError& error) {
+            return usage(error.what());
+        } catch (const CommandFailed& failed) {
+            return failed.failure();
+        }
+        return finish();
+    }
+
+    std::vector<std::string> commandNames() const {
+        std::vector<std::string> names;
+        for (const CLI::App* each : app_.get_subcommands([](const CLI::App*) { return true; })) {
+            names.push_back(each->get_name());
+        }
+        return names;
+    }
+
+    std::vector<std::string> optionNames(const std::string& command) const {
+        std::vector<std::string> names;
+        for (const CLI::App* each :
+             app_.get_subcommands([&](const CLI::App* sub) { return sub->check_name(command); })) {
+            for (const CLI::Option* option :
+                 each->get_options([](const CLI::Option* one) { return !one->get_lnames().empty(); })) {
+                names.push_back("--" + option->get_lnames().front());
+            }
+            // --help goes last; CLI11 has it first.
+            std::rotate(names.begin(), names.begin() + 1, names.end());
+        }
+        return names;
+    }
 
   private:
-    void addGlobals();
-    void addPlainCommands();
-    void addConnect();
-    CLI::App* command(Command command, const std::string& description);
-    void addSsid(CLI::App* command);
-    Parsed finish();
-    Failure usage(const std::string& why, const std::string& advice = {}) const;
-    Failure notExpected() const;
-    Message help() const;
+    void addGlobals() {
+        app_.add_flag("--json", options_.json, "Write results as JSON");
+        const auto setColour = [this](const std::string& word) { options_.colour = colours.at(word); };
+        app_.add_option_function<std::string>("--color,--colour", setColour, "When to use colours")
+            ->check(CLI::IsMember(colours));
+        app_.add_flag("-v,--verbose", options_.verbose, "Write the library's log to stderr");
+        app_.add_flag("--simulate{" + std::string(noSimulateFile) + "}", options_.simulate,
+                      "Use a simulated device");
+        addSeconds(app_, "--start-wait", options_.startWait, "Seconds to wait for Wi-Fi to start");
+        app_.set_version_flag("--version", "kazwifictl " KAZWIFICTL_VERSION);
+    }
+
+    void addPlainCommands() {
+        command(Command::status, "Show whether Wi-Fi is on, and the connection.");
+        command(Command::on, "Switch Wi-Fi on, now and after the next start of the device.");
+        command(Command::off, "Switch Wi-Fi off, now and after the next start of the device.");
+        command(Command::scan, "Scan for networks, then list those in range.");
+        CLI::App* list =
+            command(Command::list, "List the networks in range: the one in use, then the strongest.");
+        list->add_flag("--names", options_.namesOnly, "Only the names that can be typed, one per line");
+        list->add_flag("--saved", options_.savedOnly, "Only saved networks");
+        command(Command::disconnect, "End the connection. The network stays saved.");
+        command(Command::monitor, "Show every change until interrupted.");
+    }
+
+    void addConnect() {
+        CLI::App* sub = command(Command::connect, "Connect to a network. A saved one needs only its name.");
+        ConnectOptions& connect = options_.connect;
+        const auto addText = [sub](const char* name, auto& text, const char* type, const char* description) {
+            sub->add_option(name, text, description)->type_name(type);
+        };
+        addSsid(sub);
+        const auto setSecurity = [this](const std::string& word) {
+            options_.connect.security = securityFromName(word);
+            if (!options_.connect.security) {
+                throw CommandFailed(usage(fmt::format("unknown security \"{}\"", word),
+                                          fmt::format("one of {}", securityNames())));
+            }
+        };
+        sub->add_option_function<std::string>("--security", setSecurity, securityNames())->type_name("WORD");
+        sub->add_flag("--hidden", connect.hidden, "The network does not announce its name");
+        addText("--password-file", connect.passwordFile, "FILE", "File with the password; - is stdin");
+        addText("--identity", connect.identity, "NAME", "EAP identity");
+        addText("--anonymous-identity", connect.anonymousIdentity, "NAME", "EAP outer identity");
+        addText("--eap", connect.eapMethod, "METHOD", "MSCHAPV2, PEAP, PWD or TTLS");
+        addText("--phase2", connect.phase2Method, "METHOD", "GTC, MSCHAP, MSCHAPV2 or PAP");
+        addSeconds(*sub, "--wait", connect.wait, "Seconds to wait (30); 0 returns at once");
+        sub->add_flag("--keep", connect.keep, "Keep a new network saved even if connecting fails");
+        sub->footer(
+            "Examples: kazwifictl connect Home\n"
+            "          kazwifictl connect Lab --hidden --security wpa3 --password-file key");
+    }
+
+    CLI::App* command(Command command, const std::string& description) {
+        CLI::App* sub = app_.add_subcommand(std::string(nameOf(command)), description);
+        sub->fallthrough();
+        sub->callback([this, command] { options_.command = command; });
+        return sub;
+    }
+
+    void addSsid(CLI::App* command) {
+        command->add_option("SSID", options_.ssid, "The network's name")->type_name("")->required();
+        command->add_flag("--hex", hex_, "SSID is given in hexadecimal digits");
+    }
+
+    Parsed finish() {
+        if (options_.simulate == noSimulateFile) {
+            options_.simulate->clear();
+        }
+        if (hex_) {
+            const auto bytes = fromHex(options_.ssid);
+            if (!bytes) {
+                return usage(fmt::format("\"{}\" is not hexadecimal", options_.ssid),
+                             "two hexadecimal digits per byte");
+            }
+            options_.ssid = *bytes;
+        }
+        return options_;
+    }
+
+    Failure usage(const std::string& why, const std::string& advice = {}) const {
+        const std::string help = prompt_ ? "help" : "kazwifictl --help";
+        return {ExitCode::usage, prompt_ ? "cannot parse the line" : "cannot parse the command line",
+                harmless(why, true), advice.empty() ? help : advice};
+    }
+
+    // An unexpected argument may be a password. So the message repeats only an option's name or an unknown command.
+    Failure notExpected() const {
+        const std::vector<std::string> extras = app_.remaining(true);
+        const auto option = std::find_if(extras.begin(), extras.end(),
+                                         [](const std::string& extra) { return extra.starts_with('-'); });
+        if (option != extras.end()) {
+            const std::string name = option->substr(0, option->find('='));
+            const bool password = name == "--password" || name == "-p";
+            return usage(fmt::format("unknown option {}", name),
+                         password ? "--password-file FILE; a password is never an argument, because other "
+                                    "users could read it"
+                                  : "");
+        }
+        const auto subs = app_.get_subcommands();
+        if (subs.empty() && !extras.empty()) {
+            return usage(fmt::format("unknown command \"{}\"", extras.front()));
+        }
+        return usage("too many arguments", "quotes around a name that contains blanks");
+    }
+
+    Message help() const {
+        const auto subs = app_.get_subcommands();
+        if (subs.empty()) {
+            return {prompt_ ? promptHelpText() : helpText()};
+        }
+        return {subs.front()->help(prompt_ ? "" : "kazwifictl")};
+    }
 
     Options options_;
     bool hex_ = false;
     bool prompt_;
     CLI::App app_{"Manages the Wi-Fi of this device", "kazwifictl"};
 };
-
-void Parser::addGlobals() {
-    app_.add_flag("--json", options_.json, "Write results as JSON");
-    const auto setColour = [this](const std::string& word) { options_.colour = colours.at(word); };
-    app_.add_option_function<std::string>("--color,--colour", setColour, "When to use colours")
-        ->check(CLI::IsMember(colours));
-    app_.add_flag("-v,--verbose", options_.verbose, "Write the library's log to stderr");
-    app_.add_flag("--simulate{" + std::string(noSimulateFile) + "}", options_.simulate,
-                  "Use a simulated device");
-    addSeconds(app_, "--start-wait", options_.startWait, "Seconds to wait for Wi-Fi to start");
-    app_.set_version_flag("--version", "kazwifictl " KAZWIFICTL_VERSION);
-}
-
-CLI::App* Parser::command(Command command, const std::string& description) {
-    CLI::App* sub = app_.add_subcommand(std::string(nameOf(command)), description);
-    sub->fallthrough();
-    sub->callback([this, command] { options_.command = command; });
-    return sub;
-}
-
-void Parser::addPlainCommands() {
-    command(Command::status, "Show whether Wi-Fi is on, and the connection.");
-    command(Command::on, "Switch Wi-Fi on, now and after the next start of the device.");
-    command(Command::off, "Switch Wi-Fi off, now and after the next start of the device.");
-    command(Command::scan, "Scan for networks, then list those in range.");
-    CLI::App* list =
-        command(Command::list, "List the networks in range: the one in use, then the strongest.");
-    list->add_flag("--names", options_.namesOnly, "Only the names that can be typed, one per line");
-    list->add_flag("--saved", options_.savedOnly, "Only saved networks");
-    command(Command::disconnect, "End the connection. The network stays saved.");
-    command(Command::monitor, "Show every change until interrupted.");
-}
-
-void Parser::addSsid(CLI::App* command) {
-    command->add_option("SSID", options_.ssid, "The network's name")->type_name("")->required();
-    command->add_flag("--hex", hex_, "SSID is given in hexadecimal digits");
-}
-
-void Parser::addConnect() {
-    CLI::App* sub = command(Command::connect, "Connect to a network. A saved one needs only its name.");
-    ConnectOptions& connect = options_.connect;
-    const auto addText = [sub](const char* name, auto& text, const char* type, const char* description) {
-        sub->add_option(name, text, description)->type_name(type);
-    };
-    addSsid(sub);
-    const auto setSecurity = [this](const std::string& word) {
-        options_.connect.security = securityFromName(word);
-        if (!options_.connect.security) {
-            throw CommandFailed(usage(fmt::format("unknown security \"{}\"", word),
-                                      fmt::format("one of {}", securityNames())));
-        }
-    };
-    sub->add_option_function<std::string>("--security", setSecurity, securityNames())->type_name("WORD");
-    sub->add_flag("--hidden", connect.hidden, "The network does not announce its name");
-    addText("--password-file", connect.passwordFile, "FILE", "File with the password; - is stdin");
-    addText("--identity", connect.identity, "NAME", "EAP identity");
-    addText("--anonymous-identity", connect.anonymousIdentity, "NAME", "EAP outer identity");
-    addText("--eap", connect.eapMethod, "METHOD", "MSCHAPV2, PEAP, PWD or TTLS");
-    addText("--phase2", connect.phase2Method, "METHOD", "GTC, MSCHAP, MSCHAPV2 or PAP");
-    addSeconds(*sub, "--wait", connect.wait, "Seconds to wait (30); 0 returns at once");
-    sub->add_flag("--keep", connect.keep, "Keep a new network saved even if connecting fails");
-    sub->footer(
-        "Examples: kazwifictl connect Home\n"
-        "          kazwifictl connect Lab --hidden --security wpa3 --password-file key");
-}
-
-Failure Parser::usage(const std::string& why, const std::string& advice) const {
-    const std::string help = prompt_ ? "help" : "kazwifictl --help";
-    return {ExitCode::usage, prompt_ ? "cannot parse the line" : "cannot parse the command line",
-            harmless(why, true), advice.empty() ? help : advice};
-}
-
-// An unexpected argument may be a password. So the message repeats only an option's name or an unknown command.
-Failure Parser::notExpected() const {
-    const std::vector<std::string> extras = app_.remaining(true);
-    const auto option = std::find_if(extras.begin(), extras.end(),
-                                     [](const std::string& extra) { return extra.starts_with('-'); });
-    if (option != extras.end()) {
-        const std::string name = option->substr(0, option->find('='));
-        const bool password = name == "--password" || name == "-p";
-        return usage(
-            fmt::format("unknown option {}", name),
-            password
-                ? "--password-file FILE; a password is never an argument, because other users could read it"
-                : "");
-    }
-    const auto subs = app_.get_subcommands();
-    if (subs.empty() && !extras.empty()) {
-        return usage(fmt::format("unknown command \"{}\"", extras.front()));
-    }
-    return usage("too many arguments", "quotes around a name that contains blanks");
-}
-
-Message Parser::help() const {
-    const auto subs = app_.get_subcommands();
-    if (subs.empty()) {
-        return {prompt_ ? promptHelpText() : helpText()};
-    }
-    return {subs.front()->help(prompt_ ? "" : "kazwifictl")};
-}
-
-Parsed Parser::parse(const std::vector<std::string>& arguments) {
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
-    try {
-        app_.parse(std::move(reversed));
-    } catch (const CLI::CallForHelp&) {
-        return help();
-    } catch (const CLI::CallForVersion& version) {
-        return Message{version.what() + std::string("\n")};
-    } catch (const CLI::ExtrasError&) {
-        return notExpected();
-    } catch (const CLI::ParseError& error) {
-        return usage(error.what());
-    } catch (const CommandFailed& failed) {
-        return failed.failure();
-    }
-    return finish();
-}
-
-std::vector<std::string> Parser::commandNames() const {
-    std::vector<std::string> names;
-    for (const CLI::App* each : app_.get_subcommands([](const CLI::App*) { return true; })) {
-        names.push_back(each->get_name());
-    }
-    return names;
-}
-
-std::vector<std::string> Parser::optionNames(const std::string& command) const {
-    std::vector<std::string> names;
-    for (const CLI::App* each :
-         app_.get_subcommands([&](const CLI::App* sub) { return sub->check_name(command); })) {
-        for (const CLI::Option* option :
-             each->get_options([](const CLI::Option* one) { return !one->get_lnames().empty(); })) {
-            names.push_back("--" + option->get_lnames().front());
-        }
-        std::rotate(names.begin(), names.begin() + 1, names.end());  // --help goes last; CLI11 has it first
-    }
-    return names;
-}
-
-Parsed Parser::finish() {
-    if (options_.simulate == noSimulateFile) {
-        options_.simulate->clear();
-    }
-    if (hex_) {
-        const auto bytes = fromHex(options_.ssid);
-        if (!bytes) {
-            return usage(fmt::format("\"{}\" is not hexadecimal", options_.ssid),
-                         "two hexadecimal digits per byte");
-        }
-        options_.ssid = *bytes;
-    }
-    return options_;
-}
 
 }  // namespace
 

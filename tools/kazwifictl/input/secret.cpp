@@ -38,16 +38,12 @@ class EchoOff : NonCopyable {
         ::tcsetattr(tty_, TCSAFLUSH, &silent);  // discards what was typed before the question
         hidden_ = true;
     }
-    void show() {
-        if (hidden_) {
-            ::tcsetattr(tty_, TCSAFLUSH, &former_);  // discards a half-typed password
-            hidden_ = false;
+    // Discards a half-typed password, except with TCSADRAIN: what is typed after the answer is for the next reader of
+    // the terminal.
+    void show(int action = TCSAFLUSH) {
+        if (std::exchange(hidden_, false)) {
+            ::tcsetattr(tty_, action, &former_);
         }
-    }
-    // Discards nothing: what is typed after the answer is for the next reader of the terminal.
-    void showAndKeepTheRest() {
-        ::tcsetattr(tty_, TCSADRAIN, &former_);
-        hidden_ = false;
     }
 
   private:
@@ -145,7 +141,7 @@ std::string askSecret(const std::string& question, Interrupts& interrupts) {
         writeAll(tty.get(), "\n");
         throw;
     }
-    echo.showAndKeepTheRest();
+    echo.show(TCSADRAIN);
     writeAll(tty.get(), "\n");
     return answer.take();
 }

@@ -27,6 +27,7 @@ namespace {
 
 constexpr std::string_view prompt = "kazwifi> ";
 constexpr wchar_t ctrlC = L'\x03';
+constexpr wchar_t ctrlD = L'\x04';
 
 void put(std::string_view text) {
     static_cast<void>(std::fwrite(text.data(), 1, text.size(), stdout));
@@ -103,12 +104,10 @@ void LineEditor::bindKeys() {
     // Wide, because libedit never frees the copies that it makes of narrow names.
     ::el_wset(line_, EL_ADDFN, L"complete-word", L"Complete a word", call<&LineEditor::complete>);
     ::el_wset(line_, EL_ADDFN, L"drop-line", L"Begin a new line", call<&LineEditor::dropLine>);
-    ::el_wset(line_, EL_ADDFN, L"end-of-file", L"End, or delete a character", call<&LineEditor::endOfFile>);
-    constexpr std::array<std::pair<const char*, const char*>, 12> keys{{
+    constexpr std::array<std::pair<const char*, const char*>, 11> keys{{
         {"^I", "complete-word"},
         {"^C", "drop-line"},
-        {"^D", "end-of-file"},
-        {"^@", "end-of-file"},  // the terminal turns a Ctrl-D that was typed during a command into NUL
+        {"^D", "em-delete-or-list"},
         {"^R", "em-inc-search-prev"},
         {"\\e[3~", "ed-delete-next-char"},
         {"\\e[1~", "ed-move-to-beg"},
@@ -241,6 +240,8 @@ int LineEditor::nextCharacter(wchar_t& key) {
         }
         const std::size_t length = std::mbrtowc(&key, &byte, 1, &state);
         if (length <= 1) {
+            // The terminal turns a Ctrl-D that was typed during a command into NUL.
+            key = key == L'\0' ? ctrlD : key;
             return 1;
         }
         if (length == static_cast<std::size_t>(-1)) {
@@ -290,19 +291,6 @@ unsigned char LineEditor::dropLine() {
     ::el_deletestr(line_, length);
     dropped_ = true;
     return CC_NEWLINE;
-}
-
-unsigned char LineEditor::endOfFile() {
-    const LineInfoW* line = ::el_wline(line_);
-    if (line->lastchar == line->buffer) {
-        return CC_EOF;
-    }
-    if (line->cursor == line->lastchar) {
-        return CC_ERROR;
-    }
-    ::el_cursor(line_, 1);
-    ::el_deletestr(line_, 1);
-    return CC_REFRESH;
 }
 
 std::string LineEditor::typed() const {

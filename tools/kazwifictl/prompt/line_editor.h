@@ -56,7 +56,6 @@ class LineEditor : NonCopyable {
 
     unsigned char complete();
     unsigned char dropLine();
-    unsigned char endOfFile();
     bool offer(const std::vector<std::string>& candidates, const std::string& start, std::size_t from);
 
     std::string typed() const;

@@ -26,12 +26,71 @@ class Prompt {
                     return completions(before, start, place.session().latest());
                 }) {}
 
-    ExitCode run();
+    ExitCode run() {
+        for (;;) {
+            const auto line = line_.read();
+            if (!line) {
+                output_.say("\n");
+                return last_;
+            }
+            if (!obey(*line)) {
+                return last_;
+            }
+        }
+    }
 
   private:
-    void tell();
-    bool obey(const std::string& text);
-    void execute(const Options& options);
+    // Writes changes of the connection and of Wi-Fi on or off above the line. Leaves out scans and networks.
+    void tell() {
+        ChangeWriter writer(output_);
+        std::string text;
+        place_.session().takeAll([&](const Snapshot& before, const Snapshot& now) {
+            text += writer.news(before, now, ChangeWriter::WallClock::now());
+        });
+        if (!text.empty() && !output_.json()) {
+            line_.above(text);
+        }
+    }
+
+    // Runs one line. False when the prompt must end.
+    bool obey(const std::string& text) {
+        const auto words = wordsOfLine(text);
+        if (words && words->empty()) {
+            return true;
+        }
+        line_.history().add(text);
+        if (!words) {
+            last_ = ExitCode::usage;
+            output_.complain({ExitCode::usage, "cannot parse the line", "a quote is not closed", "help"});
+            return true;
+        }
+        if (words->front() == "quit" || words->front() == "exit") {
+            return false;
+        }
+        const Parsed parsed = parsePromptLine(*words, options_);
+        if (const auto* failure = std::get_if<Failure>(&parsed)) {
+            last_ = failure->code;
+            output_.complain(*failure);
+        } else if (const auto* message = std::get_if<Message>(&parsed)) {
+            output_.put(message->text);
+        } else {
+            execute(std::get<Options>(parsed));
+        }
+        return true;
+    }
+
+    void execute(const Options& options) {
+        output_.refresh();
+        try {
+            last_ = runCommand(options, place_, output_);
+        } catch (const Interrupted& interrupted) {
+            if (interrupted.signal() != SIGINT) {
+                throw;
+            }
+            last_ = ExitCode::failed;
+            output_.complain({ExitCode::failed, "interrupted", {}, {}});
+        }
+    }
 
     const Options& options_;
     Workspace& place_;
@@ -39,71 +98,6 @@ class Prompt {
     LineEditor line_;
     ExitCode last_ = ExitCode::done;
 };
-
-ExitCode Prompt::run() {
-    for (;;) {
-        const auto line = line_.read();
-        if (!line) {
-            output_.say("\n");
-            return last_;
-        }
-        if (!obey(*line)) {
-            return last_;
-        }
-    }
-}
-
-// Writes changes of the connection and of Wi-Fi on or off above the line. Leaves out scans and networks.
-void Prompt::tell() {
-    ChangeWriter writer(output_);
-    std::string text;
-    place_.session().takeAll([&](const Snapshot& before, const Snapshot& now) {
-        text += writer.news(before, now, ChangeWriter::WallClock::now());
-    });
-    if (!text.empty() && !output_.json()) {
-        line_.above(text);
-    }
-}
-
-// Runs one line. False when the prompt must end.
-bool Prompt::obey(const std::string& text) {
-    const auto words = wordsOfLine(text);
-    if (words && words->empty()) {
-        return true;
-    }
-    line_.history().add(text);
-    if (!words) {
-        last_ = ExitCode::usage;
-        output_.complain({ExitCode::usage, "cannot parse the line", "a quote is not closed", "help"});
-        return true;
-    }
-    if (words->front() == "quit" || words->front() == "exit") {
-        return false;
-    }
-    const Parsed parsed = parsePromptLine(*words, options_);
-    if (const auto* failure = std::get_if<Failure>(&parsed)) {
-        last_ = failure->code;
-        output_.complain(*failure);
-    } else if (const auto* message = std::get_if<Message>(&parsed)) {
-        output_.put(message->text);
-    } else {
-        execute(std::get<Options>(parsed));
-    }
-    return true;
-}
-
-void Prompt::execute(const Options& options) {
-    output_.refresh();
-    try {
-        last_ = runCommand(options, place_, output_);
-    } catch (const Interrupted& interrupted) {
-        if (interrupted.signal() != SIGINT) {
-            throw;
-        }
-        last_ = ExitCode::failed;
-        output_.complain({ExitCode::failed, "interrupted", {}, {}});
-    }
-}
 
 }  // namespace
 

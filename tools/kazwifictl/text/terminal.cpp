@@ -6,6 +6,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstring>
 
 #include "kazwifictl/text/signal_strength.h"
@@ -19,13 +20,8 @@ bool isSet(const char* variable) {
 }
 
 bool colourWanted(bool interactive, ColourChoice choice) {
-    switch (choice) {
-        case ColourChoice::always:
-            return true;
-        case ColourChoice::never:
-            return false;
-        case ColourChoice::automatic:
-            break;
+    if (choice != ColourChoice::automatic) {
+        return choice == ColourChoice::always;
     }
     const char* term = ::getenv("TERM");
     const bool capable = term != nullptr && *term != '\0' && std::strcmp(term, "dumb") != 0;
@@ -51,15 +47,8 @@ Terminal terminalAt(int fd, ColourChoice choice) {
 }
 
 std::string Style::bySignal(int dBm, std::string_view text) const {
-    switch (barsOf(dBm)) {
-        case 4:
-        case 3:
-            return wrapped("32", text);
-        case 2:
-            return wrapped("33", text);
-        default:
-            return wrapped("31", text);
-    }
+    constexpr std::array codes{"31", "31", "33", "32", "32"};
+    return wrapped(codes.at(static_cast<std::size_t>(barsOf(dBm))), text);
 }
 
 std::string Style::wrapped(std::string_view code, std::string_view text) const {
