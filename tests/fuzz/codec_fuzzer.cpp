@@ -2,10 +2,9 @@
 // right result. A value that was read can be written and read back.
 #include "dbus/value_codec.h"
 #include "dbus/variant.h"
-#include "doubles/stub_bus/stub_bus.h"
-#include "fuzz/dbus_value.h"
 #include "fuzz/reference_reader.h"
 #include "fuzz/require.h"
+#include "fuzz/sealed_value.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -23,13 +22,6 @@ namespace kaz::fuzz {
 namespace {
 
 using dbus::OPath;
-
-constexpr std::string_view nextText = "next";
-
-const test::StubBus& bus() {
-    static const test::StubBus instance;
-    return instance;
-}
 
 // An error text begins with one prefix for each variant around the value.
 void checkReason(const Value& value, std::string_view reason) {
@@ -122,14 +114,6 @@ constexpr std::array<Reading, 15> readings{
     [](auto* message, const auto& value) { checkReading<std::vector<OPath>>(message, value, {}); },
     [](auto* message, const auto& value) { checkReading<std::set<std::string>>(message, value, {"former"}); },
 };
-
-void checkMessage(const Value& value, Reading reading) {
-    const dbus::MessagePtr message = bus().message();
-    if (append(message.get(), value) && append(message.get(), textValue(std::string(nextText)))) {
-        test::StubBus::seal(message.get());
-        reading(message.get(), value);
-    }
-}
 
 // Any bytes are sent unchanged or refused.
 void checkWriting(const std::string& text) {

@@ -85,6 +85,24 @@ FaultOperation command(std::string member, std::function<bool(DbusCommunicator&)
     return made;
 }
 
+// A read of a property.
+FaultOperation get(std::string property, const std::string& path, const std::string& interface) {
+    FaultOperation made = command(std::move(property), {});
+    made.kind = Kind::get;
+    made.path = path;
+    made.interface = interface;
+    return made;
+}
+
+// A read of all properties.
+FaultOperation getAll(std::string name, const std::string& path, const std::string& interface) {
+    FaultOperation made = get("", path, interface);
+    made.name = std::move(name);
+    made.kind = Kind::getAll;
+    made.wrongNesting = noDictionary;
+    return made;
+}
+
 FaultOperation withLog(FaultOperation operation, std::vector<LogRecord> alsoLogged) {
     operation.alsoLogged = std::move(alsoLogged);
     return operation;
@@ -134,10 +152,8 @@ FaultOperation subscribe() {
 }
 
 FaultOperation activeState() {
-    FaultOperation made = ofTheStart(ofSystemd(command("ActiveState", {})));
-    made.kind = Kind::get;
-    made.path = unitPath;
-    made.interface = unitInterface;
+    FaultOperation made = ofTheStart(get("ActiveState", unitPath, unitInterface));
+    made.peer = Peer::systemd;
     made.good = reply("v", "s", "active");
     made.huge = replyWith(inVariant("s", values("s", std::string(1'000'000, 'x'))));
     made.hugeOutcome = "detached";  // not a state
@@ -155,10 +171,7 @@ FaultOperation ofTheAttachment(FaultOperation operation) {
 }
 
 FaultOperation interfaces() {
-    FaultOperation made = ofTheAttachment(command("Interfaces", {}));
-    made.kind = Kind::get;
-    made.path = rootPath;
-    made.interface = rootInterface;
+    FaultOperation made = ofTheAttachment(get("Interfaces", rootPath, rootInterface));
     made.good = reply("v", "ao", 1, interfacePath);
     made.huge = replyWith(inVariant("ao", manyTexts('o', interfacePath, "/i/")));
     made.goodOutcome = "attached, report: nothing, status changed: on";
@@ -168,30 +181,22 @@ FaultOperation interfaces() {
 }
 
 FaultOperation interfaceProperties() {
-    FaultOperation made = ofTheAttachment(command("", {}));
-    made.name = "InterfaceProperties";
-    made.kind = Kind::getAll;
+    FaultOperation made = ofTheAttachment(getAll("InterfaceProperties", interfacePath, interfaceInterface));
     made.good = reply("a{sv}", 1, "State", "s", "completed");
     made.huge = replyWith(hugeDictionary("State", "s", values("s", "completed")));
     made.goodOutcome = "attached, report: status=Connected, status changed: on";
     made.failedOutcome = "attached, status changed: on";
-    made.wrongNesting = noDictionary;
     made.alsoLoggedWhenUndecodable = {error("Couldn't decode wpa_supplicant PropertiesChanged ({})")};
     return made;
 }
 
 FaultOperation networkdProperties() {
-    FaultOperation made = ofTheAttachment(command("", {}));
-    made.name = "NetworkdProperties";
+    FaultOperation made = ofTheAttachment(getAll("NetworkdProperties", networkdPath, networkdInterface));
     made.peer = Peer::networkd;
-    made.kind = Kind::getAll;
-    made.path = networkdPath;
-    made.interface = networkdInterface;
     made.good = reply("a{sv}", 1, "OnlineState", "s", "online");
     made.huge = replyWith(hugeDictionary("OnlineState", "s", values("s", "online")));
     made.goodOutcome = "attached, report: nothing, networkd online: true, status changed: on";
     made.failedOutcome = "attached, report: nothing, status changed: on";
-    made.wrongNesting = noDictionary;
     return made;
 }
 
@@ -235,10 +240,7 @@ FaultOperation signalPoll() {
 }
 
 FaultOperation eapMethods() {
-    FaultOperation made = command("EapMethods", {});
-    made.kind = Kind::get;
-    made.path = rootPath;
-    made.interface = rootInterface;
+    FaultOperation made = get("EapMethods", rootPath, rootInterface);
     made.good = reply("v", "as", 2, "PEAP", "TTLS");
     made.huge = replyWith(inVariant("as", manyTexts('s', "PEAP", "METHOD-")));
     made.run = [](DbusCommunicator& communicator) {
@@ -252,8 +254,7 @@ FaultOperation eapMethods() {
 }
 
 FaultOperation networks() {
-    FaultOperation made = command("Networks", {});
-    made.kind = Kind::get;
+    FaultOperation made = get("Networks", interfacePath, interfaceInterface);
     made.good = reply("v", "ao", 2, "/n/1", "/n/2");
     made.huge = reply("v", "ao", 3, "/n/1", longestPath, "/n/2");
     made.run = [](DbusCommunicator& communicator) {
@@ -266,11 +267,8 @@ FaultOperation networks() {
 }
 
 FaultOperation networkProperties() {
-    FaultOperation made = command("Properties", {});
+    FaultOperation made = get("Properties", networkPath, networkInterface);
     made.name = "NetworkProperties";
-    made.kind = Kind::get;
-    made.path = networkPath;
-    made.interface = networkInterface;
     made.good = reply("v", "a{sv}", 1, "ssid", "s", "\"Home\"");
     made.huge = replyWith(inVariant("a{sv}", hugeDictionary("ssid", "s", values("s", "\"Home\""))));
     made.run = [](DbusCommunicator& communicator) {
@@ -284,11 +282,7 @@ FaultOperation networkProperties() {
 }
 
 FaultOperation bssProperties() {
-    FaultOperation made = command("", {});
-    made.name = "BssProperties";
-    made.kind = Kind::getAll;
-    made.path = bssPath;
-    made.interface = bssInterface;
+    FaultOperation made = getAll("BssProperties", bssPath, bssInterface);
     made.good = reply("a{sv}", 1, "Signal", "n", -40);
     made.huge = replyWith(hugeDictionary("Signal", "n", values("n", -40)));
     made.run = [](DbusCommunicator& communicator) {
@@ -297,7 +291,6 @@ FaultOperation bssProperties() {
     };
     made.goodOutcome = "-40";
     made.failedOutcome = "unknown";
-    made.wrongNesting = noDictionary;
     return made;
 }
 

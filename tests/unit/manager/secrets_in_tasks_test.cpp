@@ -26,13 +26,16 @@ class SecretsOfAConnectTask : public ::testing::TestWithParam<std::string> {
         settings.securityMode = wifi::SecurityMode::enterprise;
     }
 
-    // Each member in turn holds the secret.
-    template <typename Test>
-    void forEachSecretMember(const Test& test) {
+    // Requests a connection with the secret in each member in turn. It must be wiped after what follows.
+    template <typename Function>
+    void requestWithEachSecret(const Function& whatFollows) {
         using Settings = wifi::ConnectionSettings;
         for (const auto member : {&Settings::password, &Settings::identity, &Settings::anonymousIdentity}) {
             settings.*member = GetParam();
-            test();
+            const FreedMemoryWatch watch(GetParam());
+            EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
+            whatFollows();
+            EXPECT_EQ(watch.leaks(), 0U);
             settings.*member = "";
         }
     }
@@ -56,23 +59,15 @@ TEST_P(SecretsOfAConnectTask, WatchSeesASecretThatIsFreedUnwiped) {
 }
 
 TEST_P(SecretsOfAConnectTask, SecretsAreWipedAfterTheTask) {
-    forEachSecretMember([&] {
-        const FreedMemoryWatch watch(GetParam());
-        EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
+    requestWithEachSecret([&] {
         communicator->runTasks();
         communicator->runIdlePass();
-        EXPECT_EQ(watch.leaks(), 0U);
     });
 }
 
 TEST_P(SecretsOfAConnectTask, SecretsAreWipedWhenTheAdditionFails) {
     stack->failing = {"addNetworkSync"};
-    forEachSecretMember([&] {
-        const FreedMemoryWatch watch(GetParam());
-        EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
-        communicator->runTasks();
-        EXPECT_EQ(watch.leaks(), 0U);
-    });
+    requestWithEachSecret([&] { communicator->runTasks(); });
 }
 
 TEST_P(SecretsOfAConnectTask, SecretsAreWipedWhenTheTaskThrows) {
@@ -81,21 +76,13 @@ TEST_P(SecretsOfAConnectTask, SecretsAreWipedWhenTheTaskThrows) {
             throw std::runtime_error("out of luck");
         }
     };
-    forEachSecretMember([&] {
-        const FreedMemoryWatch watch(GetParam());
-        EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
-        EXPECT_THROW(communicator->runTasks(), std::runtime_error);
-        EXPECT_EQ(watch.leaks(), 0U);
-    });
+    requestWithEachSecret([&] { EXPECT_THROW(communicator->runTasks(), std::runtime_error); });
 }
 
 TEST_P(SecretsOfAConnectTask, SecretsAreWipedWhenTheTaskIsDropped) {
-    forEachSecretMember([&] {
-        const FreedMemoryWatch watch(GetParam());
-        EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
+    requestWithEachSecret([&] {
         EXPECT_EQ(communicator->queuedTasks(), 1U);
         communicator->dropTasks();
-        EXPECT_EQ(watch.leaks(), 0U);
     });
 }
 
@@ -117,8 +104,7 @@ TEST_P(SecretsOfAConnectTask, RefusedRequestCopiesNoSecrets) {
 }
 
 TEST_P(SecretsOfAConnectTask, SecretsAreNeverLogged) {
-    forEachSecretMember([&] {
-        EXPECT_EQ(engine->connect(settings), wifi::ConnectResult::ok);
+    requestWithEachSecret([&] {
         communicator->runTasks();
         communicator->runIdlePass();
     });
