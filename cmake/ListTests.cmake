@@ -3,8 +3,8 @@
 # One process per suite, because most of a short test's time is the start of its process. With KAZ_EACH_TEST set, one
 # process per test, so that a test can be chosen by its name.
 
-# kaz_list_tests(PROGRAM TIMEOUT [EMULATOR...])
-function(kaz_list_tests program timeout)
+# kaz_list_tests(PROGRAM TIMEOUT COST [EMULATOR...])
+function(kaz_list_tests program timeout cost)
   cmake_path(GET program FILENAME name)
   if(NOT EXISTS "${program}")
     add_test(${name}.IsBuilt "${program}")
@@ -35,6 +35,6 @@ function(kaz_list_tests program timeout)
   foreach(test IN LISTS tests)
     string(REGEX REPLACE "\\.\\*$" "" named "${test}")
     add_test("${named}" ${ARGN} "${program}" "--gtest_filter=${test}")
-    set_tests_properties("${named}" PROPERTIES TIMEOUT ${timeout})
+    set_tests_properties("${named}" PROPERTIES TIMEOUT ${timeout} COST ${cost})
   endforeach()
 endfunction()

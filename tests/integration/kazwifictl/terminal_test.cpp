@@ -35,8 +35,7 @@ class TerminalTest : public CommandFixture {
 
     // Starts a device on which a connect stays in the stage of joining.
     void startSlow() {
-        timeScale = 1;
-        neighbourhood.times.handshake = std::chrono::seconds(60);
+        neighbourhood.times.handshake = std::chrono::hours(1);
         startAndScan();
     }
 
