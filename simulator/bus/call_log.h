@@ -1,11 +1,8 @@
 #pragma once
 
-#include <chrono>
-#include <condition_variable>
-#include <functional>
-#include <mutex>
 #include <string>
-#include <vector>
+
+#include "base/journal.h"
 
 namespace kaz::sim {
 
@@ -18,21 +15,7 @@ struct Call {
     std::string arguments;  // a JSON array
 };
 
-// Every call in the order of arrival, also calls with a fault. Callable from any thread.
-class CallLog {
-  public:
-    void add(Call call);
-    std::vector<Call> calls() const;
-    void forget();
-
-    // Waits until the condition is true for the calls so far. Returns false on timeout.
-    bool waitUntil(const std::function<bool(const std::vector<Call>&)>& condition,
-                   std::chrono::milliseconds limit) const;
-
-  private:
-    mutable std::mutex mutex_;
-    mutable std::condition_variable changed_;
-    std::vector<Call> calls_;
-};
+// Every call in the order of arrival, also calls with a fault.
+using CallLog = Journal<Call>;
 
 }  // namespace kaz::sim

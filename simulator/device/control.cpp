@@ -53,8 +53,8 @@ const sd_bus_vtable Control::vtable_[] = {
            [](Control& c, const std::string& json) { return c.device_.orderFault(faultFromJson(json)); }),
     method("TimesFired", [](Control& c, std::uint32_t id) { return c.device_.timesFired(id); }),
     method("ClearFaults", [](Control& c) { c.device_.clearFaults(); }),
-    method("Calls", [](Control& c) { return callsAsJson(c.device_.log().calls()); }),
-    method("ForgetCalls", [](Control& c) { c.device_.log().forget(); }),
+    method("Calls", [](Control& c) { return callsAsJson(c.device_.log().entries()); }),
+    method("ForgetCalls", [](Control& c) { c.device_.log().take(); }),
     SD_BUS_VTABLE_END,
 };
 

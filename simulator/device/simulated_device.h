@@ -56,8 +56,8 @@ class SimulatedDevice : NonCopyable {
     FaultId orderFault(const Fault& fault) { return run(&Device::orderFault, fault); }
     unsigned timesFired(FaultId fault) { return run(&Device::timesFired, fault); }
     void clearFaults() { run(&Device::clearFaults); }
-    std::vector<Call> calls() const { return log_.calls(); }
-    void forgetCalls() { log_.forget(); }
+    std::vector<Call> calls() const { return log_.entries(); }
+    void forgetCalls() { log_.take(); }
     bool waitForCalls(const std::function<bool(const std::vector<Call>&)>& condition,
                       std::chrono::milliseconds limit) const {
         return log_.waitUntil(condition, limit);

@@ -25,19 +25,11 @@ bool FakeWifiStack::record(const std::string& operation, const std::string& argu
     if (!succeeds) {
         call += " fails";
     }
-    {
-        const std::lock_guard lock(mutex_);
-        calls_.push_back(call);
-    }
+    calls_.add(call);
     if (onCall) {
         onCall(call);
     }
     return succeeds;
-}
-
-std::vector<std::string> FakeWifiStack::takeCalls() {
-    const std::lock_guard lock(mutex_);
-    return std::exchange(calls_, {});
 }
 
 }  // namespace kaz::test

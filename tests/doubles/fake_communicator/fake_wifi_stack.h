@@ -1,9 +1,10 @@
 #pragma once
 
+#include "base/journal.h"
+
 #include <atomic>
 #include <cstddef>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -52,11 +53,10 @@ class FakeWifiStack {
     bool record(const std::string& operation, const std::string& arguments = {});
 
     // Every call since the last call of this, in order.
-    std::vector<std::string> takeCalls();
+    std::vector<std::string> takeCalls() { return calls_.take(); }
 
   private:
-    std::mutex mutex_;
-    std::vector<std::string> calls_;
+    Journal<std::string> calls_;
     std::size_t lastId_ = 0;
 };
 

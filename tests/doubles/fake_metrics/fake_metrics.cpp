@@ -1,9 +1,10 @@
 #include "doubles/fake_metrics/fake_metrics.h"
 
+#include "base/journal.h"
+
 #include <kaz/metrics/metrics_reporter_factory.h>
 
 #include <memory>
-#include <mutex>
 #include <ostream>
 #include <utility>
 
@@ -11,9 +12,8 @@ namespace kaz::test {
 namespace {
 
 struct Record {
-    std::mutex mutex;
-    std::vector<GaugeReport> reports;
-    std::vector<std::string> creations;
+    Journal<GaugeReport> reports;
+    Journal<std::string> creations;
 };
 
 Record& record() {
@@ -25,18 +25,14 @@ class FakeGauge final : public metrics_reporting::Gauge {
   public:
     explicit FakeGauge(std::string name) : name_(std::move(name)) {}
 
-    void set(double value) override {
-        const std::lock_guard lock(record().mutex);
-        record().reports.push_back({name_, value});
-    }
+    void set(double value) override { record().reports.add({name_, value}); }
 
   private:
     std::string name_;
 };
 
 std::shared_ptr<metrics_reporting::Gauge> create(const char* operation, const std::string& name) {
-    const std::lock_guard lock(record().mutex);
-    record().creations.push_back(std::string(operation) + '(' + name + ')');
+    record().creations.add(std::string(operation) + '(' + name + ')');
     return std::make_shared<FakeGauge>(name);
 }
 
@@ -47,13 +43,11 @@ std::ostream& operator<<(std::ostream& out, const GaugeReport& report) {
 }
 
 std::vector<GaugeReport> takeGaugeReports() {
-    const std::lock_guard lock(record().mutex);
-    return std::exchange(record().reports, {});
+    return record().reports.take();
 }
 
 std::vector<std::string> takeGaugeCreations() {
-    const std::lock_guard lock(record().mutex);
-    return std::exchange(record().creations, {});
+    return record().creations.take();
 }
 
 }  // namespace kaz::test

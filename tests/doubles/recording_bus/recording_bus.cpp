@@ -2,7 +2,6 @@
 
 #include "support/message_text/message_text.h"
 #include "support/scripted_peer/bus_thread.h"
-#include "support/scripted_peer/require_success.h"
 
 #include <systemd/sd-bus.h>
 
@@ -56,10 +55,10 @@ void note(CallLog& log, sd_bus_message* call) {
 }
 
 void becomeMonitor(sd_bus* bus) {
-    requireSuccess(sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                      "org.freedesktop.DBus.Monitoring", "BecomeMonitor", nullptr, nullptr,
-                                      "asu", 1, "type='method_call'", 0U),
-                   "BecomeMonitor");
+    checked(sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                               "org.freedesktop.DBus.Monitoring", "BecomeMonitor", nullptr, nullptr, "asu", 1,
+                               "type='method_call'", 0U),
+            "BecomeMonitor");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "doubles/recording_log/recording_log.h"
 
+#include "base/journal.h"
 #include "support/waiting/waiting.h"
 
 #include <spdlog/logger.h>
@@ -7,8 +8,6 @@
 #include <spdlog/spdlog.h>
 
 #include <algorithm>
-#include <condition_variable>
-#include <mutex>
 #include <ostream>
 
 namespace kaz::test {
@@ -28,33 +27,13 @@ std::ostream& operator<<(std::ostream& out, const LogRecord& record) {
 class RecordingLog::Sink final : public spdlog::sinks::sink {
   public:
     void log(const spdlog::details::log_msg& message) override {
-        const std::lock_guard lock(mutex_);
-        records_.push_back({message.level, std::string(message.payload.data(), message.payload.size())});
-        changed_.notify_all();
+        records.add({message.level, std::string(message.payload.data(), message.payload.size())});
     }
     void flush() override {}
     void set_pattern(const std::string& /*pattern*/) override {}
     void set_formatter(std::unique_ptr<spdlog::formatter> /*formatter*/) override {}
 
-    Records records() const {
-        const std::lock_guard lock(mutex_);
-        return records_;
-    }
-
-    bool waitFor(const std::function<bool(const Records&)>& predicate) {
-        std::unique_lock lock(mutex_);
-        return changed_.wait_for(lock, timeLimit, [&] { return predicate(records_); });
-    }
-
-    void clear() {
-        const std::lock_guard lock(mutex_);
-        records_ = Records();  // with its memory, for tests that measure it
-    }
-
-  private:
-    mutable std::mutex mutex_;
-    std::condition_variable changed_;
-    Records records_;
+    Journal<LogRecord> records;
 };
 
 RecordingLog::RecordingLog() : sink_(std::make_shared<Sink>()), former_(spdlog::default_logger()) {
@@ -68,12 +47,12 @@ RecordingLog::~RecordingLog() {
 }
 
 RecordingLog::Records RecordingLog::records() const {
-    return sink_->records();
+    return sink_->records.entries();
 }
 
 std::vector<std::string> RecordingLog::texts() const {
     std::vector<std::string> result;
-    for (LogRecord& record : sink_->records()) {
+    for (LogRecord& record : sink_->records.entries()) {
         result.push_back(std::move(record.text));
     }
     return result;
@@ -81,7 +60,7 @@ std::vector<std::string> RecordingLog::texts() const {
 
 std::vector<std::string> RecordingLog::texts(spdlog::level::level_enum level) const {
     std::vector<std::string> result;
-    for (LogRecord& record : sink_->records()) {
+    for (LogRecord& record : sink_->records.entries()) {
         if (record.level == level) {
             result.push_back(std::move(record.text));
         }
@@ -90,12 +69,12 @@ std::vector<std::string> RecordingLog::texts(spdlog::level::level_enum level) co
 }
 
 bool RecordingLog::contains(std::string_view part) const {
-    const Records all = sink_->records();
+    const Records all = sink_->records.entries();
     return std::any_of(all.begin(), all.end(), [&](const LogRecord& record) { return has(record, part); });
 }
 
 bool RecordingLog::waitFor(const std::function<bool(const Records&)>& predicate) const {
-    return sink_->waitFor(predicate);
+    return sink_->records.waitUntil(predicate, timeLimit);
 }
 
 bool RecordingLog::waitForText(spdlog::level::level_enum level, std::string_view part) const {
@@ -107,7 +86,7 @@ bool RecordingLog::waitForText(spdlog::level::level_enum level, std::string_view
 }
 
 void RecordingLog::clear() {
-    sink_->clear();
+    sink_->records.take();
 }
 
 }  // namespace kaz::test

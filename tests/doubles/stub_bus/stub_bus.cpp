@@ -3,21 +3,15 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <stdexcept>
-#include <string>
-
 namespace kaz::test {
 
 StubBus::StubBus() {
-    sd_bus* bus = nullptr;
-    checked(sd_bus_new(&bus));
-    bus_.reset(bus);
-    checked(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, sockets_.data()) == 0
-                ? 0
-                : -errno);
-    checked(sd_bus_set_fd(bus, sockets_[0], sockets_[0]));  // the bus closes this end
-    checked(sd_bus_start(bus));
+    checked(sd_bus_new(dbus::out(bus_)), "sd_bus_new");
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, sockets_.data()) != 0) {
+        throwErrno("socketpair");
+    }
+    checked(sd_bus_set_fd(bus_.get(), sockets_[0], sockets_[0]), "sd_bus_set_fd");  // the bus closes this end
+    checked(sd_bus_start(bus_.get()), "sd_bus_start");
 }
 
 StubBus::~StubBus() {
@@ -25,21 +19,16 @@ StubBus::~StubBus() {
 }
 
 dbus::MessagePtr StubBus::message() const {
-    sd_bus_message* made = nullptr;
-    checked(sd_bus_message_new_method_call(bus_.get(), &made, "com.example.Nobody", "/",
-                                           "com.example.Nothing", "Nothing"));
-    return dbus::MessagePtr(made);
+    dbus::MessagePtr made;
+    checked(sd_bus_message_new_method_call(bus_.get(), dbus::out(made), "com.example.Nobody", "/",
+                                           "com.example.Nothing", "Nothing"),
+            "sd_bus_message_new_method_call");
+    return made;
 }
 
 void StubBus::seal(sd_bus_message* message) {
-    checked(sd_bus_message_seal(message, 1, 0));
-    checked(sd_bus_message_rewind(message, 1));
-}
-
-void StubBus::checked(int result) {
-    if (result < 0) {
-        throw std::runtime_error("cannot make the message: " + std::to_string(result));
-    }
+    checked(sd_bus_message_seal(message, 1, 0), "sd_bus_message_seal");
+    checked(sd_bus_message_rewind(message, 1), "sd_bus_message_rewind");
 }
 
 }  // namespace kaz::test

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/checked.h"
 #include "base/non_copyable.h"
-
 #include "base/sd_bus/handles.h"
 
 #include <systemd/sd-bus.h>
@@ -10,7 +10,7 @@
 
 namespace kaz::test {
 
-// A bus connection without a peer, for making messages. Failures throw std::runtime_error. For one thread.
+// A bus connection without a peer, for making messages. Failures throw std::system_error. For one thread.
 class StubBus : NonCopyable {
   public:
     StubBus();
@@ -25,7 +25,7 @@ class StubBus : NonCopyable {
     template <typename... Values>
     dbus::MessagePtr sealed(const char* types, Values... values) const {
         dbus::MessagePtr made = message();
-        checked(sd_bus_message_append(made.get(), types, values...));
+        checked(sd_bus_message_append(made.get(), types, values...), "sd_bus_message_append");
         seal(made.get());
         return made;
     }
@@ -34,8 +34,6 @@ class StubBus : NonCopyable {
     static void seal(sd_bus_message* message);
 
   private:
-    static void checked(int result);
-
     std::array<int, 2> sockets_{-1, -1};
     dbus::BusPtr bus_;
 };

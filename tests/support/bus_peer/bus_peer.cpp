@@ -1,6 +1,6 @@
 #include "support/bus_peer/bus_peer.h"
 
-#include "support/scripted_peer/require_success.h"
+#include "base/checked.h"
 
 #include <stdlib.h>
 
@@ -13,7 +13,7 @@ BusPeer::BusPeer(const std::string& name)
           ::getenv("DBUS_SYSTEM_BUS_ADDRESS"),
           [this](sd_bus* bus) {
               const char* unique = nullptr;
-              requireSuccess(sd_bus_get_unique_name(bus, &unique), "sd_bus_get_unique_name");
+              checked(sd_bus_get_unique_name(bus, &unique), "sd_bus_get_unique_name");
               uniqueName_ = unique;
           },
           [this](sd_bus_message* message) { answer(message); }) {
@@ -23,28 +23,26 @@ BusPeer::BusPeer(const std::string& name)
 }
 
 void BusPeer::own(const std::string& name) {
-    connection_.run([&](sd_bus* bus) {
-        requireSuccess(sd_bus_request_name(bus, name.c_str(), 0), "sd_bus_request_name");
-    });
+    connection_.run(
+        [&](sd_bus* bus) { checked(sd_bus_request_name(bus, name.c_str(), 0), "sd_bus_request_name"); });
 }
 
 void BusPeer::disown(const std::string& name) {
     connection_.run(
-        [&](sd_bus* bus) { requireSuccess(sd_bus_release_name(bus, name.c_str()), "sd_bus_release_name"); });
+        [&](sd_bus* bus) { checked(sd_bus_release_name(bus, name.c_str()), "sd_bus_release_name"); });
 }
 
 void BusPeer::emit(const Signal& signal, const Append& arguments, const std::string& destination) {
     connection_.run([&](sd_bus* bus) {
-        sd_bus_message* made = nullptr;
-        requireSuccess(sd_bus_message_new_signal(bus, &made, signal.path.c_str(), signal.interface.c_str(),
-                                                 signal.member.c_str()),
-                       "sd_bus_message_new_signal");
-        const dbus::MessagePtr message(made);
-        arguments(made);
+        dbus::MessagePtr message;
+        checked(sd_bus_message_new_signal(bus, dbus::out(message), signal.path.c_str(),
+                                          signal.interface.c_str(), signal.member.c_str()),
+                "sd_bus_message_new_signal");
+        arguments(message.get());
         if (!destination.empty()) {
-            requireSuccess(sd_bus_message_set_destination(made, destination.c_str()), "set_destination");
+            checked(sd_bus_message_set_destination(message.get(), destination.c_str()), "set_destination");
         }
-        requireSuccess(sd_bus_send(bus, made, nullptr), "sd_bus_send");
+        checked(sd_bus_send(bus, message.get(), nullptr), "sd_bus_send");
     });
 }
 
@@ -60,9 +58,9 @@ void BusPeer::emitOwnerChange(const std::string& name, const std::string& former
 
 void BusPeer::settle() {
     connection_.run([](sd_bus* bus) {
-        requireSuccess(sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                          "org.freedesktop.DBus", "GetId", nullptr, nullptr, ""),
-                       "GetId");
+        checked(sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                   "org.freedesktop.DBus", "GetId", nullptr, nullptr, ""),
+                "GetId");
     });
 }
 
@@ -72,9 +70,9 @@ void BusPeer::receive(const Signal& signal) {
         return 0;
     };
     connection_.run([&](sd_bus* bus) {
-        requireSuccess(sd_bus_match_signal(bus, nullptr, nullptr, signal.path.c_str(),
-                                           signal.interface.c_str(), signal.member.c_str(), count, this),
-                       "sd_bus_match_signal");
+        checked(sd_bus_match_signal(bus, nullptr, nullptr, signal.path.c_str(), signal.interface.c_str(),
+                                    signal.member.c_str(), count, this),
+                "sd_bus_match_signal");
     });
 }
 

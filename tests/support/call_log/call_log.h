@@ -1,35 +1,25 @@
 #pragma once
 
-#include <condition_variable>
+#include "base/journal.h"
+
 #include <functional>
-#include <mutex>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace kaz::test {
 
 // Calls in order, each as a line of text. Any thread may add and read.
-class CallLog {
+class CallLog : public Journal<std::string> {
   public:
-    using Calls = std::vector<std::string>;
+    using Calls = Entries;
 
-    void add(std::string call);
-    Calls calls() const;
-
-    // The calls since the last take().
-    Calls take();
+    Calls calls() const { return entries(); }
 
     // Blocks until the predicate is true for the calls since the last take(). Returns false on timeout.
     bool waitFor(const std::function<bool(const Calls&)>& predicate) const;
 
     // Blocks until a call contains this text.
     bool waitForCall(std::string_view part) const;
-
-  private:
-    mutable std::mutex mutex_;
-    mutable std::condition_variable changed_;
-    Calls calls_;
 };
 
 }  // namespace kaz::test

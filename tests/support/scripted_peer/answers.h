@@ -1,8 +1,8 @@
 // The replies of a scripted peer.
 #pragma once
 
+#include "base/checked.h"
 #include "base/sd_bus/handles.h"
-#include "support/scripted_peer/require_success.h"
 
 #include <systemd/sd-bus.h>
 
@@ -39,8 +39,7 @@ inline const char* asArgument(const std::string& value) {
 template <typename... Values>
 Append values(std::string types, Values... given) {
     return [types = std::move(types), given...](sd_bus_message* message) {
-        requireSuccess(sd_bus_message_append(message, types.c_str(), detail::asArgument(given)...),
-                       types.c_str());
+        checked(sd_bus_message_append(message, types.c_str(), detail::asArgument(given)...), types.c_str());
     };
 }
 

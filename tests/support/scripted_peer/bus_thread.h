@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/event_fd.h"
 #include "base/non_copyable.h"
-
 #include "base/sd_bus/handles.h"
 
 #include <functional>
@@ -12,7 +12,7 @@
 
 namespace kaz::test {
 
-// A bus connection and its thread. Throws std::runtime_error when it cannot connect.
+// A bus connection and its thread. Throws std::system_error when it cannot connect.
 class BusThread : NonCopyable {
   public:
     using Job = std::function<void(sd_bus*)>;
@@ -31,11 +31,10 @@ class BusThread : NonCopyable {
     void processMessages();
     void runJobs();
     void sleep() const;
-    void wake() const;
 
     dbus::BusPtr bus_;
     Receiver receiver_;
-    int wakeUp_ = -1;
+    EventFd wakeUp_;
     std::mutex mutex_;
     std::vector<std::function<void()>> jobs_;
     bool ending_ = false;

@@ -2,7 +2,6 @@
 
 #include "support/message_text/message_text.h"
 #include "support/scripted_peer/bus_thread.h"
-#include "support/scripted_peer/require_success.h"
 
 #include <map>
 #include <mutex>
@@ -85,7 +84,7 @@ struct ScriptedPeer::Script {
         const int sent = sd_bus_send(bus, answer.get(), nullptr);
         // A bus that is gone takes none.
         if (sd_bus_is_open(bus) > 0) {
-            requireSuccess(sent, "sd_bus_send");
+            checked(sent, "sd_bus_send");
         }
     }
 
@@ -123,12 +122,12 @@ void ScriptedPeer::onGetAll(const std::string& path, const std::string& interfac
 void ScriptedPeer::emit(const std::string& path, const std::string& interface, const std::string& member,
                         const Append& append) {
     connection_->run([&](sd_bus* bus) {
-        sd_bus_message* made = nullptr;
-        requireSuccess(sd_bus_message_new_signal(bus, &made, path.c_str(), interface.c_str(), member.c_str()),
-                       "sd_bus_message_new_signal");
-        const dbus::MessagePtr signal(made);
-        append(made);
-        requireSuccess(sd_bus_send(bus, made, nullptr), "sd_bus_send");
+        dbus::MessagePtr signal;
+        checked(sd_bus_message_new_signal(bus, dbus::out(signal), path.c_str(), interface.c_str(),
+                                          member.c_str()),
+                "sd_bus_message_new_signal");
+        append(signal.get());
+        checked(sd_bus_send(bus, signal.get(), nullptr), "sd_bus_send");
     });
 }
 
@@ -138,8 +137,7 @@ void ScriptedPeer::leave() {
 
 void ScriptedPeer::comeBack() {
     connection_ = std::make_unique<BusThread>(
-        address_,
-        [this](sd_bus* bus) { requireSuccess(sd_bus_request_name(bus, name_.c_str(), 0), name_.c_str()); },
+        address_, [this](sd_bus* bus) { checked(sd_bus_request_name(bus, name_.c_str(), 0), name_.c_str()); },
         [script = script_](sd_bus_message* message) { script->receive(message); });
 }
 

@@ -11,16 +11,15 @@ using Peer = FaultOperation::Peer;
 using Kind = FaultOperation::Kind;
 using test::Append;
 using test::replyWith;
-using test::requireSuccess;
 
 constexpr int manyEntries = 20000;
 constexpr const char* noDictionary = "Invalid argument";
 
 Append container(char type, std::string contents, Append inside) {
     return [=](sd_bus_message* message) {
-        requireSuccess(sd_bus_message_open_container(message, type, contents.c_str()), contents.c_str());
+        checked(sd_bus_message_open_container(message, type, contents.c_str()), contents.c_str());
         inside(message);
-        requireSuccess(sd_bus_message_close_container(message), contents.c_str());
+        checked(sd_bus_message_close_container(message), contents.c_str());
     };
 }
 
