@@ -55,13 +55,6 @@ End run(const Options& options, Background* background) {
     return end;
 }
 
-int finish(const End& end) {
-    if (end.signal != 0) {
-        dieOf(end.signal);
-    }
-    return static_cast<int>(end.code);
-}
-
 int show(const Failure& failure) {
     Output(ColourChoice::never, false).complain(failure);
     return static_cast<int>(failure.code);
@@ -85,7 +78,10 @@ int start(const Options& options) {
     }
     const End end = run(options, background.get());
     simulation.reset();
-    return finish(end);
+    if (end.signal != 0) {
+        dieOf(end.signal);
+    }
+    return static_cast<int>(end.code);
 }
 
 }  // namespace

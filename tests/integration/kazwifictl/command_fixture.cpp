@@ -79,12 +79,10 @@ std::vector<std::string> CommandFixture::command(const std::vector<std::string>&
 }
 
 Finished CommandFixture::run(const std::vector<std::string>& arguments, const std::string& input) {
-    RunningProgram program(command(arguments), environment);
-    if (!input.empty()) {
-        program.send(input);
-    }
-    const Ending ending = program.wait();
-    return {ending, program.out(), program.err()};
+    const auto program = withPipes(arguments);
+    program->send(input);
+    const Ending ending = program->wait();
+    return {ending, program->out(), program->err()};
 }
 
 Finished CommandFixture::runs(int status, const std::vector<std::string>& arguments,

@@ -34,12 +34,9 @@ TEST_F(ExitStatus, Is0WhenItIsDone) {
     runs(0, {"disconnect"});
     runs(0, {"disconnect"});
     runs(0, {"forget", "Home"});
-    runs(0, {"off"});
-    runs(0, {"off"});
-    runs(0, {"on"});
-    runs(0, {"on"});
-    runs(0, {"--help"});
-    runs(0, {"--version"});
+    for (const std::string word : {"off", "off", "on", "on", "--help", "--version"}) {
+        runs(0, {word});
+    }
 }
 
 TEST_F(ExitStatus, Is1WhenItFailed) {

@@ -78,27 +78,23 @@ TEST_F(SessionTest, KnowsWhatIsInUseHoweverLateTheSupplicantIsFollowed) {
 
 // This is why fences exist: without one, ~Manager drops requests that have not begun.
 TEST_F(SessionTest, LosesARequestThatHasNotBegunWhenItEnds) {
-    {
-        Session session(interrupts);
-        session.start(generous, true);
-        world.holdsTasks = true;
-        session.manager().forgetNetwork("Home");
-        session.close();
-    }
+    Session session(interrupts);
+    session.start(generous, true);
+    world.holdsTasks = true;
+    session.manager().forgetNetwork("Home");
+    session.close();
     EXPECT_FALSE(world.did("forget Home"));
 }
 
 TEST_F(SessionTest, HasCarriedOutAndSavedEverythingBehindAFence) {
     world.slowness = milliseconds(50);
     world.saved = {"Home"};
-    {
-        Session session(interrupts);
-        session.start(generous, true);
-        session.manager().forgetNetwork("Home");
-        EXPECT_TRUE(session.fence(generous));
-        EXPECT_TRUE(world.did("forget Home"));
-        session.close();
-    }
+    Session session(interrupts);
+    session.start(generous, true);
+    session.manager().forgetNetwork("Home");
+    EXPECT_TRUE(session.fence(generous));
+    EXPECT_TRUE(world.did("forget Home"));
+    session.close();
     EXPECT_TRUE(world.did("save"));
     EXPECT_FALSE(world.did("select Home"));
 }

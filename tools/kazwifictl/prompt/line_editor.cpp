@@ -223,7 +223,7 @@ void LineEditor::handle(int signal) {
         ::el_set(line_, EL_PREP_TERM, 1);
     }
     ::el_resize(line_);
-    redraw();
+    above({});
 }
 
 // Returns what libedit expects: 1 for a character, 0 at end of file, -1 when reading fails.
@@ -308,11 +308,6 @@ void LineEditor::clear() {
     const int columns = columnsOf(prompt) + columnsOf(beforeCursor());
     const int rows = columns / std::max(1, columnsOfTerminal());
     put(rows > 0 ? fmt::format("\x1b[{}A\r\x1b[J", rows) : std::string("\r\x1b[J"));
-}
-
-void LineEditor::redraw() {
-    clear();
-    ::el_set(line_, EL_REFRESH);
 }
 
 }  // namespace kaz::ctl

@@ -61,7 +61,6 @@ class LineEditor : NonCopyable {
     std::string typed() const;
     std::string beforeCursor() const;
     void clear();
-    void redraw();
 
     Interrupts& interrupts_;
     Source source_;

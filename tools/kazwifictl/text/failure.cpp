@@ -7,14 +7,8 @@
 namespace kaz::ctl {
 
 std::string errorLine(const Failure& failure) {
-    std::string line = fmt::format("kazwifictl: {}", failure.what);
-    if (!failure.why.empty()) {
-        line += ": " + failure.why;
-    }
-    if (!failure.advice.empty()) {
-        line += "; try: " + failure.advice;
-    }
-    return line;
+    return fmt::format("kazwifictl: {}{}{}{}{}", failure.what, failure.why.empty() ? "" : ": ", failure.why,
+                       failure.advice.empty() ? "" : "; try: ", failure.advice);
 }
 
 std::string_view nameOf(ExitCode code) {

@@ -27,20 +27,11 @@ constexpr int gap = 2;
 using Cells = std::array<std::string, columnCount>;
 using Widths = std::array<int, columnCount>;
 
-std::string stateOf(const NetworkRow& row) {
-    if (row.isCurrent()) {
-        return std::string(statusInWords(row.status));
-    }
-    return row.saved ? "saved" : "";
-}
-
-std::string signalOf(const NetworkRow& row, bool utf8) {
-    return row.dBm ? fmt::format("{} {:>4} dBm", barsText(*row.dBm, utf8), *row.dBm) : "-";
-}
-
 Cells cellsOf(const NetworkRow& row, bool utf8) {
-    return {presentable(row.ssid, utf8), signalOf(row, utf8),
-            row.security ? std::string(securityInWords(*row.security)) : "-", stateOf(row)};
+    const std::string_view state = row.isCurrent() ? statusInWords(row.status) : (row.saved ? "saved" : "");
+    return {presentable(row.ssid, utf8),
+            row.dBm ? fmt::format("{} {:>4} dBm", barsText(*row.dBm, utf8), *row.dBm) : "-",
+            std::string(row.security ? securityInWords(*row.security) : "-"), std::string(state)};
 }
 
 Widths widthsOf(const std::vector<Cells>& lines, int columns) {

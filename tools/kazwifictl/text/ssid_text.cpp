@@ -14,39 +14,21 @@ namespace {
 
 constexpr int marksShown = 2;
 
-bool isAscii(char32_t value) {
-    return value < 0x80;
-}
-
-bool isPrintableAscii(char32_t value) {
-    return value >= 0x20 && value < 0x7F;
-}
-
-std::string escapedBytes(std::string_view bytes) {
-    std::string result;
-    for (const char byte : bytes) {
-        result += fmt::format("\\x{:02x}", static_cast<unsigned char>(byte));
-    }
-    return result;
-}
-
 // Called for each character of a text, in order. Returns the character, or its escape if it must not be shown.
 class Escaper {
   public:
     explicit Escaper(bool utf8) : utf8_(utf8) {}
 
     std::string operator()(const CodePoint& point) {
-        if (!point.valid) {
-            marks_ = marksShown;
-            return escapedBytes(point.bytes);
-        }
-        if (isAscii(point.value)) {
-            marks_ = 0;
-            return isPrintableAscii(point.value) ? std::string(point.bytes) : escapedBytes(point.bytes);
+        const auto value = static_cast<std::uint32_t>(point.value);
+        if (!point.valid || value < 0x80) {
+            marks_ = point.valid ? 0 : marksShown;
+            const bool printable = point.valid && value >= 0x20 && value < 0x7F;
+            return printable ? std::string(point.bytes) : fmt::format("\\x{:02x}", value);
         }
         if (!showable(point.value)) {
             marks_ = marksShown;  // a mark would combine with the escape's closing brace
-            return fmt::format("\\u{{{:x}}}", static_cast<std::uint32_t>(point.value));
+            return fmt::format("\\u{{{:x}}}", value);
         }
         return std::string(point.bytes);
     }

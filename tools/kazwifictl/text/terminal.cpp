@@ -23,8 +23,7 @@ bool colourWanted(bool interactive, ColourChoice choice) {
     if (choice != ColourChoice::automatic) {
         return choice == ColourChoice::always;
     }
-    const char* term = ::getenv("TERM");
-    const bool capable = term != nullptr && *term != '\0' && std::strcmp(term, "dumb") != 0;
+    const bool capable = isSet("TERM") && std::strcmp(::getenv("TERM"), "dumb") != 0;
     return interactive && capable && !isSet("NO_COLOR");
 }
 
