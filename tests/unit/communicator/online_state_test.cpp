@@ -7,16 +7,23 @@ namespace {
 
 class Networkd : public CommunicatorTest {
   protected:
-    template <typename... Values>
-    void emitChange(const std::string& types, Values... given) {
-        networkd.emit(networkdPath, propertiesInterface, "PropertiesChanged", values(types, given...));
-    }
-
     // Blocks until all signals that networkd has emitted are handled.
     void settleNetworkd() {
         emitOnlineState("end");
         EXPECT_TRUE(log.waitForText(spdlog::level::debug, "OnlineState=end"));
         onLoop([] {});
+    }
+
+    // These signals do nothing but log this.
+    void expectIgnored(const std::vector<test::Append>& signals, test::RecordingLog::Records logged) {
+        startAttached();
+        for (const test::Append& signal : signals) {
+            networkd.emit(networkdPath, propertiesInterface, "PropertiesChanged", signal);
+        }
+        settleNetworkd();
+        EXPECT_THAT(takeCalls(), ElementsAre("networkd online: false"));
+        logged.push_back(debug("OnlineState=end"));
+        EXPECT_EQ(takeLog(), logged);
     }
 };
 
@@ -40,42 +47,30 @@ TEST_F(Networkd, LinkIsOnlineForExactlyThatValue) {
 }
 
 TEST_F(Networkd, PropertiesWithoutOnlineStateAreNotReported) {
-    startAttached();
-    emitChange("sa{sv}as", networkdInterface, 0, 0);
-    emitChange("sa{sv}as", networkdInterface, 1, "AddressState", "s", "routable", 1, "OnlineState");
-    settleNetworkd();
-    EXPECT_THAT(takeCalls(), ElementsAre("networkd online: false"));
-    EXPECT_THAT(takeLog(), ElementsAre(debug("OnlineState=end")));
+    expectIgnored(
+        {values("sa{sv}as", networkdInterface, 0, 0),
+         values("sa{sv}as", networkdInterface, 1, "AddressState", "s", "routable", 1, "OnlineState")},
+        {});
 }
 
 TEST_F(Networkd, PropertiesOfAnotherInterfaceAreIgnored) {
-    startAttached();
+    std::vector<test::Append> signals;
     for (const char* interface : {"org.freedesktop.network1.Link", "org.freedesktop.network1.manager", ""}) {
-        emitChange("sa{sv}as", interface, 1, "OnlineState", "s", "online", 0);
+        signals.push_back(values("sa{sv}as", interface, 1, "OnlineState", "s", "online", 0));
     }
-    settleNetworkd();
-    EXPECT_THAT(takeCalls(), ElementsAre("networkd online: false"));
-    EXPECT_THAT(takeLog(), ElementsAre(debug("OnlineState=end")));
+    expectIgnored(signals, {});
 }
 
 TEST_F(Networkd, UndecodablePropertiesAreLoggedAndDropped) {
-    startAttached();
-    emitChange("i", 1);
-    emitChange("s", networkdInterface);
-    emitChange("sa{sv}as", networkdInterface, 1, "OnlineState", "b", 1, 0);
-    settleNetworkd();
-    EXPECT_THAT(takeCalls(), ElementsAre("networkd online: false"));
-    EXPECT_THAT(takeLog(),
-                ElementsAre(warning(decodingFailed + noSuchType), warning(decodingFailed + noSuchType),
-                            warning(decodingFailed + noSuchValue), debug("OnlineState=end")));
+    const LogRecord undecodable = warning(decodingFailed + noSuchType);
+    expectIgnored({values("i", 1), values("s", networkdInterface),
+                   values("sa{sv}as", networkdInterface, 1, "OnlineState", "b", 1, 0)},
+                  {undecodable, undecodable, warning(decodingFailed + noSuchValue)});
 }
 
 TEST_F(Networkd, UndecodablePropertiesOfAnotherInterfaceAreLogged) {
-    startAttached();
-    emitChange("sa{sv}as", "org.freedesktop.network1.Link", 1, "OnlineState", "b", 1, 0);
-    settleNetworkd();
-    EXPECT_THAT(takeCalls(), ElementsAre("networkd online: false"));
-    EXPECT_THAT(takeLog(), ElementsAre(warning(decodingFailed + noSuchValue), debug("OnlineState=end")));
+    expectIgnored({values("sa{sv}as", "org.freedesktop.network1.Link", 1, "OnlineState", "b", 1, 0)},
+                  {warning(decodingFailed + noSuchValue)});
 }
 
 TEST_F(Networkd, AttachReadsTheOnlineStateOnce) {

@@ -7,7 +7,15 @@ namespace {
 const std::string undecodable = decodingFailed + noSuchType;
 const std::string scanEnded = "PropertiesChanged: Scanning=false (via ScanDone)";
 
-class SupplicantSignals : public CommunicatorTest {};
+class SupplicantSignals : public CommunicatorTest {
+  protected:
+    // The supplicant selects the network.
+    void selectNetwork() {
+        startAttached();
+        emitFromInterface("NetworkSelected", "o", networkPath);
+        settle();
+    }
+};
 
 TEST_F(SupplicantSignals, ScanDoneReportsItsSuccessAndThenTheEndOfTheScan) {
     startAttached();
@@ -67,27 +75,21 @@ TEST_F(SupplicantSignals, UndecodableEapIsLoggedOnlyAsUndecodable) {
 
 TEST_F(SupplicantSignals, NetworkSelectedReportsTheSsid) {
     onNetworkProperties(reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
-    startAttached();
-    emitFromInterface("NetworkSelected", "o", networkPath);
-    settle();
+    selectNetwork();
     EXPECT_THAT(takeCalls(), ElementsAre(getNetworkProperties, "network selected: \"Home\""));
     EXPECT_THAT(takeLog(), IsEmpty());
 }
 
 TEST_F(SupplicantSignals, NetworkSelectedWithUnreadableSsidReportsNoSsid) {
     onNetworkProperties(reply("v", "a{sv}", 0));
-    startAttached();
-    emitFromInterface("NetworkSelected", "o", networkPath);
-    settle();
+    selectNetwork();
     EXPECT_THAT(takeCalls(), ElementsAre(getNetworkProperties, "network selected: unknown"));
     EXPECT_THAT(takeLog(), ElementsAre(warning("Couldn't get SSID for " + networkPath + ", no value set."),
                                        error("NetworkSelected " + networkPath + ", but couldn't get SSID")));
 }
 
 TEST_F(SupplicantSignals, NetworkSelectedForAGoneNetworkReportsNoSsid) {
-    startAttached();
-    emitFromInterface("NetworkSelected", "o", networkPath);
-    settle();
+    selectNetwork();
     EXPECT_THAT(takeCalls(), ElementsAre(getNetworkProperties, "network selected: unknown"));
     EXPECT_THAT(log.texts(spdlog::level::err),
                 ElementsAre("NetworkSelected " + networkPath + ", but couldn't get SSID"));

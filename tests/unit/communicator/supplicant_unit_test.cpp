@@ -6,10 +6,6 @@ namespace {
 
 class Service : public CommunicatorTest {
   protected:
-    static std::string managerCall(const std::string& member, const std::string& arguments) {
-        return callText(systemdPath, systemdInterface + '.' + member, arguments);
-    }
-
     bool turn(bool on) {
         return onLoop([&] { return communicator->startStopSupplicantSync(on); });
     }
@@ -28,15 +24,31 @@ class Service : public CommunicatorTest {
         onLoop([] {});
     }
 
-    const std::string unit = "\"wpa_supplicant.service\"";
+    // These signals do nothing but log this.
+    void expectIgnored(const std::vector<test::Append>& signals, test::RecordingLog::Records logged) {
+        startAttached();
+        for (const test::Append& signal : signals) {
+            systemd.emit(unitPath, propertiesInterface, "PropertiesChanged", signal);
+        }
+        settleSystemd();
+        EXPECT_THAT(takeCalls(), ElementsAre("status changed: off"));
+        logged.push_back(debug("wpa_supplicant is stopped"));
+        EXPECT_EQ(takeLog(), logged);
+    }
+
+    static std::string unitCall(const std::string& member, const std::string& mode) {
+        return callText(systemdPath, systemdInterface + '.' + member, "\"wpa_supplicant.service\"" + mode);
+    }
+    const std::string callReset = unitCall("ResetFailedUnit", "");
+    const std::string callStart = unitCall("StartUnit", ", \"replace\"");
+    const std::string callStop = unitCall("StopUnit", ", \"replace\"");
 };
 
 TEST_F(Service, StartCallsResetFailedUnitThenStartUnit) {
     answerJobs();
     startDetached();
     EXPECT_TRUE(turn(true));
-    EXPECT_THAT(takeCalls(), ElementsAre(managerCall("ResetFailedUnit", unit),
-                                         managerCall("StartUnit", unit + ", \"replace\"")));
+    EXPECT_THAT(takeCalls(), ElementsAre(callReset, callStart));
     EXPECT_THAT(takeLog(), ElementsAre(debug("Turning wpa_supplicant on.")));
     EXPECT_FALSE(communicator->isSupplicantOn()) << "the unit's signal tells that it runs";
 }
@@ -45,7 +57,7 @@ TEST_F(Service, StopCallsOnlyStopUnit) {
     answerJobs();
     startAttached();
     EXPECT_TRUE(turn(false));
-    EXPECT_THAT(takeCalls(), ElementsAre(managerCall("StopUnit", unit + ", \"replace\"")));
+    EXPECT_THAT(takeCalls(), ElementsAre(callStop));
     EXPECT_THAT(takeLog(), ElementsAre(debug("Turning wpa_supplicant off.")));
     EXPECT_TRUE(communicator->isSupplicantOn());
 }
@@ -55,8 +67,7 @@ TEST_F(Service, FailedResetDoesNotPreventTheStart) {
     onSystemd("ResetFailedUnit", errorReply("org.freedesktop.systemd1.NoSuchUnit", "x"));
     startDetached();
     EXPECT_TRUE(turn(true));
-    EXPECT_THAT(takeCalls(), ElementsAre(managerCall("ResetFailedUnit", unit),
-                                         managerCall("StartUnit", unit + ", \"replace\"")));
+    EXPECT_THAT(takeCalls(), ElementsAre(callReset, callStart));
 }
 
 TEST_F(Service, StartRefusedBySystemdReturnsFalse) {
@@ -79,8 +90,8 @@ TEST_F(Service, ReplyWithoutJobIsSuccess) {
 TEST_F(Service, FailedLoadUnitReadsTheStateOfTheRootPath) {
     onSystemd("LoadUnit", errorReply("org.freedesktop.systemd1.LoadFailed", "x"));
     start("active");
-    EXPECT_THAT(calls.calls(), ElementsAre(managerCall("LoadUnit", unit), managerCall("Subscribe", ""),
-                                           getText("/", unitInterface, "ActiveState")));
+    EXPECT_THAT(calls.calls(),
+                ElementsAre(callLoadUnit, callSubscribe, getText("/", unitInterface, "ActiveState")));
     EXPECT_THAT(log.texts(spdlog::level::debug),
                 ElementsAre("Dbus path of wpa_supplicant within systemd daemon is /"));
     EXPECT_FALSE(communicator->isSupplicantOn());
@@ -89,8 +100,8 @@ TEST_F(Service, FailedLoadUnitReadsTheStateOfTheRootPath) {
 TEST_F(Service, UndecodableUnitPathReadsTheStateOfTheRootPath) {
     onSystemd("LoadUnit", reply("s", "/unit"));
     start("active");
-    EXPECT_THAT(calls.calls(), ElementsAre(managerCall("LoadUnit", unit), managerCall("Subscribe", ""),
-                                           getText("/", unitInterface, "ActiveState")));
+    EXPECT_THAT(calls.calls(),
+                ElementsAre(callLoadUnit, callSubscribe, getText("/", unitInterface, "ActiveState")));
     EXPECT_EQ(log.records().at(0), warning(decodingFailed + "No such device or address"));
     EXPECT_EQ(log.records().at(1), debug("Dbus path of wpa_supplicant within systemd daemon is /"));
 }
@@ -124,10 +135,8 @@ TEST_P(ServiceThatTheStartMissed, UnitNotFoundBeforeIsFoundByTheNextStart) {
     EXPECT_TRUE(communicator->isSupplicantOn());
     const auto made = takeCalls();
     ASSERT_GE(made.size(), 5U);
-    EXPECT_THAT(
-        std::vector(made.begin(), made.begin() + 5),
-        ElementsAre(managerCall("ResetFailedUnit", unit), managerCall("StartUnit", unit + ", \"replace\""),
-                    managerCall("LoadUnit", unit), managerCall("Subscribe", ""), getUnitState));
+    EXPECT_THAT(std::vector(made.begin(), made.begin() + 5),
+                ElementsAre(callReset, callStart, callLoadUnit, callSubscribe, getUnitState));
     EXPECT_TRUE(turn(true));
     EXPECT_EQ(takeCalls().size(), 2U) << "once it is found, turning it on is all there is to do";
     emitUnitState("failed");
@@ -137,11 +146,10 @@ TEST_P(ServiceThatTheStartMissed, UnitNotFoundBeforeIsFoundByTheNextStart) {
 TEST_P(ServiceThatTheStartMissed, UnitNotFoundBeforeIsNotLoadedByAStopOrARefusedStart) {
     startInVain();
     EXPECT_TRUE(turn(false));
-    EXPECT_THAT(takeCalls(), ElementsAre(managerCall("StopUnit", unit + ", \"replace\"")));
+    EXPECT_THAT(takeCalls(), ElementsAre(callStop));
     onSystemd("StartUnit", errorReply("org.freedesktop.DBus.Error.Failed", "x"));
     EXPECT_FALSE(turn(true));
-    EXPECT_THAT(takeCalls(), ElementsAre(managerCall("ResetFailedUnit", unit),
-                                         managerCall("StartUnit", unit + ", \"replace\"")));
+    EXPECT_THAT(takeCalls(), ElementsAre(callReset, callStart));
     EXPECT_FALSE(communicator->isSupplicantOn());
 }
 
@@ -178,43 +186,27 @@ TEST_F(Service, UnitSignalsAttachAndDetach) {
 }
 
 TEST_F(Service, UnitSignalOfAnotherInterfaceIsIgnored) {
-    startAttached();
+    std::vector<test::Append> signals;
     for (const char* interface : {"org.freedesktop.systemd1.Service", "org.freedesktop.systemd1.unit",
                                   "org.freedesktop.systemd1.Unit2", ""}) {
-        systemd.emit(unitPath, propertiesInterface, "PropertiesChanged",
-                     values("sa{sv}as", interface, 1, "ActiveState", "s", "failed", 0));
-        systemd.emit(unitPath, propertiesInterface, "PropertiesChanged",
-                     values("sa{sv}as", interface, 1, "ActiveState", "i", 1, 0));
+        signals.push_back(values("sa{sv}as", interface, 1, "ActiveState", "s", "failed", 0));
+        signals.push_back(values("sa{sv}as", interface, 1, "ActiveState", "i", 1, 0));
     }
-    settleSystemd();
-    EXPECT_THAT(takeCalls(), ElementsAre("status changed: off"));
-    EXPECT_THAT(takeLog(), ElementsAre(debug("wpa_supplicant is stopped")));
+    expectIgnored(signals, {});
 }
 
 TEST_F(Service, UnitSignalWithoutActiveStateChangesNothing) {
-    startAttached();
-    systemd.emit(unitPath, propertiesInterface, "PropertiesChanged",
-                 values("sa{sv}as", unitInterface, 1, "SubState", "s", "dead", 1, "ActiveState"));
-    systemd.emit(unitPath, propertiesInterface, "PropertiesChanged", values("sa{sv}as", unitInterface, 0, 0));
-    emitUnitState("reloading");
-    settleSystemd();
-    EXPECT_THAT(takeCalls(), ElementsAre("status changed: off"));
-    EXPECT_THAT(takeLog(), ElementsAre(debug("wpa_supplicant is stopped")));
+    expectIgnored({values("sa{sv}as", unitInterface, 1, "SubState", "s", "dead", 1, "ActiveState"),
+                   values("sa{sv}as", unitInterface, 0, 0),
+                   values("sa{sv}as", unitInterface, 1, "ActiveState", "s", "reloading", 0)},
+                  {});
 }
 
 TEST_F(Service, UndecodableUnitSignalIsLoggedAndDropped) {
-    startAttached();
-    systemd.emit(unitPath, propertiesInterface, "PropertiesChanged", values("i", 1));
-    systemd.emit(unitPath, propertiesInterface, "PropertiesChanged", values(""));
-    systemd.emit(unitPath, propertiesInterface, "PropertiesChanged", values("s", unitInterface));
-    systemd.emit(unitPath, propertiesInterface, "PropertiesChanged",
-                 values("sa{sv}as", unitInterface, 1, "ActiveState", "i", 1, 0));
-    settleSystemd();
-    EXPECT_THAT(takeCalls(), ElementsAre("status changed: off"));
-    EXPECT_THAT(takeLog(),
-                ElementsAre(warning(decodingFailed + noSuchType), warning(decodingFailed + noSuchType),
-                            warning(decodingFailed + noSuchType), warning(decodingFailed + noSuchValue),
-                            debug("wpa_supplicant is stopped")));
+    const LogRecord undecodable = warning(decodingFailed + noSuchType);
+    expectIgnored({values("i", 1), values(""), values("s", unitInterface),
+                   values("sa{sv}as", unitInterface, 1, "ActiveState", "i", 1, 0)},
+                  {undecodable, undecodable, undecodable, warning(decodingFailed + noSuchValue)});
 }
 
 }  // namespace
