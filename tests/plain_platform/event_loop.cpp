@@ -1,10 +1,10 @@
 #include <kaz/dbus/event_loop.h>
 
+#include "base/event_fd.h"
+#include "base/non_copyable.h"
 #include "base/sd_bus/handles.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -21,7 +21,8 @@ namespace kaz::dbus {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-struct EventLoop::Loop {
+struct EventLoop::Loop : NonCopyable {
+    Loop() = default;
     struct Handler {
         bool temporary;
         std::function<void(MessageDecoder&)> function;
@@ -29,20 +30,14 @@ struct EventLoop::Loop {
     };
 
     ~Loop();
-    Loop() = default;
-    Loop(const Loop&) = delete;
-    Loop& operator=(const Loop&) = delete;
-    Loop(Loop&&) = delete;
-    Loop& operator=(Loop&&) = delete;
 
     void run();
     bool runTask();
     bool processBus();
     bool runTimer();
     void sleep(std::optional<milliseconds> delay) const;
-    void wake() const { ::eventfd_write(wakeUp, 1); }
 
-    int wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    EventFd wakeUp;
     std::mutex mutex;
     std::deque<std::function<void()>> tasks;
     std::atomic<bool> stopped = false;
@@ -59,13 +54,10 @@ EventLoop::Loop::~Loop() {
     if (thread.joinable()) {
         thread.join();
     }
-    ::close(wakeUp);
 }
 
 void EventLoop::Loop::run() {
-    sd_bus* opened = nullptr;
-    sd_bus_open_system(&opened);
-    bus.reset(opened);
+    sd_bus_open_system(out(bus));
     while (!stopped) {
         const bool ran = runTask();
         const bool processed = processBus();
@@ -111,7 +103,7 @@ void EventLoop::Loop::sleep(std::optional<milliseconds> delay) const {
         const auto left = std::chrono::ceil<milliseconds>(*expiry - steady_clock::now());
         delay = delay ? std::min(*delay, left) : left;
     }
-    std::array<pollfd, 2> waits{{{wakeUp, POLLIN, 0}, {-1, POLLIN, 0}}};
+    std::array<pollfd, 2> waits{{{wakeUp.get(), POLLIN, 0}, {-1, POLLIN, 0}}};
     if (bus && sd_bus_is_open(bus.get()) > 0) {
         waits[1].fd = sd_bus_get_fd(bus.get());
         std::uint64_t due = UINT64_MAX;
@@ -120,8 +112,7 @@ void EventLoop::Loop::sleep(std::optional<milliseconds> delay) const {
         }
     }
     ::poll(waits.data(), waits.size(), delay ? std::max(0, static_cast<int>(delay->count())) : -1);
-    eventfd_t ignored = 0;
-    ::eventfd_read(wakeUp, &ignored);
+    wakeUp.clear();
 }
 
 EventLoop::EventLoop() : loop_(std::make_unique<Loop>()) {}
@@ -136,13 +127,13 @@ void EventLoop::startEventLoopAsync() {
 
 void EventLoop::stopEventLoopAsync() {
     loop_->stopped = true;
-    loop_->wake();
+    loop_->wakeUp.set();
 }
 
 void EventLoop::pushTaskAsync(std::function<void()> task) {
     const std::lock_guard lock(loop_->mutex);
     loop_->tasks.push_back(std::move(task));
-    loop_->wake();
+    loop_->wakeUp.set();
 }
 
 void EventLoop::setIdleTaskSync(std::function<std::optional<milliseconds>()> task) {
@@ -171,10 +162,9 @@ void EventLoop::registerSignalHandlerSync(const char* sender, const char* path, 
         function(decoder);
         return 0;
     };
-    sd_bus_slot* slot = nullptr;
-    sd_bus_match_signal(loop_->bus.get(), &slot, sender, path, interface, member, run,
-                        &loop_->handlers.back());
-    loop_->handlers.back().slot.reset(slot);
+    Loop::Handler& registered = loop_->handlers.back();
+    sd_bus_match_signal(loop_->bus.get(), out(registered.slot), sender, path, interface, member, run,
+                        &registered);
 }
 
 void EventLoop::removeTemporarySignalHandlersSync() {

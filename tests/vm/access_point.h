@@ -1,19 +1,17 @@
 #pragma once
 
+#include "base/non_copyable.h"
+
 #include <string>
 
 namespace kaz::vm {
 
 // One of the access points of guest/access-points, by its name there. The destructor restores its power and
 // configuration.
-class AccessPoint {
+class AccessPoint : NonCopyable {
   public:
     explicit AccessPoint(std::string name);
     ~AccessPoint();
-    AccessPoint(const AccessPoint&) = delete;
-    AccessPoint& operator=(const AccessPoint&) = delete;
-    AccessPoint(AccessPoint&&) = delete;
-    AccessPoint& operator=(AccessPoint&&) = delete;
 
     // Disappears at once without a frame, as after a power cut.
     void vanish();

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <ostream>
 #include <utility>
 
 namespace kaz::vm {
@@ -133,20 +132,3 @@ void DeviceTest::record(const std::string& name, Clock::duration duration) {
 }
 
 }  // namespace kaz::vm
-
-namespace kaz::wifi {
-
-void PrintTo(const ConnectionInfo& info, std::ostream* out) {
-    static constexpr const char* statuses[] = {"disconnected", "connectingWifi", "connectingIP", "connected"};
-    static constexpr const char* reasons[] = {"unknown", "causedByUser", "causedBySystem"};
-    *out << statuses[static_cast<std::size_t>(info.status)] << " '" << info.ssid << "' " << info.signal
-         << " dBm, last lost '" << info.disconnectSsid << "' "
-         << reasons[static_cast<std::size_t>(info.disconnectReason)];
-}
-
-void PrintTo(const WifiNetwork& network, std::ostream* out) {
-    *out << '\'' << network.ssid << "' " << network.signal << " dBm, security "
-         << static_cast<int>(network.securityMode) << (network.configured ? ", configured" : "");
-}
-
-}  // namespace kaz::wifi

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "base/non_copyable.h"
 #include "doubles/recording_log/recording_log.h"
+#include "support/printed_values/printed_values.h"
 
 #include <wifi/manager.h>
 
@@ -24,14 +26,9 @@ using Clock = std::chrono::steady_clock;
 inline constexpr std::chrono::seconds generous{90};
 
 // Keeps every connection state that one Manager publishes, and counts its callbacks.
-class Device {
+class Device : NonCopyable {
   public:
     Device();
-    ~Device() = default;
-    Device(const Device&) = delete;
-    Device& operator=(const Device&) = delete;
-    Device(Device&&) = delete;
-    Device& operator=(Device&&) = delete;
 
     wifi::Manager& manager() { return manager_; }
 
@@ -101,10 +98,3 @@ class DeviceTest : public ::testing::Test {
 };
 
 }  // namespace kaz::vm
-
-namespace kaz::wifi {
-
-void PrintTo(const ConnectionInfo& info, std::ostream* out);
-void PrintTo(const WifiNetwork& network, std::ostream* out);
-
-}  // namespace kaz::wifi

@@ -1,5 +1,7 @@
 #include "integration/simulated_device/secret_holder.h"
 
+#include "base/checked.h"
+
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
@@ -13,14 +15,13 @@
 #include <cstddef>
 #include <fstream>
 #include <sstream>
-#include <system_error>
 
 namespace kaz::test {
 namespace {
 
 void require(bool fine, const char* what) {
     if (!fine) {
-        throw std::system_error(errno, std::generic_category(), what);
+        throwErrno(what);
     }
 }
 
@@ -104,7 +105,8 @@ std::vector<std::string_view> piecesOf(std::string_view secret) {
 SecretHolder::SecretHolder(const std::string& log) {
     std::array<int, 2> ends{};
     require(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) == 0, "socketpair");
-    socket_ = ends[0];
+    socket_ = FileDescriptor(ends[0]);
+    FileDescriptor theirs(ends[1]);
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_adddup2(&actions, ends[1], STDIN_FILENO);
@@ -115,7 +117,7 @@ SecretHolder::SecretHolder(const std::string& log) {
     const int error =
         ::posix_spawn(&pid_, program.c_str(), &actions, nullptr, arguments.data(), Surroundings().get());
     ::posix_spawn_file_actions_destroy(&actions);
-    ::close(ends[1]);
+    theirs = FileDescriptor();
     errno = error;
     require(error == 0, "posix_spawn");
     errno = ETIME;
@@ -123,7 +125,6 @@ SecretHolder::SecretHolder(const std::string& log) {
 }
 
 SecretHolder::~SecretHolder() {
-    ::close(socket_);
     if (pid_ > 0) {
         ::kill(pid_, SIGKILL);
         ::waitpid(pid_, nullptr, 0);
@@ -131,9 +132,9 @@ SecretHolder::~SecretHolder() {
 }
 
 char SecretHolder::ask(const std::string& request) const {
-    require(::send(socket_, request.data(), request.size(), MSG_NOSIGNAL) >= 0, "send");
+    require(::send(socket_.get(), request.data(), request.size(), MSG_NOSIGNAL) >= 0, "send");
     char answer = 0;
-    const ssize_t count = ::recv(socket_, &answer, 1, 0);
+    const ssize_t count = ::recv(socket_.get(), &answer, 1, 0);
     errno = count == 0 ? ECONNRESET : errno;
     require(count == 1, "recv");
     return answer;
@@ -149,39 +150,19 @@ wifi::ConnectResult SecretHolder::connect(const wifi::ConnectionSettings& settin
     return static_cast<wifi::ConnectResult>(ask(request));
 }
 
-void SecretHolder::scan() const {
-    ask("scan");
-}
-
-void SecretHolder::block() const {
-    ask("block");
-}
-
-void SecretHolder::fill() const {
-    ask("fill");
-}
-
-void SecretHolder::unblock() const {
-    ask("unblock");
-}
-
-void SecretHolder::endManager() const {
-    ask("end");
-}
-
 std::vector<std::string> SecretHolder::places(const std::string& secret) const {
-    const int memory = ::open(("/proc/" + std::to_string(pid_) + "/mem").c_str(), O_RDONLY | O_CLOEXEC);
-    require(memory >= 0, "cannot read the memory of another process");
+    const FileDescriptor memory(
+        ::open(("/proc/" + std::to_string(pid_) + "/mem").c_str(), O_RDONLY | O_CLOEXEC));
+    require(memory.isOpen(), "cannot read the memory of another process");
     std::vector<std::string> found;
     for (const Region& region : readableRegions(pid_)) {
-        const std::string content = contentOf(memory, region);
+        const std::string content = contentOf(memory.get(), region);
         const auto pieces = piecesOf(secret);
         if (std::any_of(pieces.begin(), pieces.end(),
                         [&](std::string_view piece) { return content.find(piece) != std::string::npos; })) {
             found.push_back(region.name.empty() ? "anonymous" : region.name);
         }
     }
-    ::close(memory);
     return found;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/file_descriptor.h"
 #include "base/non_copyable.h"
 
 #include <wifi/types.h>
@@ -25,15 +26,15 @@ class SecretHolder : NonCopyable {
     // The process wipes its own copies of the settings' secrets before this returns, or keeps them.
     wifi::ConnectResult connect(const wifi::ConnectionSettings& settings, Own own = Own::wiped) const;
     // Requests a scan.
-    void scan() const;
+    void scan() const { ask("scan"); }
     // Blocks the Manager's thread in a callback.
-    void block() const;
+    void block() const { ask("block"); }
     // Adds as many requests as may wait.
-    void fill() const;
+    void fill() const { ask("fill"); }
     // The Manager's thread continues.
-    void unblock() const;
+    void unblock() const { ask("unblock"); }
     // Returns when the Manager has ended.
-    void endManager() const;
+    void endManager() const { ask("end"); }
 
     // Where in the process's memory a piece of the secret lies: the names of the regions, or "anonymous".
     std::vector<std::string> places(const std::string& secret) const;
@@ -41,7 +42,7 @@ class SecretHolder : NonCopyable {
   private:
     char ask(const std::string& request) const;
 
-    int socket_ = -1;
+    FileDescriptor socket_;
     pid_t pid_ = -1;
 };
 

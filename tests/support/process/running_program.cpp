@@ -1,5 +1,8 @@
 #include "support/process/running_program.h"
 
+#include "base/checked.h"
+#include "base/pipe.h"
+#include "base/write_all.h"
 #include "support/waiting/waiting.h"
 
 #include <fcntl.h>
@@ -15,8 +18,6 @@
 #include <cerrno>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
-#include <system_error>
 #include <utility>
 
 namespace kaz::test {
@@ -64,42 +65,24 @@ class Image {
     std::vector<char*> envp_;
 };
 
-std::pair<int, int> makePipe() {
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-        throw std::system_error(errno, std::generic_category(), "pipe2");
-    }
-    return {ends[0], ends[1]};
-}
-
-void closeOnce(int& fd) {
-    if (fd >= 0) {
-        ::close(fd);
-        fd = -1;
-    }
-}
-
 }  // namespace
 
 RunningProgram::RunningProgram(const std::vector<std::string>& command, const Environment& environment) {
     Image image(command, environment);
-    const auto [inRead, inWrite] = makePipe();
-    const auto [outRead, outWrite] = makePipe();
-    const auto [errRead, errWrite] = makePipe();
+    Pipe input;
+    Pipe output;
+    Pipe errors;
     pid_ = ::fork();
     if (pid_ == 0) {
-        ::dup2(inRead, STDIN_FILENO);
-        ::dup2(outWrite, STDOUT_FILENO);
-        ::dup2(errWrite, STDERR_FILENO);
+        ::dup2(input.reading.get(), STDIN_FILENO);
+        ::dup2(output.writing.get(), STDOUT_FILENO);
+        ::dup2(errors.writing.get(), STDERR_FILENO);
         ::setsid();  // no terminal to ask at
         image.become();
     }
-    ::close(inRead);
-    ::close(outWrite);
-    ::close(errWrite);
-    input_ = inWrite;
-    output_ = outRead;
-    errors_ = errRead;
+    input_ = std::move(input.writing);
+    output_ = std::move(output.reading);
+    errors_ = std::move(errors.reading);
 }
 
 RunningProgram::RunningProgram(const std::vector<std::string>& command, const Environment& environment,
@@ -108,11 +91,13 @@ RunningProgram::RunningProgram(const std::vector<std::string>& command, const En
     winsize size{};
     size.ws_col = terminal.columns;
     size.ws_row = terminal.rows;
+    int master = -1;
     int slave = -1;
-    if (::openpty(&output_, &slave, nullptr, nullptr, &size) != 0) {
-        throw std::system_error(errno, std::generic_category(), "openpty");
+    if (::openpty(&master, &slave, nullptr, nullptr, &size) != 0) {
+        throwErrno("openpty");
     }
-    ::fcntl(output_, F_SETFD, FD_CLOEXEC);
+    output_ = FileDescriptor(master);
+    ::fcntl(master, F_SETFD, FD_CLOEXEC);
     pid_ = ::fork();
     if (pid_ == 0) {
         ::setsid();
@@ -131,20 +116,16 @@ RunningProgram::~RunningProgram() {
         ::kill(pid_, SIGKILL);
         ::waitpid(pid_, nullptr, 0);
     }
-    closeOnce(input_);
-    closeOnce(output_);
-    closeOnce(errors_);
 }
 
 void RunningProgram::send(const std::string& text) const {
-    const int fd = input_ >= 0 ? input_ : output_;
-    if (::write(fd, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
-        throw std::system_error(errno, std::generic_category(), "write");
+    if (!writeAll((input_.isOpen() ? input_ : output_).get(), text)) {
+        throwErrno("write");
     }
 }
 
 void RunningProgram::endInput() {
-    closeOnce(input_);
+    input_ = FileDescriptor();
 }
 
 void RunningProgram::sendSignal(int signal) const {
@@ -152,7 +133,7 @@ void RunningProgram::sendSignal(int signal) const {
 }
 
 bool RunningProgram::readSome() {
-    std::array<pollfd, 2> waited{{{output_, POLLIN, 0}, {errors_, POLLIN, 0}}};
+    std::array<pollfd, 2> waited{{{output_.get(), POLLIN, 0}, {errors_.get(), POLLIN, 0}}};
     if (::poll(waited.data(), waited.size(),
                static_cast<int>(std::chrono::milliseconds(timeLimit).count())) <= 0) {
         return false;
@@ -167,12 +148,12 @@ bool RunningProgram::readSome() {
         const ssize_t count = ::read(each.fd, buffer.data(), buffer.size());
         if (count > 0) {
             open = true;
-            (each.fd == output_ ? out_ : err_).append(buffer.data(), static_cast<std::size_t>(count));
+            (each.fd == output_.get() ? out_ : err_).append(buffer.data(), static_cast<std::size_t>(count));
         } else {  // a terminal that nobody holds any more answers with an error
-            closeOnce(each.fd == output_ ? output_ : errors_);
+            (each.fd == output_.get() ? output_ : errors_) = FileDescriptor();
         }
     }
-    return open || output_ >= 0 || errors_ >= 0;
+    return open || isOpen();
 }
 
 bool RunningProgram::waitFor(const std::string& text) {
@@ -182,7 +163,7 @@ bool RunningProgram::waitFor(const std::string& text) {
             seen_ = found + text.size();
             return true;
         }
-        if (output_ < 0 || !readSome()) {
+        if (!output_.isOpen() || !readSome()) {
             return false;
         }
     }
@@ -196,8 +177,8 @@ std::string RunningProgram::readLine() {
 
 Ending RunningProgram::wait() {
     endInput();
-    while (output_ >= 0 || errors_ >= 0) {
-        if (!readSome() && (output_ >= 0 || errors_ >= 0)) {
+    while (isOpen()) {
+        if (!readSome() && isOpen()) {
             ::kill(pid_, SIGKILL);  // it neither says anything nor ends
             break;
         }
@@ -221,7 +202,7 @@ std::string RunningProgram::told(const std::string& name) const {
 
 bool RunningProgram::echoes() const {
     termios settings{};
-    ::tcgetattr(output_, &settings);
+    ::tcgetattr(output_.get(), &settings);
     return (settings.c_lflag & ECHO) != 0;
 }
 

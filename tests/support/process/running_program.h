@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/file_descriptor.h"
 #include "base/non_copyable.h"
 
 #include <sys/types.h>
@@ -65,11 +66,13 @@ class RunningProgram : NonCopyable {
 
   private:
     bool readSome();
+    // Whether the program may still write.
+    bool isOpen() const { return output_.isOpen() || errors_.isOpen(); }
 
     pid_t pid_ = -1;
-    int input_ = -1;
-    int output_ = -1;
-    int errors_ = -1;
+    FileDescriptor input_;
+    FileDescriptor output_;
+    FileDescriptor errors_;
     std::string out_;
     std::string err_;
     std::size_t seen_ = 0;
