@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -88,13 +89,10 @@ TEST_F(HostileSsid, KeepsTheTableStraight) {
     startAndScan();
     const auto program = inTerminal({"list", "--color", "never"}, 60);
     program->wait();
-    const std::string screen = screenOf(program->out());
+    std::istringstream screen(screenOf(program->out()));
     std::size_t lines = 0;
-    for (std::size_t from = 0; from < screen.size(); ++lines) {
-        const std::size_t to = screen.find('\n', from);
-        const std::string line = screen.substr(from, to - from);
-        EXPECT_NE(line.find(lines == 0 ? "SECURITY" : "open"), std::string::npos) << line;
-        from = to + 1;
+    for (std::string line; std::getline(screen, line); ++lines) {
+        EXPECT_TRUE(has(line, lines == 0 ? "SECURITY" : "open")) << line;
     }
     EXPECT_EQ(lines, hostileSsids().size() + 1);
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -156,10 +157,9 @@ TEST(Options, NeverRepeatAPasswordGivenAsAnArgument) {
 
 void expectToFitAScreen(const std::string& text, const std::string& name) {
     EXPECT_LE(std::count(text.begin(), text.end(), '\n'), 24) << name;
-    for (std::size_t from = 0; from < text.size();) {
-        const std::size_t to = text.find('\n', from);
-        EXPECT_LE(to - from, 80U) << name << ": " << text.substr(from, to - from);
-        from = to + 1;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_LE(line.size(), 80U) << name << ": " << line;
     }
 }
 

@@ -8,8 +8,8 @@ namespace kaz::ctl {
 namespace {
 
 // setEnabled() stores the choice before it returns. A failure is only logged, so the choice is read back.
-void checkStored(const Workspace& place, bool wanted) {
-    if (place.storedChoice() != wanted) {
+void checkStored(bool wanted) {
+    if (Workspace::storedChoice() != wanted) {
         throw CommandFailed(
             {ExitCode::failed,
              fmt::format("Wi-Fi is {}, but only until the next start of the device", wanted ? "on" : "off"),
@@ -39,7 +39,7 @@ Report switchWifi(bool on, Workspace& place) {
         // Without a fence, the request to stop may not have run: a supplicant that does not run may be about to start.
         place.fenceAndFinish();
     }
-    checkStored(place, on);
+    checkStored(on);
     return {fmt::format("Wi-Fi is {}{}.\n", changed ? "" : "already ", word),
             {{"enabled", on}, {"running", session.latest().running}, {"changed", changed}},
             std::nullopt};

@@ -19,7 +19,7 @@ std::string powerText(const Snapshot& view) {
 }
 
 std::string connectionText(const ConnectionInfo& info, const Output& output) {
-    const std::string status(statusInWords(info.status));
+    std::string status(statusInWords(info.status));
     if (info.status == ConnectionInfo::Status::disconnected) {
         return status;
     }

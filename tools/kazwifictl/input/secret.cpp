@@ -110,7 +110,7 @@ void readLine(int fd, SecretLine& line, const std::string& name, Interrupts& int
                                       {stops == nullptr ? -1 : stops->fd(), POLLIN, 0}}};
         ::poll(waited.data(), waited.size(), -1);
         interrupts.check();
-        if (waited[2].revents != 0 && stops->take()) {
+        if (stops != nullptr && waited[2].revents != 0 && stops->take()) {
             stopped();
         } else if (waited[0].revents != 0) {
             more = readSome(fd, line, name);
