@@ -97,7 +97,7 @@ int main(int argc, char** argv) {
     kaz::sim::Arguments arguments;
     CLI::App app("A simulated device: systemd, networkd and wpa_supplicant on a message bus.",
                  "kaz-device-sim");
-    app.add_option("--neighbourhood", arguments.neighbourhood, "JSON file with the access points around")
+    app.add_option("--neighbourhood", arguments.neighbourhood, "JSON file with the access points in range")
         ->check(CLI::ExistingFile);
     app.add_option("--time-scale", arguments.timeScale,
                    "factor on all simulated times; 0.01 is 100 times faster")
@@ -111,11 +111,11 @@ int main(int argc, char** argv) {
     app.add_option("--bus", arguments.bus, "address of the bus to use instead of starting one");
     app.add_option("--config-file", arguments.configFile, "the supplicant's configuration file");
     app.add_flag("--real-supplicant", arguments.realSupplicant,
-                 "run the wpa_supplicant daemon on a wired network of its own instead of simulating one");
-    app.add_option("--exec", arguments.command, "run this command, with all that follows, and end with it")
+                 "run the wpa_supplicant daemon on a separate wired network instead of simulating it");
+    app.add_option("--exec", arguments.command, "run this command with all arguments that follow, and exit when it ends")
         ->expected(1, -1);
     app.footer(
-        "Without --exec the address of the bus is printed, and the device runs until SIGTERM or SIGINT.");
+        "Without --exec, prints the address of the bus and runs until SIGTERM or SIGINT.");
     // Everything after --exec belongs to the command, even if it looks like one of our options.
     char** const end = argv + argc;
     char** const exec = std::find(argv, end, std::string_view("--exec"));
