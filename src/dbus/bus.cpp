@@ -66,19 +66,23 @@ void Bus::subscribe(const char* sender, const OPath& path, const char* interface
     }
     connection();
     NameOwner& owner = owners_->follow(sender);
-    loop_.registerSignalHandlerSync(sender, path.str().c_str(), interface, member,
-                                    lifetime == Lifetime::temporary,
-                                    [this, &owner, sender = std::string(sender), member = std::string(member),
-                                     handler = std::move(handler)](MessageDecoder& decoder) {
-                                        connection();
-                                        if (owner.sent(decoder.message)) {
-                                            runGuarded("signal handler", [&] { handler(decoder); });
-                                            return;
-                                        }
-                                        const char* stranger = sd_bus_message_get_sender(decoder.message);
-                                        log::debug("Dropping {}: sent by {}, which does not own {}", member,
-                                                   stranger == nullptr ? "" : stranger, sender);
-                                    });
+    loop_.registerSignalHandlerSync(
+        sender, path.str().c_str(), interface, member, lifetime == Lifetime::temporary,
+        [this, &owner, sender = std::string(sender), member = std::string(member),
+         handler = std::move(handler)](MessageDecoder& decoder) {
+            connection();
+            if (owner.sent(decoder.message)) {
+                runGuarded("signal handler", [&] { handler(decoder); });
+                return;
+            }
+            if (owner.unknown()) {
+                log::debug("Dropping {}: the owner of {} is unknown", member, sender);
+                return;
+            }
+            const char* stranger = sd_bus_message_get_sender(decoder.message);
+            log::debug("Dropping {}: sent by {}, which does not own {}", member,
+                       stranger == nullptr ? "" : stranger, sender);
+        });
 }
 
 void Bus::dropTemporarySubscriptions() {

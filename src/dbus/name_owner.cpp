@@ -49,7 +49,8 @@ void NameOwner::setChangeTask(ChangeTask task) {
     changeTask_.set(std::move(task));
 }
 
-bool NameOwner::sent(sd_bus_message* message) const noexcept {
+bool NameOwner::sent(sd_bus_message* message) {
+    attach(sd_bus_message_get_bus(message));
     return !owner_.empty() && owner_ == senderOf(message);
 }
 

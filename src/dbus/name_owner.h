@@ -26,8 +26,12 @@ class NameOwner : NonCopyable {
     // Runs when the name gets another owner or loses its owner while this is attached.
     void setChangeTask(ChangeTask task);
 
-    // Whether the current owner sent the message. False while there is no owner.
-    bool sent(sd_bus_message* message) const noexcept;
+    // Whether the current owner sent the message. False while there is no owner. If the last attach() failed it attaches
+    // first, to the connection of the message.
+    bool sent(sd_bus_message* message);
+
+    // Whether the last attach() failed.
+    bool unknown() const noexcept { return !known_; }
 
   private:
     static int onChanged(sd_bus_message* message, void* owner, sd_bus_error* error);

@@ -103,13 +103,15 @@ void Connection::tellChange(bool connected) noexcept {
 }
 
 int Connection::tryOpen() {
-    const int result = connect();
+    int result = connect();
+    if (result >= 0) {
+        result = signals_.attach(bus_.get());
+    }
     if (result < 0) {
         drop();
         return result;
     }
     openedAt_ = Clock::now();
-    signals_.attach(bus_.get());
     return 0;
 }
 

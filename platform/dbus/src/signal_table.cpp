@@ -1,6 +1,8 @@
 #include "platform/dbus/signal_table.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstddef>
 #include <iterator>
 #include <utility>
 
@@ -9,23 +11,33 @@
 #include "base/log.h"
 
 namespace kaz::dbus {
+namespace {
+
+// dbus-daemon always refuses a longer rule, with the same error as when its queues are full.
+constexpr std::size_t longestRule = 1024;
+
+}  // namespace
 
 struct SignalTable::Entry : std::enable_shared_from_this<Entry> {
     SignalMatch match;
     bool temporary = false;
     Handler handler;
     SlotPtr slot;
+    bool failedBefore = false;  // on the last connection
 };
 
 SignalTable::~SignalTable() {
     detach();
 }
 
-void SignalTable::attach(sd_bus* bus) {
+int SignalTable::attach(sd_bus* bus) {
     bus_ = bus;
     for (const auto& entry : entries_) {
-        subscribe(*entry);
+        if (const int result = subscribe(bus_, *entry); result < 0) {
+            return result;
+        }
     }
+    return 0;
 }
 
 void SignalTable::detach() noexcept {
@@ -41,8 +53,8 @@ void SignalTable::add(SignalMatch match, bool temporary, Handler handler) {
     entry->temporary = temporary;
     entry->handler = std::move(handler);
     entries_.push_back(entry);
-    if (bus_ != nullptr) {
-        subscribe(*entry);
+    if (bus_ != nullptr && subscribe(bus_, *entry) < 0) {
+        sd_bus_close(bus_);
     }
 }
 
@@ -56,16 +68,21 @@ void SignalTable::removeTemporary() {
     entries_.erase(first, entries_.end());
 }
 
-void SignalTable::subscribe(Entry& entry) {
+int SignalTable::subscribe(sd_bus* bus, Entry& entry) {
     const SignalMatch& match = entry.match;
     sd_bus_slot* slot = nullptr;
     const int result =
-        sd_bus_match_signal(bus_, &slot, match.sender.c_str(), match.path.c_str(), match.interface.c_str(),
+        sd_bus_match_signal(bus, &slot, match.sender.c_str(), match.path.c_str(), match.interface.c_str(),
                             match.member.c_str(), &SignalTable::onSignal, &entry);
     entry.slot.reset(slot);
     if (result < 0) {
         log::warn("Cannot subscribe to {} of {}: {}", match.member, match.sender, errnoText(result));
     }
+    // One more try, because the bus has not refused it but had no time or no room.
+    const bool mayPass = (result == -ETIMEDOUT || result == -ENOBUFS || result == -ENOMEM) &&
+                         match.path.size() < longestRule && !entry.failedBefore;
+    entry.failedBefore = mayPass;
+    return mayPass ? result : 0;
 }
 
 int SignalTable::onSignal(sd_bus_message* message, void* entry, sd_bus_error* /*error*/) {

@@ -28,9 +28,12 @@ class SignalTable : NonCopyable {
     SignalTable() = default;
     ~SignalTable();
 
-    void attach(sd_bus* bus);
+    // Subscribes all handlers. Returns a negative errno if a subscription should be tried once more on a new connection:
+    // the bus did not answer, or had no room. A handler that fails there too stays without signals.
+    int attach(sd_bus* bus);
     void detach() noexcept;
 
+    // In that case it closes the connection.
     void add(SignalMatch match, bool temporary, Handler handler);
     void removeTemporary();
 
@@ -38,7 +41,7 @@ class SignalTable : NonCopyable {
     struct Entry;
 
     static int onSignal(sd_bus_message* message, void* entry, sd_bus_error* error);
-    void subscribe(Entry& entry);
+    static int subscribe(sd_bus* bus, Entry& entry);
 
     sd_bus* bus_ = nullptr;
     std::vector<std::shared_ptr<Entry>> entries_;

@@ -96,5 +96,20 @@ TEST_F(EventLoopHangingBus, FailsTheCallAndNothingThatComesAfterwards) {
     EXPECT_EQ(log.records().size(), 1U);
 }
 
+// Otherwise the handler would never get a signal, because nobody would subscribe again.
+TEST_F(EventLoopHangingBus, SubscriptionWithoutAnAnswerIsMadeAgainOnANewConnection) {
+    Counter signals;
+    const Running running = start();
+    limitCalls(milliseconds(100));
+    onLoop([this] { hang(); });
+    registerForChanged(false, [&](dbus::MessageDecoder&) { ++signals; });
+    ASSERT_TRUE(log.waitForText(spdlog::level::err, "Lost the connection to the system bus"));
+    EXPECT_TRUE(log.contains("Cannot subscribe to Changed of test.Peer: Connection timed out"));
+    goOn();
+    ASSERT_TRUE(log.waitForText(spdlog::level::info, "Connected to the system bus"));
+    peer.emit(changed, "after");
+    EXPECT_TRUE(signals.reaches(1));
+}
+
 }  // namespace
 }  // namespace kaz::test
