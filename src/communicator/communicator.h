@@ -133,6 +133,13 @@ class Communicator : NonCopyable {
     // wifiServiceStatusChangeHandler.
     virtual bool supplicantSurvived() = 0;
 
+    // Reads the list of access points again and reports it. The supplicant reports which there are, but not how their
+    // signal changes.
+    virtual void refreshBssListSync() = 0;
+
+    // Reads all properties of the supplicant's interface again and reports them.
+    virtual void refreshSync() = 0;
+
     // The only form in which an SSID may enter a log record.
     static std::string makeSsidRedactable(const std::string& ssid);
 

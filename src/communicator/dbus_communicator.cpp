@@ -21,7 +21,10 @@ DbusCommunicator::DbusCommunicator(std::chrono::milliseconds callLimit)
     bus_.onOwnerChanged(bus::systemd::service, [this](bool owned) { unit_.onOwnerChangedSync(owned); });
     bus_.onOwnerChanged(bus::networkd::service,
                         [this](bool owned) { onlineState_.onOwnerChangedSync(owned); });
-    bus_.pushTask([this] { unit_.connectSync(); });
+    bus_.pushTask([this] {
+        followInterfaces();
+        unit_.connectSync();
+    });
 }
 
 void DbusCommunicator::startEventLoop() {
@@ -94,9 +97,20 @@ DbusCommunicator::getAllConfiguredNetworksSync() {
     return networks_.listSync();
 }
 
+void DbusCommunicator::refreshBssListSync() {
+    signals_.readBssListSync();
+}
+
+void DbusCommunicator::refreshSync() {
+    if (supplicant_.mayUse("read the state", log::Level::debug)) {
+        signals_.readSync();
+    }
+}
+
 void DbusCommunicator::connectOrDisconnectFromSupplicantSync(const std::string& activeState) {
     const bool running = activeState == "active" || activeState == "reloading";
     const bool ended = activeState == "failed" || activeState == "inactive";
+    unitRuns_ = running;
     if (running && !supplicant_.attached()) {
         attachSync();
     } else if (ended) {
@@ -107,8 +121,36 @@ void DbusCommunicator::connectOrDisconnectFromSupplicantSync(const std::string& 
     }
 }
 
+// A supplicant makes and removes interfaces at the request of its clients, and some start without any.
+void DbusCommunicator::followInterfaces() {
+    supplicant_.onAdded([this](const dbus::OPath& /*interface*/) { onInterfaceAddedSync(); });
+    supplicant_.onRemoved([this](const dbus::OPath& interface) { onInterfaceRemovedSync(interface); });
+}
+
+void DbusCommunicator::onInterfaceAddedSync() {
+    if (supplicant_.hasInterface()) {
+        return;
+    }
+    if (supplicant_.attached()) {
+        supplicant_.detach();
+    }
+    if (unitRuns_) {
+        attachSync();
+    }
+}
+
+void DbusCommunicator::onInterfaceRemovedSync(const dbus::OPath& interface) {
+    if (supplicant_.hasInterface() && interface.str() == supplicant_.path().str()) {
+        detach();
+        // A supplicant that is being stopped removes its interface, too.
+        if (unitRuns_) {
+            unit_.reportStateSync();
+        }
+    }
+}
+
 void DbusCommunicator::attachSync() {
-    if (!supplicant_.attachSync()) {
+    if (!supplicant_.attachSync(lostWithBus_)) {
         return;
     }
     signals_.subscribe();

@@ -24,7 +24,8 @@ namespace kaz::wifi {
 // The communicator that controls wpa_supplicant, its systemd unit and systemd-networkd over the system bus.
 //
 // While the unit runs, the communicator is attached to the supplicant's first interface and turns its signals into
-// calls of the handlers. Otherwise it is detached, and operations that need the interface are refused with a warning in
+// calls of the handlers. It stays attached to that interface when the supplicant adds others. When the supplicant
+// removes it, the communicator detaches and attaches to the next one, also to one that is added later. Otherwise it is detached, and operations that need the interface are refused with a warning in
 // the log, scanSync() with a debug record. Calls that cannot be made, because there is no bus or no interface, fail
 // without a record.
 //
@@ -56,6 +57,8 @@ class DbusCommunicator final : public Communicator {
     std::optional<int> signalPollSync() override;
     std::set<std::string> eapMethodsSync() override;
     std::vector<std::unique_ptr<Communicator::ConfiguredNetwork>> getAllConfiguredNetworksSync() override;
+    void refreshBssListSync() override;
+    void refreshSync() override;
 
     // Attaches or detaches as the unit's ActiveState demands. Transitional states change nothing.
     void connectOrDisconnectFromSupplicantSync(const std::string& activeState);
@@ -68,11 +71,15 @@ class DbusCommunicator final : public Communicator {
     OnlineState& onlineState() { return onlineState_; }
 
   private:
+    void followInterfaces();
+    void onInterfaceAddedSync();
+    void onInterfaceRemovedSync(const dbus::OPath& interface);
     void attachSync();
     void detach();
     void onConnectionChanged(bool connected);
     void logAttachment() const;
 
+    bool unitRuns_ = false;     // the last reported state of the unit is "active" or "reloading"
     bool lostWithBus_ = false;  // the bus was lost while attached, and the supplicant has not ended since
     SupplicantInterface supplicant_{bus_};
     ConfiguredNetworks networks_{supplicant_};

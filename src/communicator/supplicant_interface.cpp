@@ -1,8 +1,11 @@
 #include "communicator/supplicant_interface.h"
 
 #include "communicator/bus_names.h"
+#include "dbus/message_io.h"
 #include "dbus/reply.h"
 
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace kaz::wifi {
@@ -17,7 +20,7 @@ bool SupplicantInterface::mayUse(const char* what, log::Level level) const {
     return false;
 }
 
-bool SupplicantInterface::attachSync() {
+bool SupplicantInterface::attachSync(bool sameSupplicant) {
     // First, because operations are refused while detached.
     attached_ = true;
     dbus::Reply reply = root().get("Interfaces");
@@ -27,13 +30,35 @@ bool SupplicantInterface::attachSync() {
         log::error("wpa_supplicant has no configured interfaces, can't control wifi");
         return false;
     }
-    path_ = interfaces.front();
+    const bool keepsFormer = sameSupplicant && std::any_of(interfaces.begin(), interfaces.end(),
+                                                           [this](const dbus::OPath& interface) {
+                                                               return interface.str() == former_.str();
+                                                           });
+    path_ = keepsFormer ? former_ : interfaces.front();
     return true;
 }
 
 void SupplicantInterface::detach() {
-    path_ = dbus::OPath();
+    former_ = std::exchange(path_, dbus::OPath());
     attached_ = false;
+}
+
+void SupplicantInterface::onAdded(InterfaceTask task) {
+    subscribe("InterfaceAdded", std::move(task));
+}
+
+void SupplicantInterface::onRemoved(InterfaceTask task) {
+    subscribe("InterfaceRemoved", std::move(task));
+}
+
+void SupplicantInterface::subscribe(const char* member, InterfaceTask task) {
+    bus_.subscribe(bus::supplicant::service, dbus::OPath(bus::supplicant::rootPath),
+                   bus::supplicant::rootInterface, member, dbus::Bus::Lifetime::permanent,
+                   [task = std::move(task)](dbus::MessageDecoder& decoder) {
+                       if (const auto interface = dbus::read<dbus::OPath>(decoder)) {
+                           task(*interface);
+                       }
+                   });
 }
 
 dbus::RemoteObject SupplicantInterface::root() const {

@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 
 namespace kaz::wifi {
 
@@ -24,15 +25,22 @@ class SupplicantInterface {
     // Returns attached(). While detached it also logs: "Can't <what>, wpa_supplicant isn't running."
     bool mayUse(const char* what, log::Level level = log::Level::warn) const;
 
-    // Attaches to the first interface of the supplicant. False when it has none.
-    bool attachSync();
+    // Attaches to the first interface of the supplicant. False when it has none. A supplicant lists its newest interface
+    // first, so with `sameSupplicant` the interface that was in use before comes first if it is still there.
+    bool attachSync(bool sameSupplicant);
     void detach();
 
     // The limit of each call.
     std::chrono::milliseconds callLimit() const { return bus_.callLimit(); }
 
+    // From now on runs the task whenever the supplicant has added or removed an interface.
+    using InterfaceTask = std::function<void(const dbus::OPath& interface)>;
+    void onAdded(InterfaceTask task);
+    void onRemoved(InterfaceTask task);
+
     // Empty while detached and without an interface.
     const dbus::OPath& path() const { return path_; }
+    bool hasInterface() const { return !path_.str().empty(); }
 
     dbus::RemoteObject root() const;
     dbus::RemoteObject interface() const;
@@ -43,9 +51,11 @@ class SupplicantInterface {
 
   private:
     dbus::RemoteObject object(const dbus::OPath& path, const char* interface) const;
+    void subscribe(const char* member, InterfaceTask task);
 
     dbus::Bus& bus_;
     dbus::OPath path_;
+    dbus::OPath former_;  // path_ before the last detach()
     std::atomic<bool> attached_ = false;
 };
 

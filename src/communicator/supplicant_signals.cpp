@@ -57,6 +57,18 @@ void SupplicantSignals::readSync() const {
     report(*properties);
 }
 
+void SupplicantSignals::readBssListSync() const {
+    if (!supplicant_.mayUse("read the BSS list", log::Level::debug)) {
+        return;
+    }
+    dbus::Reply reply = supplicant_.interface().get("BSSs");
+    dbus::SupplicantInterfaceProperties properties;
+    if (auto bsss = reply.read<std::vector<dbus::OPath>>()) {
+        properties.bsss = std::move(*bsss);
+        report(properties);
+    }
+}
+
 void SupplicantSignals::onSignalScanDone(dbus::MessageDecoder& decoder) const {
     handlers_.scanningDoneHandler(dbus::read<bool>(decoder).value_or(false));
     log::debug("PropertiesChanged: Scanning=false (via ScanDone)");

@@ -22,6 +22,8 @@ class SupplicantSignals {
     void subscribe() const;
     // Reads and reports the current properties.
     void readSync() const;
+    // Reads and reports the current access points.
+    void readBssListSync() const;
 
     void onSignalScanDone(dbus::MessageDecoder& decoder) const;
     void onSignalEap(dbus::MessageDecoder& decoder) const;

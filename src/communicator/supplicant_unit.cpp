@@ -34,14 +34,18 @@ bool SupplicantUnit::startStopSync(bool start) {
 }
 
 void SupplicantUnit::connectSync() {
-    const dbus::OPath unit = loadSync();
-    log::debug("Dbus path of wpa_supplicant within systemd daemon is {}", unit.str());
+    path_ = loadSync();
+    log::debug("Dbus path of wpa_supplicant within systemd daemon is {}", path_.str());
     // systemd sends signals of units only after a client has called this.
     systemd().call("Subscribe");
-    subscribe(unit);
-    const std::string state = activeStateSync(unit);
-    found_ = unit.str() != noUnit && !state.empty();
+    subscribe();
+    const std::string state = activeStateSync();
+    found_ = path_.str() != noUnit && !state.empty();
     handler_(state);
+}
+
+void SupplicantUnit::reportStateSync() {
+    handler_(activeStateSync());
 }
 
 void SupplicantUnit::onOwnerChangedSync(bool owned) {
@@ -66,18 +70,18 @@ dbus::OPath SupplicantUnit::loadSync() {
     return reply.read<dbus::OPath>().value_or(dbus::OPath(noUnit));
 }
 
-std::string SupplicantUnit::activeStateSync(const dbus::OPath& unit) {
+std::string SupplicantUnit::activeStateSync() {
     dbus::Reply reply =
-        bus_.object(bus::systemd::service, unit, bus::systemd::unitInterface).get("ActiveState");
+        bus_.object(bus::systemd::service, path_, bus::systemd::unitInterface).get("ActiveState");
     return reply.read<std::string>().value_or(std::string());
 }
 
-void SupplicantUnit::subscribe(const dbus::OPath& unit) {
-    if (std::find(subscribed_.begin(), subscribed_.end(), unit.str()) != subscribed_.end()) {
+void SupplicantUnit::subscribe() {
+    if (std::find(subscribed_.begin(), subscribed_.end(), path_.str()) != subscribed_.end()) {
         return;
     }
-    subscribed_.push_back(unit.str());
-    bus_.subscribe(bus::systemd::service, unit, bus::propertiesInterface, bus::propertiesChanged,
+    subscribed_.push_back(path_.str());
+    bus_.subscribe(bus::systemd::service, path_, bus::propertiesInterface, bus::propertiesChanged,
                    dbus::Bus::Lifetime::permanent,
                    [this](dbus::MessageDecoder& decoder) { onSignalPropertiesChanged(decoder); });
 }

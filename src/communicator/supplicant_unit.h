@@ -26,18 +26,22 @@ class SupplicantUnit {
     // Loads the unit, subscribes to its changes and reports its current state.
     void connectSync();
 
+    // Asks for the state of the unit that connectSync() found and reports it.
+    void reportStateSync();
+
     // Connects again: LoadUnit fails while systemd is absent, and a restarted systemd has lost our "Subscribe".
     void onOwnerChangedSync(bool owned);
     void onSignalPropertiesChanged(dbus::MessageDecoder& decoder);
 
   private:
     dbus::OPath loadSync();
-    std::string activeStateSync(const dbus::OPath& unit);
-    void subscribe(const dbus::OPath& unit);
+    std::string activeStateSync();
+    void subscribe();
     dbus::RemoteObject systemd() const;
 
     dbus::Bus& bus_;
     Handler handler_;
+    dbus::OPath path_;
     std::vector<std::string> subscribed_;  // permanently, also after a loss of the bus
     bool found_ = false;                   // systemd has reported the unit's path and state
 };

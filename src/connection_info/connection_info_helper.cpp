@@ -11,6 +11,8 @@ using Reason = ConnectionInfo::DisconnectReason;
 using Status = ConnectionInfo::Status;
 using SupplicantStatus = Communicator::SupplicantConnectionStatus;
 
+constexpr std::chrono::seconds longLinkSetup{10};
+
 bool isLinkUpOrComing(SupplicantStatus status) {
     return status == SupplicantStatus::Connecting || status == SupplicantStatus::Connected;
 }
@@ -114,6 +116,19 @@ std::optional<std::chrono::milliseconds> ConnectionInfoHelper::getActiveTimeout(
     }
     const auto left = AttemptTimeout - (timeProvider_->get() - attempt_->timestamp);
     return std::chrono::duration_cast<std::chrono::milliseconds>(left);
+}
+
+bool ConnectionInfoHelper::linkUpOrComing() const {
+    return isLinkUpOrComing(supplicantStatus_);
+}
+
+bool ConnectionInfoHelper::connectedToUnknownBss() const {
+    return attempt_ && supplicantStatus_ == SupplicantStatus::Connected &&
+           supplicantStatusTime_ >= attempt_->timestamp;
+}
+
+bool ConnectionInfoHelper::attemptStandsStill() const {
+    return attempt_ && attempt_->linkSetupSeen && timeProvider_->get() - attempt_->timestamp >= longLinkSetup;
 }
 
 void ConnectionInfoHelper::internalUpdate() {

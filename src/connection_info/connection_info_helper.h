@@ -75,6 +75,15 @@ class ConnectionInfoHelper {
     // The rest of the attempt's 2 s, zero or negative after they expired; nullopt while no timeout runs.
     std::optional<std::chrono::milliseconds> getActiveTimeout() const;
 
+    // Whether the supplicant is connected or sets up a link, by its last report.
+    bool linkUpOrComing() const;
+
+    // Whether the supplicant has connected during the attempt, but has not reported to which BSS.
+    bool connectedToUnknownBss() const;
+
+    // Whether the attempt has been in link set-up for 10 s or more. Its end is reported, but the report may be lost.
+    bool attemptStandsStill() const;
+
   private:
     struct AttemptInfo {
         std::string ssid;

@@ -20,6 +20,7 @@ Connecting::Connecting(Communicator& communicator, ConnectionInfoHelper& tracker
       list_(list) {}
 
 void Connecting::taskConnect(const ConnectionSettings& settings) {
+    disconnectRefused_ = false;
     log::debug("Connecting to {}", Communicator::makeSsidRedactable(settings.ssid));
     tracker_.notifyAboutConnectionAttempt(settings.ssid);
     refresh_.taskUpdateConnectionInfo();
@@ -36,6 +37,7 @@ void Connecting::taskConnect(const ConnectionSettings& settings) {
 }
 
 void Connecting::taskConnectConfigured(const std::string& ssid) {
+    disconnectRefused_ = false;
     log::debug("Connecting to configured network {}", Communicator::makeSsidRedactable(ssid));
     tracker_.notifyAboutConnectionAttempt(ssid);
     refresh_.taskUpdateConnectionInfo();
@@ -67,7 +69,35 @@ void Connecting::taskDisconnect() {
     log::info("Disconnecting");
     tracker_.notifyAboutDisconnect();
     refresh_.taskUpdateConnectionInfo();
-    communicator_.disconnectSync();
+    disconnectSync();
+}
+
+// While the supplicant searches it refuses to disconnect, goes on searching, and connects by itself. Then we ask again.
+void Connecting::disconnectSync() {
+    disconnectRefused_ = !communicator_.disconnectSync() && !tracker_.linkUpOrComing();
+}
+
+void Connecting::signalSupplicantStatus(std::optional<Communicator::SupplicantConnectionStatus> status) {
+    if (disconnectRefused_ && !stayDisconnectedPosted_ &&
+        status == Communicator::SupplicantConnectionStatus::Connecting) {
+        stayDisconnectedPosted_ = true;
+        communicator_.pushTaskAsync_([this] { taskStayDisconnected(); });
+    }
+}
+
+void Connecting::taskStayDisconnected() {
+    stayDisconnectedPosted_ = false;
+    if (disconnectRefused_) {
+        log::info("Disconnecting again, the supplicant has found a network");
+        tracker_.notifyAboutDisconnect();
+        refresh_.taskUpdateConnectionInfo();
+        disconnectSync();
+    }
+}
+
+// Another client wants a network, so an earlier request to disconnect counts no more.
+void Connecting::signalNetworkSelected() {
+    disconnectRefused_ = false;
 }
 
 void Connecting::taskForgetNetwork(const std::string& ssid) {

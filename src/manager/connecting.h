@@ -9,6 +9,7 @@
 
 #include <wifi/types.h>
 
+#include <optional>
 #include <string>
 
 namespace kaz::wifi {
@@ -25,7 +26,15 @@ class Connecting : NonCopyable {
     void taskDisconnect();
     void taskForgetNetwork(const std::string& ssid);
 
+    // The supplicant selected a network at the request of a client. It does not report its own choice so.
+    void signalNetworkSelected();
+    void signalSupplicantStatus(std::optional<Communicator::SupplicantConnectionStatus> status);
+    // The supplicant was attached or detached.
+    void supplicantChanged() { disconnectRefused_ = false; }
+
   private:
+    void taskStayDisconnected();
+    void disconnectSync();
     void taskConnectCommon(Communicator::ConfiguredNetwork& network);
 
     Communicator& communicator_;
@@ -33,6 +42,9 @@ class Connecting : NonCopyable {
     ConnectionRefresh& refresh_;
     SupplicantConfiguration& configuration_;
     NetworkList& list_;
+    // The user asked to disconnect while the supplicant was searching. It refuses that, and goes on searching.
+    bool disconnectRefused_ = false;
+    bool stayDisconnectedPosted_ = false;
 };
 
 }  // namespace kaz::wifi

@@ -23,6 +23,7 @@ ManagerImpl::ManagerImpl(std::unique_ptr<Communicator> communicator,
       refresh_(*communicator_, tracker_, configuration_, list_, published_),
       connecting_(*communicator_, tracker_, refresh_, configuration_, list_),
       reports_(tracker_, list_, published_),
+      stateRefresh_(*communicator_, tracker_),
       choice_(*communicator_, published_) {
     wireCommunicator();
     communicator_->pushTaskAsync_([this] { signalEventLoopIdle(); });
@@ -31,13 +32,20 @@ ManagerImpl::ManagerImpl(std::unique_ptr<Communicator> communicator,
 
 void ManagerImpl::wireCommunicator() {
     communicator_->wifiServiceStatusChangeHandler = [this] { signalWifiServiceStatusChange(); };
-    communicator_->scanningDoneHandler = [this](bool success) { reports_.signalScanningDone(success); };
+    communicator_->scanningDoneHandler = [this](bool success) {
+        reports_.signalScanningDone(success);
+        stateRefresh_.scanEnded();
+    };
     communicator_->networkSelectedHandler = [this](const std::optional<std::string>& ssid) {
+        connecting_.signalNetworkSelected();
         reports_.signalNetworkSelected(ssid);
     };
     communicator_->supplicantPropertiesHandler =
         [this](Communicator::SupplicantInterfaceProperties properties) {
+            const auto status = properties.status;
             reports_.signalSupplicantPropertiesChanged(std::move(properties));
+            stateRefresh_.reported();
+            connecting_.signalSupplicantStatus(status);
         };
     communicator_->setIdleTask([this] { return signalEventLoopIdle(); });
     communicator_->setTimerCompletedTask([this] { signalTimerCompleted(); });
@@ -101,8 +109,7 @@ std::optional<std::chrono::milliseconds> ManagerImpl::signalEventLoopIdle() {
     refresh_.taskUpdateConnectionInfo();
     list_.taskUpdateNetworks();
     if (stopping_) {
-        // The engine will not see how a pending attempt ends.
-        configuration_.enableOthersAgain();
+        configuration_.abandonSelection();
     }
     configuration_.taskSaveConfiguration();
     return tracker_.getActiveTimeout();
@@ -112,10 +119,12 @@ void ManagerImpl::signalTimerCompleted() {
     if (const auto signal = communicator_->signalPollSync()) {
         tracker_.setSignalStrength(*signal);
     }
+    stateRefresh_.timerCompleted();
 }
 
 void ManagerImpl::signalWifiServiceStatusChange() {
     const bool up = communicator_->isSupplicantOn();
+    connecting_.supplicantChanged();
     if (up) {
         configuration_.supplicantAttached();
         published_.publish(usableEapMethods(communicator_->eapMethodsSync()));

@@ -10,6 +10,7 @@
 #include "manager/enabled_choice.h"
 #include "manager/network_list.h"
 #include "manager/published.h"
+#include "manager/state_refresh.h"
 #include "manager/supplicant_configuration.h"
 #include "manager/supplicant_reports.h"
 
@@ -70,6 +71,7 @@ class ManagerImpl : NonCopyable {
     ConnectionRefresh refresh_;
     Connecting connecting_;
     SupplicantReports reports_;
+    StateRefresh stateRefresh_;
     EnabledChoice choice_;
     std::atomic<bool> wifiStackInitialized_ = false;
     std::atomic<bool> stopping_ = false;

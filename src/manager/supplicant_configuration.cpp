@@ -20,6 +20,13 @@ bool SupplicantConfiguration::select(Communicator::ConfiguredNetwork& network) {
 
 void SupplicantConfiguration::enableOthersAgain() {
     if (othersDisabled_) {
+        saveNeeded_ = true;
+        enableAll();
+    }
+}
+
+void SupplicantConfiguration::abandonSelection() {
+    if (othersDisabled_) {
         enableAll();
     }
 }
@@ -46,6 +53,7 @@ void SupplicantConfiguration::taskSaveConfiguration() {
 // A new supplicant has read its file. One that survived the loss of the bus still has the networks disabled.
 void SupplicantConfiguration::supplicantAttached() {
     if (enablingUnconfirmed_ && communicator_.supplicantSurvived()) {
+        saveNeeded_ = true;
         enableAll();
     } else {
         enablingUnconfirmed_ = false;
@@ -57,7 +65,6 @@ void SupplicantConfiguration::supplicantDetached() {
 }
 
 void SupplicantConfiguration::enableAll() {
-    saveNeeded_ = true;
     othersDisabled_ = false;
     const auto networks = communicator_.getAllConfiguredNetworksSync();
     bool allEnabled = !networks.empty();  // an empty list is what a failed listing gives, too

@@ -19,6 +19,10 @@ class SupplicantConfiguration : NonCopyable {
     // Ends a selection: enables all networks and requests a save. Without a selection it does nothing.
     void enableOthersAgain();
 
+    // The same for a selection whose end nobody will see. It requests no save, because the selected network may never
+    // have worked.
+    void abandonSelection();
+
     // Gives the networks of this SSID a higher priority than all others and requests a save.
     void prefer(const std::string& ssid);
 

@@ -51,6 +51,20 @@ TEST_F(Restart, ASupplicantThatIsRestartedIsUsedAgain) {
     EXPECT_TRUE(device().connects(openNetwork));
 }
 
+// As after a reset of the driver. The new interface has another path.
+TEST_F(Restart, AnInterfaceThatIsRemovedAndMadeAgainIsUsedAgain) {
+    const std::string supplicant = "fi.w1.wpa_supplicant1 /fi/w1/wpa_supplicant1 fi.w1.wpa_supplicant1 ";
+    run("busctl call " + supplicant + "RemoveInterface o $(busctl call " + supplicant +
+        "GetInterface s wlan0 | cut -d '\"' -f 2)");
+    ASSERT_TRUE(device().detaches());
+    EXPECT_TRUE(device().reaches(Status::disconnected));
+    run("busctl call " + supplicant +
+        "CreateInterface 'a{sv}' 3 Ifname s wlan0 Driver s nl80211 ConfigFile s "
+        "/etc/wpa_supplicant/device.conf");
+    ASSERT_TRUE(comesBack());
+    EXPECT_TRUE(device().connects(openNetwork));
+}
+
 TEST_F(Restart, NetworkdRestartedLeavesTheConnectionConnected) {
     run("systemctl restart systemd-networkd");
     ASSERT_TRUE(device().eventually([] {

@@ -110,6 +110,17 @@ bool FakeCommunicator::supplicantSurvived() {
     return stack_->supplicantSurvives;
 }
 
+void FakeCommunicator::refreshBssListSync() {
+    stack_->record("refreshBssListSync");
+}
+
+void FakeCommunicator::refreshSync() {
+    stack_->record("refreshSync");
+    if (onRefresh) {
+        onRefresh();
+    }
+}
+
 void FakeCommunicator::pushTaskAsync_(std::function<void()> task) {
     stack_->record("pushTaskAsync_");
     tasks_.push_back(std::move(task));

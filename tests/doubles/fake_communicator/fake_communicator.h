@@ -40,6 +40,9 @@ class FakeCommunicator : public wifi::Communicator {
     std::optional<std::chrono::milliseconds> runIdlePass();
     void expireTimer();
 
+    // What the supplicant reports when refreshSync() asks.
+    std::function<void()> onRefresh;
+
     // Called with the settings of every addNetworkSync().
     std::function<void(const wifi::ConnectionSettings&)> onAddNetwork;
 
@@ -62,6 +65,8 @@ class FakeCommunicator : public wifi::Communicator {
     std::optional<int> signalPollSync() override;
     std::set<std::string> eapMethodsSync() override;
     std::vector<std::unique_ptr<ConfiguredNetwork>> getAllConfiguredNetworksSync() override;
+    void refreshBssListSync() override;
+    void refreshSync() override;
 
   protected:
     FakeWifiStack& stack() { return *stack_; }

@@ -265,6 +265,24 @@ FaultOperation networks() {
     return made;
 }
 
+FaultOperation bssList() {
+    FaultOperation made = command("BSSs", {});
+    made.kind = Kind::get;
+    made.good = reply("v", "ao", 0);
+    made.huge = reply("v", "ao", 2, "/b/1", longestPath);
+    made.run = [](DbusCommunicator& communicator) {
+        communicator.refreshBssListSync();
+        return "read";
+    };
+    made.goodOutcome = "read, report: bssList=Cleared";
+    made.failedOutcome = "read";
+    made.hugeOutcome = "read, report: bssList=Set";
+    made.loggedWhenHuge =
+        std::vector<LogRecord>(2, failedCall(Peer::supplicant, "GetAll",
+                                             "org.freedesktop.DBus.Error.UnknownMethod: Not in the script"));
+    return made;
+}
+
 FaultOperation networkProperties() {
     FaultOperation made = get("Properties", networkPath, networkInterface);
     made.name = "NetworkProperties";
@@ -331,6 +349,7 @@ std::vector<FaultOperation> faultOperations() {
         signalPoll(),
         eapMethods(),
         networks(),
+        bssList(),
         networkProperties(),
         bssProperties(),
         setOfNetwork("Enabled",

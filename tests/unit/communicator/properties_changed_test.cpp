@@ -53,6 +53,37 @@ TEST_F(PropertiesChanged, ScanningFalseAloneReportsNoChange) {
     EXPECT_THAT(takeLog(), ElementsAre(debug("PropertiesChanged: Scanning=false (ignored)")));
 }
 
+// The supplicant reports no change when only the signal of its access points changes.
+TEST_F(PropertiesChanged, BssListIsReadAgainOnRequest) {
+    addBss(bssPath, "Home", -60);
+    supplicant.onGet(interfacePath, interfaceInterface, "BSSs", reply("v", "ao", 1, bssPath));
+    forget();
+    onLoop([&] { communicator->refreshBssListSync(); });
+    EXPECT_THAT(takeCalls(),
+                ElementsAre(getText(interfacePath, interfaceInterface, "BSSs"),
+                            getAllText(bssPath, bssInterface), "report: bssList=Set(\"Home\" -60 dBm none)"));
+    supplicant.onGet(interfacePath, interfaceInterface, "BSSs", reply("v", "ao", 0));
+    onLoop([&] { communicator->refreshBssListSync(); });
+    EXPECT_THAT(takeCalls(),
+                ElementsAre(getText(interfacePath, interfaceInterface, "BSSs"), "report: bssList=Cleared"));
+    supplicant.onGet(interfacePath, interfaceInterface, "BSSs", errorReply("org.example.Busy", "busy"));
+    onLoop([&] { communicator->refreshBssListSync(); });
+    EXPECT_THAT(takeCalls(), ElementsAre(getText(interfacePath, interfaceInterface, "BSSs")));
+}
+
+TEST_F(PropertiesChanged, StateIsReadAgainOnRequest) {
+    supplicant.onGetAll(interfacePath, interfaceInterface, reply("a{sv}", 1, "State", "s", "completed"));
+    forget();
+    onLoop([&] { communicator->refreshSync(); });
+    EXPECT_THAT(takeCalls(),
+                ElementsAre(getAllText(interfacePath, interfaceInterface), "report: status=Connected"));
+    onLoop([&] { communicator->connectOrDisconnectFromSupplicantSync("inactive"); });
+    forget();
+    onLoop([&] { communicator->refreshSync(); });
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_THAT(takeLog(), ElementsAre(debug("Can't read the state, wpa_supplicant isn't running.")));
+}
+
 TEST_F(PropertiesChanged, BssListIsReportedInOrder) {
     addBss(bssPath, "Home", -60);
     addBss("/other", "Home", -70);

@@ -44,6 +44,8 @@ const std::vector<Refusal> refusals{
      warning("Can't get bss properties, wpa_supplicant isn't running.")},
     {"signalPollSync", [](auto& c) { return !c.signalPollSync(); },
      warning("Can't poll for signal strength, wpa_supplicant isn't running.")},
+    {"refreshBssListSync", [](auto& c) { return c.refreshBssListSync(), true; },
+     debug("Can't read the BSS list, wpa_supplicant isn't running.")},
 };
 
 class Refusals : public CommunicatorTest {};

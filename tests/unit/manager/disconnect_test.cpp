@@ -1,6 +1,12 @@
 // Disconnecting, forgetting, and networks that the supplicant selects.
 #include "unit/manager/engine_fixture.h"
 
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <utility>
+#include <vector>
+
 namespace kaz::test {
 namespace {
 
@@ -45,6 +51,61 @@ TEST_F(Disconnect, DisconnectWithoutAConnectionCallsTheSupplicant) {
     runUntilIdle();
     EXPECT_EQ(takeCalls(), (Calls{posting, "disconnectSync fails"}));
     EXPECT_EQ(state(), "status=disconnected, disconnectReason=unknown");
+}
+
+// A supplicant that searches refuses, goes on searching, and connects to what it finds.
+TEST_F(Disconnect, RefusedDisconnectIsRepeatedWhenTheSupplicantFindsANetwork) {
+    startWithSupplicant();
+    stack->failing = {"disconnectSync"};
+    engine->disconnect();
+    runUntilIdle();
+    stack->failing.clear();
+    forget();
+    reportBss("Home");
+    reportStatus(SupplicantStatus::Connecting);
+    clock->advance(1ms);
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), (Calls{posting, "disconnectSync"}));
+    EXPECT_EQ(log.records().front(), info("Disconnecting again, the supplicant has found a network"));
+    EXPECT_EQ(state(), R"(status=disconnected, disconnectReason=causedByUser, disconnectssid="Home")");
+    reportStatus(SupplicantStatus::Disconnected);
+    reportStatus(SupplicantStatus::Connecting);
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), Calls{timerOn}) << "carried out once";
+}
+
+TEST_F(Disconnect, RefusedDisconnectIsNotRepeatedAfterALaterRequest) {
+    startWithSupplicant();
+    const std::vector<std::pair<const char*, std::function<void()>>> requests{
+        {"connect", [&] { connectTo("Home"); }},
+        {"another client", [&] { communicator->networkSelectedHandler("Home"); }},
+        {"a new supplicant", [&] { detachSupplicant(), attachSupplicant(); }},
+    };
+    for (const auto& [name, request] : requests) {
+        stack->failing = {"disconnectSync"};
+        engine->disconnect();
+        runUntilIdle();
+        stack->failing.clear();
+        request();
+        runUntilIdle();
+        takeCalls();
+        reportStatus(SupplicantStatus::Connecting);
+        runUntilIdle();
+        EXPECT_THAT(takeCalls(), testing::Not(testing::Contains("disconnectSync"))) << name;
+        reportStatus(SupplicantStatus::Disconnected);
+    }
+}
+
+TEST_F(Disconnect, FailedDisconnectOfALinkIsNotRepeated) {
+    startWithSupplicant();
+    becomeConnected("Home");
+    stack->failing = {"disconnectSync"};
+    engine->disconnect();
+    runUntilIdle();
+    takeCalls();
+    reportStatus(SupplicantStatus::Connecting);
+    runUntilIdle();
+    EXPECT_THAT(takeCalls(), testing::Not(testing::Contains("disconnectSync fails")));
 }
 
 TEST_F(Disconnect, DisconnectKeepsTheConfiguration) {

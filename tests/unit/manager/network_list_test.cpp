@@ -216,13 +216,18 @@ TEST_F(Scanning, RefusedScanHasNoEffect) {
     EXPECT_EQ(takeCallbacks(), Callbacks{});
 }
 
-TEST_F(Scanning, EndOfAScanIsOnlyLogged) {
+// Once per pass, however many scans end meanwhile.
+TEST_F(Scanning, EndOfAScanIsLoggedAndTheListReadAgain) {
     communicator->scanningDoneHandler(true);
     communicator->scanningDoneHandler(false);
     EXPECT_EQ(log.records(), (Records{debug("Scan done, status: true"), debug("Scan done, status: false")}));
+    EXPECT_EQ(takeCalls(), Calls{posting});
     runUntilIdle();
-    EXPECT_EQ(takeCalls(), Calls{});
+    EXPECT_EQ(takeCalls(), Calls{"refreshBssListSync"});
     EXPECT_EQ(takeCallbacks(), Callbacks{});
+    communicator->scanningDoneHandler(true);
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), (Calls{posting, "refreshBssListSync"}));
 }
 
 }  // namespace

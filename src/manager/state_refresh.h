@@ -1,0 +1,35 @@
+#pragma once
+
+#include "base/non_copyable.h"
+#include "communicator/communicator.h"
+#include "connection_info/connection_info_helper.h"
+
+namespace kaz::wifi {
+
+// Reads the supplicant's state again where its reports are not enough: how strong the access points are after a scan, and
+// what became of an attempt that stands still. Loop thread only.
+class StateRefresh : NonCopyable {
+  public:
+    StateRefresh(Communicator& communicator, ConnectionInfoHelper& tracker)
+        : communicator_(communicator), tracker_(tracker) {}
+
+    // Posts the task that reads the access points, unless one waits already.
+    void scanEnded();
+
+    // Posts the task that reads everything if the supplicant has just connected but did not say to what: when it was
+    // joining the network before the attempt began, it reported the BSS before, too.
+    void reported();
+
+    // Reads everything if an attempt has stood still for long.
+    void timerCompleted();
+
+  private:
+    void refresh();
+
+    Communicator& communicator_;
+    ConnectionInfoHelper& tracker_;
+    bool bssListPosted_ = false;
+    bool refreshing_ = false;
+};
+
+}  // namespace kaz::wifi

@@ -1,0 +1,142 @@
+// The supplicant adds and removes interfaces while its unit runs.
+#include "unit/communicator/communicator_fixture.h"
+
+#include <string>
+#include <vector>
+
+namespace kaz::wifi {
+namespace {
+
+const std::string newPath = "/fi/w1/wpa_supplicant1/Interfaces/8";
+
+class Interfaces : public CommunicatorTest {
+  protected:
+    Interfaces() { supplicant.onGetAll(newPath, interfaceInterface, reply("a{sv}", 0)); }
+
+    void listed(const std::vector<std::string>& paths) {
+        supplicant.onGet(rootPath, rootInterface, "Interfaces", [paths](sd_bus_message* call) {
+            return paths.empty()       ? reply("v", "ao", 0)(call)
+                   : paths.size() == 1 ? reply("v", "ao", 1, paths[0])(call)
+                                       : reply("v", "ao", 2, paths[0], paths[1])(call);
+        });
+    }
+    void emitAdded(const std::string& path) {
+        supplicant.emit(rootPath, rootInterface, "InterfaceAdded", values("oa{sv}", path, 0));
+    }
+    void emitRemoved(const std::string& path) {
+        supplicant.emit(rootPath, rootInterface, "InterfaceRemoved", values("o", path));
+    }
+    void changeUnitState(const std::string& activeState) {
+        onLoop([&] { communicator->connectOrDisconnectFromSupplicantSync(activeState); });
+    }
+
+    static std::vector<std::string> attachCalls(const std::string& path) {
+        return {getText(rootPath, rootInterface, "Interfaces"), getAllText(path, interfaceInterface),
+                "report: nothing", getAllText(networkdPath, networkdInterface), "status changed: on"};
+    }
+};
+
+TEST_F(Interfaces, ReplacedInterfaceIsUsedInsteadOfTheOld) {
+    startAttached();
+    listed({newPath});
+    emitRemoved(interfacePath);
+    emitAdded(newPath);
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    onLoop([] {});
+    std::vector<std::string> expected = attachCalls(newPath);
+    expected.insert(expected.begin(),
+                    {"status changed: off", getText(unitPath, unitInterface, "ActiveState")});
+    EXPECT_EQ(takeCalls(), expected);
+    supplicant.emit(newPath, interfaceInterface, "ScanDone", values("b", 1));
+    EXPECT_TRUE(calls.waitForCall("scanning done: true"));
+}
+
+TEST_F(Interfaces, InterfaceThatComesLaterIsAttached) {
+    startAttached();
+    listed({});
+    emitRemoved(interfacePath);
+    ASSERT_TRUE(log.waitForText(spdlog::level::err,
+                                "wpa_supplicant has no configured interfaces, can't control wifi"));
+    onLoop([] {});
+    forget();
+    listed({newPath});
+    emitAdded(newPath);
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    onLoop([] {});
+    EXPECT_EQ(takeCalls(), attachCalls(newPath));
+    EXPECT_TRUE(communicator->isSupplicantOn());
+}
+
+TEST_F(Interfaces, UnitWithoutInterfaceIsAttachedOnceItHasOne) {
+    listed({});
+    startAttached();
+    listed({interfacePath});
+    emitAdded(interfacePath);
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    onLoop([] {});
+    EXPECT_EQ(takeCalls(), attachCalls(interfacePath));
+}
+
+// systemd may report "active" only after the new supplicant has added its interface.
+TEST_F(Interfaces, RestartedSupplicantIsAttachedAlsoAfterOneWithoutInterface) {
+    listed({});
+    startAttached();
+    changeUnitState("deactivating");
+    changeUnitState("activating");
+    listed({newPath});
+    emitAdded(newPath);
+    emitUnitState("active");
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    onLoop([] {});
+    EXPECT_EQ(takeCalls(), attachCalls(newPath));
+}
+
+TEST_F(Interfaces, FurtherInterfacesChangeNothing) {
+    startAttached();
+    listed({newPath, interfacePath});
+    emitAdded(newPath);
+    emitRemoved(newPath);
+    settle();
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_THAT(takeLog(), IsEmpty());
+}
+
+TEST_F(Interfaces, NothingIsAttachedWhileTheUnitDoesNotRun) {
+    startDetached();
+    emitAdded(interfacePath);
+    emitUnitState("active");
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    onLoop([] {});
+    EXPECT_EQ(takeCalls(), attachCalls(interfacePath));
+}
+
+// A supplicant that ends removes its interface before systemd reports the unit as inactive.
+TEST_F(Interfaces, EndingSupplicantIsNotAskedForItsInterfaces) {
+    startAttached();
+    changeUnitState("deactivating");
+    emitRemoved(interfacePath);
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    changeUnitState("inactive");
+    EXPECT_THAT(takeCalls(), ElementsAre("status changed: off"));
+    EXPECT_THAT(log.texts(spdlog::level::err), IsEmpty());
+}
+
+// The supplicant lists its newest interface first.
+TEST_F(Interfaces, InterfaceInUseIsKeptAfterTheReturnOfTheBus) {
+    startAttached();
+    listed({newPath, interfacePath});
+    systemd.leave();
+    supplicant.leave();
+    networkd.leave();
+    bus.kill();
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    bus.restart();
+    supplicant.comeBack();
+    networkd.comeBack();
+    systemd.comeBack();
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    EXPECT_THAT(takeCalls(), testing::Contains(getAllText(interfacePath, interfaceInterface)));
+}
+
+}  // namespace
+}  // namespace kaz::wifi

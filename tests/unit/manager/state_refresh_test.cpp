@@ -1,0 +1,73 @@
+// The state that is read again when reports leave it open.
+#include "unit/manager/engine_fixture.h"
+
+#include <gmock/gmock.h>
+
+namespace kaz::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class StateRefresh : public EngineWithSupplicant {
+  protected:
+    // The supplicant is joining the network already, so it has reported the BSS before.
+    void connectWhileJoining() {
+        reportBss("Home");
+        reportStatus(SupplicantStatus::Connecting);
+        clock->advance(1ms);
+        connectTo("Home");
+        reportStatus(SupplicantStatus::Connecting);
+        runUntilIdle();
+        forget();
+    }
+};
+
+TEST_F(StateRefresh, LinkToABssReportedBeforeTheAttemptIsReadAgain) {
+    connectWhileJoining();
+    communicator->onRefresh = [&] {
+        reportBss("Home");
+        reportStatus(SupplicantStatus::Connected);
+    };
+    reportStatus(SupplicantStatus::Connected);
+    EXPECT_EQ(takeCalls(), Calls{posting});
+    runUntilIdle();
+    EXPECT_THAT(state(), testing::StartsWith(R"(status=connectingIP, ssid="Home")"));
+    EXPECT_EQ(takeCalls().front(), "refreshSync");
+}
+
+TEST_F(StateRefresh, ReadingThatTellsNothingIsNotRepeatedAtOnce) {
+    connectWhileJoining();
+    communicator->onRefresh = [&] { reportStatus(SupplicantStatus::Connected); };
+    reportStatus(SupplicantStatus::Connected);
+    runUntilIdle();
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), (Calls{posting, "refreshSync"}));
+}
+
+TEST_F(StateRefresh, AttemptThatStandsStillIsReadAgainAtTheSignalPoll) {
+    connectWhileJoining();
+    clock->advance(9999ms);
+    communicator->expireTimer();
+    EXPECT_EQ(takeCalls(), Calls{"signalPollSync"});
+    clock->advance(1ms);
+    communicator->onRefresh = [&] { reportStatus(SupplicantStatus::Disconnected); };
+    communicator->expireTimer();
+    EXPECT_EQ(takeCalls(), (Calls{"signalPollSync", "refreshSync"}));
+    runUntilIdle();
+    EXPECT_THAT(state(), testing::StartsWith("status=disconnected"));
+}
+
+TEST_F(StateRefresh, OrdinaryAttemptIsNotReadAgain) {
+    connectTo("Home");
+    takeCalls();
+    reportStatus(SupplicantStatus::Connecting);
+    reportBss("Home");
+    reportStatus(SupplicantStatus::Connected);
+    runUntilIdle();
+    clock->advance(1min);
+    communicator->expireTimer();
+    EXPECT_THAT(takeCalls(), testing::Not(testing::Contains("refreshSync")));
+}
+
+}  // namespace
+}  // namespace kaz::test
