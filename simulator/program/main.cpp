@@ -112,10 +112,10 @@ int main(int argc, char** argv) {
     app.add_option("--config-file", arguments.configFile, "the supplicant's configuration file");
     app.add_flag("--real-supplicant", arguments.realSupplicant,
                  "run the wpa_supplicant daemon on a separate wired network instead of simulating it");
-    app.add_option("--exec", arguments.command, "run this command with all arguments that follow, and exit when it ends")
+    app.add_option("--exec", arguments.command,
+                   "run this command with all arguments that follow, and exit when it ends")
         ->expected(1, -1);
-    app.footer(
-        "Without --exec, prints the address of the bus and runs until SIGTERM or SIGINT.");
+    app.footer("Without --exec, prints the address of the bus and runs until SIGTERM or SIGINT.");
     // Everything after --exec belongs to the command, even if it looks like one of our options.
     char** const end = argv + argc;
     char** const exec = std::find(argv, end, std::string_view("--exec"));
