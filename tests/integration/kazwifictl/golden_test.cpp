@@ -111,14 +111,21 @@ TEST_P(Golden, OutputIsAsItWas) {
                                              : everythingOf(run(inForm(form, each.arguments), each.input)));
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryCommand, Golden,
-                         testing::Combine(testing::ValuesIn(cases()), testing::ValuesIn(forms)),
-                         [](const auto& which) {
-                             std::string name =
-                                 std::get<0>(which.param).name + "_" + std::get<1>(which.param);
-                             std::replace(name.begin(), name.end(), '-', '_');
-                             return name;
-                         });
+std::string nameOfCase(const testing::TestParamInfo<Golden::ParamType>& which) {
+    std::string name = std::get<0>(which.param).name;
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+}
+
+auto allInForm(const char* form) {
+    return testing::Combine(testing::ValuesIn(cases()), testing::Values(std::string(form)));
+}
+
+// One suite per form, because ctest runs the tests of a suite one after another.
+INSTANTIATE_TEST_SUITE_P(Plain, Golden, allInForm("plain"), nameOfCase);
+INSTANTIATE_TEST_SUITE_P(Colour, Golden, allInForm("colour"), nameOfCase);
+INSTANTIATE_TEST_SUITE_P(Narrow, Golden, allInForm("narrow"), nameOfCase);
+INSTANTIATE_TEST_SUITE_P(Json, Golden, allInForm("json"), nameOfCase);
 
 class GoldenMonitor : public CommandFixture, public testing::WithParamInterface<std::string> {
   protected:

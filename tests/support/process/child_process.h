@@ -37,6 +37,13 @@ class ChildProcess : NonCopyable {
         }
     }
 
+    // Whether it has ended, by itself or by a signal.
+    bool ended() const {
+        siginfo_t info{};
+        return ::waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+               info.si_pid != 0;
+    }
+
     void sendKill() const { ::kill(pid_, SIGKILL); }
 
     // The exit status, or the negated number of the signal that killed it.

@@ -104,7 +104,7 @@ class ConfigKilledWriters : private FoldersInMemory, public ConfigFixture {
         ASSERT_NO_FATAL_FAILURE(waitForProgress(writer));
         std::this_thread::sleep_for(moment);
         writers_[writer]->sendKill();
-        ASSERT_EQ(writers_[writer]->wait(), -SIGKILL) << "a writer ended by itself: an update failed";
+        ASSERT_EQ(writers_[writer]->wait(), -SIGKILL) << "the writer ended by itself: an update failed";
         settle(writer);
     }
 
@@ -124,8 +124,9 @@ class ConfigKilledWriters : private FoldersInMemory, public ConfigFixture {
     void waitForProgress(std::size_t writer) {
         ASSERT_TRUE(eventually([&] {
             checkWhileWritersRun();
-            return HasFatalFailure() || board_->at(writer).done > seen_[writer];
+            return HasFatalFailure() || writers_[writer]->ended() || board_->at(writer).done > seen_[writer];
         }));
+        ASSERT_GT(board_->at(writer).done, seen_[writer]) << "the writer ended by itself: an update failed";
         seen_[writer] = board_->at(writer).done;
     }
 
