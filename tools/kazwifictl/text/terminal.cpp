@@ -23,7 +23,8 @@ bool colourWanted(bool interactive, ColourChoice choice) {
     if (choice != ColourChoice::automatic) {
         return choice == ColourChoice::always;
     }
-    const bool capable = isSet("TERM") && std::strcmp(::getenv("TERM"), "dumb") != 0;
+    const char* term = ::getenv("TERM");
+    const bool capable = term != nullptr && *term != '\0' && std::strcmp(term, "dumb") != 0;
     return interactive && capable && !isSet("NO_COLOR");
 }
 
