@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
-
 #include "base/journal.h"
+
+#include <string>
 
 namespace kaz::sim {
 

@@ -1,11 +1,11 @@
 #include "simulator/bus/connection.h"
 
-#include <cstring>
-#include <utility>
-
 #include "simulator/bus/message_json.h"
 #include "simulator/bus/spoilt_reply.h"
 #include "simulator/bus/vtable.h"
+
+#include <cstring>
+#include <utility>
 
 namespace kaz::sim {
 namespace {

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <functional>
-#include <map>
-#include <string>
-
 #include "base/non_copyable.h"
 #include "simulator/bus/faults.h"
 #include "simulator/bus/scheduler.h"
+
+#include <functional>
+#include <map>
+#include <string>
 
 namespace kaz::sim {
 

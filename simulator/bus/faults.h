@@ -1,12 +1,12 @@
 #pragma once
 
+#include "simulator/bus/call_log.h"
+
 #include <chrono>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include "simulator/bus/call_log.h"
 
 namespace kaz::sim {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <string>
-
 #include "base/checked.h"
 #include "base/sd_bus/handles.h"
+
+#include <string>
 
 namespace kaz::sim {
 

@@ -1,8 +1,8 @@
 #include "simulator/bus/message_json.h"
 
-#include <nlohmann/json.hpp>
-
 #include "base/sd_bus/basic_value.h"
+
+#include <nlohmann/json.hpp>
 
 namespace kaz::sim {
 namespace {

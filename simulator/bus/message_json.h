@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
-
 #include "simulator/bus/handles.h"
+
+#include <string>
 
 namespace kaz::sim {
 

@@ -1,9 +1,9 @@
 #include "simulator/bus/property_signals.h"
 
+#include "simulator/bus/values.h"
+
 #include <algorithm>
 #include <utility>
-
-#include "simulator/bus/values.h"
 
 namespace kaz::sim {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "simulator/bus/scheduler.h"
+
 #include <set>
 #include <string>
 #include <vector>
-
-#include "simulator/bus/scheduler.h"
 
 namespace kaz::sim {
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "simulator/bus/handles.h"
+
 #include <chrono>
 #include <functional>
 #include <memory>
 #include <utility>
-
-#include "simulator/bus/handles.h"
 
 namespace kaz::sim {
 

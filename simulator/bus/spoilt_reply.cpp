@@ -1,9 +1,9 @@
 #include "simulator/bus/spoilt_reply.h"
 
+#include "simulator/bus/vtable.h"
+
 #include <set>
 #include <string_view>
-
-#include "simulator/bus/vtable.h"
 
 namespace kaz::sim {
 namespace {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/sd_bus/basic_value.h"
+
 #include <array>
 #include <cstdint>
 #include <string>
@@ -7,8 +9,6 @@
 #include <utility>
 #include <variant>
 #include <vector>
-
-#include "base/sd_bus/basic_value.h"
 
 namespace kaz::sim {
 

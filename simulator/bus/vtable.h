@@ -1,14 +1,14 @@
 #pragma once
 
+#include "simulator/bus/handles.h"
+#include "simulator/bus/values.h"
+
 #include <exception>
 #include <stdexcept>
 #include <string>
 #include <tuple>
 #include <type_traits>
 #include <utility>
-
-#include "simulator/bus/handles.h"
-#include "simulator/bus/values.h"
 
 namespace kaz::sim {
 

@@ -1,10 +1,10 @@
 #include "simulator/device/confined_process.h"
 
+#include "base/program.h"
+
 #include <signal.h>
 #include <stdlib.h>
 #include <unistd.h>
-
-#include "base/program.h"
 
 namespace kaz::sim {
 namespace {

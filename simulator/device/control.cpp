@@ -1,12 +1,12 @@
 #include "simulator/device/control.h"
 
-#include <cstdint>
-#include <string>
-
 #include "simulator/bus/vtable.h"
 #include "simulator/device/control_json.h"
 #include "simulator/device/device.h"
 #include "simulator/world/neighbourhood_json.h"
+
+#include <cstdint>
+#include <string>
 
 namespace kaz::sim {
 namespace {

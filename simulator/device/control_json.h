@@ -1,11 +1,11 @@
 #pragma once
 
+#include "simulator/bus/call_log.h"
+#include "simulator/bus/faults.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "simulator/bus/call_log.h"
-#include "simulator/bus/faults.h"
 
 namespace kaz::sim {
 

@@ -1,9 +1,5 @@
 #pragma once
 
-#include <functional>
-#include <memory>
-#include <string>
-
 #include "base/non_copyable.h"
 #include "simulator/bus/connection.h"
 #include "simulator/device/control.h"
@@ -12,6 +8,10 @@
 #include "simulator/device/real_service.h"
 #include "simulator/device/simulated_service.h"
 #include "simulator/device/systemd.h"
+
+#include <functional>
+#include <memory>
+#include <string>
 
 namespace kaz::sim {
 

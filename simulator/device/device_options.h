@@ -1,9 +1,9 @@
 #pragma once
 
+#include "simulator/world/neighbourhood.h"
+
 #include <filesystem>
 #include <string>
-
-#include "simulator/world/neighbourhood.h"
 
 namespace kaz::sim {
 

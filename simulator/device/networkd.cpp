@@ -1,8 +1,8 @@
 #include "simulator/device/networkd.h"
 
-#include <utility>
-
 #include "simulator/bus/vtable.h"
+
+#include <utility>
 
 namespace kaz::sim {
 namespace {

@@ -1,14 +1,14 @@
 #include "simulator/device/real_service.h"
 
+#include "simulator/bus/vtable.h"
+#include "simulator/device/confined_process.h"
+
 #include <signal.h>
 #include <sys/wait.h>
 
 #include <fstream>
 #include <string_view>
 #include <utility>
-
-#include "simulator/bus/vtable.h"
-#include "simulator/device/confined_process.h"
 
 namespace kaz::sim {
 namespace {

@@ -1,16 +1,16 @@
 #pragma once
 
+#include "base/non_copyable.h"
+#include "base/temporary_folder.h"
+#include "simulator/bus/connection.h"
+#include "simulator/device/service_process.h"
+
 #include <sys/types.h>
 
 #include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
-
-#include "base/non_copyable.h"
-#include "base/temporary_folder.h"
-#include "simulator/bus/connection.h"
-#include "simulator/device/service_process.h"
 
 namespace kaz::sim {
 

@@ -1,10 +1,10 @@
 #include "simulator/device/simulated_device.h"
 
+#include "base/signals_blocked.h"
+
 #include <sys/epoll.h>
 
 #include <utility>
-
-#include "base/signals_blocked.h"
 
 namespace kaz::sim {
 

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "base/event_fd.h"
+#include "base/non_copyable.h"
+#include "simulator/device/device.h"
+
 #include <chrono>
 #include <cstdint>
 #include <deque>
@@ -10,10 +14,6 @@
 #include <thread>
 #include <type_traits>
 #include <vector>
-
-#include "base/event_fd.h"
-#include "base/non_copyable.h"
-#include "simulator/device/device.h"
 
 namespace kaz::sim {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <memory>
-
 #include "simulator/bus/connection.h"
 #include "simulator/device/service_process.h"
 #include "simulator/supplicant/supplicant.h"
+
+#include <memory>
 
 namespace kaz::sim {
 

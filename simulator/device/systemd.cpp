@@ -1,8 +1,8 @@
 #include "simulator/device/systemd.h"
 
-#include <string_view>
-
 #include "simulator/bus/vtable.h"
+
+#include <string_view>
 
 namespace kaz::sim {
 namespace {

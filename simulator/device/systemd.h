@@ -1,11 +1,11 @@
 #pragma once
 
-#include <set>
-#include <string>
-
 #include "simulator/bus/connection.h"
 #include "simulator/bus/property_signals.h"
 #include "simulator/device/unit.h"
+
+#include <set>
+#include <string>
 
 namespace kaz::sim {
 

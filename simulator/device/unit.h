@@ -1,11 +1,11 @@
 #pragma once
 
-#include <functional>
-#include <string>
-
 #include "simulator/bus/scheduler.h"
 #include "simulator/device/service_process.h"
 #include "simulator/world/times.h"
+
+#include <functional>
+#include <string>
 
 namespace kaz::sim {
 

@@ -1,5 +1,9 @@
 #include "simulator/private_bus/private_bus.h"
 
+#include "base/file_descriptor.h"
+#include "base/pipe.h"
+#include "base/program.h"
+
 #include <fcntl.h>
 #include <signal.h>
 #include <stdlib.h>
@@ -10,10 +14,6 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
-
-#include "base/file_descriptor.h"
-#include "base/pipe.h"
-#include "base/program.h"
 
 namespace kaz::sim {
 namespace {

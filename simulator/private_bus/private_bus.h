@@ -1,11 +1,11 @@
 #pragma once
 
+#include "base/non_copyable.h"
+#include "base/temporary_folder.h"
+
 #include <sys/types.h>
 
 #include <string>
-
-#include "base/non_copyable.h"
-#include "base/temporary_folder.h"
 
 namespace kaz::sim {
 

@@ -1,3 +1,9 @@
+#include "base/program.h"
+#include "base/temporary_folder.h"
+#include "simulator/device/simulated_device.h"
+#include "simulator/private_bus/private_bus.h"
+#include "simulator/world/neighbourhood_json.h"
+
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/wait.h>
@@ -8,12 +14,6 @@
 #include <iostream>
 #include <optional>
 #include <string_view>
-
-#include "base/program.h"
-#include "base/temporary_folder.h"
-#include "simulator/device/simulated_device.h"
-#include "simulator/private_bus/private_bus.h"
-#include "simulator/world/neighbourhood_json.h"
 
 namespace kaz::sim {
 namespace {

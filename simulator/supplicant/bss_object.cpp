@@ -1,10 +1,10 @@
 #include "simulator/supplicant/bss_object.h"
 
+#include "simulator/bus/vtable.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "simulator/bus/vtable.h"
 
 namespace kaz::sim {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <string>
-
 #include "simulator/bus/connection.h"
 #include "simulator/bus/property_signals.h"
 #include "simulator/supplicant/bss_table.h"
+
+#include <string>
 
 namespace kaz::sim {
 

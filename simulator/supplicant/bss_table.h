@@ -1,13 +1,13 @@
 #pragma once
 
+#include "simulator/world/neighbourhood.h"
+
 #include <chrono>
 #include <functional>
 #include <memory>
 #include <set>
 #include <string>
 #include <vector>
-
-#include "simulator/world/neighbourhood.h"
 
 namespace kaz::sim {
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "simulator/supplicant/network_config.h"
+
 #include <filesystem>
 #include <string>
 #include <vector>
-
-#include "simulator/supplicant/network_config.h"
 
 namespace kaz::sim {
 

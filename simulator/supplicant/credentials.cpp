@@ -1,8 +1,8 @@
 #include "simulator/supplicant/credentials.h"
 
-#include <algorithm>
-
 #include "base/hex.h"
+
+#include <algorithm>
 
 namespace kaz::sim {
 namespace {

@@ -1,11 +1,11 @@
+#include "simulator/bus/vtable.h"
+#include "simulator/supplicant/interface_object.h"
+
 #include <cstdint>
 #include <optional>
 #include <set>
 #include <stdexcept>
 #include <string_view>
-
-#include "simulator/bus/vtable.h"
-#include "simulator/supplicant/interface_object.h"
 
 namespace kaz::sim {
 namespace {

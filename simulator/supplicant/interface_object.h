@@ -1,15 +1,15 @@
 #pragma once
 
-#include <filesystem>
-#include <map>
-#include <memory>
-#include <string>
-
 #include "simulator/bus/values.h"
 #include "simulator/supplicant/bss_object.h"
 #include "simulator/supplicant/config_file.h"
 #include "simulator/supplicant/network_object.h"
 #include "simulator/supplicant/station.h"
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
 
 namespace kaz::sim {
 

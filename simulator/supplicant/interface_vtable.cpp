@@ -1,9 +1,9 @@
-#include <cstdint>
-#include <string>
-
 #include "simulator/bus/vtable.h"
 #include "simulator/supplicant/interface_object.h"
 #include "simulator/supplicant/settings_message.h"
+
+#include <cstdint>
+#include <string>
 
 namespace kaz::sim {
 namespace {

@@ -1,12 +1,12 @@
 #include "simulator/supplicant/network_config.h"
 
+#include "base/hex.h"
+#include "simulator/supplicant/network_fields.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <sstream>
-
-#include "base/hex.h"
-#include "simulator/supplicant/network_fields.h"
 
 namespace kaz::sim {
 namespace {

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "simulator/world/setting.h"
+
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include "simulator/world/setting.h"
 
 namespace kaz::sim {
 

@@ -1,9 +1,9 @@
 #include "simulator/supplicant/network_object.h"
 
-#include <utility>
-
 #include "simulator/bus/vtable.h"
 #include "simulator/supplicant/settings_message.h"
+
+#include <utility>
 
 namespace kaz::sim {
 namespace {

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <functional>
-#include <string>
-
 #include "simulator/bus/connection.h"
 #include "simulator/bus/property_signals.h"
 #include "simulator/supplicant/network_list.h"
+
+#include <functional>
+#include <string>
 
 namespace kaz::sim {
 

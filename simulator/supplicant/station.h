@@ -1,16 +1,16 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <optional>
-#include <set>
-#include <string>
-
 #include "simulator/bus/scheduler.h"
 #include "simulator/supplicant/bss_table.h"
 #include "simulator/supplicant/network_list.h"
 #include "simulator/supplicant/state.h"
 #include "simulator/world/neighbourhood.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
 
 namespace kaz::sim {
 

@@ -1,9 +1,9 @@
+#include "simulator/supplicant/credentials.h"
+#include "simulator/supplicant/station.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
-
-#include "simulator/supplicant/credentials.h"
-#include "simulator/supplicant/station.h"
 
 namespace kaz::sim {
 namespace {

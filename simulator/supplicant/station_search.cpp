@@ -1,8 +1,8 @@
-#include <algorithm>
-#include <utility>
-
 #include "simulator/supplicant/credentials.h"
 #include "simulator/supplicant/station.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace kaz::sim {
 

@@ -1,9 +1,9 @@
 #include "simulator/supplicant/supplicant.h"
 
+#include "simulator/bus/vtable.h"
+
 #include <string>
 #include <utility>
-
-#include "simulator/bus/vtable.h"
 
 namespace kaz::sim {
 namespace {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <functional>
-
 #include "simulator/supplicant/interface_object.h"
+
+#include <functional>
 
 namespace kaz::sim {
 

@@ -1,10 +1,10 @@
 #include "simulator/world/access_point.h"
 
+#include "base/hex.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
-
-#include "base/hex.h"
 
 namespace kaz::sim {
 namespace {

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "simulator/world/access_point.h"
 #include "simulator/world/setting.h"
 #include "simulator/world/times.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace kaz::sim {
 

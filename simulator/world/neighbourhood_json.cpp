@@ -1,5 +1,7 @@
 #include "simulator/world/neighbourhood_json.h"
 
+#include "base/hex.h"
+
 #include <cstdint>
 #include <fstream>
 #include <functional>
@@ -7,8 +9,6 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
-
-#include "base/hex.h"
 
 namespace kaz::sim {
 namespace {

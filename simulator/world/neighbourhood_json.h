@@ -1,10 +1,10 @@
 #pragma once
 
+#include "simulator/world/neighbourhood.h"
+
 #include <filesystem>
 #include <string>
 #include <string_view>
-
-#include "simulator/world/neighbourhood.h"
 
 namespace kaz::sim {
 

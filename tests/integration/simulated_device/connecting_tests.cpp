@@ -1,6 +1,6 @@
-#include <chrono>
-
 #include "support/device_fixture/device_fixture.h"
+
+#include <chrono>
 
 namespace kaz::test {
 namespace {

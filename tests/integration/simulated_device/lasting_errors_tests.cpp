@@ -1,10 +1,10 @@
 // Errors that last because the library does not repeat the call: each row of the second table of docs/security.md, with
 // each trigger.
-#include <algorithm>
-#include <ostream>
-
 #include "support/device_fixture/device_fixture.h"
 #include "support/waiting/waiting.h"
+
+#include <algorithm>
+#include <ostream>
 
 namespace kaz::test {
 namespace {

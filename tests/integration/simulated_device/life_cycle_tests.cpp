@@ -1,8 +1,8 @@
-#include <algorithm>
-#include <chrono>
-
 #include "support/device_fixture/device_fixture.h"
 #include "support/waiting/waiting.h"
+
+#include <algorithm>
+#include <chrono>
 
 namespace kaz::test {
 namespace {

@@ -1,6 +1,6 @@
-#include <algorithm>
-
 #include "support/device_fixture/device_fixture.h"
+
+#include <algorithm>
 
 namespace kaz::test {
 namespace {

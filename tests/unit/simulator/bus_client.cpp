@@ -1,9 +1,9 @@
 #include "unit/simulator/bus_client.h"
 
+#include "simulator/bus/message_json.h"
+
 #include <algorithm>
 #include <cstdint>
-
-#include "simulator/bus/message_json.h"
 
 namespace kaz::sim::test {
 namespace {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "simulator/bus/handles.h"
+#include "support/waiting/waiting.h"
+
 #include <chrono>
 #include <functional>
 #include <nlohmann/json.hpp>
@@ -7,9 +10,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "simulator/bus/handles.h"
-#include "support/waiting/waiting.h"
 
 namespace kaz::sim::test {
 

@@ -1,13 +1,13 @@
 #include "simulator/supplicant/config_file.h"
 
+#include "base/temporary_folder.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <fstream>
 #include <iterator>
-
-#include "base/temporary_folder.h"
 
 namespace kaz::sim::test {
 namespace {

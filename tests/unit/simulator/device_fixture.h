@@ -1,16 +1,16 @@
 #pragma once
 
+#include "simulator/device/simulated_device.h"
+#include "simulator/private_bus/private_bus.h"
+#include "simulator/world/neighbourhood.h"
+#include "unit/simulator/bus_client.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <optional>
 #include <string>
-
-#include "simulator/device/simulated_device.h"
-#include "simulator/private_bus/private_bus.h"
-#include "simulator/world/neighbourhood.h"
-#include "unit/simulator/bus_client.h"
 
 namespace kaz::sim::test {
 

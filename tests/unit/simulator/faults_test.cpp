@@ -1,9 +1,9 @@
 #include "simulator/bus/faults.h"
 
+#include "unit/simulator/device_fixture.h"
+
 #include <chrono>
 #include <cstdint>
-
-#include "unit/simulator/device_fixture.h"
 
 namespace kaz::sim::test {
 namespace {

@@ -1,9 +1,9 @@
+#include "support/process/running_program.h"
+#include "unit/simulator/device_fixture.h"
+
 #include <signal.h>
 
 #include <filesystem>
-
-#include "support/process/running_program.h"
-#include "unit/simulator/device_fixture.h"
 
 namespace kaz::sim::test {
 namespace {

@@ -1,12 +1,12 @@
+#include "support/real_supplicant/real_supplicant.h"
+#include "unit/simulator/device_fixture.h"
+
 #include <signal.h>
 #include <stdlib.h>
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-
-#include "support/real_supplicant/real_supplicant.h"
-#include "unit/simulator/device_fixture.h"
 
 namespace kaz::sim::test {
 namespace {

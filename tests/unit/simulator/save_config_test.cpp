@@ -1,9 +1,9 @@
+#include "base/temporary_folder.h"
+#include "unit/simulator/device_fixture.h"
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-
-#include "base/temporary_folder.h"
-#include "unit/simulator/device_fixture.h"
 
 namespace kaz::sim::test {
 namespace {

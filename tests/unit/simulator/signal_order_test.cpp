@@ -1,6 +1,6 @@
-#include <algorithm>
-
 #include "unit/simulator/device_fixture.h"
+
+#include <algorithm>
 
 namespace kaz::sim::test {
 namespace {
