@@ -17,6 +17,7 @@
 #include "simulator/private_bus/private_bus.h"
 #include "support/files/files.h"
 #include "support/real_supplicant/real_supplicant.h"
+#include "support/waiting/waiting.h"
 #include "support/wifi_user/wifi_user.h"
 
 namespace kaz::test {
@@ -135,7 +136,7 @@ TEST_F(RealSupplicant, ASavedNetworkConnectsAfterTheUnitWasStoppedAndStarted) {
     ASSERT_NO_FATAL_FAILURE(doAndWaitForSave([&] { manager().disconnect(); }));
     manager().setEnabled(false);
     ASSERT_TRUE(user().waitForStack(false));
-    EXPECT_EQ(device().unitState(), "inactive");
+    EXPECT_TRUE(eventually([&] { return device().unitState() == "inactive"; })) << device().unitState();
 
     manager().setEnabled(true);
     ASSERT_TRUE(user().waitForStack(true));

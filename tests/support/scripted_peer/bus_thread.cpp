@@ -39,8 +39,8 @@ void BusThread::run(const Job& job) {
 
 void BusThread::serve() {
     for (;;) {
-        processMessages();
         runJobs();
+        processMessages();  // after the jobs, because a call of a job may also have read messages that follow its reply
         {
             const std::lock_guard lock(mutex_);
             if (ending_) {
