@@ -121,7 +121,7 @@ class [[gnu::visibility("default")]] Manager {
     void connectConfigured(const std::string& ssid);
 
     /// Ends the connection or the attempt, and the supplicant's own search: it does not connect until the next
-    /// request. The network stays configured.
+    /// request, unless another program asks for it or the supplicant is started again. The network stays configured.
     void disconnect();
 
     /// Removes every configuration of this SSID and ends its connection if it is in use. Ignores an empty

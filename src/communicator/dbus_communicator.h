@@ -25,9 +25,9 @@ namespace kaz::wifi {
 //
 // While the unit runs, the communicator is attached to the supplicant's first interface and turns its signals into
 // calls of the handlers. It stays attached to that interface when the supplicant adds others. When the supplicant
-// removes it, the communicator detaches and attaches to the next one, also to one that is added later. Otherwise it is detached, and operations that need the interface are refused with a warning in
-// the log, scanSync() with a debug record. Calls that cannot be made, because there is no bus or no interface, fail
-// without a record.
+// removes it, the communicator detaches and attaches to the next one, also to one that is added later. Otherwise it is
+// detached, and operations that need the interface are refused with a warning in the log, scanSync() with a debug
+// record. Calls that cannot be made, because there is no bus or no interface, fail without a record.
 //
 // Construction posts the task that finds the unit. The loss of the bus detaches. After a restart of the bus or of
 // systemd the unit is looked up again.

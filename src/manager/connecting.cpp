@@ -78,15 +78,13 @@ void Connecting::disconnectSync() {
 }
 
 void Connecting::signalSupplicantStatus(std::optional<Communicator::SupplicantConnectionStatus> status) {
-    if (disconnectRefused_ && !stayDisconnectedPosted_ &&
-        status == Communicator::SupplicantConnectionStatus::Connecting) {
-        stayDisconnectedPosted_ = true;
-        communicator_.pushTaskAsync_([this] { taskStayDisconnected(); });
+    // The supplicant may report several steps at once, so "Connecting" may be left out.
+    if (disconnectRefused_ && status >= Communicator::SupplicantConnectionStatus::Connecting) {
+        stayDisconnected_.post([this] { taskStayDisconnected(); });
     }
 }
 
 void Connecting::taskStayDisconnected() {
-    stayDisconnectedPosted_ = false;
     if (disconnectRefused_) {
         log::info("Disconnecting again, the supplicant has found a network");
         tracker_.notifyAboutDisconnect();

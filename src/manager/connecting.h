@@ -5,6 +5,7 @@
 #include "connection_info/connection_info_helper.h"
 #include "manager/connection_refresh.h"
 #include "manager/network_list.h"
+#include "manager/single_task.h"
 #include "manager/supplicant_configuration.h"
 
 #include <wifi/types.h>
@@ -44,7 +45,7 @@ class Connecting : NonCopyable {
     NetworkList& list_;
     // The user asked to disconnect while the supplicant was searching. It refuses that, and goes on searching.
     bool disconnectRefused_ = false;
-    bool stayDisconnectedPosted_ = false;
+    SingleTask stayDisconnected_{communicator_};
 };
 
 }  // namespace kaz::wifi

@@ -3,35 +3,29 @@
 namespace kaz::wifi {
 
 void StateRefresh::scanEnded() {
-    if (bssListPosted_) {
-        return;
-    }
-    bssListPosted_ = true;
-    communicator_.pushTaskAsync_([this] {
-        bssListPosted_ = false;
-        communicator_.refreshBssListSync();
-    });
+    bssList_.post([this] { communicator_.refreshBssListSync(); });
 }
 
 void StateRefresh::reported() {
-    // Not for the report of refreshSync() itself, which would repeat it for ever.
-    if (refreshing_ || !tracker_.connectedToUnknownBss()) {
-        return;
+    // Does nothing for the report of refreshSync() itself, which would repeat it for ever.
+    if (tracker_.connectedToUnknownBss()) {
+        post();
     }
-    refreshing_ = true;
-    communicator_.pushTaskAsync_([this] { refresh(); });
 }
 
 void StateRefresh::timerCompleted() {
-    if (!refreshing_ && tracker_.attemptStandsStill()) {
-        refreshing_ = true;
-        refresh();
+    if (tracker_.attemptStandsStill()) {
+        post();
     }
 }
 
-void StateRefresh::refresh() {
-    communicator_.refreshSync();
-    refreshing_ = false;
+void StateRefresh::post() {
+    state_.post([this] {
+        // The attempt may have ended meanwhile. Then the report of its network would count as a new attempt.
+        if (tracker_.connectedToUnknownBss() || tracker_.attemptStandsStill()) {
+            communicator_.refreshSync();
+        }
+    });
 }
 
 }  // namespace kaz::wifi

@@ -3,6 +3,7 @@
 #include "base/non_copyable.h"
 #include "communicator/communicator.h"
 #include "connection_info/connection_info_helper.h"
+#include "manager/single_task.h"
 
 namespace kaz::wifi {
 
@@ -11,7 +12,7 @@ namespace kaz::wifi {
 class StateRefresh : NonCopyable {
   public:
     StateRefresh(Communicator& communicator, ConnectionInfoHelper& tracker)
-        : communicator_(communicator), tracker_(tracker) {}
+        : communicator_(communicator), tracker_(tracker), bssList_(communicator), state_(communicator) {}
 
     // Posts the task that reads the access points, unless one waits already.
     void scanEnded();
@@ -20,16 +21,16 @@ class StateRefresh : NonCopyable {
     // joining the network before the attempt began, it reported the BSS before, too.
     void reported();
 
-    // Reads everything if an attempt has stood still for long.
+    // Posts the task that reads everything if an attempt has stood still for long.
     void timerCompleted();
 
   private:
-    void refresh();
+    void post();
 
     Communicator& communicator_;
     ConnectionInfoHelper& tracker_;
-    bool bssListPosted_ = false;
-    bool refreshing_ = false;
+    SingleTask bssList_;
+    SingleTask state_;
 };
 
 }  // namespace kaz::wifi

@@ -74,6 +74,20 @@ TEST_F(Disconnect, RefusedDisconnectIsRepeatedWhenTheSupplicantFindsANetwork) {
     EXPECT_EQ(takeCalls(), Calls{timerOn}) << "carried out once";
 }
 
+TEST_F(Disconnect, RefusedDisconnectIsRepeatedWhenOnlyTheEndOfLinkSetupIsReported) {
+    startWithSupplicant();
+    stack->failing = {"disconnectSync"};
+    engine->disconnect();
+    runUntilIdle();
+    stack->failing.clear();
+    takeCalls();
+    reportBss("Home");
+    reportStatus(SupplicantStatus::Connected);
+    clock->advance(1ms);
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), (Calls{posting, "disconnectSync"}));
+}
+
 TEST_F(Disconnect, RefusedDisconnectIsNotRepeatedAfterALaterRequest) {
     startWithSupplicant();
     const std::vector<std::pair<const char*, std::function<void()>>> requests{

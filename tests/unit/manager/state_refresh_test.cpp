@@ -35,6 +35,30 @@ TEST_F(StateRefresh, LinkToABssReportedBeforeTheAttemptIsReadAgain) {
     EXPECT_EQ(takeCalls().front(), "refreshSync");
 }
 
+// Otherwise the report of its network would start another attempt.
+TEST_F(StateRefresh, AttemptThatHasEndedMeanwhileIsNotReadAgain) {
+    connectWhileJoining();
+    reportStatus(SupplicantStatus::Connected);
+    reportBss("Home");
+    runUntilIdle();
+    EXPECT_THAT(takeCalls(), testing::Not(testing::Contains("refreshSync")));
+    EXPECT_THAT(state(), testing::StartsWith(R"(status=connectingIP, ssid="Home")"));
+}
+
+// A full queue drops tasks.
+TEST_F(StateRefresh, DroppedTasksArePostedAgain) {
+    connectWhileJoining();
+    reportStatus(SupplicantStatus::Connected);
+    communicator->scanningDoneHandler(true);
+    communicator->dropTasks();
+    takeCalls();
+    communicator->scanningDoneHandler(true);
+    reportStatus(SupplicantStatus::Connected);
+    EXPECT_EQ(takeCalls(), (Calls{posting, posting}));
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), (Calls{"refreshBssListSync", "refreshSync"}));
+}
+
 TEST_F(StateRefresh, ReadingThatTellsNothingIsNotRepeatedAtOnce) {
     connectWhileJoining();
     communicator->onRefresh = [&] { reportStatus(SupplicantStatus::Connected); };
@@ -52,8 +76,9 @@ TEST_F(StateRefresh, AttemptThatStandsStillIsReadAgainAtTheSignalPoll) {
     clock->advance(1ms);
     communicator->onRefresh = [&] { reportStatus(SupplicantStatus::Disconnected); };
     communicator->expireTimer();
-    EXPECT_EQ(takeCalls(), (Calls{"signalPollSync", "refreshSync"}));
+    EXPECT_EQ(takeCalls(), (Calls{"signalPollSync", posting}));
     runUntilIdle();
+    EXPECT_EQ(takeCalls().front(), "refreshSync");
     EXPECT_THAT(state(), testing::StartsWith("status=disconnected"));
 }
 
