@@ -23,7 +23,6 @@ struct SignalTable::Entry : std::enable_shared_from_this<Entry> {
     bool temporary = false;
     Handler handler;
     SlotPtr slot;
-    bool failedBefore = false;  // on the last connection
 };
 
 SignalTable::~SignalTable() {
@@ -33,7 +32,7 @@ SignalTable::~SignalTable() {
 int SignalTable::attach(sd_bus* bus) {
     bus_ = bus;
     for (const auto& entry : entries_) {
-        if (const int result = subscribe(bus_, *entry); result < 0) {
+        if (const int result = subscribe(*entry); result < 0) {
             return result;
         }
     }
@@ -53,7 +52,7 @@ void SignalTable::add(SignalMatch match, bool temporary, Handler handler) {
     entry->temporary = temporary;
     entry->handler = std::move(handler);
     entries_.push_back(entry);
-    if (bus_ != nullptr && subscribe(bus_, *entry) < 0) {
+    if (bus_ != nullptr && subscribe(*entry) < 0) {
         sd_bus_close(bus_);
     }
 }
@@ -68,21 +67,22 @@ void SignalTable::removeTemporary() {
     entries_.erase(first, entries_.end());
 }
 
-int SignalTable::subscribe(sd_bus* bus, Entry& entry) {
+int SignalTable::subscribe(Entry& entry) {
     const SignalMatch& match = entry.match;
     sd_bus_slot* slot = nullptr;
     const int result =
-        sd_bus_match_signal(bus, &slot, match.sender.c_str(), match.path.c_str(), match.interface.c_str(),
+        sd_bus_match_signal(bus_, &slot, match.sender.c_str(), match.path.c_str(), match.interface.c_str(),
                             match.member.c_str(), &SignalTable::onSignal, &entry);
     entry.slot.reset(slot);
-    if (result < 0) {
-        log::warn("Cannot subscribe to {} of {}: {}", match.member, match.sender, errnoText(result));
+    if (result >= 0) {
+        failed_.erase(match);
+        return 0;
     }
+    log::warn("Cannot subscribe to {} of {}: {}", match.member, match.sender, errnoText(result));
+    const bool mayPass =
+        (result == -ETIMEDOUT || result == -ENOBUFS || result == -ENOMEM) && match.path.size() < longestRule;
     // One more try, because the bus has not refused it but had no time or no room.
-    const bool mayPass = (result == -ETIMEDOUT || result == -ENOBUFS || result == -ENOMEM) &&
-                         match.path.size() < longestRule && !entry.failedBefore;
-    entry.failedBefore = mayPass;
-    return mayPass ? result : 0;
+    return mayPass && failed_.insert(match).second ? result : 0;
 }
 
 int SignalTable::onSignal(sd_bus_message* message, void* entry, sd_bus_error* /*error*/) {

@@ -2,8 +2,10 @@
 
 #include <kaz/dbus/message.h>
 
+#include <compare>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,6 +19,9 @@ struct SignalMatch {
     std::string path;
     std::string interface;
     std::string member;
+
+    // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the zero in the generated comparison for a pointer
+    std::strong_ordering operator<=>(const SignalMatch&) const = default;
 };
 
 // The handlers of bus signals. They outlive a connection: on the next one they are subscribed again. Handlers
@@ -29,7 +34,7 @@ class SignalTable : NonCopyable {
     ~SignalTable();
 
     // Subscribes all handlers. Returns a negative errno if a subscription should be tried once more on a new connection:
-    // the bus did not answer, or had no room. A handler that fails there too stays without signals.
+    // the bus did not answer, or had no room. What fails there too stays without signals, until a later connection.
     int attach(sd_bus* bus);
     void detach() noexcept;
 
@@ -41,10 +46,13 @@ class SignalTable : NonCopyable {
     struct Entry;
 
     static int onSignal(sd_bus_message* message, void* entry, sd_bus_error* error);
-    static int subscribe(sd_bus* bus, Entry& entry);
+    int subscribe(Entry& entry);
 
     sd_bus* bus_ = nullptr;
     std::vector<std::shared_ptr<Entry>> entries_;
+    // What could not be subscribed the last time. Not in Entry: after a loss of the connection, users replace their
+    // temporary handlers by new ones of the same match.
+    std::set<SignalMatch> failed_;
 };
 
 }  // namespace kaz::dbus
