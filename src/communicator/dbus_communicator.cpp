@@ -110,7 +110,10 @@ void DbusCommunicator::refreshSync() {
 void DbusCommunicator::connectOrDisconnectFromSupplicantSync(const std::string& activeState) {
     const bool running = activeState == "active" || activeState == "reloading";
     const bool ended = activeState == "failed" || activeState == "inactive";
-    unitRuns_ = running;
+    // Empty when systemd did not answer.
+    if (!activeState.empty()) {
+        unitRuns_ = running;
+    }
     if (running && !supplicant_.attached()) {
         attachSync();
     } else if (ended) {

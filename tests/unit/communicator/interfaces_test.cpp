@@ -67,6 +67,21 @@ TEST_F(Interfaces, InterfaceThatComesLaterIsAttached) {
     EXPECT_TRUE(communicator->isSupplicantOn());
 }
 
+// systemd may have no time to answer, and reports nothing more while the unit runs.
+TEST_F(Interfaces, InterfaceIsAttachedAlsoWhenTheStateOfTheUnitCouldNotBeRead) {
+    startAttached();
+    onUnitState(errorReply("org.example.Busy", "busy"));
+    emitRemoved(interfacePath);
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    onLoop([] {});
+    forget();
+    listed({newPath});
+    emitAdded(newPath);
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    onLoop([] {});
+    EXPECT_EQ(takeCalls(), attachCalls(newPath));
+}
+
 TEST_F(Interfaces, UnitWithoutInterfaceIsAttachedOnceItHasOne) {
     listed({});
     startAttached();
