@@ -25,8 +25,8 @@ class SupplicantInterface {
     // Returns attached(). While detached it also logs: "Can't <what>, wpa_supplicant isn't running."
     bool mayUse(const char* what, log::Level level = log::Level::warn) const;
 
-    // Attaches to the first interface of the supplicant. False when it has none. A supplicant lists its newest interface
-    // first, so with `sameSupplicant` the interface that was in use before comes first if it is still there.
+    // Attaches to the first interface of the supplicant. False when it has none. A supplicant lists its newest
+    // interface first, so with `sameSupplicant` the interface that was in use before comes first if it is still there.
     bool attachSync(bool sameSupplicant);
     void detach();
 

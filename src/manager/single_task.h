@@ -9,8 +9,8 @@
 
 namespace kaz::wifi {
 
-// Posts a task unless the last one still waits or runs. A task that a full queue drops, or that throws, counts as ended.
-// Loop thread only.
+// Posts a task unless the last one still waits or runs. A task that a full queue drops, or that throws, counts as
+// ended. Loop thread only.
 class SingleTask : NonCopyable {
   public:
     explicit SingleTask(Communicator& communicator) : communicator_(communicator) {}

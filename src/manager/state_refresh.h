@@ -7,8 +7,8 @@
 
 namespace kaz::wifi {
 
-// Reads the supplicant's state again where its reports are not enough: how strong the access points are after a scan, and
-// what became of an attempt that stands still. Loop thread only.
+// Reads the supplicant's state again where its reports are not enough: how strong the access points are after a scan,
+// and what became of an attempt that stands still. Loop thread only.
 class StateRefresh : NonCopyable {
   public:
     StateRefresh(Communicator& communicator, ConnectionInfoHelper& tracker)

@@ -33,8 +33,9 @@ class SignalTable : NonCopyable {
     SignalTable() = default;
     ~SignalTable();
 
-    // Subscribes all handlers. Returns a negative errno if a subscription should be tried once more on a new connection:
-    // the bus did not answer, or had no room. What fails there too stays without signals, until a later connection.
+    // Subscribes all handlers. Returns a negative errno if a subscription should be tried once more on a new
+    // connection: the bus did not answer, or had no room. What fails there too stays without signals, until a
+    // later connection.
     int attach(sd_bus* bus);
     void detach() noexcept;
 
