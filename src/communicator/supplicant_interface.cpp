@@ -39,7 +39,9 @@ bool SupplicantInterface::attachSync(bool sameSupplicant) {
 }
 
 void SupplicantInterface::detach() {
-    former_ = std::exchange(path_, dbus::OPath());
+    if (hasInterface()) {
+        former_ = std::exchange(path_, dbus::OPath());
+    }
     attached_ = false;
 }
 

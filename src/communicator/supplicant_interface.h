@@ -55,7 +55,7 @@ class SupplicantInterface {
 
     dbus::Bus& bus_;
     dbus::OPath path_;
-    dbus::OPath former_;  // path_ before the last detach()
+    dbus::OPath former_;  // the interface that was in use before
     std::atomic<bool> attached_ = false;
 };
 

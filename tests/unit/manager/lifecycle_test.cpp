@@ -1,6 +1,8 @@
 // Construction, destruction and the idle pass.
 #include "unit/manager/engine_fixture.h"
 
+#include <typeindex>
+
 namespace kaz::test {
 namespace {
 
@@ -29,7 +31,8 @@ TEST_F(EngineStart, StartCreatesTheGaugesFirst) {
 }
 
 TEST_F(EngineStart, HandlersAreAssignedBetweenReadingTheFileAndTheIdleTask) {
-    const auto& defaultHandler = FakeCommunicator(stack).wifiServiceStatusChangeHandler.target_type();
+    const std::type_index defaultHandler =
+        FakeCommunicator(stack).wifiServiceStatusChangeHandler.target_type();
     std::vector<std::string> assigned;
     stack->onCall = [&](const std::string& call) {
         if (communicator->wifiServiceStatusChangeHandler.target_type() != defaultHandler) {
