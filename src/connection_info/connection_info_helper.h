@@ -78,6 +78,8 @@ class ConnectionInfoHelper {
     // Whether the supplicant is connected or sets up a link, by its last report.
     bool linkUpOrComing() const;
 
+    bool attemptPending() const { return attempt_.has_value(); }
+
     // Whether the supplicant has connected during the attempt, but has not reported to which BSS.
     bool connectedToUnknownBss() const;
 

@@ -43,6 +43,9 @@ void ManagerImpl::wireCommunicator() {
     communicator_->supplicantPropertiesHandler =
         [this](Communicator::SupplicantInterfaceProperties properties) {
             const auto status = properties.status;
+            if (properties.bssListChange != Communicator::PropertyChange::Unchanged) {
+                stateRefresh_.bssListReported();
+            }
             reports_.signalSupplicantPropertiesChanged(std::move(properties));
             stateRefresh_.reported();
             connecting_.signalSupplicantStatus(status);
@@ -112,6 +115,7 @@ std::optional<std::chrono::milliseconds> ManagerImpl::signalEventLoopIdle() {
         configuration_.abandonSelection();
     }
     configuration_.taskSaveConfiguration();
+    stateRefresh_.idle();
     return tracker_.getActiveTimeout();
 }
 
@@ -131,6 +135,7 @@ void ManagerImpl::signalWifiServiceStatusChange() {
         list_.taskUpdateConfiguredNetworks();
     } else {
         reports_.supplicantDetached();
+        stateRefresh_.bssListReported();
         list_.supplicantDetached();
         configuration_.supplicantDetached();
     }

@@ -2,8 +2,13 @@
 
 namespace kaz::wifi {
 
-void StateRefresh::scanEnded() {
-    bssList_.post([this] { communicator_.refreshBssListSync(); });
+void StateRefresh::idle() {
+    if (bssListStale_ && !tracker_.attemptPending()) {
+        bssList_.post([this] {
+            bssListStale_ = false;
+            communicator_.refreshBssListSync();
+        });
+    }
 }
 
 void StateRefresh::reported() {

@@ -14,8 +14,12 @@ class StateRefresh : NonCopyable {
     StateRefresh(Communicator& communicator, ConnectionInfoHelper& tracker)
         : communicator_(communicator), tracker_(tracker), bssList_(communicator), state_(communicator) {}
 
-    // Posts the task that reads the access points, unless one waits already.
-    void scanEnded();
+    // After a scan the list is stale until the supplicant reports it, which it does when another access point came or
+    // went. If it does not, idle() posts the task that reads the list. During an attempt it waits, because a long list
+    // would delay the reports of the attempt.
+    void scanEnded() { bssListStale_ = true; }
+    void bssListReported() { bssListStale_ = false; }
+    void idle();
 
     // Posts the task that reads everything if the supplicant has just connected but did not say to what: when it was
     // joining the network before the attempt began, it reported the BSS before, too.
@@ -29,6 +33,7 @@ class StateRefresh : NonCopyable {
 
     Communicator& communicator_;
     ConnectionInfoHelper& tracker_;
+    bool bssListStale_ = false;
     SingleTask bssList_;
     SingleTask state_;
 };

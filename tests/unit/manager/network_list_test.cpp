@@ -221,13 +221,36 @@ TEST_F(Scanning, EndOfAScanIsLoggedAndTheListReadAgain) {
     communicator->scanningDoneHandler(true);
     communicator->scanningDoneHandler(false);
     EXPECT_EQ(log.records(), (Records{debug("Scan done, status: true"), debug("Scan done, status: false")}));
+    runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{posting});
     runUntilIdle();
     EXPECT_EQ(takeCalls(), Calls{"refreshBssListSync"});
     EXPECT_EQ(takeCallbacks(), Callbacks{});
-    communicator->scanningDoneHandler(true);
     runUntilIdle();
-    EXPECT_EQ(takeCalls(), (Calls{posting, "refreshBssListSync"}));
+    EXPECT_EQ(takeCalls(), Calls{});
+}
+
+// The supplicant reports the list itself when another access point came or went.
+TEST_F(Scanning, ListReportedAfterTheScanIsNotReadAgain) {
+    communicator->scanningDoneHandler(true);
+    reportBssList({{"Home", -50, SecurityMode::none}});
+    runUntilIdle();
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), Calls{});
+}
+
+TEST_F(Scanning, ListIsReadAgainOnlyAfterAnAttempt) {
+    connectTo("Home");
+    communicator->scanningDoneHandler(true);
+    takeCalls();
+    runUntilIdle();
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), Calls{});
+    reportLinkUp("Home");
+    runUntilIdle();
+    takeCalls();
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), Calls{"refreshBssListSync"});
 }
 
 }  // namespace

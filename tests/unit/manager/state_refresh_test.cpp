@@ -49,14 +49,21 @@ TEST_F(StateRefresh, AttemptThatHasEndedMeanwhileIsNotReadAgain) {
 TEST_F(StateRefresh, DroppedTasksArePostedAgain) {
     connectWhileJoining();
     reportStatus(SupplicantStatus::Connected);
-    communicator->scanningDoneHandler(true);
     communicator->dropTasks();
     takeCalls();
-    communicator->scanningDoneHandler(true);
     reportStatus(SupplicantStatus::Connected);
-    EXPECT_EQ(takeCalls(), (Calls{posting, posting}));
+    EXPECT_EQ(takeCalls(), Calls{posting});
     runUntilIdle();
-    EXPECT_EQ(takeCalls(), (Calls{"refreshBssListSync", "refreshSync"}));
+    EXPECT_EQ(takeCalls(), Calls{"refreshSync"});
+    reportStatus(SupplicantStatus::Disconnected);
+    runUntilIdle();
+    communicator->scanningDoneHandler(true);
+    runUntilIdle();
+    communicator->dropTasks();
+    takeCalls();
+    runUntilIdle();
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), (Calls{posting, "refreshBssListSync"}));
 }
 
 TEST_F(StateRefresh, ReadingThatTellsNothingIsNotRepeatedAtOnce) {
