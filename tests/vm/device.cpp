@@ -103,7 +103,10 @@ void DeviceTest::SetUp() {
 
 void DeviceTest::startManager() {
     auto& logger = *spdlog::default_logger();
-    logger.sinks().push_back(std::make_shared<spdlog::sinks::basic_file_sink_mt>("/run/results/library.log"));
+    if (device_ == nullptr) {
+        logger.sinks().push_back(
+            std::make_shared<spdlog::sinks::basic_file_sink_mt>("/run/results/library.log"));
+    }
     logger.flush_on(spdlog::level::trace);
     const auto* const info = ::testing::UnitTest::GetInstance()->current_test_info();
     spdlog::info("==== {}.{}", info->test_suite_name(), info->name());
