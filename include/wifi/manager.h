@@ -29,7 +29,8 @@ class ManagerImpl;
 /// running. A callback may also begin while ~Manager runs its last pass. So a callback must not reach the
 /// Manager through a pointer that is being reset, such as a std::unique_ptr. Callbacks are copied and replaced under
 /// a lock: copy constructors and destructors of their captures must not call the Manager, or it deadlocks.
-/// The thread has its signals blocked, and so have processes and threads that a callback starts: unblock them there.
+/// Signals are blocked on this thread. Processes and threads that a callback starts inherit this, and must unblock
+/// them.
 ///
 /// Attempts: `connect` and `connectConfigured` start an attempt. connectionInfo() shows `connectingWifi` with
 /// its SSID, and on success `connectingIP`, then `connected`. The attempt fails when the supplicant gives up,
@@ -54,7 +55,7 @@ class [[gnu::visibility("default")]] Manager {
     Manager();
 
     /// Waits for the running task or callback, drops the queued tasks, and ends the thread. Before the thread
-    /// ends, networks that an unfinished attempt disabled are enabled again, and a save requested before is made.
+    /// ends, networks that an unfinished attempt disabled are enabled again, and a save that was due is made.
     /// Calls to a peer that does not answer are cancelled after about a second. No callback runs after the
     /// destructor returned. Must not be called from a callback.
     ///

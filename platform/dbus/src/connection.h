@@ -18,7 +18,7 @@ class Connection : NonCopyable {
   public:
     using ChangeTask = std::function<void(bool connected)>;
 
-    // Of the pauses before an attempt to reconnect, each is twice as long as the one before.
+    // The pauses before attempts to reconnect: each is twice as long as the last one, up to the longest.
     struct Pauses {
         Clock::duration shortest = std::chrono::milliseconds(100);
         Clock::duration longest = std::chrono::seconds(5);

@@ -39,7 +39,7 @@ class SignalTable : NonCopyable {
     int attach(sd_bus* bus);
     void detach() noexcept;
 
-    // In that case it closes the connection.
+    // Subscribes the handler if there is a connection. Closes the connection where attach() would return an error.
     void add(SignalMatch match, bool temporary, Handler handler);
     void removeTemporary();
 

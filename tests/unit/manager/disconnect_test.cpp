@@ -13,7 +13,15 @@ namespace {
 using namespace std::chrono_literals;
 using Stored = FakeWifiStack::Network;
 
-class Disconnect : public EngineTest {};
+class Disconnect : public EngineTest {
+  protected:
+    void disconnectInVain() {
+        stack->failing = {"disconnectSync"};
+        engine->disconnect();
+        runUntilIdle();
+        stack->failing.clear();
+    }
+};
 
 class Forget : public EngineTest {
   protected:
@@ -56,10 +64,7 @@ TEST_F(Disconnect, DisconnectWithoutAConnectionCallsTheSupplicant) {
 // A supplicant that searches refuses, goes on searching, and connects to what it finds.
 TEST_F(Disconnect, RefusedDisconnectIsRepeatedWhenTheSupplicantFindsANetwork) {
     startWithSupplicant();
-    stack->failing = {"disconnectSync"};
-    engine->disconnect();
-    runUntilIdle();
-    stack->failing.clear();
+    disconnectInVain();
     forget();
     reportBss("Home");
     reportStatus(SupplicantStatus::Connecting);
@@ -76,10 +81,7 @@ TEST_F(Disconnect, RefusedDisconnectIsRepeatedWhenTheSupplicantFindsANetwork) {
 
 TEST_F(Disconnect, RefusedDisconnectIsRepeatedWhenOnlyTheEndOfLinkSetupIsReported) {
     startWithSupplicant();
-    stack->failing = {"disconnectSync"};
-    engine->disconnect();
-    runUntilIdle();
-    stack->failing.clear();
+    disconnectInVain();
     takeCalls();
     reportBss("Home");
     reportStatus(SupplicantStatus::Connected);
@@ -96,10 +98,7 @@ TEST_F(Disconnect, RefusedDisconnectIsNotRepeatedAfterALaterRequest) {
         {"a new supplicant", [&] { detachSupplicant(), attachSupplicant(); }},
     };
     for (const auto& [name, request] : requests) {
-        stack->failing = {"disconnectSync"};
-        engine->disconnect();
-        runUntilIdle();
-        stack->failing.clear();
+        disconnectInVain();
         request();
         runUntilIdle();
         takeCalls();
