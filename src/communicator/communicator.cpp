@@ -10,7 +10,8 @@ Communicator::Communicator()
     : wifiServiceStatusChangeHandler([] {}),
       scanningDoneHandler([](bool) {}),
       networkSelectedHandler([](const std::optional<std::string>&) {}),
-      supplicantPropertiesHandler([](const SupplicantInterfaceProperties&) {}) {}
+      supplicantPropertiesHandler([](const SupplicantInterfaceProperties&) {}),
+      configuredNetworksChangedHandler([] {}) {}
 
 Communicator::~Communicator() = default;
 

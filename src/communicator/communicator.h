@@ -151,6 +151,8 @@ class Communicator : NonCopyable {
     // The link has, or no longer has, a configured address. This handler has no default: assign it before the start.
     std::function<void(bool online)> networkdOnlineHandler;
     std::function<void(SupplicantInterfaceProperties)> supplicantPropertiesHandler;
+    // Another client has added or removed a configured network.
+    std::function<void()> configuredNetworksChangedHandler;
 };
 
 // The communicator that talks to the real daemons over the system bus.

@@ -26,6 +26,7 @@ std::unique_ptr<Communicator::ConfiguredNetwork> ConfiguredNetworks::addSync(
     if (!network) {
         return nullptr;
     }
+    known_.insert(network->str());
     log::debug("Added network {}", network->str());
     return std::make_unique<ConfiguredNetwork>(*this, *network, settings.ssid);
 }
@@ -48,6 +49,7 @@ bool ConfiguredNetworks::removeSync(const dbus::OPath& network) {
     if (!supplicant_.interface().call("RemoveNetwork", network)) {
         return false;
     }
+    known_.erase(network.str());
     log::debug("Removed network {}", network.str());
     return true;
 }
@@ -87,6 +89,7 @@ ConfiguredNetworks::List ConfiguredNetworks::listSync() {
     if (!supplicant_.mayUse("list configured networks")) {
         return {};
     }
+    known_.clear();
     dbus::Reply reply = supplicant_.interface().get("Networks");
     const auto paths = reply.read<std::vector<dbus::OPath>>();
     if (!paths) {
@@ -97,6 +100,7 @@ ConfiguredNetworks::List ConfiguredNetworks::listSync() {
     const Patience patience(supplicant_.callLimit());
     std::size_t unasked = 0;
     for (const dbus::OPath& path : *paths) {
+        known_.insert(path.str());
         std::optional<std::string> ssid;
         if (patience.ended()) {
             ++unasked;
@@ -109,6 +113,15 @@ ConfiguredNetworks::List ConfiguredNetworks::listSync() {
         log::warn("wpa_supplicant is too slow, the SSIDs of {} networks stay unknown", unasked);
     }
     return networks;
+}
+
+// Our own changes are known before their signals are handled.
+bool ConfiguredNetworks::noteAdded(const dbus::OPath& network) {
+    return known_.insert(network.str()).second;
+}
+
+bool ConfiguredNetworks::noteRemoved(const dbus::OPath& network) {
+    return known_.erase(network.str()) > 0;
 }
 
 bool ConfiguredNetworks::saveSync() {

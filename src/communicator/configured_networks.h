@@ -9,6 +9,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -33,11 +34,17 @@ class ConfiguredNetworks {
     // networks are listed without their SSID.
     List listSync();
 
+    // The supplicant has added or removed this network. True if another client asked it to, and listSync() has not
+    // shown it yet.
+    bool noteAdded(const dbus::OPath& network);
+    bool noteRemoved(const dbus::OPath& network);
+
     // Makes the supplicant write its configuration file.
     bool saveSync();
 
   private:
     const SupplicantInterface& supplicant_;
+    std::set<std::string> known_;  // paths of the networks that were listed or added, and not removed since
 };
 
 }  // namespace kaz::wifi

@@ -19,6 +19,8 @@ DbusCommunicator::DbusCommunicator(std::chrono::milliseconds callLimit)
     bus_.onConnectionChanged([this](bool connected) { onConnectionChanged(connected); });
     // Before the start, so that we also notice a daemon that joins the bus right after a call to it failed.
     bus_.onOwnerChanged(bus::systemd::service, [this](bool owned) { unit_.onOwnerChangedSync(owned); });
+    bus_.onOwnerChanged(bus::supplicant::service,
+                        [this](bool owned) { onSupplicantOwnerChangedSync(owned); });
     bus_.onOwnerChanged(bus::networkd::service,
                         [this](bool owned) { onlineState_.onOwnerChangedSync(owned); });
     bus_.pushTask([this] {
@@ -116,29 +118,47 @@ void DbusCommunicator::connectOrDisconnectFromSupplicantSync(const std::string& 
     }
     if (running && !supplicant_.attached()) {
         attachSync();
-    } else if (ended) {
-        lostWithBus_ = false;
-        if (supplicant_.attached()) {
-            detach();
+    } else if (ended || (gone_ && !unitRuns_)) {
+        detachFromEnded();
+    }
+}
+
+// systemd may start another supplicant without ever reporting the end of the former one.
+void DbusCommunicator::onSupplicantOwnerChangedSync(bool owned) {
+    gone_ = !owned;
+    if (!owned) {
+        // While the unit runs, systemd has not noticed the end yet, but will report it.
+        if (!unitRuns_) {
+            detachFromEnded();
         }
+        return;
+    }
+    if (!lostWithBus_) {
+        supplicant_.forget();
+    }
+    if (supplicant_.attached()) {
+        attachAgainSync();
     }
 }
 
 // A supplicant makes and removes interfaces at the request of its clients, and some start without any.
 void DbusCommunicator::followInterfaces() {
-    supplicant_.onAdded([this](const dbus::OPath& /*interface*/) { onInterfaceAddedSync(); });
+    supplicant_.onAdded([this](const dbus::OPath& interface, const std::string& name) {
+        onInterfaceAddedSync(interface, name);
+    });
     supplicant_.onRemoved([this](const dbus::OPath& interface) { onInterfaceRemovedSync(interface); });
 }
 
-void DbusCommunicator::onInterfaceAddedSync() {
-    if (supplicant_.hasInterface()) {
-        return;
-    }
-    if (supplicant_.attached()) {
-        supplicant_.detach();
-    }
-    if (unitRuns_) {
-        attachSync();
+void DbusCommunicator::onInterfaceAddedSync(const dbus::OPath& interface, const std::string& name) {
+    if (!supplicant_.hasInterface()) {
+        attachAgainSync();
+    } else if (interface.str() == supplicant_.path().str()) {
+        return;  // the list that we read had it already
+    } else if (supplicant_.isNamed(name)) {
+        supplicant_.addForeign(supplicant_.path());
+        attachAgainSync();
+    } else {
+        supplicant_.addForeign(interface);
     }
 }
 
@@ -159,9 +179,30 @@ void DbusCommunicator::attachSync() {
     signals_.subscribe();
     signals_.readSync();
     onlineState_.subscribeSync();
+    signals_.subscribeToNetworks();
     wifiServiceStatusChangeHandler();
     lostWithBus_ = false;
     logAttachment();
+}
+
+// To another interface, or to another supplicant.
+void DbusCommunicator::attachAgainSync() {
+    if (supplicant_.hasInterface()) {
+        detach();
+    } else if (supplicant_.attached()) {
+        supplicant_.detach();
+    }
+    if (unitRuns_) {
+        attachSync();
+    }
+}
+
+void DbusCommunicator::detachFromEnded() {
+    lostWithBus_ = false;
+    if (supplicant_.attached()) {
+        detach();
+    }
+    supplicant_.forget();
 }
 
 void DbusCommunicator::detach() {
@@ -173,6 +214,7 @@ void DbusCommunicator::detach() {
 }
 
 void DbusCommunicator::onConnectionChanged(bool connected) {
+    gone_ = false;
     if (connected) {
         unit_.connectSync();
     } else if (supplicant_.attached()) {

@@ -24,10 +24,12 @@ namespace kaz::wifi {
 // The communicator that controls wpa_supplicant, its systemd unit and systemd-networkd over the system bus.
 //
 // While the unit runs, the communicator is attached to the supplicant's first interface and turns its signals into
-// calls of the handlers. It stays attached to that interface when the supplicant adds others. When the supplicant
-// removes it, the communicator detaches and attaches to the next one, also to one that is added later. Otherwise it is
-// detached, and operations that need the interface are refused with a warning in the log, scanSync() with a debug
-// record. Calls that cannot be made, because there is no bus or no interface, fail without a record.
+// calls of the handlers. It stays attached to that interface when the supplicant adds others: those are foreign, for
+// example the access point of another program. When the supplicant removes the interface in use, the communicator
+// detaches and attaches to the next one that is not foreign, also to one that is added later, and again to one with the
+// former name once it is back. Otherwise it is detached, and operations that need the interface are refused with a
+// warning in the log, scanSync() with a debug record. Calls that cannot be made, because there is no bus or no
+// interface, fail without a record.
 //
 // Construction posts the task that finds the unit. The loss of the bus detaches. After a restart of the bus or of
 // systemd the unit is looked up again.
@@ -72,14 +74,18 @@ class DbusCommunicator final : public Communicator {
 
   private:
     void followInterfaces();
-    void onInterfaceAddedSync();
+    void onInterfaceAddedSync(const dbus::OPath& interface, const std::string& name);
     void onInterfaceRemovedSync(const dbus::OPath& interface);
+    void onSupplicantOwnerChangedSync(bool owned);
     void attachSync();
+    void attachAgainSync();
     void detach();
+    void detachFromEnded();
     void onConnectionChanged(bool connected);
     void logAttachment() const;
 
     bool unitRuns_ = false;     // the last reported state of the unit is "active" or "reloading"
+    bool gone_ = false;         // the supplicant has left the bus
     bool lostWithBus_ = false;  // the bus was lost while attached, and the supplicant has not ended since
     SupplicantInterface supplicant_{bus_};
     ConfiguredNetworks networks_{supplicant_};

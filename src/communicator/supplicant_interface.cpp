@@ -2,6 +2,7 @@
 
 #include "communicator/bus_names.h"
 #include "dbus/message_io.h"
+#include "dbus/records.h"
 #include "dbus/reply.h"
 
 #include <algorithm>
@@ -30,12 +31,26 @@ bool SupplicantInterface::attachSync(bool sameSupplicant) {
         log::error("wpa_supplicant has no configured interfaces, can't control wifi");
         return false;
     }
-    const bool keepsFormer = sameSupplicant && std::any_of(interfaces.begin(), interfaces.end(),
-                                                           [this](const dbus::OPath& interface) {
-                                                               return interface.str() == former_.str();
-                                                           });
-    path_ = keepsFormer ? former_ : interfaces.front();
+    const dbus::OPath* const chosen = choose(interfaces, sameSupplicant);
+    if (chosen == nullptr) {
+        log::error("wpa_supplicant has removed the interface in use, can't control wifi");
+        return false;
+    }
+    path_ = *chosen;
     return true;
+}
+
+const dbus::OPath* SupplicantInterface::choose(const std::vector<dbus::OPath>& interfaces,
+                                               bool sameSupplicant) const {
+    const auto find = [&](const auto& fits) {
+        const auto found = std::find_if(interfaces.begin(), interfaces.end(), fits);
+        return found == interfaces.end() ? nullptr : &*found;
+    };
+    const auto isFormer = [this](const dbus::OPath& one) { return one.str() == former_.str(); };
+    if (const dbus::OPath* const former = sameSupplicant ? find(isFormer) : nullptr) {
+        return former;
+    }
+    return find([this](const dbus::OPath& one) { return !foreign_.contains(one.str()); });
 }
 
 void SupplicantInterface::detach() {
@@ -45,22 +60,45 @@ void SupplicantInterface::detach() {
     attached_ = false;
 }
 
-void SupplicantInterface::onAdded(InterfaceTask task) {
-    subscribe("InterfaceAdded", std::move(task));
+void SupplicantInterface::noteName(const std::string& name) {
+    if (name_.empty()) {
+        name_ = name;
+    }
 }
 
-void SupplicantInterface::onRemoved(InterfaceTask task) {
-    subscribe("InterfaceRemoved", std::move(task));
+void SupplicantInterface::addForeign(const dbus::OPath& interface) {
+    foreign_.insert(interface.str());
 }
 
-void SupplicantInterface::subscribe(const char* member, InterfaceTask task) {
+void SupplicantInterface::forget() {
+    former_ = dbus::OPath();
+    name_.clear();
+    foreign_.clear();
+}
+
+void SupplicantInterface::onAdded(
+    std::function<void(const dbus::OPath& interface, const std::string& name)> task) {
+    subscribe("InterfaceAdded", [task = std::move(task)](dbus::MessageDecoder& decoder) {
+        if (const auto interface = dbus::read<dbus::OPath>(decoder)) {
+            const auto properties = dbus::read<dbus::SupplicantInterfaceProperties>(decoder);
+            task(*interface, properties ? properties->ifname.value_or("") : std::string());
+        }
+    });
+}
+
+void SupplicantInterface::onRemoved(std::function<void(const dbus::OPath& interface)> task) {
+    subscribe("InterfaceRemoved", [this, task = std::move(task)](dbus::MessageDecoder& decoder) {
+        if (const auto interface = dbus::read<dbus::OPath>(decoder)) {
+            foreign_.erase(interface->str());
+            task(*interface);
+        }
+    });
+}
+
+void SupplicantInterface::subscribe(const char* member, std::function<void(dbus::MessageDecoder&)> handler) {
     bus_.subscribe(bus::supplicant::service, dbus::OPath(bus::supplicant::rootPath),
                    bus::supplicant::rootInterface, member, dbus::Bus::Lifetime::permanent,
-                   [task = std::move(task)](dbus::MessageDecoder& decoder) {
-                       if (const auto interface = dbus::read<dbus::OPath>(decoder)) {
-                           task(*interface);
-                       }
-                   });
+                   std::move(handler));
 }
 
 dbus::RemoteObject SupplicantInterface::root() const {

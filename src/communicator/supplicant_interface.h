@@ -4,11 +4,15 @@
 #include "dbus/bus.h"
 #include "dbus/remote_object.h"
 
+#include <kaz/dbus/message.h>
 #include <kaz/dbus/opath.h>
 
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace kaz::wifi {
 
@@ -25,18 +29,29 @@ class SupplicantInterface {
     // Returns attached(). While detached it also logs: "Can't <what>, wpa_supplicant isn't running."
     bool mayUse(const char* what, log::Level level = log::Level::warn) const;
 
-    // Attaches to the first interface of the supplicant. False when it has none. A supplicant lists its newest
-    // interface first, so with `sameSupplicant` the interface that was in use before comes first if it is still there.
+    // Attaches to the first interface of the supplicant that is not foreign. False when it has none. A supplicant lists
+    // its newest interface first, so with `sameSupplicant` the interface that was in use before comes first if it is
+    // still there.
     bool attachSync(bool sameSupplicant);
     void detach();
+
+    // The name of the network interface, such as "wlan0". The first one counts until forget().
+    void noteName(const std::string& name);
+    bool isNamed(const std::string& name) const { return !name.empty() && name == name_; }
+
+    // Another program has added this interface for its own use, such as an access point.
+    void addForeign(const dbus::OPath& interface);
+
+    // Forgets everything about the former interfaces, because the supplicant has ended.
+    void forget();
 
     // The limit of each call.
     std::chrono::milliseconds callLimit() const { return bus_.callLimit(); }
 
-    // From now on runs the task whenever the supplicant has added or removed an interface.
-    using InterfaceTask = std::function<void(const dbus::OPath& interface)>;
-    void onAdded(InterfaceTask task);
-    void onRemoved(InterfaceTask task);
+    // From now on runs the task whenever the supplicant has added or removed an interface. The name is empty if the
+    // supplicant did not tell it.
+    void onAdded(std::function<void(const dbus::OPath& interface, const std::string& name)> task);
+    void onRemoved(std::function<void(const dbus::OPath& interface)> task);
 
     // Empty while detached and without an interface.
     const dbus::OPath& path() const { return path_; }
@@ -51,11 +66,14 @@ class SupplicantInterface {
 
   private:
     dbus::RemoteObject object(const dbus::OPath& path, const char* interface) const;
-    void subscribe(const char* member, InterfaceTask task);
+    void subscribe(const char* member, std::function<void(dbus::MessageDecoder&)> handler);
+    const dbus::OPath* choose(const std::vector<dbus::OPath>& interfaces, bool sameSupplicant) const;
 
     dbus::Bus& bus_;
     dbus::OPath path_;
-    dbus::OPath former_;  // the interface that was in use before
+    dbus::OPath former_;             // the interface that was in use before
+    std::string name_;               // of the first interface that was in use
+    std::set<std::string> foreign_;  // paths of those that were added while another was in use
     std::atomic<bool> attached_ = false;
 };
 

@@ -24,7 +24,7 @@ void logDisconnectReason(int reason) {
 
 }  // namespace
 
-SupplicantSignals::SupplicantSignals(dbus::Bus& bus, const SupplicantInterface& supplicant,
+SupplicantSignals::SupplicantSignals(dbus::Bus& bus, SupplicantInterface& supplicant,
                                      ConfiguredNetworks& networks, Radio& radio, Communicator& handlers)
     : bus_(bus), supplicant_(supplicant), networks_(networks), radio_(radio), handlers_(handlers) {}
 
@@ -35,6 +35,12 @@ void SupplicantSignals::subscribe() const {
               &SupplicantSignals::onSignalNetworkSelected);
     subscribe(bus::propertiesInterface, bus::propertiesChanged,
               &SupplicantSignals::onSignalPropertiesChanged);
+}
+
+void SupplicantSignals::subscribeToNetworks() const {
+    subscribe(bus::supplicant::interfaceInterface, "NetworkAdded", &SupplicantSignals::onSignalNetworkAdded);
+    subscribe(bus::supplicant::interfaceInterface, "NetworkRemoved",
+              &SupplicantSignals::onSignalNetworkRemoved);
 }
 
 void SupplicantSignals::subscribe(const char* interface, const char* member, SignalHandler handler) const {
@@ -54,6 +60,7 @@ void SupplicantSignals::readSync() const {
         log::error("Couldn't decode wpa_supplicant PropertiesChanged ({})", properties.error());
         return;
     }
+    supplicant_.noteName(properties->ifname.value_or(""));
     report(*properties);
 }
 
@@ -111,6 +118,20 @@ void SupplicantSignals::onSignalPropertiesChanged(dbus::MessageDecoder& decoder)
         return;
     }
     report(*properties);
+}
+
+void SupplicantSignals::onSignalNetworkAdded(dbus::MessageDecoder& decoder) const {
+    const auto network = dbus::read<dbus::OPath>(decoder);
+    if (network && networks_.noteAdded(*network)) {
+        handlers_.configuredNetworksChangedHandler();
+    }
+}
+
+void SupplicantSignals::onSignalNetworkRemoved(dbus::MessageDecoder& decoder) const {
+    const auto network = dbus::read<dbus::OPath>(decoder);
+    if (network && networks_.noteRemoved(*network)) {
+        handlers_.configuredNetworksChangedHandler();
+    }
 }
 
 void SupplicantSignals::report(const dbus::SupplicantInterfaceProperties& properties) const {

@@ -15,11 +15,13 @@ namespace kaz::wifi {
 // the objects behind object paths from the supplicant. Loop thread only.
 class SupplicantSignals {
   public:
-    SupplicantSignals(dbus::Bus& bus, const SupplicantInterface& supplicant, ConfiguredNetworks& networks,
+    SupplicantSignals(dbus::Bus& bus, SupplicantInterface& supplicant, ConfiguredNetworks& networks,
                       Radio& radio, Communicator& handlers);
 
     // Subscribes to the signals of the attached interface until the communicator detaches.
     void subscribe() const;
+    // The same for those that tell which networks are configured.
+    void subscribeToNetworks() const;
     // Reads and reports the current properties.
     void readSync() const;
     // Reads and reports the current access points.
@@ -29,6 +31,8 @@ class SupplicantSignals {
     void onSignalEap(dbus::MessageDecoder& decoder) const;
     void onSignalNetworkSelected(dbus::MessageDecoder& decoder) const;
     void onSignalPropertiesChanged(dbus::MessageDecoder& decoder) const;
+    void onSignalNetworkAdded(dbus::MessageDecoder& decoder) const;
+    void onSignalNetworkRemoved(dbus::MessageDecoder& decoder) const;
 
   private:
     using Report = Communicator::SupplicantInterfaceProperties;
@@ -41,7 +45,7 @@ class SupplicantSignals {
     void resolveCurrentBss(const dbus::SupplicantInterfaceProperties& from, Report& to) const;
 
     dbus::Bus& bus_;
-    const SupplicantInterface& supplicant_;
+    SupplicantInterface& supplicant_;
     ConfiguredNetworks& networks_;
     Radio& radio_;
     Communicator& handlers_;

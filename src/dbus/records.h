@@ -60,6 +60,7 @@ struct SupplicantInterfaceProperties {
     std::optional<OPath> currentBss;
     std::optional<std::string> state;
     std::optional<int> disconnectReason;
+    std::optional<std::string> ifname;
 };
 
 template <>
@@ -104,7 +105,8 @@ struct RecordFields<SupplicantInterfaceProperties> {
                    field("CurrentNetwork", &SupplicantInterfaceProperties::currentNetwork),
                    field("CurrentBSS", &SupplicantInterfaceProperties::currentBss),
                    field("State", &SupplicantInterfaceProperties::state),
-                   field("DisconnectReason", &SupplicantInterfaceProperties::disconnectReason));
+                   field("DisconnectReason", &SupplicantInterfaceProperties::disconnectReason),
+                   field("Ifname", &SupplicantInterfaceProperties::ifname));
 };
 
 // Instantiated once, in records.cpp.

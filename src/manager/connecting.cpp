@@ -20,7 +20,7 @@ Connecting::Connecting(Communicator& communicator, ConnectionInfoHelper& tracker
       list_(list) {}
 
 void Connecting::taskConnect(const ConnectionSettings& settings) {
-    disconnectRefused_ = false;
+    refusal_ = Refusal::none;
     log::debug("Connecting to {}", Communicator::makeSsidRedactable(settings.ssid));
     tracker_.notifyAboutConnectionAttempt(settings.ssid);
     refresh_.taskUpdateConnectionInfo();
@@ -37,7 +37,7 @@ void Connecting::taskConnect(const ConnectionSettings& settings) {
 }
 
 void Connecting::taskConnectConfigured(const std::string& ssid) {
-    disconnectRefused_ = false;
+    refusal_ = Refusal::none;
     log::debug("Connecting to configured network {}", Communicator::makeSsidRedactable(ssid));
     tracker_.notifyAboutConnectionAttempt(ssid);
     refresh_.taskUpdateConnectionInfo();
@@ -73,19 +73,35 @@ void Connecting::taskDisconnect() {
 }
 
 // While the supplicant searches it refuses to disconnect, goes on searching, and connects by itself. Then we ask again.
+// If it refuses although we know of a link, it may have lost that link, or the call has failed: its state tells.
 void Connecting::disconnectSync() {
-    disconnectRefused_ = !communicator_.disconnectSync() && !tracker_.linkUpOrComing();
+    refusal_ = Refusal::none;
+    if (communicator_.disconnectSync()) {
+        return;
+    }
+    if (!tracker_.linkUpOrComing()) {
+        refusal_ = Refusal::searching;
+        return;
+    }
+    refusal_ = Refusal::unclear;
+    communicator_.refreshSync();
 }
 
 void Connecting::signalSupplicantStatus(std::optional<Communicator::SupplicantConnectionStatus> status) {
+    if (!status || refusal_ == Refusal::none) {
+        return;
+    }
     // The supplicant may report several steps at once, so "Connecting" may be left out.
-    if (disconnectRefused_ && status >= Communicator::SupplicantConnectionStatus::Connecting) {
+    const bool linkUpOrComing = *status >= Communicator::SupplicantConnectionStatus::Connecting;
+    if (refusal_ == Refusal::unclear) {
+        refusal_ = linkUpOrComing ? Refusal::none : Refusal::searching;
+    } else if (linkUpOrComing) {
         stayDisconnected_.post([this] { taskStayDisconnected(); });
     }
 }
 
 void Connecting::taskStayDisconnected() {
-    if (disconnectRefused_) {
+    if (refusal_ == Refusal::searching) {
         log::info("Disconnecting again, the supplicant has found a network");
         tracker_.notifyAboutDisconnect();
         refresh_.taskUpdateConnectionInfo();
@@ -95,7 +111,7 @@ void Connecting::taskStayDisconnected() {
 
 // Another client wants a network, so an earlier request to disconnect counts no more.
 void Connecting::signalNetworkSelected() {
-    disconnectRefused_ = false;
+    refusal_ = Refusal::none;
 }
 
 void Connecting::taskForgetNetwork(const std::string& ssid) {

@@ -31,7 +31,7 @@ class Connecting : NonCopyable {
     void signalNetworkSelected();
     void signalSupplicantStatus(std::optional<Communicator::SupplicantConnectionStatus> status);
     // The supplicant was attached or detached.
-    void supplicantChanged() { disconnectRefused_ = false; }
+    void supplicantChanged() { refusal_ = Refusal::none; }
 
   private:
     void taskStayDisconnected();
@@ -43,8 +43,9 @@ class Connecting : NonCopyable {
     ConnectionRefresh& refresh_;
     SupplicantConfiguration& configuration_;
     NetworkList& list_;
-    // The user asked to disconnect while the supplicant was searching. It refuses that, and goes on searching.
-    bool disconnectRefused_ = false;
+    // What the supplicant's refusal to disconnect may mean. While it searches it refuses, and goes on searching.
+    enum class Refusal { none, searching, unclear };
+    Refusal refusal_ = Refusal::none;
     SingleTask stayDisconnected_{communicator_};
 };
 

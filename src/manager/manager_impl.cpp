@@ -23,7 +23,7 @@ ManagerImpl::ManagerImpl(std::unique_ptr<Communicator> communicator,
       refresh_(*communicator_, tracker_, configuration_, list_, published_),
       connecting_(*communicator_, tracker_, refresh_, configuration_, list_),
       reports_(tracker_, list_, published_),
-      stateRefresh_(*communicator_, tracker_),
+      stateRefresh_(*communicator_, tracker_, list_),
       choice_(*communicator_, published_) {
     wireCommunicator();
     communicator_->pushTaskAsync_([this] { signalEventLoopIdle(); });
@@ -50,6 +50,7 @@ void ManagerImpl::wireCommunicator() {
             stateRefresh_.reported();
             connecting_.signalSupplicantStatus(status);
         };
+    communicator_->configuredNetworksChangedHandler = [this] { stateRefresh_.networksChanged(); };
     communicator_->setIdleTask([this] { return signalEventLoopIdle(); });
     communicator_->setTimerCompletedTask([this] { signalTimerCompleted(); });
     communicator_->networkdOnlineHandler = [this](bool online) { tracker_.setNetworkdIsOnline(online); };
@@ -135,7 +136,7 @@ void ManagerImpl::signalWifiServiceStatusChange() {
         list_.taskUpdateConfiguredNetworks();
     } else {
         reports_.supplicantDetached();
-        stateRefresh_.bssListReported();
+        stateRefresh_.supplicantDetached();
         list_.supplicantDetached();
         configuration_.supplicantDetached();
     }

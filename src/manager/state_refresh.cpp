@@ -3,7 +3,16 @@
 namespace kaz::wifi {
 
 void StateRefresh::idle() {
-    if (bssListStale_ && !tracker_.attemptPending()) {
+    if (tracker_.attemptPending()) {
+        return;
+    }
+    if (networksStale_) {
+        networks_.post([this] {
+            networksStale_ = false;
+            list_.taskUpdateConfiguredNetworks();
+        });
+    }
+    if (bssListStale_) {
         bssList_.post([this] {
             bssListStale_ = false;
             communicator_.refreshBssListSync();

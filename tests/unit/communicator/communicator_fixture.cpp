@@ -79,6 +79,7 @@ void CommunicatorTest::assignHandlers() {
     communicator->networkSelectedHandler = [this](const std::optional<std::string>& ssid) {
         calls.add("network selected: " + (ssid ? quoted(*ssid) : "unknown"));
     };
+    communicator->configuredNetworksChangedHandler = [this] { calls.add("configured networks changed"); };
     communicator->networkdOnlineHandler = [this](bool online) {
         calls.add(std::string("networkd online: ") + (online ? "true" : "false"));
     };

@@ -50,6 +50,39 @@ TEST_F(Networks, RemoveSendsThePath) {
     EXPECT_FALSE(log.contains("Removed network"));
 }
 
+TEST_F(Networks, ChangesByOtherClientsAreReportedOnce) {
+    emitFromInterface("NetworkAdded", "oa{sv}", networkPath, 0);
+    emitFromInterface("NetworkAdded", "oa{sv}", networkPath, 0);
+    emitFromInterface("NetworkRemoved", "o", networkPath);
+    emitFromInterface("NetworkRemoved", "o", networkPath);
+    emitFromInterface("NetworkAdded", "s", "not a path");
+    settle();
+    EXPECT_THAT(takeCalls(), ElementsAre("configured networks changed", "configured networks changed"));
+}
+
+// The supplicant also signals what we did, and what the list that we read had already.
+TEST_F(Networks, OwnAndListedChangesAreNotReported) {
+    const std::string other = networkPath + '1';
+    onInterface("AddNetwork", reply("o", networkPath));
+    onInterface("RemoveNetwork", reply(""));
+    supplicant.onGet(interfacePath, interfaceInterface, "Networks", reply("v", "ao", 1, other));
+    supplicant.onGet(other, networkInterface, "Properties", reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
+    onLoop([&] {
+        communicator->configuredNetworks().listSync();
+        communicator->configuredNetworks().addSync(openNetwork("Cafe"));
+    });
+    forget();
+    emitFromInterface("NetworkAdded", "oa{sv}", other, 0);
+    emitFromInterface("NetworkAdded", "oa{sv}", networkPath, 0);
+    settle();
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    onLoop([&] { communicator->configuredNetworks().removeSync(dbus::OPath(other)); });
+    forget();
+    emitFromInterface("NetworkRemoved", "o", other);
+    settle();
+    EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
 TEST_F(Networks, EnablingSendsABoolean) {
     supplicant.onSet(networkPath, networkInterface, "Enabled", reply(""));
     EXPECT_TRUE(run([](auto& c) { return c.configuredNetworks().setEnabledSync(network, true); }));

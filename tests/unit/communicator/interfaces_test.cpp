@@ -24,6 +24,10 @@ class Interfaces : public CommunicatorTest {
     void emitAdded(const std::string& path) {
         supplicant.emit(rootPath, rootInterface, "InterfaceAdded", values("oa{sv}", path, 0));
     }
+    void emitAdded(const std::string& path, const std::string& name) {
+        supplicant.emit(rootPath, rootInterface, "InterfaceAdded",
+                        values("oa{sv}", path, 1, "Ifname", "s", name));
+    }
     void emitRemoved(const std::string& path) {
         supplicant.emit(rootPath, rootInterface, "InterfaceRemoved", values("o", path));
     }
@@ -40,6 +44,14 @@ class Interfaces : public CommunicatorTest {
         ASSERT_TRUE(calls.waitForCall("status changed: on"));
         onLoop([] {});
         EXPECT_EQ(takeCalls(), attachCalls(path));
+    }
+    // The same after the end of another.
+    void expectAttachedToAnother(const std::string& path) {
+        ASSERT_TRUE(calls.waitForCall("status changed: on"));
+        onLoop([] {});
+        std::vector<std::string> expected = attachCalls(path);
+        expected.insert(expected.begin(), "status changed: off");
+        EXPECT_EQ(takeCalls(), expected);
     }
     // Blocks until all signals that the supplicant has emitted are handled, also while detached: the last one cannot
     // be decoded, which the log shows.
@@ -124,6 +136,82 @@ TEST_F(Interfaces, FurtherInterfacesChangeNothing) {
     settle();
     EXPECT_THAT(takeCalls(), IsEmpty());
     EXPECT_THAT(takeLog(), IsEmpty());
+}
+
+// The supplicant may have listed the interface before its signal arrives.
+TEST_F(Interfaces, SignalOfTheInterfaceInUseChangesNothing) {
+    onInterfaceProperties(reply("a{sv}", 1, "Ifname", "s", "wlan0"));
+    startAttached();
+    emitAdded(interfacePath, "wlan0");
+    settle();
+    EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
+TEST_F(Interfaces, InterfaceOfAnotherProgramIsNotUsedInPlaceOfTheRemovedOne) {
+    onInterfaceProperties(reply("a{sv}", 1, "Ifname", "s", "wlan0"));
+    startAttached();
+    emitAdded(newPath, "ap0");
+    listed({newPath});
+    emitRemoved(interfacePath);
+    ASSERT_TRUE(log.waitForText(spdlog::level::err,
+                                "wpa_supplicant has removed the interface in use, can't control wifi"));
+    onLoop([] {});
+    EXPECT_THAT(takeCalls(), ElementsAre("status changed: off",
+                                         getText(unitPath, unitInterface, "ActiveState"), getInterfaces));
+    listed({interfacePath, newPath});
+    emitAdded(interfacePath, "wlan0");
+    expectAttachedTo(interfacePath);
+}
+
+// Both return after a reset, and the one of another program comes first.
+TEST_F(Interfaces, InterfaceWithTheFormerNameIsUsedAgain) {
+    const std::string returned = interfacePath + '9';
+    supplicant.onGetAll(returned, interfaceInterface, reply("a{sv}", 0));
+    onInterfaceProperties(reply("a{sv}", 1, "Ifname", "s", "wlan0"));
+    startAttached();
+    listed({});
+    emitRemoved(interfacePath);
+    ASSERT_TRUE(log.waitForText(spdlog::level::err, "can't control wifi"));
+    onLoop([] {});
+    forget();
+    listed({newPath});
+    emitAdded(newPath, "ap0");
+    expectAttachedTo(newPath);
+    listed({returned, newPath});
+    emitAdded(returned, "wlan0");
+    expectAttachedToAnother(returned);
+}
+
+// systemd may start a new process without reporting the end of the old one.
+TEST_F(Interfaces, AnotherSupplicantUnderTheSameNameIsAttached) {
+    startAttached();
+    listed({newPath});
+    supplicant.leave();
+    supplicant.comeBack();
+    expectAttachedToAnother(newPath);
+}
+
+TEST_F(Interfaces, SupplicantThatIsGoneIsDetachedOnceItsUnitNoLongerRuns) {
+    startAttached();
+    supplicant.leave();
+    onLoop([] {});
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    changeUnitState("activating");
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    EXPECT_THAT(takeCalls(), ElementsAre("status changed: off"));
+    supplicant.comeBack();
+    changeUnitState("active");
+    expectAttachedTo(interfacePath);
+}
+
+TEST_F(Interfaces, SupplicantThatLeavesWhileItsUnitIsStoppedIsDetached) {
+    startAttached();
+    changeUnitState("deactivating");
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    supplicant.leave();
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    changeUnitState("inactive");
+    EXPECT_THAT(takeCalls(), ElementsAre("status changed: off"));
 }
 
 TEST_F(Interfaces, NothingIsAttachedWhileTheUnitDoesNotRun) {

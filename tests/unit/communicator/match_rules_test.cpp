@@ -69,15 +69,17 @@ TEST_F(MatchRules, AttachAddsRulesInThisOrder) {
     start("active");
     const auto all = traffic();
     ASSERT_GT(all.size(), 4U);
-    EXPECT_THAT(
-        std::vector<std::string>(all.begin() + 4, all.end()),
-        ElementsAre("call fi.w1.wpa_supplicant1 " + getInterfaces,
-                    supplicantMatch("match", interfaceInterface + ".ScanDone"),
-                    supplicantMatch("match", interfaceInterface + ".EAP"),
-                    supplicantMatch("match", interfaceInterface + ".NetworkSelected"),
-                    supplicantMatch("match", propertiesInterface + ".PropertiesChanged"),
-                    "call fi.w1.wpa_supplicant1 " + getInterfaceProperties, "match" + networkdMatch,
-                    "call org.freedesktop.network1 " + getNetworkdProperties, "status-changed", "end"));
+    EXPECT_THAT(std::vector<std::string>(all.begin() + 4, all.end()),
+                ElementsAre("call fi.w1.wpa_supplicant1 " + getInterfaces,
+                            supplicantMatch("match", interfaceInterface + ".ScanDone"),
+                            supplicantMatch("match", interfaceInterface + ".EAP"),
+                            supplicantMatch("match", interfaceInterface + ".NetworkSelected"),
+                            supplicantMatch("match", propertiesInterface + ".PropertiesChanged"),
+                            "call fi.w1.wpa_supplicant1 " + getInterfaceProperties, "match" + networkdMatch,
+                            "call org.freedesktop.network1 " + getNetworkdProperties,
+                            supplicantMatch("match", interfaceInterface + ".NetworkAdded"),
+                            supplicantMatch("match", interfaceInterface + ".NetworkRemoved"),
+                            "status-changed", "end"));
 }
 
 TEST_F(MatchRules, DetachDropsOnlyTheRulesOfTheAttachAfterTheStatusHandler) {
@@ -96,6 +98,8 @@ TEST_F(MatchRules, DetachDropsOnlyTheRulesOfTheAttachAfterTheStatusHandler) {
                            supplicantMatch("unmatch", interfaceInterface + ".EAP"),
                            supplicantMatch("unmatch", interfaceInterface + ".NetworkSelected"),
                            supplicantMatch("unmatch", propertiesInterface + ".PropertiesChanged"),
+                           supplicantMatch("unmatch", interfaceInterface + ".NetworkAdded"),
+                           supplicantMatch("unmatch", interfaceInterface + ".NetworkRemoved"),
                            "unmatch" + networkdMatch, "end"));
     EXPECT_EQ(since[1], "status-changed");
 }

@@ -90,6 +90,37 @@ TEST_F(Disconnect, RefusedDisconnectIsRepeatedWhenOnlyTheEndOfLinkSetupIsReporte
     EXPECT_EQ(takeCalls(), (Calls{posting, "disconnectSync"}));
 }
 
+// The link was lost, but its report comes only after the request.
+TEST_F(Disconnect, RefusedDisconnectIsRepeatedAlsoWhenTheLossOfTheLinkWasNotKnown) {
+    startWithSupplicant();
+    becomeConnected("Home");
+    communicator->onRefresh = [&] { reportStatus(SupplicantStatus::Disconnected); };
+    disconnectInVain();
+    takeCalls();
+    clock->advance(1ms);
+    reportBss("Home");
+    reportStatus(SupplicantStatus::Connecting);
+    clock->advance(1ms);
+    runUntilIdle();
+    EXPECT_THAT(takeCalls(), testing::IsSupersetOf({posting, std::string("disconnectSync")}));
+    EXPECT_THAT(state(), testing::StartsWith("status=disconnected"));
+}
+
+TEST_F(Disconnect, LinkThatAFailedDisconnectLeftUpIsShown) {
+    startWithSupplicant();
+    becomeConnected("Home");
+    communicator->onRefresh = [&] {
+        reportBss("Home");
+        reportStatus(SupplicantStatus::Connected);
+    };
+    forget();
+    disconnectInVain();
+    runUntilIdle();
+    EXPECT_THAT(state(), testing::StartsWith(R"(status=connected, ssid="Home")"));
+    EXPECT_THAT(takeCalls(),
+                testing::IsSupersetOf({std::string("disconnectSync fails"), std::string("refreshSync")}));
+}
+
 TEST_F(Disconnect, RefusedDisconnectIsNotRepeatedAfterALaterRequest) {
     startWithSupplicant();
     const std::vector<std::pair<const char*, std::function<void()>>> requests{

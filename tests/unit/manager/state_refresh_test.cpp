@@ -89,6 +89,33 @@ TEST_F(StateRefresh, AttemptThatStandsStillIsReadAgainAtTheSignalPoll) {
     EXPECT_THAT(state(), testing::StartsWith("status=disconnected"));
 }
 
+TEST_F(StateRefresh, NetworksOfAnotherClientAreListedAgainOnce) {
+    reportBssList({{"Home", -50, SecurityMode::none}});
+    stack->configure("Home");
+    forget();
+    communicator->configuredNetworksChangedHandler();
+    communicator->configuredNetworksChangedHandler();
+    runUntilIdle();
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), (Calls{posting, listing}));
+    ASSERT_EQ(engine->networks().size(), 1U);
+    EXPECT_TRUE(engine->networks().front().configured);
+}
+
+TEST_F(StateRefresh, NetworksOfAnotherClientAreListedAfterTheAttempt) {
+    connectTo("Home");
+    forget();
+    communicator->configuredNetworksChangedHandler();
+    runUntilIdle();
+    EXPECT_THAT(takeCalls(), testing::Not(testing::Contains(listing)));
+    reportStatus(SupplicantStatus::Connecting);
+    reportStatus(SupplicantStatus::Disconnected);
+    runUntilIdle();
+    takeCalls();
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), Calls{listing});
+}
+
 TEST_F(StateRefresh, OrdinaryAttemptIsNotReadAgain) {
     connectTo("Home");
     takeCalls();
