@@ -48,6 +48,16 @@ const sd_bus_vtable Control::vtable_[] = {
     method("SetAutoRestart", [](Control& c, bool restart) { c.device_.setAutoRestart(restart); }),
     method("SetUnitState", [](Control& c, const std::string& active,
                               const std::string& sub) { c.device_.setUnitState(active, sub); }),
+    method("RemoveInterface", [](Control& c) { c.device_.removeInterface(); }),
+    method("AddInterface", [](Control& c) { c.device_.addInterface(); }),
+    method("RemoveOtherInterface", [](Control& c) { c.device_.removeOtherInterface(); }),
+    method("AddOtherInterface", [](Control& c) { c.device_.addOtherInterface(); }),
+    method("SelectNetwork",
+           [](Control& c, const std::string& ssid) {
+               if (!c.device_.selectNetwork(ssid)) {
+                   throw BusError("com.kazwifi.Simulator1.UnknownNetwork", "no network is configured for it");
+               }
+           }),
     method("Storm", [](Control& c, std::uint32_t signals) { c.device_.storm(signals); }),
     method("OrderFault",
            [](Control& c, const std::string& json) { return c.device_.orderFault(faultFromJson(json)); }),

@@ -1,5 +1,6 @@
 #include "simulator/device/device.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -98,21 +99,60 @@ bool Device::setSignal(const std::string& bssid, std::int16_t dBm) {
 }
 
 void Device::deauthenticate(int reason) {
-    if (Supplicant* const running = supplicant()) {
-        running->station().deauthenticated(reason);
+    if (InterfaceObject* const present = interface()) {
+        present->station().deauthenticated(reason);
     }
 }
 
 void Device::dropLink() {
-    if (Supplicant* const running = supplicant()) {
-        running->station().connectionLost();
+    if (InterfaceObject* const present = interface()) {
+        present->station().connectionLost();
     }
 }
 
 void Device::storm(unsigned signals) {
-    if (Supplicant* const running = supplicant()) {
-        running->interface().storm(signals);
+    if (InterfaceObject* const present = interface()) {
+        present->storm(signals);
     }
+}
+
+void Device::removeInterface() {
+    if (Supplicant* const running = supplicant()) {
+        running->removeInterface();
+    }
+}
+
+void Device::addInterface() {
+    if (Supplicant* const running = supplicant()) {
+        running->addInterface();
+    }
+}
+
+void Device::removeOtherInterface() {
+    if (Supplicant* const running = supplicant()) {
+        running->removeOtherInterface();
+    }
+}
+
+void Device::addOtherInterface() {
+    if (Supplicant* const running = supplicant()) {
+        running->addOtherInterface();
+    }
+}
+
+bool Device::selectNetwork(const std::string& ssid) {
+    InterfaceObject* const present = interface();
+    if (present == nullptr) {
+        return false;
+    }
+    const auto& all = present->networks().all();
+    const auto wanted = std::find_if(all.begin(), all.end(),
+                                     [&](const auto& network) { return network->config.ssid() == ssid; });
+    if (wanted == all.end()) {
+        return false;
+    }
+    present->station().select(**wanted);
+    return true;
 }
 
 void Device::restartSupplicant() {
@@ -120,19 +160,24 @@ void Device::restartSupplicant() {
 }
 
 std::string Device::supplicantState() {
-    Supplicant* const running = supplicant();
-    return running == nullptr ? std::string() : std::string(toText(running->station().state()));
+    InterfaceObject* const present = interface();
+    return present == nullptr ? std::string() : std::string(toText(present->station().state()));
 }
 
 void Device::accessPointsChanged() {
-    if (Supplicant* const running = supplicant()) {
-        running->station().accessPointsChanged();
+    if (InterfaceObject* const present = interface()) {
+        present->station().accessPointsChanged();
     }
 }
 
 void Device::followLink() {
+    InterfaceObject* const present = interface();
+    networkd_->linkIs(present != nullptr && present->station().state() == State::completed);
+}
+
+InterfaceObject* Device::interface() {
     Supplicant* const running = supplicant();
-    networkd_->linkIs(running != nullptr && running->station().state() == State::completed);
+    return running == nullptr ? nullptr : running->interface();
 }
 
 }  // namespace kaz::sim

@@ -42,6 +42,12 @@ class Device : NonCopyable {
     }
     void storm(unsigned signals);
 
+    void removeInterface();
+    void addInterface();
+    void removeOtherInterface();
+    void addOtherInterface();
+    bool selectNetwork(const std::string& ssid);
+
     FaultId orderFault(const Fault& fault) { return faults_.order(fault); }
     unsigned timesFired(FaultId fault) const { return faults_.timesFired(fault); }
     void clearFaults() { faults_.clear(); }
@@ -58,6 +64,8 @@ class Device : NonCopyable {
 
     // Null unless the simulated supplicant runs; always null with the real one.
     Supplicant* supplicant() { return simulated_ == nullptr ? nullptr : simulated_->supplicant(); }
+    // The same while the supplicant has no interface.
+    InterfaceObject* interface();
 
     Neighbourhood neighbourhood_;
     Faults faults_;

@@ -52,6 +52,16 @@ class SimulatedDevice : NonCopyable {
     }
     void storm(unsigned signals) { run(&Device::storm, signals); }
 
+    // The supplicant's interfaces. The radio's gets another path when it is made again. Others do nothing; the newest
+    // of them is removed first.
+    void removeInterface() { run(&Device::removeInterface); }
+    void addInterface() { run(&Device::addInterface); }
+    void removeOtherInterface() { run(&Device::removeOtherInterface); }
+    void addOtherInterface() { run(&Device::addOtherInterface); }
+
+    // Another client selects the first network of this SSID. Returns false if there is none.
+    bool selectNetwork(const std::string& ssid) { return run(&Device::selectNetwork, ssid); }
+
     // Faults and calls.
     FaultId orderFault(const Fault& fault) { return run(&Device::orderFault, fault); }
     unsigned timesFired(FaultId fault) { return run(&Device::timesFired, fault); }

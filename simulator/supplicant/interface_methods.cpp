@@ -121,7 +121,7 @@ void InterfaceObject::saveConfig() {
 }
 
 Network& InterfaceObject::networkAt(const ObjectPath& wanted) {
-    if (!wanted.starts_with(std::string(path) + "/Networks/")) {
+    if (!wanted.starts_with(path_ + "/Networks/")) {
         refuseArguments();
     }
     for (const auto& [id, object] : networkObjects_) {
@@ -135,7 +135,7 @@ Network& InterfaceObject::networkAt(const ObjectPath& wanted) {
 void InterfaceObject::remove(Network& network) {
     const unsigned id = network.id;
     station_.remove(network);
-    sd_bus_emit_signal(connection_.bus(), path, interface, "NetworkRemoved", "o",
+    sd_bus_emit_signal(connection_.bus(), path_.c_str(), interface, "NetworkRemoved", "o",
                        networkObjects_.at(id)->path().c_str());
     networkObjects_.erase(id);
 }

@@ -5,16 +5,17 @@
 namespace kaz::sim {
 
 InterfaceObject::InterfaceObject(Connection& connection, const Scheduler& scheduler,
-                                 const Neighbourhood& neighbourhood, Storage& storage,
+                                 const Neighbourhood& neighbourhood, Storage& storage, std::string path,
                                  std::function<void()> stateChanged)
-    : connection_(connection),
+    : path_(std::move(path)),
+      connection_(connection),
       scheduler_(scheduler),
       neighbourhood_(neighbourhood),
       storage_(storage),
       stateChanged_(std::move(stateChanged)),
-      properties_(scheduler, {connection.bus(), path, interface, vtable_, this}, true),
+      properties_(scheduler, {connection.bus(), path_, interface, vtable_, this}, true),
       station_(scheduler, neighbourhood, networks_, stationEvents()),
-      slot_(connection.serve(path, interface, vtable_, this)) {
+      slot_(connection.serve(path_, interface, vtable_, this)) {
     for (const NetworkConfig& config : storage.config.networks) {
         publish(config);
     }
@@ -77,7 +78,7 @@ Station::Events InterfaceObject::stationEvents() {
 Network& InterfaceObject::publish(NetworkConfig config) {
     Network& network = networks_.add(std::move(config));
     auto object = std::make_unique<NetworkObject>(
-        connection_, scheduler_, NetworkObject::pathOf(path, network.id), network, neighbourhood_.eapMethods,
+        connection_, scheduler_, NetworkObject::pathOf(path_, network.id), network, neighbourhood_.eapMethods,
         [this, &network](bool enabled) { station_.setEnabled(network, enabled); });
     emitAdded("NetworkAdded", object->properties().source());
     networkObjects_.emplace(network.id, std::move(object));
@@ -96,18 +97,18 @@ void InterfaceObject::changed(const char* property) {
 
 template <typename... Arguments>
 void InterfaceObject::emit(const char* member, const char* types, Arguments... arguments) {
-    sd_bus_emit_signal(connection_.bus(), path, interface, member, types, arguments...);
+    sd_bus_emit_signal(connection_.bus(), path_.c_str(), interface, member, types, arguments...);
 }
 
 void InterfaceObject::emitAdded(const char* member, const PropertySource& object) {
-    const Message signal = newSignal(connection_.bus(), path, interface, member);
+    const Message signal = newSignal(connection_.bus(), path_, interface, member);
     checked(sd_bus_message_append(signal.get(), "o", object.path.c_str()), "append path");
     appendProperties(signal.get(), object, {});
     sd_bus_send(connection_.bus(), signal.get(), nullptr);
 }
 
-std::string InterfaceObject::bssPath(unsigned id) {
-    return std::string(path) + "/BSSs/" + std::to_string(id);
+std::string InterfaceObject::bssPath(unsigned id) const {
+    return path_ + "/BSSs/" + std::to_string(id);
 }
 
 }  // namespace kaz::sim

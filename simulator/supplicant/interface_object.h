@@ -16,7 +16,6 @@ namespace kaz::sim {
 // The supplicant's network interface on the bus, with its networks and BSSs.
 class InterfaceObject {
   public:
-    static constexpr const char* path = "/fi/w1/wpa_supplicant1/Interfaces/0";
     static constexpr const char* interface = "fi.w1.wpa_supplicant1.Interface";
 
     // What the supplicant keeps across a restart.
@@ -27,13 +26,14 @@ class InterfaceObject {
 
     // All references must outlive this. Starts with the stored networks.
     InterfaceObject(Connection& connection, const Scheduler& scheduler, const Neighbourhood& neighbourhood,
-                    Storage& storage, std::function<void()> stateChanged);
+                    Storage& storage, std::string path, std::function<void()> stateChanged);
 
     void start() { station_.start(); }
+    const std::string& path() const noexcept { return path_; }
     Station& station() noexcept { return station_; }
-    const NetworkList& networks() const noexcept { return networks_; }
+    NetworkList& networks() noexcept { return networks_; }
 
-    // Signals the removal of all networks, as the daemon does when it ends.
+    // Signals the removal of all networks, as the daemon does when it removes the interface.
     void withdraw();
 
     // Sends this number of PropertiesChanged signals of the interface as fast as possible.
@@ -61,8 +61,9 @@ class InterfaceObject {
     template <typename... Arguments>
     void emit(const char* member, const char* types, Arguments... arguments);
     void emitAdded(const char* member, const PropertySource& object);
-    static std::string bssPath(unsigned id);
+    std::string bssPath(unsigned id) const;
 
+    std::string path_;
     Connection& connection_;
     const Scheduler& scheduler_;
     const Neighbourhood& neighbourhood_;

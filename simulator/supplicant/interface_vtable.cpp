@@ -76,12 +76,12 @@ const sd_bus_vtable InterfaceObject::vtable_[] = {
     property("CurrentBSS",
              [](const InterfaceObject& o) {
                  const Bss* const bss = o.station_.currentBss();
-                 return ObjectPath(bss == nullptr ? "/" : bssPath(bss->id));
+                 return ObjectPath(bss == nullptr ? "/" : o.bssPath(bss->id));
              }),
     property("CurrentNetwork",
              [](const InterfaceObject& o) {
                  const Network* const network = o.station_.currentNetwork();
-                 return ObjectPath(network == nullptr ? "/" : NetworkObject::pathOf(path, network->id));
+                 return ObjectPath(network == nullptr ? "/" : NetworkObject::pathOf(o.path_, network->id));
              }),
     property("CurrentAuthMode", [](const InterfaceObject& o) { return o.station_.authMode(); }),
     property("BSSs", [](const InterfaceObject& o) { return pathsOf(o.bssObjects_); }),

@@ -125,6 +125,8 @@ void Station::groupHandshake() {
     const AccessPoint* const accessPoint = reachedAccessPoint();
     if (accessPoint == nullptr) {
         connectionLost();
+    } else if (accessPoint->busy) {
+        stepAfter(neighbourhood_.times.handshake, &Station::groupHandshake);
     } else if (admission(currentNetwork()->config, *accessPoint) == Admission::refusedAtHandshake) {
         step_ = scheduler_.after(neighbourhood_.times.handshakeTimeout,
                                  [this] { refused(handshakeTimeoutReason); });

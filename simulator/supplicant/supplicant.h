@@ -3,6 +3,9 @@
 #include "simulator/supplicant/interface_object.h"
 
 #include <functional>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace kaz::sim {
 
@@ -18,16 +21,34 @@ class Supplicant {
     // Sends the signals that the daemon sends when it is terminated.
     void withdraw();
 
-    Station& station() noexcept { return interface_.station(); }
-    InterfaceObject& interface() noexcept { return interface_; }
+    // Makes the interface of the radio, with the stored networks, and removes it. The new one has another path.
+    void addInterface();
+    void removeInterface();
+
+    // Makes an interface that is listed but does nothing, and removes the newest one of these.
+    void addOtherInterface();
+    void removeOtherInterface();
+
+    // That of the radio; null while there is none.
+    InterfaceObject* interface() noexcept { return interface_.get(); }
 
   private:
     static const sd_bus_vtable vtable_[];
 
+    std::string newPath();
+    void announce(const std::string& path, const PropertySource* properties);
+    void remove(const std::string& path);
+    void signalRemoved(const std::string& path);
+
+    const Environment& environment_;
     const Neighbourhood& neighbourhood_;
+    InterfaceObject::Storage& storage_;
+    std::function<void()> stateChanged_;
     Connection connection_;
     Slot slot_;
-    InterfaceObject interface_;
+    std::vector<std::string> paths_;  // of all interfaces, the newest first
+    unsigned nextNumber_ = 0;
+    std::unique_ptr<InterfaceObject> interface_;
 };
 
 }  // namespace kaz::sim

@@ -35,6 +35,7 @@ struct AccessPoint {
     std::vector<EapAccount> accounts = {};
     bool hidden = false;  // beacons without its SSID, answers only probes for it
     bool full = false;    // refuses every station
+    bool busy = false;    // leaves handshakes unfinished until this is false
 
     bool operator==(const AccessPoint&) const = default;
 };

@@ -19,7 +19,8 @@ struct Neighbourhood {
     Times times = {};
     bool unitActive = true;
     bool updateConfig = true;
-    unsigned moreInterfaces = 0;     // listed by the supplicant after the one that is simulated
+    bool interface = true;           // whether the supplicant starts with the radio's interface
+    unsigned moreInterfaces = 0;     // listed by the supplicant after the radio's; they do nothing
     bool announceOwnChoice = false;  // NetworkSelected also for the supplicant's own choices
 
     // The access point with this BSSID, or null.

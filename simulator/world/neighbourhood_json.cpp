@@ -101,6 +101,7 @@ void fillAccessPoint(AccessPoint& accessPoint, const json& value, const std::str
         {"password", [](AccessPoint& a, const json& v) { a.password = v.get<std::string>(); }},
         {"hidden", [](AccessPoint& a, const json& v) { a.hidden = v.get<bool>(); }},
         {"full", [](AccessPoint& a, const json& v) { a.full = v.get<bool>(); }},
+        {"busy", [](AccessPoint& a, const json& v) { a.busy = v.get<bool>(); }},
         {"accounts",
          [](AccessPoint& a, const json& v) {
              a.accounts.clear();
@@ -178,6 +179,7 @@ Neighbourhood neighbourhoodFromJson(std::string_view text) {
         {"times", [](Neighbourhood& n, const json& v) { fillTimes(n.times, v); }},
         {"unit_active", [](Neighbourhood& n, const json& v) { n.unitActive = v.get<bool>(); }},
         {"update_config", [](Neighbourhood& n, const json& v) { n.updateConfig = v.get<bool>(); }},
+        {"interface", [](Neighbourhood& n, const json& v) { n.interface = v.get<bool>(); }},
         {"more_interfaces", [](Neighbourhood& n, const json& v) { n.moreInterfaces = v.get<unsigned>(); }},
         {"announce_own_choice", [](Neighbourhood& n, const json& v) { n.announceOwnChoice = v.get<bool>(); }},
     };

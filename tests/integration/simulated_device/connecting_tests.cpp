@@ -1,4 +1,5 @@
 #include "support/device_fixture/device_fixture.h"
+#include "support/waiting/waiting.h"
 
 #include <chrono>
 
@@ -157,6 +158,52 @@ TEST_F(Connecting, AConnectionWhoseLinkIsLostComesBack) {
         return info.disconnectSsid == "Home" && info.disconnectReason == Reason::causedBySystem;
     }));
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+}
+
+TEST_F(Connecting, ADisconnectWhileTheSupplicantSearchesHoldsAlsoOnceItHasFoundTheNetwork) {
+    start();
+    connect(home());
+    ASSERT_TRUE(device().removeAccessPoint(accessPoint("Home").bssid));
+    ASSERT_TRUE(user().waitForStatus(Status::disconnected));
+    forgetLog();
+    manager().disconnect();
+    ASSERT_TRUE(log().waitForText(spdlog::level::warn, "fi.w1.wpa_supplicant1.NotConnected"));
+    device().addAccessPoint(accessPoint("Home"));
+    ASSERT_TRUE(
+        log().waitForText(spdlog::level::info, "Disconnecting again, the supplicant has found a network"));
+    ASSERT_TRUE(user().waitForStatus(Status::disconnected));
+    EXPECT_TRUE(eventually([&] { return device().supplicantState() == "disconnected"; }));
+    ASSERT_NO_FATAL_FAILURE(connect(home()));
+}
+
+TEST_F(Connecting, ANetworkThatAnotherClientSelectsIsFollowed) {
+    start();
+    connect(home());
+    connect(cafe());
+    ASSERT_TRUE(device().selectNetwork("Home"));
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
+    EXPECT_EQ(manager().connectionInfo().disconnectSsid, "Cafe");
+    EXPECT_EQ(manager().connectionInfo().disconnectReason, Reason::causedBySystem);
+
+    manager().connectConfigured("Cafe");
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Cafe"));
+    EXPECT_TRUE(log().waitFor([&](const RecordingLog::Records&) {
+        return savedConfiguration().find("disabled=1") == std::string::npos;
+    }));
+}
+
+// The supplicant has reported the access point before the attempt, and reports no selection.
+TEST_F(Connecting, AConnectToTheNetworkThatTheSupplicantIsJoiningSucceeds) {
+    neighbourhood.configuredNetworks = {{{"ssid", "Home"}, {"key_mgmt", "WPA-PSK"}, {"psk", homePassword}}};
+    accessPoint("Home").busy = true;
+    start();
+    ASSERT_TRUE(eventually([&] { return device().supplicantState() == "4way_handshake"; }));
+    device().forgetCalls();
+    manager().connectConfigured("Home");
+    ASSERT_TRUE(waitForCall("SelectNetwork"));
+    ASSERT_TRUE(device().alterAccessPoint(accessPoint("Home").bssid,
+                                          [](sim::AccessPoint& point) { point.busy = false; }));
+    EXPECT_TRUE(user().waitForStatus(Status::connected, "Home"));
 }
 
 TEST_F(Connecting, ConnectAcceptsOnlyTheEapMethodsOnOffer) {

@@ -62,6 +62,7 @@ class LastingErrors : public DeviceFixture, public testing::WithParamInterface<L
     }
 
     void restartTheSupplicant() { device().restartSupplicant(); }
+    void addAnInterface() { device().addOtherInterface(); }
 
     void crashTheSupplicant() {
         device().crashSupplicant();
@@ -144,11 +145,6 @@ class LastingErrors : public DeviceFixture, public testing::WithParamInterface<L
   private:
     void spoil() { ordered = device().orderFault(GetParam().fault); }
 
-    sim::AccessPoint accessPoint(const std::string& ssid) const {
-        const auto& all = neighbourhood.accessPoints;
-        return *std::find_if(all.begin(), all.end(), [&](const auto& point) { return point.ssid == ssid; });
-    }
-
     bool isOnItsWay() { return manager().connectionInfo().status != Status::disconnected; }
 
     void loseTheSupplicantOnceItIsFollowed() {
@@ -229,10 +225,18 @@ const std::vector<LastingError> lastingErrors{
      &E::switchOffAndOn, &E::isInitialised},
     {"InterfacesUntilTheSupplicantCrashes", interfaces, &E::startAnew, &E::isNotInitialised,
      &E::crashTheSupplicant, &E::isInitialised},
+    {"InterfacesUntilTheSupplicantIsRestarted", interfaces, &E::startAnew, &E::isNotInitialised,
+     &E::restartTheSupplicant, &E::isInitialised},
+    {"InterfacesUntilOneIsAdded", interfaces, &E::startAnew, &E::isNotInitialised, &E::addAnInterface,
+     &E::isInitialised},
     {"InterfacesUntilTheBusIsLost", interfaces, &E::startAnew, &E::isNotInitialised, &E::restartTheBus,
      &E::isInitialised},
     {"NoInterfacesUntilTheSupplicantIsSwitched", noInterfaces, &E::startAnew, &E::isNotInitialised,
      &E::switchOffAndOn, &E::isInitialised},
+    {"NoInterfacesUntilTheSupplicantIsRestarted", noInterfaces, &E::startAnew, &E::isNotInitialised,
+     &E::restartTheSupplicant, &E::isInitialised},
+    {"NoInterfacesUntilOneIsAdded", noInterfaces, &E::startAnew, &E::isNotInitialised, &E::addAnInterface,
+     &E::isInitialised},
     {"NoInterfacesUntilTheBusIsLost", noInterfaces, &E::startAnew, &E::isNotInitialised, &E::restartTheBus,
      &E::isInitialised},
     {"PropertiesUntilTheyChange", properties, &E::startAnew, &E::knowsNothing, &E::reportAnotherListAndState,
@@ -241,6 +245,8 @@ const std::vector<LastingError> lastingErrors{
      &E::switchOffAndOn, &E::hasEapMethods},
     {"EapMethodsUntilTheSupplicantCrashes", eapMethods, &E::startAnew, &E::hasNoEapMethods,
      &E::crashTheSupplicant, &E::hasEapMethods},
+    {"EapMethodsUntilTheSupplicantIsRestarted", eapMethods, &E::startAnew, &E::hasNoEapMethods,
+     &E::restartTheSupplicant, &E::hasEapMethods},
     {"EapMethodsUntilTheBusIsLost", eapMethods, &E::startAnew, &E::hasNoEapMethods, &E::restartTheBus,
      &E::hasEapMethods},
     {"NetworksUntilAConnect", networks, &E::startAnew, &E::doesNotKnowCafe, &E::connectToAnother,

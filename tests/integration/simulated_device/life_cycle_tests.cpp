@@ -48,14 +48,16 @@ TEST_F(LifeCycle, ASupplicantThatCrashedIsFollowedOnceItIsStartedAgain) {
     ASSERT_TRUE(user().waitForStatus(Status::connected, "Home"));
 }
 
-// The unit passes only through transitional states, so the library does not detach. The reports of the new
-// supplicant must be enough.
+// systemd reports only transitional states of the unit. But the supplicant removes its interface when it ends.
 TEST_F(LifeCycle, ASupplicantThatIsRestartedIsFollowed) {
     start();
     ASSERT_NO_FATAL_FAILURE(connect(home()));
     ASSERT_TRUE(waitForSaved("priority=2"));
     user().forgetHistory();
+    const int before = user().enabledCallbacks();
     device().restartSupplicant();
+    ASSERT_TRUE(user().waitUntil([&] { return user().enabledCallbacks() >= before + 2; }));
+    ASSERT_TRUE(user().waitForStack(true));
     ASSERT_TRUE(user().waitUntil([&] {
         const auto history = user().history();
         const auto lost = std::find_if(history.begin(), history.end(),

@@ -53,6 +53,17 @@ TEST_F(Scanning, TheListFollowsAccessPointsThatComeGoAndMove) {
     }));
 }
 
+// The supplicant reports the list when an access point comes or goes, but not when only a signal has changed.
+TEST_F(Scanning, TheListHasTheNewSignalAfterAScanThatFindsTheSameAccessPoints) {
+    start();
+    manager().scan();
+    ASSERT_TRUE(user().waitForNetwork("Cafe"));
+    ASSERT_TRUE(user().waitUntil([&] { return !manager().isScanning(); }));
+    ASSERT_TRUE(device().setSignal(accessPoint("Cafe").bssid, -41));
+    manager().scan();
+    EXPECT_TRUE(user().waitUntil([&] { return user().network("Cafe")->signal == -41; }));
+}
+
 TEST_F(Scanning, TwoAccessPointsOfOneNetworkAreOneEntry) {
     sim::AccessPoint second = neighbourhood.accessPoints.front();
     second.bssid = neighbourhood.freeBssid();

@@ -52,7 +52,7 @@ void DeviceFixture::startDevice() {
 void DeviceFixture::start() {
     startDevice();
     user_ = std::make_unique<WifiUser>();
-    if (neighbourhood.unitActive) {
+    if (neighbourhood.unitActive && neighbourhood.interface) {
         ASSERT_TRUE(user_->waitForStack(true));
     }
 }
@@ -80,6 +80,11 @@ void DeviceFixture::restartBus() {
 void DeviceFixture::restartDevice() {
     device_.reset();
     startDevice();
+}
+
+sim::AccessPoint& DeviceFixture::accessPoint(const std::string& ssid) {
+    auto& all = neighbourhood.accessPoints;
+    return *std::find_if(all.begin(), all.end(), [&](const auto& point) { return point.ssid == ssid; });
 }
 
 std::string DeviceFixture::savedConfiguration() const {

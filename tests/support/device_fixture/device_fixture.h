@@ -25,8 +25,10 @@ class DeviceFixture : public ::testing::Test {
 
     // Change this before start().
     sim::Neighbourhood neighbourhood;
+    sim::AccessPoint& accessPoint(const std::string& ssid);
 
-    // Switches the device on and starts the user. If the supplicant runs, waits until the user is attached to it.
+    // Switches the device on and starts the user. If the supplicant runs and has an interface, waits until the user is
+    // attached to it.
     void start();
 
     sim::SimulatedDevice& device() { return *device_; }

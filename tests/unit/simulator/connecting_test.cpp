@@ -5,7 +5,10 @@
 namespace kaz::sim::test {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::Field;
+using ::testing::Not;
 
 class Connecting : public DeviceTest {
   protected:
@@ -148,6 +151,25 @@ TEST_F(Connecting, MovesToTheOtherAccessPointOfANetworkWhenOneGoes) {
     ASSERT_TRUE(reaches("disconnected"));
     ASSERT_TRUE(reaches("completed"));
     EXPECT_EQ(signalOfTheBss(), -80);
+}
+
+TEST_F(Connecting, WaitsInTheHandshakeWhileTheAccessPointIsBusy) {
+    AccessPoint busy = home;
+    busy.bssid = "02:00:00:00:00:01";
+    busy.busy = true;
+    startInRangeOf({busy});
+    const std::string network = addNetwork(pskNetwork("Home", "correct horse"));
+    select(network);
+    ASSERT_TRUE(reaches("4way_handshake"));
+    const json bss = get("CurrentBSS");
+    client_->signals().clear();
+    select(network);  // which it joins already
+    EXPECT_EQ(get("State"), "4way_handshake");
+    ASSERT_TRUE(device_->alterAccessPoint(busy.bssid, [](AccessPoint& point) { point.busy = false; }));
+    ASSERT_TRUE(client_->becomes("State", "completed"));
+    EXPECT_EQ(get("CurrentBSS"), bss);
+    EXPECT_TRUE(client_->valuesOf("CurrentBSS").empty()) << "it was reported before";
+    EXPECT_THAT(client_->signals(), Not(Contains(Field(&Signal::member, "NetworkSelected"))));
 }
 
 TEST_F(Connecting, PollsTheSignalOfTheConnectionOnly) {

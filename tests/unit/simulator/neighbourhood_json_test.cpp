@@ -24,7 +24,7 @@ std::string refusal(const std::string& text) {
 TEST(NeighbourhoodJson, ReadsEveryMemberOfAnAccessPoint) {
     const auto neighbourhood = neighbourhoodFromJson(R"({"access_points": [{
         "ssid_hex": "4100fe", "bssid": "02:00:00:00:00:07", "signal": -71, "frequency": 5180, "security": "eap",
-        "password": "unused", "hidden": true, "full": true,
+        "password": "unused", "hidden": true, "full": true, "busy": true,
         "accounts": [{"identity": "ada", "password": "p", "method": "PEAP", "phase2": "GTC"}]}]})");
     const AccessPoint expected{.ssid = std::string("A\0\xfe", 3),
                                .bssid = "02:00:00:00:00:07",
@@ -34,7 +34,8 @@ TEST(NeighbourhoodJson, ReadsEveryMemberOfAnAccessPoint) {
                                .password = "unused",
                                .accounts = {{"ada", "p", "PEAP", "GTC"}},
                                .hidden = true,
-                               .full = true};
+                               .full = true,
+                               .busy = true};
     ASSERT_EQ(neighbourhood.accessPoints.size(), 1U);
     EXPECT_TRUE(neighbourhood.accessPoints.front() == expected);
 }
@@ -42,12 +43,14 @@ TEST(NeighbourhoodJson, ReadsEveryMemberOfAnAccessPoint) {
 TEST(NeighbourhoodJson, ReadsTheDevicesOwnSetUp) {
     const auto neighbourhood = neighbourhoodFromJson(R"({
         "unit_active": false, "update_config": false, "announce_own_choice": true, "more_interfaces": 1,
+        "interface": false,
         "eap_methods": ["PEAP"], "times": {"scan": 10, "dhcp": 20},
         "configured_networks": [{"ssid": "Home", "psk": "password", "priority": 3, "scan_ssid": true},
                                 {"ssid_hex": "fe"}]})");
     EXPECT_FALSE(neighbourhood.unitActive);
     EXPECT_FALSE(neighbourhood.updateConfig);
     EXPECT_TRUE(neighbourhood.announceOwnChoice);
+    EXPECT_FALSE(neighbourhood.interface);
     EXPECT_EQ(neighbourhood.moreInterfaces, 1U);
     EXPECT_EQ(neighbourhood.eapMethods, std::vector<std::string>{"PEAP"});
     EXPECT_EQ(neighbourhood.times.scan.count(), 10);
