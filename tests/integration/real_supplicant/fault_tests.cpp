@@ -235,7 +235,7 @@ class FaultsOnTheWire : public testing::TestWithParam<std::tuple<Operation, Faul
     }
     void forget(const std::string& ssid) {
         manager().forgetNetwork(ssid);
-        ASSERT_TRUE(eventually([&] { return saved().networks.count(ssid) == 0; })) << ssid;
+        ASSERT_TRUE(eventually([&] { return !saved().networks.contains(ssid); })) << ssid;
     }
 
     // The supplicant's configuration file. Every block of it is whole.
