@@ -4,8 +4,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <future>
 #include <string>
+#include <thread>
 
 #include "base/temporary_folder.h"
 #include "kazwifictl/session/workspace.h"
@@ -62,6 +65,13 @@ class CommandsTest : public testing::Test {
         return run(forgetNetwork);
     }
 
+    // Blocks until the device has done this.
+    void waitFor(const std::string& what) {
+        std::unique_lock lock(world.mutex);
+        world.changed.wait(
+            lock, [&] { return std::find(world.done.begin(), world.done.end(), what) != world.done.end(); });
+    }
+
     std::string passwordFile(const std::string& password) {
         test::writeFile(folder / "password", password + "\n");
         return folder / "password";
@@ -72,6 +82,7 @@ class CommandsTest : public testing::Test {
     }
 
     const TemporaryFolder folder;
+    std::thread user;
     Report report;
     FakeWorld world;
     Interrupts interrupts;
@@ -143,6 +154,34 @@ TEST_F(CommandsTest, ConnectFindsWhatAScanFoundHoweverLateTheResultsReachIt) {
 TEST_F(CommandsTest, ScanFailsWhenTheSupplicantDoesNotBegin) {
     world.scansBegin = false;
     EXPECT_EQ(run(scanNetworks), ExitCode::failed);
+}
+
+TEST_F(CommandsTest, ScanFailsWhenTheSupplicantStopsMeanwhile) {
+    world.scansEnd = false;
+    world.whenMade = [this](wifi::Manager& manager) {
+        if (!user.joinable()) {
+            user = std::thread([this, &manager] {
+                waitFor("scan");
+                manager.setEnabled(false);
+            });
+        }
+    };
+    EXPECT_EQ(run(scanNetworks), ExitCode::noStack);
+    user.join();
+    EXPECT_EQ(report.failure->why, "wpa_supplicant stopped during the command");
+}
+
+TEST_F(CommandsTest, ScanWaitsForTheScanThatRuns) {
+    world.scansEnd = false;
+    Workspace place(Workspace::Kind::prompt, interrupts, log, options.startWait);
+    Session& session = place.act("", Workspace::Need::stack);
+    session.manager().scan();
+    session.until(Clock::now() + options.startWait, [](const Snapshot& view) { return view.scanning; });
+    ::kill(::getpid(), SIGINT);  // which ends the wait
+    EXPECT_THROW(scanNetworks(options, place, output), Interrupted);
+    EXPECT_TRUE(session.fence(options.startWait));
+    const auto all = world.everything();
+    EXPECT_EQ(std::count(all.begin(), all.end(), "scan"), 1);
 }
 
 TEST_F(CommandsTest, OffHasStoppedTheSupplicantWhenItReturns) {
@@ -284,21 +323,51 @@ TEST_F(CommandsTest, ConnectDoesNothingWhenItIsThereAlready) {
     EXPECT_TRUE(world.everything().empty());
 }
 
+// Also when the user does not wait for the end of the attempt and interrupts it again.
 TEST_F(CommandsTest, ConnectInterruptedLeavesNothingHalfDone) {
     options.ssid = "Home";
     options.connect.passwordFile = passwordFile("correct horse");
-    Workspace place(Workspace::Kind::oneCommand, interrupts, log, options.startWait);
-    std::thread user([this] {
-        std::unique_lock lock(world.mutex);
-        world.changed.wait(lock, [this] {
-            return std::find(world.done.begin(), world.done.end(), "connect Home") != world.done.end();
+    for (const std::vector<int>& signals : {std::vector{SIGINT}, std::vector{SIGINT, SIGTERM}}) {
+        world.done.clear();
+        Workspace place(Workspace::Kind::oneCommand, interrupts, log, options.startWait);
+        user = std::thread([&] {
+            waitFor("connect Home");
+            for (const int signal : signals) {
+                ::kill(::getpid(), signal);
+            }
         });
-        ::kill(::getpid(), SIGINT);
-    });
-    EXPECT_THROW(connectTo(options, place, output), Interrupted);
-    user.join();
-    EXPECT_TRUE(world.did("forget Home"));
-    EXPECT_EQ(world.everything().back(), "save");
+        EXPECT_THROW(connectTo(options, place, output), Interrupted);
+        user.join();
+        static_cast<void>(interrupts.take());  // the second signal, if it came too late
+        EXPECT_TRUE(world.did("forget Home"));
+        EXPECT_EQ(world.everything().back(), "save");
+    }
+}
+
+TEST_F(CommandsTest, ConnectKeepsASavedNetworkWhoseTimeIsUp) {
+    world.saved = {"Home"};
+    options.ssid = "Home";
+    options.connect.wait = milliseconds(100);
+    EXPECT_EQ(run(connectTo), ExitCode::timedOut);
+    EXPECT_TRUE(world.did("disconnect"));
+    EXPECT_FALSE(world.did("forget Home"));
+}
+
+TEST_F(CommandsTest, ConnectAndForgetFailWhenTheSupplicantCannotSave) {
+    world.saved = {"Cafe", "Far away"};
+    world.afterConnect["Home"] = success;
+    world.canSave = false;
+    for (const std::string ssid : {"Cafe", "Far away"}) {
+        EXPECT_EQ(forget(ssid), ExitCode::failed) << ssid;
+        EXPECT_NE(report.failure->what.find("is forgotten, but only until"), std::string::npos) << ssid;
+    }
+    EXPECT_EQ(connect("Home"), ExitCode::failed);
+    EXPECT_EQ(report.failure->what, "\"Home\" is connected, but not saved");
+    EXPECT_EQ(report.members.at("saved"), false);
+    world.canSave = true;
+    world.saved = {"Cafe"};
+    EXPECT_EQ(connect("Home"), ExitCode::done) << "what failed before does not count";
+    EXPECT_EQ(forget("Cafe"), ExitCode::done);
 }
 
 TEST_F(CommandsTest, DisconnectHasHappenedWhenItReturns) {
@@ -362,6 +431,38 @@ TEST_F(CommandsTest, APromptKeepsOneDeviceForAllItsCommands) {
     place.close();
     EXPECT_EQ(made, 1);
     EXPECT_TRUE(world.did("forget Home"));
+}
+
+// A fence would end the connection in the Manager's record.
+TEST_F(CommandsTest, APromptFindsTheConnectionHoweverLateItIsPublished) {
+    world.connection = connectedTo("Home", -50);
+    options.ssid = "Far away";
+    for (const bool followedAtOnce : {false, true}) {
+        world.saved = {"Far away"};
+        std::promise<void> secondMade;
+        std::atomic<int> made = 0;
+        std::atomic<int> attached = 0;
+        world.whenMade = [&](wifi::Manager& manager) {
+            const int number = ++made;
+            while (number == 1 && followedAtOnce && !manager.isWifiStackInitialized()) {
+                std::this_thread::yield();
+            }
+            if (number == 2) {
+                secondMade.set_value();
+            }
+        };
+        world.whenAttached = [&, second = secondMade.get_future().share()] {
+            if (++attached == 1) {
+                second.wait_for(
+                    std::chrono::seconds(10));  // longer than the prompt waits for a further change
+            }
+        };
+        Workspace place(Workspace::Kind::prompt, interrupts, log, options.startWait);
+        EXPECT_EQ(forgetNetwork(options, place, output).text,
+                  "Requested to forget \"Far away\"; not confirmed yet.\n");
+        EXPECT_TRUE(place.session().latest().isInUse("Home"));
+        place.close();
+    }
 }
 
 TEST_F(CommandsTest, APromptSeesRequestsThroughBeforeItEnds) {

@@ -6,6 +6,7 @@
 #include <thread>
 #include <utility>
 
+#include "base/log.h"
 #include "unit/kazwifictl/fake_world.h"
 
 namespace kaz::wifi {
@@ -108,7 +109,11 @@ class ManagerImpl : NonCopyable {
         }
         if (saveOwed && !othersDisabled) {
             saveOwed = false;
-            world.record("save");
+            if (world.canSave) {
+                world.record("save");
+            } else {
+                log::error("Couldn't save wpa_supplicant config");
+            }
         }
     }
 
@@ -124,6 +129,9 @@ class ManagerImpl : NonCopyable {
             running = true;
             info = world.connection;
         });
+        if (world.whenAttached) {
+            world.whenAttached();
+        }
     }
 
     void beginAttempt(const std::string& ssid) {
@@ -245,6 +253,9 @@ bool Manager::isWifiStackInitialized() const {
 }
 
 void Manager::onEnabledChanged(std::function<void()> callback) {
+    if (impl_->world.whenHeard) {
+        impl_->world.whenHeard(*this);
+    }
     impl_->listen(&ManagerImpl::onPower, std::move(callback));
 }
 

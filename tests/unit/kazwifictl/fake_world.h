@@ -35,6 +35,7 @@ struct FakeWorld : NonCopyable {
     bool running = true;
     bool storedChoice = true;
     bool canStore = true;
+    bool canSave = true;
     bool startsAndStops = true;             // whether setEnabled() starts and stops the supplicant
     std::chrono::milliseconds slowness{0};  // the delay before each task
     std::atomic<bool> holdsTasks = false;   // whether no further task begins
@@ -51,7 +52,9 @@ struct FakeWorld : NonCopyable {
     bool scansBegin = true;
     bool removalFails = false;
 
-    std::function<void(wifi::Manager&)> whenMade;  // called in the constructor of each Manager
+    std::function<void(wifi::Manager&)> whenMade;   // called in the constructor of each Manager
+    std::function<void(wifi::Manager&)> whenHeard;  // called before a Manager's first callback is registered
+    std::function<void()> whenAttached;  // called by each Manager's thread once the supplicant is followed
 
     bool asked = false;  // whether there has been a request to connect
 

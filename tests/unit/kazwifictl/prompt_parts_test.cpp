@@ -1,10 +1,16 @@
 #include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/stat.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "base/temporary_folder.h"
 #include "kazwifictl/prompt/completion.h"
+#include "kazwifictl/prompt/line_history.h"
 #include "kazwifictl/prompt/words_of_line.h"
+#include "support/files/files.h"
 #include "unit/kazwifictl/fake_world.h"
 
 namespace kaz::ctl {
@@ -60,6 +66,20 @@ TEST(Completion, OffersWhatMayComeNext) {
         EXPECT_EQ(completions(before, start, view), expected)
             << (before.empty() ? "" : before.back()) << " " << start;
     }
+}
+
+TEST(LineHistory, IsSavedInAFileThatOnlyTheUserMayRead) {
+    const TemporaryFolder folder;
+    ::setenv("XDG_STATE_HOME", folder.path().c_str(), 1);
+    const mode_t former = ::umask(0);
+    LineHistory().add("connect Home");
+    LineHistory().add("status");
+    ::umask(former);
+    ::unsetenv("XDG_STATE_HOME");
+    const auto file = folder / "kazwifictl/history";
+    EXPECT_EQ(test::readFile(file), "connect Home\nstatus\n");
+    EXPECT_EQ(std::filesystem::status(file).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
 }  // namespace

@@ -1,10 +1,14 @@
 #include "kazwifictl/session/session.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pthread.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <mutex>
+#include <string>
+#include <thread>
 #include <vector>
 
 #include "kazwifictl/text/failure.h"
@@ -64,16 +68,32 @@ TEST_F(SessionTest, HasTheWholeFirstStateAfterItsEnd) {
     }
 }
 
+TEST_F(SessionTest, SeesWhatIsPublishedBeforeItListens) {
+    world.slowness = milliseconds(10);  // so that nothing is published before a view that would be too early
+    world.inRange = {network("Office", -60, SecurityMode::rsnPsk)};
+    world.whenHeard = [](wifi::Manager& manager) {
+        while (manager.networks().empty()) {
+            std::this_thread::yield();
+        }
+    };
+    const Session session(interrupts);
+    EXPECT_TRUE(session.latest().running);
+    EXPECT_EQ(session.latest().networks.size(), 1U);
+}
+
 // A fence in the session's own Manager would put the network in use into networks().
 TEST_F(SessionTest, KnowsWhatIsInUseHoweverLateTheSupplicantIsFollowed) {
     world.followsOnceAsked = true;
     world.inRange = {network("Home", -50, SecurityMode::rsnPsk)};
     world.connection = connectedTo("Home", -50);
-    Session session(interrupts);
-    EXPECT_EQ(session.start(generous, true), Session::Start::running);
-    session.close();
-    EXPECT_EQ(session.latest().connection.ssid, "Home");
-    EXPECT_TRUE(session.latest().networks.empty());
+    for (const bool patient : {true, false}) {
+        world.asked = false;
+        Session session(interrupts);
+        EXPECT_EQ(session.start(generous, patient), Session::Start::running);
+        session.close();
+        EXPECT_EQ(session.latest().connection.ssid, "Home");
+        EXPECT_TRUE(session.latest().networks.empty());
+    }
 }
 
 // This is why fences exist: without one, ~Manager drops requests that have not begun.
@@ -88,12 +108,14 @@ TEST_F(SessionTest, LosesARequestThatHasNotBegunWhenItEnds) {
 
 TEST_F(SessionTest, HasCarriedOutAndSavedEverythingBehindAFence) {
     world.slowness = milliseconds(50);
-    world.saved = {"Home"};
+    world.saved = {"Home", "Cafe"};
     Session session(interrupts);
     session.start(generous, true);
-    session.manager().forgetNetwork("Home");
-    EXPECT_TRUE(session.fence(generous));
-    EXPECT_TRUE(world.did("forget Home"));
+    for (const std::string ssid : {"Home", "Cafe"}) {
+        session.manager().forgetNetwork(ssid);
+        EXPECT_TRUE(session.fence(generous));
+        EXPECT_TRUE(world.did("forget " + ssid));
+    }
     session.close();
     EXPECT_TRUE(world.did("save"));
     EXPECT_FALSE(world.did("select Home"));
@@ -116,6 +138,29 @@ TEST_F(SessionTest, ShowsNothingOfItsFences) {
         Clock::now() + generous, [](const Snapshot& view) { return view.isDisconnected(); }, expectNoFence);
     session.close();
     EXPECT_TRUE(session.latest().isDisconnected());
+}
+
+TEST_F(SessionTest, IsReadableAsLongAsChangesWait) {
+    world.connection = connectedTo("Home", -50);
+    world.holdsTasks = true;
+    Session session(interrupts);
+    const auto readable = [&session] {
+        pollfd waited{session.fd(), POLLIN, 0};
+        return ::poll(&waited, 1, 0) == 1;
+    };
+    EXPECT_FALSE(readable());
+    world.holdsTasks = false;
+    session.manager().disconnect();  // after the first state, which takes two changes
+    {
+        std::unique_lock lock(world.mutex);
+        world.changed.wait(lock, [this] { return !world.done.empty(); });
+    }
+    EXPECT_TRUE(readable());
+    EXPECT_TRUE(session.next(Clock::now())) << "it waits already";
+    EXPECT_TRUE(readable());
+    session.takeAll();
+    EXPECT_FALSE(readable());
+    EXPECT_FALSE(session.next(Clock::now()));
 }
 
 TEST_F(SessionTest, GivesUpAWaitAtItsDeadline) {

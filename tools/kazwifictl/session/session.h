@@ -66,7 +66,8 @@ class Session : NonCopyable {
     // Takes changes until `done` returns true. Checks it before the first change too. False at the deadline.
     bool until(Clock::time_point deadline, const Condition& done, const Observer& observer = {});
 
-    // The first state arrives in a few changes. After this time without a change, it counts as complete.
+    // The first state arrives in a few changes. After this time without a change, it is complete, unless the library
+    // is very busy.
     static constexpr std::chrono::milliseconds firstStateLimit{150};
 
     // Takes the changes that have arrived, without waiting. Call it when fd() is readable.

@@ -40,12 +40,26 @@ Session& Workspace::act(const std::string& what, Need need) {
         return *session_;
     }
     session_->takeAll();
-    if (!session_->latest().running) {
+    if (isNew || !session_->latest().running) {
         start(*session_, what, need);
-        while (session_->latest().running && session_->next(Clock::now() + Session::firstStateLimit)) {
-        }
+        completeFirstState(what, need);
     }
     return *session_;
+}
+
+// The library publishes the list last. An empty one may be the whole truth, or the busy library has not published it
+// yet. Then another Manager finds out.
+void Workspace::completeFirstState(const std::string& what, Need need) {
+    while (session_->latest().running && session_->next(Clock::now() + Session::firstStateLimit)) {
+    }
+    if (!session_->latest().running || !session_->latest().networks.empty()) {
+        return;
+    }
+    const Snapshot present = lookAfresh(what, need);
+    session_->until(Clock::now() + startWait_, [&present](const Snapshot& view) {
+        return !view.running || (view.networks.empty() == present.networks.empty() &&
+                                 view.isDisconnected() == present.isDisconnected());
+    });
 }
 
 void Workspace::finish() {

@@ -65,6 +65,7 @@ class Workspace : NonCopyable {
 
   private:
     void start(Session& session, const std::string& what, Need need) const;
+    void completeFirstState(const std::string& what, Need need);
 
     Kind kind_;
     Interrupts& interrupts_;
