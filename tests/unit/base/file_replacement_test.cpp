@@ -1,5 +1,6 @@
 #include "base/file_replacement.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -34,6 +35,13 @@ TEST_F(FileReplacing, GivesTheTargetTheNewTextAndMode) {
     EXPECT_FALSE(std::filesystem::exists(replacement.temporary));
     EXPECT_EQ(std::filesystem::status(replacement.target).permissions(),
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST_F(FileReplacing, KeepsTheNewFileFromChildrenThatRunOtherPrograms) {
+    int flags = 0;
+    replacement.prepare = [&](const FileDescriptor& file) { flags = ::fcntl(file.get(), F_GETFD); };
+    replaceFile(replacement, "new");
+    EXPECT_EQ(flags, FD_CLOEXEC);
 }
 
 TEST_F(FileReplacing, LeavesTheOldFileWhenPreparingTheNewOneFails) {

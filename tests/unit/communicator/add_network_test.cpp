@@ -43,10 +43,14 @@ ConnectionSettings enterprise(const std::string& eapMethod, const std::string& p
 const std::string phase1 = R"("phase1": <"tls_disable_tlsv1_0=0 tls_disable_tlsv1_1=0">)";
 const std::string wpaPsk =
     R"({"ieee80211w": <i1>, "key_mgmt": <"WPA-PSK">, "psk": <"pass\"word">, "ssid": <"Home">})";
-const std::string plainEap =
+const std::string hiddenWpaPsk =
+    R"({"ieee80211w": <i1>, "key_mgmt": <"WPA-PSK">, "psk": <"pass\"word">, "scan_ssid": <i1>, "ssid": <"Home">})";
+const std::string eapUpToPhase1 =
     R"({"identity": <"anna@example.com">, "ieee80211w": <i1>, "key_mgmt": <"WPA-EAP">, )"
     R"("password": <"pass\"word">, )" +
-    phase1 + R"(, "ssid": <"Home">})";
+    phase1;
+const std::string plainEap = eapUpToPhase1 + R"(, "ssid": <"Home">})";
+const std::string hiddenEap = eapUpToPhase1 + R"(, "scan_ssid": <i1>, "ssid": <"Home">})";
 
 const std::vector<Case> cases{
     {"open", settings(SecurityMode::none),
@@ -55,18 +59,24 @@ const std::vector<Case> cases{
      R"({"auth_alg": <"OPEN">, "key_mgmt": <"NONE">, "scan_ssid": <i1>, "ssid": <"Home">})"},
     {"WEP", settings(SecurityMode::wep),
      R"({"key_mgmt": <"NONE">, "ssid": <"Home">, "wep_key0": <"pass\"word">})"},
+    {"WEP, hidden", hidden(settings(SecurityMode::wep)),
+     R"({"key_mgmt": <"NONE">, "scan_ssid": <i1>, "ssid": <"Home">, "wep_key0": <"pass\"word">})"},
     {"WPA", settings(SecurityMode::wpaPsk), wpaPsk},
+    {"WPA, hidden", hidden(settings(SecurityMode::wpaPsk)), hiddenWpaPsk},
     {"WPA2", settings(SecurityMode::rsnPsk), wpaPsk},
-    {"WPA2, hidden", hidden(settings(SecurityMode::rsnPsk)),
-     R"({"ieee80211w": <i1>, "key_mgmt": <"WPA-PSK">, "psk": <"pass\"word">, "scan_ssid": <i1>, "ssid": <"Home">})"},
+    {"WPA2, hidden", hidden(settings(SecurityMode::rsnPsk)), hiddenWpaPsk},
     {"WPA3", settings(SecurityMode::sae),
      R"({"ieee80211w": <i2>, "key_mgmt": <"SAE">, "sae_password": <"pass\"word">, "ssid": <"Home">})"},
+    {"WPA3, hidden", hidden(settings(SecurityMode::sae)),
+     R"({"ieee80211w": <i2>, "key_mgmt": <"SAE">, "sae_password": <"pass\"word">, "scan_ssid": <i1>, "ssid": <"Home">})"},
     {"enterprise", enterprise("PEAP", "MSCHAPV2", "nobody@example.com"),
      R"({"anonymous_identity": <"nobody@example.com">, "eap": <"PEAP">, "identity": <"anna@example.com">, )"
      R"("ieee80211w": <i1>, "key_mgmt": <"WPA-EAP">, "password": <"pass\"word">, )" +
          phase1 + R"(, "phase2": <"auth=MSCHAPV2">, "ssid": <"Home">})"},
     {"enterprise without methods", enterprise("", "", ""), plainEap},
+    {"enterprise, hidden", hidden(enterprise("", "", "")), hiddenEap},
     {"second form of enterprise", settings(SecurityMode::enterpriseVariant), plainEap},
+    {"second form of enterprise, hidden", hidden(settings(SecurityMode::enterpriseVariant)), hiddenEap},
     {"enterprise with a phase 2 alone", enterprise("", "GTC", ""),
      R"({"identity": <"anna@example.com">, "ieee80211w": <i1>, "key_mgmt": <"WPA-EAP">, "password": <"pass\"word">, )" +
          phase1 + R"(, "phase2": <"auth=GTC">, "ssid": <"Home">})"},

@@ -267,6 +267,8 @@ TEST_F(Attachment, ClearedStatusHandlerThrowsOnTheLoopThread) {
     startDetached();
     EXPECT_THROW(changeUnitState("active"), std::bad_function_call);
     EXPECT_TRUE(communicator->isSupplicantOn());
+    EXPECT_THROW(changeUnitState("inactive"), std::bad_function_call);
+    EXPECT_FALSE(communicator->isSupplicantOn());
 }
 
 }  // namespace

@@ -101,6 +101,16 @@ TEST_F(BusLoss, SupplicantStartedAfterASurvivedLossIsNew) {
     ASSERT_TRUE(calls.waitForCall("status changed: on, new"));
 }
 
+// Its networks went with the interface.
+TEST_F(BusLoss, SupplicantWhoseInterfaceComesBackAfterASurvivedLossIsNew) {
+    noteSurvival();
+    attachAndLoseBus();
+    bringBusBackAndAttach("on, survived");
+    settle();
+    supplicant.emit(rootPath, rootInterface, "InterfaceRemoved", values("o", interfacePath));
+    ASSERT_TRUE(calls.waitForCall("status changed: on, new"));
+}
+
 TEST_F(BusLoss, SupplicantThatStoppedBeforeTheLossIsNew) {
     noteSurvival();
     startAttached();

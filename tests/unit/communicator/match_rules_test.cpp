@@ -113,6 +113,12 @@ TEST_F(MatchRules, SupplicantWithoutInterfaceAddsNoRule) {
                 ElementsAre("call fi.w1.wpa_supplicant1 " + getInterfaces, "end"));
 }
 
+TEST_F(MatchRules, UnitThatIsLoadedAgainGetsNoSecondRule) {
+    start("inactive");
+    onLoop([&] { communicator->unit().connectSync(); });
+    EXPECT_THAT(traffic(), testing::Contains(unitMatch + unitPath).Times(1));
+}
+
 TEST_F(MatchRules, FailedLoadUnitAddsTheRuleAndReadsTheStateForTheRootPath) {
     onSystemd("LoadUnit", errorReply("org.freedesktop.systemd1.LoadFailed", "x"));
     start("active");

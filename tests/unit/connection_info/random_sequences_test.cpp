@@ -1,4 +1,5 @@
-// Many random sequences of events. After every event the tracker must agree with the model, and keep the invariants.
+// Many random sequences of events. At every look the tracker must agree with the model, and after a single event keep
+// the invariants. Looks come after every event, or after random numbers of events, as a burst of reports makes them.
 #include "support/tracker_model/tracker_model.h"
 #include "unit/connection_info/tracker_fixture.h"
 
@@ -44,6 +45,12 @@ class RandomSequence {
         return event;
     }
 
+    // The number of events before the next look.
+    int burst() {
+        static constexpr std::array sizes{1, 1, 2, 2, 3, 4, 6, 16};
+        return sizes[static_cast<std::size_t>(pick(static_cast<int>(sizes.size())))];
+    }
+
     bool isOdd() const { return odd_; }
 
   private:
@@ -70,26 +77,20 @@ class RandomSequence {
     bool odd_;
 };
 
+enum class Looks { afterEveryEvent, afterBursts };
+
 class Comparison {
   public:
-    explicit Comparison(std::uint64_t seed) : random_(seed) {}
+    Comparison(std::uint64_t seed, Looks looks) : random_(seed), looks_(looks) {}
 
     // Stops at the first disagreement, reports it and returns false.
     bool run() {
-        for (int i = 0; i < eventsInASequence; ++i) {
-            const ConnectionInfo before = tracker_.getConnectionInfo();
-            model_.getConnectionInfo();
-            event_ = random_.next();
-            const auto timeLeftBefore = tracker_.getActiveTimeout();
-            log_.clear();
-            happen();
-            compare();
-            const ConnectionInfo after = tracker_.getConnectionInfo();
-            model_.getConnectionInfo();
-            compare();
-            checkInvariants(before, after, timeLeftBefore);
+        for (int events = 0; events < eventsInASequence;) {
+            const int burst = looks_ == Looks::afterEveryEvent ? 1 : random_.burst();
+            runBurst(burst);
+            events += burst;
             if (::testing::Test::HasFailure()) {
-                ADD_FAILURE() << "after event " << i << ": " << story_;
+                ADD_FAILURE() << "after event " << events << ": " << story_;
                 return false;
             }
         }
@@ -100,10 +101,32 @@ class Comparison {
     const std::vector<std::string>& texts() const { return texts_; }
 
   private:
+    void runBurst(int events) {
+        const ConnectionInfo before = tracker_.getConnectionInfo();
+        model_.getConnectionInfo();
+        const auto timeLeftBefore = tracker_.getActiveTimeout();
+        log_.clear();
+        for (int i = 0; i < events; ++i) {
+            event_ = random_.next();
+            happen();
+        }
+        compare();
+        const ConnectionInfo after = tracker_.getConnectionInfo();
+        model_.getConnectionInfo();
+        compare();
+        recordMayBeFresh_ = recordMayBeFresh_ && after.status == Status::disconnected;
+        if (events == 1) {
+            checkInvariants(before, after, timeLeftBefore);
+        }
+        seenTexts_ = texts_.size();
+        story_ += "look; ";
+    }
+
     void happen() {
         story_ += ::testing::PrintToString(event_) + "; ";
         scanning_ =
             event_.kind == Kind::scanning ? event_.flag : scanning_ && !isOneOf({Kind::supplicantGoes});
+        recordMayBeFresh_ = recordMayBeFresh_ || isSupplicants();
         clock_->advance(event_.duration);
         tell(tracker_, event_);
         tell(model_, event_);
@@ -134,7 +157,6 @@ class Comparison {
 
     // Which events can start a timeout, and which cannot end it.
     void checkAttempt(const ConnectionInfo& after, bool wasRunning) {
-        recordMayBeFresh_ = (isSupplicants() || recordMayBeFresh_) && after.status == Status::disconnected;
         const auto timeLeft = tracker_.getActiveTimeout();
         if (!timeLeft) {
             EXPECT_TRUE(!wasRunning || !isOneOf({Kind::selectNameless, Kind::noBss, Kind::signal,
@@ -154,7 +176,6 @@ class Comparison {
     void checkTimeOut(std::optional<std::chrono::milliseconds> timeLeftBefore) {
         const bool timedOut =
             texts_.size() > seenTexts_ && texts_.back().find("No response") != std::string::npos;
-        seenTexts_ = texts_.size();
         if (timedOut) {
             EXPECT_FALSE(scanning_);
             EXPECT_EQ(event_.kind, Kind::wait) << "only time can end the time";
@@ -185,6 +206,7 @@ class Comparison {
     }
 
     RandomSequence random_;
+    Looks looks_;
     RecordingLog log_;
     std::shared_ptr<FakeClock> clock_ = std::make_shared<FakeClock>();
     wifi::ConnectionInfoHelper tracker_{clock_};
@@ -197,11 +219,13 @@ class Comparison {
     bool recordMayBeFresh_ = false;  // a started supplicant clears the record of a pending attempt
 };
 
-TEST(RandomEventSequences, TrackerAgreesWithTheModelAfterEveryRandomEvent) {
+class RandomEventSequences : public ::testing::TestWithParam<Looks> {};
+
+TEST_P(RandomEventSequences, TrackerAgreesWithTheModelAtEveryLook) {
     std::map<std::string, int> ends;
     for (std::uint64_t seed = 1; seed <= sequences; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
-        Comparison comparison(seed);
+        Comparison comparison(seed, GetParam());
         ASSERT_TRUE(comparison.run());
         for (const std::string& text : comparison.texts()) {
             ++ends[text.substr(0, text.find(' ', text.find(' ') + 1))];
@@ -212,6 +236,13 @@ TEST(RandomEventSequences, TrackerAgreesWithTheModelAfterEveryRandomEvent) {
     EXPECT_GT(ends["warning: Connected"], 1000);
     EXPECT_GT(ends["debug: Disconnected"], 1000);
 }
+
+INSTANTIATE_TEST_SUITE_P(With, RandomEventSequences,
+                         ::testing::Values(Looks::afterEveryEvent, Looks::afterBursts),
+                         [](const auto& looks) {
+                             return looks.param == Looks::afterBursts ? "LooksAfterBursts"
+                                                                      : "LooksAfterEveryEvent";
+                         });
 
 }  // namespace
 }  // namespace kaz::test

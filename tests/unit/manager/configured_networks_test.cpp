@@ -147,6 +147,18 @@ TEST_F(Success, RoamingToAnotherNetworkMovesThePriority) {
     EXPECT_EQ(takeCalls(), (Calls{listing, "setPrioritySync(1, 1)", "setPrioritySync(2, 2)", saving}));
 }
 
+TEST_F(Success, NetworkThatReplacesAConnectionGetsPriority2WithoutAnAddress) {
+    stack->configure("A");
+    stack->configure("B");
+    startWithSupplicant();
+    becomeConnected("A");
+    reportOnline(false);
+    reportBss("B");
+    runUntilIdle();
+    EXPECT_EQ(state(), R"(status=connectingIP, ssid="B", signal=-50)");
+    EXPECT_EQ(takeCalls(), (Calls{listing, "setPrioritySync(1, 1)", "setPrioritySync(2, 2)", saving}));
+}
+
 TEST_F(Success, SuccessSavesEvenWhenTheListingFails) {
     stack->configure("Home");
     startWithSupplicant();
@@ -248,6 +260,19 @@ TEST_F(DuringAConnect, EngineEndEnablesAllNetworksAndSavesNothing) {
     engine.reset();
     EXPECT_EQ(takeCalls(), (Calls{"stopEventLoop", "~Communicator", listing, "setEnabledSync(1, true)",
                                   "setEnabledSync(2, true)"}));
+}
+
+// A loop that is stopped makes its last pass at once, before the destructor of the communicator.
+TEST_F(DuringAConnect, PassRightAfterTheStopEnablesAllNetworks) {
+    takeCalls();
+    stack->onCall = [&](const std::string& call) {
+        if (call == "stopEventLoop") {
+            communicator->runIdlePass();
+        }
+    };
+    engine.reset();
+    EXPECT_EQ(takeCalls(), (Calls{"stopEventLoop", listing, "setEnabledSync(1, true)",
+                                  "setEnabledSync(2, true)", "~Communicator"}));
 }
 
 TEST_F(DuringAConnect, EngineEndSavesWhatWasRequestedBefore) {

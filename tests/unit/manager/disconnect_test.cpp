@@ -125,6 +125,7 @@ TEST_F(Disconnect, RefusedDisconnectIsNotRepeatedAfterALaterRequest) {
     startWithSupplicant();
     const std::vector<std::pair<const char*, std::function<void()>>> requests{
         {"connect", [&] { connectTo("Home"); }},
+        {"connectConfigured", [&] { engine->connectConfigured("Home"); }},
         {"another client", [&] { communicator->networkSelectedHandler("Home"); }},
         {"a new supplicant", [&] { detachSupplicant(), attachSupplicant(); }},
     };
@@ -138,6 +139,24 @@ TEST_F(Disconnect, RefusedDisconnectIsNotRepeatedAfterALaterRequest) {
         EXPECT_THAT(takeCalls(), testing::Not(testing::Contains("disconnectSync"))) << name;
         reportStatus(SupplicantStatus::Disconnected);
     }
+}
+
+TEST_F(Disconnect, BurstOfReportsRepeatsARefusedDisconnectOnce) {
+    startWithSupplicant();
+    disconnectInVain();
+    takeCalls();
+    reportStatus(SupplicantStatus::Connecting);
+    reportStatus(SupplicantStatus::Connecting);
+    reportStatus(SupplicantStatus::Connected);
+    EXPECT_EQ(takeCalls(), Calls{posting});
+}
+
+TEST_F(Disconnect, RefusedDisconnectIsNotRepeatedAfterASelectionInTheMeantime) {
+    startWithSupplicant();
+    disconnectInVain();
+    reportStatus(SupplicantStatus::Connecting);  // posts the task
+    communicator->networkSelectedHandler("Home");
+    EXPECT_THAT(callsUntilIdle(), testing::Not(testing::Contains("disconnectSync")));
 }
 
 TEST_F(Disconnect, FailedDisconnectOfALinkIsNotRepeated) {

@@ -61,14 +61,17 @@ TEST_F(Enabling, EverySetEnabledIsLogged) {
 }
 
 TEST_F(Enabling, ChoiceHoldsWhenWritingAndStartingFail) {
-    stack->enabledConfiguration = false;
     stack->failing = {"writeEnabledConfiguration", "startStopSupplicantSync"};
-    start();
-    engine->setEnabled(true);
-    communicator->runTasks();
-    EXPECT_TRUE(engine->isEnabled());
-    EXPECT_EQ(takeCalls(), (Calls{posting, "writeEnabledConfiguration(true) fails", posting,
-                                  "startStopSupplicantSync(true) fails"}));
+    for (const bool on : {true, false}) {
+        stack->enabledConfiguration = !on;
+        start();
+        engine->setEnabled(on);
+        communicator->runTasks();
+        EXPECT_EQ(engine->isEnabled(), on);
+        const std::string argument = on ? "(true)" : "(false)";
+        EXPECT_EQ(takeCalls(), (Calls{posting, "writeEnabledConfiguration" + argument + " fails", posting,
+                                      "startStopSupplicantSync" + argument + " fails"}));
+    }
 }
 
 TEST_F(Enabling, ChoiceIsKeptWhenTheSupplicantDetachesDuringTheWrite) {

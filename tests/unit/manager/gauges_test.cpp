@@ -1,6 +1,11 @@
 // What the engine reports to the gauges, and in which order.
 #include "unit/manager/engine_fixture.h"
 
+#include <spdlog/sinks/callback_sink.h>
+#include <spdlog/spdlog.h>
+
+#include <string_view>
+
 namespace kaz::test {
 namespace {
 
@@ -21,16 +26,33 @@ class Gauges : public EngineWithSupplicant {
     const GaugeReport total{"quarn.wifi.connection-attempt.total", 1.0};
 };
 
+class GaugesOfANewEngine : public EngineTest {};
+
 TEST_F(Gauges, RefreshBeforeAnyEventReportsNothing) {
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(reportsOfNextPass(), GaugeReports{});
     }
 }
 
+TEST_F(GaugesOfANewEngine, FirstPassReportsNothing) {
+    construct();
+    runUntilIdle();
+    EXPECT_EQ(takeGaugeReports(), GaugeReports{});
+    EXPECT_EQ(log.records(), Records{}) << "nothing is published";
+}
+
 TEST_F(Gauges, FirstChangeIsReportedButNotAsASuccess) {
     reportOnline(true);
     reportLinkUp("Home");
     EXPECT_EQ(reportsOfNextPass(), (GaugeReports{up, signal}));
+}
+
+TEST_F(Gauges, ConnectionAfterAFirstChangeWithoutOneIsASuccess) {
+    detachSupplicant();
+    EXPECT_EQ(reportsOfNextPass(), GaugeReports{notUp}) << "the signal is unknown now";
+    attachSupplicant();
+    reportLinkUp("Home");
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{notUp, signal, success, total}));
 }
 
 TEST_F(Gauges, RefreshWithoutAChangeReportsNothing) {
@@ -99,6 +121,8 @@ TEST_F(Gauges, UnknownSignalIsReportedAsMinus100) {
     reportStatus(SupplicantStatus::Connected);
     EXPECT_EQ(reportsOfNextPass(),
               (GaugeReports{notUp, {"quarn.wifi.signal-strength-dbm", -100.0}, success, total}));
+    reportOnline(true);
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{up, {"quarn.wifi.signal-strength-dbm", -100.0}}));
 }
 
 TEST_F(Gauges, EveryNewSignalIsReported) {
@@ -106,6 +130,20 @@ TEST_F(Gauges, EveryNewSignalIsReported) {
     stack->signalPoll = -61;
     communicator->expireTimer();
     EXPECT_EQ(reportsOfNextPass(), (GaugeReports{up, {"quarn.wifi.signal-strength-dbm", -61.0}}));
+}
+
+TEST_F(Gauges, NewConnectionInfoIsLoggedBeforeTheGaugesAreSet) {
+    std::optional<GaugeReports> before;
+    spdlog::default_logger()->sinks().push_back(
+        std::make_shared<spdlog::sinks::callback_sink_st>([&](const spdlog::details::log_msg& record) {
+            const std::string_view text(record.payload.data(), record.payload.size());
+            if (text.starts_with("connectionInfo changed")) {
+                before = takeGaugeReports();
+            }
+        }));
+    reportLinkUp("Home");
+    EXPECT_EQ(reportsOfNextPass(), (GaugeReports{notUp, signal}));
+    EXPECT_EQ(before, GaugeReports{});
 }
 
 TEST_F(Gauges, GaugesAreSetBeforeTheSupplicantIsCalled) {

@@ -239,6 +239,15 @@ TEST_F(Scanning, ListReportedAfterTheScanIsNotReadAgain) {
     EXPECT_EQ(takeCalls(), Calls{});
 }
 
+TEST_F(Scanning, ListOfADetachedSupplicantIsNotReadAgain) {
+    communicator->scanningDoneHandler(true);
+    detachSupplicant();
+    takeCalls();
+    runUntilIdle();
+    runUntilIdle();
+    EXPECT_EQ(takeCalls(), Calls{});
+}
+
 TEST_F(Scanning, ListIsReadAgainOnlyAfterAnAttempt) {
     connectTo("Home");
     communicator->scanningDoneHandler(true);

@@ -18,6 +18,7 @@ namespace {
 struct Disk {
     std::vector<std::string> steps;
     std::size_t failing = 0;
+    int error = EIO;
 };
 
 thread_local Disk* watched = nullptr;
@@ -37,7 +38,7 @@ std::filesystem::path pathOf(int fd) {
 // Replaces the C library's function for all libraries of this program.
 extern "C" int fsync(int fd) {
     if (kaz::test::watched != nullptr && kaz::test::isToFail("flush", kaz::test::pathOf(fd))) {
-        errno = EIO;
+        errno = kaz::test::watched->error;
         return -1;
     }
     return static_cast<int>(::syscall(SYS_fsync, fd));
@@ -57,11 +58,11 @@ namespace {
 
 class ConfigDurability : public ConfigFixture {
   protected:
-    // The steps of an update, of which this one fails. None fails if it is 0.
-    static std::vector<std::string> stepsOfUpdate(std::size_t failing = 0) {
-        Disk disk{{}, failing};
+    // The steps of an update, of which this one fails. None fails if it is 0. The error is that of a failing flush.
+    static std::vector<std::string> stepsOfUpdate(std::size_t failing = 0, int error = EIO) {
+        Disk disk{{}, failing, error};
         watched = &disk;
-        EXPECT_EQ(util::updateKazConfig("wifi", "off"), failing == 0);
+        EXPECT_EQ(util::updateKazConfig("wifi", "off"), failing == 0 || error == EINVAL);
         watched = nullptr;
         return disk.steps;
     }
@@ -84,6 +85,16 @@ TEST_F(ConfigDurability, TheFoldersAboveCreatedOnesReachTheDiskToo) {
 TEST_F(ConfigDurability, AValueThatIsThereAlreadyIsOnDiskWhenTheUpdateReturns) {
     write("wifi=off\n");
     EXPECT_THAT(stepsOfUpdate(), ::testing::ElementsAre("flush kaz.conf", "flush " + folderName()));
+}
+
+// EINVAL: the file system does not support it.
+TEST_F(ConfigDurability, AFileSystemThatCannotFlushIsNoFailure) {
+    for (const std::size_t unsupported : {1U, 3U}) {
+        write("wifi=on\n");
+        EXPECT_EQ(stepsOfUpdate(unsupported, EINVAL).size(), 3U);
+        EXPECT_EQ(text(), "wifi=off\n");
+    }
+    EXPECT_EQ(log().records().size(), 0U);
 }
 
 TEST_F(ConfigDurability, AStepThatFailsIsAFailedUpdate) {

@@ -1,6 +1,6 @@
 // System calls that fail in ways that no file system can be made to fail. Each replaces the C library's function for
-// all libraries of this program, and fails once on command. The function that reads can also run a task at the end of a
-// file, in place of another process in the middle of an update.
+// all libraries of this program, and fails once on command. The functions that read and write can also run a task at
+// the end of a file and before each write, in place of another process in the middle of an update.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/file.h>
@@ -16,6 +16,7 @@
 #include <optional>
 #include <ostream>
 #include <utility>
+#include <vector>
 
 #include "unit/platform_common/config_fixture.h"
 
@@ -30,6 +31,7 @@ struct Failure {
 
 thread_local std::optional<Failure> planned;
 thread_local std::function<void()> atTheEndOfAFile;
+thread_local std::function<void()> beforeAWrite;
 
 bool fails(std::string_view call) {
     if (!planned || planned->call != call || planned->passed-- > 0) {
@@ -92,6 +94,9 @@ extern "C" ssize_t read(int fd, void* buffer, size_t size) {
 }
 
 extern "C" ssize_t write(int fd, const void* buffer, size_t size) {
+    if (kaz::test::beforeAWrite) {
+        kaz::test::beforeAWrite();
+    }
     return fails("write") ? -1 : ::syscall(SYS_write, fd, buffer, size);
 }
 
@@ -198,6 +203,40 @@ class ConfigUpdateMeanwhile : public ConfigFixture {
         return result.get();
     }
 };
+
+// Its content may be a secret of another program, and it does not yet have the owner of the file.
+TEST_F(ConfigUpdateMeanwhile, TheNewFileIsClosedToOthersWhileItIsWritten) {
+    write(oldText);
+    ASSERT_EQ(::chmod(file().c_str(), 0644), 0);
+    std::vector<mode_t> modes;
+    beforeAWrite = [&] {
+        struct stat status {};
+        if (::stat((file().string() + ".tmp").c_str(), &status) == 0) {
+            modes.push_back(status.st_mode & 07777U);
+        }
+    };
+    EXPECT_TRUE(util::updateKazConfig("wifi", "off"));
+    beforeAWrite = nullptr;
+    EXPECT_THAT(modes, ::testing::ElementsAre(0600U));
+    struct stat status {};
+    ASSERT_EQ(::stat(file().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0644U);
+}
+
+TEST_F(ConfigUpdateMeanwhile, ATemporaryFileThatAnotherProcessMakesIsNotWritten) {
+    write(oldText);
+    writeFile(folder() / "kaz.conf.tmp", "mine");
+    planned = {"unlink", ENOENT};  // as if it came right after it was looked for
+    std::string seen;
+    beforeAWrite = [&] { seen += "written"; };
+    EXPECT_FALSE(util::updateKazConfig("wifi", "off"));
+    beforeAWrite = nullptr;
+    EXPECT_FALSE(planned.has_value());
+    EXPECT_EQ(seen, "");
+    EXPECT_EQ(text(), oldText);
+    EXPECT_THAT(log().texts(spdlog::level::warn),
+                ::testing::ElementsAre(::testing::HasSubstr("File exists")));
+}
 
 TEST_F(ConfigUpdateMeanwhile, APipeInThePlaceOfTheFileIsNotWaitedFor) {
     for (const char* value : {"off", "on"}) {

@@ -108,13 +108,16 @@ TEST_F(ConfigFiles, TheOwnerIsKept) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root may give files away";
     }
-    write("wifi=on\n");
-    ASSERT_EQ(::chown(file().c_str(), 12345, 23456), 0);
-    ASSERT_EQ(::chmod(file().c_str(), 0640), 0);
-    ASSERT_TRUE(util::updateKazConfig("wifi", "off"));
-    EXPECT_EQ(statusOf(file()).st_uid, 12345U);
-    EXPECT_EQ(statusOf(file()).st_gid, 23456U);
-    EXPECT_EQ(modeOf(file()), 0640U);
+    for (const mode_t mode : {0640U, 04750U}) {  // a change of the owner clears the set-user-ID bit
+        write("wifi=on\n");
+        ASSERT_EQ(::chown(file().c_str(), 12345, 23456), 0);
+        ASSERT_EQ(::chmod(file().c_str(), mode), 0);
+        ASSERT_TRUE(util::updateKazConfig("wifi", "off"));
+        EXPECT_EQ(statusOf(file()).st_uid, 12345U);
+        EXPECT_EQ(statusOf(file()).st_gid, 23456U);
+        EXPECT_EQ(modeOf(file()), mode);
+        fs::remove(file());
+    }
 }
 
 TEST_F(ConfigFiles, AnUpdateThatMayNotKeepTheOwnerStillSucceeds) {
@@ -176,6 +179,27 @@ TEST_F(ConfigFiles, SymbolicLinksAreFollowed) {
     EXPECT_FALSE(fs::exists(folder() / "chain.lock"));
 }
 
+TEST_F(ConfigFiles, AChainOfAsManyLinksAsTheKernelFollowsIsFollowed) {
+    fs::create_symlink("kaz.conf", folder() / "1");
+    for (int number = 2; number <= 40; ++number) {
+        fs::create_symlink(std::to_string(number - 1), folder() / std::to_string(number));
+    }
+    write("a=1\n");
+    useFile(folder() / "40");
+    EXPECT_TRUE(util::updateKazConfig("wifi", "off"));
+    EXPECT_EQ(text(), "a=1\nwifi=off\n");
+}
+
+TEST_F(ConfigFiles, ALinkInThePlaceOfTheLockIsNotFollowed) {
+    write("wifi=on\n");
+    fs::create_symlink(folder() / "victim", folder() / "kaz.conf.lock");
+    EXPECT_FALSE(util::updateKazConfig("wifi", "off"));
+    EXPECT_FALSE(fs::exists(folder() / "victim"));
+    writeFile(folder() / "victim", "mine");
+    EXPECT_FALSE(util::updateKazConfig("wifi", "off"));
+    EXPECT_EQ(text(), "wifi=on\n");
+}
+
 TEST_F(ConfigFiles, ALinkToNowhereIsFilledWithAFile) {
     fs::create_symlink("not/yet/real.conf", file());
     EXPECT_EQ(util::readKazConfig(), Entries{});
@@ -192,6 +216,27 @@ TEST_F(ConfigFiles, ARelativePathIsTakenFromTheWorkingFolder) {
     });
     EXPECT_EQ(child.wait(), 0);
     EXPECT_EQ(readFile(folder() / "bare.conf"), "wifi=off\n");
+}
+
+// With another real group than the effective one, the kernel treats a program as one with raised privileges.
+TEST_F(ConfigFiles, AProgramWithRaisedPrivilegesIgnoresTheChosenPath) {
+    write("chosen=yes\n");
+    const auto readBy = [](gid_t group) {
+        ChildProcess reader([group] {
+            if (::setresgid(group, ::getegid(), ::getegid()) != 0) {
+                return 77;
+            }
+            ::execl(KAZ_READING_PROGRAM, KAZ_READING_PROGRAM, "chosen", nullptr);
+            return 97;
+        });
+        return reader.wait();
+    };
+    EXPECT_EQ(readBy(::getgid()), 0);
+    const int status = readBy(12345);
+    if (status == 77) {
+        GTEST_SKIP() << "only root may have another group";
+    }
+    EXPECT_EQ(status, 1);
 }
 
 TEST_F(ConfigFiles, WithoutAChosenPathTheDevicesFileIsUsed) {

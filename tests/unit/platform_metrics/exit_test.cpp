@@ -24,9 +24,13 @@ class MetricsAtExit : public ::testing::Test {
     fs::path file() const { return folder_ / "metrics.prom"; }
     fs::path output() const { return folder_ / "output"; }
 
-    // Runs the program and returns its exit status. Its output, the log, goes to a file.
-    int run(const char* way, const std::string& metricsFile) const {
+    // Runs the program and returns its exit status. Its output, the log, goes to a file. With another real group than
+    // the effective one, the kernel treats it as a program with raised privileges.
+    int run(const char* way, const std::string& metricsFile, gid_t group = ::getgid()) const {
         ChildProcess child([&] {
+            if (::setresgid(group, ::getegid(), ::getegid()) != 0) {
+                return notPermitted;
+            }
             fs::current_path(folder_.path());
             ::setenv("KAZ_METRICS_FILE", metricsFile.c_str(), 1);
             if (::freopen(output().c_str(), "w", stdout) == nullptr) {
@@ -39,6 +43,8 @@ class MetricsAtExit : public ::testing::Test {
     }
 
     int run(const char* way) const { return run(way, file()); }
+
+    static constexpr int notPermitted = 77;
 
     void expectInFile(const std::string& line) const {
         EXPECT_THAT(readFile(file()), HasSubstr('\n' + line + '\n'));
@@ -104,6 +110,15 @@ TEST_F(MetricsAtExit, ARelativePathIsTakenFromTheFirstWorkingFolder) {
 TEST_F(MetricsAtExit, AnEmptyPathIsNone) {
     EXPECT_EQ(run("start no thread", ""), 0);
     EXPECT_EQ(run("start no thread"), 1) << "with a path there is a thread, so the check can fail";
+}
+
+TEST_F(MetricsAtExit, AProgramWithRaisedPrivilegesWritesNoFile) {
+    const int status = run("return from main", file(), 12345);
+    if (status == notPermitted) {
+        GTEST_SKIP() << "only root may have another group";
+    }
+    EXPECT_EQ(status, 0);
+    EXPECT_FALSE(fs::exists(file()));
 }
 
 TEST_F(MetricsAtExit, AFileThatCannotBeWrittenIsOneWarning) {
