@@ -1,5 +1,6 @@
 #include "vm/access_point.h"
 
+#include "base/guard.h"
 #include "vm/command.h"
 
 #include <utility>
@@ -9,11 +10,7 @@ namespace kaz::vm {
 AccessPoint::AccessPoint(std::string name) : name_(std::move(name)) {}
 
 AccessPoint::~AccessPoint() {
-    if (changed_) {
-        succeeds("/opt/guest/access-points restore " + name_);
-    } else if (!up_) {
-        succeeds("systemctl start ap@" + name_);
-    }
+    runGuarded("restoring an access point", [this] { restore(); });
 }
 
 void AccessPoint::vanish() {
@@ -24,6 +21,7 @@ void AccessPoint::vanish() {
 void AccessPoint::comeBack() {
     run("systemctl start ap@" + name_);
     up_ = true;
+    weakened_ = false;
 }
 
 void AccessPoint::deauthenticateAll() {
@@ -31,13 +29,41 @@ void AccessPoint::deauthenticateAll() {
 }
 
 void AccessPoint::setPower(int dBm) {
-    changed_ = true;
+    weakened_ = true;
     run("ip netns exec " + name_ + " iw dev " + name_ + " set txpower fixed " + std::to_string(dBm * 100));
+}
+
+void AccessPoint::switchChannel(int channel) {
+    changed_ = true;
+    run("hostapd_cli -p /run/hostapd -i " + name_ + " chan_switch 5 " + std::to_string(2407 + 5 * channel) +
+        " | grep -qx OK");
+}
+
+void AccessPoint::stopAddresses() {
+    hasAddresses_ = false;
+    run("systemctl stop dhcp@" + name_);
 }
 
 void AccessPoint::reconfigure(const std::string& line) {
     changed_ = true;
     run("echo '" + line + "' >>/etc/hostapd/" + name_ + ".conf && systemctl restart ap@" + name_);
+}
+
+void AccessPoint::restore() {
+    if (changed_) {
+        run("/opt/guest/access-points restore " + name_);
+    } else if (!up_) {
+        run("systemctl start ap@" + name_);
+    } else if (weakened_) {
+        run("ip netns exec " + name_ + " /opt/guest/access-points set-up " + name_);
+    }
+    if (!hasAddresses_) {
+        run("systemctl start dhcp@" + name_);
+    }
+    changed_ = false;
+    weakened_ = false;
+    up_ = true;
+    hasAddresses_ = true;
 }
 
 }  // namespace kaz::vm

@@ -6,8 +6,7 @@
 
 namespace kaz::vm {
 
-// One of the access points of guest/access-points, by its name there. The destructor restores its power and
-// configuration.
+// One of the access points of guest/access-points, by its name there. The destructor restores it.
 class AccessPoint : NonCopyable {
   public:
     explicit AccessPoint(std::string name);
@@ -23,13 +22,24 @@ class AccessPoint : NonCopyable {
     // The device receives it 50 dB weaker.
     void setPower(int dBm);
 
+    // Tells its stations that it changes the channel, and does so five beacons later.
+    void switchChannel(int channel);
+
+    // Without a DHCP server the link comes up, but no address is given.
+    void stopAddresses();
+
     // Adds a line to hostapd's configuration and restarts hostapd.
     void reconfigure(const std::string& line);
+
+    // Undoes all of these.
+    void restore();
 
   private:
     std::string name_;
     bool up_ = true;
-    bool changed_ = false;
+    bool hasAddresses_ = true;
+    bool weakened_ = false;
+    bool changed_ = false;  // the configuration, or what only a restart undoes
 };
 
 }  // namespace kaz::vm

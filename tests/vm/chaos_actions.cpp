@@ -1,31 +1,25 @@
+// The requests of the device's user and the events in its neighbourhood.
 #include "vm/chaos_actions.h"
 
 #include "vm/command.h"
 
 #include <chrono>
-#include <sstream>
 #include <stdexcept>
 #include <thread>
 
 namespace kaz::vm {
 namespace {
 
-constexpr const char* supplicant = "fi.w1.wpa_supplicant1 /fi/w1/wpa_supplicant1 fi.w1.wpa_supplicant1 ";
-
 Neighbour& any(World& world, Random& random) {
     return world.neighbours[random() % world.neighbours.size()];
 }
 
-void pause(Random& random) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(random() % 2000));
-}
-
 // The requests of the witness need a supplicant.
 wifi::Manager& attached(World& world) {
-    if (!world.witness.isWifiStackInitialized()) {
+    if (!world.witness.manager().isWifiStackInitialized()) {
         throw std::runtime_error("the witness has no supplicant");
     }
-    return world.witness;
+    return world.witness.manager();
 }
 
 void connect(World& world, const wifi::ConnectionSettings& settings) {
@@ -34,26 +28,14 @@ void connect(World& world, const wifi::ConnectionSettings& settings) {
     }
 }
 
-auto connectTo(std::size_t neighbour) {
+Act connectTo(std::size_t neighbour) {
     return [neighbour](World& world, Random& /*random*/) {
-        connect(world, world.neighbours[neighbour].settings);
+        connect(world, world.neighbours.at(neighbour).settings);
     };
 }
 
-auto command(const std::string& text) {
-    return [text](World& /*world*/, Random& /*random*/) { run(text); };
-}
-
-std::string wpaCli(const std::string& request) {
-    return "wpa_cli -p /run/wpa_supplicant -i wlan0 " + request;
-}
-
-auto otherClient(const std::string& request) {
-    return command(wpaCli(request) + " | grep -qx OK");
-}
-
 void connectWithWrongKey(World& world, Random& random) {
-    wifi::ConnectionSettings settings = world.neighbours[1 + random() % 3].settings;
+    wifi::ConnectionSettings settings = world.neighbours[1 + random() % 4].settings;
     settings.password = "wrong-secret";
     connect(world, settings);
 }
@@ -75,104 +57,93 @@ void scan(World& world, Random& /*random*/) {
 }
 
 void switchOffAndOn(World& world, Random& random) {
-    world.witness.setEnabled(false);
+    world.witness.manager().setEnabled(false);
     pause(random);
-    world.witness.setEnabled(true);
+    world.witness.manager().setEnabled(true);
 }
 
-void vanish(World& world, Random& random) {
-    any(world, random).accessPoint.vanish();
+// An action on one of the access points.
+Act neighbour(void (*act)(AccessPoint& accessPoint, Random& random)) {
+    return [act](World& world, Random& random) { act(any(world, random).accessPoint, random); };
 }
 
-void vanishAndComeBack(World& world, Random& random) {
-    AccessPoint& accessPoint = any(world, random).accessPoint;
+void vanishAndComeBack(AccessPoint& accessPoint, Random& random) {
     accessPoint.vanish();
     pause(random);
     accessPoint.comeBack();
 }
 
-void deauthenticateAll(World& world, Random& random) {
-    any(world, random).accessPoint.deauthenticateAll();
-}
-
-void changePower(World& world, Random& random) {
-    any(world, random).accessPoint.setPower(static_cast<int>(random() % 15));
-}
-
-void blockRadio(World& /*world*/, Random& random) {
-    run("echo 1 >$(ls /sys/class/net/wlan0/phy80211/rfkill*/soft)");
+void stopAddressesForAWhile(AccessPoint& accessPoint, Random& random) {
+    accessPoint.stopAddresses();
     pause(random);
-    run("echo 0 >$(ls /sys/class/net/wlan0/phy80211/rfkill*/soft)");
-}
-
-void replaceInterface(World& /*world*/, Random& random) {
-    const std::string call = std::string("busctl call ") + supplicant;
-    run("interface=$(" + call + "GetInterface s wlan0 | cut -d '\"' -f 2) && " + call +
-        "RemoveInterface o $interface");
+    accessPoint.deauthenticateAll();
     pause(random);
-    run(call +
-        "CreateInterface 'a{sv}' 3 Ifname s wlan0 Driver s nl80211 ConfigFile s "
-        "/etc/wpa_supplicant/device.conf");
+    accessPoint.restore();
 }
 
-std::vector<std::string> configured(const std::string& column) {
-    std::istringstream lines(run(wpaCli("list_networks | sed 1d | cut -f " + column)));
-    std::vector<std::string> all;
-    for (std::string line; std::getline(lines, line);) {
-        all.push_back(line);
-    }
-    if (all.empty()) {
-        throw std::runtime_error("no network is configured");
-    }
-    return all;
-}
-
-void otherSelects(World& world, Random& random) {
-    const std::vector<std::string> ids = configured("1");
-    otherClient("select_network " + ids[random() % ids.size()])(world, random);
-}
-
-// Only to a configured network: a Manager notices that another client has added or removed one when it next attaches,
-// connects or forgets.
-void otherProgramConnects(World& /*world*/, Random& random) {
-    const std::vector<std::string> ssids = configured("2");
-    const std::string attempt = "timeout 10 kazwifictl connect '" + ssids[random() % ssids.size()] + "'";
-    run(attempt + " || test $? = 1");  // a refusal is an effect, too
+// Of the networks that have one key.
+void changeKey(World& world, Random& random) {
+    constexpr std::array<std::size_t, 4> withKey{1, 2, 4, 5};
+    world.neighbours.at(withKey[random() % withKey.size()])
+        .accessPoint.reconfigure("wpa_passphrase=another-secret");
 }
 
 }  // namespace
 
-const std::vector<Action>& actions() {
-    static const std::vector<Action> all = {
+void pause(Random& random) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(random() % 2000));
+}
+
+Act command(const std::string& text) {
+    return [text](World& /*world*/, Random& /*random*/) { run(text); };
+}
+
+std::vector<Action> actionsOfUser() {
+    return {
         {"connect to the open network", connectTo(0)},
         {"connect to the WPA2 network", connectTo(1)},
         {"connect to the mixed network", connectTo(2)},
         {"connect to the SAE network", connectTo(3)},
+        {"connect to the network with two access points", connectTo(4)},
         {"connect with a wrong key", connectWithWrongKey},
         {"connect to a configured network", connectConfigured},
         {"disconnect", disconnect},
         {"forget a network", forget},
         {"scan", scan},
         {"switch Wi-Fi off and on", switchOffAndOn},
-        {"an access point vanishes", vanish},
-        {"an access point vanishes and comes back", vanishAndComeBack},
-        {"an access point disconnects its stations", deauthenticateAll},
-        {"an access point changes its power", changePower},
-        {"the link goes down", command("ip link set wlan0 down")},
-        {"the link goes up", command("ip link set wlan0 up")},
-        {"the radio is blocked and unblocked", blockRadio},
-        {"the supplicant is restarted", command("systemctl restart wpa_supplicant")},
-        {"the supplicant is killed", command("systemctl kill --signal=KILL wpa_supplicant")},
-        {"networkd is restarted", command("systemctl restart systemd-networkd")},
-        {"systemd executes itself again", command("systemctl daemon-reexec")},
-        {"the interface is removed and made again", replaceInterface},
-        {"wpa_cli disconnects", otherClient("disconnect")},
-        {"wpa_cli reconnects", otherClient("reconnect")},
-        {"wpa_cli scans", otherClient("scan")},
-        {"wpa_cli selects a network", otherSelects},
-        {"kazwifictl connects", otherProgramConnects},
-        {"kazwifictl disconnects", command("timeout 10 kazwifictl disconnect")},
     };
+}
+
+std::vector<Action> actionsOfNeighbourhood() {
+    return {
+        {"an access point vanishes", neighbour([](auto& accessPoint, auto&) { accessPoint.vanish(); })},
+        {"an access point vanishes and comes back", neighbour(vanishAndComeBack)},
+        {"an access point disconnects its stations",
+         neighbour([](auto& accessPoint, auto&) { accessPoint.deauthenticateAll(); })},
+        {"an access point changes its power", neighbour([](auto& accessPoint, auto& random) {
+             accessPoint.setPower(static_cast<int>(random() % 15));
+         })},
+        {"an access point changes its channel", neighbour([](auto& accessPoint, auto& random) {
+             accessPoint.switchChannel(1 + static_cast<int>(random() % 11));
+         })},
+        {"an access point changes its key", changeKey},
+        {"an access point changes its name",
+         neighbour([](auto& accessPoint, auto&) { accessPoint.reconfigure(R"(ssid2=P"Kaz Renamed")"); })},
+        {"an access point gives no addresses",
+         neighbour([](auto& accessPoint, auto&) { accessPoint.stopAddresses(); })},
+        {"an access point gives no addresses for a while", neighbour(stopAddressesForAWhile)},
+    };
+}
+
+const std::vector<Action>& actions() {
+    static const std::vector<Action> all = [] {
+        std::vector<Action> result;
+        for (const auto& some :
+             {actionsOfUser(), actionsOfOtherPrograms(), actionsOfSystem(), actionsOfNeighbourhood()}) {
+            result.insert(result.end(), some.begin(), some.end());
+        }
+        return result;
+    }();
     return all;
 }
 

@@ -1,12 +1,8 @@
-// What may happen to a device: requests of its user, of another program, of the system, and of the neighbourhood.
+// What may happen to a device: requests of its user, of other programs, of the system, and of the neighbourhood.
 #pragma once
 
-#include "vm/access_point.h"
-#include "vm/neighbourhood.h"
+#include "vm/chaos_world.h"
 
-#include <wifi/manager.h>
-
-#include <array>
 #include <functional>
 #include <random>
 #include <string>
@@ -14,31 +10,27 @@
 
 namespace kaz::vm {
 
-struct Neighbour {
-    wifi::ConnectionSettings settings;
-    int power;  // dBm
-    AccessPoint accessPoint;
-};
-
-// What the actions act on. The witness is a Manager that lives through all of them, as that of a user interface.
-struct World {
-    explicit World(wifi::Manager& manager) : witness(manager) {}
-
-    wifi::Manager& witness;
-    std::array<Neighbour, 4> neighbours{{{openNetwork, 20, AccessPoint("open")},
-                                         {wpa2Network, 17, AccessPoint("wpa2")},
-                                         {mixedNetwork, 16, AccessPoint("mixed")},
-                                         {saeNetwork, 15, AccessPoint("sae")}}};
-};
-
 using Random = std::mt19937;
+
+// Throws std::runtime_error when it has no effect now, for example because the supplicant does not run.
+using Act = std::function<void(World& world, Random& random)>;
 
 struct Action {
     std::string name;
-    // Throws std::runtime_error when it has no effect now, for example because the supplicant does not run.
-    std::function<void(World& world, Random& random)> act;
+    Act act;
 };
 
-const std::vector<Action>& actions();
+// Up to two seconds.
+void pause(Random& random);
+
+// An action that is a shell command.
+Act command(const std::string& text);
+
+std::vector<Action> actionsOfUser();
+std::vector<Action> actionsOfOtherPrograms();
+std::vector<Action> actionsOfSystem();
+std::vector<Action> actionsOfNeighbourhood();
+
+const std::vector<Action>& actions();  // all of them
 
 }  // namespace kaz::vm

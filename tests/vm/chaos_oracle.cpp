@@ -1,6 +1,6 @@
 #include "vm/chaos_oracle.h"
 
-#include "vm/command.h"
+#include "vm/daemons.h"
 
 #include <algorithm>
 #include <set>
@@ -13,72 +13,9 @@ namespace {
 
 constexpr std::chrono::seconds lateness{70};  // the signal is polled every 60 s
 constexpr std::chrono::seconds unrest{60};
-constexpr int quietSamples = 4;
-constexpr std::chrono::seconds samplePeriod{1};
-
-// Empty when the supplicant does not run.
-std::string cli(const std::string& request) {
-    return run("wpa_cli -p /run/wpa_supplicant -i wlan0 " + request + " 2>/dev/null || true");
-}
-
-// The value of NAME=value in the output of a command, or nothing.
-std::string value(const std::string& output, const std::string& name) {
-    std::istringstream lines(output);
-    for (std::string line; std::getline(lines, line);) {
-        if (line.rfind(name + '=', 0) == 0) {
-            return line.substr(name.size() + 1);
-        }
-    }
-    return {};
-}
-
-// The supplicant's tools print other bytes than printable ASCII as \xNN, and a backslash before \ and ".
-std::string unescaped(const std::string& printed) {
-    std::string result;
-    for (std::size_t i = 0; i < printed.size(); ++i) {
-        if (printed.compare(i, 2, "\\x") == 0) {
-            result += static_cast<char>(std::stoi(printed.substr(i + 2, 2), nullptr, 16));
-            i += 3;
-        } else {
-            i += printed[i] == '\\' ? 1U : 0U;
-            result += printed[i];
-        }
-    }
-    return result;
-}
-
-// The fields of the lines after the heading.
-std::vector<std::vector<std::string>> table(const std::string& output) {
-    std::vector<std::vector<std::string>> rows;
-    std::istringstream lines(output);
-    std::string line;
-    for (std::getline(lines, line); std::getline(lines, line);) {
-        std::istringstream fields(line);
-        rows.emplace_back();
-        for (std::string field; std::getline(fields, field, '\t');) {
-            rows.back().push_back(field);
-        }
-    }
-    return rows;
-}
-
-std::string onlineState() {
-    return run(
-        "busctl get-property org.freedesktop.network1 /org/freedesktop/network1 "
-        "org.freedesktop.network1.Manager OnlineState || true");
-}
-
-std::string unitState() {
-    return run("systemctl is-active wpa_supplicant || true");
-}
-
-bool isScanning() {
-    return succeeds(
-        "call='fi.w1.wpa_supplicant1 /fi/w1/wpa_supplicant1 fi.w1.wpa_supplicant1'; "
-        "interface=$(busctl call $call GetInterface s wlan0 | cut -d '\"' -f 2) && "
-        "busctl get-property fi.w1.wpa_supplicant1 $interface fi.w1.wpa_supplicant1.Interface Scanning | "
-        "grep -q true");
-}
+constexpr int quietSamples = 5;
+constexpr std::chrono::milliseconds quietPeriod{500};
+constexpr std::chrono::milliseconds samplePeriod{200};
 
 Status statusOf(const std::string& wpaState, bool online) {
     static const std::set<std::string> setUp = {"AUTHENTICATING", "ASSOCIATING", "ASSOCIATED",
@@ -89,17 +26,17 @@ Status statusOf(const std::string& wpaState, bool online) {
     return setUp.contains(wpaState) ? Status::connectingWifi : Status::disconnected;
 }
 
-bool linkIsUp(Status status) {
+bool isConnected(Status status) {
     return status == Status::connectingIP || status == Status::connected;
 }
 
 std::map<std::string, NetworkInRange> listedByDaemons() {
     std::set<std::string> configured;
-    for (const auto& row : table(cli("list_networks"))) {
+    for (const auto& row : table(askSupplicant("LIST_NETWORKS"))) {
         configured.insert(unescaped(row.at(1)));
     }
     std::map<std::string, NetworkInRange> networks;
-    for (const auto& row : table(cli("scan_results"))) {
+    for (const auto& row : table(askSupplicant("SCAN_RESULTS"))) {
         const std::string ssid = row.size() > 4 ? unescaped(row[4]) : std::string();
         if (ssid.find_first_not_of('\0') == std::string::npos) {
             continue;  // hidden
@@ -112,31 +49,96 @@ std::map<std::string, NetworkInRange> listedByDaemons() {
     return networks;
 }
 
-// Returns whether the Manager says what the daemons say, now or soon, and both pictures.
-struct Comparison {
-    bool same = false;
-    Picture truth;
-    Picture said;
-};
-
-Comparison compare(wifi::Manager& manager) {
+// Returns what differs although there was time, or an empty text.
+std::string compare(const std::string& who, wifi::Manager& manager) {
     const auto end = Clock::now() + lateness;
-    Comparison result;
-    do {
-        result.truth = saidByDaemons();
-        result.said = saidBy(manager);
-        result.same = result.truth == result.said;
-        if (!result.same) {
-            std::this_thread::sleep_for(samplePeriod);
+    while (true) {
+        const Picture truth = saidByDaemons();
+        const Picture said = saidBy(manager);
+        if (truth == said) {
+            return {};
         }
-    } while (!result.same && Clock::now() < end);
-    return result;
+        if (Clock::now() >= end) {
+            return "the daemons: " + text(truth) + '\n' + who + ": " + text(said) + '\n';
+        }
+        std::this_thread::sleep_for(samplePeriod);
+    }
 }
 
-std::string told(const std::string& who, const Comparison& comparison) {
-    return comparison.same
-               ? std::string()
-               : "the daemons: " + text(comparison.truth) + '\n' + who + ": " + text(comparison.said) + '\n';
+std::string differenceOfBoth(World& world) {
+    const std::string ofWitness = compare("the witness", world.witness.manager());
+    return ofWitness.empty() ? compare("the watcher", world.watcher.manager()) : ofWitness;
+}
+
+bool scans(Device& device) {
+    constexpr int requests = 10;  // the supplicant refuses a scan while it joins a network
+    constexpr std::chrono::seconds patience{10};
+    const int before = device.scanningChanges();
+    const auto ended = [&] {
+        return device.scanningChanges() >= before + 2 && !device.manager().isScanning();
+    };
+    for (int request = 0; request < requests; ++request) {
+        device.manager().scan();
+        if (device.eventually(ended, patience)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool connects(Device& device, const wifi::ConnectionSettings& settings) {
+    constexpr int attempts = 3;  // the supplicant may know the access point from before it changed
+    constexpr std::chrono::seconds patience{30};
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        if (device.manager().connect(settings) == wifi::ConnectResult::ok &&
+            device.reaches(Status::connected, settings.ssid, patience)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool isDisconnectByUser(const wifi::ConnectionInfo& info, const std::string& ssid) {
+    return info.status == Status::disconnected && info.disconnectSsid == ssid &&
+           info.disconnectReason == Reason::causedByUser;
+}
+
+// Only the witness knows what its user wants; to the watcher each disconnect is one by the system.
+std::string disconnectFailure(World& world, const std::string& ssid) {
+    world.witness.manager().disconnect();
+    if (!world.watcher.loses(ssid)) {
+        return "the watcher does not notice the disconnect\n";
+    }
+    waitUntilQuiet();
+    const std::string different = differenceOfBoth(world);
+    const wifi::ConnectionInfo info = world.witness.manager().connectionInfo();
+    return !different.empty() || isDisconnectByUser(info, ssid)
+               ? different
+               : "not a disconnect by the user: " + ::testing::PrintToString(info) + '\n';
+}
+
+std::string lossFailure(World& world, const std::string& ssid, AccessPoint& accessPoint) {
+    accessPoint.vanish();
+    const bool noticed = world.witness.loses(ssid) && world.watcher.loses(ssid);
+    accessPoint.restore();
+    return noticed ? std::string() : "the loss of the access point is not noticed\n";
+}
+
+std::string connectionFailure(World& world, Random& random) {
+    // Without the last two, which are access points of one network: when one vanishes the other is there.
+    Neighbour& neighbour = world.neighbours[random() % (world.neighbours.size() - 2)];
+    const std::string& ssid = neighbour.settings.ssid;
+    if (!connects(world.witness, neighbour.settings)) {
+        return "the witness cannot connect to " + ssid + '\n';
+    }
+    std::string failure = difference(world);
+    if (failure.empty()) {
+        world.witness.clearHistory();
+        world.watcher.clearHistory();
+        failure = random() % 2 == 0 ? disconnectFailure(world, ssid)
+                                    : lossFailure(world, ssid, neighbour.accessPoint);
+    }
+    return failure;
 }
 
 }  // namespace
@@ -164,21 +166,21 @@ std::string text(const Picture& picture) {
 
 Picture saidByDaemons() {
     Picture picture;
-    picture.enabled = !succeeds("grep -qx wifi=off /home/root/.config/tessaline/kaz.conf");
-    const std::string status = cli("status");
-    picture.attached = unitState() == "active\n" && !status.empty();
+    picture.enabled = isSwitchedOn();
+    const std::string status = askSupplicant("STATUS");
+    picture.attached = unitIsActive() && !status.empty();
     if (!picture.attached) {
         return picture;
     }
-    picture.scanning = isScanning();
-    picture.status = statusOf(value(status, "wpa_state"), onlineState() == "s \"online\"\n");
+    picture.scanning = supplicantIsScanning();
+    picture.status = statusOf(value(status, "wpa_state"), isOnline());
     picture.networks = listedByDaemons();
     if (picture.status != Status::disconnected) {
         picture.networks.erase(unescaped(value(status, "ssid")));
     }
-    if (linkIsUp(picture.status)) {
+    if (isConnected(picture.status)) {
         picture.ssid = unescaped(value(status, "ssid"));
-        const std::string signal = value(cli("signal_poll"), "RSSI");
+        const std::string signal = value(askSupplicant("SIGNAL_POLL"), "RSSI");
         picture.signal = signal.empty() ? 0 : std::stoi(signal);
     }
     return picture;
@@ -191,7 +193,7 @@ Picture saidBy(wifi::Manager& manager) {
     picture.attached = manager.isWifiStackInitialized();
     picture.scanning = manager.isScanning();
     picture.status = info.status;
-    if (linkIsUp(info.status)) {
+    if (isConnected(info.status)) {
         picture.ssid = info.ssid;
         picture.signal = info.signal;
     }
@@ -201,39 +203,36 @@ Picture saidBy(wifi::Manager& manager) {
     return picture;
 }
 
-void heal(World& world) {
-    for (Neighbour& neighbour : world.neighbours) {
-        neighbour.accessPoint.comeBack();
-        neighbour.accessPoint.setPower(neighbour.power);
-    }
-    run("ip link set wlan0 up");
-    if (world.witness.isEnabled() && unitState() != "active\n") {
-        succeeds("systemctl reset-failed wpa_supplicant");
-        run("systemctl start wpa_supplicant");
-    }
-}
-
 void waitUntilQuiet() {
     const auto end = Clock::now() + unrest;
     std::string last;
     for (int samples = 0; samples < quietSamples && Clock::now() < end; ++samples) {
-        const std::string status = cli("status");
-        std::string now = unitState() + value(status, "wpa_state") + value(status, "ssid") + onlineState();
+        const std::string status = askSupplicant("STATUS");
+        std::string now = value(status, "wpa_state") + value(status, "ssid") +
+                          (unitIsActive() ? "active" : "") + (isOnline() ? "online" : "");
         if (now != last) {
             samples = 0;
             last = std::move(now);
         }
-        std::this_thread::sleep_for(samplePeriod);
+        std::this_thread::sleep_for(quietPeriod);
     }
 }
 
 std::string difference(World& world) {
-    const Comparison witness = compare(world.witness);
-    if (!witness.same) {
-        return told("the witness", witness);
+    const std::string ofBoth = differenceOfBoth(world);
+    if (!ofBoth.empty()) {
+        return ofBoth;
     }
     wifi::Manager fresh;
-    return told("a Manager just made", compare(fresh));
+    return compare("a Manager just made", fresh);
+}
+
+std::string failureToWork(World& world, Random random, bool connects) {
+    if (!scans(world.witness)) {
+        return "the witness cannot scan\n";
+    }
+    std::string failure = differenceOfBoth(world);
+    return failure.empty() && connects ? connectionFailure(world, random) : failure;
 }
 
 }  // namespace kaz::vm

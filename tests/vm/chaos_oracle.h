@@ -1,4 +1,4 @@
-// What is true of a device, as its daemons tell it to their own tools, and what a Manager says of it.
+// What is true of a device, as its daemons and the kernel say, what a Manager says of it, and whether it still works.
 #pragma once
 
 #include "vm/chaos_actions.h"
@@ -35,16 +35,16 @@ std::string text(const Picture& picture);     // with all networks
 Picture saidByDaemons();
 Picture saidBy(wifi::Manager& manager);
 
-// Undoes what prevents Wi-Fi from working: access points that are away or weak, a link that is down, a supplicant
-// that does not run although Wi-Fi is on.
-void heal(World& world);
-
 // Blocks until the daemons have stayed in one state for some seconds, but not for ever: a supplicant that knows only a
 // network with a wrong key never gives up.
 void waitUntilQuiet();
 
-// Compares the witness, and then a Manager just made, with the daemons. Both may be late, but not longer than the
+// Compares the witness, the watcher and a Manager just made with the daemons. Each may be late, but not longer than the
 // signal is polled. Returns what differs, or an empty text.
 std::string difference(World& world);
+
+// Lets the witness scan. With `connects`, lets it connect to one of the neighbours, and then ends the connection, by the
+// user or by the access point. Returns what went wrong, or an empty text.
+std::string failureToWork(World& world, Random random, bool connects);
 
 }  // namespace kaz::vm

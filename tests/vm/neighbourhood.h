@@ -44,6 +44,8 @@ inline const wifi::ConnectionSettings wpa2Network =
 inline const wifi::ConnectionSettings mixedNetwork =
     settings("Kaz Mixed", wifi::SecurityMode::rsnPsk, "mixed-secret");
 inline const wifi::ConnectionSettings saeNetwork = settings("Kaz SAE", wifi::SecurityMode::sae, "sae-secret");
+inline const wifi::ConnectionSettings twinNetwork =
+    settings("Kaz Twin", wifi::SecurityMode::rsnPsk, "twin-secret");
 inline const wifi::ConnectionSettings peapNetwork = enterprise("PEAP", "MSCHAPV2", "alice", "alice-secret");
 inline const wifi::ConnectionSettings ttlsNetwork = enterprise("TTLS", "PAP", "bob", "bob-secret");
 inline const wifi::ConnectionSettings quotedNetwork = settings(R"(Say "Kaz" \o/)", wifi::SecurityMode::none);
