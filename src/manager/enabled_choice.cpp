@@ -4,28 +4,77 @@
 
 namespace kaz::wifi {
 
+// One call of setEnabled(). It sets the flag when it begins.
+class EnabledChoice::Call : NonCopyable {
+  public:
+    Call(EnabledChoice& owner, bool on) : owner_(owner) {
+        const std::lock_guard lock(owner_.mutex_);
+        choice_ = {++owner_.begun_, on};
+        changed_ = owner_.enabled_.exchange(on) != on;
+    }
+    ~Call() {
+        const std::lock_guard lock(owner_.mutex_);
+        ++owner_.ended_;
+    }
+
+    Choice choice() const { return choice_; }
+    bool changedFlag() const { return changed_; }
+
+  private:
+    EnabledChoice& owner_;
+    Choice choice_;
+    bool changed_ = false;
+};
+
 EnabledChoice::EnabledChoice(Communicator& communicator, Published& published)
     : communicator_(communicator), published_(published), enabled_(communicator.readEnabledConfiguration()) {}
 
 void EnabledChoice::setEnabled(bool on) {
     log::info("Turning wifi {}", on ? "on" : "off");
-    const std::lock_guard lock(mutex_);
-    if (enabled_.exchange(on) != on) {
+    const Call call(*this, on);
+    if (call.changedFlag()) {
         communicator_.pushTaskAsync_([this] { published_.notify(Published::Change::enabled); });
     }
-    communicator_.writeEnabledConfiguration(on);
+    store();
     // Also without a change: a repeated "on" tries again to start the supplicant.
-    communicator_.pushTaskAsync_([this, on] { communicator_.startStopSupplicantSync(on); });
+    communicator_.pushTaskAsync_([this, choice = call.choice()] { taskStartOrStopSupplicant(choice); });
 }
 
-// Without the mutex, a choice made between the read and the exchange would be lost.
+// The write of an older choice may come last when two threads write. Its thread then writes again.
+void EnabledChoice::store() {
+    Choice written;
+    do {
+        written = latest();
+        communicator_.writeEnabledConfiguration(written.on);
+    } while (written.number != latest().number);
+}
+
+// The tasks of two threads may be posted in the other order than their choices were made.
+void EnabledChoice::taskStartOrStopSupplicant(Choice choice) {
+    if (choice.number > applied_.number) {
+        applied_ = choice;
+    }
+    communicator_.startStopSupplicantSync(applied_.on);
+}
+
+EnabledChoice::Choice EnabledChoice::latest() {
+    const std::lock_guard lock(mutex_);
+    return {begun_, enabled_};
+}
+
 bool EnabledChoice::adoptStoredChoice() {
-    const std::unique_lock lock(mutex_, std::try_to_lock);
-    if (!lock) {
-        return false;
+    std::uint64_t before = 0;
+    {
+        const std::lock_guard lock(mutex_);
+        if (begun_ != ended_) {
+            return false;
+        }
+        before = begun_;
     }
     const bool stored = communicator_.readEnabledConfiguration();
-    return enabled_.exchange(stored) != stored;
+    const std::lock_guard lock(mutex_);
+    // A choice that was made during the read is newer than what was read.
+    return begun_ == before && enabled_.exchange(stored) != stored;
 }
 
 }  // namespace kaz::wifi

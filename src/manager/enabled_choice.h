@@ -5,12 +5,16 @@
 #include "manager/published.h"
 
 #include <atomic>
+#include <cstdint>
 #include <mutex>
 
 namespace kaz::wifi {
 
 // The user's choice of Wi-Fi on or off: a flag, the configuration file, and the supplicant, which starts and stops
 // accordingly. Thread-safe.
+//
+// No lock is held while the communicator is called. It may wait for another process that holds the file's lock, and it
+// may log, to a sink that calls setEnabled().
 class EnabledChoice : NonCopyable {
   public:
     // Starts with the choice that is stored.
@@ -27,10 +31,23 @@ class EnabledChoice : NonCopyable {
     bool adoptStoredChoice();
 
   private:
+    struct Choice {
+        std::uint64_t number = 0;
+        bool on = false;
+    };
+    class Call;
+
+    Choice latest();
+    void store();
+    void taskStartOrStopSupplicant(Choice choice);
+
     Communicator& communicator_;
     Published& published_;
-    std::mutex mutex_;
+    std::mutex mutex_;  // of the numbers, and of the writes to the flag
     std::atomic<bool> enabled_;
+    std::uint64_t begun_ = 0;  // calls of setEnabled()
+    std::uint64_t ended_ = 0;
+    Choice applied_;  // the newest of the tasks that ran; loop thread only
 };
 
 }  // namespace kaz::wifi

@@ -9,23 +9,23 @@
 namespace kaz::wifi {
 
 template <typename T>
-void Published::replace(T& member, T next) {
+Published::Callback Published::replace(T& member, T next, Change change) {
     const std::lock_guard lock(mutex_);
     std::swap(member, next);
+    return callbackFor(change);
 }
 
 void Published::publish(std::vector<WifiNetwork> networks) {
-    replace(networks_, std::move(networks));
-    notify(Change::networks);
+    invoke([&] { return replace(networks_, std::move(networks), Change::networks); });
 }
 
 void Published::publish(ConnectionInfo info) {
-    replace(connectionInfo_, std::move(info));
-    notify(Change::connectionInfo);
+    invoke([&] { return replace(connectionInfo_, std::move(info), Change::connectionInfo); });
 }
 
 void Published::publish(std::set<std::string> eapMethods) {
-    replace(eapMethods_, std::move(eapMethods));
+    const std::lock_guard lock(mutex_);
+    std::swap(eapMethods_, eapMethods);
 }
 
 void Published::onChange(Change change, std::function<void()> callback) {
@@ -33,10 +33,15 @@ void Published::onChange(Change change, std::function<void()> callback) {
     callbackFor(change) = std::move(callback);
 }
 
-// Copying a callback may throw, too.
 void Published::notify(Change change) {
+    invoke([&] { return copyOf(callbackFor(change)); });
+}
+
+// Copying a callback may throw, too.
+template <typename CopyCallback>
+void Published::invoke(const CopyCallback& copyCallback) {
     try {
-        if (const Callback callback = copyOf(callbackFor(change))) {
+        if (const Callback callback = copyCallback()) {
             callback();
         }
     } catch (const std::exception& error) {

@@ -25,7 +25,7 @@ class Published : NonCopyable {
     ConnectionInfo connectionInfo() const { return copyOf(connectionInfo_); }
     std::set<std::string> eapMethods() const { return copyOf(eapMethods_); }
 
-    // Replaces the copy, then calls back. EAP methods have no callback.
+    // Replaces the copy, then invokes the callback that was registered at that moment. EAP methods have no callback.
     void publish(std::vector<WifiNetwork> networks);
     void publish(ConnectionInfo info);
     void publish(std::set<std::string> eapMethods);
@@ -44,8 +44,11 @@ class Published : NonCopyable {
         const std::lock_guard lock(mutex_);
         return member;
     }
+    // Swaps the value in and copies the callback under one lock. The former value is destroyed after unlocking.
     template <typename T>
-    void replace(T& member, T next);  // the former value is destroyed after unlocking
+    Callback replace(T& member, T next, Change change);
+    template <typename CopyCallback>
+    static void invoke(const CopyCallback& copyCallback);
     Callback& callbackFor(Change change);
 
     mutable std::mutex mutex_;

@@ -93,16 +93,53 @@ TEST_F(Enabling, ChoiceIsKeptWhenTheSupplicantDetachesDuringTheWrite) {
 TEST_F(Enabling, ChoiceMadeDuringTheReadIsKept) {
     startWithSupplicant();
     stack->failing = {"writeEnabledConfiguration"};
+    bool made = false;
     std::future<void> choice;
     stack->onCall = [&](const std::string& call) {
-        if (call == "readEnabledConfiguration" && !choice.valid()) {
+        if (call == "readEnabledConfiguration" && !std::exchange(made, true)) {
             choice = std::async(std::launch::async, [this] { engine->setEnabled(false); });
             ASSERT_TRUE(log.waitForText(spdlog::level::info, "Turning wifi off"));
         }
     };
     detachSupplicant();
-    ASSERT_TRUE(choice.valid());
+    ASSERT_TRUE(made);
     choice.get();
+    EXPECT_FALSE(engine->isEnabled());
+    attachSupplicant();
+    EXPECT_TRUE(engine->isEnabled()) << "the next attach reads the file again";
+}
+
+// As a sink of the log does that hears of a failed write.
+TEST_F(Enabling, ChoiceMadeDuringTheWriteOnTheSameThreadIsTheLast) {
+    start();
+    bool made = false;
+    stack->onCall = [&](const std::string& call) {
+        if (call == "writeEnabledConfiguration(true)" && !std::exchange(made, true)) {
+            engine->setEnabled(false);
+        }
+    };
+    engine->setEnabled(true);
+    EXPECT_FALSE(engine->isEnabled());
+    EXPECT_FALSE(stack->enabledConfiguration);
+    communicator->runTasks();
+    EXPECT_EQ(takeCalls(),
+              (Calls{"writeEnabledConfiguration(true)", posting, "writeEnabledConfiguration(false)", posting,
+                     "writeEnabledConfiguration(false)", posting, "startStopSupplicantSync(false)",
+                     "startStopSupplicantSync(false)"}));
+    EXPECT_EQ(takeCallbacks(), Callbacks{.enabled = 1});
+}
+
+TEST_F(Enabling, ChoiceMadeDuringTheReadOnTheSameThreadIsKept) {
+    startWithSupplicant();
+    stack->failing = {"writeEnabledConfiguration"};
+    bool made = false;
+    stack->onCall = [&](const std::string& call) {
+        if (call == "readEnabledConfiguration" && !std::exchange(made, true)) {
+            engine->setEnabled(false);
+        }
+    };
+    detachSupplicant();
+    EXPECT_TRUE(made);
     EXPECT_FALSE(engine->isEnabled());
     attachSupplicant();
     EXPECT_TRUE(engine->isEnabled()) << "the next attach reads the file again";

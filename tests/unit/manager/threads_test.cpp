@@ -97,6 +97,15 @@ class Threads : public ::testing::Test {
         }
     }
 
+    // The last call that started or stopped the supplicant, since the calls were last taken.
+    std::string lastSwitch() {
+        std::string last;
+        for (const std::string& call : stack->takeCalls()) {
+            last = call.starts_with("startStopSupplicantSync") ? call : last;
+        }
+        return last;
+    }
+
     RecordingLog log;
     std::shared_ptr<FakeWifiStack> stack = std::make_shared<FakeWifiStack>();
     std::shared_ptr<FakeClock> clock = std::make_shared<FakeClock>();
@@ -167,15 +176,40 @@ TEST_F(Threads, ConcurrentChoicesLeaveFlagFileAndSupplicantAgreed) {
         turn(false);
         other.join();
         onLoop([] {});
-        std::string switched;
-        for (const std::string& call : stack->takeCalls()) {
-            switched = call.starts_with("startStopSupplicantSync") ? call : switched;
-        }
+        const std::string switched = lastSwitch();
         const bool on = engine->isEnabled();
         ASSERT_EQ(stack->enabledConfiguration, on) << "round " << round;
         ASSERT_EQ(switched, on ? "startStopSupplicantSync(true)" : "startStopSupplicantSync(false)")
             << "round " << round;
     }
+}
+
+// Another process holds the lock of the file. The first write then comes last.
+TEST_F(Threads, SecondChoiceDoesNotWaitForTheWriteOfTheFirst) {
+    Gate fileLock;
+    std::atomic<bool> waits = false;
+    stack->onCall = [&](const std::string& call) {
+        if (call == "writeEnabledConfiguration(false)" && !waits.exchange(true)) {
+            fileLock.pass();
+        }
+    };
+    std::thread first([&] { engine->setEnabled(false); });
+    fileLock.waitForTask();
+    EXPECT_FALSE(engine->isEnabled());
+    std::promise<void> secondEnded;
+    std::thread second([&] {
+        engine->setEnabled(true);
+        secondEnded.set_value();
+    });
+    EXPECT_TRUE(eventually([&] { return engine->isEnabled(); }));
+    EXPECT_EQ(secondEnded.get_future().wait_for(timeLimit), std::future_status::ready);
+    fileLock.open();
+    first.join();
+    second.join();
+    onLoop([] {});
+    EXPECT_TRUE(engine->isEnabled());
+    EXPECT_TRUE(stack->enabledConfiguration);
+    EXPECT_EQ(lastSwitch(), "startStopSupplicantSync(true)");
 }
 
 TEST_F(Threads, ChoiceDuringAnAttachIsKept) {
