@@ -89,12 +89,12 @@ ConfiguredNetworks::List ConfiguredNetworks::listSync() {
     if (!supplicant_.mayUse("list configured networks")) {
         return {};
     }
-    known_.clear();
     dbus::Reply reply = supplicant_.interface().get("Networks");
     const auto paths = reply.read<std::vector<dbus::OPath>>();
     if (!paths) {
         return {};
     }
+    known_.clear();
     List networks;
     networks.reserve(paths->size());
     const Patience patience(supplicant_.callLimit());

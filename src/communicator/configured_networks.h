@@ -34,8 +34,8 @@ class ConfiguredNetworks {
     // networks are listed without their SSID.
     List listSync();
 
-    // The supplicant has added or removed this network. True if another client asked it to, and listSync() has not
-    // shown it yet.
+    // The supplicant has added or removed this network. True if that is news: neither our own change nor in the last
+    // list.
     bool noteAdded(const dbus::OPath& network);
     bool noteRemoved(const dbus::OPath& network);
 

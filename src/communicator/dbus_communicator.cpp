@@ -127,17 +127,18 @@ void DbusCommunicator::connectOrDisconnectFromSupplicantSync(const std::string& 
 void DbusCommunicator::onSupplicantOwnerChangedSync(bool owned) {
     gone_ = !owned;
     if (!owned) {
+        lostWithBus_ = false;  // this time the supplicant itself has gone
         // While the unit runs, systemd has not noticed the end yet, but will report it.
         if (!unitRuns_) {
             detachFromEnded();
         }
-        return;
-    }
-    if (!lostWithBus_) {
-        supplicant_.forget();
-    }
-    if (supplicant_.attached()) {
-        attachAgainSync();
+    } else if (!supplicant_.isFromPresentOwner()) {
+        if (!lostWithBus_) {
+            supplicant_.forget();
+        }
+        if (supplicant_.attached()) {
+            attachAgainSync();
+        }
     }
 }
 
@@ -150,15 +151,11 @@ void DbusCommunicator::followInterfaces() {
 }
 
 void DbusCommunicator::onInterfaceAddedSync(const dbus::OPath& interface, const std::string& name) {
-    if (!supplicant_.hasInterface()) {
-        attachAgainSync();
-    } else if (interface.str() == supplicant_.path().str()) {
-        return;  // the list that we read had it already
-    } else if (supplicant_.isNamed(name)) {
-        supplicant_.addForeign(supplicant_.path());
-        attachAgainSync();
+    const bool inUse = supplicant_.hasInterface() && interface.str() == supplicant_.path().str();
+    if (!supplicant_.hasInterface() || (supplicant_.isNamed(name) && !inUse)) {
+        attachAgainSync(interface);
     } else {
-        supplicant_.addForeign(interface);
+        supplicant_.noteAdded(interface);
     }
 }
 
@@ -172,8 +169,8 @@ void DbusCommunicator::onInterfaceRemovedSync(const dbus::OPath& interface) {
     }
 }
 
-void DbusCommunicator::attachSync() {
-    if (!supplicant_.attachSync(lostWithBus_)) {
+void DbusCommunicator::attachSync(const dbus::OPath& preferred) {
+    if (!supplicant_.attachSync(lostWithBus_, preferred)) {
         return;
     }
     signals_.subscribe();
@@ -186,14 +183,14 @@ void DbusCommunicator::attachSync() {
 }
 
 // To another interface, or to another supplicant.
-void DbusCommunicator::attachAgainSync() {
+void DbusCommunicator::attachAgainSync(const dbus::OPath& preferred) {
     if (supplicant_.hasInterface()) {
         detach();
     } else if (supplicant_.attached()) {
         supplicant_.detach();
     }
     if (unitRuns_) {
-        attachSync();
+        attachSync(preferred);
     }
 }
 

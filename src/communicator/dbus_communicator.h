@@ -26,10 +26,12 @@ namespace kaz::wifi {
 // While the unit runs, the communicator is attached to the supplicant's first interface and turns its signals into
 // calls of the handlers. It stays attached to that interface when the supplicant adds others: those are foreign, for
 // example the access point of another program. When the supplicant removes the interface in use, the communicator
-// detaches and attaches to the next one that is not foreign, also to one that is added later, and again to one with the
-// former name once it is back. Otherwise it is detached, and operations that need the interface are refused with a
-// warning in the log, scanSync() with a debug record. Calls that cannot be made, because there is no bus or no
-// interface, fail without a record.
+// detaches and attaches to the next one that is not foreign, also to one that is added later. When one with the former
+// name is back, it attaches to that.
+//
+// While no unit runs, the communicator is detached. Operations that need the interface are refused with a warning in
+// the log, scanSync() with a debug record. Calls that cannot be made, because there is no bus or no interface, fail
+// without a record.
 //
 // Construction posts the task that finds the unit. The loss of the bus detaches. After a restart of the bus or of
 // systemd the unit is looked up again.
@@ -62,7 +64,8 @@ class DbusCommunicator final : public Communicator {
     void refreshBssListSync() override;
     void refreshSync() override;
 
-    // Attaches or detaches as the unit's ActiveState demands. Transitional states change nothing.
+    // Attaches or detaches as the unit's ActiveState demands. A transitional state detaches only if the supplicant has
+    // left the bus.
     void connectOrDisconnectFromSupplicantSync(const std::string& activeState);
 
     // The parts, one per topic.
@@ -77,8 +80,8 @@ class DbusCommunicator final : public Communicator {
     void onInterfaceAddedSync(const dbus::OPath& interface, const std::string& name);
     void onInterfaceRemovedSync(const dbus::OPath& interface);
     void onSupplicantOwnerChangedSync(bool owned);
-    void attachSync();
-    void attachAgainSync();
+    void attachSync(const dbus::OPath& preferred = {});
+    void attachAgainSync(const dbus::OPath& preferred = {});
     void detach();
     void detachFromEnded();
     void onConnectionChanged(bool connected);

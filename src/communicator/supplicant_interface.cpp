@@ -21,17 +21,22 @@ bool SupplicantInterface::mayUse(const char* what, log::Level level) const {
     return false;
 }
 
-bool SupplicantInterface::attachSync(bool sameSupplicant) {
+bool SupplicantInterface::attachSync(bool sameSupplicant, const dbus::OPath& preferred) {
     // First, because operations are refused while detached.
     attached_ = true;
     dbus::Reply reply = root().get("Interfaces");
     const auto interfaces = reply.read<std::vector<dbus::OPath>>().value_or(std::vector<dbus::OPath>{});
     log::debug("wpa_supplicant has {} interfaces", interfaces.size());
+    owner_ = reply.sender();
+    listed_.clear();
+    for (const dbus::OPath& interface : interfaces) {
+        listed_.insert(interface.str());
+    }
     if (interfaces.empty()) {
         log::error("wpa_supplicant has no configured interfaces, can't control wifi");
         return false;
     }
-    const dbus::OPath* const chosen = choose(interfaces, sameSupplicant);
+    const dbus::OPath* const chosen = choose(interfaces, sameSupplicant, preferred);
     if (chosen == nullptr) {
         log::error("wpa_supplicant has removed the interface in use, can't control wifi");
         return false;
@@ -41,22 +46,32 @@ bool SupplicantInterface::attachSync(bool sameSupplicant) {
 }
 
 const dbus::OPath* SupplicantInterface::choose(const std::vector<dbus::OPath>& interfaces,
-                                               bool sameSupplicant) const {
+                                               bool sameSupplicant, const dbus::OPath& preferred) const {
     const auto find = [&](const auto& fits) {
         const auto found = std::find_if(interfaces.begin(), interfaces.end(), fits);
         return found == interfaces.end() ? nullptr : &*found;
     };
-    const auto isFormer = [this](const dbus::OPath& one) { return one.str() == former_.str(); };
-    if (const dbus::OPath* const former = sameSupplicant ? find(isFormer) : nullptr) {
+    const auto is = [](const dbus::OPath& path) {
+        return [&path](const dbus::OPath& one) { return one.str() == path.str(); };
+    };
+    if (const dbus::OPath* const former = sameSupplicant ? find(is(former_)) : nullptr) {
         return former;
     }
+    if (const dbus::OPath* const added = find(is(preferred))) {
+        return added;
+    }
     return find([this](const dbus::OPath& one) { return !foreign_.contains(one.str()); });
+}
+
+bool SupplicantInterface::isFromPresentOwner() const {
+    return !owner_.empty() && owner_ == bus_.ownerOf(bus::supplicant::service);
 }
 
 void SupplicantInterface::detach() {
     if (hasInterface()) {
         former_ = std::exchange(path_, dbus::OPath());
     }
+    owner_.clear();
     attached_ = false;
 }
 
@@ -66,13 +81,16 @@ void SupplicantInterface::noteName(const std::string& name) {
     }
 }
 
-void SupplicantInterface::addForeign(const dbus::OPath& interface) {
-    foreign_.insert(interface.str());
+void SupplicantInterface::noteAdded(const dbus::OPath& interface) {
+    if (!listed_.contains(interface.str())) {
+        foreign_.insert(interface.str());
+    }
 }
 
 void SupplicantInterface::forget() {
     former_ = dbus::OPath();
     name_.clear();
+    listed_.clear();
     foreign_.clear();
 }
 
@@ -89,6 +107,7 @@ void SupplicantInterface::onAdded(
 void SupplicantInterface::onRemoved(std::function<void(const dbus::OPath& interface)> task) {
     subscribe("InterfaceRemoved", [this, task = std::move(task)](dbus::MessageDecoder& decoder) {
         if (const auto interface = dbus::read<dbus::OPath>(decoder)) {
+            listed_.erase(interface->str());
             foreign_.erase(interface->str());
             task(*interface);
         }

@@ -29,18 +29,21 @@ class SupplicantInterface {
     // Returns attached(). While detached it also logs: "Can't <what>, wpa_supplicant isn't running."
     bool mayUse(const char* what, log::Level level = log::Level::warn) const;
 
-    // Attaches to the first interface of the supplicant that is not foreign. False when it has none. A supplicant lists
-    // its newest interface first, so with `sameSupplicant` the interface that was in use before comes first if it is
-    // still there.
-    bool attachSync(bool sameSupplicant);
+    // Attaches to the first of these that the supplicant has: with `sameSupplicant` the interface that was in use before,
+    // the preferred one, and the first that is not foreign. False when it has none. It lists its newest interface first.
+    bool attachSync(bool sameSupplicant, const dbus::OPath& preferred = {});
     void detach();
+
+    // Whether the present owner of the supplicant's bus name is the one that listed its interfaces.
+    bool isFromPresentOwner() const;
 
     // The name of the network interface, such as "wlan0". The first one counts until forget().
     void noteName(const std::string& name);
     bool isNamed(const std::string& name) const { return !name.empty() && name == name_; }
 
-    // Another program has added this interface for its own use, such as an access point.
-    void addForeign(const dbus::OPath& interface);
+    // The supplicant has added this interface beside the one in use. Unless it was listed before, it is foreign: another
+    // program has added it for its own use, such as an access point.
+    void noteAdded(const dbus::OPath& interface);
 
     // Forgets everything about the former interfaces, because the supplicant has ended.
     void forget();
@@ -67,13 +70,16 @@ class SupplicantInterface {
   private:
     dbus::RemoteObject object(const dbus::OPath& path, const char* interface) const;
     void subscribe(const char* member, std::function<void(dbus::MessageDecoder&)> handler);
-    const dbus::OPath* choose(const std::vector<dbus::OPath>& interfaces, bool sameSupplicant) const;
+    const dbus::OPath* choose(const std::vector<dbus::OPath>& interfaces, bool sameSupplicant,
+                              const dbus::OPath& preferred) const;
 
     dbus::Bus& bus_;
     dbus::OPath path_;
     dbus::OPath former_;             // the interface that was in use before
     std::string name_;               // of the first interface that was in use
-    std::set<std::string> foreign_;  // paths of those that were added while another was in use
+    std::string owner_;              // the unique name of the supplicant that listed its interfaces
+    std::set<std::string> listed_;   // paths, when we attached
+    std::set<std::string> foreign_;  // paths
     std::atomic<bool> attached_ = false;
 };
 

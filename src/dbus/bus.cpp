@@ -103,6 +103,10 @@ void Bus::onOwnerChanged(const char* name, std::function<void(bool owned)> task)
     owners_->follow(name).setChangeTask(std::move(task));
 }
 
+const std::string& Bus::ownerOf(const char* name) {
+    return owners_->follow(name).owner();
+}
+
 RemoteObject Bus::object(const char* destination, const OPath& path, const char* interface) {
     return {connection(), {destination, path.str(), interface}};
 }

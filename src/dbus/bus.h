@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace kaz::dbus {
 
@@ -67,6 +68,9 @@ class Bus : NonCopyable {
     // Runs the task when the bus name gets another owner (true) or loses its owner (false). One task per
     // name.
     void onOwnerChanged(const char* name, std::function<void(bool owned)> task);
+
+    // The unique name of the owner of this bus name; empty while there is none or it is unknown.
+    const std::string& ownerOf(const char* name);
 
     // One interface of one object, for calls on the loop thread. Valid until the connection changes.
     RemoteObject object(const char* destination, const OPath& path, const char* interface);

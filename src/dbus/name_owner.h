@@ -30,6 +30,9 @@ class NameOwner : NonCopyable {
     // first, to the connection of the message.
     bool sent(sd_bus_message* message);
 
+    // The unique name of the owner; empty while there is none or it is unknown.
+    const std::string& owner() const noexcept { return owner_; }
+
     // Whether the last attach() failed.
     bool unknown() const noexcept { return !known_; }
 

@@ -5,6 +5,7 @@
 
 #include <kaz/dbus/message.h>
 
+#include <string>
 #include <utility>
 
 namespace kaz::dbus {
@@ -17,6 +18,12 @@ class Reply {
         : message_(decoder.message), decoder_{decoder.message, decoder.ok && decoder.message != nullptr} {}
 
     explicit operator bool() const noexcept { return message_ != nullptr; }
+
+    // The unique name of the connection that replied; empty if the call failed.
+    std::string sender() const {
+        const char* name = message_ ? sd_bus_message_get_sender(message_.get()) : nullptr;
+        return name == nullptr ? std::string() : name;
+    }
 
     // The next value of the reply.
     template <typename T>

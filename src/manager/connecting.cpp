@@ -57,6 +57,7 @@ void Connecting::taskConnectCommon(Communicator::ConfiguredNetwork& network) {
     if (!configuration_.select(network)) {
         return;
     }
+    ++unreportedSelections_;
     // One configuration per SSID: the selected one replaces all older ones.
     for (const auto& other : communicator_.getAllConfiguredNetworksSync()) {
         if (other->id() != network.id() && hasSsid(*other, ssid)) {
@@ -67,6 +68,10 @@ void Connecting::taskConnectCommon(Communicator::ConfiguredNetwork& network) {
 
 void Connecting::taskDisconnect() {
     log::info("Disconnecting");
+    // The supplicant does not signal the selection of the network in use.
+    if (!tracker_.attemptPending()) {
+        unreportedSelections_ = 0;
+    }
     tracker_.notifyAboutDisconnect();
     refresh_.taskUpdateConnectionInfo();
     disconnectSync();
@@ -109,9 +114,18 @@ void Connecting::taskStayDisconnected() {
     }
 }
 
-// Another client wants a network, so an earlier request to disconnect counts no more.
+// When another client wants a network, an earlier request to disconnect counts no more.
 void Connecting::signalNetworkSelected() {
+    if (unreportedSelections_ > 0) {
+        --unreportedSelections_;
+    } else {
+        refusal_ = Refusal::none;
+    }
+}
+
+void Connecting::supplicantChanged() {
     refusal_ = Refusal::none;
+    unreportedSelections_ = 0;
 }
 
 void Connecting::taskForgetNetwork(const std::string& ssid) {

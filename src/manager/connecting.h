@@ -31,7 +31,7 @@ class Connecting : NonCopyable {
     void signalNetworkSelected();
     void signalSupplicantStatus(std::optional<Communicator::SupplicantConnectionStatus> status);
     // The supplicant was attached or detached.
-    void supplicantChanged() { refusal_ = Refusal::none; }
+    void supplicantChanged();
 
   private:
     void taskStayDisconnected();
@@ -46,6 +46,7 @@ class Connecting : NonCopyable {
     // What the supplicant's refusal to disconnect may mean. While it searches it refuses, and goes on searching.
     enum class Refusal { none, searching, unclear };
     Refusal refusal_ = Refusal::none;
+    int unreportedSelections_ = 0;  // ours, whose signals are still to come
     SingleTask stayDisconnected_{communicator_};
 };
 

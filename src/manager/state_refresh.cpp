@@ -1,5 +1,7 @@
 #include "manager/state_refresh.h"
 
+#include <utility>
+
 namespace kaz::wifi {
 
 void StateRefresh::idle() {
@@ -8,8 +10,10 @@ void StateRefresh::idle() {
     }
     if (networksStale_) {
         networks_.post([this] {
-            networksStale_ = false;
-            list_.taskUpdateConfiguredNetworks();
+            // The supplicant may have been detached meanwhile.
+            if (std::exchange(networksStale_, false)) {
+                list_.taskUpdateConfiguredNetworks();
+            }
         });
     }
     if (bssListStale_) {

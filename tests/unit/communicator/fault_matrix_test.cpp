@@ -202,6 +202,10 @@ class FaultMatrix : public CommunicatorTest,
             // The communicator connects to a restarted systemd without a request.
             EXPECT_TRUE(calls.waitForCall("ActiveState"));
             onLoop([] {});
+        } else if (operation.peer == Peer::supplicant) {
+            // The communicator attaches to a supplicant that takes the name again.
+            EXPECT_TRUE(calls.waitForCall("status changed: on"));
+            onLoop([] {});
         }
     }
 

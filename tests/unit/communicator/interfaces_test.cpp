@@ -182,6 +182,45 @@ TEST_F(Interfaces, InterfaceWithTheFormerNameIsUsedAgain) {
     expectAttachedToAnother(returned);
 }
 
+// Another program adds its interface before the signal of ours is handled.
+TEST_F(Interfaces, AddedInterfaceIsAttachedAlsoWhenANewerOneIsListedFirst) {
+    startAttached();
+    listed({});
+    emitRemoved(interfacePath);
+    ASSERT_TRUE(log.waitForText(spdlog::level::err, "can't control wifi"));
+    onLoop([] {});
+    forget();
+    listed({interfacePath + '9', newPath});
+    emitAdded(newPath, "wlan0");
+    expectAttachedTo(newPath);
+}
+
+TEST_F(Interfaces, InterfaceThatWasListedBeforeTakesThePlaceOfTheRemovedOne) {
+    listed({interfacePath, newPath});
+    startAttached();
+    emitAdded(newPath, "wlan1");  // its signal was waiting
+    settle();
+    listed({newPath});
+    emitRemoved(interfacePath);
+    ASSERT_TRUE(calls.waitForCall("status changed: on"));
+    EXPECT_THAT(takeCalls(), testing::Contains(getAllText(newPath, interfaceInterface)));
+}
+
+// The supplicant takes its name while the first task waits for systemd.
+TEST_F(Interfaces, SupplicantThatComesDuringTheStartIsAttachedOnce) {
+    supplicant.leave();
+    onSystemd("LoadUnit", [this](sd_bus_message* call) {
+        supplicant.comeBack();
+        return reply("o", unitPath)(call);
+    });
+    start("active");
+    onLoop([] {});
+    settle();
+    const auto all = takeCalls();
+    EXPECT_EQ(std::count(all.begin(), all.end(), "status changed: on"), 1);
+    EXPECT_THAT(all, testing::Not(testing::Contains("status changed: off")));
+}
+
 // systemd may start a new process without reporting the end of the old one.
 TEST_F(Interfaces, AnotherSupplicantUnderTheSameNameIsAttached) {
     startAttached();

@@ -106,6 +106,31 @@ TEST_F(Disconnect, RefusedDisconnectIsRepeatedAlsoWhenTheLossOfTheLinkWasNotKnow
     EXPECT_THAT(state(), testing::StartsWith("status=disconnected"));
 }
 
+TEST_F(Disconnect, RefusedDisconnectIsRepeatedAlsoWhenTheStateCouldNotBeRead) {
+    startWithSupplicant();
+    becomeConnected("Home");
+    disconnectInVain();
+    takeCalls();
+    clock->advance(1ms);
+    reportStatus(SupplicantStatus::Disconnected);
+    reportStatus(SupplicantStatus::Connecting);
+    runUntilIdle();
+    EXPECT_THAT(takeCalls(), testing::Contains("disconnectSync"));
+}
+
+// The supplicant's signal of our own selection may arrive after the later request.
+TEST_F(Disconnect, RefusedDisconnectIsRepeatedAlsoAfterTheSignalOfOurSelection) {
+    startWithSupplicant();
+    connectTo("Home");
+    disconnectInVain();
+    communicator->networkSelectedHandler("Home");
+    runUntilIdle();
+    takeCalls();
+    reportStatus(SupplicantStatus::Connecting);
+    runUntilIdle();
+    EXPECT_THAT(takeCalls(), testing::Contains("disconnectSync"));
+}
+
 TEST_F(Disconnect, LinkThatAFailedDisconnectLeftUpIsShown) {
     startWithSupplicant();
     becomeConnected("Home");

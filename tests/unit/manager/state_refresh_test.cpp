@@ -102,6 +102,15 @@ TEST_F(StateRefresh, NetworksOfAnotherClientAreListedAgainOnce) {
     EXPECT_TRUE(engine->networks().front().configured);
 }
 
+TEST_F(StateRefresh, NetworksOfAnotherClientAreNotListedOnceTheSupplicantIsDetached) {
+    communicator->configuredNetworksChangedHandler();
+    runUntilIdle();
+    detachSupplicant();
+    takeCalls();
+    runUntilIdle();
+    EXPECT_THAT(takeCalls(), testing::Not(testing::Contains(listing)));
+}
+
 TEST_F(StateRefresh, NetworksOfAnotherClientAreListedAfterTheAttempt) {
     connectTo("Home");
     forget();
