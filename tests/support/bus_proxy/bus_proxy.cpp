@@ -131,7 +131,7 @@ class BusProxy::Link {
 };
 
 bool BusProxy::Link::receive(int peer, WireStream& stream) {
-    std::array<char, 65536> buffer{};
+    std::array<char, 4096> buffer{};
     const ssize_t size = ::recv(peer, buffer.data(), buffer.size(), 0);
     stream.add({buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))});
     return size > 0;
