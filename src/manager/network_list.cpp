@@ -14,9 +14,10 @@ void NetworkList::setBssList(std::vector<Communicator::BssProperties> list) {
 }
 
 void NetworkList::setConnection(const ConnectionInfo& info) {
-    ssidInUse_.reset();
-    if (info.status != ConnectionInfo::Status::disconnected) {
-        ssidInUse_ = info.ssid;
+    if (info.status == ConnectionInfo::Status::disconnected) {
+        ssidInUse_.reset();
+    } else {
+        ssidInUse_.emplace(info.ssid);
     }
     networksDirty_ = true;
 }

@@ -1,4 +1,5 @@
 #include "support/real_supplicant/real_supplicant.h"
+#include "support/process/running_program.h"
 #include "unit/simulator/device_fixture.h"
 
 #include <signal.h>
@@ -11,6 +12,7 @@
 namespace kaz::sim::test {
 namespace {
 
+using kaz::test::RunningProgram;
 using ::testing::HasSubstr;
 
 class RealSupplicant : public DeviceTest {
