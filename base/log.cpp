@@ -37,4 +37,14 @@ void write(Level level, fmt::string_view format, fmt::format_args arguments) noe
     }
 }
 
+void flush() noexcept {
+    try {
+        if (const auto logger = spdlog::default_logger()) {
+            logger->flush();
+        }
+    } catch (...) {
+        // There is no way to report this.
+    }
+}
+
 }  // namespace kaz::log

@@ -11,6 +11,9 @@ enum class Level { debug, info, warn, error };
 
 void write(Level level, fmt::string_view format, fmt::format_args arguments) noexcept;
 
+// Makes the logger write out what it buffers, before the process ends abnormally.
+void flush() noexcept;
+
 template <typename... Args>
 void debug(fmt::format_string<Args...> format, Args&&... args) noexcept {
     write(Level::debug, format, fmt::make_format_args(args...));

@@ -57,7 +57,8 @@ class [[gnu::visibility("default")]] Manager {
     /// Waits for the running task or callback, drops the queued tasks, and ends the thread. Before the thread
     /// ends, networks that an unfinished attempt disabled are enabled again, and a save that was due is made.
     /// Calls to a peer that does not answer are cancelled after about a second. No callback runs after the
-    /// destructor returned. Must not be called from a callback.
+    /// destructor returned. Must not run on the Manager's thread, for example in a callback: it then logs an error
+    /// and aborts the process.
     ///
     /// After fork(), the child may only destroy the Manager; the parent's connection is not affected.
     ~Manager();

@@ -45,7 +45,8 @@ void Bus::pushTask(std::function<void()> task) {
 
 void Bus::setIdleTask(std::function<std::optional<std::chrono::milliseconds>()> task) {
     loop_.setIdleTaskSync([task = std::move(task)] {
-        std::optional<std::chrono::milliseconds> delay;
+        // If the task throws, what it waits for is not known.
+        std::optional<std::chrono::milliseconds> delay = std::chrono::seconds(1);
         runGuarded("idle task", [&] { delay = task(); });
         return delay;
     });

@@ -22,7 +22,7 @@ std::string_view senderOf(sd_bus_message* message) noexcept {
 
 }  // namespace
 
-NameOwner::NameOwner(std::string name) : name_(std::move(name)) {}
+NameOwner::NameOwner(std::string name, Clock::duration pause) : name_(std::move(name)), pause_(pause) {}
 
 void NameOwner::attach(sd_bus* bus) {
     if (known_) {
@@ -43,6 +43,7 @@ void NameOwner::detach() noexcept {
     slot_.reset();
     owner_.clear();
     known_ = false;
+    askAgainAt_ = {};
 }
 
 void NameOwner::setChangeTask(ChangeTask task) {
@@ -50,7 +51,10 @@ void NameOwner::setChangeTask(ChangeTask task) {
 }
 
 bool NameOwner::sent(sd_bus_message* message) {
-    attach(sd_bus_message_get_bus(message));
+    if (!known_ && Clock::now() >= askAgainAt_) {
+        attach(sd_bus_message_get_bus(message));
+        askAgainAt_ = Clock::now() + pause_;  // from its end, because a bus that hangs may have taken long
+    }
     return !owner_.empty() && owner_ == senderOf(message);
 }
 
@@ -96,10 +100,17 @@ int NameOwner::onChanged(sd_bus_message* message, void* owner, sd_bus_error* /*e
     if (sd_bus_message_read(message, "sss", &name, &former, &present) < 0 || self->owner_ == present) {
         return 0;
     }
-    self->owner_ = present;
-    self->known_ = true;
-    runGuarded("name owner task", [self] { self->changeTask_(!self->owner_.empty()); });
+    runGuarded("name owner task", [self, present] { self->change(present); });
     return 0;
+}
+
+void NameOwner::change(const char* present) {
+    // Unknown until the name is stored, for which memory may be missing.
+    known_ = false;
+    owner_.clear();
+    owner_ = present;
+    known_ = true;
+    changeTask_(!owner_.empty());
 }
 
 }  // namespace kaz::dbus

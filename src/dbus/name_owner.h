@@ -4,6 +4,7 @@
 #include "base/replaceable_task.h"
 #include "base/sd_bus/handles.h"
 
+#include <chrono>
 #include <functional>
 #include <string>
 
@@ -14,8 +15,10 @@ namespace kaz::dbus {
 class NameOwner : NonCopyable {
   public:
     using ChangeTask = std::function<void(bool owned)>;
+    using Clock = std::chrono::steady_clock;
 
-    explicit NameOwner(std::string name);
+    // Signals of a sender that is unknown make this ask for it at most once per pause.
+    explicit NameOwner(std::string name, Clock::duration pause = std::chrono::seconds(5));
     ~NameOwner() = default;
 
     // Tracks the name on this connection. This takes two calls, or none if it is already attached. A failure
@@ -27,7 +30,7 @@ class NameOwner : NonCopyable {
     void setChangeTask(ChangeTask task);
 
     // Whether the current owner sent the message. False while there is no owner. If the last attach() failed it attaches
-    // first, to the connection of the message.
+    // first, to the connection of the message, but not again within the pause.
     bool sent(sd_bus_message* message);
 
     // The unique name of the owner; empty while there is none or it is unknown.
@@ -40,8 +43,11 @@ class NameOwner : NonCopyable {
     static int onChanged(sd_bus_message* message, void* owner, sd_bus_error* error);
     int subscribe(sd_bus* bus);
     int ask(sd_bus* bus);
+    void change(const char* present);
 
     std::string name_;
+    const Clock::duration pause_;
+    Clock::time_point askAgainAt_;
     std::string owner_;   // unique name, empty while there is none
     bool known_ = false;  // the bus has reported owner_
     ReplaceableTask<void(bool owned)> changeTask_;

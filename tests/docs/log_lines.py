@@ -16,7 +16,6 @@ QUOTED = re.compile(r'\b(error|warning|info|debug) ((?:(?:"[^"]*"|`[^`]*`)(?: or
 # Records that only a bug of the library or its program can cause.
 NOBODYS_TROUBLE = (
     "Event loop: ",
-    "Cannot wait for the system bus",
     "Cannot follow the owner",
     "Cannot make a call",
     "Cannot subscribe",

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <ctime>
 #include <utility>
 
 #include "base/errno_text.h"
@@ -14,7 +13,6 @@ namespace kaz::dbus {
 namespace {
 
 constexpr std::chrono::seconds callTimeout{10};
-constexpr uint64_t retryAccuracy = 10'000;  // us
 
 }  // namespace
 
@@ -22,16 +20,16 @@ Connection::~Connection() {
     drop();
 }
 
-void Connection::open(sd_event* event) {
+void Connection::open(sd_event* event) noexcept {
     event_ = event;
-    if (const int result = tryOpen(); result < 0) {
-        log::error("Cannot connect to the system bus: {}", errnoText(result));
+    if (const int result = attempt(); result < 0) {
+        runGuarded("connecting to the system bus",
+                   [&] { log::error("Cannot connect to the system bus: {}", errnoText(result)); });
         retryLater();
     }
 }
 
 void Connection::close() noexcept {
-    retry_.reset();
     if (bus_) {
         sd_bus_flush(bus_.get());
     }
@@ -39,11 +37,15 @@ void Connection::close() noexcept {
 }
 
 bool Connection::endTurn() noexcept {
-    if (!bus_ || sd_bus_is_open(bus_.get()) > 0) {
-        return false;
+    if (bus_ && sd_bus_is_open(bus_.get()) <= 0) {
+        lose();
+        return true;
     }
-    lose();
-    return true;
+    if (retryAt_ && *retryAt_ <= Clock::now()) {
+        retry();
+        return true;
+    }
+    return false;
 }
 
 void Connection::setChangeTask(ChangeTask task) {
@@ -65,27 +67,13 @@ void Connection::lose() noexcept {
 }
 
 void Connection::retryLater() noexcept {
-    sd_event_source* source = nullptr;
-    // Not a relative time: it would count from the start of the turn, before an attempt that may have taken
-    // seconds.
-    const uint64_t due = toMicroseconds((Clock::now() + pause_).time_since_epoch());
-    const int result =
-        sd_event_add_time(event_, &source, CLOCK_MONOTONIC, due, retryAccuracy, &Connection::onRetry, this);
-    retry_.reset(source);
-    if (result < 0) {
-        log::error("Cannot wait for the system bus: {}", errnoText(result));
-    }
+    retryAt_ = Clock::now() + pause_;
     pause_ = std::min(2 * pause_, pauses_.longest);
 }
 
-int Connection::onRetry(sd_event_source* /*source*/, uint64_t /*due*/, void* connection) {
-    static_cast<Connection*>(connection)->retry();
-    return 0;
-}
-
 void Connection::retry() noexcept {
-    int result = -ENOMEM;
-    runGuarded("connecting to the system bus", [&] { result = tryOpen(); });
+    retryAt_.reset();
+    const int result = attempt();
     if (killSwitch_.pulled()) {
         return;
     }
@@ -93,7 +81,6 @@ void Connection::retry() noexcept {
         retryLater();
         return;
     }
-    retry_.reset();
     log::info("Connected to the system bus");
     tellChange(true);
 }
@@ -102,17 +89,24 @@ void Connection::tellChange(bool connected) noexcept {
     runGuarded("connection task", [&] { changeTask_(connected); });
 }
 
+int Connection::attempt() noexcept {
+    int result = -ENOMEM;
+    runGuarded("connecting to the system bus", [&] { result = tryOpen(); });
+    if (result < 0) {
+        drop();
+    }
+    return result;
+}
+
 int Connection::tryOpen() {
     int result = connect();
     if (result >= 0) {
         result = signals_.attach(bus_.get());
     }
-    if (result < 0) {
-        drop();
-        return result;
+    if (result >= 0) {
+        openedAt_ = Clock::now();
     }
-    openedAt_ = Clock::now();
-    return 0;
+    return result;
 }
 
 int Connection::connect() {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <functional>
-#include <memory>
+#include <optional>
 
 #include "base/non_copyable.h"
 #include "base/replaceable_task.h"
@@ -30,14 +30,18 @@ class Connection : NonCopyable {
 
     // Connects, waits until the bus accepts the connection (10 s at most), and subscribes the handlers.
     // Repeated failures are logged as one error.
-    void open(sd_event* event);
+    void open(sd_event* event) noexcept;
 
     // Sends queued messages, then disconnects for good.
     void close() noexcept;
 
-    // Closes a broken connection, logs one error, and returns true. Called after each turn of the loop, so that a
-    // task never loses the connection while it uses it.
+    // Closes a broken connection and logs one error, or makes an attempt to reconnect that is due. Returns true if it
+    // did either. Called after each turn of the loop, so that a task never loses the connection while it uses it.
     bool endTurn() noexcept;
+
+    // When the next attempt to reconnect is due: the loop must end a turn then. Not a timer of sd-event, because that may
+    // fail to be created, and then there would be no further attempt.
+    std::optional<Clock::time_point> retryAt() const noexcept { return retryAt_; }
 
     // Runs after each loss of the connection and after each connect, except in open().
     void setChangeTask(ChangeTask task);
@@ -49,7 +53,7 @@ class Connection : NonCopyable {
     SignalTable& signals() noexcept { return signals_; }
 
   private:
-    static int onRetry(sd_event_source* source, uint64_t due, void* connection);
+    int attempt() noexcept;
     int tryOpen();
     int connect();
     int waitToBeLetIn();
@@ -67,7 +71,7 @@ class Connection : NonCopyable {
     Clock::time_point openedAt_;
     const Pauses pauses_;
     Clock::duration pause_ = pauses_.shortest;
-    SourcePtr retry_;
+    std::optional<Clock::time_point> retryAt_;
 };
 
 }  // namespace kaz::dbus

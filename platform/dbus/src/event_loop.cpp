@@ -2,8 +2,10 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <cstdint>
+#include <cstdlib>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -11,6 +13,7 @@
 
 #include "base/checked.h"
 #include "base/errno_text.h"
+#include "base/guard.h"
 #include "base/log.h"
 #include "base/signals_blocked.h"
 #include "platform/dbus/clock.h"
@@ -50,6 +53,7 @@ class EventLoop::Impl : NonCopyable {
   private:
     void run() noexcept;
     void turn() noexcept;
+    uint64_t longestSleep() const noexcept;
     void waitForEnd() noexcept;
 
     const pid_t process_ = ::getpid();
@@ -70,6 +74,12 @@ class EventLoop::Impl : NonCopyable {
 };
 
 EventLoop::Impl::~Impl() {
+    if (thread_.get_id() == std::this_thread::get_id()) {
+        // What runs on the thread still uses the loop, and probably what is destroyed with it.
+        log::error("An event loop was destroyed on its own thread; callbacks must not destroy it");
+        log::flush();
+        std::abort();
+    }
     stop();
     if (thread_.joinable()) {
         waitForEnd();
@@ -111,15 +121,15 @@ void EventLoop::Impl::run() noexcept {
 }
 
 void EventLoop::Impl::turn() noexcept {
-    const int dispatched = sd_event_run(event_.get(), idle.sleep(Clock::now()));
+    const int dispatched = sd_event_run(event_.get(), longestSleep());
     if (dispatched < 0) {
-        log::error("Event loop: {}", errnoText(dispatched));
+        runGuarded("event loop", [&] { log::error("Event loop: {}", errnoText(dispatched)); });
         std::this_thread::sleep_for(milliseconds(100));
     }
     const bool ran = tasks.runOne();
-    const bool lost = connection.endTurn();
+    const bool changed = connection.endTurn();
     const auto now = Clock::now();
-    const bool quiet = dispatched <= 0 && !ran && !lost;
+    const bool quiet = dispatched <= 0 && !ran && !changed;
     if (!quiet) {
         idle.noteEvent(now);
     }
@@ -129,6 +139,18 @@ void EventLoop::Impl::turn() noexcept {
             idle.noteEvent(Clock::now());
         }
     }
+}
+
+// In us; UINT64_MAX: until the next event.
+uint64_t EventLoop::Impl::longestSleep() const noexcept {
+    const auto now = Clock::now();
+    uint64_t longest = UINT64_MAX;
+    for (const auto& due : {idle.dueAt(), connection.retryAt()}) {
+        if (due) {
+            longest = std::min(longest, toMicroseconds(std::max(*due - now, Clock::duration::zero())));
+        }
+    }
+    return longest;
 }
 
 void EventLoop::Impl::waitForEnd() noexcept {

@@ -11,6 +11,7 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds patience{100};
 constexpr milliseconds shortestPeriod{10};  // of passes that return zero or less
+constexpr milliseconds pauseAfterException{1000};
 
 }  // namespace
 
@@ -26,12 +27,8 @@ bool IdleTask::overdue(Clock::time_point now) const noexcept {
     return dueAt_ && *dueAt_ + patience <= now;
 }
 
-uint64_t IdleTask::sleep(Clock::time_point now) const noexcept {
-    return dueAt_ ? toMicroseconds(std::max(*dueAt_ - now, Clock::duration::zero())) : UINT64_MAX;
-}
-
 void IdleTask::run() noexcept {
-    std::optional<milliseconds> answer;
+    std::optional<milliseconds> answer = pauseAfterException;  // what the task would have answered is unknown
     runGuarded("idle task", [&] { answer = task_(); });
     dueAt_ = nextPass(answer);
 }

@@ -25,8 +25,8 @@ class IdleTask {
     // Whether a due pass has waited so long for an idle moment that it runs anyway.
     bool overdue(Clock::time_point now) const noexcept;
 
-    // How long the loop may sleep, in us; UINT64_MAX: until the next event.
-    uint64_t sleep(Clock::time_point now) const noexcept;
+    // When the next pass is due; empty: after the next event.
+    std::optional<Clock::time_point> dueAt() const noexcept { return dueAt_; }
 
     // Runs one pass.
     void run() noexcept;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/non_copyable.h"
+#include "platform/dbus/clock.h"
 #include "platform/dbus/handles.h"
 
 namespace kaz::dbus {
@@ -30,12 +31,9 @@ class SignalTable : NonCopyable {
   public:
     using Handler = std::function<void(MessageDecoder&)>;
 
-    SignalTable() = default;
-    ~SignalTable();
-
     // Subscribes all handlers. Returns a negative errno if a subscription should be tried once more on a new
     // connection: the bus did not answer, or had no room. What fails there too stays without signals, until a
-    // later connection.
+    // later connection. A bus that hangs is waited for once per connection; the other subscriptions then wait less.
     int attach(sd_bus* bus);
     void detach() noexcept;
 
@@ -48,8 +46,11 @@ class SignalTable : NonCopyable {
 
     static int onSignal(sd_bus_message* message, void* entry, sd_bus_error* error);
     int subscribe(Entry& entry);
+    int addMatch(Entry& entry, uint64_t share);
+    bool mayPass(int result, const SignalMatch& match);
 
     sd_bus* bus_ = nullptr;
+    Clock::time_point hangsUntil_;  // until then the bus may still not answer, as it did not the last time
     std::vector<std::shared_ptr<Entry>> entries_;
     // What could not be subscribed the last time. Not in Entry: after a loss of the connection, users replace their
     // temporary handlers by new ones of the same match.

@@ -8,7 +8,10 @@
 #include <signal.h>
 #include <sys/socket.h>
 
+#include <chrono>
+#include <functional>
 #include <string>
+#include <thread>
 
 namespace kaz::test {
 namespace {
@@ -27,16 +30,20 @@ class UnknownOwner : public ::testing::Test {
                   0);
     }
 
-    // Attaches while the bus is stopped.
-    void attachInVain(dbus::NameOwner& owner) {
+    // Runs the function while the bus is stopped.
+    void whileTheBusHangs(const std::function<void()>& function) {
         ucred credentials{};
         socklen_t size = sizeof credentials;
         ::getsockopt(sd_bus_get_fd(own_.get()), SOL_SOCKET, SO_PEERCRED, &credentials, &size);
         sd_bus_set_method_call_timeout(own_.get(), 1000);
         ::kill(credentials.pid, SIGSTOP);
-        owner.attach(own_.get());
+        function();
         ::kill(credentials.pid, SIGCONT);
         sd_bus_set_method_call_timeout(own_.get(), 0);
+    }
+
+    void attachInVain(dbus::NameOwner& owner) {
+        whileTheBusHangs([&] { owner.attach(own_.get()); });
     }
 
     // A signal of the peer, as it arrives.
@@ -79,6 +86,36 @@ TEST_F(UnknownOwner, IsAskedForAgainWhenASignalArrives) {
               std::vector<std::string>{"Cannot follow the owner of test.Peer: Connection timed out"});
     EXPECT_TRUE(owner.sent(signal()));
     EXPECT_FALSE(owner.unknown());
+}
+
+// Each time may take as long as two calls that are not answered.
+TEST_F(UnknownOwner, IsAskedForOnceHoweverManySignalsArriveInTheNextSeconds) {
+    dbus::NameOwner owner(name, std::chrono::hours(1));
+    attachInVain(owner);
+    sd_bus_message* const message = signal();
+    whileTheBusHangs([&] {
+        for (int i = 0; i < 5; ++i) {
+            EXPECT_FALSE(owner.sent(message));
+        }
+    });
+    EXPECT_EQ(log.texts(spdlog::level::warn).size(), 2U);
+    EXPECT_FALSE(owner.sent(signal()));
+    owner.detach();
+    EXPECT_TRUE(owner.sent(signal())) << "a new connection does not wait";
+}
+
+TEST_F(UnknownOwner, IsAskedForAgainAfterThePause) {
+    constexpr std::chrono::milliseconds pause{50};
+    dbus::NameOwner owner(name, pause);
+    attachInVain(owner);
+    sd_bus_message* const message = signal();
+    whileTheBusHangs([&] { EXPECT_FALSE(owner.sent(message)); });
+    const auto begin = std::chrono::steady_clock::now();
+    while (!owner.sent(message)) {
+        ASSERT_LT(std::chrono::steady_clock::now() - begin, std::chrono::minutes(1));
+        std::this_thread::sleep_for(pause);
+    }
+    EXPECT_EQ(log.texts(spdlog::level::warn).size(), 2U);
 }
 
 TEST_F(UnknownOwner, IsFollowedOnceItIsKnown) {

@@ -1,3 +1,5 @@
+#include <atomic>
+#include <stdexcept>
 #include <vector>
 
 #include "unit/platform_dbus/loop_fixture.h"
@@ -67,6 +69,31 @@ TEST_F(EventLoopIdleTask, RunsAgainAfterTheDelayItAnswered) {
     for (std::size_t i = 2; i < 5; ++i) {
         EXPECT_GE(collected[i] - collected[i - 1], delay - milliseconds(1)) << "pass " << i;
     }
+}
+
+// A busy machine delays some passes, a wrong delay all of them.
+TEST_F(EventLoopIdleTask, RunsAgainWhenTheDelayIsOverAndNotLater) {
+    constexpr milliseconds delay{200};
+    std::optional<steady_clock::time_point> former;
+    std::atomic<bool> inTime = false;
+    loop->setIdleTaskSync([&]() -> Answer {
+        const auto now = steady_clock::now();
+        inTime = inTime || (former && now - *former >= delay && now - *former < delay * 3 / 2);
+        former = now;
+        return delay;
+    });
+    const Running running = start();
+    EXPECT_TRUE(eventually([&] { return inTime.load(); }));
+}
+
+TEST_F(EventLoopIdleTask, RunsAgainAfterAnExceptionWithoutAnEvent) {
+    loop->setIdleTaskSync([&]() -> Answer {
+        ++passes;
+        throw std::runtime_error("out of luck");
+    });
+    const Running running = start();
+    ASSERT_TRUE(fallsAsleep(loopThread()));
+    EXPECT_TRUE(passes.reaches(passes.value() + 2));
 }
 
 TEST_F(EventLoopIdleTask, SleepsThroughADelayTooLongToBeAdded) {

@@ -1,11 +1,17 @@
 #include "base/non_copyable.h"
-
+#include "base/temporary_folder.h"
+#include "support/files/files.h"
 #include "support/process/child_process.h"
 #include "unit/platform_dbus/loop_fixture.h"
 
+#include <signal.h>
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/spdlog.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <exception>
 #include <vector>
 
 namespace kaz::test {
@@ -152,6 +158,25 @@ TEST_F(EventLoopLifecycle, LeavesTheBusToTheParentWhenAForkedChildDestroysIt) {
     EXPECT_EQ(child.wait(), 7);
     EXPECT_TRUE(callFromLoop("Echo", "after"));
     EXPECT_TRUE(log.records().empty());
+}
+
+// It would have to wait for itself. The logger writes only when its buffer is full, or when it is flushed.
+TEST_F(EventLoopLifecycle, DestroyedOnItsOwnThreadAbortsTheProcessWithAnErrorInTheLog) {
+    const TemporaryFolder folder;
+    const std::string file = folder / "log";
+    ChildProcess child([&] {
+        const rlimit noCoreFile{};
+        ::setrlimit(RLIMIT_CORE, &noCoreFile);
+        std::set_terminate([] { ::_exit(1); });  // waiting for itself would end the loop so
+        spdlog::set_default_logger(spdlog::basic_logger_st("file", file));
+        loop = std::make_unique<dbus::EventLoop>();  // not the parent's
+        loop->pushTaskAsync([this] { end(); });
+        loop->startEventLoopAsync();
+        std::promise<void>().get_future().wait();
+        return 0;
+    });
+    EXPECT_EQ(child.wait(), -SIGABRT);
+    EXPECT_NE(readFile(file).find("An event loop was destroyed on its own thread"), std::string::npos);
 }
 
 TEST_F(EventLoopLifecycle, MayBeStoppedFromAnotherThreadWhileItRuns) {

@@ -7,8 +7,8 @@
 #include <thread>
 #include <vector>
 
+#include "support/hand_driven_bus/hand_driven_bus.h"
 #include "unit/platform_dbus/loop_fixture.h"
-#include "unit/platform_dbus/mute_broker.h"
 
 namespace kaz::test {
 namespace {
@@ -164,7 +164,7 @@ TEST_F(EventLoopReconnecting, SleepsBetweenItsAttemptsForLongerAndLonger) {
 
 // The bus disconnects the loop each time. A busy machine makes pauses longer, never shorter.
 TEST_F(EventLoopReconnecting, PausesForLongerEachTimeAndUsesNoProcessorTimeMeanwhile) {
-    MuteBroker broker;
+    HandDrivenBus broker;
     const Running running = start();
     ASSERT_TRUE(broker.hears());
     const auto begin = std::chrono::steady_clock::now();
@@ -186,7 +186,7 @@ TEST_F(EventLoopReconnecting, PausesForLongerEachTimeAndUsesNoProcessorTimeMeanw
 
 // sd-event's current time is the beginning of the turn, which is before the attempt.
 TEST_F(EventLoopReconnecting, PausesAfterAnAttemptHoweverLongThatTook) {
-    MuteBroker broker;
+    HandDrivenBus broker;
     const Running running = start();
     ASSERT_TRUE(broker.hears());
     for (const milliseconds pause : {milliseconds(100), milliseconds(200), milliseconds(400)}) {

@@ -5,8 +5,8 @@
 #include <atomic>
 #include <vector>
 
+#include "support/hand_driven_bus/hand_driven_bus.h"
 #include "unit/platform_dbus/loop_fixture.h"
-#include "unit/platform_dbus/mute_broker.h"
 
 namespace kaz::test {
 namespace {
@@ -190,7 +190,7 @@ TEST_F(EventLoopShutdown, TakesASecondWhenTheBusItselfHangs) {
 }
 
 TEST_F(EventLoopShutdown, TakesASecondWhenTheBusDoesNotLetTheLoopIn) {
-    MuteBroker broker;
+    HandDrivenBus broker;
     Counter never;
     loop->pushTaskAsync([&] { ++never; });
     const Running running = start();
@@ -202,7 +202,7 @@ TEST_F(EventLoopShutdown, TakesASecondWhenTheBusDoesNotLetTheLoopIn) {
 }
 
 TEST_F(EventLoopShutdown, TakesASecondAlsoWhenItIsAskedForBeforeTheLoopConnects) {
-    MuteBroker broker;
+    HandDrivenBus broker;
     loop->startEventLoopAsync();
     EXPECT_LT(destroy(), lessThanACall);
 }

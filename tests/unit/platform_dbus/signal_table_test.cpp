@@ -3,6 +3,8 @@
 #include <signal.h>
 #include <sys/socket.h>
 
+#include <chrono>
+
 #include "doubles/recording_log/recording_log.h"
 #include "platform/dbus/handles.h"
 #include "platform/dbus/signal_table.h"
@@ -10,6 +12,8 @@
 
 namespace kaz::test {
 namespace {
+
+using std::chrono::microseconds;
 
 constexpr uint64_t callLimit = 20'000;  // us
 
@@ -66,17 +70,46 @@ TEST_F(SignalTable, TemporarySubscriptionThatFailsAgainKeepsTheConnection) {
     goOn();
 }
 
-TEST_F(SignalTable, EachSubscriptionCostsOneConnectionAtMost) {
+// The others need no connection of their own: they would only wait for the same bus.
+TEST_F(SignalTable, SubscriptionsThatNeverWorkCostOneConnectionTogether) {
     add("One", false);
     add("Two", false);
     add("Three", false);
     for (int connection = 0; connection < 4; ++connection) {
+        log.clear();
         const dbus::BusPtr bus = connectAndHang();
         const int result = table.attach(bus.get());
-        EXPECT_EQ(result, connection < 3 ? -ETIMEDOUT : 0) << connection;
+        EXPECT_EQ(result, connection < 1 ? -ETIMEDOUT : 0) << connection;
+        EXPECT_EQ(log.records().size(), connection < 1 ? 1U : 3U) << connection;
         table.detach();
         goOn();
     }
+}
+
+TEST_F(SignalTable, ABusThatHangsIsWaitedForOnce) {
+    constexpr std::chrono::seconds limit{1};
+    constexpr int subscriptions = 10;
+    for (int i = 0; i < subscriptions; ++i) {
+        add("Changed", false);
+    }
+    const dbus::BusPtr first = connectAndHang();
+    EXPECT_EQ(table.attach(first.get()), -ETIMEDOUT);
+    table.detach();
+    goOn();
+
+    const dbus::BusPtr second = connectAndHang();
+    sd_bus_set_method_call_timeout(second.get(), static_cast<uint64_t>(microseconds(limit).count()));
+    log.clear();
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(table.attach(second.get()), 0);
+    add("Changed", true);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, subscriptions * limit / 2);
+    EXPECT_EQ(log.records().size(), subscriptions + 1U);
+    uint64_t after = 0;
+    sd_bus_get_method_call_timeout(second.get(), &after);
+    EXPECT_EQ(after, static_cast<uint64_t>(microseconds(limit).count())) << "other calls keep their limit";
+    table.detach();
+    goOn();
 }
 
 TEST_F(SignalTable, SubscriptionThatWorkedMayCostAConnectionAgain) {

@@ -118,6 +118,41 @@ TEST_F(EventLoopTasks, RunOnAThreadWithANameAndWithoutTheHostsSignals) {
     }
 }
 
+TEST_F(EventLoopTasks, ShareTheirThreadWithTimerIdleTaskSignalsAndTheEndOfTheConnection) {
+    BusPeer peer{peerName};
+    Counter passes;
+    Counter expiries;
+    Counter handled;
+    Counter lost;
+    std::atomic<int> elsewhere = 0;
+    std::atomic<pid_t> thread = 0;
+    const auto count = [&](Counter& counter) {
+        elsewhere += ::gettid() == thread ? 0 : 1;
+        ++counter;
+    };
+    loop->pushTaskAsync([&] { thread = ::gettid(); });
+    const Running running = start();
+    EXPECT_EQ(loopThread(), thread);
+    EXPECT_NE(thread, ::gettid());
+    registerForChanged(false, [&](dbus::MessageDecoder&) { count(handled); });
+    onLoop([&] {
+        loop->setConnectionTaskSync([&](bool) { count(lost); });
+        loop->setIdleTaskSync([&]() -> std::optional<milliseconds> {
+            count(passes);
+            return std::nullopt;
+        });
+        loop->setTimerCompletedTask([&] { count(expiries); });
+        loop->configureTimerSync(true, milliseconds(10));
+    });
+    peer.emit(changed, "");
+    EXPECT_TRUE(passes.reaches(1));
+    EXPECT_TRUE(expiries.reaches(1));
+    EXPECT_TRUE(handled.reaches(1));
+    bus.kill();
+    EXPECT_TRUE(lost.reaches(1));
+    EXPECT_EQ(elsewhere, 0);
+}
+
 TEST_F(EventLoopTasks, LeaveTheSignalsOfTheStartingThreadAsTheyWere) {
     sigset_t before;
     ::pthread_sigmask(SIG_SETMASK, nullptr, &before);

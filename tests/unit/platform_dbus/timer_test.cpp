@@ -34,6 +34,27 @@ TEST_F(EventLoopTimer, ExpiresEveryPeriodUntilItIsDisarmed) {
     EXPECT_EQ(expiries.value(), count);
 }
 
+// A busy machine delays some expiries, a wrong period all of them.
+TEST_F(EventLoopTimer, ExpiresWhenThePeriodIsOverAndNotLater) {
+    constexpr milliseconds period{200};
+    steady_clock::time_point expired;
+    loop->setTimerCompletedTask([&] {
+        expired = steady_clock::now();
+        loop->configureTimerSync(false, period);
+        ++expiries;
+    });
+    const Running running = start();
+    EXPECT_TRUE(eventually([&] {
+        const auto before = expiries.value();
+        const auto armed = onLoop([&] {
+            loop->configureTimerSync(true, period);
+            return steady_clock::now();
+        });
+        EXPECT_TRUE(expiries.reaches(before + 1));
+        return onLoop([&] { return expired; }) - armed < period * 3 / 2;
+    }));
+}
+
 TEST_F(EventLoopTimer, ArmedBeforeTheStartExpiresOnceTheLoopRuns) {
     loop->setTimerCompletedTask([&] { ++expiries; });
     loop->configureTimerSync(true, milliseconds(10));

@@ -16,7 +16,8 @@ namespace kaz::dbus {
 /// The idle task runs when nothing else is ready, or at the latest 100 ms after the event that requires it.
 /// The loop never wakes up without a cause.
 ///
-/// An exception from a task or handler is logged at error level, and the loop continues.
+/// An exception from a task or handler is logged at error level, and the loop continues. An idle task that throws
+/// runs again after 1 s.
 ///
 /// Without a bus, or when the bus is lost, the log gets one error. Tasks, timer and idle task continue. The
 /// loop reconnects after 100 ms, then after pauses that double up to 5 s, and sleeps meanwhile. On the new
@@ -36,7 +37,8 @@ class [[gnu::visibility("default")]] EventLoop {
     /// Stops the loop if it runs and waits for its thread. stopGrace after the stop, a bus call that waits
     /// for its reply fails, and so does every later call. The task in progress and the last idle pass may run
     /// until this returns, so what they use must exist until then. This includes a pointer to the loop:
-    /// std::unique_ptr::reset() clears its pointer before it destroys. Must not run on the loop thread.
+    /// std::unique_ptr::reset() clears its pointer before it destroys. Must not run on the loop thread: that
+    /// logs an error and aborts the process.
     ///
     /// In a child of fork() it does nothing, because thread and connection belong to the parent. The child
     /// must not use the loop otherwise.
