@@ -1,19 +1,37 @@
 #include "dbus/records.h"
 
 #include <array>
-#include <cerrno>
 #include <cstddef>
 #include <string_view>
 
 namespace kaz::dbus::detail {
 namespace {
 
+// The size of a number of this type; 0 for any other type.
+std::size_t sizeOfNumber(char type) {
+    switch (type) {
+        case SD_BUS_TYPE_BYTE:
+            return 1;
+        case SD_BUS_TYPE_INT16:
+        case SD_BUS_TYPE_UINT16:
+            return 2;
+        case SD_BUS_TYPE_INT32:
+        case SD_BUS_TYPE_UINT32:
+            return 4;
+        case SD_BUS_TYPE_INT64:
+        case SD_BUS_TYPE_UINT64:
+        case SD_BUS_TYPE_DOUBLE:
+            return 8;
+        default:
+            return 0;
+    }
+}
+
 // sd-bus skips an array element by element, for example the information elements of an access point byte by
 // byte. Reading an array of numbers skips it at once.
 bool holdsArrayOfNumbers(const char* contents) {
-    constexpr std::string_view numbers = "ynqiuxtd";
     return contents != nullptr && contents[0] == SD_BUS_TYPE_ARRAY && contents[1] != '\0' &&
-           contents[2] == '\0' && numbers.find(contents[1]) != std::string_view::npos;
+           contents[2] == '\0' && sizeOfNumber(contents[1]) > 0;
 }
 
 int skipArrayOfNumbers(sd_bus_message* message, char number) {
@@ -25,8 +43,10 @@ int skipArrayOfNumbers(sd_bus_message* message, char number) {
     const void* numbers = nullptr;
     std::size_t size = 0;
     int r = sd_bus_message_read_array(message, number, &numbers, &size);
-    if (r == -EOPNOTSUPP) {
-        // The sender has the other byte order: then sd-bus gives no access to the array.
+    if (r < 0 || size % sizeOfNumber(number) != 0) {
+        // The length is invalid, and the elements show where. Or the sender has the other byte order: then sd-bus gives no
+        // access to the array.
+        sd_bus_message_rewind(message, 0);
         r = sd_bus_message_skip(message, contents.data());
     }
     return r < 0 ? r : sd_bus_message_exit_container(message);
@@ -61,7 +81,10 @@ int enterDictionary(sd_bus_message* message, EntryType& entries) {
 
 int enterNextEntry(sd_bus_message* message, EntryType entries) {
     if (entries == EntryType::stringToVariant) {
-        return sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv");
+        // Among too many containers sd-bus refuses to enter, also when there is no entry left.
+        if (const int r = sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv"); r >= 0) {
+            return r;
+        }
     }
     const char* contents = nullptr;
     // Treat an error as the end: leaving the array then reports the real error.

@@ -53,13 +53,10 @@ CodecError takeError(int result) {
 CodecResult<std::vector<unsigned char>> Wire<std::vector<unsigned char>>::read(sd_bus_message* message) {
     const void* bytes = nullptr;
     std::size_t size = 0;
-    const int r = sd_bus_message_read_array(message, SD_BUS_TYPE_BYTE, &bytes, &size);
-    if (r == -EOPNOTSUPP) {
-        // The sender has the other byte order: then sd-bus gives no access to arrays, not even of bytes.
+    if (sd_bus_message_read_array(message, SD_BUS_TYPE_BYTE, &bytes, &size) < 0) {
+        // The array is invalid, and its elements show where. Or the sender has the other byte order: then sd-bus gives no
+        // access to arrays, not even of bytes.
         return detail::ArrayWire<std::vector<unsigned char>, unsigned char>::read(message);
-    }
-    if (r < 0) {
-        return sdBusError(r);
     }
     const auto* first = static_cast<const unsigned char*>(bytes);
     return std::vector<unsigned char>(first, first + size);

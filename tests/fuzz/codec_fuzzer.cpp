@@ -1,10 +1,12 @@
 // The value codec on messages of all types. Each C++ type is read from exactly the values that it accepts, with the
-// right result. A value that was read can be written and read back.
+// right result. A value that was read can be written and read back. A value that was not read has the error of the step
+// that failed.
 #include "dbus/value_codec.h"
 #include "dbus/variant.h"
 #include "fuzz/reference_reader.h"
 #include "fuzz/require.h"
 #include "fuzz/sealed_value.h"
+#include "fuzz/stepwise_reader.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -60,7 +62,10 @@ void checkReading(sd_bus_message* message, const Value& value, const T& former) 
     expect(value, expected);
 
     sd_bus_message_rewind(message, 1);
+    const auto stepwise = readStepwise<T>(message);
+    sd_bus_message_rewind(message, 1);
     const dbus::CodecResult<T> read = dbus::read<T>(message);
+    require(sameResult(read, stepwise), "value and error are those of reading step by step");
     if (!read && nestsTooDeep(value)) {
         return;
     }

@@ -11,7 +11,7 @@ struct Property {
     std::string_view type;
 };
 
-constexpr std::array<Property, 20> properties{{
+constexpr std::array<Property, 21> properties{{
     {"ActiveState", "s"},
     {"OnlineState", "s"},
     {"Scanning", "b"},
@@ -20,6 +20,7 @@ constexpr std::array<Property, 20> properties{{
     {"CurrentBSS", "o"},
     {"State", "s"},
     {"DisconnectReason", "i"},
+    {"Ifname", "s"},
     {"ssid", "s"},
     {"Signal", "n"},
     {"Privacy", "b"},

@@ -39,7 +39,8 @@ constexpr auto keysOf(const dbus::SupplicantInterfaceProperties*) {
     return std::make_tuple(std::pair("Scanning", &Record::scanning), std::pair("BSSs", &Record::bsss),
                            std::pair("CurrentNetwork", &Record::currentNetwork),
                            std::pair("CurrentBSS", &Record::currentBss), std::pair("State", &Record::state),
-                           std::pair("DisconnectReason", &Record::disconnectReason));
+                           std::pair("DisconnectReason", &Record::disconnectReason),
+                           std::pair("Ifname", &Record::ifname));
 }
 
 template <typename T>

@@ -5,6 +5,7 @@
 #include "fuzz/record_reference.h"
 #include "fuzz/require.h"
 #include "fuzz/sealed_value.h"
+#include "fuzz/stepwise_reader.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -23,7 +24,10 @@ std::optional<Record> checkRecord(sd_bus_message* message, const Value& dictiona
     std::optional<Record> expected;
     expect(dictionary, expected);
     sd_bus_message_rewind(message, 1);
+    const auto stepwise = readStepwise<Record>(message);
+    sd_bus_message_rewind(message, 1);
     const dbus::CodecResult<Record> record = dbus::read<Record>(message);
+    require(sameResult(record, stepwise), "record and error are those of reading step by step");
     if (!record && nestsTooDeep(dictionary)) {
         return std::nullopt;
     }
@@ -69,6 +73,7 @@ void checkInterface(sd_bus_message* message, const Value& dictionary) {
     put(map, "Scanning", record->scanning);
     put(map, "State", record->state);
     put(map, "DisconnectReason", record->disconnectReason);
+    put(map, "Ifname", record->ifname);
     checkStable(*record, map);
 }
 

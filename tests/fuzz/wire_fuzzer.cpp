@@ -1,14 +1,16 @@
 // Messages from a socket, in either byte order. Bodies of random bytes: reading fails or succeeds, the same way each
-// time, and strings are valid. Bodies built by hand: their values are read.
+// time and as step by step, and strings are valid. Bodies built by hand: their values are read.
 #include "dbus/records.h"
 #include "dbus/value_codec.h"
 #include "fuzz/dbus_value.h"
 #include "fuzz/reference_reader.h"
 #include "fuzz/require.h"
+#include "fuzz/stepwise_reader.h"
 #include "support/wire/wire.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <set>
@@ -98,22 +100,30 @@ void checkValue(const T& value) {
     }
 }
 
-// Reads values of one type until a read fails. Returns their number.
+// What reading values of one type gives, until a read fails.
 template <typename T>
-std::size_t readAll(sd_bus_message* message) {
-    std::size_t count = 0;
+std::vector<dbus::CodecResult<T>> readAll(sd_bus_message* message,
+                                          dbus::CodecResult<T> (*read)(sd_bus_message*)) {
+    std::vector<dbus::CodecResult<T>> results;
     sd_bus_message_rewind(message, 1);
-    while (const auto value = dbus::read<T>(message)) {
-        checkValue(*value);
-        ++count;
-    }
-    return count;
+    do {
+        results.push_back(read(message));
+    } while (results.back());
+    return results;
 }
 
 template <typename T>
 void checkReading(sd_bus_message* message, const Value* value) {
-    const std::size_t count = readAll<T>(message);
-    require(readAll<T>(message) == count, "reading again gives the same");
+    const auto results = readAll<T>(message, dbus::read<T>);
+    const auto equal = [&](const auto& others) {
+        return std::equal(results.begin(), results.end(), others.begin(), others.end(), sameResult<T>);
+    };
+    require(equal(readAll<T>(message, dbus::read<T>)), "reading again gives the same");
+    require(equal(readAll<T>(message, readStepwise<T>)),
+            "values and error are those of reading step by step");
+    for (std::size_t i = 0; i + 1 < results.size(); ++i) {
+        checkValue(*results[i]);
+    }
     if constexpr (!dbus::Record<T>) {
         if (value != nullptr) {
             std::optional<T> expected;

@@ -189,5 +189,22 @@ TEST_F(Records, ConsumeTheWholeDictionary) {
     EXPECT_THAT(*read<std::vector<std::string>>(message.get()), ElementsAre("Invalidated"));
 }
 
+// In so many containers sd-bus refuses to enter an entry, but there is none.
+TEST_F(Records, AreReadFromAnEmptyDictionaryInsideOfAsManyVariantsAsSdBusAllows) {
+    constexpr int variants = 127;
+    const MessagePtr message = bus.message();
+    for (int depth = 1; depth <= variants; ++depth) {
+        ASSERT_GE(sd_bus_message_open_container(message.get(), 'v', depth < variants ? "v" : "a{sv}"), 0)
+            << depth;
+    }
+    ASSERT_GE(sd_bus_message_open_container(message.get(), 'a', "{sv}"), 0);
+    for (int depth = 0; depth <= variants; ++depth) {
+        ASSERT_GE(sd_bus_message_close_container(message.get()), 0) << depth;
+    }
+    test::StubBus::seal(message.get());
+    const auto poll = read<SignalPoll>(message.get());
+    EXPECT_TRUE(poll) << poll.error();
+}
+
 }  // namespace
 }  // namespace kaz::dbus
