@@ -37,6 +37,7 @@ std::vector<wifi::ConnectionInfo> Device::history() const {
 void Device::clearHistory() {
     const std::lock_guard lock(mutex_);
     history_.clear();
+    history_.shrink_to_fit();
 }
 
 int Device::enabledChanges() const {
