@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "settings_check.h"
 #include "ssid_text.h"
 #include "words.h"
 
@@ -194,7 +193,7 @@ QString ConnectForm::problem() const {
 }
 
 ConnectResult ConnectForm::verdict() const {
-    return checkSettings(settings(), eapMethods_, phase2Methods_);
+    return validate_(settings());
 }
 
 void ConnectForm::set(std::string& field, const QString& text) {

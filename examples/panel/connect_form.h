@@ -7,8 +7,10 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "network_model.h"
 
@@ -42,7 +44,10 @@ class ConnectForm : public QObject {
     enum Field { NoField, SsidField, PasswordField, IdentityField, MethodField };
     Q_ENUM(Field)
 
-    using QObject::QObject;
+    using Validate = std::function<kaz::wifi::ConnectResult(const kaz::wifi::ConnectionSettings&)>;
+
+    // Takes Manager::validate.
+    explicit ConnectForm(Validate validate) : validate_(std::move(validate)) {}
 
     // Resets the form, for a network in the list or for a hidden one.
     void begin(const NetworkModel::Row& network);
@@ -87,6 +92,7 @@ class ConnectForm : public QObject {
     kaz::wifi::ConnectResult verdict() const;
     void set(std::string& field, const QString& text);
 
+    Validate validate_;
     kaz::wifi::ConnectionSettings typed_;
     Security security_ = Open;
     bool hidden_ = false;

@@ -66,7 +66,7 @@ class WifiPanel : public QObject {
     void fail(Attempt::Outcome outcome, const std::string& ssid);
 
     NetworkModel networks_;
-    ConnectForm form_;
+    ConnectForm form_{[this](const auto& settings) { return wifi_.validate(settings); }};
     bool on_ = false;
     bool running_ = false;
     bool scanning_ = false;

@@ -118,6 +118,10 @@ class [[gnu::visibility("default")]] Manager {
     /// but cannot be sent to the supplicant: the attempt fails after the 2000 ms.
     ConnectResult connect(const ConnectionSettings& settings);
 
+    /// The verdict of `connect` on the settings, without connecting: for a user interface that validates while the
+    /// user types. Changes nothing and does not block. The verdict on an EAP method follows eapMethods().
+    ConnectResult validate(const ConnectionSettings& settings) const;
+
     /// Connects to a configured network. See "Attempts" at Manager. Without a configuration of this SSID the
     /// attempt fails after the 2000 ms.
     void connectConfigured(const std::string& ssid);

@@ -58,6 +58,10 @@ ConnectResult Manager::connect(const ConnectionSettings& settings) {
     return impl_->connect(settings);
 }
 
+ConnectResult Manager::validate(const ConnectionSettings& settings) const {
+    return impl_->validate(settings);
+}
+
 void Manager::connectConfigured(const std::string& ssid) {
     impl_->connectConfigured(ssid);
 }

@@ -70,13 +70,17 @@ void ManagerImpl::scan() {
 }
 
 ConnectResult ManagerImpl::connect(const ConnectionSettings& settings) {
-    const ConnectResult verdict = validateConnectionSettings(settings, eapMethods(), phase2Methods());
+    const ConnectResult verdict = validate(settings);
     if (verdict == ConnectResult::ok) {
         communicator_->pushTaskAsync_([this, copy = std::make_shared<const WipedSettings>(settings)] {
             connecting_.taskConnect(copy->get());
         });
     }
     return verdict;
+}
+
+ConnectResult ManagerImpl::validate(const ConnectionSettings& settings) const {
+    return validateConnectionSettings(settings, eapMethods(), phase2Methods());
 }
 
 void ManagerImpl::connectConfigured(const std::string& ssid) {

@@ -48,6 +48,7 @@ class ManagerImpl : NonCopyable {
     std::set<std::string> eapMethods() const { return published_.eapMethods(); }
     std::set<std::string> phase2Methods() const { return wifi::phase2Methods(); }
     ConnectResult connect(const ConnectionSettings& settings);
+    ConnectResult validate(const ConnectionSettings& settings) const;
     void connectConfigured(const std::string& ssid);
     void disconnect();
     void forgetNetwork(const std::string& ssid);

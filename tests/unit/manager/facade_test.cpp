@@ -120,6 +120,19 @@ TEST_F(Manager, ManagerForwardsScanAndNetworks) {
     EXPECT_EQ(listChanges, 1);
 }
 
+TEST_F(Manager, ManagerValidatesWithoutConnecting) {
+    wifi::ConnectionSettings settings;
+    EXPECT_EQ(manager->validate(settings), ConnectResult::ssidEmpty);
+    settings.ssid = "Home";
+    settings.securityMode = SecurityMode::enterprise;
+    settings.eapMethod = "PEAP";
+    EXPECT_EQ(manager->validate(settings), ConnectResult::ok);
+    settings.eapMethod = "PWD";
+    EXPECT_EQ(manager->validate(settings), ConnectResult::eapMethodUnsupported) << "not offered";
+    EXPECT_EQ(callsOfTasks(), Calls{});
+    EXPECT_EQ(manager->connectionInfo(), ConnectionInfo());
+}
+
 TEST_F(Manager, ManagerForwardsConnect) {
     int changes = 0;
     manager->onConnectionInfoChanged([&] { ++changes; });
