@@ -131,8 +131,7 @@ class FaultsOnTheWire : public testing::TestWithParam<std::tuple<Operation, Faul
     }
     void startSwitchedOff() {
         startAttached();
-        manager().setEnabled(false);
-        ASSERT_TRUE(eventually([&] { return surroundings_->device.unitState() == "inactive"; }));
+        switchOffAndWait();
     }
 
     void scan() { manager().scan(); }
@@ -151,11 +150,14 @@ class FaultsOnTheWire : public testing::TestWithParam<std::tuple<Operation, Faul
     }
     void switchOff() { manager().setEnabled(false); }
     void switchOn() { manager().setEnabled(true); }
-    void switchOffAndOn() {
+    void switchOffAndWait() {
         switchOff();
         ASSERT_TRUE(eventually([&] {
             return surroundings_->device.unitState() == "inactive" && !manager().isWifiStackInitialized();
         }));
+    }
+    void switchOffAndOn() {
+        switchOffAndWait();
         switchOn();
     }
     void switchOffAndOnOnceAttached() {
@@ -466,7 +468,7 @@ const std::vector<Operation> operations{
     ofConnected("SaveConfig", "SaveConfig", "", &F::disconnect),
     ofConnected("RemoveNetwork", "RemoveNetwork", "", &F::forgetWire),
     {"StopUnit", "StopUnit", "", &F::startAttached, &F::switchOff, "Call of StopUnit at ", nullptr,
-     &F::switchOn},
+     &F::switchOffAndOn},
     {"ResetFailedUnit", "ResetFailedUnit", "", &F::startSwitchedOff, &F::switchOn,
      "Call of ResetFailedUnit at ", nullptr, &F::switchOn},
     {"StartUnit", "StartUnit", "", &F::startSwitchedOff, &F::switchOn, "Call of StartUnit at ", nullptr,
