@@ -4,26 +4,17 @@
 
 namespace kaz::wifi {
 
-// One call of setEnabled(). It sets the flag when it begins.
+// One call of setEnabled(), also if it ends with an exception.
 class EnabledChoice::Call : NonCopyable {
   public:
-    Call(EnabledChoice& owner, bool on) : owner_(owner) {
-        const std::lock_guard lock(owner_.mutex_);
-        choice_ = {++owner_.begun_, on};
-        changed_ = owner_.enabled_.exchange(on) != on;
-    }
-    ~Call() {
-        const std::lock_guard lock(owner_.mutex_);
-        ++owner_.ended_;
-    }
+    Call(EnabledChoice& owner, bool on) : owner_(owner), choice_(owner.begin(on)) {}
+    ~Call() { owner_.end(); }
 
     Choice choice() const { return choice_; }
-    bool changedFlag() const { return changed_; }
 
   private:
     EnabledChoice& owner_;
-    Choice choice_;
-    bool changed_ = false;
+    const Choice choice_;
 };
 
 EnabledChoice::EnabledChoice(Communicator& communicator, Published& published)
@@ -32,12 +23,23 @@ EnabledChoice::EnabledChoice(Communicator& communicator, Published& published)
 void EnabledChoice::setEnabled(bool on) {
     log::info("Turning wifi {}", on ? "on" : "off");
     const Call call(*this, on);
-    if (call.changedFlag()) {
+    if (call.choice().changesFlag) {
         communicator_.pushTaskAsync_([this] { published_.notify(Published::Change::enabled); });
     }
     store();
     // Also without a change: a repeated "on" tries again to start the supplicant.
     communicator_.pushTaskAsync_([this, choice = call.choice()] { taskStartOrStopSupplicant(choice); });
+}
+
+EnabledChoice::Choice EnabledChoice::begin(bool on) {
+    const std::lock_guard lock(mutex_);
+    const bool former = enabled_.exchange(on);
+    return {++begun_, on, former != on};
+}
+
+void EnabledChoice::end() {
+    const std::lock_guard lock(mutex_);
+    ++ended_;
 }
 
 // The write of an older choice may come last when two threads write. Its thread then writes again.
@@ -59,7 +61,7 @@ void EnabledChoice::taskStartOrStopSupplicant(Choice choice) {
 
 EnabledChoice::Choice EnabledChoice::latest() {
     const std::lock_guard lock(mutex_);
-    return {begun_, enabled_};
+    return {begun_, enabled_, false};
 }
 
 bool EnabledChoice::adoptStoredChoice() {

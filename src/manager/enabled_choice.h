@@ -34,9 +34,12 @@ class EnabledChoice : NonCopyable {
     struct Choice {
         std::uint64_t number = 0;
         bool on = false;
+        bool changesFlag = false;
     };
     class Call;
 
+    Choice begin(bool on);
+    void end();
     Choice latest();
     void store();
     void taskStartOrStopSupplicant(Choice choice);
