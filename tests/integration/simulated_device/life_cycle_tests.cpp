@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <string>
+#include <vector>
 
 namespace kaz::test {
 namespace {
@@ -126,6 +128,29 @@ TEST_F(LifeCycle, DestroyingAManagerTakesAboutASecondWhenThePeerNeverAnswers) {
         restartUser();
     }
     EXPECT_EQ(device().timesFired(ordered), ends);
+}
+
+TEST_F(LifeCycle, RequestsThatHaveNotBegunReachNoServiceAfterTheEnd) {
+    start();
+    ASSERT_NO_FATAL_FAILURE(connect(home()));
+    ASSERT_TRUE(waitForSaved("priority=2"));
+    device().orderFault({.peer = "supplicant", .member = "Scan", .kind = sim::FaultKind::noReply});
+    device().forgetCalls();
+    manager().scan();
+    ASSERT_TRUE(waitForCall("Scan"));
+    ASSERT_EQ(manager().connect(cafe()), wifi::ConnectResult::ok);
+    manager().connectConfigured("Home");
+    manager().forgetNetwork("Home");
+    manager().disconnect();
+    manager().scan();
+    manager().setEnabled(false);
+    user().leave();
+    std::vector<std::string> called;
+    for (const sim::Call& call : device().calls()) {
+        called.push_back(call.peer + ' ' + call.member);
+    }
+    EXPECT_EQ(called, std::vector<std::string>{"supplicant Scan"});
+    EXPECT_EQ(device().unitState(), "active");
 }
 
 TEST_F(LifeCycle, AStormOfSignalsLosesNothing) {

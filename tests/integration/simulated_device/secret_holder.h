@@ -2,6 +2,7 @@
 
 #include "base/file_descriptor.h"
 #include "base/non_copyable.h"
+#include "support/process/memory.h"
 
 #include <wifi/types.h>
 
@@ -37,7 +38,7 @@ class SecretHolder : NonCopyable {
     void endManager() const { ask("end"); }
 
     // Where in the process's memory a piece of the secret lies: the names of the regions, or "anonymous".
-    std::vector<std::string> places(const std::string& secret) const;
+    std::vector<std::string> places(const std::string& secret) const { return placesInMemory(pid_, secret); }
 
   private:
     char ask(const std::string& request) const;

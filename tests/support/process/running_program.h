@@ -2,6 +2,7 @@
 
 #include "base/file_descriptor.h"
 #include "base/non_copyable.h"
+#include "support/process/memory.h"
 
 #include <sys/types.h>
 
@@ -60,6 +61,9 @@ class RunningProgram : NonCopyable {
 
     // The content of /proc/PID/NAME while the process runs.
     std::string told(const std::string& name) const;
+
+    // Where in the memory of the process the secret lies (support/process/memory.h).
+    std::vector<std::string> places(const std::string& secret) const { return placesInMemory(pid_, secret); }
 
     // Whether the terminal echoes input.
     bool echoes() const;
