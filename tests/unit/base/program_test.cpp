@@ -68,7 +68,7 @@ TEST(StartedProgram, BlocksNoSignal) {
     sigset_t former;
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_SETMASK, &all, &former);
-    const ProgramRun run({.command = {"sh", "-c", "grep SigBlk /proc/self/status"}});
+    const ProgramRun run({.command = {"grep", "SigBlk", "/proc/self/status"}});
     ::pthread_sigmask(SIG_SETMASK, &former, nullptr);
     EXPECT_EQ(run.output, "SigBlk:\t0000000000000000\n");
 }

@@ -50,7 +50,11 @@ TEST_F(ChangeWriterTest, BeginsWithEverythingThatIsSo) {
 
 TEST_F(ChangeWriterTest, TellsEveryKindOfChange) {
     now.enabled = now.running = false;
-    EXPECT_EQ(text(now), "22:13:20.123  wifi        off, wpa_supplicant does not run\n");
+    const std::string off = "22:13:20.123  wifi        off, wpa_supplicant does not run\n";
+    EXPECT_EQ(text(now), off);
+    before.scanning = true;
+    EXPECT_EQ(text(now), off) << "nothing about the scan that it ended";
+    before.scanning = false;
     now = before;
     now.scanning = true;
     EXPECT_EQ(text(now), "22:13:20.123  scan        began\n");

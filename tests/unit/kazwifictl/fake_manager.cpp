@@ -109,6 +109,7 @@ class ManagerImpl : NonCopyable {
         }
         if (saveOwed && !othersDisabled) {
             saveOwed = false;
+            std::this_thread::sleep_for(world.slowness);
             if (world.canSave) {
                 world.record("save");
             } else {

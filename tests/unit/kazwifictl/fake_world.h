@@ -37,7 +37,7 @@ struct FakeWorld : NonCopyable {
     bool canStore = true;
     bool canSave = true;
     bool startsAndStops = true;             // whether setEnabled() starts and stops the supplicant
-    std::chrono::milliseconds slowness{0};  // the delay before each task
+    std::chrono::milliseconds slowness{0};  // the delay before each task and save
     std::atomic<bool> holdsTasks = false;   // whether no further task begins
     bool followsOnceAsked = false;    // whether Managers find the supplicant only after a request to connect
     bool connectsAtOnce = false;      // whether connect() returns only after the whole attempt

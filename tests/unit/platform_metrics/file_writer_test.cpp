@@ -107,6 +107,15 @@ TEST_F(MetricsFileWriter, WritesNothingOnceItIsClosed) {
     EXPECT_FALSE(fs::exists(file()));
 }
 
+TEST_F(MetricsFileWriter, StartsNoThreadOnceItIsClosedWithoutOne) {
+    FileWriter writer(file(), 0s, counting());
+    writer.close();
+    const auto before = threadCount();
+    writer.noteChange();
+    EXPECT_EQ(threadCount(), before);
+    EXPECT_EQ(renderings(), 0);
+}
+
 TEST_F(MetricsFileWriter, LetsTheIntervalPassBetweenTwoWrites) {
     constexpr auto interval = 40ms;
     constexpr std::size_t wanted = 5;

@@ -180,9 +180,10 @@ class ConnectCommand : NonCopyable {
         try {
             session.until(Clock::now() + callOffLimit,
                           [](const Snapshot& view) { return view.isDisconnected(); });
-        } catch (const Interrupted&) {  // an impatient user; the fence completes the request
+            place_.fenceAndFinish();
+        } catch (const Interrupted&) {  // an impatient user; a fence completes the request
+            place_.fenceAndFinish();
         }
-        place_.fenceAndFinish();
     }
 
     // What to try instead of settings that break a rule.
