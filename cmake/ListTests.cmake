@@ -1,13 +1,19 @@
 # ctest includes this file for each program of kaz_add_tests. It adds the program's tests to ctest.
 #
 # One process per suite, because most of a short test's time is the start of its process. With KAZ_EACH_TEST set, one
-# process per test, so that a test can be chosen by its name.
+# process per test, so that a test can be chosen by its name. A program with more than one shard is one test, or one per
+# test.
 
-# kaz_list_tests(PROGRAM TIMEOUT COST [EMULATOR...])
-function(kaz_list_tests program timeout cost)
+# kaz_list_tests(PROGRAM TIMEOUT COST SHARDS [EMULATOR...])
+function(kaz_list_tests program timeout cost shards)
   cmake_path(GET program FILENAME name)
   if(NOT EXISTS "${program}")
     add_test(${name}.IsBuilt "${program}")
+    return()
+  endif()
+  if(shards GREATER 1 AND NOT DEFINED ENV{KAZ_EACH_TEST})
+    add_test(${name} "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/../tests/in_shards" ${shards} ${ARGN} "${program}")
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} COST ${cost})
     return()
   endif()
   set(list "${program}.tests")

@@ -1,94 +1,22 @@
 // Calls fail in the ways in which a bus and its peers can fail, while the Manager works with the wpa_supplicant daemon
-// itself. As in the other tests, the daemon has a wire, and systemd and networkd are simulated.
+// itself.
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <chrono>
-#include <functional>
-#include <future>
-#include <iostream>
-#include <memory>
 #include <ostream>
-#include <set>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <tuple>
 #include <utility>
 #include <vector>
 
-#include "base/checked.h"
-#include "base/sd_bus/handles.h"
-#include "base/temporary_folder.h"
-#include "communicator/dbus_communicator.h"
-#include "connection_info/time_provider.h"
-#include "doubles/recording_log/recording_log.h"
-#include "manager/manager_impl.h"
-#include "simulator/device/simulated_device.h"
-#include "simulator/private_bus/private_bus.h"
+#include "integration/real_supplicant/faulty_wire.h"
 #include "support/bus_proxy/bus_proxy.h"
-#include "support/files/files.h"
-#include "support/real_supplicant/real_supplicant.h"
-#include "support/waiting/waiting.h"
 
 namespace kaz::test {
 namespace {
 
-using wifi::ConnectionSettings;
-using wifi::ConnectResult;
 using Fault = BusProxy::Fault;
-using Status = wifi::ConnectionInfo::Status;
-
-// No undisturbed call takes so long, also on a busy machine.
-constexpr std::chrono::seconds callLimit{2};
-
-constexpr const char* passphrase = "a secret that nobody sees";
-const std::set<std::string> eapMethods{"MSCHAPV2", "PEAP", "PWD", "TTLS"};
-
-// What is started once: the daemons, and the bus with its proxy.
-struct Surroundings {
-    TemporaryFolder folder;
-    sim::PrivateBus bus;
-    sim::SimulatedDevice device{{bus.address(), {}, 1.0, folder / "supplicant.conf", true}};
-    BusProxy proxy{bus.address()};
-};
-
-// A Manager whose calls have the limit above.
-struct User {
-    User() : User(std::make_unique<wifi::DbusCommunicator>(callLimit)) {}
-    explicit User(std::unique_ptr<wifi::DbusCommunicator> made)
-        : communicator(*made), manager(std::move(made), std::make_shared<wifi::TimeProviderWallClock>()) {}
-
-    wifi::DbusCommunicator& communicator;
-    wifi::ManagerImpl manager;
-};
-
-// What a Manager says.
-struct Picture {
-    explicit Picture(const wifi::ManagerImpl& manager)
-        : attached(manager.isWifiStackInitialized()),
-          enabled(manager.isEnabled()),
-          scanning(manager.isScanning()),
-          methods(manager.eapMethods()),
-          networks(manager.networks()),
-          status(manager.connectionInfo().status),
-          ssid(manager.connectionInfo().ssid) {}
-
-    bool operator==(const Picture&) const = default;
-
-    bool attached;
-    bool enabled;
-    bool scanning;
-    std::set<std::string> methods;
-    std::vector<wifi::WifiNetwork> networks;
-    Status status;
-    std::string ssid;
-};
-
-class FaultsOnTheWire;
-using Step = void (FaultsOnTheWire::*)();
+using Step = void (FaultyWire::*)();
 
 struct Operation {
     const char* name;
@@ -118,215 +46,9 @@ void PrintTo(const FaultKind& kind, std::ostream* out) {
     *out << "fault " << static_cast<int>(kind.fault);
 }
 
-class FaultsOnTheWire : public testing::TestWithParam<std::tuple<Operation, FaultKind>> {
-  public:
-    void attach() { user_ = std::make_unique<User>(); }
-    void startAttached() {
-        attach();
-        ASSERT_TRUE(isAttached());
-    }
-    void startConnected() {
-        startAttached();
-        connectOpen("Wire");
-    }
-    void startSwitchedOff() {
-        startAttached();
-        switchOffAndWait();
-    }
-
-    void scan() { manager().scan(); }
-    void connectWithSecret() {
-        ConnectionSettings settings = openSettings("Secret");
-        settings.securityMode = wifi::SecurityMode::rsnPsk;
-        settings.password = passphrase;
-        EXPECT_EQ(manager().connect(settings), ConnectResult::ok);
-    }
-    void connectWire() { EXPECT_EQ(manager().connect(openSettings("Wire")), ConnectResult::ok); }
-    void connectConfigured() { manager().connectConfigured("Old"); }
-    void disconnect() { manager().disconnect(); }
-    void forgetWire() { manager().forgetNetwork("Wire"); }
-    void pollSignal() {
-        user_->communicator.pushTaskAsync_([this] { user_->communicator.signalPollSync(); });
-    }
-    void switchOff() { manager().setEnabled(false); }
-    void switchOn() { manager().setEnabled(true); }
-    void switchOffAndWait() {
-        switchOff();
-        ASSERT_TRUE(eventually([&] {
-            return surroundings_->device.unitState() == "inactive" && !manager().isWifiStackInitialized();
-        }));
-    }
-    void switchOffAndOn() {
-        switchOffAndWait();
-        switchOn();
-    }
-    void switchOffAndOnOnceAttached() {
-        ASSERT_TRUE(isAttached());
-        switchOffAndOn();
-    }
-
+class FaultsOnTheWire : public FaultyWire,
+                        public testing::WithParamInterface<std::tuple<Operation, FaultKind>> {
   protected:
-    static void SetUpTestSuite() {
-        if (whyNot_ = whyNoRealSupplicant(); !whyNot_.empty()) {
-            return;
-        }
-        surroundings_ = std::make_unique<Surroundings>();
-        surroundings_->proxy.becomeSystemBus();
-        ::setenv("KAZ_CONFIG_FILE", (surroundings_->folder / "kaz.conf").c_str(), 1);
-    }
-    static void TearDownTestSuite() {
-        surroundings_.reset();
-        ::unsetenv("KAZ_CONFIG_FILE");
-    }
-
-    void SetUp() override {
-        if (!whyNot_.empty()) {
-            GTEST_SKIP() << whyNot_;
-        }
-        if (saved().networks.empty()) {
-            startAttached();
-            connectOpen("Old");
-            disconnectAndSave("Old");
-        }
-        user_.reset();
-        ASSERT_EQ(saved().networks, std::multiset<std::string>{"Old"});
-        forgetLog();
-    }
-
-    void TearDown() override {
-        if (HasFailure()) {
-            for (const LogRecord& record : log.records()) {
-                std::cout << record << '\n';
-            }
-            // The next test begins with new daemons.
-            user_.reset();
-            TearDownTestSuite();
-            SetUpTestSuite();
-        }
-    }
-
-    wifi::ManagerImpl& manager() { return user_->manager; }
-    static BusProxy& proxy() { return surroundings_->proxy; }
-    bool isAttached() {
-        return eventually([&] { return manager().isWifiStackInitialized(); });
-    }
-
-    static ConnectionSettings openSettings(const std::string& ssid) {
-        ConnectionSettings settings;
-        settings.ssid = ssid;
-        return settings;
-    }
-
-    // A passphrase must be in no record that is forgotten.
-    void forgetLog() {
-        EXPECT_FALSE(log.contains(passphrase));
-        log.clear();
-    }
-
-    void connectOpen(const std::string& ssid) {
-        forgetLog();
-        ASSERT_EQ(manager().connect(openSettings(ssid)), ConnectResult::ok);
-        // The former network may be reported as completed until the new one is selected.
-        const auto isCompleted = [&](const RecordingLog::Records& records) {
-            const auto selected = std::find_if(records.begin(), records.end(), [&](const LogRecord& record) {
-                return record.text == "NetworkSelected is ssid=\"" + ssid + '"';
-            });
-            return std::any_of(selected, records.end(), [](const LogRecord& record) {
-                return record.text == "PropertiesChanged: State=completed";
-            });
-        };
-        ASSERT_TRUE(log.waitFor(isCompleted));
-    }
-    void disconnectAndSave(const std::string& ssid) {
-        disconnect();
-        ASSERT_TRUE(eventually([&] {
-            const SavedFile file = saved();
-            return file.networks.count(ssid) == 1 && file.allEnabled;
-        }));
-    }
-    void forget(const std::string& ssid) {
-        manager().forgetNetwork(ssid);
-        ASSERT_TRUE(eventually([&] { return !saved().networks.contains(ssid); })) << ssid;
-    }
-
-    // The supplicant's configuration file. Every block of it is whole.
-    struct SavedFile {
-        std::multiset<std::string> networks;  // their SSIDs
-        bool allEnabled = true;
-    };
-    static SavedFile saved() {
-        const std::string ssidKey = "\tssid=\"";
-        std::istringstream lines(readFile(surroundings_->folder / "supplicant.conf"));
-        SavedFile file;
-        bool inBlock = false;
-        for (std::string line; std::getline(lines, line);) {
-            EXPECT_EQ(inBlock, line == "}" || line.starts_with('\t')) << line;
-            inBlock = line == "network={" || (inBlock && line != "}");
-            file.allEnabled = file.allEnabled && line != "\tdisabled=1";
-            if (line.starts_with(ssidKey)) {
-                file.networks.insert(line.substr(ssidKey.size(), line.size() - ssidKey.size() - 1));
-            }
-        }
-        EXPECT_FALSE(inBlock);
-        return file;
-    }
-
-    // How many networks the supplicant does not use.
-    static unsigned disabledNetworks() {
-        const dbus::BusPtr bus = dbus::connectTo(surroundings_->bus.address());
-        const auto get = [&](const std::string& path, const char* interface, const char* property,
-                             const char* type) {
-            dbus::MessagePtr reply;
-            checked(sd_bus_get_property(bus.get(), "fi.w1.wpa_supplicant1", path.c_str(), interface, property,
-                                        nullptr, dbus::out(reply), type),
-                    property);
-            return reply;
-        };
-        const char* const interface = "/fi/w1/wpa_supplicant1/Interfaces/0";
-        const dbus::MessagePtr list = get(interface, "fi.w1.wpa_supplicant1.Interface", "Networks", "ao");
-        checked(sd_bus_message_enter_container(list.get(), 'a', "o"), "enter");
-        unsigned disabled = 0;
-        for (const char* path = nullptr; sd_bus_message_read_basic(list.get(), 'o', &path) > 0;) {
-            const dbus::MessagePtr reply = get(path, "fi.w1.wpa_supplicant1.Network", "Enabled", "b");
-            int enabled = 0;
-            checked(sd_bus_message_read_basic(reply.get(), 'b', &enabled), "read");
-            disabled += enabled == 0 ? 1U : 0U;
-        }
-        return disabled;
-    }
-
-    // Runs a function on the loop thread and returns its result.
-    template <typename Function>
-    auto onLoop(Function function) -> decltype(function()) {
-        auto task = std::make_shared<std::packaged_task<decltype(function())()>>(std::move(function));
-        auto result = task->get_future();
-        user_->communicator.pushTaskAsync_([task] { (*task)(); });
-        if (result.wait_for(timeLimit) != std::future_status::ready) {
-            throw std::runtime_error("the loop does not run its tasks");
-        }
-        return result.get();
-    }
-
-    // The loop neither spins nor waits for a reply for ever.
-    void comesToRest() {
-        const pid_t loop = onLoop([] { return ::gettid(); });
-        EXPECT_TRUE(fallsAsleep(loop));
-    }
-
-    // A warning or an error, with one of these causes.
-    bool isToldOf(const std::string& text, const std::vector<std::string>& causes) const {
-        const auto has = [](const LogRecord& record, const std::string& part) {
-            return record.text.find(part) != std::string::npos;
-        };
-        return log.waitFor([&](const auto& records) {
-            return std::any_of(records.begin(), records.end(), [&](const LogRecord& record) {
-                return record.level >= spdlog::level::warn && has(record, text) &&
-                       std::any_of(causes.begin(), causes.end(),
-                                   [&](const std::string& cause) { return has(record, cause); });
-            });
-        });
-    }
-
     void isLogged(const Operation& operation, const FaultKind& kind) const {
         const std::vector<std::string> refused{BusProxy::errorName, "No buffer space available"};
         // The last one is for a signal that comes before the reply to Hello.
@@ -344,44 +66,7 @@ class FaultsOnTheWire : public testing::TestWithParam<std::tuple<Operation, Faul
                 return;
         }
     }
-
-    void worksAgain() {
-        proxy().forgetCalls();
-        manager().scan();
-        EXPECT_TRUE(proxy().waitForCall("Scan("));
-        ASSERT_NO_FATAL_FAILURE(connectOpen("New"));
-        ASSERT_NO_FATAL_FAILURE(disconnectAndSave("New"));
-        EXPECT_EQ(saved().networks.count("Old"), 1U);
-    }
-
-    void saysTheSameAsANewManager() {
-        User witness;
-        EXPECT_TRUE(eventually(
-            [&] { return Picture(witness.manager) == Picture(manager()) && isAtRest(manager()); }));
-    }
-    static bool isAtRest(const wifi::ManagerImpl& manager) {
-        return manager.isWifiStackInitialized() && manager.connectionInfo().status == Status::disconnected;
-    }
-
-    void forgetAllButOld() {
-        const auto before = saved().networks;
-        for (const std::string& ssid : std::set<std::string>(before.begin(), before.end())) {
-            if (ssid != "Old") {
-                ASSERT_NO_FATAL_FAILURE(forget(ssid));
-            }
-        }
-        EXPECT_EQ(saved().networks, std::multiset<std::string>{"Old"});
-    }
-
-    RecordingLog log;
-    std::unique_ptr<User> user_;
-
-    static std::string whyNot_;
-    static std::unique_ptr<Surroundings> surroundings_;
 };
-
-std::string FaultsOnTheWire::whyNot_;
-std::unique_ptr<Surroundings> FaultsOnTheWire::surroundings_;
 
 TEST_P(FaultsOnTheWire, EndWithoutATraceWhenTheNextCallsSucceed) {
     const auto& [operation, kind] = GetParam();
@@ -390,7 +75,7 @@ TEST_P(FaultsOnTheWire, EndWithoutATraceWhenTheNextCallsSucceed) {
     }
     forgetLog();
     // A call that carries a secret may get it back.
-    const bool secret = operation.request == &FaultsOnTheWire::connectWithSecret;
+    const bool secret = operation.request == &FaultyWire::connectWithSecret;
     proxy().order({kind.fault, operation.member, operation.argument, secret ? passphrase : "no room"});
     (this->*operation.request)();
     ASSERT_TRUE(proxy().waitForFault());
@@ -405,7 +90,7 @@ TEST_P(FaultsOnTheWire, EndWithoutATraceWhenTheNextCallsSucceed) {
         (this->*operation.after)();
     }
     ASSERT_TRUE(isAttached());
-    EXPECT_TRUE(eventually([&] { return manager().eapMethods() == eapMethods; }));
+    EXPECT_TRUE(offersItsMethods());
     comesToRest();
     // A network whose addition was lost is disabled until an attempt ends.
     if (kind.effect == Effect::connectionLost && std::string_view(operation.member) != "AddNetwork") {
@@ -417,7 +102,7 @@ TEST_P(FaultsOnTheWire, EndWithoutATraceWhenTheNextCallsSucceed) {
     forgetLog();
 }
 
-using F = FaultsOnTheWire;
+using F = FaultyWire;
 
 Operation ofStart(const char* name, const char* member, const char* argument, std::string failure,
                   Step mend = nullptr, Step after = nullptr) {
@@ -481,7 +166,6 @@ auto eachCallWith(const FaultKind& kind) {
 
 const auto nameOfCall = [](const auto& cell) { return std::string(std::get<0>(cell.param).name); };
 
-// One process for each fault, because most of them wait for time-outs.
 INSTANTIATE_TEST_SUITE_P(Refused, FaultsOnTheWire, eachCallWith({Fault::refuse, Effect::callFails}),
                          nameOfCall);
 INSTANTIATE_TEST_SUITE_P(Swallowed, FaultsOnTheWire, eachCallWith({Fault::swallow, Effect::callFails}),

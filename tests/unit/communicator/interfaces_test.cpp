@@ -31,6 +31,15 @@ class Interfaces : public CommunicatorTest {
     void emitRemoved(const std::string& path) {
         supplicant.emit(rootPath, rootInterface, "InterfaceRemoved", values("o", path));
     }
+    // Afterwards the supplicant has none, and the communicator has noticed it.
+    void removeTheOnlyInterface() {
+        listed({});
+        emitRemoved(interfacePath);
+        ASSERT_TRUE(log.waitForText(spdlog::level::err,
+                                    "wpa_supplicant has no configured interfaces, can't control wifi"));
+        onLoop([] {});
+        forget();
+    }
     void changeUnitState(const std::string& activeState) {
         onLoop([&] { communicator->connectOrDisconnectFromSupplicantSync(activeState); });
     }
@@ -82,12 +91,7 @@ TEST_F(Interfaces, ReplacedInterfaceIsUsedInsteadOfTheOld) {
 
 TEST_F(Interfaces, InterfaceThatComesLaterIsAttached) {
     startAttached();
-    listed({});
-    emitRemoved(interfacePath);
-    ASSERT_TRUE(log.waitForText(spdlog::level::err,
-                                "wpa_supplicant has no configured interfaces, can't control wifi"));
-    onLoop([] {});
-    forget();
+    ASSERT_NO_FATAL_FAILURE(removeTheOnlyInterface());
     listed({newPath});
     emitAdded(newPath);
     expectAttachedTo(newPath);
@@ -169,11 +173,7 @@ TEST_F(Interfaces, InterfaceWithTheFormerNameIsUsedAgain) {
     supplicant.onGetAll(returned, interfaceInterface, reply("a{sv}", 0));
     onInterfaceProperties(reply("a{sv}", 1, "Ifname", "s", "wlan0"));
     startAttached();
-    listed({});
-    emitRemoved(interfacePath);
-    ASSERT_TRUE(log.waitForText(spdlog::level::err, "can't control wifi"));
-    onLoop([] {});
-    forget();
+    ASSERT_NO_FATAL_FAILURE(removeTheOnlyInterface());
     listed({newPath});
     emitAdded(newPath, "ap0");
     expectAttachedTo(newPath);
@@ -185,11 +185,7 @@ TEST_F(Interfaces, InterfaceWithTheFormerNameIsUsedAgain) {
 // Another program adds its interface before the signal of ours is handled.
 TEST_F(Interfaces, AddedInterfaceIsAttachedAlsoWhenANewerOneIsListedFirst) {
     startAttached();
-    listed({});
-    emitRemoved(interfacePath);
-    ASSERT_TRUE(log.waitForText(spdlog::level::err, "can't control wifi"));
-    onLoop([] {});
-    forget();
+    ASSERT_NO_FATAL_FAILURE(removeTheOnlyInterface());
     listed({interfacePath + '9', newPath});
     emitAdded(newPath, "wlan0");
     expectAttachedTo(newPath);
