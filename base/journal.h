@@ -26,7 +26,7 @@ class Journal {
         return entries_;
     }
 
-    // Returns the entries since the last call of this and forgets them, also their memory.
+    // Removes and returns the entries added since the last take(). Keeps none of their memory.
     Entries take() {
         const std::lock_guard lock(mutex_);
         return std::exchange(entries_, {});

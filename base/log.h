@@ -1,6 +1,6 @@
 // Log records. Each goes to the process's default logger, which the host may replace at any time. After
-// spdlog::shutdown() records are dropped. Callable from any thread. Nothing here throws, so it can be used in
-// destructors and C callbacks, and when a sink throws.
+// spdlog::shutdown() records are dropped. Callable from any thread. Nothing here throws, even when a sink throws, so
+// destructors and C callbacks may log.
 #pragma once
 
 #include <fmt/format.h>

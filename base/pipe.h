@@ -4,7 +4,7 @@
 
 namespace kaz {
 
-// The two ends of a new pipe. An exec closes them.
+// The two ends of a new pipe. Both are close-on-exec.
 struct Pipe {
     // Throws std::system_error.
     Pipe();

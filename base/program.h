@@ -19,11 +19,11 @@ struct Program {
     bool newSession = false;  // Ctrl-C at our terminal does not reach it
 };
 
-// Starts the program with no signal blocked. It exits with status 127 when it cannot run. Throws std::system_error when
-// no process can be started.
+// Starts the program with no signal blocked. If the child process cannot execute it, the child exits with status 127.
+// Throws std::system_error if no child process can be started.
 pid_t startProgram(const Program& program);
 
-// What a shell reports of a wait status: the exit status, or 128 and the number of the signal.
+// The status that a shell shows for a wait status: the exit status, or 128 plus the number of the signal.
 int exitStatus(int waitStatus);
 
 }  // namespace kaz

@@ -6,8 +6,8 @@
 
 namespace kaz {
 
-// A function that may replace itself while it runs: the running function stays alive until it returns. For
-// one thread.
+// A function that may replace itself while it runs: the running function stays alive until it returns. Not
+// thread-safe.
 template <typename Signature>
 class ReplaceableTask;
 

@@ -7,7 +7,8 @@
 namespace kaz {
 
 // While this lives, threads that the calling thread starts have their signals blocked, so the host's signal handlers
-// run on the host's own threads. Faults are not blocked: they belong to the thread that causes them.
+// run on the host's own threads. Fault signals, such as SIGSEGV, are not blocked: the thread that causes one handles
+// it.
 class SignalsBlocked : NonCopyable {
   public:
     SignalsBlocked() noexcept;

@@ -40,8 +40,9 @@ class ManagerImpl;
 /// or a connection to another network. That can be the former connection, if the supplicant refused the
 /// request or never received it.
 ///
-/// Platform: if the device has its own D-Bus library, two promises depend on it: reconnecting to a lost bus,
-/// and the destructor's limit for a peer that does not answer. CMake reports what that library lacks.
+/// Platform: if the device has its own D-Bus library, three promises depend on it: reconnecting to a lost bus,
+/// the destructor's limit for a peer that does not answer, and keeping a daemon's error text that repeats a
+/// password out of the log. CMake reports what that library lacks.
 ///
 /// Log records go to the process's default spdlog logger, which may be replaced at any time. Without one,
 /// after spdlog was shut down, they are dropped. An SSID appears there only as ssid="..."; passwords, keys

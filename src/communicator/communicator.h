@@ -73,7 +73,7 @@ class Communicator : NonCopyable {
       public:
         // Equal for two handles on the same network.
         virtual std::size_t id() = 0;
-        // The SSID when the handle was made; nothing if it could not be read.
+        // The SSID when the handle was made; nullopt if it could not be read.
         virtual const std::optional<std::string>& getSsid() = 0;
         virtual bool removeSync() = 0;
         // Makes the supplicant connect to this network and disable all others.
@@ -133,8 +133,8 @@ class Communicator : NonCopyable {
     // wifiServiceStatusChangeHandler.
     virtual bool supplicantSurvived() = 0;
 
-    // Reads the list of access points again and reports it. The supplicant reports which there are, but not how their
-    // signal changes.
+    // Reads the list of access points again and reports it. The supplicant reports which access points are in range,
+    // but not how their signal changes.
     virtual void refreshBssListSync() = 0;
 
     // Reads all properties of the supplicant's interface again and reports them.
@@ -146,7 +146,8 @@ class Communicator : NonCopyable {
     // The supplicant was attached or detached.
     std::function<void()> wifiServiceStatusChangeHandler;
     std::function<void(bool success)> scanningDoneHandler;
-    // The supplicant selected a network, by itself or at our request. The SSID is empty if it could not be read.
+    // The supplicant selected a network, at the request of this or another client. `ssid` is nullopt if it could not be
+    // read.
     std::function<void(const std::optional<std::string>& ssid)> networkSelectedHandler;
     // The link has, or no longer has, a configured address. This handler has no default: assign it before the start.
     std::function<void(bool online)> networkdOnlineHandler;

@@ -34,8 +34,8 @@ class ConfiguredNetworks {
     // networks are listed without their SSID.
     List listSync();
 
-    // The supplicant has added or removed this network. True if that is news: neither our own change nor in the last
-    // list.
+    // The supplicant has added or removed this network. True if the change is new: not made by us, and not yet seen by
+    // listSync().
     bool noteAdded(const dbus::OPath& network);
     bool noteRemoved(const dbus::OPath& network);
 

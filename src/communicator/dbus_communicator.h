@@ -26,15 +26,15 @@ namespace kaz::wifi {
 // While the unit runs, the communicator is attached to the supplicant's first interface and turns its signals into
 // calls of the handlers. It stays attached to that interface when the supplicant adds others: those are foreign, for
 // example the access point of another program. When the supplicant removes the interface in use, the communicator
-// detaches and attaches to the next one that is not foreign, also to one that is added later. When one with the former
-// name is back, it attaches to that.
+// detaches. Then it attaches to the first interface that is not foreign, or waits for the next one that is added. When
+// an interface with the name of the first one is added, it always attaches to that.
 //
-// While no unit runs, the communicator is detached. Operations that need the interface are refused with a warning in
-// the log, scanSync() with a debug record. Calls that cannot be made, because there is no bus or no interface, fail
-// without a record.
+// While the unit does not run, the communicator is detached. It refuses operations that need the interface, and logs a
+// warning; scanSync(), refreshSync() and refreshBssListSync() log a debug record instead. Calls that cannot be made,
+// because there is no bus or no interface, fail without a record.
 //
-// Construction posts the task that finds the unit. The loss of the bus detaches. After a restart of the bus or of
-// systemd the unit is looked up again.
+// The constructor posts the task that finds the unit. The communicator detaches when the bus is lost. After a restart
+// of the bus or of systemd it looks up the unit again.
 //
 // Communicator describes the operations. Everything else here runs on the loop thread.
 class DbusCommunicator final : public Communicator {

@@ -9,7 +9,7 @@
 
 namespace kaz::wifi {
 
-// Reports whether the link is online, as systemd-networkd sees it. Loop thread only.
+// Reports whether the link is online, as systemd-networkd reports it. Loop thread only.
 class OnlineState {
   public:
     // Runs with each state that networkd reports.
@@ -31,7 +31,7 @@ class OnlineState {
 
     dbus::Bus& bus_;
     Handler handler_;
-    bool unanswered_ = false;  // since the subscription
+    bool unanswered_ = false;  // networkd did not answer the last read since the subscription
 };
 
 }  // namespace kaz::wifi

@@ -20,7 +20,7 @@ class SupplicantSignals {
 
     // Subscribes to the signals of the attached interface until the communicator detaches.
     void subscribe() const;
-    // The same for those that tell which networks are configured.
+    // The same for NetworkAdded and NetworkRemoved.
     void subscribeToNetworks() const;
     // Reads and reports the current properties.
     void readSync() const;

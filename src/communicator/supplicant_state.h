@@ -7,7 +7,7 @@
 
 namespace kaz::wifi {
 
-// Maps the supplicant's "State" to a status. An unknown state returns nothing and logs a warning.
+// Maps the supplicant's "State" to a status. For an unknown state, logs a warning and returns nullopt.
 std::optional<Communicator::SupplicantConnectionStatus> fromSupplicantState(std::string_view state);
 
 }  // namespace kaz::wifi

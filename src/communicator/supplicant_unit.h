@@ -42,7 +42,7 @@ class SupplicantUnit {
     dbus::Bus& bus_;
     Handler handler_;
     dbus::OPath path_;
-    std::vector<std::string> subscribed_;  // permanently, also after a loss of the bus
+    std::vector<std::string> subscribed_;  // paths of units; Bus subscribes again after a reconnect
     bool found_ = false;                   // systemd has reported the unit's path and state
 };
 

@@ -61,8 +61,8 @@ class Bus : NonCopyable {
                    Lifetime lifetime, std::function<void(MessageDecoder&)> handler);
     void dropTemporarySubscriptions();
 
-    // Runs the task when the connection is lost (false) and when it is restored (true). One task at most.
-    // Only with a platform that reconnects.
+    // Runs the task when the connection is lost (false) and when it is restored (true). One task at most. With a
+    // platform that does not reconnect, the task never runs.
     void onConnectionChanged(std::function<void(bool connected)> task);
 
     // Runs the task when the bus name gets another owner (true) or loses its owner (false). One task per

@@ -17,7 +17,7 @@ class NameOwner : NonCopyable {
     using ChangeTask = std::function<void(bool owned)>;
     using Clock = std::chrono::steady_clock;
 
-    // Signals of a sender that is unknown make this ask for it at most once per pause.
+    // While the owner is unknown, sent() asks the bus for it at most once per pause.
     explicit NameOwner(std::string name, Clock::duration pause = std::chrono::seconds(5));
     ~NameOwner() = default;
 
@@ -29,8 +29,8 @@ class NameOwner : NonCopyable {
     // Runs when the name gets another owner or loses its owner while this is attached.
     void setChangeTask(ChangeTask task);
 
-    // Whether the current owner sent the message. False while there is no owner. If the last attach() failed it attaches
-    // first, to the connection of the message, but not again within the pause.
+    // Whether the current owner sent the message. False while there is no owner. If the last attach() failed, this
+    // first attaches to the message's connection, at most once per pause.
     bool sent(sd_bus_message* message);
 
     // The unique name of the owner; empty while there is none or it is unknown.

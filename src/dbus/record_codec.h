@@ -4,8 +4,8 @@
 //       static constexpr auto table = std::tuple(field("Key", &R::member), ...);
 //   };
 //
-// Unknown keys are skipped. A field without a key in the dictionary keeps its initial value. Of a repeated
-// key the last value is used. If one field cannot be read, the whole record fails.
+// Unknown keys are skipped. A field without a key in the dictionary keeps its initial value. If a key is
+// repeated, its last value counts. If one field cannot be read, the whole record fails.
 #pragma once
 
 #include "dbus/value_codec.h"

@@ -37,8 +37,8 @@ namespace kaz::dbus {
 template <typename T>
 struct Wire;
 
-// Reads one complete value, also from inside any number of variants. So the same read works for replies of
-// property Get and for others.
+// Reads one complete value, whether or not it is wrapped in variants. So it reads the replies of Properties.Get
+// and those of other methods.
 template <typename T>
 CodecResult<T> read(sd_bus_message* message);
 
@@ -224,7 +224,7 @@ CodecResult<T> readInVariant(sd_bus_message* message, Read readValue) {
 }
 
 // Like dbus::read, for a next value that is a variant. It nearly always contains the requested type, so this
-// enters it without peeking first. If that fails, the general way finds the error.
+// enters it without peeking first. If that fails, dbus::read reads the value or finds the error.
 template <typename T>
 CodecResult<T> readVariant(sd_bus_message* message) {
     if (enterVariantOf(message, Wire<T>::signature.data()) > 0) {

@@ -27,7 +27,7 @@ class Connecting : NonCopyable {
     void taskDisconnect();
     void taskForgetNetwork(const std::string& ssid);
 
-    // The supplicant selected a network at the request of a client. It does not report its own choice so.
+    // The supplicant selected a network at the request of a client. It does not signal a choice of its own.
     void signalNetworkSelected();
     void signalSupplicantStatus(std::optional<Communicator::SupplicantConnectionStatus> status);
     // The supplicant was attached or detached.
@@ -43,7 +43,7 @@ class Connecting : NonCopyable {
     ConnectionRefresh& refresh_;
     SupplicantConfiguration& configuration_;
     NetworkList& list_;
-    // What the supplicant's refusal to disconnect may mean. While it searches it refuses, and goes on searching.
+    // What the supplicant's refusal to disconnect may mean. While it searches, it refuses and continues to search.
     enum class Refusal { none, searching, unclear };
     Refusal refusal_ = Refusal::none;
     int unreportedSelections_ = 0;  // ours, whose signals are still to come

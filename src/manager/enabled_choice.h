@@ -23,7 +23,7 @@ class EnabledChoice : NonCopyable {
     bool isEnabled() const { return enabled_; }
 
     // Sets the flag and writes the file on the calling thread, then posts the start or stop of the supplicant. If two
-    // threads call at the same time, all three end with the same choice.
+    // threads call at the same time, flag, file and supplicant end with the same choice.
     void setEnabled(bool on);
 
     // Reads the file again and sets the flag to its value. Returns true if the flag changed. Does nothing while

@@ -8,8 +8,9 @@
 
 namespace kaz::wifi {
 
-// Reads the supplicant's state again where its reports are not enough: how strong the access points are after a scan,
-// which networks another client has configured, and what became of an attempt that stands still. Loop thread only.
+// Reads the supplicant's state again where its reports are not enough: the signals of the access points after a scan,
+// the networks that another client has configured, and the state of an attempt that makes no progress. Loop thread
+// only.
 class StateRefresh : NonCopyable {
   public:
     StateRefresh(Communicator& communicator, ConnectionInfoHelper& tracker, NetworkList& list)
@@ -20,21 +21,21 @@ class StateRefresh : NonCopyable {
           networks_(communicator),
           state_(communicator) {}
 
-    // After a scan the list is stale until the supplicant reports it, which it does when another access point came or
-    // went. If it does not, idle() posts the task that reads the list. During an attempt it waits, because a long list
-    // would delay the reports of the attempt.
+    // After a scan the list is stale until the supplicant reports a new one. It reports one only when access points
+    // appeared or disappeared. Otherwise idle() posts the task that reads the list, but not while an attempt is
+    // pending: reading a long list would delay the attempt's reports.
     void scanEnded() { bssListStale_ = true; }
     void bssListReported() { bssListStale_ = false; }
-    // Another client has added or removed a configured network. The list waits in the same way.
+    // Another client has added or removed a configured network. idle() posts the task that reads them in the same way.
     void networksChanged() { networksStale_ = true; }
     void supplicantDetached() { bssListStale_ = networksStale_ = false; }
     void idle();
 
-    // Posts the task that reads everything if the supplicant has just connected but did not say to what: when it was
-    // joining the network before the attempt began, it reported the BSS before, too.
+    // Posts the task that reads everything if the supplicant has just connected but has not reported the BSS since the
+    // attempt began. It reported the BSS earlier if it was joining the network already.
     void reported();
 
-    // Posts the task that reads everything if an attempt has stood still for long.
+    // Posts the task that reads everything if an attempt has been in link set-up for 10 s or more.
     void timerCompleted();
 
   private:

@@ -19,8 +19,8 @@ class SupplicantConfiguration : NonCopyable {
     // Ends a selection: enables all networks and requests a save. Without a selection it does nothing.
     void enableOthersAgain();
 
-    // The same for a selection whose end nobody will see. It requests no save, because the selected network may never
-    // have worked.
+    // Ends a selection when the engine stops, before its outcome is known: enables all networks. It requests no save,
+    // because the selected network may never have worked.
     void abandonSelection();
 
     // Gives the networks of this SSID a higher priority than all others and requests a save.

@@ -10,7 +10,7 @@
 namespace kaz::dbus {
 
 // Schedules and runs the idle task. A pass becomes due with every event, and after the delay that the task
-// returned: at once for zero or less.
+// returned. Zero or less means at once, but 10 ms later if the pass before returned that too.
 class IdleTask {
   public:
     using Task = std::function<std::optional<std::chrono::milliseconds>()>;

@@ -31,9 +31,9 @@ class SignalTable : NonCopyable {
   public:
     using Handler = std::function<void(MessageDecoder&)>;
 
-    // Subscribes all handlers. Returns a negative errno if a subscription should be tried once more on a new
-    // connection: the bus did not answer, or had no room. What fails there too stays without signals, until a
-    // later connection. A bus that hangs is waited for once per connection; the other subscriptions then wait less.
+    // Subscribes all handlers. Returns a negative errno if the bus did not answer or had no room: then the
+    // subscription should be retried once on a new connection. If the retry fails too, the handler gets no signals
+    // until a later connection. After a subscription that timed out, the next ones have a shorter timeout.
     int attach(sd_bus* bus);
     void detach() noexcept;
 
@@ -50,10 +50,10 @@ class SignalTable : NonCopyable {
     bool mayPass(int result, const SignalMatch& match);
 
     sd_bus* bus_ = nullptr;
-    Clock::time_point hangsUntil_;  // until then the bus may still not answer, as it did not the last time
+    Clock::time_point hangsUntil_;  // after a timeout: until then, subscriptions have a shorter timeout
     std::vector<std::shared_ptr<Entry>> entries_;
-    // What could not be subscribed the last time. Not in Entry: after a loss of the connection, users replace their
-    // temporary handlers by new ones of the same match.
+    // The matches whose last subscription failed. Not in Entry: after a loss of the connection, users replace their
+    // temporary handlers by new ones with the same match.
     std::set<SignalMatch> failed_;
 };
 

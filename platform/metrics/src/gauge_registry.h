@@ -13,7 +13,7 @@ namespace kaz::metrics_reporting {
 
 class FileWriter;
 
-// All gauges of the process, and the file to which they are written, if there is one. For any thread.
+// All gauges of the process, and the file to which they are written, if there is one. Thread-safe.
 class GaugeRegistry : NonCopyable {
   public:
     // The registry of this process. It is never destroyed, because gauges may be set until the process ends.

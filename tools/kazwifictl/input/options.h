@@ -15,7 +15,7 @@ namespace kaz::ctl {
 
 enum class Command { status, on, off, scan, list, connect, disconnect, forget, monitor, prompt };
 
-// "list"; empty for the prompt.
+// The command's name, such as "list". Empty for Command::prompt.
 std::string_view nameOf(Command command);
 
 // The commands, without `help` and `quit`, which only the prompt has.

@@ -13,7 +13,8 @@ namespace kaz::ctl {
 class Background {
   public:
     // Must be called before any thread is started. Returns only in the child. The parent never returns: it
-    // exits with status 0 when the child calls leaveTerminal(), or else ends as the child ends.
+    // exits with status 0 when the child calls leaveTerminal(). If the child ends before that, the parent ends
+    // with the same status or signal.
     Background();
 
     // Detaches the child from the terminal and releases the parent. Only the first call has an effect.

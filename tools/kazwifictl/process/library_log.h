@@ -10,8 +10,8 @@ namespace kaz::ctl {
 // Replaces the process's default logger, to which the library writes. With `verbose`, writes its records to
 // stderr.
 //
-// The library reports a few facts only in its log. They are read from the records, as Hints. Hints may change
-// what a command says and whether it succeeded, but never when it returns.
+// The library reports a few facts only in its log. This class reads them from the records, as Hints. Hints may
+// change what a command prints and whether it succeeds, but never when it returns.
 class LibraryLog : NonCopyable {
   public:
     struct Hints {

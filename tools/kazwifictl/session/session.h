@@ -9,14 +9,14 @@
 //  2. Three requests publish the new state of the connection from inside their task: to connect, to disconnect,
 //     and to forget the network in use. So this event proves that the task has begun.
 //  3. ~Manager waits for the task or pass in progress, then publishes and saves what is pending. So once a
-//     request has begun, close() completes it. Once the supplicant is followed, close() completes the first
-//     state.
+//     request has begun, close() completes it. Once the Manager is attached to a supplicant, close() completes
+//     the first state.
 //
 // Some requests have no effect that shows, for example to forget a network that is out of range. Then fence()
 // makes an effect: it requests a connection to a saved network whose name is too long to exist. The library
 // announces every such attempt (fact 2) before it looks for the network. It finds none and leaves the supplicant
-// alone. The attempt exists only in this Manager and ends with it. But it spoils this Manager's record of the
-// connection. So fence() must be the last request of a session, or be called while nothing is connected.
+// alone. The attempt exists only in this Manager and ends with it. But it replaces the connection in this
+// Manager's state. So fence() must be the last request of a session, or be called while nothing is connected.
 #pragma once
 
 #include <wifi/manager.h>
@@ -43,7 +43,7 @@ std::unique_ptr<wifi::Manager> makeManager();
 class Session : NonCopyable {
   public:
     enum class Start {
-        running,     // the supplicant is being followed
+        running,     // the Manager is attached to a running supplicant
         notRunning,  // it does not run, or Wi-Fi cannot be controlled
         noAnswer,    // the state of the system could not be read in time
     };
@@ -74,8 +74,8 @@ class Session : NonCopyable {
     void takeAll(const Observer& observer = {});
     int fd() const { return arrived_.get(); }
 
-    // Finds out whether the supplicant runs. Returns as soon as it is followed. If Wi-Fi is switched on but the
-    // supplicant does not run, waits until `limit` for it if `patient`. Returns noAnswer if the system does not
+    // Finds out whether the supplicant runs. Returns as soon as the Manager is attached to it. If Wi-Fi is switched on
+    // but the supplicant does not run, waits until `limit` for it if `patient`. Returns noAnswer if the system does not
     // report its state within `limit`, or within 5 s if that is longer.
     Start start(std::chrono::milliseconds limit, bool patient);
 

@@ -15,7 +15,7 @@ using Clock = std::chrono::steady_clock;
 struct Snapshot {
     Clock::time_point time;
     bool enabled = true;
-    bool running = false;  // the supplicant is being followed
+    bool running = false;  // the Manager is attached to a running supplicant
     bool scanning = false;
     std::vector<wifi::WifiNetwork> networks;
     wifi::ConnectionInfo connection;

@@ -27,8 +27,8 @@ inline constexpr const char* kazConfigPath = "/home/root/.config/tessaline/kaz.c
 /// missing file and its folders. Follows a symbolic link. The file keeps its mode, and its owner if this
 /// process has the permission to set it.
 ///
-/// Returns true when the file with the new value is on disk. After false the file is unchanged, with one
-/// exception: the new file is in place, but the disk did not confirm it. If the process is killed during the
+/// Returns true when the file with the new value is on disk. After false the file is unchanged, unless only the
+/// last step failed, the sync of the folder: then the new file is in place. If the process is killed during the
 /// call, either the old file or the new one remains, and no lock.
 ///
 /// Refuses an empty key, a key that begins with "#" or contains "=", a line break (LF or CR) or NUL in key or

@@ -6,7 +6,7 @@
 /// per second, and when the process ends by exit() or a return from main(). For each gauge the file has its
 /// last value, if there is one, and the number of its reports, as a counter with "_reports_total" appended to
 /// the name. Bytes that Prometheus does not allow in names become "_". The file is replaced as a whole, and
-/// its folder must exist. A failure is logged at warning level once, and again after a success. Programs that
+/// its folder must exist. Only the first of several failures in a row is logged, at warning level. Programs that
 /// run with raised privileges ignore the variable.
 ///
 /// Without the variable nothing is written, and this library starts no thread.
@@ -60,7 +60,7 @@ class [[gnu::visibility("default")]] MetricsReporterFactory {
     std::shared_ptr<Gauge> createSampledGauge(const std::string& name);
 
     /// Every gauge of this process, in the order of creation. The samples contain all reports made before
-    /// this call. Of a concurrent report they may contain the value, the count, both or neither.
+    /// this call. A concurrent report may already show in the value, in the count, in both or in neither.
     static std::vector<Sample> snapshot();
 };
 
