@@ -8,7 +8,7 @@
 
 namespace kaz {
 
-// A new folder in $TMPDIR, removed with its content at the end of scope.
+// A new folder in $TMPDIR (default /tmp), removed with its content at the end of scope.
 class TemporaryFolder : NonCopyable {
   public:
     // The folder's name is `prefix` with random characters appended. Throws std::system_error.

@@ -41,8 +41,9 @@ class ManagerImpl;
 /// request or never received it.
 ///
 /// Platform: if the device has its own D-Bus library, three promises depend on it: reconnecting to a lost bus,
-/// the destructor's limit for a peer that does not answer, and keeping a daemon's error text that repeats a
-/// password out of the log. CMake reports what that library lacks.
+/// the destructor's limit for a peer that does not answer, and that a daemon's error text, which may repeat a
+/// password, is not logged. CMake reports which of them it lacks. That library also decides whether
+/// ~Manager works in a child of fork(), and whether it aborts on the Manager's own thread.
 ///
 /// Log records go to the process's default spdlog logger, which may be replaced at any time. Without one,
 /// after spdlog was shut down, they are dropped. An SSID appears there only as ssid="..."; passwords, keys

@@ -19,7 +19,7 @@ class NameOwners {
     NameOwner& follow(const std::string& name);
 
   private:
-    BusReference bus_;  // held, so that no other connection can get its address
+    BusReference bus_;  // keeps the object alive, so that a new connection cannot have the same address
     std::map<std::string, NameOwner> owners_;
 };
 

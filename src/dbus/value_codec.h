@@ -9,8 +9,8 @@
 //   std::string                         s
 //   std::string_view (read only)        s, valid as long as the message
 //   OPath                               o
-//   std::optional<U>                    that of U; a read never returns an empty one
-//   std::vector<U>, std::set<U>         aX with X that of U, a basic type
+//   std::optional<U>                    the type of U; a read never returns nullopt
+//   std::vector<U>, std::set<U>         an array of the type of U, which must be basic
 //   a record (record_codec.h)           a{sv}
 //
 // Errors are values: an sd-bus failure gives the text of its code, and each outer level adds a prefix. After

@@ -17,7 +17,7 @@ class Variant {
   public:
     using Map = std::map<std::string, Variant>;
 
-    // Only exactly these types: a conversion could send another type, for example a literal as a bool.
+    // Accepts exactly these types: with a conversion, a text literal would be sent as a bool.
     Variant(int value);                 // NOLINT(google-explicit-constructor)
     Variant(bool value);                // NOLINT(google-explicit-constructor)
     Variant(std::string&& value);       // NOLINT(google-explicit-constructor)

@@ -43,8 +43,8 @@ void makeFolders(const std::filesystem::path& folder);
 std::optional<StoredFile> readFile(const std::filesystem::path& path, std::size_t limit);
 
 // Replaces a file (base/file_replacement.h) and waits until the new one is on disk. Without `access` the
-// new file gets the usual mode. One writer at a time: the temporary file is the target's name with ".tmp"
-// appended.
+// new file gets mode 0644, less the umask. One writer at a time: the temporary file is the target's name with
+// ".tmp" appended.
 void replaceStoredFile(const std::filesystem::path& target, std::string_view text,
                        const std::optional<FileAccess>& access);
 

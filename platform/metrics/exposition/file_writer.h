@@ -26,8 +26,8 @@ class FileWriter : NonCopyable {
     ~FileWriter();
 
     // Reports a change. Callable from any thread at any time. The next write contains all earlier changes.
-    // Takes no lock once the thread runs. If the thread cannot be started, that is logged once, and each
-    // change retries.
+    // Takes no lock once the thread runs. If the thread cannot be started, one warning is logged, and
+    // each change tries to start it again.
     void noteChange() noexcept;
 
     // Ends the thread and writes pending changes, without waiting for the interval. Later changes are not

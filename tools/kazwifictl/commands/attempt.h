@@ -23,10 +23,10 @@ struct Stage {
 
 // Follows one attempt to connect through what the Manager publishes, from the request to the outcome.
 //
-// The library reports that an attempt failed, but not why. When the supplicant does not react, the library gives
-// up 2000 ms after the attempt began or the last scan ended. It never gives up once the link set-up has been
-// seen. So an end at exactly this time counts as `notAnswering`, and any other end as `refused`. A timeout that a
-// slow machine notices late may count as `refused`.
+// The library reports that an attempt failed, but not why. When the supplicant does not react, the library ends the
+// attempt 2000 ms after it began or the last scan ended. This timeout stops when link set-up begins. So an end at
+// exactly this time counts as `notAnswering`, and any other end as `refused`. A timeout that a slow machine notices
+// late may count as `refused`.
 class Attempt {
   public:
     enum class Outcome {

@@ -79,7 +79,7 @@ class Session : NonCopyable {
     // report its state within `limit`, or within 5 s if that is longer.
     Start start(std::chrono::milliseconds limit, bool patient);
 
-    // Longer than a D-Bus call, which the library gives up after 10 s.
+    // Longer than a D-Bus call, which times out after 10 s.
     static constexpr std::chrono::milliseconds requestLimit{15000};
     // Waits until every request made so far has been carried out. False on timeout.
     bool fence(std::chrono::milliseconds limit, const Observer& observer = {});

@@ -19,9 +19,9 @@ std::vector<CodePoint> codePointsOf(std::string_view text);
 
 std::string toUtf8(char32_t value);
 
-// Whether a character is visible and affects nothing else. False for control characters and unassigned
-// characters, and for characters that are invisible (joiners, fillers, tags), that alter the layout of their
-// neighbours (direction marks), that have no common meaning (private use), or that look like a blank.
+// Whether a character is visible and affects nothing else. False for control characters, unassigned characters,
+// invisible ones (joiners, fillers, tags), those that alter the layout of their neighbours (direction marks),
+// those without a common meaning (private use), and those that look like a blank.
 bool isShowable(char32_t value);
 
 // The columns that a showable character takes on a terminal: 0 for combining marks, 2 for wide characters.

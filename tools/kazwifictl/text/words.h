@@ -34,7 +34,7 @@ bool isEnterprise(wifi::SecurityMode mode);
 // "getting an address"
 std::string_view statusInWords(wifi::ConnectionInfo::Status status);
 
-// "to" or "from", for what is between statusInWords() and the SSID.
+// "to" or "from", the word between statusInWords() and the SSID.
 std::string_view preposition(wifi::ConnectionInfo::Status status);
 
 // "getting-address"

@@ -34,11 +34,11 @@ class [[gnu::visibility("default")]] EventLoop {
     /// cannot create an event, eventfd or timer, for example when the process has no file descriptor left.
     EventLoop();
 
-    /// Stops the loop if it runs and waits for its thread. stopGrace after the stop, a bus call that waits
-    /// for its reply fails, and so does every later call. The task in progress and the last idle pass may run
-    /// until this returns, so what they use must exist until then. This includes a pointer to the loop:
-    /// std::unique_ptr::reset() clears its pointer before it destroys. Must not run on the loop thread: that
-    /// logs an error and aborts the process.
+    /// Stops the loop if it runs and waits for its thread. A bus call fails if it still waits for its reply when
+    /// stopGrace has passed since the stop, and so does every later call. The task in progress and the last idle
+    /// pass may run until this returns, so what they use must exist until then. This includes a pointer to the
+    /// loop: std::unique_ptr::reset() clears its pointer before it destroys the loop. Must not run on the loop
+    /// thread: that logs an error and aborts the process.
     ///
     /// In a child of fork() it does nothing, because thread and connection belong to the parent. The child
     /// must not use the loop otherwise.

@@ -1,13 +1,13 @@
 /// @file
 /// The gauges of this process. They live as long as the process.
 ///
-/// If the environment variable KAZ_METRICS_FILE names a file when the first gauge is created, all gauges are
-/// written to it in the Prometheus text format, for a textfile collector: soon after a report, at most once
-/// per second, and when the process ends by exit() or a return from main(). For each gauge the file has its
-/// last value, if there is one, and the number of its reports, as a counter with "_reports_total" appended to
-/// the name. Bytes that Prometheus does not allow in names become "_". The file is replaced as a whole, and
-/// its folder must exist. Only the first of several failures in a row is logged, at warning level. Programs that
-/// run with raised privileges ignore the variable.
+/// If the environment variable KAZ_METRICS_FILE names a file when the first gauge is created, this library writes all
+/// gauges to it in the Prometheus text format, for a textfile collector. It writes soon after a report, at most once
+/// per second, and when the process ends by exit() or a return from main(). For each gauge the file has its last value,
+/// if there is one, and the number of its reports, as a counter with "_reports_total" appended to the name. Bytes that
+/// Prometheus does not allow in names become "_". The file is replaced as a whole, and its folder must exist. Only the
+/// first of several failures in a row is logged, at warning level. Programs that run with raised privileges ignore the
+/// variable.
 ///
 /// Without the variable nothing is written, and this library starts no thread.
 ///
