@@ -10,7 +10,7 @@ include(CMakePackageConfigHelpers)
 set(kaz_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake")
 file(RELATIVE_PATH kaz_bin_to_lib "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
 
-# Installs shared libraries and describes them to CMake as kaz::<name without the leading kaz>. Those who use
+# Installs libraries and describes them to CMake as kaz::<name without the leading kaz>. Those who use
 # them compile as STANDARD or newer.
 #
 #   kaz_install_libraries(PACKAGE COMPONENT name STANDARD feature LIBRARIES target...)
@@ -23,7 +23,8 @@ function(kaz_install_libraries package)
   endforeach()
   install(TARGETS ${arg_LIBRARIES} EXPORT ${package}
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-      COMPONENT ${arg_COMPONENT} NAMELINK_COMPONENT ${arg_COMPONENT}-dev)
+      COMPONENT ${arg_COMPONENT} NAMELINK_COMPONENT ${arg_COMPONENT}-dev
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${arg_COMPONENT}-dev)
   install(EXPORT ${package} NAMESPACE kaz:: FILE ${package}Targets.cmake
     DESTINATION ${kaz_package_dir}/${package} COMPONENT ${arg_COMPONENT}-dev)
 
@@ -38,13 +39,15 @@ function(kaz_install_libraries package)
     DESTINATION ${kaz_package_dir}/${package} COMPONENT ${arg_COMPONENT}-dev)
 endfunction()
 
-kaz_install_libraries(kazwifi COMPONENT kazwifi STANDARD cxx_std_17 LIBRARIES kazwifi)
+kaz_install_libraries(kazwifi COMPONENT kazwifi STANDARD cxx_std_17 LIBRARIES kazwifi kazwifi-client)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/wifi" "${PROJECT_BINARY_DIR}/include/wifi"
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT kazwifi-dev FILES_MATCHING PATTERN "*.h")
 
 file(RELATIVE_PATH kaz_pc_to_prefix "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
-configure_file("${PROJECT_SOURCE_DIR}/cmake/kazwifi.pc.in" "${PROJECT_BINARY_DIR}/kazwifi.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/kazwifi.pc"
+foreach(package IN ITEMS kazwifi kazwifi-client)
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/${package}.pc.in" "${PROJECT_BINARY_DIR}/${package}.pc" @ONLY)
+endforeach()
+install(FILES "${PROJECT_BINARY_DIR}/kazwifi.pc" "${PROJECT_BINARY_DIR}/kazwifi-client.pc"
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT kazwifi-dev)
 
 if(KAZ_PLATFORM STREQUAL "bundled")

@@ -51,20 +51,18 @@ Session::Session(kaz::wifi::Manager& wifi, std::string ssid) : wifi_(wifi), ssid
               << std::endl;
 }
 
-void Session::update() {
-    if (auto networks = wifi_.networks(); networks != networks_) {
-        networks_ = std::move(networks);
+void Session::show(const kaz::wifi::client::Snapshot& now) {
+    if (now.networks != networks_) {
+        networks_ = now.networks;
         for (const auto& network : networks_) {
             std::cout << "  " << network.signal << " dBm  " << printable(network.ssid) << '\n';
         }
         std::cout.flush();
     }
-    if (auto connection = wifi_.connectionInfo(); connection != connection_) {
-        if (inWords(connection) != inWords(connection_)) {
-            std::cout << inWords(connection) << std::endl;
-        }
-        connection_ = std::move(connection);
+    if (inWords(now.connection) != inWords(connection_)) {
+        std::cout << inWords(now.connection) << std::endl;
     }
+    connection_ = now.connection;
 }
 
 void Session::enter(const std::string& line) {
@@ -73,7 +71,7 @@ void Session::enter(const std::string& line) {
     settings.securityMode = kaz::wifi::SecurityMode::rsnPsk;
     settings.password = line;
     switch (wifi_.connect(settings)) {
-        case ConnectResult::ok:  // update() shows the outcome
+        case ConnectResult::ok:  // show() shows the outcome
             break;
         case ConnectResult::passwordTooShort:
         case ConnectResult::passwordTooLong:

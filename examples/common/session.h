@@ -1,7 +1,7 @@
 // What the terminal examples do, in any event loop.
 #pragma once
 
-#include <wifi/manager.h>
+#include <wifi/client/follower.h>
 
 #include <string>
 #include <vector>
@@ -17,8 +17,8 @@ class Session {
     // `wifi` must outlive the session.
     Session(kaz::wifi::Manager& wifi, std::string ssid);
 
-    // Prints what changed since the last call. To be called after each callback of the Manager.
-    void update();
+    // Prints what changed since the last call.
+    void show(const kaz::wifi::client::Snapshot& now);
 
     // Handles a line of input: the passphrase.
     void enter(const std::string& line);

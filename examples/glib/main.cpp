@@ -1,19 +1,18 @@
-// Callbacks in GLib's main loop, through an eventfd:
+// The Wi-Fi in GLib's main loop:
 //
 //     glib_loop SSID
 //
-// Do not use g_main_context_invoke: before the loop runs, it calls the function directly, on the Manager's thread. A
-// source of g_idle_add may still be queued when its data no longer exists.
+// Do not call g_main_context_invoke in a callback of the Manager: before the loop runs, it calls the function directly,
+// on the Manager's thread. A source of g_idle_add may still be queued when its data no longer exists.
 #include <glib-unix.h>
 #include <unistd.h>
-#include <wifi/manager.h>
+#include <wifi/client/follower.h>
 
 #include <iostream>
 #include <memory>
 #include <string>
 
 #include "session.h"
-#include "wakeup.h"
 
 namespace {
 
@@ -22,19 +21,18 @@ using Channel = std::unique_ptr<GIOChannel, decltype(&g_io_channel_unref)>;
 using Text = std::unique_ptr<gchar, decltype(&g_free)>;
 
 struct App {
-    const example::Wakeup changed;
-    // After `changed`, because its callbacks write to `changed` until it is destroyed.
-    kaz::wifi::Manager wifi;
+    kaz::wifi::client::Follower wifi;
     example::Session session;
     Loop loop{g_main_loop_new(nullptr, FALSE), g_main_loop_unref};
 
-    explicit App(const char* ssid) : session(wifi, ssid) {}
+    explicit App(const char* ssid) : session(wifi.manager(), ssid) {}
 };
 
 gboolean onChanged(gint /*fd*/, GIOCondition /*condition*/, gpointer data) {
     auto& app = *static_cast<App*>(data);
-    app.changed.clear();  // before the getters: a later change wakes the loop again
-    app.session.update();
+    if (const auto now = app.wifi.takeNewest()) {
+        app.session.show(*now);
+    }
     return G_SOURCE_CONTINUE;
 }
 
@@ -63,19 +61,12 @@ int main(int argc, char** argv) {
         return 2;
     }
     App app(argv[1]);
-    const auto wake = [&app] {
-        app.changed.signal();
-    };  // runs on the Manager's thread, so it does nothing else
-    app.wifi.onEnabledChanged(wake);
-    app.wifi.onScanningChanged(wake);
-    app.wifi.onNetworksListChanged(wake);
-    app.wifi.onConnectionInfoChanged(wake);
-    app.wifi.scan();
+    app.wifi.manager().scan();
 
     const Channel input(g_io_channel_unix_new(STDIN_FILENO), g_io_channel_unref);
     g_io_channel_set_encoding(input.get(), nullptr, nullptr);  // bytes: a passphrase need not be UTF-8
     g_io_add_watch(input.get(), static_cast<GIOCondition>(G_IO_IN | G_IO_HUP), onInput, &app);
-    const guint changes = g_unix_fd_add(app.changed.fd(), G_IO_IN, onChanged, &app);
+    const guint changes = g_unix_fd_add(app.wifi.fd(), G_IO_IN, onChanged, &app);
     g_main_loop_run(app.loop.get());
     g_source_remove(changes);
 }

@@ -1,16 +1,15 @@
-// Callbacks in a program's own poll(2) loop, through an eventfd:
+// The Wi-Fi in a program's own poll(2) loop:
 //
 //     poll_loop SSID
 #include <poll.h>
 #include <unistd.h>
-#include <wifi/manager.h>
+#include <wifi/client/follower.h>
 
 #include <cerrno>
 #include <iostream>
 #include <string>
 
 #include "session.h"
-#include "wakeup.h"
 
 namespace {
 
@@ -36,28 +35,17 @@ int main(int argc, char** argv) {
         std::cerr << "usage: poll_loop SSID\n";
         return 2;
     }
-    // Declared before the Manager, because its callbacks write to the file descriptor until it is destroyed.
-    const example::Wakeup changed;
-    kaz::wifi::Manager wifi;
-    const auto wake = [&changed] {
-        changed.signal();
-    };  // runs on the Manager's thread, so it does nothing else
-    wifi.onEnabledChanged(wake);
-    wifi.onScanningChanged(wake);
-    wifi.onNetworksListChanged(wake);
-    wifi.onConnectionInfoChanged(wake);
-
-    example::Session session(wifi, argv[1]);
-    wifi.scan();
+    kaz::wifi::client::Follower wifi;
+    example::Session session(wifi.manager(), argv[1]);
+    wifi.manager().scan();
     std::string input;
-    pollfd watched[] = {{STDIN_FILENO, POLLIN, 0}, {changed.fd(), POLLIN, 0}};
+    pollfd watched[] = {{STDIN_FILENO, POLLIN, 0}, {wifi.fd(), POLLIN, 0}};
     while (true) {
         if (poll(watched, 2, -1) < 0 && errno != EINTR) {
             return 1;
         }
-        if (watched[1].revents != 0) {
-            changed.clear();  // before the getters: a later change wakes the loop again
-            session.update();
+        if (const auto now = wifi.takeNewest()) {
+            session.show(*now);
         }
         if (watched[0].revents != 0 && !readLines(input, session)) {
             return 0;

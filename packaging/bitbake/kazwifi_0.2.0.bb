@@ -23,13 +23,15 @@ PACKAGECONFIG[tools] = "-DKAZ_BUILD_TOOLS=ON -DKAZ_BUILD_SIMULATOR=ON,-DKAZ_BUIL
 PACKAGECONFIG[system-platform] = "-DKAZ_PLATFORM=system,-DKAZ_PLATFORM=bundled,kazplatform"
 
 # The same packages as Debian's; debian.bbclass renames the libraries to libkazwifi0 and so on.
-PACKAGES = "${PN}-dbg ${PN}-src ${PN}-tools ${PN}-dev libkazplatform-dev libkazdbus libkazmetrics libkazcommon ${PN}"
+PACKAGES = "${PN}-dbg ${PN}-src ${PN}-tools ${PN}-staticdev ${PN}-dev libkazplatform-dev libkazdbus libkazmetrics libkazcommon ${PN}"
 
 FILES:${PN} = "${libdir}/libkazwifi.so.0*"
 FILES:${PN}-dev = "${includedir}/wifi \
     ${libdir}/libkazwifi.so \
     ${libdir}/cmake/kazwifi \
-    ${libdir}/pkgconfig/kazwifi.pc"
+    ${libdir}/pkgconfig/kazwifi.pc \
+    ${libdir}/pkgconfig/kazwifi-client.pc"
+FILES:${PN}-staticdev = "${libdir}/libkazwifi-client.a"
 FILES:${PN}-tools = "${bindir}/kaz-device-sim \
     ${bindir}/kazwifictl \
     ${datadir}/bash-completion/completions/kazwifictl \

@@ -1,0 +1,86 @@
+/// @file
+/// Follows a Manager from another thread, or from a program's own event loop. In the library kazwifi-client.
+#pragma once
+
+#include <wifi/manager.h>
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace kaz::wifi::client {
+
+/// Everything that a Manager publishes, at one moment. It equals what the getters returned then.
+struct Snapshot {
+    std::chrono::steady_clock::time_point time;  ///< when the getters were read
+    bool enabled = true;                         ///< Manager::isEnabled()
+    bool running = false;                        ///< Manager::isWifiStackInitialized()
+    bool scanning = false;              ///< Manager::isScanning(); false while the supplicant does not run
+    std::vector<WifiNetwork> networks;  ///< Manager::networks()
+    ConnectionInfo connection;          ///< Manager::connectionInfo()
+};
+
+/// Owns a Manager and keeps a snapshot for each of its callbacks, until the program takes it.
+///
+/// A program's loop polls fd() and takes the snapshots when it is readable: no code of the program runs on the
+/// Manager's thread. All operations may be called from any thread, but snapshots reach the thread that takes them.
+class Follower {
+  public:
+    /// Starts a Manager. The first snapshot is the state at this moment. Throws std::system_error as Manager does, and
+    /// when no file descriptor is left.
+    Follower();
+
+    /// As ~Manager: blocks for about a second at most.
+    ~Follower();
+
+    Follower(const Follower&) = delete;
+    Follower& operator=(const Follower&) = delete;
+    Follower(Follower&&) = delete;
+    Follower& operator=(Follower&&) = delete;
+
+    /// For requests. Do not register callbacks: the follower has all of them. Must not be called after close().
+    Manager& manager() { return *manager_; }
+
+    /// Readable while a snapshot waits. Valid as long as the follower. Do not read from it.
+    int fd() const { return wakeUp_.get(); }
+
+    /// The oldest snapshot that waits, or nothing. Does not block.
+    std::optional<Snapshot> take();
+
+    /// The newest snapshot that waits, or nothing; drops the older ones. Does not block.
+    std::optional<Snapshot> takeNewest();
+
+    /// So many snapshots wait. A further one replaces the oldest.
+    static constexpr std::size_t limit = 1000;
+
+    /// Destroys the Manager. The snapshots of its last pass can still be taken. Blocks as the destructor does.
+    void close() { manager_.reset(); }
+
+  private:
+    class Descriptor {
+      public:
+        Descriptor();
+        ~Descriptor();
+        Descriptor(const Descriptor&) = delete;
+        Descriptor& operator=(const Descriptor&) = delete;
+        Descriptor(Descriptor&&) = delete;
+        Descriptor& operator=(Descriptor&&) = delete;
+        int get() const { return fd_; }
+
+      private:
+        int fd_;
+    };
+
+    void keep(Manager& manager);
+
+    std::mutex mutex_;
+    std::deque<Snapshot> waiting_;
+    Descriptor wakeUp_;
+    std::unique_ptr<Manager> manager_;  // the last member: its callbacks use the others until it is destroyed
+};
+
+}  // namespace kaz::wifi::client
