@@ -1,7 +1,9 @@
-// The file descriptors of a loop are no business of the programs that the host starts.
+// The file descriptors of a loop are no business of the programs that the host starts, and end with the loop.
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <iterator>
 #include <string>
 
 #include "base/pipe.h"
@@ -45,6 +47,22 @@ TEST_F(EventLoopDescriptors, AreNotInheritedByAProgramThatAHandlerStarts) {
     peer.emit(changed, "");
     ASSERT_TRUE(handled.reaches(1));
     EXPECT_EQ(onLoop([&] { return during; }), before);
+}
+
+TEST_F(EventLoopDescriptors, AreClosedWithTheLoop) {
+    const auto opened = [] {
+        const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+        return std::distance(std::filesystem::begin(descriptors), std::filesystem::end(descriptors));
+    };
+    destroy(loop);
+    const auto others = opened();
+    loop = std::make_unique<dbus::EventLoop>();
+    {
+        const Running running = start();
+        onLoop([&] { loop->configureTimerSync(true, milliseconds(1000)); });
+        EXPECT_GT(opened(), others);
+    }
+    EXPECT_EQ(opened(), others);
 }
 
 }  // namespace

@@ -221,5 +221,19 @@ TEST_F(EventLoopShutdown, WaitsForATaskThatTakesLongerThanASecond) {
     EXPECT_TRUE(finished);
 }
 
+// The bus itself forgets the subscriptions of a client that leaves.
+TEST_F(EventLoopShutdown, TellsTheBusOfNoSubscription) {
+    HandDrivenBus broker;
+    loop->startEventLoopAsync();
+    ASSERT_TRUE(broker.letIn());
+    loop->pushTaskAsync([this] {
+        loop->registerSignalHandlerSync(peerName, peerPath, peerInterface, "Changed", false,
+                                        [](dbus::MessageDecoder&) {});
+    });
+    EXPECT_EQ(broker.answer(1), std::vector<std::string>{"AddMatch"});
+    destroy();
+    EXPECT_EQ(broker.answer(2), std::vector<std::string>{"Disconnected"});
+}
+
 }  // namespace
 }  // namespace kaz::test
