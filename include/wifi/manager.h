@@ -1,5 +1,6 @@
 #pragma once
 
+#include <wifi/connection_details.h>
 #include <wifi/types.h>
 
 #include <functional>
@@ -20,7 +21,7 @@ class ManagerImpl;
 /// with a warning in the log, for example while the bus hangs.
 ///
 /// Results: requests return nothing. Only `connect` validates its settings and returns the verdict. The
-/// outcome appears later in connectionInfo() and networks().
+/// outcome appears later in connectionInfo() and networks(), and the cause of a failure in connectionDetails().
 ///
 /// Callbacks run on the Manager's thread and have no arguments: call the matching getter. They should return
 /// soon, because nothing else runs on that thread meanwhile. An exception from a callback is logged and
@@ -141,6 +142,15 @@ class [[gnu::visibility("default")]] Manager {
 
     /// Called after connectionInfo() changed in any field.
     void onConnectionInfoChanged(std::function<void()> callback);
+
+    /// The state of the connection with the cause of the last end. Its `info` is never older than the cause: when an end
+    /// shows in connectionInfo(), its cause is here, also inside the callback of onConnectionInfoChanged(). Evidence that
+    /// the supplicant reports later may still refine the cause. Returns a copy.
+    ConnectionDetails connectionDetails() const;
+
+    /// Called after connectionDetails() changed in any field. When connectionInfo() changed too, its callback is called
+    /// first.
+    void onConnectionDetailsChanged(std::function<void()> callback);
 
   private:
     std::unique_ptr<ManagerImpl> impl_;

@@ -1,8 +1,32 @@
 #include "communicator/bss_rules.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace kaz::wifi {
+namespace {
+
+// An access point demands hash-to-element by a value among its rates that no device has.
+constexpr unsigned int rateOfHashToElement = 61'500'000;
+
+// The name of a pre-shared key is the same for WPA and WPA2. A suite for fast transition alone is another demand.
+void addSuite(NetworkDemands& demands, std::string_view suite, bool& preSharedKey) {
+    if (suite == "wpa-psk") {
+        preSharedKey = true;
+    } else if (suite == "wpa-psk-sha256") {
+        demands.rsnPskSha256 = true;
+    } else if (suite == "sae") {
+        demands.sae = true;
+    } else if (suite == "wpa-eap") {
+        demands.enterprise = true;
+    } else if (suite == "owe") {
+        demands.owe = true;
+    } else {
+        demands.other = true;
+    }
+}
+
+}  // namespace
 
 std::string ssidOfBss(const std::vector<unsigned char>& announced) {
     const bool singleBlank = announced.size() == 1 && announced.front() == ' ';
@@ -37,6 +61,27 @@ SecurityMode securityModeOfBss(const BSSData& bss) {
         return SecurityMode::none;
     }
     return bss.rsn.group.empty() ? SecurityMode::wep : SecurityMode::unsupported;
+}
+
+NetworkDemands demandsOfBss(const BSSData& bss) {
+    NetworkDemands demands;
+    for (const std::string& suite : bss.wpa.keyMgmt) {
+        addSuite(demands, suite, demands.wpaPsk);
+    }
+    for (const std::string& suite : bss.rsn.keyMgmt) {
+        addSuite(demands, suite, demands.rsnPsk);
+    }
+    if (bss.wpa.keyMgmt.empty() && bss.rsn.keyMgmt.empty()) {
+        const bool withoutKeys = bss.rsn.group.empty();
+        demands.nothing = !bss.privacy && withoutKeys;
+        demands.wep = bss.privacy && withoutKeys;
+        demands.other = !withoutKeys;
+    }
+    if (const auto& rates = bss.rates.value) {
+        demands.hashToElement = std::find(rates->begin(), rates->end(), rateOfHashToElement) != rates->end();
+    }
+    demands.adHoc = bss.mode.value == "ad-hoc";
+    return demands;
 }
 
 }  // namespace kaz::wifi

@@ -3,6 +3,7 @@
 
 #include "dbus/records.h"
 
+#include <wifi/connection_details.h>
 #include <wifi/types.h>
 
 #include <string>
@@ -13,6 +14,9 @@ namespace kaz::wifi {
 // The SSID of an access point. It is empty for a hidden network, which announces no SSID, a single blank or only zero
 // bytes.
 std::string ssidOfBss(const std::vector<unsigned char>& announced);
+
+// What the access point demands of a device.
+NetworkDemands demandsOfBss(const BSSData& bss);
 
 // The security mode with which to connect. It is `unsupported` for WPA3 personal alone, and `rsnPsk` for WPA3 together
 // with WPA2.

@@ -11,6 +11,7 @@ Communicator::Communicator()
       scanningDoneHandler([](bool) {}),
       networkSelectedHandler([](const std::optional<std::string>&) {}),
       supplicantPropertiesHandler([](const SupplicantInterfaceProperties&) {}),
+      linkEvidenceHandler([](const LinkEvidence&) {}),
       configuredNetworksChangedHandler([] {}) {}
 
 Communicator::~Communicator() = default;

@@ -2,8 +2,10 @@
 // through the handler members.
 #pragma once
 
+#include <wifi/connection_details.h>
 #include <wifi/types.h>
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -41,6 +43,9 @@ class Communicator : NonCopyable {
         std::string ssid;  // raw bytes; empty for a hidden network
         int signal = 0;    // dBm
         SecurityMode securityMode = SecurityMode::none;
+        std::array<std::uint8_t, 6> bssid{};  // zero when unknown
+        int frequency = 0;                    // MHz; 0 when unknown
+        NetworkDemands demands{};
 
         friend bool operator==(const BssProperties&, const BssProperties&) = default;
     };
@@ -65,6 +70,33 @@ class Communicator : NonCopyable {
 
         friend bool operator==(const SupplicantInterfaceProperties&,
                                const SupplicantInterfaceProperties&) = default;
+    };
+
+    // A step of the supplicant's link set-up, in its order.
+    enum class LinkStep : std::int32_t {
+        down,
+        authenticating,
+        associating,
+        associated,
+        keyExchange,
+        up,
+    };
+
+    // The supplicant's own report that a key or password does not match. A pre-shared key is reported when the exchange of
+    // keys fails, an SAE password when the access point proves another one.
+    enum class KeyMismatch : std::int32_t { none, preSharedKey, saePassword };
+
+    // What one signal tells about how a link is set up or why it ended.
+    struct LinkEvidence {
+        std::optional<LinkStep> step;
+        std::optional<int>
+            disconnectReason;  // IEEE 802.11 reason code; negative when this device ended the link
+        std::optional<int> authenticationStatus;  // IEEE 802.11 status code
+        std::optional<int> associationStatus;     // IEEE 802.11 status code
+        Evidence::Eap eap = Evidence::Eap::none;
+        KeyMismatch mismatch = KeyMismatch::none;
+
+        friend bool operator==(const LinkEvidence&, const LinkEvidence&) = default;
     };
 
     // A handle on one network in the supplicant's configuration. Use it on the loop thread. It must not outlive its
@@ -152,6 +184,8 @@ class Communicator : NonCopyable {
     // The link has, or no longer has, a configured address. This handler has no default: assign it before the start.
     std::function<void(bool online)> networkdOnlineHandler;
     std::function<void(SupplicantInterfaceProperties)> supplicantPropertiesHandler;
+    // What a signal told about the link, after everything else that it told was reported.
+    std::function<void(const LinkEvidence&)> linkEvidenceHandler;
     // Another client has added or removed a configured network.
     std::function<void()> configuredNetworksChangedHandler;
 };

@@ -2,6 +2,7 @@
 
 #include "base/log.h"
 #include "communicator/bus_names.h"
+#include "communicator/eap_report.h"
 #include "communicator/supplicant_state.h"
 #include "dbus/message_io.h"
 #include "dbus/reply.h"
@@ -20,6 +21,18 @@ void logDisconnectReason(int reason) {
     // Negative when we, not the access point, ended the link. The smallest int has no absolute value.
     const int code = reason == std::numeric_limits<int>::min() ? 0 : std::abs(reason);
     log::debug("PropertiesChanged: DisconnectReason={}({}) ", reason, ieee80211_get_reason_code_string(code));
+}
+
+// Only a change is evidence: in a reply, the values may be from an earlier attempt.
+Communicator::LinkEvidence evidenceOf(const dbus::SupplicantInterfaceProperties& properties) {
+    Communicator::LinkEvidence evidence;
+    if (properties.state) {
+        evidence.step = linkStepOfState(*properties.state);
+    }
+    evidence.disconnectReason = properties.disconnectReason;
+    evidence.authenticationStatus = properties.authStatusCode.value;
+    evidence.associationStatus = properties.assocStatusCode.value;
+    return evidence;
 }
 
 }  // namespace
@@ -41,6 +54,10 @@ void SupplicantSignals::subscribeToNetworks() const {
     subscribe(bus::supplicant::interfaceInterface, "NetworkAdded", &SupplicantSignals::onSignalNetworkAdded);
     subscribe(bus::supplicant::interfaceInterface, "NetworkRemoved",
               &SupplicantSignals::onSignalNetworkRemoved);
+    // Not every supplicant has these.
+    subscribe(bus::supplicant::interfaceInterface, "PskMismatch", &SupplicantSignals::onSignalPskMismatch);
+    subscribe(bus::supplicant::interfaceInterface, "SaePasswordMismatch",
+              &SupplicantSignals::onSignalSaePasswordMismatch);
 }
 
 void SupplicantSignals::subscribe(const char* interface, const char* member, SignalHandler handler) const {
@@ -89,6 +106,9 @@ void SupplicantSignals::onSignalEap(dbus::MessageDecoder& decoder) const {
     const auto parameter = dbus::read<std::string>(decoder);
     if (status && parameter) {
         log::debug("EAP: Status: {}, parameter: {}", *status, parameter->empty() ? "<empty>" : *parameter);
+        Communicator::LinkEvidence evidence;
+        evidence.eap = fromEapStatus(*status, *parameter);
+        tell(evidence);
     }
 }
 
@@ -118,6 +138,25 @@ void SupplicantSignals::onSignalPropertiesChanged(dbus::MessageDecoder& decoder)
         return;
     }
     report(*properties);
+    tell(evidenceOf(*properties));
+}
+
+void SupplicantSignals::onSignalPskMismatch(dbus::MessageDecoder& /*decoder*/) const {
+    Communicator::LinkEvidence evidence;
+    evidence.mismatch = Communicator::KeyMismatch::preSharedKey;
+    tell(evidence);
+}
+
+void SupplicantSignals::onSignalSaePasswordMismatch(dbus::MessageDecoder& /*decoder*/) const {
+    Communicator::LinkEvidence evidence;
+    evidence.mismatch = Communicator::KeyMismatch::saePassword;
+    tell(evidence);
+}
+
+void SupplicantSignals::tell(const Communicator::LinkEvidence& evidence) const {
+    if (evidence != Communicator::LinkEvidence{}) {
+        handlers_.linkEvidenceHandler(evidence);
+    }
 }
 
 void SupplicantSignals::onSignalNetworkAdded(dbus::MessageDecoder& decoder) const {

@@ -20,7 +20,7 @@ class SupplicantSignals {
 
     // Subscribes to the signals of the attached interface until the communicator detaches.
     void subscribe() const;
-    // The same for NetworkAdded and NetworkRemoved.
+    // The same for NetworkAdded, NetworkRemoved, PskMismatch and SaePasswordMismatch.
     void subscribeToNetworks() const;
     // Reads and reports the current properties.
     void readSync() const;
@@ -33,6 +33,8 @@ class SupplicantSignals {
     void onSignalPropertiesChanged(dbus::MessageDecoder& decoder) const;
     void onSignalNetworkAdded(dbus::MessageDecoder& decoder) const;
     void onSignalNetworkRemoved(dbus::MessageDecoder& decoder) const;
+    void onSignalPskMismatch(dbus::MessageDecoder& decoder) const;
+    void onSignalSaePasswordMismatch(dbus::MessageDecoder& decoder) const;
 
   private:
     using Report = Communicator::SupplicantInterfaceProperties;
@@ -40,6 +42,7 @@ class SupplicantSignals {
 
     void subscribe(const char* interface, const char* member, SignalHandler handler) const;
     void report(const dbus::SupplicantInterfaceProperties& properties) const;
+    void tell(const Communicator::LinkEvidence& evidence) const;
     void resolveBssList(const dbus::SupplicantInterfaceProperties& from, Report& to) const;
     void resolveCurrentNetwork(const dbus::SupplicantInterfaceProperties& from, Report& to) const;
     void resolveCurrentBss(const dbus::SupplicantInterfaceProperties& from, Report& to) const;

@@ -4,36 +4,51 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 namespace kaz::wifi {
 namespace {
 
 using Status = Communicator::SupplicantConnectionStatus;
+using Step = Communicator::LinkStep;
 
-constexpr std::array<std::pair<std::string_view, Status>, 10> statusOfState{{
-    {"disconnected", Status::Disconnected},
-    {"inactive", Status::Disconnected},
-    {"interface_disabled", Status::InterfaceDisabled},
-    {"scanning", Status::Disconnected},
-    {"authenticating", Status::Connecting},
-    {"associating", Status::Connecting},
-    {"associated", Status::Connecting},
-    {"4way_handshake", Status::Connecting},
-    {"group_handshake", Status::Connecting},
-    {"completed", Status::Connected},
+struct State {
+    std::string_view name;
+    Status status;
+    Step step;
+};
+
+constexpr std::array<State, 10> states{{
+    {"disconnected", Status::Disconnected, Step::down},
+    {"inactive", Status::Disconnected, Step::down},
+    {"interface_disabled", Status::InterfaceDisabled, Step::down},
+    {"scanning", Status::Disconnected, Step::down},
+    {"authenticating", Status::Connecting, Step::authenticating},
+    {"associating", Status::Connecting, Step::associating},
+    {"associated", Status::Connecting, Step::associated},
+    {"4way_handshake", Status::Connecting, Step::keyExchange},
+    {"group_handshake", Status::Connecting, Step::keyExchange},
+    {"completed", Status::Connected, Step::up},
 }};
+
+const State* find(std::string_view name) {
+    const auto* const found =
+        std::find_if(states.begin(), states.end(), [&](const State& state) { return state.name == name; });
+    return found == states.end() ? nullptr : found;
+}
 
 }  // namespace
 
 std::optional<Communicator::SupplicantConnectionStatus> fromSupplicantState(std::string_view state) {
-    const auto* const entry = std::find_if(statusOfState.begin(), statusOfState.end(),
-                                           [&](const auto& candidate) { return candidate.first == state; });
-    if (entry == statusOfState.end()) {
-        log::warn("wpa_supplicant in unknown state (\"{}\")", state);
-        return std::nullopt;
+    if (const State* const known = find(state)) {
+        return known->status;
     }
-    return entry->second;
+    log::warn("wpa_supplicant in unknown state (\"{}\")", state);
+    return std::nullopt;
+}
+
+std::optional<Communicator::LinkStep> linkStepOfState(std::string_view state) {
+    const State* const known = find(state);
+    return known == nullptr ? std::nullopt : std::optional(known->step);
 }
 
 }  // namespace kaz::wifi

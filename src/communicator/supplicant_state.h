@@ -7,6 +7,9 @@
 
 namespace kaz::wifi {
 
+// The step of link set-up that the supplicant's "State" means; nullopt for an unknown state.
+std::optional<Communicator::LinkStep> linkStepOfState(std::string_view state);
+
 // Maps the supplicant's "State" to a status. For an unknown state, logs a warning and returns nullopt.
 std::optional<Communicator::SupplicantConnectionStatus> fromSupplicantState(std::string_view state);
 

@@ -5,12 +5,13 @@
 //   };
 //
 // Unknown keys are skipped. A field without a key in the dictionary keeps its initial value. If a key is
-// repeated, its last value counts. If one field cannot be read, the whole record fails.
+// repeated, its last value counts. If one field cannot be read, the whole record fails, unless the field is Lenient.
 #pragma once
 
 #include "dbus/value_codec.h"
 
 #include <array>
+#include <optional>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -27,6 +28,15 @@ template <typename R, typename T>
 constexpr Field<R, T> field(std::string_view key, T R::*member) {
     return {key, member};
 }
+
+// A field that the caller can do without. A value of another type is skipped like an unknown key, so it does not fail the
+// record.
+template <typename T>
+struct Lenient {
+    std::optional<T> value;
+
+    friend bool operator==(const Lenient&, const Lenient&) = default;
+};
 
 template <typename R>
 struct RecordFields;
@@ -63,6 +73,19 @@ CodecResult<void> fillField(T& target, sd_bus_message* message, EntryType entrie
         return CodecError(std::move(value.error()));
     }
     target = std::move(*value);
+    return {};
+}
+
+template <typename T>
+CodecResult<void> fillField(Lenient<T>& target, sd_bus_message* message, EntryType entries) {
+    if (entries == EntryType::other || enterVariantOf(message, Wire<T>::signature.data()) <= 0) {
+        return skipValue(message, entries);
+    }
+    CodecResult<T> value = readInVariant<T>(message, Wire<T>::read);
+    if (!value) {
+        return CodecError(std::move(value.error()));
+    }
+    target.value = std::move(*value);
     return {};
 }
 

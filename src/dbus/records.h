@@ -36,11 +36,17 @@ struct BSSData {
     std::vector<unsigned char> ssid;
     WPA_RSN wpa;
     WPA_RSN rsn;
+    dbus::Lenient<std::vector<unsigned char>> bssid;
+    dbus::Lenient<unsigned short> frequency;  // MHz
+    dbus::Lenient<std::vector<unsigned int>>
+        rates;                        // bit/s; also what the access point demands of its stations
+    dbus::Lenient<std::string> mode;  // "infrastructure", "ad-hoc" or "mesh"
 };
 
 // The reply to a signal poll.
 struct SignalPoll {
-    std::optional<int> rssi;  // dBm
+    std::optional<int> rssi;       // dBm
+    dbus::Lenient<int> linkSpeed;  // Mbit/s
 };
 
 }  // namespace kaz::wifi
@@ -61,6 +67,9 @@ struct SupplicantInterfaceProperties {
     std::optional<std::string> state;
     std::optional<int> disconnectReason;
     std::optional<std::string> ifname;
+    Lenient<int> authStatusCode;   // IEEE 802.11 status code
+    Lenient<int> assocStatusCode;  // IEEE 802.11 status code
+    Lenient<std::string> currentAuthMode;
 };
 
 template <>
@@ -84,12 +93,15 @@ struct RecordFields<wifi::BSSData> {
     static constexpr auto table =
         std::tuple(field("Signal", &wifi::BSSData::signal), field("Privacy", &wifi::BSSData::privacy),
                    field("SSID", &wifi::BSSData::ssid), field("WPA", &wifi::BSSData::wpa),
-                   field("RSN", &wifi::BSSData::rsn));
+                   field("RSN", &wifi::BSSData::rsn), field("BSSID", &wifi::BSSData::bssid),
+                   field("Frequency", &wifi::BSSData::frequency), field("Rates", &wifi::BSSData::rates),
+                   field("Mode", &wifi::BSSData::mode));
 };
 
 template <>
 struct RecordFields<wifi::SignalPoll> {
-    static constexpr auto table = std::tuple(field("rssi", &wifi::SignalPoll::rssi));
+    static constexpr auto table =
+        std::tuple(field("rssi", &wifi::SignalPoll::rssi), field("linkspeed", &wifi::SignalPoll::linkSpeed));
 };
 
 template <>
@@ -106,7 +118,10 @@ struct RecordFields<SupplicantInterfaceProperties> {
                    field("CurrentBSS", &SupplicantInterfaceProperties::currentBss),
                    field("State", &SupplicantInterfaceProperties::state),
                    field("DisconnectReason", &SupplicantInterfaceProperties::disconnectReason),
-                   field("Ifname", &SupplicantInterfaceProperties::ifname));
+                   field("Ifname", &SupplicantInterfaceProperties::ifname),
+                   field("AuthStatusCode", &SupplicantInterfaceProperties::authStatusCode),
+                   field("AssocStatusCode", &SupplicantInterfaceProperties::assocStatusCode),
+                   field("CurrentAuthMode", &SupplicantInterfaceProperties::currentAuthMode));
 };
 
 // Instantiated once, in records.cpp.

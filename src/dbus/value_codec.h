@@ -4,6 +4,8 @@
 //   T                                   D-Bus type
 //   int                                 i
 //   short                               n
+//   unsigned short                      q
+//   unsigned int                        u
 //   unsigned char                       y
 //   bool                                b
 //   std::string                         s
@@ -167,6 +169,12 @@ template <>
 struct Wire<int> : detail::SingleWire<int, detail::BasicWire<int, SD_BUS_TYPE_INT32>> {};
 template <>
 struct Wire<short> : detail::SingleWire<short, detail::BasicWire<short, SD_BUS_TYPE_INT16>> {};
+template <>
+struct Wire<unsigned short>
+    : detail::SingleWire<unsigned short, detail::BasicWire<unsigned short, SD_BUS_TYPE_UINT16>> {};
+template <>
+struct Wire<unsigned int>
+    : detail::SingleWire<unsigned int, detail::BasicWire<unsigned int, SD_BUS_TYPE_UINT32>> {};
 template <>
 struct Wire<unsigned char>
     : detail::SingleWire<unsigned char, detail::BasicWire<unsigned char, SD_BUS_TYPE_BYTE>> {};

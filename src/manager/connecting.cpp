@@ -12,24 +12,27 @@ bool hasSsid(Communicator::ConfiguredNetwork& network, const std::string& ssid) 
 }  // namespace
 
 Connecting::Connecting(Communicator& communicator, ConnectionInfoHelper& tracker, ConnectionRefresh& refresh,
-                       SupplicantConfiguration& configuration, NetworkList& list)
+                       SupplicantConfiguration& configuration, NetworkList& list, Judge& judge)
     : communicator_(communicator),
       tracker_(tracker),
       refresh_(refresh),
       configuration_(configuration),
-      list_(list) {}
+      list_(list),
+      judge_(judge) {}
 
 void Connecting::taskConnect(const ConnectionSettings& settings) {
     refusal_ = Refusal::none;
     log::debug("Connecting to {}", Communicator::makeSsidRedactable(settings.ssid));
     tracker_.notifyAboutConnectionAttempt(settings.ssid);
     refresh_.taskUpdateConnectionInfo();
+    judge_.attemptBegan(settings.ssid, settings.securityMode, settings.hidden);
     if (settings.hidden) {
         log::debug("Assuming that network might be hidden. {}",
                    Communicator::makeSsidRedactable(settings.ssid));
     }
     const auto network = communicator_.addNetworkSync(settings);
     if (!network) {
+        judge_.requestFailed(Facts::Request::refused);
         return;
     }
     taskConnectCommon(*network);
@@ -41,12 +44,14 @@ void Connecting::taskConnectConfigured(const std::string& ssid) {
     log::debug("Connecting to configured network {}", Communicator::makeSsidRedactable(ssid));
     tracker_.notifyAboutConnectionAttempt(ssid);
     refresh_.taskUpdateConnectionInfo();
+    judge_.attemptBegan(ssid, std::nullopt, false);
     for (const auto& network : communicator_.getAllConfiguredNetworksSync()) {
         if (hasSsid(*network, ssid)) {
             taskConnectCommon(*network);
             return;
         }
     }
+    judge_.requestFailed(Facts::Request::refused);
     log::warn("Tried connecting to configured network, but it isn't known to us. {}",
               Communicator::makeSsidRedactable(ssid));
 }
@@ -55,6 +60,7 @@ void Connecting::taskConnectCommon(Communicator::ConfiguredNetwork& network) {
     const std::string ssid = network.getSsid().value();
     log::info("Connecting to {}", Communicator::makeSsidRedactable(ssid));
     if (!configuration_.select(network)) {
+        judge_.requestFailed(Facts::Request::refused);
         return;
     }
     ++unreportedSelections_;

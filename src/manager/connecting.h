@@ -7,6 +7,7 @@
 #include "manager/network_list.h"
 #include "manager/single_task.h"
 #include "manager/supplicant_configuration.h"
+#include "outcome/judge.h"
 
 #include <wifi/types.h>
 
@@ -20,7 +21,7 @@ namespace kaz::wifi {
 class Connecting : NonCopyable {
   public:
     Connecting(Communicator& communicator, ConnectionInfoHelper& tracker, ConnectionRefresh& refresh,
-               SupplicantConfiguration& configuration, NetworkList& list);
+               SupplicantConfiguration& configuration, NetworkList& list, Judge& judge);
 
     void taskConnect(const ConnectionSettings& settings);
     void taskConnectConfigured(const std::string& ssid);
@@ -43,6 +44,7 @@ class Connecting : NonCopyable {
     ConnectionRefresh& refresh_;
     SupplicantConfiguration& configuration_;
     NetworkList& list_;
+    Judge& judge_;
     // What the supplicant's refusal to disconnect may mean. While it searches, it refuses and continues to search.
     enum class Refusal { none, searching, unclear };
     Refusal refusal_ = Refusal::none;

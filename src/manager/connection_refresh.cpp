@@ -16,19 +16,35 @@ constexpr std::chrono::milliseconds signalPollPeriod{60000};
 }  // namespace
 
 ConnectionRefresh::ConnectionRefresh(Communicator& communicator, ConnectionInfoHelper& tracker,
-                                     SupplicantConfiguration& configuration, NetworkList& list,
+                                     SupplicantConfiguration& configuration, NetworkList& list, Judge& judge,
                                      Published& published)
     : communicator_(communicator),
       tracker_(tracker),
       configuration_(configuration),
       list_(list),
+      judge_(judge),
       published_(published) {}
 
 void ConnectionRefresh::taskUpdateConnectionInfo() {
     ConnectionInfo info = tracker_.getConnectionInfo();
-    if (info == connectionInfo_) {
+    judge_.look(connectionInfo_, info);
+    const bool infoChanged = info != connectionInfo_;
+    if (!infoChanged && judge_.lastOutcome() == lastOutcome_) {
         return;
     }
+    if (infoChanged) {
+        reactToChange(info);
+    }
+    lastOutcome_ = judge_.lastOutcome();
+    published_.publish({info, lastOutcome_});
+    if (infoChanged) {
+        list_.setConnection(info);
+        connectionInfo_ = std::move(info);
+        connectionInfoStored_ = true;
+    }
+}
+
+void ConnectionRefresh::reactToChange(const ConnectionInfo& info) {
     log::debug("connectionInfo changed: {}", info);
     metrics_.reportChange(connectionInfo_, info);
     updateSignalPollTimer(info);
@@ -37,10 +53,6 @@ void ConnectionRefresh::taskUpdateConnectionInfo() {
         reactToSuccess(info);
         reactToEndOfAttempt(info);
     }
-    published_.publish(info);
-    list_.setConnection(info);
-    connectionInfo_ = std::move(info);
-    connectionInfoStored_ = true;
 }
 
 void ConnectionRefresh::updateSignalPollTimer(const ConnectionInfo& next) {

@@ -7,22 +7,26 @@
 #include "manager/network_list.h"
 #include "manager/published.h"
 #include "manager/supplicant_configuration.h"
+#include "outcome/judge.h"
 
+#include <wifi/connection_details.h>
 #include <wifi/types.h>
 
 namespace kaz::wifi {
 
-// Publishes the tracker's record when it has changed. Before that it reacts to the change: it sets the gauges, arms or
+// Publishes the tracker's record and the last outcome when one of them has changed. Before that it reacts to the change: it sets the gauges, arms or
 // disarms the timer that polls the signal, sets priorities after a success, and enables the other networks after an
 // attempt. Loop thread only.
 class ConnectionRefresh : NonCopyable {
   public:
     ConnectionRefresh(Communicator& communicator, ConnectionInfoHelper& tracker,
-                      SupplicantConfiguration& configuration, NetworkList& list, Published& published);
+                      SupplicantConfiguration& configuration, NetworkList& list, Judge& judge,
+                      Published& published);
 
     void taskUpdateConnectionInfo();
 
   private:
+    void reactToChange(const ConnectionInfo& next);
     void updateSignalPollTimer(const ConnectionInfo& next);
     void reactToSuccess(const ConnectionInfo& next);
     void reactToEndOfAttempt(const ConnectionInfo& next);
@@ -31,9 +35,11 @@ class ConnectionRefresh : NonCopyable {
     ConnectionInfoHelper& tracker_;
     SupplicantConfiguration& configuration_;
     NetworkList& list_;
+    Judge& judge_;
     Published& published_;
     ConnectionMetrics metrics_;
     ConnectionInfo connectionInfo_;  // as last published
+    Outcome lastOutcome_;            // as last published
     bool connectionInfoStored_ = false;
 };
 

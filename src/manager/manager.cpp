@@ -82,4 +82,12 @@ void Manager::onConnectionInfoChanged(std::function<void()> callback) {
     impl_->onConnectionInfoChanged(std::move(callback));
 }
 
+ConnectionDetails Manager::connectionDetails() const {
+    return impl_->connectionDetails();
+}
+
+void Manager::onConnectionDetailsChanged(std::function<void()> callback) {
+    impl_->onConnectionDetailsChanged(std::move(callback));
+}
+
 }  // namespace kaz::wifi

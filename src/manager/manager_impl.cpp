@@ -17,11 +17,12 @@ ManagerImpl::ManagerImpl() : ManagerImpl(createCommunicator(), std::make_shared<
 ManagerImpl::ManagerImpl(std::unique_ptr<Communicator> communicator,
                          std::shared_ptr<TimeProvider> timeProvider)
     : communicator_(std::move(communicator)),
-      tracker_(std::move(timeProvider)),
+      tracker_(timeProvider),
       configuration_(*communicator_),
       list_(*communicator_, published_),
-      refresh_(*communicator_, tracker_, configuration_, list_, published_),
-      connecting_(*communicator_, tracker_, refresh_, configuration_, list_),
+      judge_(std::move(timeProvider), [this](const std::string& ssid) { return list_.sightingOf(ssid); }),
+      refresh_(*communicator_, tracker_, configuration_, list_, judge_, published_),
+      connecting_(*communicator_, tracker_, refresh_, configuration_, list_, judge_),
       reports_(tracker_, list_, published_),
       stateRefresh_(*communicator_, tracker_, list_),
       choice_(*communicator_, published_) {
@@ -34,22 +35,39 @@ void ManagerImpl::wireCommunicator() {
     communicator_->wifiServiceStatusChangeHandler = [this] { signalWifiServiceStatusChange(); };
     communicator_->scanningDoneHandler = [this](bool success) {
         reports_.signalScanningDone(success);
+        judge_.scanEnded(success);
         stateRefresh_.scanEnded();
     };
     communicator_->networkSelectedHandler = [this](const std::optional<std::string>& ssid) {
         connecting_.signalNetworkSelected();
         reports_.signalNetworkSelected(ssid);
+        if (ssid) {
+            judge_.networkSelected(*ssid);
+        }
     };
     communicator_->supplicantPropertiesHandler =
         [this](Communicator::SupplicantInterfaceProperties properties) {
             const auto status = properties.status;
-            if (properties.bssListChange != Communicator::PropertyChange::Unchanged) {
+            const bool listRead = properties.bssListChange != Communicator::PropertyChange::Unchanged;
+            if (listRead) {
                 stateRefresh_.bssListReported();
             }
+            if (properties.currentNetworkChange == Communicator::PropertyChange::Set) {
+                judge_.networkSelected(properties.currentNetworkSsid);
+            }
+            if (status) {
+                judge_.noteStatus(*status);
+            }
             reports_.signalSupplicantPropertiesChanged(std::move(properties));
+            if (listRead) {
+                judge_.listRead();
+            }
             stateRefresh_.reported();
             connecting_.signalSupplicantStatus(status);
         };
+    communicator_->linkEvidenceHandler = [this](const Communicator::LinkEvidence& evidence) {
+        judge_.note(evidence);
+    };
     communicator_->configuredNetworksChangedHandler = [this] { stateRefresh_.networksChanged(); };
     communicator_->setIdleTask([this] { return signalEventLoopIdle(); });
     communicator_->setTimerCompletedTask([this] { signalTimerCompleted(); });
@@ -113,6 +131,10 @@ void ManagerImpl::onConnectionInfoChanged(std::function<void()> callback) {
     published_.onChange(Change::connectionInfo, std::move(callback));
 }
 
+void ManagerImpl::onConnectionDetailsChanged(std::function<void()> callback) {
+    published_.onChange(Change::connectionDetails, std::move(callback));
+}
+
 std::optional<std::chrono::milliseconds> ManagerImpl::signalEventLoopIdle() {
     refresh_.taskUpdateConnectionInfo();
     list_.taskUpdateNetworks();
@@ -139,6 +161,7 @@ void ManagerImpl::signalWifiServiceStatusChange() {
         published_.publish(usableEapMethods(communicator_->eapMethodsSync()));
         list_.taskUpdateConfiguredNetworks();
     } else {
+        judge_.supplicantDetached(!choice_.isEnabled());
         reports_.supplicantDetached();
         stateRefresh_.supplicantDetached();
         list_.supplicantDetached();

@@ -13,7 +13,9 @@
 #include "manager/state_refresh.h"
 #include "manager/supplicant_configuration.h"
 #include "manager/supplicant_reports.h"
+#include "outcome/judge.h"
 
+#include <wifi/connection_details.h>
 #include <wifi/types.h>
 
 #include <atomic>
@@ -53,10 +55,12 @@ class ManagerImpl : NonCopyable {
     void disconnect();
     void forgetNetwork(const std::string& ssid);
     ConnectionInfo connectionInfo() const { return published_.connectionInfo(); }
+    ConnectionDetails connectionDetails() const { return published_.connectionDetails(); }
     void onEnabledChanged(std::function<void()> callback);
     void onNetworksListChanged(std::function<void()> callback);
     void onScanningChanged(std::function<void()> callback);
     void onConnectionInfoChanged(std::function<void()> callback);
+    void onConnectionDetailsChanged(std::function<void()> callback);
 
   private:
     void wireCommunicator();
@@ -69,6 +73,7 @@ class ManagerImpl : NonCopyable {
     ConnectionInfoHelper tracker_;
     SupplicantConfiguration configuration_;
     NetworkList list_;
+    Judge judge_;
     ConnectionRefresh refresh_;
     Connecting connecting_;
     SupplicantReports reports_;

@@ -7,6 +7,26 @@
 #include <utility>
 
 namespace kaz::wifi {
+namespace {
+
+// A device joins by any access point. So all of them must restrict it, but one suffices to let it in.
+NetworkDemands anyOf(NetworkDemands all, const NetworkDemands& one) {
+    const bool first = all == NetworkDemands{};
+    all.hashToElement = one.hashToElement && (first || all.hashToElement);
+    all.adHoc = one.adHoc && (first || all.adHoc);
+    all.nothing = all.nothing || one.nothing;
+    all.wep = all.wep || one.wep;
+    all.wpaPsk = all.wpaPsk || one.wpaPsk;
+    all.rsnPsk = all.rsnPsk || one.rsnPsk;
+    all.rsnPskSha256 = all.rsnPskSha256 || one.rsnPskSha256;
+    all.sae = all.sae || one.sae;
+    all.enterprise = all.enterprise || one.enterprise;
+    all.owe = all.owe || one.owe;
+    all.other = all.other || one.other;
+    return all;
+}
+
+}  // namespace
 
 void NetworkList::setBssList(std::vector<Communicator::BssProperties> list) {
     bssList_ = std::move(list);
@@ -51,6 +71,18 @@ void NetworkList::taskUpdateNetworks() {
     log::debug("Network list changed, size: {}", networks.size());
     published_.publish(networks);
     networks_ = std::move(networks);
+}
+
+Evidence NetworkList::sightingOf(const std::string& ssid) const {
+    Evidence sighting;
+    for (const Communicator::BssProperties& bss : bssList_) {
+        if (bss.ssid == ssid) {
+            sighting.signal = sighting.seen ? std::max(sighting.signal, bss.signal) : bss.signal;
+            sighting.seen = true;
+            sighting.demands = anyOf(sighting.demands, bss.demands);
+        }
+    }
+    return sighting;
 }
 
 std::vector<WifiNetwork> NetworkList::currentNetworks() const {

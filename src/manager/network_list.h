@@ -4,6 +4,7 @@
 #include "communicator/communicator.h"
 #include "manager/published.h"
 
+#include <wifi/connection_details.h>
 #include <wifi/types.h>
 
 #include <optional>
@@ -28,6 +29,9 @@ class NetworkList : NonCopyable {
     void taskUpdateConfiguredNetworks();
 
     void taskUpdateNetworks();
+
+    // What the access points in range tell of this network: the evidence's `seen`, `signal` and `demands`.
+    Evidence sightingOf(const std::string& ssid) const;
 
   private:
     std::vector<WifiNetwork> currentNetworks() const;

@@ -19,8 +19,18 @@ void Published::publish(std::vector<WifiNetwork> networks) {
     invoke([&] { return replace(networks_, std::move(networks), Change::networks); });
 }
 
-void Published::publish(ConnectionInfo info) {
-    invoke([&] { return replace(connectionInfo_, std::move(info), Change::connectionInfo); });
+bool Published::hasChanged(const ConnectionInfo& info) const {
+    const std::lock_guard lock(mutex_);
+    return details_.info != info;
+}
+
+void Published::publish(ConnectionDetails details) {
+    if (hasChanged(details.info)) {
+        invoke([&] { return replace(details_, std::move(details), Change::connectionInfo); });
+        notify(Change::connectionDetails);
+    } else {
+        invoke([&] { return replace(details_, std::move(details), Change::connectionDetails); });
+    }
 }
 
 void Published::publish(std::set<std::string> eapMethods) {

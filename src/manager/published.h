@@ -2,6 +2,7 @@
 
 #include "base/non_copyable.h"
 
+#include <wifi/connection_details.h>
 #include <wifi/types.h>
 
 #include <array>
@@ -19,15 +20,18 @@ namespace kaz::wifi {
 // mutex, so copying or destroying what a callback captured must not call the engine.
 class Published : NonCopyable {
   public:
-    enum class Change { enabled, networks, scanning, connectionInfo };
+    enum class Change { enabled, networks, scanning, connectionInfo, connectionDetails };
 
     std::vector<WifiNetwork> networks() const { return copyOf(networks_); }
-    ConnectionInfo connectionInfo() const { return copyOf(connectionInfo_); }
+    ConnectionInfo connectionInfo() const { return copyOf(details_.info); }
+    ConnectionDetails connectionDetails() const { return copyOf(details_); }
     std::set<std::string> eapMethods() const { return copyOf(eapMethods_); }
 
     // Replaces the copy, then invokes the callback that was registered at that moment. EAP methods have no callback.
     void publish(std::vector<WifiNetwork> networks);
-    void publish(ConnectionInfo info);
+    // The record with what explains it. Invokes the callback of the connection info if that changed, then that of the
+    // details.
+    void publish(ConnectionDetails details);
     void publish(std::set<std::string> eapMethods);
 
     // Replaces the callback. An empty function removes it.
@@ -44,6 +48,7 @@ class Published : NonCopyable {
         const std::lock_guard lock(mutex_);
         return member;
     }
+    bool hasChanged(const ConnectionInfo& info) const;
     // Swaps the value in and copies the callback under one lock. The former value is destroyed after unlocking.
     template <typename T>
     Callback replace(T& member, T next, Change change);
@@ -53,9 +58,9 @@ class Published : NonCopyable {
 
     mutable std::mutex mutex_;
     std::vector<WifiNetwork> networks_;
-    ConnectionInfo connectionInfo_;
+    ConnectionDetails details_;
     std::set<std::string> eapMethods_;
-    std::array<Callback, 4> callbacks_;
+    std::array<Callback, 5> callbacks_;
 };
 
 }  // namespace kaz::wifi

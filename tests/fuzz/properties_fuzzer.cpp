@@ -37,7 +37,9 @@ enum class Signal {
     scanDone,
     eap,
     networkSelected,
-    kMaxValue = networkSelected,
+    pskMismatch,
+    saePasswordMismatch,
+    kMaxValue = saePasswordMismatch,
 };
 
 // The reports that the engine got.
@@ -45,6 +47,7 @@ struct Told {
     std::vector<Report> reports;
     std::vector<bool> onlineStates;
     std::vector<bool> scans;
+    std::vector<Communicator::LinkEvidence> evidence;
     std::size_t selections = 0;
     std::size_t serviceChanges = 0;
 
@@ -64,6 +67,10 @@ struct Device {
         communicator.networkSelectedHandler = [this](const std::optional<std::string>& ssid) {
             require(!ssid, "there is no SSID where nobody told one");
             ++told.selections;
+        };
+        communicator.linkEvidenceHandler = [this](const Communicator::LinkEvidence& evidence) {
+            require(evidence != Communicator::LinkEvidence{}, "evidence says something");
+            told.evidence.push_back(evidence);
         };
         communicator.wifiServiceStatusChangeHandler = [this] { ++told.serviceChanges; };
     }
@@ -116,6 +123,31 @@ Report reportOf(const dbus::SupplicantInterfaceProperties& properties) {
         report.status = statusOf(*properties.state);
     }
     return report;
+}
+
+Communicator::LinkEvidence evidenceOf(const dbus::SupplicantInterfaceProperties& properties) {
+    using Step = Communicator::LinkStep;
+    static const std::map<std::string, Step> steps{
+        {"interface_disabled", Step::down},
+        {"disconnected", Step::down},
+        {"inactive", Step::down},
+        {"scanning", Step::down},
+        {"authenticating", Step::authenticating},
+        {"associating", Step::associating},
+        {"associated", Step::associated},
+        {"4way_handshake", Step::keyExchange},
+        {"group_handshake", Step::keyExchange},
+        {"completed", Step::up},
+    };
+    Communicator::LinkEvidence evidence;
+    const auto step = steps.find(properties.state.value_or(""));
+    if (step != steps.end()) {
+        evidence.step = step->second;
+    }
+    evidence.disconnectReason = properties.disconnectReason;
+    evidence.authenticationStatus = properties.authStatusCode.value;
+    evidence.associationStatus = properties.assocStatusCode.value;
+    return evidence;
 }
 
 // A signal's arguments, and the values that must be read from them.
@@ -179,6 +211,10 @@ void checkInterfaceProperties(const Device& device, const Arguments& arguments) 
     require(device.told.reports.size() == (properties ? 1U : 0U),
             "what the supplicant says of its interface is reported once, what it says of others never");
     require(!properties || device.told.reports.front() == reportOf(*properties), "and as it was said");
+    const auto evidence = properties ? evidenceOf(*properties) : Communicator::LinkEvidence{};
+    const bool tells = evidence != Communicator::LinkEvidence{};
+    require(device.told.evidence.size() == (tells ? 1U : 0U), "evidence is told when there is some");
+    require(!tells || device.told.evidence.front() == evidence, "and as it was said");
 }
 
 void checkLinkProperties(const Device& device, const Arguments& arguments) {
@@ -238,7 +274,16 @@ void checkSignal(FuzzedDataProvider& bytes, Device& device) {
         }
         case Signal::eap:
             device.communicator.signals().onSignalEap(decoder);
-            return require(told.calls() == 0, "what EAP does is for the log only");
+            require(told.evidence.size() <= 1, "a step of EAP is told at most once");
+            return require(told.calls() == 0, "and nothing else is");
+        case Signal::pskMismatch:
+            device.communicator.signals().onSignalPskMismatch(decoder);
+            return require(told.evidence.size() == 1 && told.calls() == 0,
+                           "a mismatch is told, nothing else is");
+        case Signal::saePasswordMismatch:
+            device.communicator.signals().onSignalSaePasswordMismatch(decoder);
+            return require(told.evidence.size() == 1 && told.calls() == 0,
+                           "a mismatch is told, nothing else is");
         case Signal::networkSelected:
             device.communicator.signals().onSignalNetworkSelected(decoder);
             require(told.selections == (arguments.expectFirst<dbus::OPath>() ? 1U : 0U),

@@ -11,7 +11,7 @@ struct Property {
     std::string_view type;
 };
 
-constexpr std::array<Property, 21> properties{{
+constexpr std::array<Property, 29> properties{{
     {"ActiveState", "s"},
     {"OnlineState", "s"},
     {"Scanning", "b"},
@@ -33,6 +33,14 @@ constexpr std::array<Property, 21> properties{{
     {"state", "s"},  // keys are compared exactly
     {"", "i"},
     {"Frequency", "q"},
+    {"BSSID", "ay"},
+    {"Rates", "au"},
+    {"Mode", "s"},
+    {"linkspeed", "i"},
+    {"AuthStatusCode", "i"},
+    {"AssocStatusCode", "i"},
+    {"CurrentAuthMode", "s"},
+    {"Age", "u"},
 }};
 
 std::string usualText(FuzzedDataProvider& bytes) {

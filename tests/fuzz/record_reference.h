@@ -22,7 +22,8 @@ constexpr auto keysOf(const wifi::ConfiguredSsid*) {
     return std::make_tuple(std::pair("ssid", &wifi::ConfiguredSsid::ssid));
 }
 constexpr auto keysOf(const wifi::SignalPoll*) {
-    return std::make_tuple(std::pair("rssi", &wifi::SignalPoll::rssi));
+    return std::make_tuple(std::pair("rssi", &wifi::SignalPoll::rssi),
+                           std::pair("linkspeed", &wifi::SignalPoll::linkSpeed));
 }
 constexpr auto keysOf(const wifi::WPA_RSN*) {
     using Record = wifi::WPA_RSN;
@@ -32,21 +33,42 @@ constexpr auto keysOf(const wifi::BSSData*) {
     using Record = wifi::BSSData;
     return std::make_tuple(std::pair("Signal", &Record::signal), std::pair("Privacy", &Record::privacy),
                            std::pair("SSID", &Record::ssid), std::pair("WPA", &Record::wpa),
-                           std::pair("RSN", &Record::rsn));
+                           std::pair("RSN", &Record::rsn), std::pair("BSSID", &Record::bssid),
+                           std::pair("Frequency", &Record::frequency), std::pair("Rates", &Record::rates),
+                           std::pair("Mode", &Record::mode));
 }
 constexpr auto keysOf(const dbus::SupplicantInterfaceProperties*) {
     using Record = dbus::SupplicantInterfaceProperties;
-    return std::make_tuple(std::pair("Scanning", &Record::scanning), std::pair("BSSs", &Record::bsss),
-                           std::pair("CurrentNetwork", &Record::currentNetwork),
-                           std::pair("CurrentBSS", &Record::currentBss), std::pair("State", &Record::state),
-                           std::pair("DisconnectReason", &Record::disconnectReason),
-                           std::pair("Ifname", &Record::ifname));
+    return std::make_tuple(
+        std::pair("Scanning", &Record::scanning), std::pair("BSSs", &Record::bsss),
+        std::pair("CurrentNetwork", &Record::currentNetwork), std::pair("CurrentBSS", &Record::currentBss),
+        std::pair("State", &Record::state), std::pair("DisconnectReason", &Record::disconnectReason),
+        std::pair("Ifname", &Record::ifname), std::pair("AuthStatusCode", &Record::authStatusCode),
+        std::pair("AssocStatusCode", &Record::assocStatusCode),
+        std::pair("CurrentAuthMode", &Record::currentAuthMode));
 }
 
 template <typename T>
 concept HasKeys = requires(const T* record) {
     keysOf(record);
 };
+
+// The value of a Lenient field: exactly its type in one variant, or nothing. It never fails.
+template <typename T>
+void expectLenient(const Value& variant, dbus::Lenient<T>& field) {
+    std::optional<T> value;
+    if (variant.contents.front().type() != SD_BUS_TYPE_VARIANT) {
+        expect(variant, value);
+    }
+    if (value) {
+        field.value = std::move(value);
+    }
+}
+
+template <typename T>
+inline constexpr bool isLenient = false;
+template <typename T>
+inline constexpr bool isLenient<dbus::Lenient<T>> = true;
 
 // Nullopt if decoding must fail: the value is not a dictionary, a key is not a string, or a known key's value has the
 // wrong type.
@@ -61,12 +83,19 @@ void expect(const Value& value, std::optional<Record>& expected) {
             if (entry.contents.front().text != known.first) {
                 return true;
             }
-            std::optional<Field> field;
-            expect(entry.contents.back(), field);
-            if (field) {
-                record.*known.second = std::move(*field);
+            if constexpr (isLenient<Field>) {
+                if (entry.contents.back().type() == SD_BUS_TYPE_VARIANT) {
+                    expectLenient(entry.contents.back(), record.*known.second);
+                }
+                return true;
+            } else {
+                std::optional<Field> field;
+                expect(entry.contents.back(), field);
+                if (field) {
+                    record.*known.second = std::move(*field);
+                }
+                return field.has_value();
             }
-            return field.has_value();
         };
         holds = holds && entry.type() == SD_BUS_TYPE_DICT_ENTRY_BEGIN &&
                 entry.contents.front().signature == "s" &&

@@ -41,6 +41,10 @@ struct Reference<int> : NumberReference<int, 'i'> {};
 template <>
 struct Reference<short> : NumberReference<short, 'n'> {};
 template <>
+struct Reference<unsigned short> : NumberReference<unsigned short, 'q'> {};
+template <>
+struct Reference<unsigned int> : NumberReference<unsigned int, 'u'> {};
+template <>
 struct Reference<unsigned char> : NumberReference<unsigned char, 'y'> {};
 template <>
 struct Reference<bool> : NumberReference<bool, 'b'> {};

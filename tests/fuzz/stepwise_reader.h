@@ -74,6 +74,10 @@ struct Steps<int> : BasicSteps<int, int, 'i'> {};
 template <>
 struct Steps<short> : BasicSteps<short, short, 'n'> {};
 template <>
+struct Steps<unsigned short> : BasicSteps<unsigned short, unsigned short, 'q'> {};
+template <>
+struct Steps<unsigned int> : BasicSteps<unsigned int, unsigned int, 'u'> {};
+template <>
 struct Steps<unsigned char> : BasicSteps<unsigned char, unsigned char, 'y'> {};
 template <>
 struct Steps<bool> : BasicSteps<bool, int, 'b'> {};
@@ -172,6 +176,26 @@ struct Steps<Record> {
         if (const int r = sd_bus_message_exit_container(m); r < 0) {
             return stepFailed(r);
         }
+        return {};
+    }
+
+    template <typename T>
+    static dbus::CodecResult<void> fillStepwise(dbus::Lenient<T>& field, sd_bus_message* m) {
+        const std::string_view signature = dbus::Wire<T>::signature.data();
+        char type = 0;
+        const char* contents = nullptr;
+        if (const int r = sd_bus_message_peek_type(m, &type, &contents); r < 0) {
+            return stepFailed(r);
+        }
+        if (type != SD_BUS_TYPE_VARIANT || contents != signature) {
+            const int r = sd_bus_message_skip(m, nullptr);
+            return r < 0 ? dbus::CodecResult<void>(stepFailed(r)) : dbus::CodecResult<void>();
+        }
+        auto value = readStepwise<T>(m);
+        if (!value) {
+            return dbus::CodecError(value.error());
+        }
+        field.value = std::move(*value);
         return {};
     }
 

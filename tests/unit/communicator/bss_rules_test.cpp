@@ -105,5 +105,46 @@ TEST(SsidOfBss, HiddenBssHasAnEmptySsidAndOthersAllTheirBytes) {
     }
 }
 
+TEST(DemandsOfBss, NameEveryWayIn) {
+    BSSData bss;
+    EXPECT_TRUE(demandsOfBss(bss).nothing);
+    bss.privacy = true;
+    EXPECT_TRUE(demandsOfBss(bss).wep);
+    bss.rsn.group = "ccmp";
+    EXPECT_TRUE(demandsOfBss(bss).other);
+    struct Suite {
+        const char* name;
+        bool NetworkDemands::*demand;
+    };
+    const std::vector<Suite> suites{
+        {"wpa-psk", &NetworkDemands::rsnPsk}, {"wpa-psk-sha256", &NetworkDemands::rsnPskSha256},
+        {"sae", &NetworkDemands::sae},        {"wpa-eap", &NetworkDemands::enterprise},
+        {"owe", &NetworkDemands::owe},        {"wpa-ft-psk", &NetworkDemands::other},
+        {"", &NetworkDemands::other}};
+    for (const auto& [name, demand] : suites) {
+        bss.rsn.keyMgmt = {name};
+        NetworkDemands expected;
+        expected.*demand = true;
+        EXPECT_EQ(demandsOfBss(bss), expected) << name;
+    }
+    bss.rsn.keyMgmt = {"wpa-psk", "sae"};
+    bss.wpa.keyMgmt = {"wpa-psk"};
+    const NetworkDemands both = demandsOfBss(bss);
+    EXPECT_TRUE(both.rsnPsk && both.wpaPsk && both.sae);
+}
+
+TEST(DemandsOfBss, NameWhatRestrictsEveryWayIn) {
+    BSSData bss;
+    bss.rsn.keyMgmt = {"sae"};
+    bss.rates.value = {54'000'000, 6'000'000};
+    EXPECT_FALSE(demandsOfBss(bss).hashToElement);
+    bss.rates.value = {61'500'000, 54'000'000};
+    EXPECT_TRUE(demandsOfBss(bss).hashToElement);
+    bss.mode.value = "infrastructure";
+    EXPECT_FALSE(demandsOfBss(bss).adHoc);
+    bss.mode.value = "ad-hoc";
+    EXPECT_TRUE(demandsOfBss(bss).adHoc);
+}
+
 }  // namespace
 }  // namespace kaz::wifi

@@ -79,6 +79,8 @@ TEST_F(MatchRules, AttachAddsRulesInThisOrder) {
                             "call org.freedesktop.network1 " + getNetworkdProperties,
                             supplicantMatch("match", interfaceInterface + ".NetworkAdded"),
                             supplicantMatch("match", interfaceInterface + ".NetworkRemoved"),
+                            supplicantMatch("match", interfaceInterface + ".PskMismatch"),
+                            supplicantMatch("match", interfaceInterface + ".SaePasswordMismatch"),
                             "status-changed", "end"));
 }
 
@@ -100,6 +102,8 @@ TEST_F(MatchRules, DetachDropsOnlyTheRulesOfTheAttachAfterTheStatusHandler) {
                            supplicantMatch("unmatch", propertiesInterface + ".PropertiesChanged"),
                            supplicantMatch("unmatch", interfaceInterface + ".NetworkAdded"),
                            supplicantMatch("unmatch", interfaceInterface + ".NetworkRemoved"),
+                           supplicantMatch("unmatch", interfaceInterface + ".PskMismatch"),
+                           supplicantMatch("unmatch", interfaceInterface + ".SaePasswordMismatch"),
                            "unmatch" + networkdMatch, "end"));
     EXPECT_EQ(since[1], "status-changed");
 }

@@ -168,7 +168,7 @@ TEST_F(PropertiesChanged, UnknownStateReportsNoStatusAndLogsOneWarning) {
                                        debug("PropertiesChanged: State=dreaming")));
 }
 
-TEST_F(PropertiesChanged, DisconnectReasonIsOnlyLogged) {
+TEST_F(PropertiesChanged, DisconnectReasonIsLoggedAndReportsNoChange) {
     const std::vector<std::pair<int, std::string>> reasons{
         {3, "3(DEAUTH_LEAVING) "},
         {-15, "-15(4WAY_HANDSHAKE_TIMEOUT) "},

@@ -51,7 +51,7 @@ TEST_F(SupplicantSignals, ScanDoneCallsItsHandlersAroundTheLogRecord) {
     EXPECT_THAT(recordsAtCall, ElementsAre(0U, 1U));
 }
 
-TEST_F(SupplicantSignals, EapIsOnlyLogged) {
+TEST_F(SupplicantSignals, EapIsLoggedAndReportsNoChange) {
     startAttached();
     emitFromInterface("EAP", "ss", "started", "");
     emitFromInterface("EAP", "ss", "accept proposed method", "PEAP");

@@ -121,6 +121,38 @@ TEST_F(Records, OfABssWithoutSignalHaveSignalZero) {
     EXPECT_EQ(decoded<BSSData>("a{sv}", 1, "Privacy", "b", 1).signal, 0);
 }
 
+TEST_F(Records, OfABssTakeWhereItIsAndWhatItDemands) {
+    const auto record = decoded<BSSData>("a{sv}", 4, "BSSID", "ay", 6, 1, 2, 3, 4, 5, 6, "Frequency", "q",
+                                         2412, "Rates", "au", 2, 61500000U, 54000000U, "Mode", "s", "ad-hoc");
+    EXPECT_THAT(record.bssid.value.value(), ElementsAre(1, 2, 3, 4, 5, 6));
+    EXPECT_EQ(record.frequency.value, 2412);
+    EXPECT_THAT(record.rates.value.value(), ElementsAre(61500000U, 54000000U));
+    EXPECT_EQ(record.mode.value, "ad-hoc");
+}
+
+TEST_F(Records, LeaveLenientFieldsOfAnotherTypeEmptyAndKeepTheOthers) {
+    const auto bss =
+        decoded<BSSData>("a{sv}", 6, "BSSID", "s", "01:02:03:04:05:06", "Frequency", "u", 2412U, "Rates",
+                         "ay", 1, 1, "Mode", "v", "s", "ad-hoc", "Signal", "n", -42, "Frequency", "a{sv}", 0);
+    EXPECT_FALSE(bss.bssid.value || bss.frequency.value || bss.rates.value || bss.mode.value);
+    EXPECT_EQ(bss.signal, -42);
+    const auto interface =
+        decoded<SupplicantInterfaceProperties>("a{sv}", 4, "AuthStatusCode", "u", 17U, "AssocStatusCode", "s",
+                                               "17", "CurrentAuthMode", "i", 1, "State", "s", "scanning");
+    EXPECT_FALSE(interface.authStatusCode.value || interface.assocStatusCode.value ||
+                 interface.currentAuthMode.value);
+    EXPECT_EQ(interface.state, "scanning");
+}
+
+TEST_F(Records, OfASupplicantInterfaceTakeItsStatusCodes) {
+    const auto record =
+        decoded<SupplicantInterfaceProperties>("a{sv}", 3, "AuthStatusCode", "i", 17, "AssocStatusCode", "i",
+                                               -1, "CurrentAuthMode", "s", "WPA2-PSK");
+    EXPECT_EQ(record.authStatusCode.value, 17);
+    EXPECT_EQ(record.assocStatusCode.value, -1);
+    EXPECT_EQ(record.currentAuthMode.value, "WPA2-PSK");
+}
+
 TEST_F(Records, OfABssSkipOtherKeys) {
     const auto record =
         decoded<BSSData>("a{sv}", 5, "BSSID", "ay", 6, 1, 2, 3, 4, 5, 6, "IEs", "ay", 0, "Frequency", "q",

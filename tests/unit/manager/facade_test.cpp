@@ -135,7 +135,9 @@ TEST_F(Manager, ManagerValidatesWithoutConnecting) {
 
 TEST_F(Manager, ManagerForwardsConnect) {
     int changes = 0;
+    int details = 0;
     manager->onConnectionInfoChanged([&] { ++changes; });
+    manager->onConnectionDetailsChanged([&] { ++details; });
     wifi::ConnectionSettings settings;
     EXPECT_EQ(manager->connect(settings), ConnectResult::ssidEmpty);
     settings.ssid = "Home";
@@ -145,7 +147,10 @@ TEST_F(Manager, ManagerForwardsConnect) {
                      "getAllConfiguredNetworksSync", "getAllConfiguredNetworksSync"}));
     EXPECT_EQ(manager->connectionInfo().status, ConnectionInfo::Status::connectingWifi);
     EXPECT_EQ(manager->connectionInfo().ssid, "Home");
+    EXPECT_EQ(manager->connectionDetails().info, manager->connectionInfo());
     EXPECT_EQ(changes, 1);
+    EXPECT_EQ(details, 1);
+    manager->onConnectionDetailsChanged(nullptr);
 }
 
 TEST_F(Manager, ManagerForwardsConnectConfigured) {

@@ -74,12 +74,12 @@ TEST_F(Publication, OfNetworksInvokesTheCallbackThatWasRegisteredAtThatMoment) {
 }
 
 TEST_F(Publication, OfTheConnectionInvokesTheCallbackThatWasRegisteredAtThatMoment) {
-    wifi::ConnectionInfo info;
-    info.ssid = longText;
-    published.publish(info);
-    publishAndReplaceCallback(Change::connectionInfo, wifi::ConnectionInfo());
+    wifi::ConnectionDetails details;
+    details.info.ssid = longText;
+    published.publish(details);
+    publishAndReplaceCallback(Change::connectionInfo, wifi::ConnectionDetails());
     EXPECT_EQ(told, "former ");
-    published.publish(info);
+    published.publish(details);
     EXPECT_EQ(told, "former new ");
 }
 

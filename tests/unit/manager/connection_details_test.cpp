@@ -1,0 +1,244 @@
+// The cause is published together with the state that it explains.
+#include "support/printed_values/printed_details.h"
+#include "unit/manager/engine_fixture.h"
+
+#include <string>
+#include <vector>
+
+namespace kaz::test {
+namespace {
+
+using wifi::Cause;
+using wifi::Certainty;
+using wifi::Communicator;
+using wifi::ConnectionDetails;
+using wifi::Facts;
+using wifi::Outcome;
+using wifi::Stage;
+using Status = ConnectionInfo::Status;
+using Step = Communicator::LinkStep;
+
+class Details : public EngineWithSupplicant {
+  protected:
+    Details() {
+        engine->onConnectionDetailsChanged([this] {
+            told.push_back("details");
+            ++changes;
+        });
+        engine->onConnectionInfoChanged([this] {
+            told.push_back("info");
+            causeAtInfo = engine->connectionDetails().lastOutcome.cause;
+        });
+    }
+    ~Details() override { engine->onConnectionDetailsChanged(nullptr); }
+    Details(const Details&) = delete;
+    Details& operator=(const Details&) = delete;
+    Details(Details&&) = delete;
+    Details& operator=(Details&&) = delete;
+
+    void reportEvidence(Step step, int reason = 0) {
+        Communicator::LinkEvidence evidence;
+        evidence.step = step;
+        if (reason != 0) {
+            evidence.disconnectReason = reason;
+        }
+        communicator->linkEvidenceHandler(evidence);
+    }
+    void reportStep(Step step, SupplicantStatus status) {
+        reportStatus(status);
+        reportEvidence(step);
+    }
+    void reportReason(int code) {
+        Communicator::LinkEvidence evidence;
+        evidence.disconnectReason = code;
+        communicator->linkEvidenceHandler(evidence);
+    }
+    void reportSighting(const std::string& ssid, bool wifi::NetworkDemands::*demand) {
+        Bss bss{ssid, -61, SecurityMode::rsnPsk};
+        bss.demands.*demand = true;
+        reportBssList({bss});
+    }
+    void endScan() {
+        communicator->scanningDoneHandler(true);
+        reportScanning(false);
+    }
+    void timeOut() {
+        clock->advance(std::chrono::seconds(3));
+        runUntilIdle();
+    }
+    Outcome outcome() const { return engine->connectionDetails().lastOutcome; }
+    void expect(const std::string& ssid, Stage stage, Cause cause, Certainty certainty) const {
+        EXPECT_EQ(outcome().ssid, ssid);
+        EXPECT_EQ(outcome().stage, stage);
+        EXPECT_EQ(outcome().cause, cause);
+        EXPECT_EQ(outcome().certainty, certainty);
+    }
+    std::vector<std::string> takeTold() { return std::exchange(told, {}); }
+
+    std::vector<std::string> told;
+    int changes = 0;
+    Cause causeAtInfo = Cause::none;
+};
+
+TEST_F(Details, HoldTheInfoThatIsPublished) {
+    EXPECT_EQ(engine->connectionDetails(), ConnectionDetails{});
+    connectTo("Home");
+    EXPECT_EQ(engine->connectionDetails().info, engine->connectionInfo());
+    EXPECT_EQ(outcome(), Outcome{});
+    EXPECT_EQ(takeTold(), (std::vector<std::string>{"info", "details"}));
+}
+
+TEST_F(Details, HaveTheCauseWhenTheEndIsPublished) {
+    connectTo("Home");
+    reportStep(Step::authenticating, SupplicantStatus::Connecting);
+    reportStep(Step::keyExchange, SupplicantStatus::Connecting);
+    runUntilIdle();
+    reportReason(15);
+    reportStep(Step::down, SupplicantStatus::Disconnected);
+    EXPECT_EQ(outcome(), Outcome{});
+    takeTold();
+    runUntilIdle();
+    EXPECT_EQ(takeTold(), (std::vector<std::string>{"info", "details"}));
+    EXPECT_EQ(causeAtInfo, Cause::wrongKey);
+    expect("Home", Stage::keyExchange, Cause::wrongKey, Certainty::probable);
+    EXPECT_EQ(outcome().time, engine->connectionInfo().disconnectTime);
+    EXPECT_EQ(outcome().evidence.reasonCode, 15);
+}
+
+TEST_F(Details, TellLateEvidenceByTheirOwnCallbackOnly) {
+    connectTo("Home");
+    reportStep(Step::keyExchange, SupplicantStatus::Connecting);
+    reportStep(Step::down, SupplicantStatus::Disconnected);
+    runUntilIdle();
+    EXPECT_EQ(outcome().cause, Cause::accessPointGone);
+    takeTold();
+    const ConnectionInfo info = engine->connectionInfo();
+    reportReason(15);
+    runUntilIdle();
+    EXPECT_EQ(takeTold(), std::vector<std::string>{"details"});
+    EXPECT_EQ(outcome().cause, Cause::wrongKey);
+    EXPECT_EQ(engine->connectionInfo(), info);
+    runUntilIdle();
+    EXPECT_EQ(takeTold(), std::vector<std::string>{});
+}
+
+TEST_F(Details, StayUntilTheNextEnd) {
+    connectTo("Home");
+    timeOut();
+    const Outcome first = outcome();
+    EXPECT_EQ(first.ssid, "Home");
+    connectTo("Other");
+    EXPECT_EQ(outcome(), first);
+    reportLinkUp("Other");
+    runUntilIdle();
+    EXPECT_EQ(outcome(), first);
+}
+
+TEST_F(Details, SayThatNoAccessPointIsInRange) {
+    reportSighting("Other", &wifi::NetworkDemands::rsnPsk);
+    connectTo("Home");
+    timeOut();
+    expect("Home", Stage::requested, Cause::outOfRange, Certainty::probable);
+    connectTo("Home");
+    reportScanning(true);
+    endScan();
+    timeOut();
+    expect("Home", Stage::requested, Cause::outOfRange, Certainty::certain);
+}
+
+TEST_F(Details, SayWhatANetworkInRangeDemands) {
+    reportSighting("Home", &wifi::NetworkDemands::sae);
+    connectTo("Home");
+    timeOut();
+    expect("Home", Stage::requested, Cause::nothingInCommon, Certainty::certain);
+    EXPECT_TRUE(outcome().evidence.seen);
+    EXPECT_TRUE(outcome().evidence.demands.sae);
+    EXPECT_EQ(outcome().evidence.signal, -61);
+}
+
+TEST_F(Details, JoinWhatTheAccessPointsOfANetworkDemand) {
+    Bss personal{"Home", -70, SecurityMode::rsnPsk};
+    personal.demands.rsnPsk = true;
+    Bss modern{"Home", -50, SecurityMode::unsupported};
+    modern.demands.sae = modern.demands.hashToElement = true;
+    reportBssList({modern, personal});
+    connectTo("Home");
+    timeOut();
+    const wifi::NetworkDemands demands = outcome().evidence.demands;
+    EXPECT_TRUE(demands.rsnPsk && demands.sae);
+    EXPECT_FALSE(demands.hashToElement);
+    EXPECT_EQ(outcome().evidence.signal, -50);
+}
+
+TEST_F(Details, SayThatTheRequestWasRefused) {
+    for (const char* operation : {"addNetworkSync", "selectSync"}) {
+        stack->failing = {operation};
+        connectTo("Home");
+        timeOut();
+        expect("Home", Stage::requested, Cause::requestRefused, Certainty::certain);
+    }
+    stack->failing.clear();
+    engine->connectConfigured("Unknown");
+    runUntilIdle();
+    timeOut();
+    expect("Unknown", Stage::requested, Cause::requestRefused, Certainty::certain);
+}
+
+TEST_F(Details, SayThatTheUserGaveUpOrChoseAnother) {
+    connectTo("Home");
+    connectTo("Other");
+    expect("Home", Stage::requested, Cause::replaced, Certainty::certain);
+    engine->disconnect();
+    runUntilIdle();
+    expect("Other", Stage::requested, Cause::givenUp, Certainty::certain);
+    becomeConnected("Home");
+    engine->forgetNetwork("Home");
+    runUntilIdle();
+    expect("Home", Stage::online, Cause::givenUp, Certainty::certain);
+}
+
+TEST_F(Details, SayThatTheSupplicantEnded) {
+    becomeConnected("Home");
+    detachSupplicant();
+    runUntilIdle();
+    expect("Home", Stage::online, Cause::supplicantGone, Certainty::certain);
+    attachSupplicant();
+    runUntilIdle();
+    expect("Home", Stage::online, Cause::supplicantGone, Certainty::certain);
+}
+
+TEST_F(Details, SayThatTheUserSwitchedWifiOff) {
+    becomeConnected("Home");
+    engine->setEnabled(false);
+    detachSupplicant();
+    runUntilIdle();
+    expect("Home", Stage::online, Cause::givenUp, Certainty::certain);
+}
+
+TEST_F(Details, SayWhyAConnectionWasLost) {
+    becomeConnected("Home");
+    reportReason(7);
+    reportStep(Step::down, SupplicantStatus::Disconnected);
+    runUntilIdle();
+    expect("Home", Stage::online, Cause::deauthenticated, Certainty::certain);
+}
+
+TEST_F(Details, SayThatTheRadioIsBlocked) {
+    becomeConnected("Home");
+    reportReason(-3);
+    reportStep(Step::down, SupplicantStatus::InterfaceDisabled);
+    runUntilIdle();
+    expect("Home", Stage::online, Cause::radioBlocked, Certainty::certain);
+}
+
+TEST(CodeNames, AreThoseOfTheStandard) {
+    EXPECT_STREQ(wifi::reasonCodeName(15), "4WAY_HANDSHAKE_TIMEOUT");
+    EXPECT_STREQ(wifi::reasonCodeName(-1), "<unknown>");
+    EXPECT_STREQ(wifi::statusCodeName(17), "AP_UNABLE_TO_HANDLE_NEW_STA");
+    EXPECT_STREQ(wifi::statusCodeName(0), "SUCCESS");
+    EXPECT_STREQ(wifi::statusCodeName(-1), "<unknown>");
+    EXPECT_STREQ(wifi::statusCodeName(70000), "<unknown>");
+}
+
+}  // namespace
+}  // namespace kaz::test
