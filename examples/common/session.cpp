@@ -59,10 +59,10 @@ void Session::show(const kaz::wifi::client::Snapshot& now) {
         }
         std::cout.flush();
     }
-    if (inWords(now.connection) != inWords(connection_)) {
-        std::cout << inWords(now.connection) << std::endl;
+    if (inWords(now.connection.info) != inWords(connection_)) {
+        std::cout << inWords(now.connection.info) << std::endl;
     }
-    connection_ = now.connection;
+    connection_ = now.connection.info;
 }
 
 void Session::enter(const std::string& line) {

@@ -18,7 +18,7 @@ Snapshot snapshotOf(Manager& manager) {
     // A supplicant that stops ends its scan without a callback.
     now.scanning = now.running && manager.isScanning();
     now.networks = manager.networks();
-    now.connection = manager.connectionInfo();
+    now.connection = manager.connectionDetails();
     return now;
 }
 
@@ -40,7 +40,7 @@ Follower::Follower() : manager_(std::make_unique<Manager>()) {
     manager_->onEnabledChanged(changed);
     manager_->onScanningChanged(changed);
     manager_->onNetworksListChanged(changed);
-    manager_->onConnectionInfoChanged(changed);
+    manager_->onConnectionDetailsChanged(changed);  // also after a change of the connection info
     keep(*manager_);
 }
 

@@ -21,7 +21,7 @@ struct Snapshot {
     bool running = false;                        ///< Manager::isWifiStackInitialized()
     bool scanning = false;              ///< Manager::isScanning(); false while the supplicant does not run
     std::vector<WifiNetwork> networks;  ///< Manager::networks()
-    ConnectionInfo connection;          ///< Manager::connectionInfo()
+    ConnectionDetails connection;       ///< Manager::connectionDetails()
 };
 
 /// Owns a Manager and keeps a snapshot for each of its callbacks, until the program takes it.
