@@ -73,7 +73,8 @@ constexpr std::array verdicts{
     Text<ConnectResult>{ConnectResult::wepKeyInvalidLength, "a WEP key has 5 or 13 characters"},
     Text<ConnectResult>{ConnectResult::eapMethodUnsupported, "this device does not offer this EAP method"},
     Text<ConnectResult>{ConnectResult::phase2MethodUnsupported, "this inner method is not known"},
-    Text<ConnectResult>{ConnectResult::securityModeUnsupported, "this device cannot join such a network"},
+    Text<ConnectResult>{ConnectResult::securityModeUnsupported,
+                        "the security of the network is not supported"},
 };
 constexpr const char* saePasswordEmpty = "the password is empty";
 constexpr const char* saePasswordTooLong = "the password is longer than 1024 bytes";

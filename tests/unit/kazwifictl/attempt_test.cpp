@@ -39,13 +39,13 @@ Event connecting(int ms) {
     return connection(ms, Status::connectingWifi);
 }
 
-// The library noticed it at `noticed`.
-Event disconnected(int ms, int noticed) {
-    return {ms, [=](Snapshot& now) {
+Event disconnected(int ms) {
+    return {ms, [](Snapshot& now) {
                 now.connection = {};
                 now.connection.disconnectSsid = "Home";
                 now.connection.disconnectReason = ConnectionInfo::DisconnectReason::causedBySystem;
-                now.connection.disconnectTime = at(noticed);
+                now.lastOutcome.ssid = "Home";
+                now.lastOutcome.cause = wifi::Cause::wrongKey;
             }};
 }
 
@@ -94,7 +94,7 @@ TEST_F(AttemptTest, TimesEveryStageUpToTheAddress) {
 }
 
 TEST_F(AttemptTest, IgnoresWhatWasBeforeTheLibraryTookItUp) {
-    see({connection(1, Status::connected, "Office", -50), disconnected(2, 2),
+    see({connection(1, Status::connected, "Office", -50), disconnected(2),
          connection(3, Status::connected, "Home", -50)});
     EXPECT_FALSE(attempt.begun());
     EXPECT_FALSE(attempt.outcome());
@@ -122,6 +122,8 @@ TEST_P(AttemptEnd, FollowsFromWhatIsSeen) {
     EXPECT_EQ(attempt.stages().size(), end.stages);
     EXPECT_EQ(attempt.linkIsUp(), end.outcome == Outcome::connected || end.outcome == Outcome::lost);
     EXPECT_EQ(attempt.otherSsid(), end.outcome == Outcome::other ? "Office" : "");
+    const bool explained = end.outcome == Outcome::failed || end.outcome == Outcome::lost;
+    EXPECT_EQ(attempt.failure().cause, explained ? wifi::Cause::wrongKey : wifi::Cause::none);
 }
 
 Event stopped(int ms) {
@@ -130,24 +132,20 @@ Event stopped(int ms) {
 
 const std::vector<End> ends{
     {"OnlineAtOnceIsConnected", Outcome::connected, 2, {connecting(0), connection(300, Status::connected)}},
-    {"SilenceIsNoAnswer", Outcome::notAnswering, 0, {connecting(3), disconnected(2010, 2005)}},
-    {"SilenceCountsFromTheEndOfTheLastScan",
-     Outcome::notAnswering,
+    {"EndBeforeTheLinkIsAFailure", Outcome::failed, 0, {connecting(3), disconnected(2010)}},
+    {"EndAfterScansIsAFailure",
+     Outcome::failed,
      2,
      {connecting(0), scanning(10, true), scanning(2500, false), scanning(3000, true), scanning(5500, false),
-      disconnected(7510, 7505)}},
-    {"EndAfter10msIsARefusal", Outcome::refused, 0, {connecting(0), disconnected(11, 10)}},
-    {"EndAfter1900msIsARefusal", Outcome::refused, 0, {connecting(0), disconnected(1901, 1900)}},
-    {"EndAfter2400msIsARefusal", Outcome::refused, 0, {connecting(0), disconnected(2401, 2400)}},
-    {"EndAfter4500msIsARefusal", Outcome::refused, 0, {connecting(0), disconnected(4501, 4500)}},
-    {"EndDuringAScanIsARefusal",
-     Outcome::refused,
+      disconnected(7510)}},
+    {"EndDuringAScanIsAFailure",
+     Outcome::failed,
      0,
-     {connecting(0), scanning(1500, true), disconnected(2010, 2005)}},
+     {connecting(0), scanning(1500, true), disconnected(2010)}},
     {"LinkThatBreaksBeforeTheAddressIsLost",
      Outcome::lost,
      1,
-     {connecting(0), connection(300, Status::connectingIP), disconnected(900, 900)}},
+     {connecting(0), connection(300, Status::connectingIP), disconnected(900)}},
     {"DeviceThatGoesElsewhereEndsIt",
      Outcome::other,
      0,
@@ -168,7 +166,7 @@ const std::vector<End> ends{
     {"NothingChangesAfterTheEnd",
      Outcome::connected,
      2,
-     {connecting(0), connection(300, Status::connected, "Home", -50), disconnected(400, 400)}},
+     {connecting(0), connection(300, Status::connected, "Home", -50), disconnected(400)}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Any, AttemptEnd, testing::ValuesIn(ends),

@@ -31,7 +31,11 @@ using Status = ConnectionInfo::Status;
 
 const std::vector<FakeWorld::Step> success{{Status::connectingIP, "Home", -50},
                                            {Status::connected, "Home", -50}};
-const std::vector<FakeWorld::Step> refusal{{Status::disconnected, "", 0}};
+const std::vector<FakeWorld::Step> refusal{
+    {Status::disconnected,
+     "",
+     0,
+     {"Home", wifi::Stage::keyExchange, wifi::Cause::wrongKey, wifi::Certainty::probable, {}, {}}}};
 
 // Runs each command as a process does that ends afterwards. The device is slow, so that a command which returns too
 // early fails its test.

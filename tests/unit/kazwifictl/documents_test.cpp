@@ -66,7 +66,8 @@ TEST(ErrorLine, SaysWhatAndWhyAndWhatToTryOnOneLine) {
 
 class ConnectReportTest : public testing::Test {
   protected:
-    static Attempt endedBy(ConnectionInfo::Status status, std::chrono::milliseconds after) {
+    static Attempt endedBy(ConnectionInfo::Status status, std::chrono::milliseconds after,
+                           const wifi::Outcome& why = {}) {
         const auto start = Clock::time_point(1h);
         Attempt attempt("Home", start);
         Snapshot before;
@@ -79,7 +80,7 @@ class ConnectReportTest : public testing::Test {
         attempt.see(before, now);
         before = now;
         info.status = status;
-        info.disconnectTime = start + after;
+        now.lastOutcome = why;
         info.ssid = status == ConnectionInfo::Status::disconnected ? "" : "Home";
         now.time = start + after;
         attempt.see(before, now);
@@ -98,29 +99,41 @@ class ConnectReportTest : public testing::Test {
     Output output{ColourChoice::never, true};
 };
 
-TEST_F(ConnectReportTest, NamesTheLikelyCauseOfARefusal) {
-    const Attempt refused = endedBy(ConnectionInfo::Status::disconnected, 4s);
-    EXPECT_EQ(connectReport(refused, facts, output).failure->why, "refused: the password is probably wrong");
-    facts.hints.disconnectReason = -15;
-    EXPECT_EQ(connectReport(refused, facts, output).failure->why, "refused: the password is wrong");
-    facts.security = SecurityMode::enterprise;
-    facts.hints.disconnectReason.reset();
-    EXPECT_NE(connectReport(refused, facts, output).failure->why.find("identity"), std::string::npos);
+TEST_F(ConnectReportTest, SaysWhatTheLibraryFoundOut) {
+    wifi::Outcome why{"Home", wifi::Stage::keyExchange, wifi::Cause::wrongKey, wifi::Certainty::probable, {},
+                      {}};
+    const Report probable =
+        connectReport(endedBy(ConnectionInfo::Status::disconnected, 4s, why), facts, output);
+    EXPECT_EQ(probable.failure->why, "the password is probably wrong");
+    EXPECT_EQ(probable.failure->advice, "kazwifictl connect Home");
+    EXPECT_EQ(probable.members.at("outcome"), "refused");
+    EXPECT_EQ(probable.members.at("cause"), "wrong-key");
+    EXPECT_EQ(probable.members.at("certainty"), "probable");
+
+    why.certainty = wifi::Certainty::certain;
+    EXPECT_EQ(
+        connectReport(endedBy(ConnectionInfo::Status::disconnected, 4s, why), facts, output).failure->why,
+        "the password is wrong");
+
+    why.cause = wifi::Cause::full;
+    const Report full = connectReport(endedBy(ConnectionInfo::Status::disconnected, 4s, why), facts, output);
+    EXPECT_EQ(full.failure->why, "the access point is full");
+    EXPECT_EQ(full.failure->advice, "trying again later");
 }
 
-TEST_F(ConnectReportTest, BelievesTheLogMoreThanTheClock) {
-    const Attempt silent = endedBy(ConnectionInfo::Status::disconnected, 2s);
-    EXPECT_EQ(connectReport(silent, facts, output).members.at("outcome"), "not-answering");
-    facts.hints.disconnectReason = 3;  // "leaving", from the end of the former connection
-    EXPECT_EQ(connectReport(silent, facts, output).members.at("outcome"), "not-answering");
-    facts.hints.disconnectReason = 15;
-    EXPECT_EQ(connectReport(silent, facts, output).members.at("outcome"), "refused");
+TEST_F(ConnectReportTest, AnAttemptWithoutAnAccessPointIsNotAnswering) {
+    const wifi::Outcome why{
+        "Home", wifi::Stage::requested, wifi::Cause::outOfRange, wifi::Certainty::certain, {}, {}};
+    const Report report =
+        connectReport(endedBy(ConnectionInfo::Status::disconnected, 4s, why), facts, output);
+    EXPECT_EQ(report.members.at("outcome"), "not-answering");
+    EXPECT_EQ(report.failure->why, "no access point with this name is in range");
+}
 
-    const Attempt late = endedBy(ConnectionInfo::Status::disconnected, 5s);  // on a busy machine
-    facts.hints = {};
-    EXPECT_EQ(connectReport(late, facts, output).members.at("outcome"), "refused");
-    facts.hints.gaveUp = true;
-    EXPECT_EQ(connectReport(late, facts, output).members.at("outcome"), "not-answering");
+TEST_F(ConnectReportTest, SuccessHasNoCause) {
+    const Report report = connectReport(endedBy(ConnectionInfo::Status::connected, 2s), facts, output);
+    EXPECT_TRUE(report.members.at("cause").is_null());
+    EXPECT_TRUE(report.members.at("certainty").is_null());
 }
 
 TEST_F(ConnectReportTest, FailsWhenTheConnectionCouldNotBeSaved) {

@@ -79,14 +79,14 @@ class ManagerImpl : NonCopyable {
     }
 
     void publishConnection() {
-        if (info == published) {
+        if (info == published.info) {
             return;
         }
         if (othersDisabled && info.status != Status::connectingWifi) {
             othersDisabled = false;
             saveOwed = true;
         }
-        publish(&ManagerImpl::onConnection, [this] { published = info; });
+        publish(&ManagerImpl::onConnection, [this] { published = {info, outcome}; });
     }
 
     void idle() {
@@ -99,7 +99,8 @@ class ManagerImpl : NonCopyable {
                 each.configured = world.saved.contains(each.ssid);
             }
             std::erase_if(list, [this](const WifiNetwork& each) {
-                return !running || (published.status != Status::disconnected && each.ssid == published.ssid);
+                return !running ||
+                       (published.info.status != Status::disconnected && each.ssid == published.info.ssid);
             });
             changed = list != networks;
             networks = list;
@@ -155,6 +156,7 @@ class ManagerImpl : NonCopyable {
 
     void reach(const test::FakeWorld::Step& step) {
         if (step.status == Status::disconnected) {
+            outcome = step.why;
             setDisconnected(Reason::causedBySystem);
             return;
         }
@@ -213,8 +215,9 @@ class ManagerImpl : NonCopyable {
     bool scanning = false;
     bool listStays = false;
     std::vector<WifiNetwork> networks;
-    ConnectionInfo published;
-    ConnectionInfo info;  // only tasks use this and the next two
+    ConnectionDetails published;
+    ConnectionInfo info;  // only tasks use this and the next three
+    Outcome outcome;
     bool saveOwed = false;
     bool othersDisabled = false;
     std::thread thread;
@@ -380,10 +383,14 @@ void Manager::forgetNetwork(const std::string& ssid) {
 }
 
 ConnectionInfo Manager::connectionInfo() const {
+    return connectionDetails().info;
+}
+
+ConnectionDetails Manager::connectionDetails() const {
     return impl_->read(&ManagerImpl::published);
 }
 
-void Manager::onConnectionInfoChanged(std::function<void()> callback) {
+void Manager::onConnectionDetailsChanged(std::function<void()> callback) {
     impl_->listen(&ManagerImpl::onConnection, std::move(callback));
 }
 

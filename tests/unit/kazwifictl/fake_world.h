@@ -28,6 +28,7 @@ struct FakeWorld : NonCopyable {
         Info::Status status = Info::Status::disconnected;
         std::string ssid;
         int signal = wifi::NoSignaldBm;
+        wifi::Outcome why = {};  // if it is an end
     };
 
     std::mutex mutex;

@@ -9,7 +9,6 @@
 namespace kaz::ctl {
 namespace {
 
-using wifi::ConnectResult;
 using wifi::SecurityMode;
 
 constexpr std::array modes{SecurityMode::none,       SecurityMode::wep, SecurityMode::wpaPsk,
@@ -17,7 +16,7 @@ constexpr std::array modes{SecurityMode::none,       SecurityMode::wep, Security
                            SecurityMode::unsupported};
 
 TEST(Words, NameEverySecurityDifferently) {
-    std::set<std::string_view> words;
+    std::set<std::string> words;
     std::set<std::string_view> names;
     for (const SecurityMode mode : modes) {
         words.insert(securityInWords(mode));
@@ -39,21 +38,12 @@ TEST(Words, UnderstandTheNamesTheyGive) {
     EXPECT_EQ(securityFromName(""), std::nullopt);
 }
 
-TEST(Words, TellWhichRuleWasBroken) {
-    for (int verdict = 1; verdict <= 8; ++verdict) {
-        EXPECT_FALSE(brokenRule(static_cast<ConnectResult>(verdict), SecurityMode::rsnPsk).empty())
-            << verdict;
+TEST(Words, NameEveryCauseDifferently) {
+    std::set<std::string_view> names;
+    const int last = static_cast<int>(wifi::Cause::deauthenticated);
+    for (int cause = static_cast<int>(wifi::Cause::unknown); cause <= last; ++cause) {
+        EXPECT_TRUE(names.insert(causeName(static_cast<wifi::Cause>(cause))).second) << cause;
     }
-    EXPECT_EQ(brokenRule(ConnectResult::passwordTooShort, SecurityMode::sae), "the password is empty");
-    EXPECT_EQ(brokenRule(ConnectResult::passwordTooShort, SecurityMode::rsnPsk),
-              "the password is shorter than 8 bytes");
-}
-
-TEST(Words, GuessTheCauseFromAReasonOnlyWhereItSaysEnough) {
-    EXPECT_EQ(causeFromReason(-15), "the password is wrong");
-    EXPECT_EQ(causeFromReason(15), "the password is wrong");
-    EXPECT_EQ(causeFromReason(3), std::nullopt);  // "leaving", sent on a change of networks
-    EXPECT_EQ(causeFromReason(-3), std::nullopt);
 }
 
 TEST(SignalStrength, HasFourBars) {

@@ -9,21 +9,8 @@ namespace kaz::ctl {
 
 using wifi::ConnectionInfo;
 
-namespace {
-
-constexpr std::chrono::milliseconds patience{2000};
-// Tolerances: this program sees an event shortly after the library, whose timeout may also expire late.
-constexpr std::chrono::milliseconds early{10};
-constexpr std::chrono::milliseconds late{300};
-
-}  // namespace
-
 Attempt::Attempt(std::string ssid, Clock::time_point requested)
-    : ssid_(std::move(ssid)),
-      requested_(requested),
-      stageBegan_(requested),
-      patienceBegan_(requested),
-      last_(requested) {}
+    : ssid_(std::move(ssid)), requested_(requested), stageBegan_(requested), last_(requested) {}
 
 void Attempt::see(const Snapshot& before, const Snapshot& now) {
     if (!outcome_ && !now.running) {
@@ -33,7 +20,7 @@ void Attempt::see(const Snapshot& before, const Snapshot& now) {
         seeScanning(now.scanning, now.time);
     }
     if (!outcome_ && now.connection != before.connection) {
-        seeConnection(now.connection, now.time);
+        seeConnection(now);
     }
 }
 
@@ -59,25 +46,28 @@ void Attempt::seeScanning(bool scanning, Clock::time_point time) {
         stageBegan_ = time;
     } else {
         endStage(Stage::Kind::search, time);
-        patienceBegan_ = time;
     }
 }
 
-void Attempt::seeConnection(const ConnectionInfo& info, Clock::time_point time) {
+void Attempt::seeConnection(const Snapshot& now) {
+    const ConnectionInfo& info = now.connection;
+    const Clock::time_point time = now.time;
     const bool ours = info.ssid == ssid_;
     if (!begun()) {
         // Until the library starts the attempt, changes belong to the former connection.
         if (ours && info.status == Status::connectingWifi) {
             status_ = Status::connectingWifi;
-            stageBegan_ = patienceBegan_ = last_ = time;
+            stageBegan_ = last_ = time;
         }
         return;
     }
     if (info.status == Status::disconnected) {
-        end(linkIsUp() ? Outcome::lost : endOfJoining(info), time);
+        failure_ = now.lastOutcome;
+        end(linkIsUp() ? Outcome::lost : Outcome::failed, time);
         return;
     }
     if (!ours) {
+        failure_ = now.lastOutcome;
         otherSsid_ = info.ssid;
         end(Outcome::other, time);
         return;
@@ -95,12 +85,6 @@ void Attempt::seeConnection(const ConnectionInfo& info, Clock::time_point time) 
         endStage(Stage::Kind::address, time);
         end(Outcome::connected, time);
     }
-}
-
-Attempt::Outcome Attempt::endOfJoining(const ConnectionInfo& info) const {
-    const auto waited = info.disconnectTime - patienceBegan_;
-    const bool gaveUp = !scanning_ && waited >= patience - early && waited <= patience + late;
-    return gaveUp ? Outcome::notAnswering : Outcome::refused;
 }
 
 void Attempt::end(Outcome outcome, Clock::time_point time) {

@@ -23,19 +23,15 @@ struct Stage {
 
 // Follows one attempt to connect through what the Manager publishes, from the request to the outcome.
 //
-// The library reports that an attempt failed, but not why. When the supplicant does not react, the library ends the
-// attempt 2000 ms after it began or the last scan ended. This timeout stops when link set-up begins. So an end at
-// exactly this time counts as `notAnswering`, and any other end as `refused`. A timeout that a slow machine notices
-// late may count as `refused`.
+// An attempt that failed has the library's own record of why, in failure().
 class Attempt {
   public:
     enum class Outcome {
-        connected,     // with an address
-        notAnswering,  // no access point with this name answered
-        refused,       // the access point ended the attempt
-        lost,          // the link was up and broke before an address was obtained
-        other,         // the device is connected to another network
-        stopped,       // the supplicant stopped
+        connected,  // with an address
+        failed,     // failure() says why
+        lost,       // the link was up and broke before an address was obtained
+        other,      // the device is connected to another network
+        stopped,    // the supplicant stopped
     };
 
     // `requested` is the time of the request to connect to `ssid`.
@@ -58,6 +54,8 @@ class Attempt {
     const std::vector<Stage>& stages() const { return stages_; }
 
     const std::string& ssid() const { return ssid_; }
+    // Why it did not succeed. Nothing while it is in progress and after success.
+    const wifi::Outcome& failure() const { return failure_; }
     // The network that the device ended up with when the outcome is `other`.
     const std::string& otherSsid() const { return otherSsid_; }
     std::optional<int> signal() const { return signal_; }
@@ -66,21 +64,20 @@ class Attempt {
   private:
     using Status = wifi::ConnectionInfo::Status;
 
-    void seeConnection(const wifi::ConnectionInfo& info, Clock::time_point time);
+    void seeConnection(const Snapshot& now);
     void seeScanning(bool scanning, Clock::time_point time);
     void end(Outcome outcome, Clock::time_point time);
     void endStage(Stage::Kind kind, Clock::time_point time);
-    Outcome endOfJoining(const wifi::ConnectionInfo& info) const;
 
     std::string ssid_;
     Clock::time_point requested_;
     Clock::time_point stageBegan_;
-    Clock::time_point patienceBegan_;  // when the library's 2000 ms began
     Clock::time_point last_;
     Status status_ = Status::disconnected;
     bool scanning_ = false;
     std::vector<Stage> stages_;
     std::optional<Outcome> outcome_;
+    wifi::Outcome failure_;
     std::optional<int> signal_;
     std::string otherSsid_;
 };

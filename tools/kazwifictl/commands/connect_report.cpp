@@ -1,6 +1,7 @@
 #include "kazwifictl/commands/connect_report.h"
 
 #include <fmt/format.h>
+#include <wifi/client/words.h>
 
 #include <array>
 
@@ -37,27 +38,20 @@ Json stagesJson(const std::vector<Stage>& stages) {
 
 using Outcome = Attempt::Outcome;
 
-// The library's log overrules what the timing suggests (see Attempt).
-std::optional<Outcome> outcomeOf(const Attempt& attempt, const ConnectFacts& facts) {
-    const auto outcome = attempt.outcome();
-    if (outcome != Outcome::notAnswering && outcome != Outcome::refused) {
-        return outcome;
-    }
-    const auto reason = facts.hints.disconnectReason;
-    if (reason && causeFromReason(*reason)) {
-        return Outcome::refused;
-    }
-    return facts.hints.gaveUp ? Outcome::notAnswering : outcome;
+// Whether an access point took part in the attempt.
+bool wasTried(const wifi::Outcome& failure) {
+    return failure.stage >= wifi::Stage::authenticating;
 }
 
-std::string_view outcomeName(std::optional<Outcome> outcome) {
-    return textOf(outcome, {{std::nullopt, "timed-out"},
-                            {Outcome::connected, "connected"},
-                            {Outcome::notAnswering, "not-answering"},
-                            {Outcome::refused, "refused"},
-                            {Outcome::lost, "lost"},
-                            {Outcome::other, "other-network"},
-                            {Outcome::stopped, "stopped"}});
+std::string_view outcomeName(const Attempt& attempt) {
+    if (attempt.outcome() == Outcome::failed) {
+        return wasTried(attempt.failure()) ? "refused" : "not-answering";
+    }
+    return textOf(attempt.outcome(), {{std::nullopt, "timed-out"},
+                                      {Outcome::connected, "connected"},
+                                      {Outcome::lost, "lost"},
+                                      {Outcome::other, "other-network"},
+                                      {Outcome::stopped, "stopped"}});
 }
 
 Failure timedOut(const Attempt& attempt, const ConnectFacts& facts) {
@@ -71,7 +65,20 @@ Failure timedOut(const Attempt& attempt, const ConnectFacts& facts) {
             "moving nearer to the access point, or a longer --wait"};
 }
 
-Failure notAnswering(const ConnectFacts& facts) {
+// What the library found out.
+Failure explained(const Attempt& attempt, const ConnectFacts& facts) {
+    const wifi::client::Words words;
+    const wifi::Outcome& failure = attempt.failure();
+    std::string advice = words.advice(failure);
+    if (failure.cause == wifi::Cause::wrongKey || failure.cause == wifi::Cause::eapRejected) {
+        const std::string argument = shellArgument(facts.ssid, true);
+        advice = facts.saved ? fmt::format("kazwifictl forget {0}, then kazwifictl connect {0}", argument)
+                             : fmt::format("kazwifictl connect {}", argument);
+    }
+    return {ExitCode::failed, facts.what, words.cause(failure), advice};
+}
+
+Failure notAnswering(const Attempt& attempt, const ConnectFacts& facts) {
     if (validUtf8(facts.ssid) != facts.ssid || facts.ssid.find('\0') != std::string::npos) {
         return {ExitCode::failed, facts.what,
                 "its name contains NUL or is not UTF-8, so it cannot be sent to wpa_supplicant",
@@ -82,39 +89,27 @@ Failure notAnswering(const ConnectFacts& facts) {
                 "it is not in range, and no saved network with this name answers",
                 "kazwifictl list, or --hidden --security WORD for a hidden one"};
     }
-    return {ExitCode::failed, facts.what, "it does not answer", "moving nearer to the access point"};
-}
-
-Failure turnedAway(const ConnectFacts& facts) {
-    std::string why(facts.saved ? "the access point rejected this device; the saved password may be wrong"
-                                : likelyCause(facts.security));
-    if (facts.hints.disconnectReason) {
-        why = causeFromReason(*facts.hints.disconnectReason).value_or(why);
-    }
-    const std::string argument = shellArgument(facts.ssid, true);
-    return {ExitCode::failed, facts.what, "refused: " + why,
-            facts.saved ? fmt::format("kazwifictl forget {0}, then kazwifictl connect {0}", argument)
-                        : fmt::format("kazwifictl connect {}", argument)};
+    return explained(attempt, facts);
 }
 
 Failure failureOf(const Attempt& attempt, const ConnectFacts& facts, bool utf8) {
-    const auto outcome = outcomeOf(attempt, facts);
+    const auto outcome = attempt.outcome();
     if (!outcome) {
         return timedOut(attempt, facts);
     }
     switch (*outcome) {
         case Outcome::connected:
             break;
-        case Outcome::refused:
-            return turnedAway(facts);
-        case Outcome::notAnswering:
-            return notAnswering(facts);
+        case Outcome::failed:
+            return wasTried(attempt.failure()) ? explained(attempt, facts) : notAnswering(attempt, facts);
         case Outcome::lost:
-            return {ExitCode::failed, facts.what, "the radio link broke before the device got an address",
-                    "moving nearer to the access point"};
+            return {ExitCode::failed, facts.what,
+                    "the radio link broke before the device got an address: " +
+                        wifi::client::Words().cause(attempt.failure()),
+                    wifi::client::Words().advice(attempt.failure())};
         case Outcome::other:
             if (facts.saved && !facts.inRange) {
-                return notAnswering(facts);
+                return notAnswering(attempt, facts);
             }
             return {ExitCode::failed, facts.what,
                     fmt::format("the device is connected to {} instead", quoted(attempt.otherSsid(), utf8)),
@@ -149,7 +144,10 @@ void StageLines::show(const Attempt& attempt) {
 Report connectReport(const Attempt& attempt, const ConnectFacts& facts, const Output& output) {
     Report report;
     report.members = ssidMembers(facts.ssid);
-    report.members["outcome"] = outcomeName(outcomeOf(attempt, facts));
+    report.members["outcome"] = outcomeName(attempt);
+    const bool explained = attempt.failure().cause != wifi::Cause::none;
+    report.members["cause"] = explained ? Json(causeName(attempt.failure().cause)) : Json();
+    report.members["certainty"] = explained ? Json(certaintyName(attempt.failure().certainty)) : Json();
     const bool unknown = facts.saved && !facts.inRange && attempt.outcome() != Outcome::connected;
     report.members["saved"] = unknown ? Json() : Json(facts.kept && !facts.hints.saveFailed);
     report.members["signal_dbm"] = attempt.signal() ? Json(*attempt.signal()) : Json();

@@ -3,6 +3,7 @@
 #include "kazwifictl/commands/commands.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/failure.h"
+#include "kazwifictl/text/words.h"
 
 namespace kaz::ctl {
 namespace {
@@ -25,9 +26,11 @@ const std::map<Command, Function> functions{
 
 void checkSsid(const std::string& ssid, const std::string& what) {
     if (ssid.empty() || ssid.size() > 32) {
-        throw CommandFailed({ExitCode::refused, what,
-                             ssid.empty() ? "the SSID is empty" : "the SSID is longer than 32 bytes",
-                             "a name of 1 to 32 bytes"});
+        throw CommandFailed(
+            {ExitCode::refused, what,
+             brokenRule(ssid.empty() ? wifi::ConnectResult::ssidEmpty : wifi::ConnectResult::ssidTooLong,
+                        wifi::SecurityMode::none),
+             "a name of 1 to 32 bytes"});
     }
 }
 

@@ -3,7 +3,6 @@
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/spdlog.h>
 
-#include <charconv>
 #include <cstdio>
 #include <mutex>
 #include <string>
@@ -12,22 +11,6 @@
 #include "kazwifictl/text/ssid_text.h"
 
 namespace kaz::ctl {
-namespace {
-
-// The number in "PropertiesChanged: DisconnectReason=-15(...)".
-std::optional<int> reasonIn(std::string_view record) {
-    constexpr std::string_view prefix = "PropertiesChanged: DisconnectReason=";
-    if (!record.starts_with(prefix)) {
-        return std::nullopt;
-    }
-    int reason = 0;
-    const auto digits = record.substr(prefix.size());
-    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), reason);
-    return result.ec == std::errc() ? std::optional(reason) : std::nullopt;
-}
-
-}  // namespace
-
 class LibraryLog::Sink final : public spdlog::sinks::base_sink<std::mutex> {
   public:
     explicit Sink(bool verbose) : verbose_(verbose) { set_pattern_("%H:%M:%S.%e  %-7l  %v"); }
@@ -46,12 +29,8 @@ class LibraryLog::Sink final : public spdlog::sinks::base_sink<std::mutex> {
     void sink_it_(const spdlog::details::log_msg& message) override {
         const std::string_view text(message.payload.data(), message.payload.size());
         hints_.noBus |= text.starts_with("Cannot connect to the system bus");
-        hints_.gaveUp |= text.starts_with("No response from wpa_supplicant");
         hints_.saveFailed |= text.starts_with("Couldn't save wpa_supplicant config");
         hints_.nothingForgotten |= text.starts_with("Unable to remove network, configuration not found.");
-        if (const auto reason = reasonIn(text)) {
-            hints_.disconnectReason = reason;
-        }
         if (verbose_) {
             show(message);
         }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 
 #include "base/non_copyable.h"
 
@@ -15,11 +14,9 @@ namespace kaz::ctl {
 class LibraryLog : NonCopyable {
   public:
     struct Hints {
-        bool noBus = false;                   // the system bus cannot be reached
-        bool gaveUp = false;                  // the supplicant did not react to an attempt
-        bool saveFailed = false;              // the supplicant did not write its configuration
-        bool nothingForgotten = false;        // a network to forget was not in the configuration
-        std::optional<int> disconnectReason;  // IEEE 802.11 reason code of the last disconnection
+        bool noBus = false;             // the system bus cannot be reached
+        bool saveFailed = false;        // the supplicant did not write its configuration
+        bool nothingForgotten = false;  // a network to forget was not in the configuration
     };
 
     explicit LibraryLog(bool verbose);

@@ -43,8 +43,14 @@ int millisecondsUntil(Clock::time_point deadline) {
 Snapshot snapshotOf(wifi::Manager& manager) {
     const bool running =
         manager.isWifiStackInitialized();  // a supplicant that stops ends its scan without a callback
-    return {Clock::now(),       manager.isEnabled(),     running, running && manager.isScanning(),
-            manager.networks(), manager.connectionInfo()};
+    wifi::ConnectionDetails details = manager.connectionDetails();
+    return {Clock::now(),
+            manager.isEnabled(),
+            running,
+            running && manager.isScanning(),
+            manager.networks(),
+            std::move(details.info),
+            std::move(details.lastOutcome)};
 }
 
 }  // namespace
@@ -60,7 +66,7 @@ Session::Session(Interrupts& interrupts) : interrupts_(interrupts), manager_(mak
     manager_->onEnabledChanged(announce);
     manager_->onScanningChanged(announce);
     manager_->onNetworksListChanged(announce);
-    manager_->onConnectionInfoChanged(announce);
+    manager_->onConnectionDetailsChanged(announce);  // also after a change of the connection info
     // Reads what changed before the callbacks were registered. Later changes arrive through the callbacks.
     latest_ = snapshotOf(*manager_);
 }

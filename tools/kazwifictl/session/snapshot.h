@@ -1,5 +1,6 @@
 #pragma once
 
+#include <wifi/connection_details.h>
 #include <wifi/types.h>
 
 #include <algorithm>
@@ -19,6 +20,7 @@ struct Snapshot {
     bool scanning = false;
     std::vector<wifi::WifiNetwork> networks;
     wifi::ConnectionInfo connection;
+    wifi::Outcome lastOutcome;  // why the last connection or attempt ended
 
     bool isDisconnected() const { return connection.status == wifi::ConnectionInfo::Status::disconnected; }
 

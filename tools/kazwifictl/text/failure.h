@@ -23,7 +23,7 @@ enum class ExitCode : int {
 struct Failure {
     ExitCode code = ExitCode::failed;
     std::string what;    // "cannot connect to \"Home\""
-    std::string why;     // "refused: the password is wrong"
+    std::string why;     // "the password is wrong"
     std::string advice;  // what to try: "kazwifictl connect Home"; may be empty
 };
 

@@ -28,10 +28,10 @@ using Cells = std::array<std::string, columnCount>;
 using Widths = std::array<int, columnCount>;
 
 Cells cellsOf(const NetworkRow& row, bool utf8) {
-    const std::string_view state = row.isCurrent() ? statusInWords(row.status) : (row.saved ? "saved" : "");
+    const std::string state = row.isCurrent() ? statusInWords(row.status) : (row.saved ? "saved" : "");
     return {presentable(row.ssid, utf8),
             row.dBm ? fmt::format("{} {:>4} dBm", barsText(*row.dBm, utf8), *row.dBm) : "-",
-            std::string(row.security ? securityInWords(*row.security) : "-"), std::string(state)};
+            row.security ? securityInWords(*row.security) : "-", state};
 }
 
 Widths widthsOf(const std::vector<Cells>& lines, int columns) {

@@ -2,43 +2,38 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <wifi/client/words.h>
 
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
 
 #include "kazwifictl/text/text_of.h"
 
 namespace kaz::ctl {
 
+using wifi::Cause;
+using wifi::Certainty;
 using wifi::ConnectionInfo;
 using wifi::ConnectResult;
 using wifi::SecurityMode;
+using wifi::client::Words;
 
 namespace {
 
 struct Security {
     SecurityMode mode;
-    std::string_view inWords;
-    std::string_view likelyCause;                 // of a refusal
     std::array<std::string_view, 3> spellings{};  // the first is the name; the others are understood too
 };
 
-constexpr std::string_view passwordWrong = "the password is probably wrong";
-constexpr std::string_view accountWrong = "the identity, the password or the EAP method is probably wrong";
-
 constexpr std::array<Security, 8> securities{{
-    {SecurityMode::none,
-     "open",
-     "the access point rejected this device; it may be full or accept only known devices",
-     {"open", "none"}},
-    {SecurityMode::wep, "WEP", "the WEP key is probably wrong", {"wep"}},
-    {SecurityMode::wpaPsk, "WPA personal", passwordWrong, {"wpa", "wpa-psk", "wpa1"}},
-    {SecurityMode::rsnPsk, "WPA2 personal", passwordWrong, {"wpa2", "wpa2-psk", "rsn"}},
-    {SecurityMode::sae, "WPA3 personal", passwordWrong, {"wpa3", "wpa3-psk", "sae"}},
-    {SecurityMode::enterprise, "WPA enterprise", accountWrong, {"enterprise", "eap", "wpa-eap"}},
-    {SecurityMode::enterpriseVariant, "WPA enterprise", accountWrong, {"enterprise"}},
-    {SecurityMode::unsupported, "not supported", "the access point rejected this device", {"unsupported"}},
+    {SecurityMode::none, {"open", "none"}},
+    {SecurityMode::wep, {"wep"}},
+    {SecurityMode::wpaPsk, {"wpa", "wpa-psk", "wpa1"}},
+    {SecurityMode::rsnPsk, {"wpa2", "wpa2-psk", "rsn"}},
+    {SecurityMode::sae, {"wpa3", "wpa3-psk", "sae"}},
+    {SecurityMode::enterprise, {"enterprise", "eap", "wpa-eap"}},
+    {SecurityMode::enterpriseVariant, {"enterprise"}},
+    {SecurityMode::unsupported, {"unsupported"}},
 }};
 
 const Security& find(SecurityMode mode) {
@@ -55,8 +50,8 @@ bool equalIgnoringCase(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-std::string_view securityInWords(SecurityMode mode) {
-    return find(mode).inWords;
+std::string securityInWords(SecurityMode mode) {
+    return Words().security(mode);
 }
 
 std::string_view securityName(SecurityMode mode) {
@@ -87,12 +82,8 @@ bool isEnterprise(SecurityMode mode) {
     return mode == SecurityMode::enterprise || mode == SecurityMode::enterpriseVariant;
 }
 
-std::string_view statusInWords(ConnectionInfo::Status status) {
-    using Status = ConnectionInfo::Status;
-    return textOf(status, {{Status::disconnected, "not connected"},
-                           {Status::connectingWifi, "connecting"},
-                           {Status::connectingIP, "getting an address"},
-                           {Status::connected, "connected"}});
+std::string statusInWords(ConnectionInfo::Status status) {
+    return Words().status(status);
 }
 
 std::string_view preposition(ConnectionInfo::Status status) {
@@ -112,39 +103,34 @@ std::string_view reasonName(ConnectionInfo::DisconnectReason reason) {
     return textOf(reason, {{Reason::causedByUser, "user"}, {Reason::causedBySystem, "system"}});
 }
 
-std::string_view brokenRule(ConnectResult verdict, SecurityMode mode) {
-    const bool sae = mode == SecurityMode::sae;
-    return textOf(verdict,
-                  {{ConnectResult::ok, ""},
-                   {ConnectResult::ssidEmpty, "the SSID is empty"},
-                   {ConnectResult::ssidTooLong, "the SSID is longer than 32 bytes"},
-                   {ConnectResult::passwordTooShort,
-                    sae ? "the password is empty" : "the password is shorter than 8 bytes"},
-                   {ConnectResult::passwordTooLong,
-                    sae ? "the password is longer than 1024 bytes" : "the password is longer than 63 bytes"},
-                   {ConnectResult::wepKeyInvalidLength, "a WEP key has 5 or 13 characters"},
-                   {ConnectResult::eapMethodUnsupported, "wpa_supplicant does not offer this EAP method"},
-                   {ConnectResult::phase2MethodUnsupported, "unknown inner method"},
-                   {ConnectResult::securityModeUnsupported, "the network's security is not supported"}},
-                  "the settings are not valid");
+std::string brokenRule(ConnectResult verdict, SecurityMode mode) {
+    return Words().verdict(verdict, mode);
 }
 
-std::string_view likelyCause(SecurityMode mode) {
-    return find(mode).likelyCause;
+std::string_view causeName(Cause cause) {
+    return textOf(cause, {{Cause::outOfRange, "out-of-range"},
+                          {Cause::nothingInCommon, "nothing-in-common"},
+                          {Cause::wrongKey, "wrong-key"},
+                          {Cause::refused, "refused"},
+                          {Cause::full, "full"},
+                          {Cause::banned, "banned"},
+                          {Cause::eapRejected, "eap-rejected"},
+                          {Cause::serverUntrusted, "server-untrusted"},
+                          {Cause::noEapMethod, "no-eap-method"},
+                          {Cause::noAddress, "no-address"},
+                          {Cause::radioBlocked, "radio-blocked"},
+                          {Cause::supplicantGone, "supplicant-gone"},
+                          {Cause::supplicantSilent, "supplicant-silent"},
+                          {Cause::requestRefused, "request-refused"},
+                          {Cause::givenUp, "given-up"},
+                          {Cause::replaced, "replaced"},
+                          {Cause::weakSignal, "weak-signal"},
+                          {Cause::accessPointGone, "access-point-gone"},
+                          {Cause::deauthenticated, "deauthenticated"}});
 }
 
-std::optional<std::string_view> causeFromReason(int reason) {
-    switch (std::abs(reason)) {
-        case 5:
-            return "the access point is full";
-        case 14:
-        case 15:
-            return "the password is wrong";
-        case 23:
-            return "the identity or the password is wrong";
-        default:
-            return std::nullopt;
-    }
+std::string_view certaintyName(Certainty certainty) {
+    return textOf(certainty, {{Certainty::probable, "probable"}, {Certainty::certain, "certain"}});
 }
 
 }  // namespace kaz::ctl

@@ -1,6 +1,7 @@
 // Names for the library's values: short words for a person, and fixed names for programs.
 #pragma once
 
+#include <wifi/connection_details.h>
 #include <wifi/types.h>
 
 #include <array>
@@ -11,7 +12,7 @@
 namespace kaz::ctl {
 
 // "WPA2 personal"
-std::string_view securityInWords(wifi::SecurityMode mode);
+std::string securityInWords(wifi::SecurityMode mode);
 
 // "wpa2": what --security takes and JSON carries.
 std::string_view securityName(wifi::SecurityMode mode);
@@ -32,7 +33,7 @@ bool takesPassword(wifi::SecurityMode mode);
 bool isEnterprise(wifi::SecurityMode mode);
 
 // "getting an address"
-std::string_view statusInWords(wifi::ConnectionInfo::Status status);
+std::string statusInWords(wifi::ConnectionInfo::Status status);
 
 // "to" or "from", the word between statusInWords() and the SSID.
 std::string_view preposition(wifi::ConnectionInfo::Status status);
@@ -44,13 +45,12 @@ std::string_view statusName(wifi::ConnectionInfo::Status status);
 std::string_view reasonName(wifi::ConnectionInfo::DisconnectReason reason);
 
 // The rule that the settings break: "the password is shorter than 8 bytes". Empty for `ok`.
-std::string_view brokenRule(wifi::ConnectResult verdict, wifi::SecurityMode mode);
+std::string brokenRule(wifi::ConnectResult verdict, wifi::SecurityMode mode);
 
-// The likely cause when an access point with this security refuses the device. A guess.
-std::string_view likelyCause(wifi::SecurityMode mode);
+// "wrong-key"; "unknown" when nothing explains the end.
+std::string_view causeName(wifi::Cause cause);
 
-// The cause of a refusal, from the IEEE 802.11 reason code of the supplicant's last disconnection. Ignores the
-// sign of the code. Nothing when the code does not name a cause.
-std::optional<std::string_view> causeFromReason(int reason);
+// "certain", "probable"; "unknown" when nothing supports the cause.
+std::string_view certaintyName(wifi::Certainty certainty);
 
 }  // namespace kaz::ctl
