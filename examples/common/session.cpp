@@ -1,21 +1,26 @@
 #include "session.h"
 
+#include <wifi/client/words.h>
+
 #include <iostream>
 #include <string_view>
 #include <utility>
 
 namespace example {
 
+using kaz::wifi::ConnectionDetails;
 using kaz::wifi::ConnectionInfo;
 using kaz::wifi::ConnectResult;
 
 namespace {
 
-std::string inWords(const ConnectionInfo& info) {
+std::string inWords(const ConnectionDetails& now) {
+    const ConnectionInfo& info = now.info;
     switch (info.status) {
         case ConnectionInfo::Status::disconnected:
             if (info.disconnectReason == ConnectionInfo::DisconnectReason::causedBySystem) {
-                return "not connected; lost or could not join \"" + printable(info.disconnectSsid) + '"';
+                return "not connected to \"" + printable(info.disconnectSsid) +
+                       "\": " + kaz::wifi::client::Words().cause(now.lastOutcome);
             }
             return "not connected";
         case ConnectionInfo::Status::connectingWifi:
@@ -59,10 +64,10 @@ void Session::show(const kaz::wifi::client::Snapshot& now) {
         }
         std::cout.flush();
     }
-    if (inWords(now.connection.info) != inWords(connection_)) {
-        std::cout << inWords(now.connection.info) << std::endl;
+    if (inWords(now.connection) != inWords(connection_)) {
+        std::cout << inWords(now.connection) << std::endl;
     }
-    connection_ = now.connection.info;
+    connection_ = now.connection;
 }
 
 void Session::enter(const std::string& line) {
@@ -70,16 +75,9 @@ void Session::enter(const std::string& line) {
     settings.ssid = ssid_;
     settings.securityMode = kaz::wifi::SecurityMode::rsnPsk;
     settings.password = line;
-    switch (wifi_.connect(settings)) {
-        case ConnectResult::ok:  // show() shows the outcome
-            break;
-        case ConnectResult::passwordTooShort:
-        case ConnectResult::passwordTooLong:
-            std::cout << "a passphrase has 8 to 63 bytes" << std::endl;
-            break;
-        default:
-            std::cout << "an SSID has 1 to 32 bytes" << std::endl;
-            break;
+    const ConnectResult verdict = wifi_.connect(settings);
+    if (verdict != ConnectResult::ok) {  // otherwise show() shows the outcome
+        std::cout << kaz::wifi::client::Words().verdict(verdict, settings.securityMode) << std::endl;
     }
 }
 

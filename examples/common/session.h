@@ -26,7 +26,7 @@ class Session {
   private:
     kaz::wifi::Manager& wifi_;
     std::string ssid_;
-    kaz::wifi::ConnectionInfo connection_;
+    kaz::wifi::ConnectionDetails connection_;
     std::vector<kaz::wifi::WifiNetwork> networks_;
 };
 
