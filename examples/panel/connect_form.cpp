@@ -105,9 +105,14 @@ kaz::wifi::ConnectionSettings ConnectForm::settings() const {
     return settings;
 }
 
+kaz::wifi::Certificates ConnectForm::certificates() const {
+    return security_ == Enterprise ? certificates_ : kaz::wifi::Certificates();
+}
+
 void ConnectForm::clear() {
     wipe(typed_.password);
     typed_ = {};
+    certificates_ = {};
     hidden_ = false;
     guessed_ = false;
     security_ = Open;
@@ -157,6 +162,18 @@ void ConnectForm::setPhase2Method(const QString& text) {
     set(typed_.phase2Method, text);
 }
 
+void ConnectForm::setCaFile(const QString& text) {
+    set(certificates_.caFile, text);
+}
+
+void ConnectForm::setServerDomain(const QString& text) {
+    set(certificates_.serverDomain, text);
+}
+
+QString ConnectForm::serverRemark() const {
+    return security_ == Enterprise ? serverRemarkInWords(certificates_) : QString();
+}
+
 QStringList ConnectForm::eapMethods() const {
     return choices(eapMethods_);
 }
@@ -179,7 +196,13 @@ ConnectForm::Field ConnectForm::problemField() const {
         case ConnectResult::eapMethodUnsupported:
         case ConnectResult::phase2MethodUnsupported:
         case ConnectResult::securityModeUnsupported:
+        case ConnectResult::keyFileMissing:  // the form has no field for a key
             return MethodField;
+        case ConnectResult::fileInvalid:
+        case ConnectResult::caFileMissing:
+            return CaFileField;
+        case ConnectResult::serverDomainInvalid:
+            return DomainField;
     }
     // The library accepts this, but no network does.
     return security_ == Enterprise && typed_.identity.empty() ? IdentityField : NoField;
@@ -189,11 +212,14 @@ QString ConnectForm::problem() const {
     if (problemField() == IdentityField) {
         return QStringLiteral("The identity is missing");
     }
+    if (verdict() == ConnectResult::eapMethodUnsupported && !certificates_.caFile.empty()) {
+        return QStringLiteral("This method does not verify the server");
+    }
     return problemInWords(verdict(), modeOf(security_));
 }
 
 ConnectResult ConnectForm::verdict() const {
-    return validate_(settings());
+    return validate_(settings(), certificates());
 }
 
 void ConnectForm::set(std::string& field, const QString& text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <wifi/certificates.h>
 #include <wifi/types.h>
 
 #include <QtQml/qqmlregistration.h>
@@ -32,6 +33,9 @@ class ConnectForm : public QObject {
     Q_PROPERTY(QString anonymousIdentity READ anonymousIdentity WRITE setAnonymousIdentity NOTIFY changed)
     Q_PROPERTY(QString eapMethod READ eapMethod WRITE setEapMethod NOTIFY changed)  // empty: any
     Q_PROPERTY(QString phase2Method READ phase2Method WRITE setPhase2Method NOTIFY changed)
+    Q_PROPERTY(QString caFile READ caFile WRITE setCaFile NOTIFY changed)
+    Q_PROPERTY(QString serverDomain READ serverDomain WRITE setServerDomain NOTIFY changed)
+    Q_PROPERTY(QString serverRemark READ serverRemark NOTIFY changed)  // what is not verified; may be empty
     Q_PROPERTY(QStringList eapMethods READ eapMethods NOTIFY changed)
     Q_PROPERTY(QStringList phase2Methods READ phase2Methods NOTIFY changed)
     Q_PROPERTY(Field problemField READ problemField NOTIFY changed)
@@ -41,10 +45,11 @@ class ConnectForm : public QObject {
   public:
     enum Security { Open, Wep, Wpa, Wpa2, Wpa3, Enterprise };
     Q_ENUM(Security)
-    enum Field { NoField, SsidField, PasswordField, IdentityField, MethodField };
+    enum Field { NoField, SsidField, PasswordField, IdentityField, MethodField, CaFileField, DomainField };
     Q_ENUM(Field)
 
-    using Validate = std::function<kaz::wifi::ConnectResult(const kaz::wifi::ConnectionSettings&)>;
+    using Validate = std::function<kaz::wifi::ConnectResult(const kaz::wifi::ConnectionSettings&,
+                                                            const kaz::wifi::Certificates&)>;
 
     // Takes Manager::validate.
     explicit ConnectForm(Validate validate) : validate_(std::move(validate)) {}
@@ -56,6 +61,7 @@ class ConnectForm : public QObject {
 
     // The settings from the input. Fields that the security does not use are empty.
     kaz::wifi::ConnectionSettings settings() const;
+    kaz::wifi::Certificates certificates() const;
 
     // Clears the input on the screen and, as far as QString allows, in memory.
     Q_INVOKABLE void clear();
@@ -79,6 +85,11 @@ class ConnectForm : public QObject {
     void setEapMethod(const QString& text);
     QString phase2Method() const { return QString::fromStdString(typed_.phase2Method); }
     void setPhase2Method(const QString& text);
+    QString caFile() const { return QString::fromStdString(certificates_.caFile); }
+    void setCaFile(const QString& text);
+    QString serverDomain() const { return QString::fromStdString(certificates_.serverDomain); }
+    void setServerDomain(const QString& text);
+    QString serverRemark() const;
     QStringList eapMethods() const;
     QStringList phase2Methods() const;
     Field problemField() const;
@@ -94,6 +105,7 @@ class ConnectForm : public QObject {
 
     Validate validate_;
     kaz::wifi::ConnectionSettings typed_;
+    kaz::wifi::Certificates certificates_;
     Security security_ = Open;
     bool hidden_ = false;
     bool guessed_ = false;

@@ -123,7 +123,7 @@ void WifiPanel::prepareHidden() {
 
 void WifiPanel::submit() {
     const auto settings = form_.settings();
-    const ConnectResult verdict = wifi_.connect(settings);
+    const ConnectResult verdict = wifi_.connect(settings, form_.certificates());
     if (verdict == ConnectResult::ok) {
         begin(settings.ssid, settings.securityMode, false);
     } else {  // the form refuses everything that the library refuses, but the library decides

@@ -66,7 +66,9 @@ class WifiPanel : public QObject {
     void fail(Attempt::Outcome outcome, const std::string& ssid);
 
     NetworkModel networks_;
-    ConnectForm form_{[this](const auto& settings) { return wifi_.validate(settings); }};
+    ConnectForm form_{[this](const auto& settings, const auto& certificates) {
+        return wifi_.validate(settings, certificates);
+    }};
     bool on_ = false;
     bool running_ = false;
     bool scanning_ = false;

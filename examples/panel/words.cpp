@@ -69,8 +69,28 @@ QString problemInWords(ConnectResult verdict, SecurityMode mode) {
             return QStringLiteral("This inner method is not known");
         case ConnectResult::securityModeUnsupported:
             return QStringLiteral("This device cannot join such a network");
+        case ConnectResult::fileInvalid:
+            return QStringLiteral("A file begins with “/”");
+        case ConnectResult::caFileMissing:
+            return QStringLiteral("Without a CA the domain verifies nothing");
+        case ConnectResult::serverDomainInvalid:
+            return QStringLiteral("Not a domain, such as “example.org”");
+        case ConnectResult::keyFileMissing:
+            return QStringLiteral("This method needs a key");
     }
     return {};
+}
+
+QString serverRemarkInWords(const kaz::wifi::Certificates& certificates) {
+    if (certificates.caFile.empty()) {
+        return QStringLiteral(
+            "The server is not verified. A false access point could get the password. The CA and the domain, "
+            "which the "
+            "network's operator names, verify it.");
+    }
+    return certificates.serverDomain.empty()
+               ? QStringLiteral("Any server of this CA is trusted. The domain verifies which one.")
+               : QString();
 }
 
 QString passwordHint(SecurityMode mode) {

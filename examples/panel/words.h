@@ -1,6 +1,7 @@
 // The panel's texts for the library's values.
 #pragma once
 
+#include <wifi/certificates.h>
 #include <wifi/types.h>
 
 #include <QString>
@@ -12,6 +13,9 @@ QString securityInWords(kaz::wifi::SecurityMode mode);
 
 // Why these settings are invalid; empty for `ok`.
 QString problemInWords(kaz::wifi::ConnectResult verdict, kaz::wifi::SecurityMode mode);
+
+// What of the server is not verified; empty when it is.
+QString serverRemarkInWords(const kaz::wifi::Certificates& certificates);
 
 // The form of a password for this security, shown while the field is empty.
 QString passwordHint(kaz::wifi::SecurityMode mode);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <wifi/certificates.h>
 #include <wifi/connection_details.h>
 #include <wifi/types.h>
 
@@ -124,6 +125,19 @@ class [[gnu::visibility("default")]] Manager {
     /// The verdict of `connect` on the settings, without connecting: for a user interface that validates while the
     /// user types. Changes nothing and does not block. The verdict on an EAP method follows eapMethods().
     ConnectResult validate(const ConnectionSettings& settings) const;
+
+    /// The same for an enterprise network whose server is verified, or that asks for a client certificate. Empty
+    /// certificates change nothing. Otherwise:
+    ///
+    /// - `eapMethod` is "PEAP", "TTLS" or "TLS", if the supplicant offers it; the other methods verify no certificate.
+    ///   "TLS" needs a private key, and no password. An empty one means "TLS" with a private key, and without one that
+    ///   the server chooses between "PEAP" and "TTLS".
+    /// - The rules of ConnectResult for certificates apply after those of the settings.
+    ///
+    /// connectConfigured() uses them too, because the supplicant stores their paths and the key's password.
+    ConnectResult connect(const ConnectionSettings& settings, const Certificates& certificates);
+    /// The same for settings with certificates.
+    ConnectResult validate(const ConnectionSettings& settings, const Certificates& certificates) const;
 
     /// Connects to a configured network. See "Attempts" at Manager. Without a configuration of this SSID the
     /// attempt fails after the 2000 ms.

@@ -34,9 +34,23 @@ bool knowsWepKey(const NetworkConfig& network, const std::string& key) {
     return bytes == key || bytes == fromHex(key);
 }
 
+bool isDomainOrBelow(const std::string& domain, const std::string& wanted) {
+    return domain == wanted ||
+           (domain.ends_with(wanted) && domain.at(domain.size() - wanted.size() - 1) == '.');
+}
+
+// The network names a file of CAs, and a server's domain only with it.
+bool trustsServer(const NetworkConfig& network, const AccessPoint& accessPoint) {
+    return !network.has("ca_cert") ||
+           (network.bytes("ca_cert") == accessPoint.caFile &&
+            (!network.has("domain_suffix_match") ||
+             isDomainOrBelow(accessPoint.serverDomain, network.bytes("domain_suffix_match"))));
+}
+
 bool letsIn(const EapAccount& account, const NetworkConfig& network) {
     const std::string phase2 = network.bytes("phase2");
     return account.identity == network.bytes("identity") && account.password == network.bytes("password") &&
+           (account.method != "TLS" || network.has("private_key")) &&
            (account.method.empty() || !network.has("eap") || network.hasKeyword("eap", account.method)) &&
            (account.phase2.empty() || phase2.empty() || phase2.find(account.phase2) != std::string::npos);
 }
@@ -85,6 +99,9 @@ Admission admission(const NetworkConfig& network, const AccessPoint& accessPoint
             }
             return grantedIf(knowsPassphrase(network, accessPoint.password), Admission::refusedAtHandshake);
         case Security::eap:
+            if (!trustsServer(network, accessPoint)) {
+                return Admission::serverNotTrusted;
+            }
             return grantedIf(std::any_of(accessPoint.accounts.begin(), accessPoint.accounts.end(),
                                          [&](const EapAccount& account) { return letsIn(account, network); }),
                              Admission::refusedByServer);

@@ -12,6 +12,7 @@ enum class Admission {
     granted,
     refusedAtAuthentication,  // SAE and WEP: before the association
     refusedAtHandshake,       // a pre-shared key: the four-way handshake does not complete
+    serverNotTrusted,         // EAP: the network refuses the server's certificate
     refusedByServer,          // EAP
 };
 

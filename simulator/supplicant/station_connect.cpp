@@ -106,11 +106,16 @@ void Station::authenticateByEap() {
     }
     const std::string eap(network->config.text("eap"));
     events_.eap("accept proposed method", eap.empty() ? "PEAP" : eap.substr(0, eap.find(' ')));
-    if (admission(network->config, *accessPoint) == Admission::granted) {
+    const Admission verdict = admission(network->config, *accessPoint);
+    if (verdict == Admission::granted) {
         events_.eap("remote certificate verification", "success");
         events_.eap("completion", "success");
         handshake();
     } else {
+        if (verdict == Admission::serverNotTrusted) {
+            events_.eap("remote certificate verification", "self-signed certificate");
+            events_.eap("local TLS alert", "unknown CA");
+        }
         events_.eap("completion", "failure");
         refused(eapRefusedReason);
     }

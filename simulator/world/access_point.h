@@ -33,9 +33,11 @@ struct AccessPoint {
     Security security = Security::open;
     std::string password = {};  // WEP, WPA and SAE
     std::vector<EapAccount> accounts = {};
-    bool hidden = false;  // beacons without its SSID, answers only probes for it
-    bool full = false;    // refuses every station
-    bool busy = false;    // leaves handshakes unfinished until this is false
+    std::string caFile = {};        // the EAP server's certificate is of the CA in this file
+    std::string serverDomain = {};  // and for this domain
+    bool hidden = false;            // beacons without its SSID, answers only probes for it
+    bool full = false;              // refuses every station
+    bool busy = false;              // leaves handshakes unfinished until this is false
 
     bool operator==(const AccessPoint&) const = default;
 };

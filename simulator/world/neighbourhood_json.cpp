@@ -99,6 +99,8 @@ void fillAccessPoint(AccessPoint& accessPoint, const json& value, const std::str
         {"frequency", [](AccessPoint& a, const json& v) { a.frequency = v.get<std::uint16_t>(); }},
         {"security", [](AccessPoint& a, const json& v) { a.security = securityOf(v); }},
         {"password", [](AccessPoint& a, const json& v) { a.password = v.get<std::string>(); }},
+        {"ca_file", [](AccessPoint& a, const json& v) { a.caFile = v.get<std::string>(); }},
+        {"server_domain", [](AccessPoint& a, const json& v) { a.serverDomain = v.get<std::string>(); }},
         {"hidden", [](AccessPoint& a, const json& v) { a.hidden = v.get<bool>(); }},
         {"full", [](AccessPoint& a, const json& v) { a.full = v.get<bool>(); }},
         {"busy", [](AccessPoint& a, const json& v) { a.busy = v.get<bool>(); }},

@@ -75,6 +75,11 @@ constexpr std::array verdicts{
     Text<ConnectResult>{ConnectResult::phase2MethodUnsupported, "this inner method is not known"},
     Text<ConnectResult>{ConnectResult::securityModeUnsupported,
                         "the security of the network is not supported"},
+    Text<ConnectResult>{ConnectResult::fileInvalid,
+                        "the path of a file is relative, not UTF-8 or longer than 900 bytes"},
+    Text<ConnectResult>{ConnectResult::caFileMissing, "a domain verifies nothing without a CA"},
+    Text<ConnectResult>{ConnectResult::serverDomainInvalid, "the domain is not a domain name"},
+    Text<ConnectResult>{ConnectResult::keyFileMissing, "the private key is missing"},
 };
 constexpr const char* saePasswordEmpty = "the password is empty";
 constexpr const char* saePasswordTooLong = "the password is longer than 1024 bytes";

@@ -2,6 +2,7 @@
 // through the handler members.
 #pragma once
 
+#include <wifi/certificates.h>
 #include <wifi/connection_details.h>
 #include <wifi/types.h>
 
@@ -147,8 +148,10 @@ class Communicator : NonCopyable {
 
     virtual bool scanSync() = 0;
 
-    // Adds a network to the supplicant's configuration; null on failure.
-    virtual std::unique_ptr<ConfiguredNetwork> addNetworkSync(const ConnectionSettings& settings) = 0;
+    // Adds a network to the supplicant's configuration; null on failure. Only an enterprise network uses the
+    // certificates.
+    virtual std::unique_ptr<ConfiguredNetwork> addNetworkSync(const ConnectionSettings& settings,
+                                                              const Certificates& certificates) = 0;
     virtual bool reconnectSync() = 0;
     virtual bool disconnectSync() = 0;
 

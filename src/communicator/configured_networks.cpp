@@ -17,11 +17,12 @@ namespace kaz::wifi {
 ConfiguredNetworks::ConfiguredNetworks(const SupplicantInterface& supplicant) : supplicant_(supplicant) {}
 
 std::unique_ptr<Communicator::ConfiguredNetwork> ConfiguredNetworks::addSync(
-    const ConnectionSettings& settings) {
+    const ConnectionSettings& settings, const Certificates& certificates) {
     if (!supplicant_.mayUse("add network")) {
         return nullptr;
     }
-    dbus::Reply reply = supplicant_.interface().callWithSecrets("AddNetwork", networkSettings(settings));
+    dbus::Reply reply =
+        supplicant_.interface().callWithSecrets("AddNetwork", networkSettings(settings, certificates));
     const auto network = reply.read<dbus::OPath>();
     if (!network) {
         return nullptr;

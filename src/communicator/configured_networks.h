@@ -3,6 +3,7 @@
 #include "communicator/communicator.h"
 #include "communicator/supplicant_interface.h"
 
+#include <wifi/certificates.h>
 #include <wifi/types.h>
 
 #include <kaz/dbus/opath.h>
@@ -23,7 +24,8 @@ class ConfiguredNetworks {
 
     explicit ConfiguredNetworks(const SupplicantInterface& supplicant);
 
-    std::unique_ptr<Communicator::ConfiguredNetwork> addSync(const ConnectionSettings& settings);
+    std::unique_ptr<Communicator::ConfiguredNetwork> addSync(const ConnectionSettings& settings,
+                                                             const Certificates& certificates);
     bool selectSync(const dbus::OPath& network);
     bool removeSync(const dbus::OPath& network);
     bool setEnabledSync(const dbus::OPath& network, bool enabled);

@@ -74,8 +74,8 @@ bool DbusCommunicator::scanSync() {
 }
 
 std::unique_ptr<Communicator::ConfiguredNetwork> DbusCommunicator::addNetworkSync(
-    const ConnectionSettings& settings) {
-    return networks_.addSync(settings);
+    const ConnectionSettings& settings, const Certificates& certificates) {
+    return networks_.addSync(settings, certificates);
 }
 
 bool DbusCommunicator::reconnectSync() {

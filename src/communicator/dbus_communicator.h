@@ -55,7 +55,7 @@ class DbusCommunicator final : public Communicator {
     bool startStopSupplicantSync(bool start) override;
     bool scanSync() override;
     std::unique_ptr<Communicator::ConfiguredNetwork> addNetworkSync(
-        const ConnectionSettings& settings) override;
+        const ConnectionSettings& settings, const Certificates& certificates) override;
     bool reconnectSync() override;
     bool disconnectSync() override;
     std::optional<int> signalPollSync() override;

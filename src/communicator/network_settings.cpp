@@ -25,7 +25,24 @@ void addEnterpriseSettings(dbus::Variant::Map& map, const ConnectionSettings& se
     map.emplace("ieee80211w", managementFrameProtectionOptional);
 }
 
-void addSecuritySettings(dbus::Variant::Map& map, const ConnectionSettings& settings) {
+// The names of files are sent as they are: the supplicant opens them.
+void addCertificates(dbus::Variant::Map& map, const Certificates& certificates) {
+    const auto addIfGiven = [&map](const char* key, const std::string& value) {
+        if (!value.empty()) {
+            map.emplace(key, value);
+        }
+    };
+    addIfGiven("ca_cert", certificates.caFile);
+    addIfGiven("domain_suffix_match", certificates.serverDomain);
+    addIfGiven("client_cert", certificates.clientFile);
+    addIfGiven("private_key", certificates.keyFile);
+    if (!certificates.keyFile.empty()) {
+        addIfGiven("private_key_passwd", certificates.keyPassword);
+    }
+}
+
+void addSecuritySettings(dbus::Variant::Map& map, const ConnectionSettings& settings,
+                         const Certificates& certificates) {
     switch (settings.securityMode) {
         case SecurityMode::none:
             map.emplace("key_mgmt", "NONE");
@@ -49,6 +66,7 @@ void addSecuritySettings(dbus::Variant::Map& map, const ConnectionSettings& sett
         case SecurityMode::enterprise:
         case SecurityMode::enterpriseVariant:
             addEnterpriseSettings(map, settings);
+            addCertificates(map, certificates);
             break;
         case SecurityMode::unsupported:
             break;
@@ -57,13 +75,13 @@ void addSecuritySettings(dbus::Variant::Map& map, const ConnectionSettings& sett
 
 }  // namespace
 
-dbus::Variant::Map networkSettings(const ConnectionSettings& settings) {
+dbus::Variant::Map networkSettings(const ConnectionSettings& settings, const Certificates& certificates) {
     dbus::Variant::Map map;
     map.emplace("ssid", settings.ssid);
     if (settings.hidden) {
         map.emplace("scan_ssid", 1);
     }
-    addSecuritySettings(map, settings);
+    addSecuritySettings(map, settings, certificates);
     return map;
 }
 

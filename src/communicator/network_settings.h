@@ -2,11 +2,12 @@
 
 #include "dbus/variant.h"
 
+#include <wifi/certificates.h>
 #include <wifi/types.h>
 
 namespace kaz::wifi {
 
-// Converts the settings into the argument of AddNetwork.
-dbus::Variant::Map networkSettings(const ConnectionSettings& settings);
+// Converts the settings into the argument of AddNetwork. Empty certificates add nothing to it.
+dbus::Variant::Map networkSettings(const ConnectionSettings& settings, const Certificates& certificates);
 
 }  // namespace kaz::wifi

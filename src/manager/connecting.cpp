@@ -20,7 +20,7 @@ Connecting::Connecting(Communicator& communicator, ConnectionInfoHelper& tracker
       list_(list),
       judge_(judge) {}
 
-void Connecting::taskConnect(const ConnectionSettings& settings) {
+void Connecting::taskConnect(const ConnectionSettings& settings, const Certificates& certificates) {
     refusal_ = Refusal::none;
     log::debug("Connecting to {}", Communicator::makeSsidRedactable(settings.ssid));
     tracker_.notifyAboutConnectionAttempt(settings.ssid);
@@ -30,7 +30,7 @@ void Connecting::taskConnect(const ConnectionSettings& settings) {
         log::debug("Assuming that network might be hidden. {}",
                    Communicator::makeSsidRedactable(settings.ssid));
     }
-    const auto network = communicator_.addNetworkSync(settings);
+    const auto network = communicator_.addNetworkSync(settings, certificates);
     if (!network) {
         judge_.requestFailed(Facts::Request::refused);
         return;

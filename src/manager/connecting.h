@@ -9,6 +9,7 @@
 #include "manager/supplicant_configuration.h"
 #include "outcome/judge.h"
 
+#include <wifi/certificates.h>
 #include <wifi/types.h>
 
 #include <optional>
@@ -23,7 +24,7 @@ class Connecting : NonCopyable {
     Connecting(Communicator& communicator, ConnectionInfoHelper& tracker, ConnectionRefresh& refresh,
                SupplicantConfiguration& configuration, NetworkList& list, Judge& judge);
 
-    void taskConnect(const ConnectionSettings& settings);
+    void taskConnect(const ConnectionSettings& settings, const Certificates& certificates);
     void taskConnectConfigured(const std::string& ssid);
     void taskDisconnect();
     void taskForgetNetwork(const std::string& ssid);

@@ -4,13 +4,20 @@
 #include <iterator>
 
 namespace kaz::wifi {
+namespace {
 
-std::set<std::string> usableEapMethods(const std::set<std::string>& offered) {
-    static const std::set<std::string> candidates{"PEAP", "TTLS", "MSCHAPV2", "PWD"};
-    std::set<std::string> usable;
-    std::set_intersection(candidates.begin(), candidates.end(), offered.begin(), offered.end(),
-                          std::inserter(usable, usable.end()));
-    return usable;
+std::set<std::string> inBoth(const std::set<std::string>& a, const std::set<std::string>& b) {
+    std::set<std::string> both;
+    std::set_intersection(a.begin(), a.end(), b.begin(), b.end(), std::inserter(both, both.end()));
+    return both;
+}
+
+}  // namespace
+
+AcceptedMethods usableEapMethods(const std::set<std::string>& offered) {
+    static const std::set<std::string> plain{"PEAP", "TTLS", "MSCHAPV2", "PWD"};
+    static const std::set<std::string> withCertificates{"PEAP", "TTLS", "TLS"};
+    return {inBoth(plain, offered), inBoth(withCertificates, offered)};
 }
 
 const std::set<std::string>& phase2Methods() {

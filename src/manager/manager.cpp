@@ -62,6 +62,14 @@ ConnectResult Manager::validate(const ConnectionSettings& settings) const {
     return impl_->validate(settings);
 }
 
+ConnectResult Manager::connect(const ConnectionSettings& settings, const Certificates& certificates) {
+    return impl_->connect(settings, certificates);
+}
+
+ConnectResult Manager::validate(const ConnectionSettings& settings, const Certificates& certificates) const {
+    return impl_->validate(settings, certificates);
+}
+
 void Manager::connectConfigured(const std::string& ssid) {
     impl_->connectConfigured(ssid);
 }

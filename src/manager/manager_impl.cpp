@@ -1,6 +1,6 @@
 #include "manager/manager_impl.h"
 
-#include "manager/connect_validation.h"
+#include "manager/certificate_rules.h"
 #include "manager/wiped_settings.h"
 
 #include <utility>
@@ -87,18 +87,22 @@ void ManagerImpl::scan() {
     communicator_->pushTaskAsync_([this] { communicator_->scanSync(); });
 }
 
-ConnectResult ManagerImpl::connect(const ConnectionSettings& settings) {
-    const ConnectResult verdict = validate(settings);
+ConnectResult ManagerImpl::connect(const ConnectionSettings& settings, const Certificates& certificates) {
+    const AcceptedMethods available = published_.eapMethods();
+    const ConnectResult verdict = validateWithCertificates(settings, certificates, available);
     if (verdict == ConnectResult::ok) {
-        communicator_->pushTaskAsync_([this, copy = std::make_shared<const WipedSettings>(settings)] {
-            connecting_.taskConnect(copy->get());
+        auto copy = std::make_shared<const WipedSettings>(
+            settings, certificates, eapMethodsToAllow(settings, certificates, available));
+        communicator_->pushTaskAsync_([this, copy = std::move(copy)] {
+            connecting_.taskConnect(copy->settings(), copy->certificates());
         });
     }
     return verdict;
 }
 
-ConnectResult ManagerImpl::validate(const ConnectionSettings& settings) const {
-    return validateConnectionSettings(settings, eapMethods(), phase2Methods());
+ConnectResult ManagerImpl::validate(const ConnectionSettings& settings,
+                                    const Certificates& certificates) const {
+    return validateWithCertificates(settings, certificates, published_.eapMethods());
 }
 
 void ManagerImpl::connectConfigured(const std::string& ssid) {

@@ -15,6 +15,7 @@
 #include "manager/supplicant_reports.h"
 #include "outcome/judge.h"
 
+#include <wifi/certificates.h>
 #include <wifi/connection_details.h>
 #include <wifi/types.h>
 
@@ -47,10 +48,10 @@ class ManagerImpl : NonCopyable {
     bool isScanning() const { return reports_.isScanning(); }
     void scan();
     std::vector<WifiNetwork> networks() const { return published_.networks(); }
-    std::set<std::string> eapMethods() const { return published_.eapMethods(); }
+    std::set<std::string> eapMethods() const { return published_.eapMethods().plain; }
     std::set<std::string> phase2Methods() const { return wifi::phase2Methods(); }
-    ConnectResult connect(const ConnectionSettings& settings);
-    ConnectResult validate(const ConnectionSettings& settings) const;
+    ConnectResult connect(const ConnectionSettings& settings, const Certificates& certificates = {});
+    ConnectResult validate(const ConnectionSettings& settings, const Certificates& certificates = {}) const;
     void connectConfigured(const std::string& ssid);
     void disconnect();
     void forgetNetwork(const std::string& ssid);

@@ -33,7 +33,7 @@ void Published::publish(ConnectionDetails details) {
     }
 }
 
-void Published::publish(std::set<std::string> eapMethods) {
+void Published::publish(AcceptedMethods eapMethods) {
     const std::lock_guard lock(mutex_);
     std::swap(eapMethods_, eapMethods);
 }

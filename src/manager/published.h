@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/non_copyable.h"
+#include "manager/eap_methods.h"
 
 #include <wifi/connection_details.h>
 #include <wifi/types.h>
@@ -8,8 +9,6 @@
 #include <array>
 #include <functional>
 #include <mutex>
-#include <set>
-#include <string>
 #include <vector>
 
 namespace kaz::wifi {
@@ -25,14 +24,14 @@ class Published : NonCopyable {
     std::vector<WifiNetwork> networks() const { return copyOf(networks_); }
     ConnectionInfo connectionInfo() const { return copyOf(details_.info); }
     ConnectionDetails connectionDetails() const { return copyOf(details_); }
-    std::set<std::string> eapMethods() const { return copyOf(eapMethods_); }
+    AcceptedMethods eapMethods() const { return copyOf(eapMethods_); }
 
     // Replaces the copy, then invokes the callback that was registered at that moment. EAP methods have no callback.
     void publish(std::vector<WifiNetwork> networks);
     // The record with what explains it. Invokes the callback of the connection info if that changed, then that of the
     // details.
     void publish(ConnectionDetails details);
-    void publish(std::set<std::string> eapMethods);
+    void publish(AcceptedMethods eapMethods);
 
     // Replaces the callback. An empty function removes it.
     void onChange(Change change, std::function<void()> callback);
@@ -59,7 +58,7 @@ class Published : NonCopyable {
     mutable std::mutex mutex_;
     std::vector<WifiNetwork> networks_;
     ConnectionDetails details_;
-    std::set<std::string> eapMethods_;
+    AcceptedMethods eapMethods_;
     std::array<Callback, 5> callbacks_;
 };
 

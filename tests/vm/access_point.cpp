@@ -49,6 +49,17 @@ void AccessPoint::reconfigure(const std::string& line) {
     run("echo '" + line + "' >>/etc/hostapd/" + name_ + ".conf && systemctl restart ap@" + name_);
 }
 
+void AccessPoint::present(const std::string& certificate) {
+    run(": >/run/ap/" + name_ + ".log");
+    const std::string path = "/etc/certificates/" + certificate;
+    reconfigure("ca_cert=" + path + ".pem\nserver_cert=" + path + ".pem\nprivate_key=" + path + ".key");
+    run("hostapd_cli -p /run/hostapd -i " + name_ + " log_level DEBUG");
+}
+
+bool AccessPoint::sawInnerExchange() const {
+    return succeeds("grep -q -e '-> PHASE2_METHOD' /run/ap/" + name_ + ".log");
+}
+
 void AccessPoint::restore() {
     if (changed_) {
         run("/opt/guest/access-points restore " + name_);

@@ -28,8 +28,13 @@ class AccessPoint : NonCopyable {
     // Without a DHCP server the link comes up, but no address is given.
     void stopAddresses();
 
-    // Adds a line to hostapd's configuration and restarts hostapd.
+    // Adds lines to hostapd's configuration and restarts hostapd.
     void reconfigure(const std::string& line);
+
+    // Is an authentication server with this certificate of /etc/certificates.
+    void present(const std::string& certificate);
+    // Whether that server, with PEAP, has got as far as the exchange that proves the password.
+    bool sawInnerExchange() const;
 
     // Undoes all of these.
     void restore();

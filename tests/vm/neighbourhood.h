@@ -56,8 +56,9 @@ inline const wifi::ConnectionSettings absentNetwork =
 
 // Secrets that must not appear in a log.
 inline const std::vector<std::string> secrets = {
-    "wpa-one-secret", "wpa-two-secret", "mixed-secret",  "sae-secret",   "alice-secret",   "bob-secret",
-    "hidden-secret",  "twin-secret",    "absent-secret", "wrong-secret", "another-secret", "wEp5k",
+    "wpa-one-secret", "wpa-two-secret", "mixed-secret", "sae-secret",    "alice-secret",
+    "bob-secret",     "hidden-secret",  "twin-secret",  "absent-secret", "wrong-secret",
+    "another-secret", "wEp5k",          "key-secret",
 };
 
 }  // namespace kaz::vm

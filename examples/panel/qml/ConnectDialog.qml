@@ -19,7 +19,7 @@ PanelDialog {
     acceptText: "Join"
     acceptEnabled: form.valid
     wanted: wide ? 720 : 420
-    onAboutToShow: [ssid, identity, anonymous, password].forEach(field => field.reset())
+    onAboutToShow: [ssid, identity, anonymous, password, caFile, domain].forEach(field => field.reset())
     onOpened: (form.hidden ? ssid : enterprise ? identity : password).takeFocus()
     onClosed: form.clear()
 
@@ -102,5 +102,34 @@ PanelDialog {
             onEdited: text => dialog.form.anonymousIdentity = text
             onSubmitted: dialog.accept()
         }
+        PanelField {
+            id: caFile
+            fieldName: "caFileField"
+            visible: dialog.enterprise
+            label: "CA certificate (file)"
+            text: dialog.form.caFile
+            problem: dialog.form.problemField === ConnectForm.CaFileField ? dialog.form.problem : ""
+            onEdited: text => dialog.form.caFile = text
+            onSubmitted: dialog.accept()
+        }
+        PanelField {
+            id: domain
+            fieldName: "domainField"
+            visible: dialog.enterprise
+            label: "Domain of the server"
+            text: dialog.form.serverDomain
+            problem: dialog.form.problemField === ConnectForm.DomainField ? dialog.form.problem : ""
+            onEdited: text => dialog.form.serverDomain = text
+            onSubmitted: dialog.accept()
+        }
+    }
+    Label {
+        objectName: "serverRemark"
+        visible: text !== ""
+        text: dialog.form.serverRemark
+        color: Theme.secondaryText
+        wrapMode: Text.Wrap
+        font.pixelSize: Theme.smallSize
+        Layout.fillWidth: true
     }
 }

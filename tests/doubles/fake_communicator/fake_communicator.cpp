@@ -164,9 +164,9 @@ bool FakeCommunicator::scanSync() {
 }
 
 std::unique_ptr<wifi::Communicator::ConfiguredNetwork> FakeCommunicator::addNetworkSync(
-    const wifi::ConnectionSettings& settings) {
+    const wifi::ConnectionSettings& settings, const wifi::Certificates& certificates) {
     if (onAddNetwork) {
-        onAddNetwork(settings);
+        onAddNetwork(settings, certificates);
     }
     if (!stack_->record("addNetworkSync", settings.ssid)) {
         return nullptr;

@@ -43,8 +43,8 @@ class FakeCommunicator : public wifi::Communicator {
     // What the supplicant reports when refreshSync() asks.
     std::function<void()> onRefresh;
 
-    // Called with the settings of every addNetworkSync().
-    std::function<void(const wifi::ConnectionSettings&)> onAddNetwork;
+    // Called with the arguments of every addNetworkSync().
+    std::function<void(const wifi::ConnectionSettings&, const wifi::Certificates&)> onAddNetwork;
 
     void startEventLoop() override;
     void stopEventLoop() override;
@@ -59,7 +59,8 @@ class FakeCommunicator : public wifi::Communicator {
     bool saveNetworkConfigurationSync() override;
     bool startStopSupplicantSync(bool start) override;
     bool scanSync() override;
-    std::unique_ptr<ConfiguredNetwork> addNetworkSync(const wifi::ConnectionSettings& settings) override;
+    std::unique_ptr<ConfiguredNetwork> addNetworkSync(const wifi::ConnectionSettings& settings,
+                                                      const wifi::Certificates& certificates) override;
     bool reconnectSync() override;
     bool disconnectSync() override;
     std::optional<int> signalPollSync() override;

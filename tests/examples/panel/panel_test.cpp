@@ -182,6 +182,25 @@ TEST_F(Panel, JoinsAnEnterpriseNetworkWithIdentityAndMethods) {
     EXPECT_TRUE(becomes("Campus", "Connected"));
 }
 
+TEST_F(Panel, SaysThatTheServerIsNotVerifiedAndVerifiesIt) {
+    startAndLookAround("light", {800, 480});
+    choose("Campus");
+    ASSERT_TRUE(soon([this] { return isFocused("identityField"); }));
+    type("ada");
+    click("passwordField");
+    type("engine");
+    EXPECT_TRUE(textOf("serverRemark").contains("The server is not verified"));
+    click("domainField");
+    type("example.org");
+    EXPECT_FALSE(isEnabled("acceptButton"));
+    click("caFileField");
+    type("/etc/campus.pem");
+    EXPECT_EQ(textOf("serverRemark"), "(none)") << "it is not shown";
+    EXPECT_TRUE(isEnabled("acceptButton"));
+    click("acceptButton");
+    EXPECT_TRUE(becomes("Campus", "Connected"));
+}
+
 TEST_F(Panel, JoinsNetworksOfTheOtherSecurities) {
     startAndLookAround();
     for (const auto& [network, password] :

@@ -33,7 +33,9 @@ CommandFixture::CommandFixture() {
     sim::AccessPoint hidden = accessPoint("Speakeasy", sim::Security::wpa3, -57, "joe sent me");
     hidden.hidden = true;
     sim::AccessPoint campus = accessPoint("Campus", sim::Security::eap, -77);
-    campus.accounts = {{"ada", "engine no 2", "PEAP", "MSCHAPV2"}};
+    campus.accounts = {{"ada", "engine no 2", "PEAP", "MSCHAPV2"}, {"device", "", "TLS", ""}};
+    campus.caFile = "/etc/campus.pem";
+    campus.serverDomain = "radius.example.org";
     neighbourhood.accessPoints = {
         accessPoint("Home", sim::Security::wpa2, -48, "correct horse"),
         accessPoint("Café Größe", sim::Security::open, -69),

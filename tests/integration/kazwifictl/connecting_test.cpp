@@ -62,6 +62,34 @@ TEST_F(Connecting, SpeaksEap) {
          "engine no 2\n");
 }
 
+TEST_F(Connecting, SaysWhatOfTheServerIsNotVerified) {
+    startAndScan();
+    const std::vector<std::string> plain{"connect", "Campus",     "--identity",
+                                         "ada",     "--security", "enterprise"};
+    const auto with = [&plain](std::vector<std::string> more) {
+        more.insert(more.begin(), plain.begin(), plain.end());
+        return more;
+    };
+    EXPECT_TRUE(has(runs(0, plain, "engine no 2\n").out, "the server is not verified"));
+    const Finished ofCa = runs(0, with({"--ca-file", "/etc/campus.pem"}), "engine no 2\n");
+    EXPECT_TRUE(has(ofCa.out, "any server of this CA is trusted")) << ofCa.out;
+    const Finished verified =
+        runs(0, with({"--ca-file", "/etc/campus.pem", "--domain", "example.org"}), "engine no 2\n");
+    EXPECT_FALSE(has(verified.out, "server")) << verified.out;
+    EXPECT_TRUE(has(runs(0, with({"--json"}), "engine no 2\n").out, R"("server":"not-verified")"));
+    runs(1, with({"--ca-file", "/etc/other.pem"}), "engine no 2\n");
+}
+
+TEST_F(Connecting, TakesACertificateAndAKeyWithItsPassword) {
+    startAndScan();
+    writeFile(file("password"), "key secret\n");
+    const Finished result =
+        runs(0, {"-v", "connect", "Campus", "--identity", "device", "--client-cert", "/etc/device.pem",
+                 "--private-key", "/etc/device.key", "--password-file", file("password")});
+    EXPECT_TRUE(has(savedConfiguration(), "private_key_passwd=\"key secret\"")) << savedConfiguration();
+    EXPECT_FALSE(has(result.out + result.err, "key secret"));
+}
+
 TEST_F(Connecting, NeedsOnlyTheNameOfASavedNetwork) {
     save("Home", "correct horse");
     neighbourhood.configuredNetworks.front().emplace_back("disabled", std::int64_t{1});

@@ -136,6 +136,16 @@ TEST_F(ExitStatus, Is6ForSettingsThatBreakARule) {
     fails(6, {"connect", ""}, "the name is empty");
     fails(6, {"connect", "Campus", "--identity", "ada", "--eap", "MD5"}, "EAP method", "engine no 2\n");
     fails(6, {"connect", "Campus", "--identity", "ada", "--phase2", "X"}, "inner method", "engine no 2\n");
+    fails(6, {"connect", "Campus", "--identity", "ada", "--domain", "example.org"}, "--ca-file",
+          "engine no 2\n");
+    fails(6, {"connect", "Campus", "--identity", "ada", "--ca-file", "/ca", "--domain", "*.org"},
+          "domain name", "engine no 2\n");
+    fails(6, {"connect", "Campus", "--identity", "ada", "--client-cert", "/own"}, "--private-key",
+          "engine no 2\n");
+    fails(6, {"connect", "Campus", "--identity", "ada", "--ca-file", "/" + std::string(900, 'x')},
+          "900 bytes", "engine no 2\n");
+    fails(6, {"connect", "Campus", "--identity", "ada", "--ca-file", "/ca", "--eap", "PWD"},
+          "PEAP, TLS, TTLS", "engine no 2\n");
     fails(6, {"forget", ""}, "the name is empty");
     EXPECT_FALSE(wasCalled("AddNetwork"));
 }

@@ -215,6 +215,40 @@ TEST_F(Connecting, ConnectAcceptsOnlyTheEapMethodsOnOffer) {
     EXPECT_TRUE(callsOf("AddNetwork").empty());
 }
 
+TEST_F(Connecting, AServerIsTrustedOnlyWithItsCaAndDomain) {
+    accessPoint("Office").caFile = "/etc/office-ca.pem";
+    accessPoint("Office").serverDomain = "radius.example.org";
+    start();
+    ConnectionSettings target = office();
+    target.eapMethod.clear();
+    const wifi::Certificates right{"/etc/office-ca.pem", "example.org", "", "", ""};
+    for (const wifi::Certificates& wrong : {wifi::Certificates{"/etc/other-ca.pem", "", "", "", ""},
+                                            wifi::Certificates{right.caFile, "example.com", "", "", ""}}) {
+        user().forgetHistory();
+        ASSERT_EQ(manager().connect(target, wrong), ConnectResult::ok);
+        ASSERT_TRUE(user().waitToPass(Status::connectingWifi, "Office"));
+        ASSERT_TRUE(user().waitForStatus(Status::disconnected));
+    }
+    ASSERT_EQ(manager().connect(target, right), ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Office"));
+    ASSERT_TRUE(waitForSaved("domain_suffix_match=\"example.org\""));
+    ASSERT_TRUE(waitForSaved("eap=PEAP TTLS"));
+}
+
+TEST_F(Connecting, ADeviceWithACertificateNeedsNoPassword) {
+    accessPoint("Office").accounts = {{"device", "", "TLS", ""}};
+    start();
+    ConnectionSettings target;
+    target.ssid = "Office";
+    target.securityMode = SecurityMode::enterprise;
+    target.identity = "device";
+    ASSERT_EQ(manager().connect(target, {"", "", "/etc/device.pem", "/etc/device.key", "key secret"}),
+              ConnectResult::ok);
+    ASSERT_TRUE(user().waitForStatus(Status::connected, "Office"));
+    ASSERT_TRUE(waitForSaved("private_key_passwd=\"key secret\""));
+    EXPECT_FALSE(log().contains("key secret"));
+}
+
 TEST_F(Connecting, APasswordNeverReachesTheLog) {
     ConnectionSettings target = office();
     target.anonymousIdentity = "somebody";

@@ -79,11 +79,13 @@ char SecretHolder::ask(const std::string& request) const {
     return answer;
 }
 
-wifi::ConnectResult SecretHolder::connect(const wifi::ConnectionSettings& settings, Own own) const {
+wifi::ConnectResult SecretHolder::connect(const wifi::ConnectionSettings& settings, Own own,
+                                          const wifi::Certificates& certificates) const {
     std::string request = own == Own::kept ? "keep" : "connect";
     for (const std::string& part :
          {std::to_string(static_cast<int>(settings.securityMode)), std::string(settings.hidden ? "1" : "0"),
-          settings.ssid, settings.password, settings.identity, settings.anonymousIdentity}) {
+          settings.ssid, settings.password, settings.identity, settings.anonymousIdentity,
+          certificates.keyFile, certificates.keyPassword}) {
         request += '\n' + part;
     }
     return static_cast<wifi::ConnectResult>(ask(request));

@@ -4,6 +4,7 @@
 #include "base/non_copyable.h"
 #include "support/process/memory.h"
 
+#include <wifi/certificates.h>
 #include <wifi/types.h>
 
 #include <sys/types.h>
@@ -25,7 +26,8 @@ class SecretHolder : NonCopyable {
     ~SecretHolder();
 
     // The process wipes its own copies of the settings' secrets before this returns, or keeps them.
-    wifi::ConnectResult connect(const wifi::ConnectionSettings& settings, Own own = Own::wiped) const;
+    wifi::ConnectResult connect(const wifi::ConnectionSettings& settings, Own own = Own::wiped,
+                                const wifi::Certificates& certificates = {}) const;
     // Requests a scan.
     void scan() const { ask("scan"); }
     // Blocks the Manager's thread in a callback.

@@ -77,11 +77,14 @@ class Holder : NonCopyable {
         settings_.password.assign(next());
         settings_.identity.assign(next());
         settings_.anonymousIdentity.assign(next());
-        const wifi::ConnectResult verdict = user_->manager().connect(settings_);
+        certificates_.keyFile.assign(next());
+        certificates_.keyPassword.assign(next());
+        const wifi::ConnectResult verdict = user_->manager().connect(settings_, certificates_);
         if (!keep) {
             wipe(settings_.password);
             wipe(settings_.identity);
             wipe(settings_.anonymousIdentity);
+            wipe(certificates_.keyPassword);
         }
         return static_cast<char>(verdict);
     }
@@ -115,6 +118,7 @@ class Holder : NonCopyable {
     std::array<char, 4096> packet_{};
     std::string_view rest_;
     wifi::ConnectionSettings settings_;
+    wifi::Certificates certificates_;
     bool free_ = false;
     std::promise<void> unblock_;
     std::shared_future<void> unblocked_ = unblock_.get_future();

@@ -108,6 +108,17 @@ TEST_F(SecretsInMemory, SecretsAreGoneOnceTheRequestIsDone) {
     }
 }
 
+// The password of a private key is the last text but one of its message.
+TEST_F(SecretsInMemory, ThePasswordOfAKeyIsGoneOnceTheRequestIsDone) {
+    ConnectionSettings asked = office();
+    asked.password.clear();
+    ASSERT_EQ(holder().connect(asked, Own::wiped, {"", "", "", "/etc/key.pem", passphrase}),
+              ConnectResult::ok);
+    ASSERT_NO_FATAL_FAILURE(finish());
+    EXPECT_EQ(callsOf("AddNetwork").size(), 1U);
+    EXPECT_EQ(holder().places(passphrase), Places{});
+}
+
 TEST_F(SecretsInMemory, SecretsAreGoneWhenTheRequestIsDroppedAtTheBound) {
     holder().block();
     holder().fill();

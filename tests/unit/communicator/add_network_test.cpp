@@ -10,6 +10,7 @@ struct Case {
     const char* what;
     ConnectionSettings settings;
     std::string dictionary;
+    Certificates certificates = {};
 };
 
 ConnectionSettings settings(SecurityMode mode) {
@@ -80,6 +81,25 @@ const std::vector<Case> cases{
     {"enterprise with a phase 2 alone", enterprise("", "GTC", ""),
      R"({"identity": <"anna@example.com">, "ieee80211w": <i1>, "key_mgmt": <"WPA-EAP">, "password": <"pass\"word">, )" +
          phase1 + R"(, "phase2": <"auth=GTC">, "ssid": <"Home">})"},
+    {"enterprise with a CA",
+     settings(SecurityMode::enterprise),
+     R"({"ca_cert": <"/ca.pem">, "domain_suffix_match": <"example.org">, )" + plainEap.substr(1),
+     {"/ca.pem", "example.org", "", "", "not used without a key"}},
+    {"enterprise with everything",
+     enterprise("TLS", "", ""),
+     R"({"ca_cert": <"/ca.pem">, "client_cert": <"/own \"1\".pem">, "domain_suffix_match": <"example.org">, )"
+     R"("eap": <"TLS">, )" +
+         eapUpToPhase1.substr(1) +
+         R"(, "private_key": <"/key">, "private_key_passwd": <"key\"word">, "ssid": <"Home">})",
+     {"/ca.pem", "example.org", "/own \"1\".pem", "/key", "key\"word"}},
+    {"second form of enterprise with a CA",
+     settings(SecurityMode::enterpriseVariant),
+     R"({"ca_cert": <"/ca.pem">, )" + plainEap.substr(1),
+     {"/ca.pem", "", "", "", ""}},
+    {"another network with certificates",
+     settings(SecurityMode::rsnPsk),
+     wpaPsk,
+     {"/ca.pem", "example.org", "/own.pem", "/key", "key"}},
     {"unsupported", settings(SecurityMode::unsupported), R"({"ssid": <"Home">})"},
     {"unsupported, hidden", hidden(settings(SecurityMode::unsupported)),
      R"({"scan_ssid": <i1>, "ssid": <"Home">})"},
@@ -94,8 +114,9 @@ const std::vector<Case> cases{
 
 class AddNetwork : public CommunicatorTest {
   protected:
-    std::unique_ptr<Communicator::ConfiguredNetwork> add(const ConnectionSettings& wanted) {
-        return onLoop([&] { return communicator->addNetworkSync(wanted); });
+    std::unique_ptr<Communicator::ConfiguredNetwork> add(const ConnectionSettings& wanted,
+                                                         const Certificates& certificates = {}) {
+        return onLoop([&] { return communicator->addNetworkSync(wanted, certificates); });
     }
 };
 
@@ -103,7 +124,7 @@ TEST_F(AddNetwork, AddNetworkSendsExactlyTheSettingsOfEachSecurityMode) {
     onInterface("AddNetwork", reply("o", networkPath));
     startAttached();
     for (const Case& test : cases) {
-        EXPECT_NE(add(test.settings), nullptr) << test.what;
+        EXPECT_NE(add(test.settings, test.certificates), nullptr) << test.what;
         EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("AddNetwork", test.dictionary))) << test.what;
     }
 }

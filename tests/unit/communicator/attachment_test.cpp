@@ -160,7 +160,7 @@ TEST_F(Attachment, SupplicantWithoutInterfaceFailsOperationsWithoutARecord) {
     EXPECT_FALSE(onLoop([&] { return communicator->scanSync(); }));
     EXPECT_FALSE(onLoop([&] { return communicator->disconnectSync(); }));
     EXPECT_EQ(onLoop([&] { return communicator->signalPollSync(); }), std::nullopt);
-    EXPECT_EQ(onLoop([&] { return communicator->addNetworkSync({}); }), nullptr);
+    EXPECT_EQ(onLoop([&] { return communicator->addNetworkSync({}, {}); }), nullptr);
     EXPECT_THAT(onLoop([&] { return communicator->getAllConfiguredNetworksSync(); }), IsEmpty());
     EXPECT_THAT(takeCalls(), IsEmpty());
     EXPECT_THAT(takeLog(), IsEmpty());

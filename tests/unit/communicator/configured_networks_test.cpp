@@ -69,7 +69,7 @@ TEST_F(Networks, OwnAndListedChangesAreNotReported) {
     supplicant.onGet(other, networkInterface, "Properties", reply("v", "a{sv}", 1, "ssid", "s", "\"Home\""));
     onLoop([&] {
         communicator->configuredNetworks().listSync();
-        communicator->configuredNetworks().addSync(openNetwork("Cafe"));
+        communicator->configuredNetworks().addSync(openNetwork("Cafe"), {});
     });
     forget();
     emitFromInterface("NetworkAdded", "oa{sv}", other, 0);

@@ -216,7 +216,7 @@ FaultOperation resetFailedUnit() {
 
 FaultOperation addNetwork() {
     FaultOperation made = command("AddNetwork", [](auto& communicator) {
-        return communicator.addNetworkSync(openNetwork("x")) != nullptr;
+        return communicator.addNetworkSync(openNetwork("x"), {}) != nullptr;
     });
     made.good = reply("o", networkPath);
     made.huge = reply("o", longestPath);

@@ -17,7 +17,7 @@ struct Refusal {
 const dbus::OPath networkObject(networkPath);
 
 const std::vector<Refusal> refusals{
-    {"addNetworkSync", [](auto& c) { return c.addNetworkSync(openNetwork("Home")) == nullptr; },
+    {"addNetworkSync", [](auto& c) { return c.addNetworkSync(openNetwork("Home"), {}) == nullptr; },
      warning("Can't add network, wpa_supplicant isn't running.")},
     {"selectNetworkSync", [](auto& c) { return !c.configuredNetworks().selectSync(networkObject); },
      warning("Can't select network, wpa_supplicant isn't running.")},
@@ -95,7 +95,7 @@ TEST_F(Refusals, EapMethodsWhileDetachedAreRead) {
 TEST_F(Refusals, HandleFromBeforeADetachIsRefused) {
     onInterface("AddNetwork", reply("o", networkPath));
     startAttached();
-    const auto handle = onLoop([&] { return communicator->addNetworkSync(openNetwork("Home")); });
+    const auto handle = onLoop([&] { return communicator->addNetworkSync(openNetwork("Home"), {}); });
     ASSERT_NE(handle, nullptr);
     onLoop([&] { communicator->connectOrDisconnectFromSupplicantSync("inactive"); });
     forget();

@@ -19,8 +19,9 @@ TEST(SettingsSecrets, SecretsOfEachSecurityModeAreWiped) {
         settings.password = passphrase;
         settings.identity = passphrase;
         settings.anonymousIdentity = passphrase;
+        const Certificates certificates{"/ca.pem", "example.org", "/own.pem", "/key", passphrase};
         const test::FreedMemoryWatch watch(passphrase);
-        EXPECT_FALSE(networkSettings(settings).empty());
+        EXPECT_FALSE(networkSettings(settings, certificates).empty());
         EXPECT_EQ(watch.leaks(), 0U) << static_cast<int>(mode);
     }
 }

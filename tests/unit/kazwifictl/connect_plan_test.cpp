@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -55,6 +56,11 @@ TEST(ConnectPlan, FollowsFromWhatIsKnownAndAskedFor) {
         {"Home", given({"--password-file", "-"}), false, "settings 3"},
         {"Home", given({"--security", "wpa3"}), false, "settings 4"},
         {"Campus", {}, false, "usage: an enterprise network needs an identity"},
+        {"Campus", given({"--identity", "ada", "--private-key", "k", "--eap", "PEAP"}), false,
+         "usage: a private key is for the EAP method TLS"},
+        {"Campus", given({"--identity", "ada", "--private-key", "k", "--eap", "TLS"}), false, "settings 5"},
+        {"Cafe", given({"--ca-file", "ca.pem"}), false,
+         "usage: only an enterprise network uses certificates"},
         {"Elsewhere", {}, false, "look"},
         {"Elsewhere", {}, true, "saved?"},
         {"Elsewhere", given({"--password-file", "-"}), false, "look"},
@@ -82,8 +88,9 @@ TEST(ConnectPlan, LeavesAConnectionAloneThatIsThere) {
 }
 
 TEST(ConnectPlan, FillsInEverythingThatWasGiven) {
-    const ConnectOptions options = given({"--identity", "ada", "--anonymous-identity", "anon", "--eap",
-                                          "PEAP", "--phase2", "MSCHAPV2", "--hidden"});
+    const ConnectOptions options =
+        given({"--identity", "ada", "--anonymous-identity", "anon", "--eap", "PEAP", "--phase2", "MSCHAPV2",
+               "--hidden", "--ca-file", "/etc/ca", "--domain", "example.org", "--client-cert", "own.pem"});
     const ConnectPlan plan = planConnect("Campus", options, someView(), false);
     ASSERT_TRUE(std::holds_alternative<UseSettings>(plan));
     const auto& settings = std::get<UseSettings>(plan).settings;
@@ -95,6 +102,11 @@ TEST(ConnectPlan, FillsInEverythingThatWasGiven) {
     EXPECT_EQ(settings.phase2Method, "MSCHAPV2");
     EXPECT_TRUE(settings.hidden);
     EXPECT_TRUE(settings.password.empty());
+    const auto& certificates = std::get<UseSettings>(plan).certificates;
+    EXPECT_EQ(certificates.caFile, "/etc/ca");
+    EXPECT_EQ(certificates.serverDomain, "example.org");
+    EXPECT_EQ(certificates.clientFile, std::filesystem::current_path() / "own.pem");
+    EXPECT_EQ(certificates.keyFile, "");
 }
 
 }  // namespace

@@ -308,7 +308,10 @@ std::set<std::string> Manager::phase2Methods() const {
     return {"GTC", "MSCHAP", "MSCHAPV2", "PAP"};
 }
 
-ConnectResult Manager::connect(const ConnectionSettings& settings) {
+ConnectResult Manager::connect(const ConnectionSettings& settings, const Certificates& certificates) {
+    if (certificates.caFile.empty() && !certificates.serverDomain.empty()) {
+        return ConnectResult::caFileMissing;
+    }
     const bool psk =
         settings.securityMode == SecurityMode::wpaPsk || settings.securityMode == SecurityMode::rsnPsk;
     if (psk && settings.password.size() < 8) {

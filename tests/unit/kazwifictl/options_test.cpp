@@ -71,9 +71,32 @@ TEST(Options, TakeAnOptionalFileToSimulate) {
 }
 
 TEST(Options, TakeEverythingAboutANetwork) {
-    const Options options = parsed({"connect", "Campus", "--security", "enterprise", "--hidden", "--identity",
-                                    "me", "--anonymous-identity", "anon", "--eap", "PEAP", "--phase2",
-                                    "MSCHAPV2", "--password-file", "-", "--wait", "1.5", "--keep"});
+    const Options options = parsed({"connect",
+                                    "Campus",
+                                    "--security",
+                                    "enterprise",
+                                    "--hidden",
+                                    "--identity",
+                                    "me",
+                                    "--anonymous-identity",
+                                    "anon",
+                                    "--eap",
+                                    "PEAP",
+                                    "--phase2",
+                                    "MSCHAPV2",
+                                    "--password-file",
+                                    "-",
+                                    "--wait",
+                                    "1.5",
+                                    "--keep",
+                                    "--ca-file",
+                                    "ca.pem",
+                                    "--domain",
+                                    "example.org",
+                                    "--client-cert",
+                                    "own.pem",
+                                    "--private-key",
+                                    "key.pem"});
     EXPECT_EQ(options.ssid, "Campus");
     EXPECT_EQ(options.connect.security, wifi::SecurityMode::enterprise);
     EXPECT_TRUE(options.connect.hidden);
@@ -81,11 +104,18 @@ TEST(Options, TakeEverythingAboutANetwork) {
     EXPECT_EQ(options.connect.anonymousIdentity, "anon");
     EXPECT_EQ(options.connect.eapMethod, "PEAP");
     EXPECT_EQ(options.connect.phase2Method, "MSCHAPV2");
+    EXPECT_EQ(options.connect.caFile, "ca.pem");
+    EXPECT_EQ(options.connect.domain, "example.org");
+    EXPECT_EQ(options.connect.clientCert, "own.pem");
+    EXPECT_EQ(options.connect.privateKey, "key.pem");
     EXPECT_EQ(options.connect.passwordFile, "-");
     EXPECT_EQ(options.connect.wait, milliseconds(1500));
     EXPECT_TRUE(options.connect.keep);
     EXPECT_TRUE(options.connect.describesNetwork());
     EXPECT_FALSE(parsed({"connect", "Home", "--wait", "0"}).connect.describesNetwork());
+    for (const char* option : {"--ca-file", "--domain", "--client-cert", "--private-key"}) {
+        EXPECT_TRUE(parsed({"connect", "Home", option, "x"}).connect.describesNetwork()) << option;
+    }
 }
 
 TEST(Options, TakeAnySsid) {

@@ -38,6 +38,20 @@ TEST(Words, UnderstandTheNamesTheyGive) {
     EXPECT_EQ(securityFromName(""), std::nullopt);
 }
 
+TEST(Words, SayHowFarTheServerIsVerified) {
+    EXPECT_EQ(serverTrust(SecurityMode::rsnPsk, {}), std::nullopt);
+    EXPECT_EQ(serverTrust(SecurityMode::enterprise, {}), ServerTrust::notVerified);
+    EXPECT_EQ(serverTrust(SecurityMode::enterprise, {"", "", "/own.pem", "/key", ""}),
+              ServerTrust::notVerified);
+    EXPECT_EQ(serverTrust(SecurityMode::enterprise, {"/ca.pem", "", "", "", ""}), ServerTrust::anyOfCa);
+    EXPECT_EQ(serverTrust(SecurityMode::enterprise, {"/ca.pem", "example.org", "", "", ""}),
+              ServerTrust::verified);
+    EXPECT_EQ(serverRemark(std::nullopt), "");
+    EXPECT_EQ(serverRemark(ServerTrust::verified), "");
+    EXPECT_NE(serverRemark(ServerTrust::anyOfCa), "");
+    EXPECT_NE(serverRemark(ServerTrust::notVerified).find("not verified"), std::string_view::npos);
+}
+
 TEST(Words, NameEveryCauseDifferently) {
     std::set<std::string_view> names;
     const int last = static_cast<int>(wifi::Cause::deauthenticated);

@@ -80,7 +80,7 @@ TEST_F(Connect, ConnectPassesACopyOfAllSettings) {
     ConnectionSettings settings{"Home",     SecurityMode::enterprise, true, "password", "identity", "", "PAP",
                                 "anonymous"};
     ConnectionSettings seen;
-    communicator->onAddNetwork = [&](const ConnectionSettings& given) { seen = given; };
+    communicator->onAddNetwork = [&](const ConnectionSettings& given, const auto&) { seen = given; };
     EXPECT_EQ(engine->connect(settings), ConnectResult::ok);
     settings = ConnectionSettings();
     communicator->runTasks();

@@ -133,6 +133,24 @@ TEST_F(Manager, ManagerValidatesWithoutConnecting) {
     EXPECT_EQ(manager->connectionInfo(), ConnectionInfo());
 }
 
+TEST_F(Manager, ManagerForwardsCertificates) {
+    wifi::ConnectionSettings settings;
+    settings.ssid = "Home";
+    settings.securityMode = SecurityMode::enterprise;
+    wifi::Certificates certificates;
+    certificates.caFile = "ca.pem";
+    EXPECT_EQ(manager->validate(settings, certificates), ConnectResult::fileInvalid);
+    EXPECT_EQ(manager->connect(settings, certificates), ConnectResult::fileInvalid);
+    certificates.caFile = "/ca.pem";
+    EXPECT_EQ(manager->validate(settings, certificates), ConnectResult::ok);
+    EXPECT_EQ(callsOfTasks(), Calls{});
+    std::string caFile;
+    communicator->onAddNetwork = [&](const auto&, const wifi::Certificates& given) { caFile = given.caFile; };
+    EXPECT_EQ(manager->connect(settings, certificates), ConnectResult::ok);
+    communicator->runTasks();
+    EXPECT_EQ(caFile, "/ca.pem");
+}
+
 TEST_F(Manager, ManagerForwardsConnect) {
     int changes = 0;
     int details = 0;

@@ -20,7 +20,10 @@ class SecretsOfAConnectTask : public ::testing::TestWithParam<std::string> {
     SecretsOfAConnectTask() {
         auto owned = std::make_unique<FakeCommunicator>(stack);
         communicator = owned.get();
+        stack->eapMethods = {"TLS"};
+        stack->supplicantOn = true;
         engine = std::make_unique<wifi::ManagerImpl>(std::move(owned), std::make_shared<FakeClock>());
+        communicator->wifiServiceStatusChangeHandler();
         communicator->runTasks();
         settings.ssid = "Home";
         settings.securityMode = wifi::SecurityMode::enterprise;
@@ -38,6 +41,11 @@ class SecretsOfAConnectTask : public ::testing::TestWithParam<std::string> {
             EXPECT_EQ(watch.leaks(), 0U);
             settings.*member = "";
         }
+        certificates.keyPassword = GetParam();
+        const FreedMemoryWatch watch(GetParam());
+        EXPECT_EQ(engine->connect(settings, certificates), wifi::ConnectResult::ok);
+        whatFollows();
+        EXPECT_EQ(watch.leaks(), 0U);
     }
 
     RecordingLog log;
@@ -45,6 +53,7 @@ class SecretsOfAConnectTask : public ::testing::TestWithParam<std::string> {
     FakeCommunicator* communicator = nullptr;
     std::unique_ptr<wifi::ManagerImpl> engine;
     wifi::ConnectionSettings settings;
+    wifi::Certificates certificates{"/ca.pem", "example.org", "/own.pem", "/key", ""};
 };
 
 INSTANTIATE_TEST_SUITE_P(ShortAndLong, SecretsOfAConnectTask,

@@ -5,7 +5,7 @@
 namespace kaz::sim::test {
 namespace {
 
-const std::vector<std::string> peapAndTtls = {"PEAP", "TTLS"};
+const std::vector<std::string> peapAndTtls = {"PEAP", "TTLS", "TLS"};
 
 NetworkConfig network(const Settings& settings) {
     NetworkConfig config;
@@ -102,6 +102,31 @@ TEST(Credentials, OfAServerAreIdentityPasswordAndMethods) {
               Admission::granted);
     EXPECT_EQ(admission(login("ada", "bug"), campus), Admission::refusedByServer);
     EXPECT_EQ(admission(login("eve", "engine"), campus), Admission::refusedByServer);
+}
+
+TEST(Credentials, OfAnEapServerAreItsCaAndDomain) {
+    AccessPoint campus = offering(Security::eap);
+    campus.accounts = {{"ada", "engine", "", ""}, {"device", "", "TLS", ""}};
+    campus.caFile = "/ca.pem";
+    campus.serverDomain = "radius.example.org";
+    const auto verdict = [&](const Settings& more, const char* identity = "ada",
+                             const char* password = "engine") {
+        Settings settings = {{"key_mgmt", "WPA-EAP"}, {"identity", identity}, {"password", password}};
+        settings.insert(settings.end(), more.begin(), more.end());
+        const NetworkConfig config = network(settings);
+        return admission(config, campus);
+    };
+    EXPECT_EQ(verdict({{"ca_cert", "/ca.pem"}}), Admission::granted);
+    EXPECT_EQ(verdict({{"ca_cert", "/other.pem"}}), Admission::serverNotTrusted);
+    for (const auto& [domain, expected] : std::vector<std::pair<std::string, Admission>>{
+             {"radius.example.org", Admission::granted},
+             {"example.org", Admission::granted},
+             {"ample.org", Admission::serverNotTrusted},
+             {"my.radius.example.org", Admission::serverNotTrusted}}) {
+        EXPECT_EQ(verdict({{"ca_cert", "/ca.pem"}, {"domain_suffix_match", domain}}), expected) << domain;
+    }
+    EXPECT_EQ(verdict({{"eap", "TLS"}, {"private_key", "/key"}}, "device", ""), Admission::granted);
+    EXPECT_EQ(verdict({{"eap", "TLS"}}, "device", ""), Admission::refusedByServer);
 }
 
 }  // namespace

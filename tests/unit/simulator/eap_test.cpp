@@ -49,6 +49,18 @@ TEST_F(Eap, RefusesAWrongPasswordAndDisconnects) {
     EXPECT_EQ(get("DisconnectReason"), 23);
 }
 
+TEST_F(Eap, RefusesAServerOfAnotherCa) {
+    startCampus();
+    Settings verifying = login("ada", "engine");
+    verifying.emplace_back("ca_cert", "/ca.pem");
+    select(addNetwork(verifying));
+    ASSERT_TRUE(client_->becomes("State", "disconnected"));
+    EXPECT_THAT(eapSignals(),
+                ElementsAre(Pair("started", ""), Pair("accept proposed method", "PEAP"),
+                            Pair("remote certificate verification", "self-signed certificate"),
+                            Pair("local TLS alert", "unknown CA"), Pair("completion", "failure")));
+}
+
 TEST_F(Eap, MethodsAreThoseOfTheDevice) {
     start({.neighbourhood = {.eapMethods = {"TLS", "PEAP", "PEAP"}}});
     EXPECT_EQ(client_->get(supplicantRoot, "EapMethods"), json({"TLS", "PEAP", "PEAP"}));

@@ -24,7 +24,7 @@ std::string refusal(const std::string& text) {
 TEST(NeighbourhoodJson, ReadsEveryMemberOfAnAccessPoint) {
     const auto neighbourhood = neighbourhoodFromJson(R"({"access_points": [{
         "ssid_hex": "4100fe", "bssid": "02:00:00:00:00:07", "signal": -71, "frequency": 5180, "security": "eap",
-        "password": "unused", "hidden": true, "full": true, "busy": true,
+        "password": "unused", "ca_file": "/ca.pem", "server_domain": "radius.example.org", "hidden": true, "full": true, "busy": true,
         "accounts": [{"identity": "ada", "password": "p", "method": "PEAP", "phase2": "GTC"}]}]})");
     const AccessPoint expected{.ssid = std::string("A\0\xfe", 3),
                                .bssid = "02:00:00:00:00:07",
@@ -33,6 +33,8 @@ TEST(NeighbourhoodJson, ReadsEveryMemberOfAnAccessPoint) {
                                .security = Security::eap,
                                .password = "unused",
                                .accounts = {{"ada", "p", "PEAP", "GTC"}},
+                               .caFile = "/ca.pem",
+                               .serverDomain = "radius.example.org",
                                .hidden = true,
                                .full = true,
                                .busy = true};

@@ -39,7 +39,10 @@ class ConnectCommand : NonCopyable {
         facts_.what = "cannot connect to " + facts_.name;
         facts_.wait = options.connect.wait;
     }
-    ~ConnectCommand() { wipe(settings_.password); }
+    ~ConnectCommand() {
+        wipe(settings_.password);
+        wipe(certificates_.keyPassword);
+    }
 
     Report run() {
         checkSsid(options_.ssid, facts_.what);
@@ -55,6 +58,8 @@ class ConnectCommand : NonCopyable {
         }
         if (auto* settings = std::get_if<UseSettings>(&plan)) {
             settings_ = std::move(settings->settings);
+            certificates_ = std::move(settings->certificates);
+            facts_.server = serverTrust(settings_.securityMode, certificates_);
             fetchPassword();
         } else if (const auto* saved = std::get_if<UseSaved>(&plan)) {
             facts_.saved = true;
@@ -80,15 +85,18 @@ class ConnectCommand : NonCopyable {
         if (!takesPassword(settings_.securityMode)) {
             return;
         }
+        const bool ofKey = !certificates_.keyFile.empty();
+        std::string& password = ofKey ? certificates_.keyPassword : settings_.password;
         const auto& file = options_.connect.passwordFile;
         if (file) {
-            settings_.password = readSecret(*file, place_.interrupts());
+            password = readSecret(*file, place_.interrupts());
         } else if (::isatty(STDIN_FILENO) == 1) {
             output_.sayForNow({});  // erases the progress line, because the question bypasses output_
-            settings_.password =
-                askSecret(fmt::format("Password for {}: ", facts_.name), place_.interrupts());
+            password = askSecret(ofKey ? "Password of the private key, empty if it has none: "
+                                       : fmt::format("Password for {}: ", facts_.name),
+                                 place_.interrupts());
         } else {
-            settings_.password = readSecret("-", place_.interrupts());
+            password = readSecret("-", place_.interrupts());
         }
     }
 
@@ -97,8 +105,9 @@ class ConnectCommand : NonCopyable {
             session.manager().connectConfigured(options_.ssid);
             return;
         }
-        const ConnectResult verdict = session.manager().connect(settings_);
+        const ConnectResult verdict = session.manager().connect(settings_, certificates_);
         wipe(settings_.password);
+        wipe(certificates_.keyPassword);
         if (verdict != ConnectResult::ok) {
             throw CommandFailed({ExitCode::refused, facts_.what,
                                  std::string(brokenRule(verdict, settings_.securityMode)),
@@ -123,8 +132,9 @@ class ConnectCommand : NonCopyable {
         if (facts_.saved && !facts_.inRange) {
             return fmt::format("Trying {}, which is not in range but may be saved\n", name);
         }
-        return fmt::format("Connecting to {} ({})\n", name,
-                           facts_.saved ? "saved" : securityInWords(settings_.securityMode));
+        return fmt::format("Connecting to {} ({})\n{}", name,
+                           facts_.saved ? "saved" : securityInWords(settings_.securityMode),
+                           serverRemark(facts_.server));
     }
 
     // False when the command must return while the attempt continues.
@@ -191,6 +201,9 @@ class ConnectCommand : NonCopyable {
         const bool sae = settings_.securityMode == SecurityMode::sae;
         const std::string_view length = sae ? "a password of 1 to 1024 bytes" : "a password of 8 to 63 bytes";
         if (verdict == ConnectResult::eapMethodUnsupported) {
+            if (options_.connect.describesCertificates()) {
+                return "--eap with one of PEAP, TLS, TTLS";
+            }
             const auto methods = session.manager().eapMethods();
             return methods.empty() ? "without --eap"
                                    : fmt::format("--eap with one of {}", fmt::join(methods, ", "));
@@ -200,8 +213,12 @@ class ConnectCommand : NonCopyable {
         }
         return std::string(
             textOf(verdict,
-                   {{ConnectResult::passwordTooShort, length},
+                   {{ConnectResult::fileInvalid, "another path"},
+                    {ConnectResult::passwordTooShort, length},
                     {ConnectResult::passwordTooLong, length},
+                    {ConnectResult::caFileMissing, "--ca-file FILE"},
+                    {ConnectResult::serverDomainInvalid, "--domain with a name such as example.org"},
+                    {ConnectResult::keyFileMissing, "--private-key FILE"},
                     {ConnectResult::wepKeyInvalidLength, "the key as text, not in hexadecimal digits"},
                     {ConnectResult::securityModeUnsupported,
                      "--security wpa3 if the network uses WPA3 with a password"}},
@@ -213,6 +230,7 @@ class ConnectCommand : NonCopyable {
     Output& output_;
     ConnectFacts facts_;
     wifi::ConnectionSettings settings_;
+    wifi::Certificates certificates_;
 };
 
 }  // namespace

@@ -1,5 +1,9 @@
 #include "kazwifictl/commands/connect_plan.h"
 
+#include <filesystem>
+#include <optional>
+#include <system_error>
+
 #include "kazwifictl/text/words.h"
 
 namespace kaz::ctl {
@@ -9,6 +13,37 @@ using wifi::SecurityMode;
 using wifi::WifiNetwork;
 
 namespace {
+
+// The supplicant opens the files, in another folder.
+std::string absolutePath(const std::string& path) {
+    std::error_code error;
+    const auto absolute = std::filesystem::absolute(path, error);
+    return path.empty() || error ? path : absolute.string();
+}
+
+wifi::Certificates certificatesOf(const ConnectOptions& options) {
+    return {absolutePath(options.caFile),
+            options.domain,
+            absolutePath(options.clientCert),
+            absolutePath(options.privateKey),
+            {}};
+}
+
+// Why these options do not go together. Without certificates, an open network of the same name would be joined.
+std::optional<Failure> conflict(const ConnectOptions& options, SecurityMode mode) {
+    if (isEnterprise(mode)) {
+        if (options.identity.empty()) {
+            return Failure{ExitCode::usage, {}, "an enterprise network needs an identity", "--identity NAME"};
+        }
+        if (!options.privateKey.empty() && !options.eapMethod.empty() && options.eapMethod != "TLS") {
+            return Failure{ExitCode::usage, {}, "a private key is for the EAP method TLS", "without --eap"};
+        }
+    } else if (options.describesCertificates()) {
+        return Failure{
+            ExitCode::usage, {}, "only an enterprise network uses certificates", "--security enterprise"};
+    }
+    return std::nullopt;
+}
 
 // The caller sets `what` of a Failure.
 ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options, const WifiNetwork* network,
@@ -28,8 +63,8 @@ ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options,
                       : LookFirst{};
     }
     const SecurityMode mode = options.security ? *options.security : network->securityMode;
-    if (isEnterprise(mode) && options.identity.empty()) {
-        return Failure{ExitCode::usage, {}, "an enterprise network needs an identity", "--identity NAME"};
+    if (const auto failure = conflict(options, mode)) {
+        return *failure;
     }
     wifi::ConnectionSettings settings;
     settings.ssid = ssid;
@@ -39,7 +74,7 @@ ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options,
     settings.anonymousIdentity = options.anonymousIdentity;
     settings.eapMethod = options.eapMethod;
     settings.phase2Method = options.phase2Method;
-    return UseSettings{settings};
+    return UseSettings{settings, certificatesOf(options)};
 }
 
 }  // namespace

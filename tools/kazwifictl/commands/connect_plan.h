@@ -1,5 +1,6 @@
 #pragma once
 
+#include <wifi/certificates.h>
 #include <wifi/types.h>
 
 #include <string>
@@ -17,9 +18,10 @@ struct LookFirst {};  // the network is not in the list, and the options do not 
 struct UseSaved {
     bool inRange = false;
 };
-// The password is still missing.
+// The password is still missing: that of the private key if there is one.
 struct UseSettings {
     wifi::ConnectionSettings settings;
+    wifi::Certificates certificates;
 };
 using ConnectPlan = std::variant<AlreadyConnected, LookFirst, UseSaved, UseSettings, Failure>;
 

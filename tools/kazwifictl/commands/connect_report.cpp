@@ -152,6 +152,7 @@ Report connectReport(const Attempt& attempt, const ConnectFacts& facts, const Ou
     report.members["saved"] = unknown ? Json() : Json(facts.kept && !facts.hints.saveFailed);
     report.members["signal_dbm"] = attempt.signal() ? Json(*attempt.signal()) : Json();
     report.members["ms"] = inMilliseconds(attempt.total());
+    report.members["server"] = facts.server ? Json(serverTrustName(*facts.server)) : Json();
     report.members["stages"] = stagesJson(attempt.stages());
     const bool connected = attempt.outcome() == Outcome::connected;
     if (connected) {

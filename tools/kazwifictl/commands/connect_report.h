@@ -3,12 +3,14 @@
 #include <wifi/types.h>
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 #include "kazwifictl/commands/attempt.h"
 #include "kazwifictl/commands/commands.h"
 #include "kazwifictl/output/output.h"
 #include "kazwifictl/process/library_log.h"
+#include "kazwifictl/text/words.h"
 
 namespace kaz::ctl {
 
@@ -32,6 +34,7 @@ struct ConnectFacts {
     std::string name;  // the SSID as quoted() writes it
     std::string what;
     wifi::SecurityMode security = wifi::SecurityMode::none;  // of a network that was not saved
+    std::optional<ServerTrust> server;                       // of an enterprise network that was not saved
     bool saved = false;                                      // a saved network was asked for by name
     bool inRange = true;                                     // it was in the list
     bool kept = true;                                        // it is saved now

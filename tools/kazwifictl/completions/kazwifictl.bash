@@ -35,10 +35,10 @@ _kazwifictl() {
     case $previous in
         --color | --colour) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$word"); return ;;
         --security) mapfile -t COMPREPLY < <(compgen -W 'open wep wpa wpa2 wpa3 enterprise' -- "$word"); return ;;
-        --eap) mapfile -t COMPREPLY < <(compgen -W 'MSCHAPV2 PEAP PWD TTLS' -- "$word"); return ;;
+        --eap) mapfile -t COMPREPLY < <(compgen -W 'MSCHAPV2 PEAP PWD TLS TTLS' -- "$word"); return ;;
         --phase2) mapfile -t COMPREPLY < <(compgen -W 'GTC MSCHAP MSCHAPV2 PAP' -- "$word"); return ;;
-        --password-file) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- "$word"); return ;;
-        --identity | --anonymous-identity | --wait | --start-wait) return ;;
+        --password-file | --ca-file | --client-cert | --private-key) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- "$word"); return ;;
+        --identity | --anonymous-identity | --domain | --wait | --start-wait) return ;;
     esac
     if [[ $word == -* ]]; then
         local options='--json --color --verbose --simulate --start-wait --help'
@@ -46,7 +46,7 @@ _kazwifictl() {
             '') options+=' --version' ;;
             list) options+=' --names --saved' ;;
             connect) options+=' --hex --security --hidden --password-file --identity --anonymous-identity --eap
-                --phase2 --wait --keep' ;;
+                --phase2 --ca-file --domain --client-cert --private-key --wait --keep' ;;
             forget) options+=' --hex' ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")

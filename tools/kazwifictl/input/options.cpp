@@ -133,13 +133,15 @@ class Parser {
         addText("--password-file", connect.passwordFile, "FILE", "File with the password; - is stdin");
         addText("--identity", connect.identity, "NAME", "EAP identity");
         addText("--anonymous-identity", connect.anonymousIdentity, "NAME", "EAP outer identity");
-        addText("--eap", connect.eapMethod, "METHOD", "MSCHAPV2, PEAP, PWD or TTLS");
+        addText("--eap", connect.eapMethod, "METHOD", "MSCHAPV2, PEAP, PWD, TLS or TTLS");
         addText("--phase2", connect.phase2Method, "METHOD", "GTC, MSCHAP, MSCHAPV2 or PAP");
+        addText("--ca-file", connect.caFile, "FILE", "CA that the EAP server must have");
+        addText("--domain", connect.domain, "NAME", "Domain that the EAP server must have");
+        addText("--client-cert", connect.clientCert, "FILE", "Certificate of this device");
+        addText("--private-key", connect.privateKey, "FILE", "Its key, instead of the password");
         addSeconds(*sub, "--wait", connect.wait, "Seconds to wait (30); 0 returns at once");
         sub->add_flag("--keep", connect.keep, "Keep a new network saved even if connecting fails");
-        sub->footer(
-            "Examples: kazwifictl connect Home\n"
-            "          kazwifictl connect Lab --hidden --security wpa3 --password-file key");
+        sub->footer("Example: kazwifictl connect Lab --hidden --security wpa3 --password-file key");
     }
 
     CLI::App* command(Command command, const std::string& description) {
@@ -234,7 +236,11 @@ std::vector<std::string> optionNames(const std::string& command) {
 
 bool ConnectOptions::describesNetwork() const {
     return security || hidden || passwordFile || !identity.empty() || !anonymousIdentity.empty() ||
-           !eapMethod.empty() || !phase2Method.empty();
+           !eapMethod.empty() || !phase2Method.empty() || describesCertificates();
+}
+
+bool ConnectOptions::describesCertificates() const {
+    return !caFile.empty() || !domain.empty() || !clientCert.empty() || !privateKey.empty();
 }
 
 Parsed parseCommandLine(const std::vector<std::string>& arguments) {

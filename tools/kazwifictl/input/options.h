@@ -31,12 +31,17 @@ struct ConnectOptions {
     std::string anonymousIdentity;
     std::string eapMethod;
     std::string phase2Method;
+    std::string caFile;
+    std::string domain;
+    std::string clientCert;
+    std::string privateKey;
     std::optional<std::string> passwordFile;
     std::chrono::milliseconds wait{30000};
     bool keep = false;
 
     // Whether any option describes the network. Then a saved configuration is not used.
     bool describesNetwork() const;
+    bool describesCertificates() const;
 };
 
 struct Options {

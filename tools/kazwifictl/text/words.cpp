@@ -103,6 +103,32 @@ std::string_view reasonName(ConnectionInfo::DisconnectReason reason) {
     return textOf(reason, {{Reason::causedByUser, "user"}, {Reason::causedBySystem, "system"}});
 }
 
+std::optional<ServerTrust> serverTrust(SecurityMode mode, const wifi::Certificates& certificates) {
+    if (!isEnterprise(mode)) {
+        return std::nullopt;
+    }
+    if (certificates.caFile.empty()) {
+        return ServerTrust::notVerified;
+    }
+    return certificates.serverDomain.empty() ? ServerTrust::anyOfCa : ServerTrust::verified;
+}
+
+std::string_view serverTrustName(ServerTrust trust) {
+    return textOf(trust, {{ServerTrust::verified, "verified"},
+                          {ServerTrust::anyOfCa, "any-of-ca"},
+                          {ServerTrust::notVerified, "not-verified"}});
+}
+
+std::string_view serverRemark(std::optional<ServerTrust> trust) {
+    return textOf(
+        trust,
+        {{ServerTrust::anyOfCa, "  any server of this CA is trusted; --domain verifies which one\n"},
+         {ServerTrust::notVerified,
+          "  the server is not verified: a false access point could get the password;\n"
+          "  --ca-file and --domain verify it\n"}},
+        "");
+}
+
 std::string brokenRule(ConnectResult verdict, SecurityMode mode) {
     return Words().verdict(verdict, mode);
 }

@@ -1,6 +1,7 @@
 // Names for the library's values: short words for a person, and fixed names for programs.
 #pragma once
 
+#include <wifi/certificates.h>
 #include <wifi/connection_details.h>
 #include <wifi/types.h>
 
@@ -43,6 +44,22 @@ std::string_view statusName(wifi::ConnectionInfo::Status status);
 
 // "user", "system"; "unknown" when nothing was disconnected.
 std::string_view reasonName(wifi::ConnectionInfo::DisconnectReason reason);
+
+// How much it takes to pass as the server of an enterprise network.
+enum class ServerTrust {
+    verified,     // a certificate of the CA for the domain
+    anyOfCa,      // any server certificate of the CA
+    notVerified,  // nothing
+};
+
+// Nothing for another network, which has no server.
+std::optional<ServerTrust> serverTrust(wifi::SecurityMode mode, const wifi::Certificates& certificates);
+
+// "verified", "any-of-ca", "not-verified"
+std::string_view serverTrustName(ServerTrust trust);
+
+// A line that says what is not verified, and what would verify it. Empty when there is nothing to say.
+std::string_view serverRemark(std::optional<ServerTrust> trust);
 
 // The rule that the settings break: "the password is shorter than 8 bytes". Empty for `ok`.
 std::string brokenRule(wifi::ConnectResult verdict, wifi::SecurityMode mode);
