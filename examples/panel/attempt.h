@@ -1,50 +1,39 @@
 #pragma once
 
-#include <wifi/types.h>
+#include <wifi/client/follower.h>
+#include <wifi/connection_details.h>
 
 #include <chrono>
 #include <optional>
 #include <string>
+#include <utility>
 
-// Tracks one attempt to connect, from the request to the outcome. Its input is what the Manager's getters return, so
-// tests need no Manager.
-//
-// The library reports that an attempt failed, but not why. If no access point answers, it fails 2000 ms after the
-// request or the last scan. If it fails at another time, the network refused the device.
+// Tracks one attempt to connect, from the request to the outcome. Its input is what the Manager publishes, so tests need
+// no Manager.
 class Attempt {
   public:
     enum class Outcome {
         connected,
-        notAnswering,  // no access point with this SSID answered
-        refused,       // the network refused the device
-        noAddress,     // the link is up, but there is no address after half a minute; this may still change
-        lost,          // the link broke
-        stopped,       // Wi-Fi stopped meanwhile
+        failed,     // why() says why
+        noAddress,  // the link is up, but there is no address after half a minute; this may still change
+        lost,       // the link broke; why() says why
+        stopped,    // Wi-Fi stopped meanwhile
     };
     using Clock = std::chrono::steady_clock;
 
-    // What the Manager's getters return at one moment.
-    struct Sight {
-        kaz::wifi::ConnectionInfo info;
-        bool running = true;
-        bool scanning = false;
-        Clock::time_point scanningChanged;  // when `scanning` last changed
-        Clock::time_point now;
-    };
-
-    Attempt(std::string ssid, Clock::time_point requested);
+    explicit Attempt(std::string ssid) : ssid_(std::move(ssid)) {}
 
     const std::string& ssid() const { return ssid_; }
 
     // Returns the outcome once there is one. Call it after each change and periodically, but not after the outcome.
-    std::optional<Outcome> see(const Sight& sight);
+    std::optional<Outcome> see(const kaz::wifi::client::Snapshot& state, Clock::time_point now);
+
+    const kaz::wifi::Outcome& why() const { return why_; }
 
   private:
-    Outcome end(const Sight& sight) const;
-
     std::string ssid_;
-    Clock::time_point patienceBegan_;  // start of the 2000 ms
     Clock::time_point linkUpSince_;
     bool begun_ = false;
     bool linkUp_ = false;
+    kaz::wifi::Outcome why_;
 };

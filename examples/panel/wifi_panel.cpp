@@ -8,76 +8,62 @@
 
 using kaz::wifi::ConnectionInfo;
 using kaz::wifi::ConnectResult;
-using kaz::wifi::SecurityMode;
+using kaz::wifi::client::Snapshot;
 using Status = kaz::wifi::ConnectionInfo::Status;
 
 WifiPanel::WifiPanel(QObject* parent) : QObject(parent) {
     attemptClock_.setInterval(std::chrono::seconds(1));
-    connect(&attemptClock_, &QTimer::timeout, this, &WifiPanel::refresh);
-    const auto wakeUp = [this] { wake(); };
-    wifi_.onEnabledChanged(wakeUp);
-    wifi_.onScanningChanged([this] {
-        scanningChanged_ = Attempt::Clock::now();
-        wake();
-    });
-    wifi_.onNetworksListChanged(wakeUp);
-    wifi_.onConnectionInfoChanged(wakeUp);
-    refresh();
+    connect(&attemptClock_, &QTimer::timeout, this, &WifiPanel::followAttempt);
+    connect(&arrivals_, &QSocketNotifier::activated, this, &WifiPanel::takeAll);
+    takeAll();
 }
 
-// Runs on the Manager's thread. Several changes queue one refresh, which reads the latest state. Qt drops a queued
-// refresh when the panel is destroyed.
-void WifiPanel::wake() {
-    if (!awake_.exchange(true)) {
-        QMetaObject::invokeMethod(this, &WifiPanel::refresh, Qt::QueuedConnection);
+void WifiPanel::takeAll() {
+    while (auto state = wifi_.take()) {
+        show(std::move(*state));
     }
 }
 
-void WifiPanel::refresh() {
-    awake_ = false;  // before reading: a later change queues another refresh
-    on_ = wifi_.isEnabled();
-    scanning_ = wifi_.isScanning();
-    const bool ran = std::exchange(running_, wifi_.isWifiStackInitialized());
-    if (running_ && !ran) {
-        wifi_.scan();
+void WifiPanel::show(Snapshot state) {
+    const Snapshot before = std::exchange(state_, std::move(state));
+    if (state_.running && !before.running) {
+        wifi_.manager().scan();
     }
-    const auto info = wifi_.connectionInfo();
-    networks_.update(info, wifi_.networks());
-    form_.setMethods(wifi_.eapMethods(), wifi_.phase2Methods());
-    follow(info);
+    networks_.update(state_.connection.info, state_.networks);
+    form_.setMethods(wifi_.manager().eapMethods(), wifi_.manager().phase2Methods());
+    follow(before.connection.info);
     Q_EMIT changed();
 }
 
-void WifiPanel::follow(const ConnectionInfo& info) {
-    const ConnectionInfo before = std::exchange(connection_, info);
+void WifiPanel::follow(const ConnectionInfo& before) {
+    const ConnectionInfo& info = state_.connection.info;
     if (attempt_) {
-        followAttempt(info);
+        followAttempt();
     } else if (info.status == Status::connected) {
         dismissProblem();
     } else if (before.status == Status::connected && info.status == Status::disconnected &&
-               info.disconnectReason == ConnectionInfo::DisconnectReason::causedBySystem && running_) {
-        fail(Attempt::Outcome::lost, info.disconnectSsid);
+               info.disconnectReason == ConnectionInfo::DisconnectReason::causedBySystem && state_.running) {
+        fail(Attempt::Outcome::lost, state_.connection.lastOutcome, info.disconnectSsid);
     }
 }
 
-void WifiPanel::followAttempt(const ConnectionInfo& info) {
-    const auto outcome = attempt_->see({info, running_, scanning_, scanningChanged_, Attempt::Clock::now()});
+void WifiPanel::followAttempt() {
+    const auto outcome = attempt_->see(state_, Attempt::Clock::now());
     if (!outcome) {
         return;
     }
     const std::string ssid = attempt_->ssid();
+    const kaz::wifi::Outcome why = attempt_->why();
     endAttempt();
-    fail(*outcome, ssid);
+    fail(*outcome, why, ssid);
     // Forget settings that did not work, or the supplicant would retry them.
-    const bool useless = *outcome == Attempt::Outcome::refused || *outcome == Attempt::Outcome::notAnswering;
-    if (useless && !attemptSaved_) {
-        wifi_.forgetNetwork(ssid);
+    if (*outcome == Attempt::Outcome::failed && !attemptSaved_) {
+        wifi_.manager().forgetNetwork(ssid);
     }
 }
 
-void WifiPanel::begin(const std::string& ssid, SecurityMode security, bool saved) {
-    attempt_.emplace(ssid, Attempt::Clock::now());
-    attemptSecurity_ = security;
+void WifiPanel::begin(const std::string& ssid, bool saved) {
+    attempt_.emplace(ssid);
     attemptSaved_ = saved;
     attemptClock_.start();
     dismissProblem();
@@ -88,16 +74,20 @@ void WifiPanel::endAttempt() {
     attemptClock_.stop();
 }
 
-void WifiPanel::fail(Attempt::Outcome outcome, const std::string& ssid) {
-    problem_ = failureInWords(outcome, shownSsid(ssid), attemptSecurity_, attemptSaved_);
-    problemSsid_ = outcome == Attempt::Outcome::refused ? ssid : std::string();
+// The user can try again where an access point took part.
+void WifiPanel::fail(Attempt::Outcome outcome, const kaz::wifi::Outcome& why, const std::string& ssid) {
+    problem_ = failureInWords(outcome, why, shownSsid(ssid));
+    const bool tried = outcome == Attempt::Outcome::failed && why.stage >= kaz::wifi::Stage::authenticating;
+    problemSsid_ = tried ? ssid : std::string();
+    Q_EMIT changed();
 }
 
 void WifiPanel::setOn(bool on) {
     endAttempt();
     dismissProblem();
-    wifi_.setEnabled(on);
-    refresh();
+    wifi_.manager().setEnabled(on);
+    state_.enabled = on;
+    Q_EMIT changed();
 }
 
 QString WifiPanel::problemId() const {
@@ -105,7 +95,7 @@ QString WifiPanel::problemId() const {
 }
 
 void WifiPanel::scan() {
-    wifi_.scan();
+    wifi_.manager().scan();
 }
 
 bool WifiPanel::prepare(const QString& networkId) {
@@ -123,9 +113,9 @@ void WifiPanel::prepareHidden() {
 
 void WifiPanel::submit() {
     const auto settings = form_.settings();
-    const ConnectResult verdict = wifi_.connect(settings, form_.certificates());
+    const ConnectResult verdict = wifi_.manager().connect(settings, form_.certificates());
     if (verdict == ConnectResult::ok) {
-        begin(settings.ssid, settings.securityMode, false);
+        begin(settings.ssid, false);
     } else {  // the form refuses everything that the library refuses, but the library decides
         problem_ = problemInWords(verdict, settings.securityMode);
         Q_EMIT changed();
@@ -136,14 +126,14 @@ void WifiPanel::submit() {
 void WifiPanel::joinSaved(const QString& networkId) {
     const NetworkModel::Row* network = networks_.find(ssidOfId(networkId));
     if (network != nullptr) {
-        wifi_.connectConfigured(network->ssid);
-        begin(network->ssid, network->security, true);
+        wifi_.manager().connectConfigured(network->ssid);
+        begin(network->ssid, true);
     }
 }
 
 void WifiPanel::leave() {
     endAttempt();
-    wifi_.disconnect();
+    wifi_.manager().disconnect();
 }
 
 void WifiPanel::forget(const QString& networkId) {
@@ -151,7 +141,7 @@ void WifiPanel::forget(const QString& networkId) {
     if (attempt_ && attempt_->ssid() == ssid) {
         endAttempt();
     }
-    wifi_.forgetNetwork(ssid);
+    wifi_.manager().forgetNetwork(ssid);
 }
 
 void WifiPanel::dismissProblem() {

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <wifi/manager.h>
+#include <wifi/client/follower.h>
 
 #include <QtQml/qqmlregistration.h>
 #include <QObject>
+#include <QSocketNotifier>
 #include <QString>
 #include <QTimer>
 
-#include <atomic>
 #include <optional>
 
 #include "attempt.h"
@@ -33,10 +33,10 @@ class WifiPanel : public QObject {
   public:
     explicit WifiPanel(QObject* parent = nullptr);
 
-    bool isOn() const { return on_; }
+    bool isOn() const { return state_.enabled; }
     void setOn(bool on);
-    bool isRunning() const { return running_; }
-    bool isScanning() const { return scanning_; }
+    bool isRunning() const { return state_.running; }
+    bool isScanning() const { return state_.scanning; }
     QString problem() const { return problem_; }
     QString problemId() const;
     NetworkModel* networks() { return &networks_; }
@@ -57,32 +57,26 @@ class WifiPanel : public QObject {
     void changed();
 
   private:
-    void wake();
-    void refresh();
-    void follow(const kaz::wifi::ConnectionInfo& info);
-    void followAttempt(const kaz::wifi::ConnectionInfo& info);
-    void begin(const std::string& ssid, kaz::wifi::SecurityMode security, bool saved);
+    void takeAll();
+    void show(kaz::wifi::client::Snapshot state);
+    void follow(const kaz::wifi::ConnectionInfo& before);
+    void followAttempt();
+    void begin(const std::string& ssid, bool saved);
     void endAttempt();
-    void fail(Attempt::Outcome outcome, const std::string& ssid);
+    void fail(Attempt::Outcome outcome, const kaz::wifi::Outcome& why, const std::string& ssid);
 
     NetworkModel networks_;
     ConnectForm form_{[this](const auto& settings, const auto& certificates) {
-        return wifi_.validate(settings, certificates);
+        return wifi_.manager().validate(settings, certificates);
     }};
-    bool on_ = false;
-    bool running_ = false;
-    bool scanning_ = false;
-    kaz::wifi::ConnectionInfo connection_;
     QString problem_;
     std::string problemSsid_;
 
     std::optional<Attempt> attempt_;
-    kaz::wifi::SecurityMode attemptSecurity_ = kaz::wifi::SecurityMode::none;
     bool attemptSaved_ = false;
     QTimer attemptClock_;
 
-    std::atomic<bool> awake_{false};
-    std::atomic<Attempt::Clock::time_point> scanningChanged_{Attempt::Clock::time_point()};
-    // The last member, so that it is destroyed first: its callbacks use the other members.
-    kaz::wifi::Manager wifi_;
+    kaz::wifi::client::Snapshot state_;
+    kaz::wifi::client::Follower wifi_;
+    QSocketNotifier arrivals_{wifi_.fd(), QSocketNotifier::Read};
 };

@@ -1,30 +1,9 @@
 #include "words.h"
 
+#include <wifi/client/words.h>
+
 using kaz::wifi::ConnectResult;
 using kaz::wifi::SecurityMode;
-
-namespace {
-
-QString likelyCause(SecurityMode mode, bool saved) {
-    switch (mode) {
-        case SecurityMode::none:
-            return QStringLiteral("It turned this device away; it may be full.");
-        case SecurityMode::enterprise:
-        case SecurityMode::enterpriseVariant:
-            return saved ? QStringLiteral("It turned this device away; the saved password may have changed.")
-                         : QStringLiteral("The identity, the password or the method is probably wrong.");
-        case SecurityMode::wep:
-        case SecurityMode::wpaPsk:
-        case SecurityMode::rsnPsk:
-        case SecurityMode::sae:
-        case SecurityMode::unsupported:
-            break;
-    }
-    return saved ? QStringLiteral("It turned this device away; the saved password may have changed.")
-                 : QStringLiteral("The password is probably wrong.");
-}
-
-}  // namespace
 
 QString securityInWords(SecurityMode mode) {
     switch (mode) {
@@ -110,18 +89,17 @@ QString passwordHint(SecurityMode mode) {
     return {};
 }
 
-QString failureInWords(Attempt::Outcome outcome, const QString& name, SecurityMode mode, bool saved) {
+QString failureInWords(Attempt::Outcome outcome, const kaz::wifi::Outcome& why, const QString& name) {
+    const QString cause = QString::fromStdString(kaz::wifi::client::Words().cause(why));
     switch (outcome) {
         case Attempt::Outcome::connected:
             return {};
-        case Attempt::Outcome::notAnswering:
-            return QStringLiteral("“%1” does not answer. It may be out of range.").arg(name);
-        case Attempt::Outcome::refused:
-            return QStringLiteral("Could not join “%1”. %2").arg(name, likelyCause(mode, saved));
+        case Attempt::Outcome::failed:
+            return QStringLiteral("Could not join “%1”: %2.").arg(name, cause);
         case Attempt::Outcome::noAddress:
             return QStringLiteral("“%1” let this device in, but gave it no address.").arg(name);
         case Attempt::Outcome::lost:
-            return QStringLiteral("The connection to “%1” was lost.").arg(name);
+            return QStringLiteral("The connection to “%1” was lost: %2.").arg(name, cause);
         case Attempt::Outcome::stopped:
             return QStringLiteral("Wi-Fi stopped while joining “%1”.").arg(name);
     }

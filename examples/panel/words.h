@@ -2,6 +2,7 @@
 #pragma once
 
 #include <wifi/certificates.h>
+#include <wifi/connection_details.h>
 #include <wifi/types.h>
 
 #include <QString>
@@ -20,6 +21,5 @@ QString serverRemarkInWords(const kaz::wifi::Certificates& certificates);
 // The form of a password for this security, shown while the field is empty.
 QString passwordHint(kaz::wifi::SecurityMode mode);
 
-// The problem. `name` is the network's; `saved`: the network was configured before.
-QString failureInWords(Attempt::Outcome outcome, const QString& name, kaz::wifi::SecurityMode mode,
-                       bool saved);
+// The problem. `name` is the network's; `why` is the library's record of a failure or loss.
+QString failureInWords(Attempt::Outcome outcome, const kaz::wifi::Outcome& why, const QString& name);

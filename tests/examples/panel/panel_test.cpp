@@ -92,7 +92,7 @@ TEST_F(Panel, ShowsThePasswordOnlyWhenAsked) {
 TEST_F(Panel, SaysThatThePasswordIsProbablyWrongAndLetsItBeTypedAgain) {
     startAndLookAround();
     join("Björk & Søn", "incorrect donkey");
-    EXPECT_TRUE(problemIs("Could not join “Björk & Søn”. The password is probably wrong."));
+    EXPECT_TRUE(problemIs("Could not join “Björk & Søn”: the password is probably wrong."));
     EXPECT_TRUE(becomes("Björk & Søn", "WPA2"))
         << "the network is saved: " << detailOf("Björk & Søn").toStdString();
     keepPicture("wrong-password");
@@ -125,7 +125,7 @@ TEST_F(Panel, SaysThatANetworkDoesNotAnswer) {
     click("passwordField");
     type("whatever it is");
     key(Qt::Key_Return);
-    EXPECT_TRUE(problemIs("“Nobody” does not answer. It may be out of range."))
+    EXPECT_TRUE(problemIs("Could not join “Nobody”: no access point with this name answered."))
         << textOf("problem").toStdString();
 }
 
@@ -138,7 +138,7 @@ TEST_F(Panel, SaysThatTheConnectionWasLost) {
     join("Home", "correct horse");
     ASSERT_TRUE(becomes("Home", "Connected"));
     device().dropLink();
-    EXPECT_TRUE(problemIs("The connection to “Home” was lost."));
+    EXPECT_TRUE(problemIs("The connection to “Home” was lost: the access point is probably gone."));
     click("dismissButton");
     EXPECT_FALSE(shows("problem"));
 }
