@@ -7,6 +7,7 @@
 
 #include <wifi/types.h>
 
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -15,19 +16,19 @@ namespace kaz::wifi {
 
 /// Why a connection or an attempt ended.
 enum class Cause : std::int32_t {
-    none = 0,               ///< nothing has ended yet
-    unknown = 1,            ///< it ended, but nothing that was reported explains why
-    outOfRange = 2,         ///< no access point announces the SSID
-    nothingInCommon = 3,    ///< in range, but nothing that both sides support; see Evidence::demands
-    wrongKey = 4,           ///< the key or password differs from the network's
-    refused = 5,            ///< the access point refused for another reason; see the codes in Evidence
-    full = 6,               ///< the access point takes no further device
-    banned = 7,             ///< the access point takes devices, but not this one
-    eapRejected = 8,        ///< the EAP server rejected the identity or the password
-    serverUntrusted = 9,    ///< the EAP server's certificate was not accepted
-    noEapMethod = 10,       ///< device and EAP server agreed on no method
-    noAddress = 11,         ///< the radio link is up, but no address was obtained
-    radioBlocked = 12,      ///< the radio is switched off: blocked (rfkill), or the interface is down
+    none = 0,             ///< nothing has ended yet
+    unknown = 1,          ///< it ended, but nothing that was reported explains why
+    outOfRange = 2,       ///< no access point announces the SSID
+    nothingInCommon = 3,  ///< in range, but nothing that both sides support; see Evidence::demands
+    wrongKey = 4,         ///< the key or password differs from the network's
+    refused = 5,          ///< the access point refused for another reason; see the codes in Evidence
+    full = 6,             ///< the access point takes no further device
+    banned = 7,           ///< the access point takes devices, but not this one
+    eapRejected = 8,      ///< the EAP server rejected the identity or the password
+    serverUntrusted = 9,  ///< the EAP server's certificate was not accepted
+    noEapMethod = 10,     ///< device and EAP server agreed on no method
+    noAddress = 11,     ///< the radio link is up, but no address was obtained; see ConnectionDetails::trouble
+    radioBlocked = 12,  ///< the radio is switched off: blocked (rfkill), or the interface is down
     supplicantGone = 13,    ///< the supplicant ended, lost its interface, or cannot be reached
     supplicantSilent = 14,  ///< the supplicant did not answer the request
     requestRefused = 15,    ///< the supplicant did not take the request, or knows no network of this SSID
@@ -139,13 +140,38 @@ struct Outcome {
     friend bool operator!=(const Outcome& a, const Outcome& b) { return !(a == b); }
 };
 
+/// The access point in use, as far as the supplicant tells. Empty without a connection.
+struct NetworkInUse {
+    SecurityMode securityMode = SecurityMode::none;  ///< what protects the link, also `sae`
+    std::array<std::uint8_t, 6> bssid{};             ///< of the access point; all zero when unknown
+    int frequency = 0;                               ///< MHz; 0 when unknown
+    int rate = 0;  ///< Mbit/s when the signal was last polled, once per minute; 0 when unknown
+
+    friend bool operator==(const NetworkInUse& a, const NetworkInUse& b) {
+        return a.securityMode == b.securityMode && a.bssid == b.bssid && a.frequency == b.frequency &&
+               a.rate == b.rate;
+    }
+    friend bool operator!=(const NetworkInUse& a, const NetworkInUse& b) { return !(a == b); }
+};
+
 /// The state of the connection with what explains it, as one consistent record.
 struct ConnectionDetails {
-    ConnectionInfo info;  ///< as Manager::connectionInfo()
-    Outcome lastOutcome;  ///< of the last connection or attempt that ended; stays until the next one ends
+    ConnectionInfo info;   ///< as Manager::connectionInfo()
+    Outcome lastOutcome;   ///< of the last connection or attempt that ended; stays until the next one ends
+    NetworkInUse network;  ///< of `info.ssid`, from `connectingIP` on
+
+    /// What a user interface should show in place of `info.status`. While the device roams to another access point of
+    /// the same network, `info.status` passes through all stages within milliseconds. This one stays `connected` for
+    /// 3 seconds, unless the connection ends.
+    ConnectionInfo::Status shownStatus = ConnectionInfo::Status::disconnected;
+
+    /// What is wrong with the present stage, which goes on: `noAddress` when no address was obtained within
+    /// Manager::setAddressTimeout(), otherwise `none`.
+    Cause trouble = Cause::none;
 
     friend bool operator==(const ConnectionDetails& a, const ConnectionDetails& b) {
-        return a.info == b.info && a.lastOutcome == b.lastOutcome;
+        return a.info == b.info && a.lastOutcome == b.lastOutcome && a.network == b.network &&
+               a.shownStatus == b.shownStatus && a.trouble == b.trouble;
     }
     friend bool operator!=(const ConnectionDetails& a, const ConnectionDetails& b) { return !(a == b); }
 };

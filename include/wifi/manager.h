@@ -4,6 +4,7 @@
 #include <wifi/connection_details.h>
 #include <wifi/types.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <set>
@@ -165,6 +166,11 @@ class [[gnu::visibility("default")]] Manager {
     /// Called after connectionDetails() changed in any field. When connectionInfo() changed too, its callback is called
     /// first.
     void onConnectionDetailsChanged(std::function<void()> callback);
+
+    /// After this time in `connectingIP` without an address, ConnectionDetails::trouble becomes `noAddress`. It ends
+    /// nothing: the address may still come, and then `trouble` is `none` again. Applies to the present stage, too. Zero or
+    /// less means no limit, which is the default.
+    void setAddressTimeout(std::chrono::milliseconds timeout);
 
   private:
     std::unique_ptr<ManagerImpl> impl_;

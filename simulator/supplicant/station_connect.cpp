@@ -63,6 +63,11 @@ void Station::associate() {
                                            ? challengeFailed
                                            : refusalAtAuthentication(currentNetwork()->config, *accessPoint);
     if (refusal) {
+        if (*refusal == unspecifiedFailure) {
+            // An SAE password is examined in the second step.
+            authStatusCode_ = 0;
+            events_.changed("AuthStatusCode");
+        }
         refusedAtAuthentication(*refusal);
         return;
     }

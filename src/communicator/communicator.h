@@ -68,6 +68,7 @@ class Communicator : NonCopyable {
         PropertyChange currentBssChange = PropertyChange::Unchanged;
         BssProperties currentBss;
         std::optional<SupplicantConnectionStatus> status;
+        std::optional<std::string> authMode{};  // the supplicant's name of what protects the link
 
         friend bool operator==(const SupplicantInterfaceProperties&,
                                const SupplicantInterfaceProperties&) = default;
@@ -157,6 +158,8 @@ class Communicator : NonCopyable {
 
     // The signal of the current connection in dBm.
     virtual std::optional<int> signalPollSync() = 0;
+    // The rate of the link in Mbit/s when the signal was last polled; nothing if the supplicant did not tell it.
+    virtual std::optional<int> polledRate() = 0;
 
     // Every EAP method the supplicant was built with.
     virtual std::set<std::string> eapMethodsSync() = 0;

@@ -90,6 +90,10 @@ std::optional<int> DbusCommunicator::signalPollSync() {
     return radio_.signalPollSync();
 }
 
+std::optional<int> DbusCommunicator::polledRate() {
+    return radio_.polledRate();
+}
+
 std::set<std::string> DbusCommunicator::eapMethodsSync() {
     return radio_.eapMethodsSync();
 }

@@ -59,6 +59,7 @@ class DbusCommunicator final : public Communicator {
     bool reconnectSync() override;
     bool disconnectSync() override;
     std::optional<int> signalPollSync() override;
+    std::optional<int> polledRate() override;
     std::set<std::string> eapMethodsSync() override;
     std::vector<std::unique_ptr<Communicator::ConfiguredNetwork>> getAllConfiguredNetworksSync() override;
     void refreshBssListSync() override;

@@ -65,6 +65,7 @@ std::optional<int> Radio::signalPollSync() {
     }
     dbus::Reply reply = supplicant_.interface().call("SignalPoll");
     const auto poll = reply.read<SignalPoll>();
+    polledRate_ = poll ? poll->linkSpeed.value : std::nullopt;
     if (!poll) {
         return std::nullopt;
     }

@@ -24,6 +24,7 @@ class Radio {
 
     // The signal of the current connection in dBm.
     std::optional<int> signalPollSync();
+    std::optional<int> polledRate() const { return polledRate_; }
     std::set<std::string> eapMethodsSync();
 
     std::optional<Communicator::BssProperties> bssSync(const dbus::OPath& bss);
@@ -33,6 +34,7 @@ class Radio {
 
   private:
     const SupplicantInterface& supplicant_;
+    std::optional<int> polledRate_;
 };
 
 }  // namespace kaz::wifi

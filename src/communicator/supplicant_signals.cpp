@@ -189,6 +189,7 @@ void SupplicantSignals::report(const dbus::SupplicantInterfaceProperties& proper
         resolved.status = fromSupplicantState(*properties.state);
         log::debug("PropertiesChanged: State={}", *properties.state);
     }
+    resolved.authMode = properties.currentAuthMode.value;
     if (properties.disconnectReason) {
         logDisconnectReason(*properties.disconnectReason);
     }

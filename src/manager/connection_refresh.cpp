@@ -17,36 +17,41 @@ constexpr std::chrono::milliseconds signalPollPeriod{60000};
 
 ConnectionRefresh::ConnectionRefresh(Communicator& communicator, ConnectionInfoHelper& tracker,
                                      SupplicantConfiguration& configuration, NetworkList& list, Judge& judge,
+                                     const NetworkInUseReports& inUse, Presentation& presentation,
                                      Published& published)
     : communicator_(communicator),
       tracker_(tracker),
       configuration_(configuration),
       list_(list),
       judge_(judge),
+      inUse_(inUse),
+      presentation_(presentation),
       published_(published) {}
 
 void ConnectionRefresh::taskUpdateConnectionInfo() {
-    ConnectionInfo info = tracker_.getConnectionInfo();
-    judge_.look(connectionInfo_, info);
-    const bool infoChanged = info != connectionInfo_;
-    if (!infoChanged && judge_.lastOutcome() == lastOutcome_) {
+    const ConnectionInfo info = tracker_.getConnectionInfo();
+    judge_.look(details_.info, info);
+    presentation_.look(details_.info, info);
+    ConnectionDetails next{info, judge_.lastOutcome(), inUse_.of(info), presentation_.shownStatus(),
+                           presentation_.trouble()};
+    if (next == details_) {
         return;
     }
+    const bool infoChanged = info != details_.info;
     if (infoChanged) {
         reactToChange(info);
     }
-    lastOutcome_ = judge_.lastOutcome();
-    published_.publish({info, lastOutcome_});
+    published_.publish(next);
+    details_ = std::move(next);
     if (infoChanged) {
         list_.setConnection(info);
-        connectionInfo_ = std::move(info);
         connectionInfoStored_ = true;
     }
 }
 
 void ConnectionRefresh::reactToChange(const ConnectionInfo& info) {
     log::debug("connectionInfo changed: {}", info);
-    metrics_.reportChange(connectionInfo_, info);
+    metrics_.reportChange(details_.info, info);
     updateSignalPollTimer(info);
     // The first change shows the state before the start. No attempt of ours led to it.
     if (connectionInfoStored_) {
@@ -56,7 +61,7 @@ void ConnectionRefresh::reactToChange(const ConnectionInfo& info) {
 }
 
 void ConnectionRefresh::updateSignalPollTimer(const ConnectionInfo& next) {
-    const bool wasLive = connectionInfo_.status != Status::disconnected;
+    const bool wasLive = details_.info.status != Status::disconnected;
     const bool isLive = next.status != Status::disconnected;
     if (wasLive != isLive) {
         communicator_.configureTimerSync(isLive, signalPollPeriod);
@@ -65,7 +70,7 @@ void ConnectionRefresh::updateSignalPollTimer(const ConnectionInfo& next) {
 
 void ConnectionRefresh::reactToSuccess(const ConnectionInfo& next) {
     const bool reached = next.status >= Status::connectingIP;
-    const bool before = connectionInfo_.status >= Status::connectingIP && connectionInfo_.ssid == next.ssid;
+    const bool before = details_.info.status >= Status::connectingIP && details_.info.ssid == next.ssid;
     if (reached && !before) {
         metrics_.reportSuccess();
         configuration_.prefer(next.ssid);

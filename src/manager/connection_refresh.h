@@ -4,7 +4,9 @@
 #include "communicator/communicator.h"
 #include "connection_info/connection_info_helper.h"
 #include "connection_info/connection_metrics.h"
+#include "manager/network_in_use_reports.h"
 #include "manager/network_list.h"
+#include "manager/presentation.h"
 #include "manager/published.h"
 #include "manager/supplicant_configuration.h"
 #include "outcome/judge.h"
@@ -14,14 +16,14 @@
 
 namespace kaz::wifi {
 
-// Publishes the tracker's record and the last outcome when one of them has changed. Before that it reacts to the change: it sets the gauges, arms or
+// Publishes the tracker's record with its details when one of them has changed. Before that it reacts to the change: it sets the gauges, arms or
 // disarms the timer that polls the signal, sets priorities after a success, and enables the other networks after an
 // attempt. Loop thread only.
 class ConnectionRefresh : NonCopyable {
   public:
     ConnectionRefresh(Communicator& communicator, ConnectionInfoHelper& tracker,
                       SupplicantConfiguration& configuration, NetworkList& list, Judge& judge,
-                      Published& published);
+                      const NetworkInUseReports& inUse, Presentation& presentation, Published& published);
 
     void taskUpdateConnectionInfo();
 
@@ -36,10 +38,11 @@ class ConnectionRefresh : NonCopyable {
     SupplicantConfiguration& configuration_;
     NetworkList& list_;
     Judge& judge_;
+    const NetworkInUseReports& inUse_;
+    Presentation& presentation_;
     Published& published_;
     ConnectionMetrics metrics_;
-    ConnectionInfo connectionInfo_;  // as last published
-    Outcome lastOutcome_;            // as last published
+    ConnectionDetails details_;  // as last published
     bool connectionInfoStored_ = false;
 };
 

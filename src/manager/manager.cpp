@@ -98,4 +98,8 @@ void Manager::onConnectionDetailsChanged(std::function<void()> callback) {
     impl_->onConnectionDetailsChanged(std::move(callback));
 }
 
+void Manager::setAddressTimeout(std::chrono::milliseconds timeout) {
+    impl_->setAddressTimeout(timeout);
+}
+
 }  // namespace kaz::wifi

@@ -3,12 +3,18 @@
 #include "manager/certificate_rules.h"
 #include "manager/wiped_settings.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace kaz::wifi {
 namespace {
 
 using Change = Published::Change;
+using Delay = std::optional<std::chrono::milliseconds>;
+
+Delay earlier(Delay a, Delay b) {
+    return a && b ? std::min(*a, *b) : (a ? a : b);
+}
 
 }  // namespace
 
@@ -20,8 +26,9 @@ ManagerImpl::ManagerImpl(std::unique_ptr<Communicator> communicator,
       tracker_(timeProvider),
       configuration_(*communicator_),
       list_(*communicator_, published_),
-      judge_(std::move(timeProvider), [this](const std::string& ssid) { return list_.sightingOf(ssid); }),
-      refresh_(*communicator_, tracker_, configuration_, list_, judge_, published_),
+      judge_(timeProvider, [this](const std::string& ssid) { return list_.sightingOf(ssid); }),
+      presentation_(std::move(timeProvider)),
+      refresh_(*communicator_, tracker_, configuration_, list_, judge_, inUse_, presentation_, published_),
       connecting_(*communicator_, tracker_, refresh_, configuration_, list_, judge_),
       reports_(tracker_, list_, published_),
       stateRefresh_(*communicator_, tracker_, list_),
@@ -58,6 +65,7 @@ void ManagerImpl::wireCommunicator() {
             if (status) {
                 judge_.noteStatus(*status);
             }
+            inUse_.note(properties);
             reports_.signalSupplicantPropertiesChanged(std::move(properties));
             if (listRead) {
                 judge_.listRead();
@@ -119,6 +127,10 @@ void ManagerImpl::forgetNetwork(const std::string& ssid) {
     }
 }
 
+void ManagerImpl::setAddressTimeout(std::chrono::milliseconds timeout) {
+    communicator_->pushTaskAsync_([this, timeout] { presentation_.setAddressTimeout(timeout); });
+}
+
 void ManagerImpl::onEnabledChanged(std::function<void()> callback) {
     published_.onChange(Change::enabled, std::move(callback));
 }
@@ -147,13 +159,14 @@ std::optional<std::chrono::milliseconds> ManagerImpl::signalEventLoopIdle() {
     }
     configuration_.taskSaveConfiguration();
     stateRefresh_.idle();
-    return tracker_.getActiveTimeout();
+    return earlier(tracker_.getActiveTimeout(), presentation_.remaining());
 }
 
 void ManagerImpl::signalTimerCompleted() {
     if (const auto signal = communicator_->signalPollSync()) {
         tracker_.setSignalStrength(*signal);
     }
+    inUse_.setRate(communicator_->polledRate());
     stateRefresh_.timerCompleted();
 }
 
@@ -166,6 +179,7 @@ void ManagerImpl::signalWifiServiceStatusChange() {
         list_.taskUpdateConfiguredNetworks();
     } else {
         judge_.supplicantDetached(!choice_.isEnabled());
+        inUse_ = {};
         reports_.supplicantDetached();
         stateRefresh_.supplicantDetached();
         list_.supplicantDetached();

@@ -8,7 +8,9 @@
 #include "manager/connection_refresh.h"
 #include "manager/eap_methods.h"
 #include "manager/enabled_choice.h"
+#include "manager/network_in_use_reports.h"
 #include "manager/network_list.h"
+#include "manager/presentation.h"
 #include "manager/published.h"
 #include "manager/state_refresh.h"
 #include "manager/supplicant_configuration.h"
@@ -57,6 +59,7 @@ class ManagerImpl : NonCopyable {
     void forgetNetwork(const std::string& ssid);
     ConnectionInfo connectionInfo() const { return published_.connectionInfo(); }
     ConnectionDetails connectionDetails() const { return published_.connectionDetails(); }
+    void setAddressTimeout(std::chrono::milliseconds timeout);
     void onEnabledChanged(std::function<void()> callback);
     void onNetworksListChanged(std::function<void()> callback);
     void onScanningChanged(std::function<void()> callback);
@@ -75,6 +78,8 @@ class ManagerImpl : NonCopyable {
     SupplicantConfiguration configuration_;
     NetworkList list_;
     Judge judge_;
+    NetworkInUseReports inUse_;
+    Presentation presentation_;
     ConnectionRefresh refresh_;
     Connecting connecting_;
     SupplicantReports reports_;

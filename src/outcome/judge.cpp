@@ -201,16 +201,19 @@ void Judge::noteStatus(Communicator::SupplicantConnectionStatus status) {
 void Judge::scanEnded(bool success) {
     if (success) {
         radioOff_ = false;
-        listStale_ = true;
         current_.evidence.scanned = current_.evidence.scanned || !judged_;
     }
 }
 
-// The supplicant reports at once which access points come and go, but not that one demands something else.
+// The supplicant reports at once which access points come and go, but not that one demands something else. And during an
+// attempt the list is not read. So the next list may tell more, but not that an access point has come since.
 void Judge::listRead() {
-    listStale_ = false;
-    if (std::exchange(listAwaited_, false) && refinable_) {
-        current_.evidence = withSighting(current_);
+    if (!std::exchange(listAwaited_, false) || !refinable_) {
+        return;
+    }
+    Evidence evidence = withSighting(current_);
+    if (evidence.seen && current_.evidence.seen) {
+        current_.evidence = std::move(evidence);
         refine();
     }
 }
@@ -255,7 +258,7 @@ void Judge::judge(const ConnectionInfo& former, const ConnectionInfo& next) {
     }
     outcome_.time = recorded ? next.disconnectTime : timeProvider_->get();
     refinable_ = !isFinished;
-    listAwaited_ = listStale_ && refinable_;
+    listAwaited_ = refinable_;
     facts.evidence = withSighting(facts);
     conclude(facts);
     if (refinable_) {

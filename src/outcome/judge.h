@@ -65,8 +65,7 @@ class Judge : NonCopyable {
     bool detached_ = false;
     bool switchedOff_ = false;
     bool radioOff_ = false;
-    bool listStale_ = false;    // a scan has ended, and the list was not read since
-    bool listAwaited_ = false;  // the outcome followed from a stale list
+    bool listAwaited_ = false;  // the outcome followed from a list that may be stale
     std::string failedSsid_;
     int failedExchanges_ = 0;  // of failedSsid_, in a row
     Outcome outcome_;

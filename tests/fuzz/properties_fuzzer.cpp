@@ -122,6 +122,7 @@ Report reportOf(const dbus::SupplicantInterfaceProperties& properties) {
     if (properties.state) {
         report.status = statusOf(*properties.state);
     }
+    report.authMode = properties.currentAuthMode.value;
     return report;
 }
 

@@ -100,7 +100,7 @@ void checkField(sd_bus_message* message, const Value& dictionary) {
         if constexpr (std::is_same_v<Record, wifi::SignalPoll>) {
             record->linkSpeed = {};
         }
-        const auto& [key, field] = std::get<0>(keysOf(&*record));
+        const auto [key, field] = std::get<0>(keysOf(&*record));
         dbus::Variant::Map map;
         put(map, key, (*record).*field);
         checkStable(*record, map);

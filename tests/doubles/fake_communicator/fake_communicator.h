@@ -64,6 +64,7 @@ class FakeCommunicator : public wifi::Communicator {
     bool reconnectSync() override;
     bool disconnectSync() override;
     std::optional<int> signalPollSync() override;
+    std::optional<int> polledRate() override { return stack_->polledRate; }
     std::set<std::string> eapMethodsSync() override;
     std::vector<std::unique_ptr<ConfiguredNetwork>> getAllConfiguredNetworksSync() override;
     void refreshBssListSync() override;

@@ -33,6 +33,7 @@ class FakeWifiStack {
     std::atomic<bool> enabledConfiguration = true;
     bool supplicantSurvives = false;  // the loss of the bus
     std::optional<int> signalPoll;
+    std::optional<int> polledRate;
     std::set<std::string> eapMethods;
     std::vector<Network> networks;
 

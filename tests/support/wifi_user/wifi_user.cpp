@@ -15,6 +15,7 @@ WifiUser::WifiUser() : manager_(std::make_unique<wifi::Manager>()) {
     manager_->onConnectionInfoChanged([this, manager = manager_.get()] {
         announce([&, info = manager->connectionInfo()] { history_.push_back(info); });
     });
+    manager_->onConnectionDetailsChanged([this] { announce([] {}); });
 }
 
 WifiUser::~WifiUser() = default;

@@ -1,7 +1,10 @@
 // The cause is published together with the state that it explains.
+#include "manager/network_in_use_reports.h"
 #include "support/printed_values/printed_details.h"
 #include "unit/manager/engine_fixture.h"
 
+#include <array>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -229,6 +232,185 @@ TEST_F(Details, SayThatTheRadioIsBlocked) {
     reportStep(Step::down, SupplicantStatus::InterfaceDisabled);
     runUntilIdle();
     expect("Home", Stage::online, Cause::radioBlocked, Certainty::certain);
+}
+
+TEST_F(Details, HoldTheNetworkInUse) {
+    SupplicantReport link;
+    link.currentBssChange = PropertyChange::Set;
+    link.currentBss = {"Home", -50, SecurityMode::rsnPsk};
+    link.currentBss.bssid = {2, 0, 0, 0, 0, 7};
+    link.currentBss.frequency = 2437;
+    link.status = SupplicantStatus::Connected;
+    link.authMode = "SAE";
+    report(link);
+    runUntilIdle();
+    const std::array<std::uint8_t, 6> bssid{2, 0, 0, 0, 0, 7};
+    EXPECT_EQ(engine->connectionDetails().network, (wifi::NetworkInUse{SecurityMode::sae, bssid, 2437, 0}));
+
+    stack->signalPoll = -50;
+    stack->polledRate = 65;
+    takeTold();
+    communicator->expireTimer();
+    runUntilIdle();
+    EXPECT_EQ(engine->connectionDetails().network.rate, 65);
+    EXPECT_EQ(takeTold(), std::vector<std::string>{"details"});
+
+    report(link);  // the rate was that of the link before
+    runUntilIdle();
+    EXPECT_EQ(engine->connectionDetails().network.rate, 0);
+    detachSupplicant();
+    runUntilIdle();
+    EXPECT_EQ(engine->connectionDetails().network, wifi::NetworkInUse{});
+}
+
+TEST_F(Details, HoldNoNetworkWhileTheLinkIsNotUp) {
+    reportBss("Other");
+    connectTo("Home");
+    EXPECT_EQ(engine->connectionDetails().network, wifi::NetworkInUse{});
+}
+
+TEST(SecurityModeInUse, FollowsTheSupplicantsWord) {
+    struct Row {
+        const char* authMode;
+        SecurityMode ofBss;
+        SecurityMode inUse;
+    };
+    for (const auto& [authMode, ofBss, inUse] :
+         std::vector<Row>{{"SAE", SecurityMode::unsupported, SecurityMode::sae},
+                          {"SAE", SecurityMode::rsnPsk, SecurityMode::sae},
+                          {"WPA2-PSK", SecurityMode::rsnPsk, SecurityMode::rsnPsk},
+                          {"WPA2-PSK+WPA-PSK", SecurityMode::unsupported, SecurityMode::rsnPsk},
+                          {"WPA-PSK", SecurityMode::wpaPsk, SecurityMode::wpaPsk},
+                          {"EAP-PEAP", SecurityMode::enterprise, SecurityMode::enterprise},
+                          {"NONE", SecurityMode::wep, SecurityMode::wep},
+                          {"NONE", SecurityMode::none, SecurityMode::none},
+                          {"INACTIVE", SecurityMode::rsnPsk, SecurityMode::rsnPsk},
+                          {"", SecurityMode::none, SecurityMode::none}}) {
+        EXPECT_EQ(wifi::securityModeInUse(authMode, ofBss), inUse) << authMode;
+    }
+}
+
+using Shown = Details;
+
+TEST_F(Shown, StatusIsThatOfTheInfoWithoutARoam) {
+    for (const SupplicantStatus status : {SupplicantStatus::Connecting, SupplicantStatus::Connected}) {
+        reportBss("Home");
+        reportStatus(status);
+        runUntilIdle();
+        EXPECT_EQ(engine->connectionDetails().shownStatus, engine->connectionInfo().status);
+    }
+    reportOnline(true);
+    runUntilIdle();
+    EXPECT_EQ(engine->connectionDetails().shownStatus, Status::connected);
+    reportStatus(SupplicantStatus::Disconnected);
+    runUntilIdle();
+    EXPECT_EQ(engine->connectionDetails().shownStatus, Status::disconnected);
+}
+
+TEST_F(Shown, StatusStaysConnectedDuringARoam) {
+    becomeConnected("Home");
+    reportBss("Home", -40);
+    reportStatus(SupplicantStatus::Connecting);
+    EXPECT_EQ(runUntilIdle(), std::chrono::milliseconds(3000));
+    EXPECT_EQ(engine->connectionInfo().status, Status::connectingWifi);
+    EXPECT_EQ(engine->connectionDetails().shownStatus, Status::connected);
+    reportOnline(false);
+    reportStatus(SupplicantStatus::Connected);
+    runUntilIdle();
+    EXPECT_EQ(engine->connectionInfo().status, Status::connectingIP);
+    EXPECT_EQ(engine->connectionDetails().shownStatus, Status::connected);
+    reportOnline(true);
+    EXPECT_EQ(runUntilIdle(), std::nullopt);
+    EXPECT_EQ(engine->connectionDetails().shownStatus, Status::connected);
+}
+
+TEST_F(Shown, StatusOfARoamIsShownAfterThreeSeconds) {
+    becomeConnected("Home");
+    reportStatus(SupplicantStatus::Connecting);
+    runUntilIdle();
+    clock->advance(std::chrono::milliseconds(2999));
+    EXPECT_EQ(runUntilIdle(), std::chrono::milliseconds(1));
+    EXPECT_EQ(engine->connectionDetails().shownStatus, Status::connected);
+    takeTold();
+    clock->advance(std::chrono::milliseconds(1));
+    EXPECT_EQ(runUntilIdle(), std::nullopt);
+    EXPECT_EQ(engine->connectionDetails().shownStatus, Status::connectingWifi);
+    EXPECT_EQ(takeTold(), std::vector<std::string>{"details"});
+}
+
+TEST_F(Shown, StatusOfAnEndIsShownAtOnce) {
+    becomeConnected("Home");
+    reportStatus(SupplicantStatus::Connecting);
+    runUntilIdle();
+    reportStatus(SupplicantStatus::Disconnected);
+    runUntilIdle();
+    EXPECT_EQ(engine->connectionDetails().shownStatus, Status::disconnected);
+    becomeConnected("Home");
+    connectTo("Home");
+    EXPECT_EQ(engine->connectionDetails().shownStatus, Status::connectingWifi);
+}
+
+class AddressTimeout : public Details {
+  protected:
+    Cause trouble() const { return engine->connectionDetails().trouble; }
+};
+
+TEST_F(AddressTimeout, IsNotSetAtFirst) {
+    reportLinkUp("Home");
+    EXPECT_EQ(runUntilIdle(), std::nullopt);
+    clock->advance(std::chrono::hours(24));
+    runUntilIdle();
+    EXPECT_EQ(trouble(), Cause::none);
+}
+
+TEST_F(AddressTimeout, TellsTheTroubleAndEndsNothing) {
+    engine->setAddressTimeout(std::chrono::seconds(10));
+    reportLinkUp("Home");
+    EXPECT_EQ(runUntilIdle(), std::chrono::seconds(10));
+    clock->advance(std::chrono::milliseconds(9999));
+    EXPECT_EQ(runUntilIdle(), std::chrono::milliseconds(1));
+    EXPECT_EQ(trouble(), Cause::none);
+    const ConnectionInfo info = engine->connectionInfo();
+    takeTold();
+    takeCalls();
+    clock->advance(std::chrono::milliseconds(1));
+    EXPECT_EQ(runUntilIdle(), std::nullopt);
+    EXPECT_EQ(trouble(), Cause::noAddress);
+    EXPECT_EQ(engine->connectionInfo(), info);
+    EXPECT_EQ(outcome(), Outcome{});
+    EXPECT_EQ(takeTold(), std::vector<std::string>{"details"});
+    EXPECT_EQ(takeCalls(), Calls{});
+    reportOnline(true);
+    runUntilIdle();
+    EXPECT_EQ(trouble(), Cause::none);
+    EXPECT_EQ(engine->connectionInfo().status, Status::connected);
+}
+
+TEST_F(AddressTimeout, AppliesToTheStageThatHasBegun) {
+    reportLinkUp("Home");
+    runUntilIdle();
+    clock->advance(std::chrono::seconds(20));
+    engine->setAddressTimeout(std::chrono::seconds(10));
+    runUntilIdle();
+    EXPECT_EQ(trouble(), Cause::noAddress);
+    engine->setAddressTimeout(std::chrono::seconds(0));
+    runUntilIdle();
+    EXPECT_EQ(trouble(), Cause::none);
+    engine->setAddressTimeout(std::chrono::seconds(-1));
+    EXPECT_EQ(runUntilIdle(), std::nullopt);
+    EXPECT_EQ(trouble(), Cause::none);
+}
+
+TEST_F(AddressTimeout, BeginsAgainWithAnotherNetwork) {
+    engine->setAddressTimeout(std::chrono::seconds(10));
+    reportLinkUp("Home");
+    runUntilIdle();
+    clock->advance(std::chrono::seconds(9));
+    reportBss("Other");
+    EXPECT_EQ(runUntilIdle(), std::chrono::seconds(10));
+    clock->advance(std::chrono::seconds(9));
+    runUntilIdle();
+    EXPECT_EQ(trouble(), Cause::none);
 }
 
 TEST(CodeNames, AreThoseOfTheStandard) {

@@ -299,7 +299,7 @@ TEST_F(JudgeTest, AReasonTogetherWithTheNextStepBelongsToTheTryBefore) {
     expect(home, Stage::keyExchange, Cause::wrongKey, Certainty::probable);
 }
 
-TEST_F(JudgeTest, TheListIsReadOnceAfterAScanThatTheOutcomeFollowed) {
+TEST_F(JudgeTest, TheNextListTellsWhatAnAccessPointThatWasSeenDemands) {
     seen[home].seen = true;
     seen[home].demands.rsnPsk = true;
     request(home);
@@ -330,6 +330,7 @@ TEST_F(JudgeTest, OutOfRangeIsCertainOnlyAfterAScan) {
     expect(home, Stage::requested, Cause::outOfRange, Certainty::certain);
     seen[home].seen = true;  // it comes into range later
     step(Step::down);
+    judge.listRead();
     expect(home, Stage::requested, Cause::outOfRange, Certainty::certain);
 }
 

@@ -1,0 +1,336 @@
+// Every cause on the real stack: the cause, how certain it is, and the evidence for it.
+#include "support/printed_values/printed_details.h"
+#include "vm/access_point.h"
+#include "vm/command.h"
+#include "vm/device.h"
+#include "vm/neighbourhood.h"
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <mutex>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace kaz::vm {
+namespace {
+
+using wifi::Cause;
+using wifi::Certainty;
+using wifi::ConnectResult;
+using wifi::Evidence;
+using wifi::Outcome;
+using wifi::Stage;
+using Eap = Evidence::Eap;
+using Sender = Evidence::Sender;
+
+wifi::ConnectionSettings with(wifi::ConnectionSettings settings, const std::string& password) {
+    settings.password = password;
+    return settings;
+}
+
+class Causes : public DeviceTest {
+  protected:
+    Outcome outcome() { return manager().connectionDetails().lastOutcome; }
+
+    // Blocks until the last end is that of this network, with this cause and certainty.
+    bool ends(const std::string& ssid, Cause cause, Certainty certainty) {
+        const bool ended = device().eventually([&] {
+            const Outcome last = outcome();
+            return last.ssid == ssid && last.cause == cause && last.certainty == certainty;
+        });
+        EXPECT_TRUE(ended) << ::testing::PrintToString(outcome());
+        return ended;
+    }
+
+    bool fails(const wifi::ConnectionSettings& settings, Cause cause, Certainty certainty) {
+        EXPECT_EQ(manager().connect(settings), ConnectResult::ok);
+        return ends(settings.ssid, cause, certainty);
+    }
+
+    // The supplicant and the library see what the access points demand now.
+    bool rescans() {
+        log().clear();
+        manager().scan();
+        return log().waitForText(spdlog::level::debug, "PropertiesChanged: BSSs=");
+    }
+};
+
+struct Failure {
+    std::string name;
+    wifi::ConnectionSettings settings;
+    Cause cause;
+    Certainty certainty;
+    std::function<bool(const Outcome&)> evident;
+};
+
+void PrintTo(const Failure& value, std::ostream* out) {
+    *out << value.name;
+}
+
+class CausesOfFailure : public Causes, public ::testing::WithParamInterface<Failure> {};
+
+// The cause is there when the end is.
+TEST_P(CausesOfFailure, AreToldWithTheirEvidence) {
+    const Failure& failure = GetParam();
+    ASSERT_EQ(manager().connect(failure.settings), ConnectResult::ok);
+    ASSERT_TRUE(device().loses(failure.settings.ssid));
+    EXPECT_EQ(outcome().ssid, failure.settings.ssid);
+    EXPECT_EQ(outcome().cause, failure.cause) << ::testing::PrintToString(outcome());
+    EXPECT_TRUE(ends(failure.settings.ssid, failure.cause, failure.certainty));
+    EXPECT_TRUE(failure.evident(outcome())) << ::testing::PrintToString(outcome());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Attempts, CausesOfFailure,
+    ::testing::Values(
+        Failure{"WrongKey", with(wpa2Network, "wrong-secret"), Cause::wrongKey, Certainty::probable,
+                [](const Outcome& outcome) {
+                    return outcome.stage == Stage::keyExchange && outcome.evidence.reasonCode == 15 &&
+                           outcome.evidence.reasonSender == Sender::accessPoint && outcome.evidence.seen;
+                }},
+        Failure{"WrongSAEPassword", with(saeNetwork, "wrong-secret"), Cause::wrongKey, Certainty::certain,
+                [](const Outcome& outcome) {
+                    return outcome.stage == Stage::authenticating &&
+                           outcome.evidence.authenticationStatus == 1;
+                }},
+        Failure{"WrongPEAPPassword", with(peapNetwork, "wrong-secret"), Cause::eapRejected,
+                Certainty::certain,
+                [](const Outcome& outcome) {
+                    return outcome.evidence.eap == Eap::rejected && outcome.evidence.reasonCode == 23;
+                }},
+        Failure{"WrongTTLSPassword", with(ttlsNetwork, "wrong-secret"), Cause::eapRejected,
+                Certainty::certain,
+                [](const Outcome& outcome) { return outcome.evidence.eap == Eap::rejected; }},
+        Failure{"UnknownIdentity", enterprise("PEAP", "MSCHAPV2", "mallory", "wrong-secret"),
+                Cause::eapRejected, Certainty::certain,
+                [](const Outcome& outcome) { return outcome.evidence.eap == Eap::rejected; }},
+        Failure{"MethodThatTheServerLacks", enterprise("PWD", "", "alice", "alice-secret"),
+                Cause::noEapMethod, Certainty::certain,
+                [](const Outcome& outcome) { return outcome.evidence.eap == Eap::methodRefused; }},
+        Failure{"FullAccessPoint", refusingNetwork, Cause::full, Certainty::certain,
+                [](const Outcome& outcome) {
+                    return outcome.stage == Stage::authenticating &&
+                           outcome.evidence.authenticationStatus == 17;
+                }},
+        Failure{"OutOfRange", absentNetwork, Cause::outOfRange, Certainty::certain,
+                [](const Outcome& outcome) { return outcome.evidence.scanned && !outcome.evidence.seen; }},
+        Failure{"NetworkOfWPA3Only", settings("Kaz SAE", wifi::SecurityMode::rsnPsk, "wpa-two-secret"),
+                Cause::nothingInCommon, Certainty::certain,
+                [](const Outcome& outcome) {
+                    return outcome.evidence.seen && outcome.evidence.demands.sae &&
+                           !outcome.evidence.demands.rsnPsk && outcome.evidence.signal > -60;
+                }},
+        Failure{"SSIDThatTheBusCannotCarry", bytesNetwork, Cause::requestRefused, Certainty::certain,
+                [](const Outcome& outcome) { return outcome.stage == Stage::requested; }}),
+    [](const auto& instance) { return instance.param.name; });
+
+// The supplicant tries a wrong key again by itself.
+TEST_F(Causes, AKeyThatFailsTwiceInARowIsCertainlyWrong) {
+    ASSERT_TRUE(fails(with(wpa2Network, "wrong-secret"), Cause::wrongKey, Certainty::probable));
+    EXPECT_TRUE(ends(wpa2Network.ssid, Cause::wrongKey, Certainty::certain));
+}
+
+TEST_F(Causes, ADeniedDeviceIsProbablyBanned) {
+    AccessPoint accessPoint("wpa2");
+    run("cat /sys/class/net/wlan0/address >/run/denied");
+    accessPoint.reconfigure("deny_mac_file=/run/denied");
+    ASSERT_TRUE(fails(wpa2Network, Cause::banned, Certainty::probable));
+    EXPECT_EQ(outcome().evidence.authenticationStatus, 1);
+}
+
+TEST_F(Causes, AFullNetworkWithAPasswordIsFull) {
+    AccessPoint accessPoint("wpa2");
+    accessPoint.reconfigure("max_num_sta=0");
+    ASSERT_TRUE(fails(wpa2Network, Cause::full, Certainty::certain));
+}
+
+TEST_F(Causes, HashToElementAloneIsProbablyNothingInCommon) {
+    AccessPoint accessPoint("sae");
+    accessPoint.reconfigure("sae_pwe=1");
+    ASSERT_TRUE(rescans());
+    ASSERT_TRUE(fails(saeNetwork, Cause::nothingInCommon, Certainty::probable));
+    EXPECT_TRUE(outcome().evidence.demands.hashToElement);
+}
+
+TEST_F(Causes, EnhancedOpenIsNothingInCommon) {
+    AccessPoint accessPoint("open");
+    accessPoint.reconfigure("wpa=2\nwpa_key_mgmt=OWE\nrsn_pairwise=CCMP\nieee80211w=2");
+    run("/opt/guest/device unsee");  // the kernel remembers the open network, too
+    ASSERT_TRUE(fails(openNetwork, Cause::nothingInCommon, Certainty::certain));
+    EXPECT_TRUE(outcome().evidence.demands.owe);
+}
+
+TEST_F(Causes, APreSharedKeyWithSHA256AloneIsNothingInCommon) {
+    AccessPoint accessPoint("wpa2");
+    accessPoint.reconfigure("wpa_key_mgmt=WPA-PSK-SHA256");
+    ASSERT_TRUE(fails(wpa2Network, Cause::nothingInCommon, Certainty::certain));
+    EXPECT_TRUE(outcome().evidence.demands.rsnPskSha256 || outcome().evidence.associationStatus == 43);
+}
+
+// The router of a saved network was replaced.
+TEST_F(Causes, ASavedNetworkThatBecameWPA3OnlyIsProbablyNothingInCommon) {
+    AccessPoint accessPoint("wpa2");
+    ASSERT_TRUE(device().connects(wpa2Network));
+    manager().disconnect();
+    ASSERT_TRUE(device().reaches(Status::disconnected));
+    accessPoint.reconfigure("wpa_key_mgmt=SAE\nieee80211w=2");
+    ASSERT_TRUE(rescans());
+    manager().connectConfigured(wpa2Network.ssid);
+    ASSERT_TRUE(ends(wpa2Network.ssid, Cause::nothingInCommon, Certainty::probable));
+    EXPECT_TRUE(device().eventually([&] { return outcome().evidence.demands.sae; }));
+}
+
+TEST_F(Causes, AnAccessPointThatVanishesIsProbablyGone) {
+    AccessPoint accessPoint("wpa2");
+    ASSERT_TRUE(device().connects(wpa2Network));
+    accessPoint.vanish();
+    ASSERT_TRUE(ends(wpa2Network.ssid, Cause::accessPointGone, Certainty::probable));
+    const auto history = device().history();
+    EXPECT_EQ(history.back().disconnectSsid, wpa2Network.ssid);
+}
+
+TEST_F(Causes, ADeauthenticationIsTheAccessPoints) {
+    AccessPoint accessPoint("wpa2");
+    ASSERT_TRUE(device().connects(wpa2Network));
+    accessPoint.deauthenticateAll();
+    ASSERT_TRUE(ends(wpa2Network.ssid, Cause::deauthenticated, Certainty::certain));
+    EXPECT_EQ(outcome().stage, Stage::online);
+    EXPECT_EQ(outcome().evidence.reasonSender, Sender::accessPoint);
+    EXPECT_STREQ(wifi::reasonCodeName(outcome().evidence.reasonCode), "PREV_AUTH_NOT_VALID");
+}
+
+// Blocks the device's radio until the end of the scope.
+class BlockedRadio {
+  public:
+    BlockedRadio() { set('1'); }
+    ~BlockedRadio() { set('0'); }
+    BlockedRadio(const BlockedRadio&) = delete;
+    BlockedRadio& operator=(const BlockedRadio&) = delete;
+    BlockedRadio(BlockedRadio&&) = delete;
+    BlockedRadio& operator=(BlockedRadio&&) = delete;
+
+  private:
+    static void set(char blocked) {
+        succeeds(std::string("echo ") + blocked + " >$(echo /sys/class/net/wlan0/phy80211/rfkill*/soft)");
+    }
+};
+
+TEST_F(Causes, ABlockedRadioEndsTheConnectionAndEveryAttempt) {
+    ASSERT_TRUE(device().connects(wpa2Network));
+    {
+        const BlockedRadio blocked;
+        ASSERT_TRUE(ends(wpa2Network.ssid, Cause::radioBlocked, Certainty::certain));
+        EXPECT_EQ(outcome().stage, Stage::online);
+        ASSERT_TRUE(fails(openNetwork, Cause::radioBlocked, Certainty::certain));
+        EXPECT_EQ(outcome().stage, Stage::requested);
+    }
+    EXPECT_TRUE(device().connects(openNetwork));
+}
+
+TEST_F(Causes, AKilledSupplicantIsGone) {
+    ASSERT_TRUE(device().connects(wpa2Network));
+    run("systemctl kill --signal=KILL wpa_supplicant");
+    ASSERT_TRUE(ends(wpa2Network.ssid, Cause::supplicantGone, Certainty::certain));
+    EXPECT_EQ(outcome().stage, Stage::online);
+}
+
+TEST_F(Causes, TheUserGivesUpReplacesAndSwitchesOff) {
+    ASSERT_EQ(manager().connect(peapNetwork), ConnectResult::ok);
+    ASSERT_TRUE(device().connects(openNetwork));
+    EXPECT_TRUE(ends(peapNetwork.ssid, Cause::replaced, Certainty::certain));
+    manager().disconnect();
+    EXPECT_TRUE(ends(openNetwork.ssid, Cause::givenUp, Certainty::certain));
+    ASSERT_TRUE(device().connects(wpa2Network));
+    manager().setEnabled(false);
+    EXPECT_TRUE(ends(wpa2Network.ssid, Cause::givenUp, Certainty::certain));
+}
+
+// Wrong keys of each kind are told from refusals and from silence, every time.
+TEST_F(Causes, AreTheSameInTwentyOfTwentyRepetitions) {
+    for (int i = 0; i < 20; ++i) {
+        SCOPED_TRACE(i);
+        ASSERT_TRUE(fails(with(wpa2Network, "wrong-secret"), Cause::wrongKey, Certainty::probable));
+        ASSERT_TRUE(fails(with(saeNetwork, "wrong-secret"), Cause::wrongKey, Certainty::certain));
+        ASSERT_TRUE(fails(with(peapNetwork, "wrong-secret"), Cause::eapRejected, Certainty::certain));
+        ASSERT_TRUE(fails(refusingNetwork, Cause::full, Certainty::certain));
+        ASSERT_TRUE(fails(absentNetwork, Cause::outOfRange, Certainty::certain));
+    }
+}
+
+TEST_F(Causes, AMissingAddressIsTroubleAndEndsNothing) {
+    AccessPoint accessPoint("wpa2");
+    accessPoint.stopAddresses();
+    manager().setAddressTimeout(std::chrono::seconds(10));
+    ASSERT_EQ(manager().connect(wpa2Network), ConnectResult::ok);
+    ASSERT_TRUE(device().reaches(Status::connectingIP, wpa2Network.ssid));
+    EXPECT_EQ(manager().connectionDetails().trouble, Cause::none);
+    ASSERT_TRUE(
+        device().eventually([&] { return manager().connectionDetails().trouble == Cause::noAddress; }));
+    EXPECT_EQ(manager().connectionInfo().status, Status::connectingIP);
+    accessPoint.restore();
+    ASSERT_TRUE(device().reaches(Status::connected, wpa2Network.ssid));
+    EXPECT_EQ(manager().connectionDetails().trouble, Cause::none);
+}
+
+struct NetworkOfMode {
+    wifi::ConnectionSettings settings;
+    wifi::SecurityMode mode;
+    int frequency;
+};
+
+TEST_F(Causes, TheNetworkInUseIsTold) {
+    for (const auto& [settings, mode, frequency] :
+         {NetworkOfMode{wpa2Network, wifi::SecurityMode::rsnPsk, 2427},
+          NetworkOfMode{saeNetwork, wifi::SecurityMode::sae, 2437},
+          NetworkOfMode{peapNetwork, wifi::SecurityMode::enterprise, 2442},
+          NetworkOfMode{openNetwork, wifi::SecurityMode::none, 2412}}) {
+        SCOPED_TRACE(settings.ssid);
+        ASSERT_TRUE(device().connects(settings));
+        const wifi::NetworkInUse network = manager().connectionDetails().network;
+        EXPECT_EQ(network.securityMode, mode);
+        EXPECT_EQ(network.frequency, frequency);
+        EXPECT_EQ(network.bssid[0], 2);  // a locally administered address
+    }
+}
+
+std::string addressOf(const std::string& accessPoint) {
+    const std::string text =
+        run("ip netns exec " + accessPoint + " cat /sys/class/net/" + accessPoint + "/address");
+    return text.substr(0, text.find('\n'));
+}
+
+// Both access points announce the same network. Its states pass by within milliseconds.
+TEST_F(Causes, ARoamDoesNotFlicker) {
+    ASSERT_TRUE(device().connects(twinNetwork));
+    ASSERT_TRUE(device().eventually([&] { return manager().connectionDetails().network.frequency != 0; }));
+    const int first = manager().connectionDetails().network.frequency;
+    std::mutex mutex;
+    std::vector<Status> shown;
+    manager().onConnectionDetailsChanged([&] {
+        const Status status = manager().connectionDetails().shownStatus;
+        const std::lock_guard lock(mutex);
+        shown.push_back(status);
+    });
+    device().clearHistory();
+    const std::string other = addressOf(first == 2452 ? "twin2" : "twin1");
+    run("wpa_cli -p /run/wpa_supplicant -i wlan0 roam " + other);
+    ASSERT_TRUE(device().eventually([&] {
+        const wifi::ConnectionDetails details = manager().connectionDetails();
+        return details.info.status == Status::connected && details.network.frequency != first &&
+               details.network.frequency != 0;
+    }));
+    manager().onConnectionDetailsChanged(nullptr);
+    const auto history = device().history();
+    EXPECT_TRUE(std::any_of(history.begin(), history.end(), [](const wifi::ConnectionInfo& info) {
+        return info.status == Status::connectingWifi;
+    }));
+    const std::lock_guard lock(mutex);
+    EXPECT_FALSE(shown.empty());
+    EXPECT_TRUE(
+        std::all_of(shown.begin(), shown.end(), [](Status status) { return status == Status::connected; }));
+}
+
+}  // namespace
+}  // namespace kaz::vm
