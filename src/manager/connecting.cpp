@@ -139,10 +139,11 @@ void Connecting::taskForgetNetwork(const std::string& ssid) {
     tracker_.notifyAboutForget(ssid);
     refresh_.taskUpdateConnectionInfo();
     bool found = false;
+    bool allRemoved = true;
     for (const auto& network : communicator_.getAllConfiguredNetworksSync()) {
         if (hasSsid(*network, ssid)) {
             found = true;
-            network->removeSync();
+            allRemoved = network->removeSync() && allRemoved;
         }
     }
     if (found) {
@@ -152,6 +153,11 @@ void Connecting::taskForgetNetwork(const std::string& ssid) {
                    Communicator::makeSsidRedactable(ssid));
     }
     configuration_.requestSave();
+    // The link that was published as ended may be up for good. The supplicant has nothing to report then.
+    if (!(found && allRemoved) && tracker_.linkUpOrComing() &&
+        tracker_.getConnectionInfo().status == ConnectionInfo::Status::disconnected) {
+        communicator_.refreshSync();
+    }
 }
 
 }  // namespace kaz::wifi

@@ -240,6 +240,31 @@ TEST_F(Forget, FailedRemovalDoesNotStopTheForget) {
     EXPECT_EQ(takeCalls(), Calls{saving});
 }
 
+TEST_F(Forget, LinkThatAFailedForgetLeftUpIsShown) {
+    stack->configure("Home");
+    startWithSupplicant();
+    communicator->onRefresh = [&] {
+        reportBss("Home");
+        reportStatus(SupplicantStatus::Connected);
+    };
+    for (const std::string call : {"removeSync", "getAllConfiguredNetworksSync"}) {
+        becomeConnected("Home");
+        stack->failing = {call};
+        engine->forgetNetwork("Home");
+        runUntilIdle();
+        EXPECT_THAT(state(), testing::StartsWith(R"(status=connected, ssid="Home")")) << call;
+    }
+}
+
+TEST_F(Forget, FailedForgetOfAnotherNetworkDoesNotReadTheLinkAgain) {
+    stack->configure("Cafe");
+    startWithSupplicant();
+    becomeConnected("Home");
+    stack->failing = {"removeSync"};
+    forgetNetwork("Cafe");
+    EXPECT_THAT(takeCalls(), testing::Not(testing::Contains("refreshSync")));
+}
+
 TEST_F(Forget, ForgettingAnUnknownNetworkLogsAnErrorAndSaves) {
     stack->configure("Cafe");
     stack->configure(std::nullopt);
