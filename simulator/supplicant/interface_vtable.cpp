@@ -15,6 +15,7 @@ using vtable::rawMethod;
 template <typename Objects>
 std::vector<ObjectPath> pathsOf(const Objects& objects) {
     std::vector<ObjectPath> paths;
+    paths.reserve(objects.size());
     for (const auto& [id, object] : objects) {
         paths.emplace_back(object->path());
     }

@@ -28,7 +28,7 @@ class ConnectionRefresh : NonCopyable {
     void taskUpdateConnectionInfo();
 
   private:
-    void reactToChange(const ConnectionInfo& next);
+    void reactToChange(const ConnectionInfo& info);
     void updateSignalPollTimer(const ConnectionInfo& next);
     void reactToSuccess(const ConnectionInfo& next);
     void reactToEndOfAttempt(const ConnectionInfo& next);

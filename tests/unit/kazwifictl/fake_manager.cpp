@@ -86,7 +86,10 @@ class ManagerImpl : NonCopyable {
             othersDisabled = false;
             saveOwed = true;
         }
-        publish(&ManagerImpl::onConnection, [this] { published = {info, outcome}; });
+        publish(&ManagerImpl::onConnection, [this] {
+            published.info = info;
+            published.lastOutcome = outcome;
+        });
     }
 
     void idle() {
