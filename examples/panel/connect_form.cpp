@@ -188,6 +188,7 @@ ConnectForm::Field ConnectForm::problemField() const {
             break;
         case ConnectResult::ssidEmpty:
         case ConnectResult::ssidTooLong:
+        case ConnectResult::notSendable:  // what is typed can be sent
             return SsidField;
         case ConnectResult::passwordTooShort:
         case ConnectResult::passwordTooLong:

@@ -54,6 +54,8 @@ QString problemInWords(ConnectResult verdict, SecurityMode mode) {
             return QStringLiteral("Without a CA the domain verifies nothing");
         case ConnectResult::serverDomainInvalid:
             return QStringLiteral("Not a domain, such as “example.org”");
+        case ConnectResult::notSendable:
+            return QStringLiteral("Its name has bytes that this device cannot send");
         case ConnectResult::keyFileMissing:
             return QStringLiteral("This method needs a key");
     }

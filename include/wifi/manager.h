@@ -2,6 +2,7 @@
 
 #include <wifi/certificates.h>
 #include <wifi/connection_details.h>
+#include <wifi/request_failure.h>
 #include <wifi/types.h>
 
 #include <chrono>
@@ -24,6 +25,7 @@ class ManagerImpl;
 ///
 /// Results: requests return nothing. Only `connect` validates its settings and returns the verdict. The
 /// outcome appears later in connectionInfo() and networks(), and the cause of a failure in connectionDetails().
+/// whenCarriedOut() tells when requests have been made, and which failed.
 ///
 /// Callbacks run on the Manager's thread and have no arguments: call the matching getter. They should return
 /// soon, because nothing else runs on that thread meanwhile. An exception from a callback is logged and
@@ -124,7 +126,8 @@ class [[gnu::visibility("default")]] Manager {
     ConnectResult connect(const ConnectionSettings& settings);
 
     /// The verdict of `connect` on the settings, without connecting: for a user interface that validates while the
-    /// user types. Changes nothing and does not block. The verdict on an EAP method follows eapMethods().
+    /// user types. Changes nothing and does not block. The verdict on an EAP method follows eapMethods(). Where
+    /// `connect` says `ok` although a field cannot be sent to the supplicant, the verdict is `notSendable`.
     ConnectResult validate(const ConnectionSettings& settings) const;
 
     /// The same for an enterprise network whose server is verified, or that asks for a client certificate. Empty
@@ -151,6 +154,16 @@ class [[gnu::visibility("default")]] Manager {
     /// Removes every configuration of this SSID and ends its connection if it is in use. Ignores an empty
     /// SSID.
     void forgetNetwork(const std::string& ssid);
+
+    /// Calls `callback` once, on the Manager's thread, when every request made before has ended, and the state that it
+    /// led to is published and saved. The argument has what failed of the requests since the last call of
+    /// whenCarriedOut(); it is empty if nothing did, as far as the daemons said. The callback comes also when requests
+    /// are dropped or fail, and when there were none: then at the end of the first state.
+    ///
+    /// A request to connect has ended when the supplicant has begun, not when the attempt ends. While an attempt runs,
+    /// nothing is saved; if that fails later, the next callback is told. The rules for callbacks at Manager apply, but
+    /// these callbacks do not replace each other. ~Manager destroys those that wait, without calling them.
+    void whenCarriedOut(std::function<void(const std::set<RequestFailure>& failures)> callback);
 
     /// The state of the connection. Returns a copy.
     ConnectionInfo connectionInfo() const;

@@ -109,11 +109,13 @@ enum class ConnectResult : std::int32_t {
     eapMethodUnsupported = 6,     ///< not empty and not among Manager::eapMethods()
     phase2MethodUnsupported = 7,  ///< not empty and not among Manager::phase2Methods()
     securityModeUnsupported = 8,  ///< SecurityMode::unsupported was requested
-    // The following are returned only for Certificates that are not empty.
+    // The next four are returned only for Certificates that are not empty.
     fileInvalid = 9,           ///< a path is relative, has more than 900 bytes or NUL, or is not UTF-8
     caFileMissing = 10,        ///< a server domain without a CA file, which would verify nothing
     serverDomainInvalid = 11,  ///< more than 900 bytes, or not letters, digits, "-", "_", "." and ";"
     keyFileMissing = 12,       ///< a client certificate or the method "TLS" without a private key
+    // Only validate returns this one: connect accepts such settings, and the attempt fails after 2000 ms.
+    notSendable = 13,  ///< a text that is used has NUL or is not UTF-8, so D-Bus cannot carry it
 };
 
 }  // namespace kaz::wifi

@@ -80,6 +80,9 @@ constexpr std::array verdicts{
     Text<ConnectResult>{ConnectResult::caFileMissing, "a domain verifies nothing without a CA"},
     Text<ConnectResult>{ConnectResult::serverDomainInvalid, "the domain is not a domain name"},
     Text<ConnectResult>{ConnectResult::keyFileMissing, "the private key is missing"},
+    Text<ConnectResult>{
+        ConnectResult::notSendable,
+        "the name, the identity or the password has NUL or is not UTF-8, so it cannot be sent"},
 };
 constexpr const char* saePasswordEmpty = "the password is empty";
 constexpr const char* saePasswordTooLong = "the password is longer than 1024 bytes";

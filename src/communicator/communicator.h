@@ -137,9 +137,9 @@ class Communicator : NonCopyable {
     // an event, or nullopt.
     virtual void setIdleTask(std::function<std::optional<std::chrono::milliseconds>()> task) = 0;
 
-    // The user's on/off choice in the configuration file. Callable from any thread.
+    // The user's on/off choice in the configuration file. False if it cannot be written. Callable from any thread.
     virtual bool readEnabledConfiguration() = 0;
-    virtual void writeEnabledConfiguration(bool enabled) = 0;
+    virtual bool writeEnabledConfiguration(bool enabled) = 0;
 
     // Makes the supplicant write its configuration file.
     virtual bool saveNetworkConfigurationSync() = 0;

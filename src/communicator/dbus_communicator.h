@@ -50,7 +50,7 @@ class DbusCommunicator final : public Communicator {
     void setTimerCompletedTask(std::function<void()> task) override;
     void setIdleTask(std::function<std::optional<std::chrono::milliseconds>()> task) override;
     bool readEnabledConfiguration() override;
-    void writeEnabledConfiguration(bool enabled) override;
+    bool writeEnabledConfiguration(bool enabled) override;
     bool saveNetworkConfigurationSync() override;
     bool startStopSupplicantSync(bool start) override;
     bool scanSync() override;

@@ -24,11 +24,13 @@ bool DbusCommunicator::readEnabledConfiguration() {
     return false;
 }
 
-void DbusCommunicator::writeEnabledConfiguration(bool enabled) {
+bool DbusCommunicator::writeEnabledConfiguration(bool enabled) {
     const char* const value = enabled ? "on" : "off";
-    if (!util::updateKazConfig(enabledKey, value)) {
+    const bool written = util::updateKazConfig(enabledKey, value);
+    if (!written) {
         log::warn("Couldn't write {}={} to config.", enabledKey, value);
     }
+    return written;
 }
 
 }  // namespace kaz::wifi

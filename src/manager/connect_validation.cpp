@@ -1,5 +1,7 @@
 #include "manager/connect_validation.h"
 
+#include "base/sendable_text.h"
+
 #include <cstddef>
 
 namespace kaz::wifi {
@@ -29,7 +31,23 @@ bool isOffered(const std::string& method, const std::set<std::string>& offered) 
     return method.empty() || offered.contains(method);
 }
 
+bool takesPassword(SecurityMode mode) {
+    return mode >= SecurityMode::wep && mode <= SecurityMode::enterpriseVariant;
+}
+
+bool isEnterprise(SecurityMode mode) {
+    return mode == SecurityMode::enterprise || mode == SecurityMode::enterpriseVariant;
+}
+
 }  // namespace
+
+bool isSendable(const ConnectionSettings& settings, const Certificates& certificates) {
+    const SecurityMode mode = settings.securityMode;
+    return isSendableText(settings.ssid) && (!takesPassword(mode) || isSendableText(settings.password)) &&
+           (!isEnterprise(mode) ||
+            (isSendableText(settings.identity) && isSendableText(settings.anonymousIdentity) &&
+             isSendableText(certificates.keyPassword)));
+}
 
 ConnectResult validateConnectionSettings(const ConnectionSettings& settings,
                                          const std::set<std::string>& eapMethods,

@@ -20,7 +20,8 @@ Connecting::Connecting(Communicator& communicator, ConnectionInfoHelper& tracker
       list_(list),
       judge_(judge) {}
 
-void Connecting::taskConnect(const ConnectionSettings& settings, const Certificates& certificates) {
+std::optional<RequestFailure> Connecting::taskConnect(const ConnectionSettings& settings,
+                                                      const Certificates& certificates) {
     refusal_ = Refusal::none;
     log::debug("Connecting to {}", Communicator::makeSsidRedactable(settings.ssid));
     tracker_.notifyAboutConnectionAttempt(settings.ssid);
@@ -33,13 +34,14 @@ void Connecting::taskConnect(const ConnectionSettings& settings, const Certifica
     const auto network = communicator_.addNetworkSync(settings, certificates);
     if (!network) {
         judge_.requestFailed(Facts::Request::refused);
-        return;
+        return RequestFailure::refused;
     }
-    taskConnectCommon(*network);
+    const auto failure = taskConnectCommon(*network);
     list_.taskUpdateConfiguredNetworks();
+    return failure;
 }
 
-void Connecting::taskConnectConfigured(const std::string& ssid) {
+std::optional<RequestFailure> Connecting::taskConnectConfigured(const std::string& ssid) {
     refusal_ = Refusal::none;
     log::debug("Connecting to configured network {}", Communicator::makeSsidRedactable(ssid));
     tracker_.notifyAboutConnectionAttempt(ssid);
@@ -47,21 +49,21 @@ void Connecting::taskConnectConfigured(const std::string& ssid) {
     judge_.attemptBegan(ssid, std::nullopt, false);
     for (const auto& network : communicator_.getAllConfiguredNetworksSync()) {
         if (hasSsid(*network, ssid)) {
-            taskConnectCommon(*network);
-            return;
+            return taskConnectCommon(*network);
         }
     }
     judge_.requestFailed(Facts::Request::refused);
     log::warn("Tried connecting to configured network, but it isn't known to us. {}",
               Communicator::makeSsidRedactable(ssid));
+    return RequestFailure::unknownNetwork;
 }
 
-void Connecting::taskConnectCommon(Communicator::ConfiguredNetwork& network) {
+std::optional<RequestFailure> Connecting::taskConnectCommon(Communicator::ConfiguredNetwork& network) {
     const std::string ssid = network.getSsid().value();
     log::info("Connecting to {}", Communicator::makeSsidRedactable(ssid));
     if (!configuration_.select(network)) {
         judge_.requestFailed(Facts::Request::refused);
-        return;
+        return RequestFailure::refused;
     }
     ++unreportedSelections_;
     // One configuration per SSID: the selected one replaces all older ones.
@@ -70,9 +72,10 @@ void Connecting::taskConnectCommon(Communicator::ConfiguredNetwork& network) {
             other->removeSync();
         }
     }
+    return std::nullopt;
 }
 
-void Connecting::taskDisconnect() {
+std::optional<RequestFailure> Connecting::taskDisconnect() {
     log::info("Disconnecting");
     // The supplicant does not signal the selection of the network in use.
     if (!tracker_.attemptPending()) {
@@ -80,22 +83,23 @@ void Connecting::taskDisconnect() {
     }
     tracker_.notifyAboutDisconnect();
     refresh_.taskUpdateConnectionInfo();
-    disconnectSync();
+    return disconnectSync() ? std::nullopt : std::optional(RequestFailure::refused);
 }
 
 // While the supplicant searches it refuses to disconnect, goes on searching, and connects by itself. Then we ask again.
 // If it refuses although we know of a link, it may have lost that link, or the call has failed: its state tells.
-void Connecting::disconnectSync() {
+bool Connecting::disconnectSync() {
     refusal_ = Refusal::none;
     if (communicator_.disconnectSync()) {
-        return;
+        return true;
     }
     if (!tracker_.linkUpOrComing()) {
         refusal_ = Refusal::searching;
-        return;
+        return false;
     }
     refusal_ = Refusal::unclear;
     communicator_.refreshSync();
+    return false;
 }
 
 void Connecting::signalSupplicantStatus(std::optional<Communicator::SupplicantConnectionStatus> status) {
@@ -134,7 +138,7 @@ void Connecting::supplicantChanged() {
     unreportedSelections_ = 0;
 }
 
-void Connecting::taskForgetNetwork(const std::string& ssid) {
+std::optional<RequestFailure> Connecting::taskForgetNetwork(const std::string& ssid) {
     log::info("Forgetting {}", Communicator::makeSsidRedactable(ssid));
     tracker_.notifyAboutForget(ssid);
     refresh_.taskUpdateConnectionInfo();
@@ -158,6 +162,10 @@ void Connecting::taskForgetNetwork(const std::string& ssid) {
         tracker_.getConnectionInfo().status == ConnectionInfo::Status::disconnected) {
         communicator_.refreshSync();
     }
+    if (!found) {
+        return RequestFailure::unknownNetwork;
+    }
+    return allRemoved ? std::nullopt : std::optional(RequestFailure::refused);
 }
 
 }  // namespace kaz::wifi

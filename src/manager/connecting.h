@@ -10,6 +10,7 @@
 #include "outcome/judge.h"
 
 #include <wifi/certificates.h>
+#include <wifi/request_failure.h>
 #include <wifi/types.h>
 
 #include <optional>
@@ -18,16 +19,18 @@
 namespace kaz::wifi {
 
 // The requests to connect, disconnect and forget. Each informs the tracker and publishes before it calls the
-// supplicant. No failure is returned: if a call fails, the tracker's timeout ends the attempt. Loop thread only.
+// supplicant. If a call fails, the tracker's timeout ends the attempt. The tasks return what the supplicant refused. Loop
+// thread only.
 class Connecting : NonCopyable {
   public:
     Connecting(Communicator& communicator, ConnectionInfoHelper& tracker, ConnectionRefresh& refresh,
                SupplicantConfiguration& configuration, NetworkList& list, Judge& judge);
 
-    void taskConnect(const ConnectionSettings& settings, const Certificates& certificates);
-    void taskConnectConfigured(const std::string& ssid);
-    void taskDisconnect();
-    void taskForgetNetwork(const std::string& ssid);
+    std::optional<RequestFailure> taskConnect(const ConnectionSettings& settings,
+                                              const Certificates& certificates);
+    std::optional<RequestFailure> taskConnectConfigured(const std::string& ssid);
+    std::optional<RequestFailure> taskDisconnect();
+    std::optional<RequestFailure> taskForgetNetwork(const std::string& ssid);
 
     // The supplicant selected a network at the request of a client. It does not signal a choice of its own.
     void signalNetworkSelected();
@@ -37,8 +40,8 @@ class Connecting : NonCopyable {
 
   private:
     void taskStayDisconnected();
-    void disconnectSync();
-    void taskConnectCommon(Communicator::ConfiguredNetwork& network);
+    bool disconnectSync();
+    std::optional<RequestFailure> taskConnectCommon(Communicator::ConfiguredNetwork& network);
 
     Communicator& communicator_;
     ConnectionInfoHelper& tracker_;

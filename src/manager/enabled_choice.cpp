@@ -17,8 +17,11 @@ class EnabledChoice::Call : NonCopyable {
     const Choice choice_;
 };
 
-EnabledChoice::EnabledChoice(Communicator& communicator, Published& published)
-    : communicator_(communicator), published_(published), enabled_(communicator.readEnabledConfiguration()) {}
+EnabledChoice::EnabledChoice(Communicator& communicator, Published& published, RequestLedger& requests)
+    : communicator_(communicator),
+      published_(published),
+      requests_(requests),
+      enabled_(communicator.readEnabledConfiguration()) {}
 
 void EnabledChoice::setEnabled(bool on) {
     log::info("Turning wifi {}", on ? "on" : "off");
@@ -26,9 +29,11 @@ void EnabledChoice::setEnabled(bool on) {
     if (call.choice().changesFlag) {
         communicator_.pushTaskAsync_([this] { published_.notify(Published::Change::enabled); });
     }
-    store();
+    if (!store()) {
+        requests_.note(RequestFailure::choiceNotWritten);
+    }
     // Also without a change: a repeated "on" tries again to start the supplicant.
-    communicator_.pushTaskAsync_([this, choice = call.choice()] { taskStartOrStopSupplicant(choice); });
+    requests_.post([this, choice = call.choice()] { return taskStartOrStopSupplicant(choice); });
 }
 
 EnabledChoice::Choice EnabledChoice::begin(bool on) {
@@ -43,20 +48,23 @@ void EnabledChoice::end() {
 }
 
 // The write of an older choice may come last when two threads write. Its thread then writes again.
-void EnabledChoice::store() {
+bool EnabledChoice::store() {
+    bool stored = false;
     Choice written;
     do {
         written = latest();
-        communicator_.writeEnabledConfiguration(written.on);
+        stored = communicator_.writeEnabledConfiguration(written.on);
     } while (written.number != latest().number);
+    return stored;
 }
 
 // The tasks of two threads may be posted in the other order than their choices were made.
-void EnabledChoice::taskStartOrStopSupplicant(Choice choice) {
+std::optional<RequestFailure> EnabledChoice::taskStartOrStopSupplicant(Choice choice) {
     if (choice.number > applied_.number) {
         applied_ = choice;
     }
-    communicator_.startStopSupplicantSync(applied_.on);
+    return communicator_.startStopSupplicantSync(applied_.on) ? std::nullopt
+                                                              : std::optional(RequestFailure::unitRefused);
 }
 
 EnabledChoice::Choice EnabledChoice::latest() {

@@ -3,10 +3,14 @@
 #include "base/non_copyable.h"
 #include "communicator/communicator.h"
 #include "manager/published.h"
+#include "manager/request_ledger.h"
+
+#include <wifi/request_failure.h>
 
 #include <atomic>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 
 namespace kaz::wifi {
 
@@ -18,7 +22,7 @@ namespace kaz::wifi {
 class EnabledChoice : NonCopyable {
   public:
     // Starts with the choice that is stored.
-    EnabledChoice(Communicator& communicator, Published& published);
+    EnabledChoice(Communicator& communicator, Published& published, RequestLedger& requests);
 
     bool isEnabled() const { return enabled_; }
 
@@ -41,11 +45,12 @@ class EnabledChoice : NonCopyable {
     Choice begin(bool on);
     void end();
     Choice latest();
-    void store();
-    void taskStartOrStopSupplicant(Choice choice);
+    bool store();
+    std::optional<RequestFailure> taskStartOrStopSupplicant(Choice choice);
 
     Communicator& communicator_;
     Published& published_;
+    RequestLedger& requests_;
     std::mutex mutex_;  // of the numbers, and of the writes to the flag
     std::atomic<bool> enabled_;
     std::uint64_t begun_ = 0;  // calls of setEnabled()

@@ -82,6 +82,10 @@ void Manager::forgetNetwork(const std::string& ssid) {
     impl_->forgetNetwork(ssid);
 }
 
+void Manager::whenCarriedOut(std::function<void(const std::set<RequestFailure>&)> callback) {
+    impl_->whenCarriedOut(std::move(callback));
+}
+
 ConnectionInfo Manager::connectionInfo() const {
     return impl_->connectionInfo();
 }

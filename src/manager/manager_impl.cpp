@@ -1,6 +1,7 @@
 #include "manager/manager_impl.h"
 
 #include "manager/certificate_rules.h"
+#include "manager/connect_validation.h"
 #include "manager/wiped_settings.h"
 
 #include <algorithm>
@@ -23,6 +24,7 @@ ManagerImpl::ManagerImpl() : ManagerImpl(createCommunicator(), std::make_shared<
 ManagerImpl::ManagerImpl(std::unique_ptr<Communicator> communicator,
                          std::shared_ptr<TimeProvider> timeProvider)
     : communicator_(std::move(communicator)),
+      requests_(*communicator_),
       tracker_(timeProvider),
       configuration_(*communicator_),
       list_(*communicator_, published_),
@@ -32,7 +34,7 @@ ManagerImpl::ManagerImpl(std::unique_ptr<Communicator> communicator,
       connecting_(*communicator_, tracker_, refresh_, configuration_, list_, judge_),
       reports_(tracker_, list_, published_),
       stateRefresh_(*communicator_, tracker_, list_),
-      choice_(*communicator_, published_) {
+      choice_(*communicator_, published_, requests_) {
     wireCommunicator();
     communicator_->pushTaskAsync_([this] { signalEventLoopIdle(); });
     communicator_->startEventLoop();
@@ -91,8 +93,17 @@ ManagerImpl::~ManagerImpl() {
     static_cast<void>(communicator_.release());
 }
 
+// While detached, the communicator refuses what the supplicant was not asked.
+void ManagerImpl::post(RequestLedger::Request request) {
+    requests_.post([this, request = std::move(request)] {
+        const auto failure = request();
+        return failure && !wifiStackInitialized_ ? RequestFailure::notAttached : failure;
+    });
+}
+
 void ManagerImpl::scan() {
-    communicator_->pushTaskAsync_([this] { communicator_->scanSync(); });
+    post(
+        [this] { return communicator_->scanSync() ? std::nullopt : std::optional(RequestFailure::refused); });
 }
 
 ConnectResult ManagerImpl::connect(const ConnectionSettings& settings, const Certificates& certificates) {
@@ -101,8 +112,8 @@ ConnectResult ManagerImpl::connect(const ConnectionSettings& settings, const Cer
     if (verdict == ConnectResult::ok) {
         auto copy = std::make_shared<const WipedSettings>(
             settings, certificates, eapMethodsToAllow(settings, certificates, available));
-        communicator_->pushTaskAsync_([this, copy = std::move(copy)] {
-            connecting_.taskConnect(copy->settings(), copy->certificates());
+        post([this, copy = std::move(copy)] {
+            return connecting_.taskConnect(copy->settings(), copy->certificates());
         });
     }
     return verdict;
@@ -110,25 +121,31 @@ ConnectResult ManagerImpl::connect(const ConnectionSettings& settings, const Cer
 
 ConnectResult ManagerImpl::validate(const ConnectionSettings& settings,
                                     const Certificates& certificates) const {
-    return validateWithCertificates(settings, certificates, published_.eapMethods());
+    const ConnectResult verdict = validateWithCertificates(settings, certificates, published_.eapMethods());
+    return verdict == ConnectResult::ok && !isSendable(settings, certificates) ? ConnectResult::notSendable
+                                                                               : verdict;
 }
 
 void ManagerImpl::connectConfigured(const std::string& ssid) {
-    communicator_->pushTaskAsync_([this, ssid] { connecting_.taskConnectConfigured(ssid); });
+    post([this, ssid] { return connecting_.taskConnectConfigured(ssid); });
 }
 
 void ManagerImpl::disconnect() {
-    communicator_->pushTaskAsync_([this] { connecting_.taskDisconnect(); });
+    post([this] { return connecting_.taskDisconnect(); });
 }
 
 void ManagerImpl::forgetNetwork(const std::string& ssid) {
     if (!ssid.empty()) {
-        communicator_->pushTaskAsync_([this, ssid] { connecting_.taskForgetNetwork(ssid); });
+        post([this, ssid] { return connecting_.taskForgetNetwork(ssid); });
     }
 }
 
 void ManagerImpl::setAddressTimeout(std::chrono::milliseconds timeout) {
     communicator_->pushTaskAsync_([this, timeout] { presentation_.setAddressTimeout(timeout); });
+}
+
+void ManagerImpl::whenCarriedOut(RequestLedger::Callback callback) {
+    requests_.whenCarriedOut(std::move(callback));
 }
 
 void ManagerImpl::onEnabledChanged(std::function<void()> callback) {
@@ -157,8 +174,11 @@ std::optional<std::chrono::milliseconds> ManagerImpl::signalEventLoopIdle() {
     if (stopping_) {
         configuration_.abandonSelection();
     }
-    configuration_.taskSaveConfiguration();
+    const auto saved = configuration_.taskSaveConfiguration();
     stateRefresh_.idle();
+    if (!stopping_) {
+        requests_.idle(saved);
+    }
     return earlier(tracker_.getActiveTimeout(), presentation_.remaining());
 }
 

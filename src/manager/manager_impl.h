@@ -12,6 +12,7 @@
 #include "manager/network_list.h"
 #include "manager/presentation.h"
 #include "manager/published.h"
+#include "manager/request_ledger.h"
 #include "manager/state_refresh.h"
 #include "manager/supplicant_configuration.h"
 #include "manager/supplicant_reports.h"
@@ -57,6 +58,7 @@ class ManagerImpl : NonCopyable {
     void connectConfigured(const std::string& ssid);
     void disconnect();
     void forgetNetwork(const std::string& ssid);
+    void whenCarriedOut(RequestLedger::Callback callback);
     ConnectionInfo connectionInfo() const { return published_.connectionInfo(); }
     ConnectionDetails connectionDetails() const { return published_.connectionDetails(); }
     void setAddressTimeout(std::chrono::milliseconds timeout);
@@ -67,6 +69,7 @@ class ManagerImpl : NonCopyable {
     void onConnectionDetailsChanged(std::function<void()> callback);
 
   private:
+    void post(RequestLedger::Request request);
     void wireCommunicator();
     void signalWifiServiceStatusChange();
     std::optional<std::chrono::milliseconds> signalEventLoopIdle();
@@ -74,6 +77,7 @@ class ManagerImpl : NonCopyable {
 
     std::unique_ptr<Communicator> communicator_;
     Published published_;
+    RequestLedger requests_;
     ConnectionInfoHelper tracker_;
     SupplicantConfiguration configuration_;
     NetworkList list_;

@@ -1,9 +1,8 @@
 #include "manager/published.h"
 
-#include "base/log.h"
+#include "manager/guarded_callback.h"
 
 #include <cstddef>
-#include <exception>
 #include <utility>
 
 namespace kaz::wifi {
@@ -50,15 +49,11 @@ void Published::notify(Change change) {
 // Copying a callback may throw, too.
 template <typename CopyCallback>
 void Published::invoke(const CopyCallback& copyCallback) {
-    try {
+    callGuarded([&copyCallback] {
         if (const Callback callback = copyCallback()) {
             callback();
         }
-    } catch (const std::exception& error) {
-        log::error("A callback threw an exception: {}", error.what());
-    } catch (...) {
-        log::error("A callback threw an exception of unknown type");
-    }
+    });
 }
 
 Published::Callback& Published::callbackFor(Change change) {

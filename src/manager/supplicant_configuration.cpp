@@ -43,11 +43,12 @@ void SupplicantConfiguration::prefer(const std::string& ssid) {
     saveNeeded_ = true;
 }
 
-void SupplicantConfiguration::taskSaveConfiguration() {
-    if (saveNeeded_ && !othersDisabled_) {
-        saveNeeded_ = false;
-        communicator_.saveNetworkConfigurationSync();
+std::optional<bool> SupplicantConfiguration::taskSaveConfiguration() {
+    if (!saveNeeded_ || othersDisabled_) {
+        return std::nullopt;
     }
+    saveNeeded_ = false;
+    return communicator_.saveNetworkConfigurationSync();
 }
 
 // A new supplicant has read its file. One that survived the loss of the bus still has the networks disabled.

@@ -3,6 +3,7 @@
 #include "base/non_copyable.h"
 #include "communicator/communicator.h"
 
+#include <optional>
 #include <string>
 
 namespace kaz::wifi {
@@ -29,8 +30,8 @@ class SupplicantConfiguration : NonCopyable {
     void requestSave() { saveNeeded_ = true; }
 
     // Makes a requested save. The save waits while a selection keeps the other networks disabled. Otherwise the device
-    // would know only one network after a restart.
-    void taskSaveConfiguration();
+    // would know only one network after a restart. Returns whether the save succeeded, and nothing without a save.
+    std::optional<bool> taskSaveConfiguration();
 
     void supplicantAttached();
     void supplicantDetached();

@@ -31,6 +31,15 @@ PanelDialog {
         font.pixelSize: Theme.smallSize
         Layout.fillWidth: true
     }
+    Label {
+        objectName: "nameProblem"
+        visible: !dialog.form.hidden && text !== ""
+        text: dialog.form.problemField === ConnectForm.SsidField ? dialog.form.problem : ""
+        color: Theme.danger
+        wrapMode: Text.Wrap
+        font.pixelSize: Theme.smallSize
+        Layout.fillWidth: true
+    }
     GridLayout {
         columns: dialog.wide ? 2 : 1
         columnSpacing: Theme.margin

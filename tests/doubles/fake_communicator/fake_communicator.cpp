@@ -124,6 +124,9 @@ void FakeCommunicator::refreshSync() {
 void FakeCommunicator::pushTaskAsync_(std::function<void()> task) {
     stack_->record("pushTaskAsync_");
     tasks_.push_back(std::move(task));
+    if (onPosted) {
+        onPosted();
+    }
 }
 
 void FakeCommunicator::configureTimerSync(bool enable, std::chrono::milliseconds interval) {
@@ -145,10 +148,12 @@ bool FakeCommunicator::readEnabledConfiguration() {
     return stack_->enabledConfiguration;
 }
 
-void FakeCommunicator::writeEnabledConfiguration(bool enabled) {
-    if (stack_->record("writeEnabledConfiguration", text(enabled))) {
+bool FakeCommunicator::writeEnabledConfiguration(bool enabled) {
+    const bool written = stack_->record("writeEnabledConfiguration", text(enabled));
+    if (written) {
         stack_->enabledConfiguration = enabled;
     }
+    return written;
 }
 
 bool FakeCommunicator::saveNetworkConfigurationSync() {

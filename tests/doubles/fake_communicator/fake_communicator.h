@@ -43,6 +43,9 @@ class FakeCommunicator : public wifi::Communicator {
     // What the supplicant reports when refreshSync() asks.
     std::function<void()> onRefresh;
 
+    // Called inside pushTaskAsync_(), as if the loop were faster than the thread that posts.
+    std::function<void()> onPosted;
+
     // Called with the arguments of every addNetworkSync().
     std::function<void(const wifi::ConnectionSettings&, const wifi::Certificates&)> onAddNetwork;
 
@@ -55,7 +58,7 @@ class FakeCommunicator : public wifi::Communicator {
     void setTimerCompletedTask(std::function<void()> task) override;
     void setIdleTask(std::function<std::optional<std::chrono::milliseconds>()> task) override;
     bool readEnabledConfiguration() override;
-    void writeEnabledConfiguration(bool enabled) override;
+    bool writeEnabledConfiguration(bool enabled) override;
     bool saveNetworkConfigurationSync() override;
     bool startStopSupplicantSync(bool start) override;
     bool scanSync() override;

@@ -15,7 +15,7 @@ using testing::HasSubstr;
 using Status = ConnectionInfo::Status;
 
 constexpr int lastCause = static_cast<int>(Cause::deauthenticated);
-constexpr int lastVerdict = static_cast<int>(ConnectResult::keyFileMissing);
+constexpr int lastVerdict = static_cast<int>(ConnectResult::notSendable);
 
 Outcome outcome(Cause cause, Certainty certainty = Certainty::certain) {
     Outcome made;

@@ -123,6 +123,7 @@ TEST(CertificateRules, VerdictsHaveFixedNumbers) {
     EXPECT_EQ(static_cast<int>(ConnectResult::caFileMissing), 10);
     EXPECT_EQ(static_cast<int>(ConnectResult::serverDomainInvalid), 11);
     EXPECT_EQ(static_cast<int>(ConnectResult::keyFileMissing), 12);
+    EXPECT_EQ(static_cast<int>(ConnectResult::notSendable), 13);
 }
 
 // Otherwise the server could propose a method that hands it the password.

@@ -170,7 +170,43 @@ TEST(ConnectValidation, VerdictsHaveFixedNumbers) {
     }
 }
 
+TEST(ConnectValidation, TextsThatAreUsedMustBeSendable) {
+    const std::string nul(1, '\0');
+    const std::string notText = "\xff";
+    const wifi::Certificates key{"", "", "", "/key", notText};
+    for (const std::string& bad : {nul, notText}) {
+        EXPECT_FALSE(wifi::isSendable(settingsFor(bad, SecurityMode::none), {}));
+        for (const auto mode :
+             {SecurityMode::none, SecurityMode::wep, SecurityMode::wpaPsk, SecurityMode::rsnPsk,
+              SecurityMode::sae, SecurityMode::enterprise, SecurityMode::enterpriseVariant}) {
+            const bool enterprise = mode >= SecurityMode::enterprise;
+            EXPECT_TRUE(wifi::isSendable(settingsFor("Home", mode), {}));
+            ConnectionSettings settings = settingsFor("Home", mode);
+            settings.password = bad;
+            EXPECT_EQ(wifi::isSendable(settings, {}), mode == SecurityMode::none);
+            for (const auto member :
+                 {&ConnectionSettings::identity, &ConnectionSettings::anonymousIdentity}) {
+                settings = settingsFor("Home", mode);
+                settings.*member = bad;
+                EXPECT_EQ(wifi::isSendable(settings, {}), !enterprise);
+            }
+            EXPECT_EQ(wifi::isSendable(settingsFor("Home", mode), key), !enterprise);
+        }
+    }
+}
+
 class ConnectRequest : public EngineTest {};
+
+TEST_F(ConnectRequest, WhatCannotBeSentIsToldOnlyByTheValidation) {
+    startWithSupplicant();
+    const ConnectionSettings settings = settingsFor("Caf\xe9", SecurityMode::none);
+    EXPECT_EQ(engine->validate(settings), ConnectResult::notSendable);
+    EXPECT_EQ(engine->connect(settings), ConnectResult::ok);
+    ConnectionSettings tooShort = settingsFor("Caf\xe9", SecurityMode::rsnPsk);
+    tooShort.password = "\xff";
+    EXPECT_EQ(engine->validate(tooShort), ConnectResult::passwordTooShort)
+        << "the rules of connect come first";
+}
 
 TEST_F(ConnectRequest, RefusedConnectPostsNothingAndChangesNothing) {
     stack->eapMethods = {"PEAP", "MSCHAPV2", "TLS"};

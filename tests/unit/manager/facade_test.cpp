@@ -151,6 +151,14 @@ TEST_F(Manager, ManagerForwardsCertificates) {
     EXPECT_EQ(caFile, "/ca.pem");
 }
 
+TEST_F(Manager, ManagerForwardsWhenCarriedOut) {
+    std::set<wifi::RequestFailure> told;
+    manager->connectConfigured("Unknown");
+    manager->whenCarriedOut([&](const auto& failures) { told = failures; });
+    runUntilIdle();
+    EXPECT_EQ(told, std::set{wifi::RequestFailure::unknownNetwork});
+}
+
 TEST_F(Manager, ManagerForwardsConnect) {
     int changes = 0;
     int details = 0;
