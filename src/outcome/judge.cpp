@@ -211,9 +211,9 @@ void Judge::listRead() {
     if (!std::exchange(listAwaited_, false) || !refinable_) {
         return;
     }
-    Evidence evidence = withSighting(current_);
+    const Evidence evidence = withSighting(current_);
     if (evidence.seen && current_.evidence.seen) {
-        current_.evidence = std::move(evidence);
+        current_.evidence = evidence;
         refine();
     }
 }
