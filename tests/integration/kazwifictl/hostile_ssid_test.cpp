@@ -69,7 +69,7 @@ TEST_F(HostileSsid, DoesNoHarmInAnyOutput) {
     expectHarmless(runs(0, {"list", "--names"}).out);
     for (const std::string& ssid : hostileSsids()) {
         const bool text = isText(ssid);
-        const Finished connected = runs(text ? 0 : 1, {"-v", "connect", "--hex", toHex(ssid)});
+        const Finished connected = runs(text ? 0 : 6, {"-v", "connect", "--hex", toHex(ssid)});
         const Finished forgotten = runs(text ? 0 : 5, {"-v", "forget", "--hex", toHex(ssid)});
         for (const std::string& output : {connected.out, connected.err, forgotten.out, forgotten.err}) {
             expectHarmless(output);

@@ -139,7 +139,7 @@ TEST_F(ConnectReportTest, SuccessHasNoCause) {
 TEST_F(ConnectReportTest, FailsWhenTheConnectionCouldNotBeSaved) {
     const Attempt connected = endedBy(ConnectionInfo::Status::connected, 2s);
     EXPECT_FALSE(connectReport(connected, facts, output).failure);
-    facts.hints.saveFailed = true;
+    facts.saveFailed = true;
     const Report report = connectReport(connected, facts, output);
     ASSERT_TRUE(report.failure);
     EXPECT_EQ(report.failure->code, ExitCode::failed);

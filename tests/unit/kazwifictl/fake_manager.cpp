@@ -3,10 +3,10 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <set>
 #include <thread>
 #include <utility>
 
-#include "base/log.h"
 #include "unit/kazwifictl/fake_world.h"
 
 namespace kaz::wifi {
@@ -19,6 +19,7 @@ class ManagerImpl : NonCopyable {
   public:
     using Task = std::function<void()>;
     using Callback = std::function<void()>;
+    using Asker = std::function<void(const std::set<RequestFailure>&)>;
 
     ManagerImpl() {
         tasks = {[this] { attach(); }, [this] { idle(); }};
@@ -117,7 +118,13 @@ class ManagerImpl : NonCopyable {
             if (world.canSave) {
                 world.record("save");
             } else {
-                log::error("Couldn't save wpa_supplicant config");
+                failures.insert(RequestFailure::notSaved);
+            }
+        }
+        for (const auto& asker : std::exchange(due, {})) {
+            const auto told = std::exchange(failures, {});
+            if (!read(&ManagerImpl::ending)) {
+                asker(told);
             }
         }
     }
@@ -223,6 +230,8 @@ class ManagerImpl : NonCopyable {
     Outcome outcome;
     bool saveOwed = false;
     bool othersDisabled = false;
+    std::vector<Asker> due;
+    std::set<RequestFailure> failures;
     std::thread thread;
 };
 
@@ -241,6 +250,9 @@ void Manager::setEnabled(bool enabled) {
         impl_->world.storedChoice = impl_->world.canStore ? enabled : impl_->world.storedChoice;
     }
     impl_->push([impl = impl_.get(), enabled] {
+        if (!impl->world.canStore) {
+            impl->failures.insert(RequestFailure::choiceNotWritten);
+        }
         impl->world.record(enabled ? "start" : "stop");
         if (impl->world.startsAndStops) {
             impl->publish(&ManagerImpl::onPower, [impl, enabled] {
@@ -311,7 +323,7 @@ std::set<std::string> Manager::phase2Methods() const {
     return {"GTC", "MSCHAP", "MSCHAPV2", "PAP"};
 }
 
-ConnectResult Manager::connect(const ConnectionSettings& settings, const Certificates& certificates) {
+ConnectResult Manager::validate(const ConnectionSettings& settings, const Certificates& certificates) const {
     if (certificates.caFile.empty() && !certificates.serverDomain.empty()) {
         return ConnectResult::caFileMissing;
     }
@@ -325,6 +337,14 @@ ConnectResult Manager::connect(const ConnectionSettings& settings, const Certifi
     }
     if (settings.securityMode == SecurityMode::unsupported) {
         return ConnectResult::securityModeUnsupported;
+    }
+    return settings.ssid.find('\0') == std::string::npos ? ConnectResult::ok : ConnectResult::notSendable;
+}
+
+ConnectResult Manager::connect(const ConnectionSettings& settings, const Certificates& certificates) {
+    const ConnectResult verdict = validate(settings, certificates);
+    if (verdict != ConnectResult::ok) {
+        return verdict;
     }
     impl_->push([impl = impl_.get(), settings] {
         impl->beginAttempt(settings.ssid);
@@ -379,6 +399,9 @@ void Manager::forgetNetwork(const std::string& ssid) {
         impl->publishConnection();
         {
             const std::lock_guard lock(impl->world.mutex);
+            if (!impl->world.saved.contains(ssid)) {
+                impl->failures.insert(RequestFailure::unknownNetwork);
+            }
             if (!impl->world.removalFails) {
                 impl->world.saved.erase(ssid);
             }
@@ -386,6 +409,15 @@ void Manager::forgetNetwork(const std::string& ssid) {
         impl->world.record("forget " + ssid);
         impl->saveOwed = true;
     });
+}
+
+void Manager::whenCarriedOut(std::function<void(const std::set<RequestFailure>&)> callback) {
+    {
+        const std::lock_guard lock(impl_->world.mutex);
+        impl_->world.asked = true;
+        impl_->world.changed.notify_all();
+    }
+    impl_->push([impl = impl_.get(), callback = std::move(callback)] { impl->due.push_back(callback); });
 }
 
 ConnectionInfo Manager::connectionInfo() const {

@@ -81,7 +81,6 @@ TEST_F(SessionTest, SeesWhatIsPublishedBeforeItListens) {
     EXPECT_EQ(session.latest().networks.size(), 1U);
 }
 
-// A fence in the session's own Manager would put the network in use into networks().
 TEST_F(SessionTest, KnowsWhatIsInUseHoweverLateTheSupplicantIsFollowed) {
     world.followsOnceAsked = true;
     world.inRange = {network("Home", -50, SecurityMode::rsnPsk)};
@@ -96,7 +95,7 @@ TEST_F(SessionTest, KnowsWhatIsInUseHoweverLateTheSupplicantIsFollowed) {
     }
 }
 
-// This is why fences exist: without one, ~Manager drops requests that have not begun.
+// This is why carriedOut() exists: ~Manager drops requests that have not begun.
 TEST_F(SessionTest, LosesARequestThatHasNotBegunWhenItEnds) {
     Session session(interrupts);
     session.start(generous, true);
@@ -106,14 +105,14 @@ TEST_F(SessionTest, LosesARequestThatHasNotBegunWhenItEnds) {
     EXPECT_FALSE(world.did("forget Home"));
 }
 
-TEST_F(SessionTest, HasCarriedOutAndSavedEverythingBehindAFence) {
+TEST_F(SessionTest, HasCarriedOutAndSavedEverythingThatWasAskedFor) {
     world.slowness = milliseconds(50);
     world.saved = {"Home", "Cafe"};
     Session session(interrupts);
     session.start(generous, true);
     for (const std::string ssid : {"Home", "Cafe"}) {
         session.manager().forgetNetwork(ssid);
-        EXPECT_TRUE(session.fence(generous));
+        EXPECT_TRUE(session.carriedOut(generous));
         EXPECT_TRUE(world.did("forget " + ssid));
     }
     session.close();
@@ -121,23 +120,31 @@ TEST_F(SessionTest, HasCarriedOutAndSavedEverythingBehindAFence) {
     EXPECT_FALSE(world.did("select Home"));
 }
 
-TEST_F(SessionTest, ShowsNothingOfItsFences) {
-    world.connection = connectedTo("Home", -50);
+TEST_F(SessionTest, IsToldWhatFailed) {
+    world.saved = {"Home"};
+    world.canSave = false;
+    world.canStore = false;
     Session session(interrupts);
     session.start(generous, true);
-    session.until(Clock::now() + generous,
-                  [](const Snapshot& view) { return !view.connection.ssid.empty(); });
-    const auto expectNoFence = [](const Snapshot&, const Snapshot& now) {
-        EXPECT_EQ(now.connection.ssid.find("kazwifictl"), std::string::npos);
-        EXPECT_EQ(now.connection.disconnectSsid.find("kazwifictl"), std::string::npos);
-    };
-    EXPECT_TRUE(session.fence(generous, expectNoFence));
-    EXPECT_TRUE(session.fence(generous, expectNoFence));
+    session.manager().forgetNetwork("Home");
+    EXPECT_TRUE(session.carriedOut(generous));
+    EXPECT_EQ(session.takeFailures(), Session::Failures{wifi::RequestFailure::notSaved});
+    session.manager().setEnabled(true);
+    session.manager().forgetNetwork("Home");
+    EXPECT_TRUE(session.carriedOut(generous));
+    EXPECT_EQ(session.takeFailures(),
+              (Session::Failures{wifi::RequestFailure::unknownNetwork, wifi::RequestFailure::notSaved,
+                                 wifi::RequestFailure::choiceNotWritten}));
+    EXPECT_EQ(session.takeFailures(), Session::Failures());
+}
+
+TEST_F(SessionTest, GivesUpARequestThatTakesTooLong) {
+    Session session(interrupts);
+    session.start(generous, true);
+    world.holdsTasks = true;
     session.manager().disconnect();
-    session.until(
-        Clock::now() + generous, [](const Snapshot& view) { return view.isDisconnected(); }, expectNoFence);
-    session.close();
-    EXPECT_TRUE(session.latest().isDisconnected());
+    EXPECT_FALSE(session.carriedOut(milliseconds(30)));
+    world.holdsTasks = false;
 }
 
 TEST_F(SessionTest, IsReadableAsLongAsChangesWait) {

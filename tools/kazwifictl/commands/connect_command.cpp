@@ -67,6 +67,7 @@ class ConnectCommand : NonCopyable {
         }
         Session& session = place_.act(facts_.what, Workspace::Need::stack);
         place_.log().forgetHints();
+        session.takeFailures();
         return follow(session);
     }
 
@@ -105,7 +106,10 @@ class ConnectCommand : NonCopyable {
             session.manager().connectConfigured(options_.ssid);
             return;
         }
-        const ConnectResult verdict = session.manager().connect(settings_, certificates_);
+        ConnectResult verdict = session.manager().validate(settings_, certificates_);
+        if (verdict == ConnectResult::ok) {
+            verdict = session.manager().connect(settings_, certificates_);
+        }
         wipe(settings_.password);
         wipe(certificates_.keyPassword);
         if (verdict != ConnectResult::ok) {
@@ -168,14 +172,14 @@ class ConnectCommand : NonCopyable {
         facts_.kept = linkWasUp || facts_.saved || options_.connect.keep;
         if (!attempt.outcome() && !linkWasUp) {
             callOff(session);
-        } else if (facts_.kept) {
-            place_.finish();  // the pass that published the outcome also saves
         } else {
-            session.manager().forgetNetwork(options_.ssid);
-            place_.fenceAndFinish();
+            if (!facts_.kept) {
+                session.manager().forgetNetwork(options_.ssid);
+            }
+            place_.carryOutAndFinish();
         }
+        facts_.saveFailed = session.takeFailures().contains(wifi::RequestFailure::notSaved);
         facts_.security = settings_.securityMode;
-        facts_.hints = place_.log().hints();
         return connectReport(attempt, facts_, output_);
     }
 
@@ -190,9 +194,9 @@ class ConnectCommand : NonCopyable {
         try {
             session.until(Clock::now() + callOffLimit,
                           [](const Snapshot& view) { return view.isDisconnected(); });
-            place_.fenceAndFinish();
-        } catch (const Interrupted&) {  // an impatient user; a fence completes the request
-            place_.fenceAndFinish();
+            place_.carryOutAndFinish();
+        } catch (const Interrupted&) {  // an impatient user; the request must be carried out
+            place_.carryOutAndFinish();
         }
     }
 
@@ -213,7 +217,8 @@ class ConnectCommand : NonCopyable {
         }
         return std::string(
             textOf(verdict,
-                   {{ConnectResult::fileInvalid, "another path"},
+                   {{ConnectResult::notSendable, "another name or password"},
+                    {ConnectResult::fileInvalid, "another path"},
                     {ConnectResult::passwordTooShort, length},
                     {ConnectResult::passwordTooLong, length},
                     {ConnectResult::caFileMissing, "--ca-file FILE"},

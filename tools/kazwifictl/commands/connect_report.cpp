@@ -79,11 +79,6 @@ Failure explained(const Attempt& attempt, const ConnectFacts& facts) {
 }
 
 Failure notAnswering(const Attempt& attempt, const ConnectFacts& facts) {
-    if (validUtf8(facts.ssid) != facts.ssid || facts.ssid.find('\0') != std::string::npos) {
-        return {ExitCode::failed, facts.what,
-                "its name contains NUL or is not UTF-8, so it cannot be sent to wpa_supplicant",
-                "renaming the network"};
-    }
     if (facts.saved && !facts.inRange) {
         return {ExitCode::notFound, facts.what,
                 "it is not in range, and no saved network with this name answers",
@@ -149,7 +144,7 @@ Report connectReport(const Attempt& attempt, const ConnectFacts& facts, const Ou
     report.members["cause"] = explained ? Json(causeName(attempt.failure().cause)) : Json();
     report.members["certainty"] = explained ? Json(certaintyName(attempt.failure().certainty)) : Json();
     const bool unknown = facts.saved && !facts.inRange && attempt.outcome() != Outcome::connected;
-    report.members["saved"] = unknown ? Json() : Json(facts.kept && !facts.hints.saveFailed);
+    report.members["saved"] = unknown ? Json() : Json(facts.kept && !facts.saveFailed);
     report.members["signal_dbm"] = attempt.signal() ? Json(*attempt.signal()) : Json();
     report.members["ms"] = inMilliseconds(attempt.total());
     report.members["server"] = facts.server ? Json(serverTrustName(*facts.server)) : Json();
@@ -158,7 +153,7 @@ Report connectReport(const Attempt& attempt, const ConnectFacts& facts, const Ou
     if (connected) {
         report.text = successText(attempt, facts, output);
     }
-    if (!connected || facts.hints.saveFailed) {
+    if (!connected || facts.saveFailed) {
         report.failure = failureOf(attempt, facts, output.terminal().utf8);
     }
     if (!facts.kept) {

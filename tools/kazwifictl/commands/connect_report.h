@@ -9,7 +9,6 @@
 #include "kazwifictl/commands/attempt.h"
 #include "kazwifictl/commands/commands.h"
 #include "kazwifictl/output/output.h"
-#include "kazwifictl/process/library_log.h"
 #include "kazwifictl/text/words.h"
 
 namespace kaz::ctl {
@@ -38,8 +37,8 @@ struct ConnectFacts {
     bool saved = false;                                      // a saved network was asked for by name
     bool inRange = true;                                     // it was in the list
     bool kept = true;                                        // it is saved now
+    bool saveFailed = false;
     std::chrono::milliseconds wait{};
-    LibraryLog::Hints hints;
 };
 
 // The report of an attempt. One without an outcome has timed out.

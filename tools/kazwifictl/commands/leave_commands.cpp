@@ -7,13 +7,9 @@
 
 namespace kaz::ctl {
 
-using std::chrono::milliseconds;
 using wifi::WifiNetwork;
 
 namespace {
-
-// How long to wait for the effect of a request. An effect usually appears at once, or not at all.
-constexpr milliseconds promptly{2000};
 
 bool isListedAsSaved(const Snapshot& view, const std::string& ssid) {
     const WifiNetwork* network = view.find(ssid);
@@ -22,26 +18,6 @@ bool isListedAsSaved(const Snapshot& view, const std::string& ssid) {
 
 Failure notSaved(const std::string& what) {
     return {ExitCode::notFound, what, "no network with this name is saved", "kazwifictl list --saved"};
-}
-
-// Waits until the connection has ended and the request has run. `requested` is the time of the request. The fence
-// proves that the request has run if its effect does not appear.
-bool leave(Session& session, Workspace& place, Clock::time_point requested) {
-    session.until(Clock::now() + promptly, [requested](const Snapshot& view) {
-        return view.isDisconnected() && view.connection.disconnectTime >= requested;
-    });
-    return place.fenceAndFinish();
-}
-
-bool forgetListed(Session& session, Workspace& place, const std::string& ssid) {
-    const bool done = session.until(Clock::now() + promptly, [&](const Snapshot& view) {
-        return view.find(ssid) != nullptr && !isListedAsSaved(view, ssid);
-    });
-    if (!done) {
-        return place.fenceAndFinish();
-    }
-    place.finish();  // the pass that published the change also saves
-    return true;
 }
 
 }  // namespace
@@ -55,9 +31,8 @@ Report disconnectFrom(const Options& /*options*/, Workspace& place, Output& outp
                 std::nullopt};
     }
     Session& session = place.act(what, Workspace::Need::stack);
-    const auto requested = Clock::now();
     session.manager().disconnect();
-    leave(session, place, requested);
+    place.carryOutAndFinish();
     Json members{{"changed", true}};
     members.update(ssidMembers(before.connection.ssid));
     return {fmt::format("Disconnected from {}.\n", quoted(before.connection.ssid, output.terminal().utf8)),
@@ -76,14 +51,11 @@ Report forgetNetwork(const Options& options, Workspace& place, Output& output) {
         throw CommandFailed(notSaved(what));
     }
     Session& session = place.act(what, Workspace::Need::stack);
-    place.log().forgetHints();
-    const auto requested = Clock::now();
+    session.takeFailures();
     session.manager().forgetNetwork(ssid);
-    const bool known = inUse    ? leave(session, place, requested)
-                       : listed ? forgetListed(session, place, ssid)
-                                : place.fenceAndFinish();
-    const LibraryLog::Hints hints = place.log().hints();
-    if (hints.nothingForgotten) {
+    const bool known = place.carryOutAndFinish();
+    const Session::Failures failures = session.takeFailures();
+    if (failures.contains(wifi::RequestFailure::unknownNetwork)) {
         throw CommandFailed(notSaved(what));
     }
     if (isListedAsSaved(session.latest(), ssid)) {
@@ -93,7 +65,7 @@ Report forgetNetwork(const Options& options, Workspace& place, Output& output) {
     Report report{known ? fmt::format("Forgot {}.\n", name)
                         : fmt::format("Requested to forget {}; not confirmed yet.\n", name),
                   ssidMembers(ssid), std::nullopt};
-    if (hints.saveFailed) {
+    if (failures.contains(wifi::RequestFailure::notSaved)) {
         report.failure = notWritten(name + " is forgotten, but only until wpa_supplicant restarts");
     }
     return report;

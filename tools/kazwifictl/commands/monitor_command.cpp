@@ -19,8 +19,6 @@ Report monitorChanges(const Options& /*options*/, Workspace& place, Output& outp
     Session& session = place.act("cannot monitor", Workspace::Need::nothing);
     ChangeWriter writer(output);
     try {
-        while (session.next(Clock::now() + Session::firstStateLimit)) {
-        }
         output.put(writer.begin(session.latest(), WallClock::now()));
         session.until(
             Clock::time_point::max(), [&](const Snapshot&) { return !output.good(); },

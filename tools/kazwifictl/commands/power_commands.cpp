@@ -7,9 +7,8 @@
 namespace kaz::ctl {
 namespace {
 
-// setEnabled() stores the choice before it returns. A failure is only logged, so the choice is read back.
-void checkStored(bool wanted) {
-    if (Workspace::storedChoice() != wanted) {
+void checkStored(Session& session, bool wanted) {
+    if (session.takeFailures().contains(wifi::RequestFailure::choiceNotWritten)) {
         throw CommandFailed(
             {ExitCode::failed,
              fmt::format("Wi-Fi is {}, but only until the next start of the device", wanted ? "on" : "off"),
@@ -23,6 +22,7 @@ Report switchWifi(bool on, Workspace& place) {
     const std::string what = fmt::format("cannot switch Wi-Fi {}", word);
     Session& session = place.act(what, Workspace::Need::nothing);
     const bool changed = session.latest().enabled != on || session.latest().running != on;
+    session.takeFailures();
     session.manager().setEnabled(on);
     const LibraryLog::Hints hints = place.log().hints();
     const std::string late =
@@ -33,13 +33,9 @@ Report switchWifi(bool on, Workspace& place) {
         on && hints.noBus ? noStack(what, session.latest(), hints)
                           : Failure{on ? ExitCode::noStack : ExitCode::timedOut, what, late,
                                     "systemctl status wpa_supplicant.service"});
-    if (on) {
-        place.finish();
-    } else {
-        // Without a fence, the request to stop may not have run: a supplicant that does not run may be about to start.
-        place.fenceAndFinish();
-    }
-    checkStored(on);
+    // A supplicant that does not run may be about to start, so the request to stop it must have run.
+    place.carryOutAndFinish();
+    checkStored(session, on);
     return {fmt::format("Wi-Fi is {}{}.\n", changed ? "" : "already ", word),
             {{"enabled", on}, {"running", session.latest().running}, {"changed", changed}},
             std::nullopt};

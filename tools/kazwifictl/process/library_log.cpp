@@ -29,8 +29,6 @@ class LibraryLog::Sink final : public spdlog::sinks::base_sink<std::mutex> {
     void sink_it_(const spdlog::details::log_msg& message) override {
         const std::string_view text(message.payload.data(), message.payload.size());
         hints_.noBus |= text.starts_with("Cannot connect to the system bus");
-        hints_.saveFailed |= text.starts_with("Couldn't save wpa_supplicant config");
-        hints_.nothingForgotten |= text.starts_with("Unable to remove network, configuration not found.");
         if (verbose_) {
             show(message);
         }

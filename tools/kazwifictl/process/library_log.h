@@ -14,9 +14,7 @@ namespace kaz::ctl {
 class LibraryLog : NonCopyable {
   public:
     struct Hints {
-        bool noBus = false;             // the system bus cannot be reached
-        bool saveFailed = false;        // the supplicant did not write its configuration
-        bool nothingForgotten = false;  // a network to forget was not in the configuration
+        bool noBus = false;  // the system bus cannot be reached
     };
 
     explicit LibraryLog(bool verbose);

@@ -4,27 +4,14 @@
 
 #include <algorithm>
 #include <array>
-#include <string>
-#include <string_view>
 #include <utility>
 
 #include "base/signals_blocked.h"
 
 namespace kaz::ctl {
 
-using wifi::ConnectionInfo;
-
 namespace {
 
-// Longer than an SSID, which has at most 32 bytes: so no network has such a name.
-constexpr std::string_view fencePrefix = "kazwifictl: no network has a name as long as this ";
-
-bool isFence(std::string_view ssid) {
-    return ssid.starts_with(fencePrefix);
-}
-
-// A running supplicant is usually followed within this time. The question to a second Manager takes longer.
-constexpr std::chrono::milliseconds headStart{300};
 // Even a busy system answers within this time.
 constexpr std::chrono::milliseconds answerLimit{5000};
 
@@ -62,7 +49,7 @@ std::unique_ptr<wifi::Manager> makeManager() {
 
 Session::Session(Interrupts& interrupts) : interrupts_(interrupts), manager_(makeManager()) {
     // The callbacks must not use manager_: the last ones run while it is being reset.
-    const auto announce = [this, &manager = *manager_] { push(snapshotOf(manager)); };
+    const auto announce = [this, &manager = *manager_] { push({snapshotOf(manager), 0, {}}); };
     manager_->onEnabledChanged(announce);
     manager_->onScanningChanged(announce);
     manager_->onNetworksListChanged(announce);
@@ -71,23 +58,23 @@ Session::Session(Interrupts& interrupts) : interrupts_(interrupts), manager_(mak
     latest_ = snapshotOf(*manager_);
 }
 
-void Session::push(Snapshot snapshot) {
+void Session::push(Arrival arrival) {
     const std::lock_guard lock(mutex_);
-    arrivals_.push_back(std::move(snapshot));
+    arrivals_.push_back(std::move(arrival));
     arrived_.set();
 }
 
-std::optional<Snapshot> Session::pop() {
+std::optional<Session::Arrival> Session::pop() {
     const std::lock_guard lock(mutex_);
     if (arrivals_.empty()) {
         return std::nullopt;
     }
-    Snapshot snapshot = std::move(arrivals_.front());
+    Arrival arrival = std::move(arrivals_.front());
     arrivals_.pop_front();
     if (arrivals_.empty()) {
         arrived_.clear();
     }
-    return snapshot;
+    return arrival;
 }
 
 bool Session::next(Clock::time_point deadline, const Observer& observer) {
@@ -96,8 +83,8 @@ bool Session::next(Clock::time_point deadline, const Observer& observer) {
         const int timeout = millisecondsUntil(deadline);
         ::poll(waited.data(), waited.size(), timeout);
         interrupts_.check();
-        if (auto snapshot = pop()) {
-            deliver(std::move(*snapshot), observer);
+        if (auto arrival = pop()) {
+            deliver(std::move(*arrival), observer);
             return true;
         }
         if (timeout == 0) {
@@ -116,39 +103,31 @@ bool Session::until(Clock::time_point deadline, const Condition& done, const Obs
 }
 
 void Session::takeAll(const Observer& observer) {
-    while (auto snapshot = pop()) {
-        deliver(std::move(*snapshot), observer);
+    while (auto arrival = pop()) {
+        deliver(std::move(*arrival), observer);
     }
-}
-
-bool Session::untilRunning(Clock::time_point deadline) {
-    return until(deadline, [](const Snapshot& now) { return now.running; });
 }
 
 Session::Start Session::start(std::chrono::milliseconds limit, bool patient) {
     const auto began = Clock::now();
-    if (!untilRunning(began + std::min(headStart, limit))) {
-        // A second Manager runs the fence. Here, it would spoil the record of a connection that may exist.
-        Session other(interrupts_);
-        if (!other.fence(std::max(limit, answerLimit))) {
-            return Start::noAnswer;
-        }
-        if (other.latest_.running) {
-            untilRunning(Clock::now() + requestLimit);
-        } else if (patient && latest_.enabled) {
-            untilRunning(began + limit);
+    if (!carriedOut(std::max(limit, answerLimit))) {
+        return Start::noAnswer;
+    }
+    if (!latest_.running && patient && latest_.enabled) {
+        if (until(began + limit, [](const Snapshot& now) { return now.running; })) {
+            carriedOut(answerLimit);  // the whole first state
         }
     }
     return latest_.running ? Start::running : Start::notRunning;
 }
 
-bool Session::fence(std::chrono::milliseconds limit, const Observer& observer) {
-    // Each fence has its own name. With the name of the last fence, the record might not change, and no
-    // callback would come.
-    const std::string name = std::string(fencePrefix) + std::to_string(++fences_);
-    manager_->connectConfigured(name);
+bool Session::carriedOut(std::chrono::milliseconds limit, const Observer& observer) {
+    const unsigned mine = ++asked_;
+    manager_->whenCarriedOut([this, mine, &manager = *manager_](const Failures& failures) {
+        push({snapshotOf(manager), mine, failures});
+    });
     return until(
-        Clock::now() + limit, [&](const Snapshot&) { return reached_ == name; }, observer);
+        Clock::now() + limit, [this, mine](const Snapshot&) { return answered_ >= mine; }, observer);
 }
 
 void Session::close() {
@@ -156,23 +135,12 @@ void Session::close() {
     takeAll();
 }
 
-void Session::deliver(Snapshot now, const Observer& observer) {
-    takeFenceOut(now.connection);
-    const Snapshot before = std::exchange(latest_, std::move(now));
+void Session::deliver(Arrival arrival, const Observer& observer) {
+    answered_ = std::max(answered_, arrival.answer);
+    failures_.merge(arrival.failures);
+    const Snapshot before = std::exchange(latest_, std::move(arrival.snapshot));
     if (observer) {
         observer(before, latest_);
-    }
-}
-
-void Session::takeFenceOut(ConnectionInfo& info) {
-    const ConnectionInfo& former = latest_.connection;
-    if (isFence(info.ssid)) {
-        reached_ = info.ssid;
-        info = former;
-    } else if (isFence(info.disconnectSsid)) {
-        info.disconnectSsid = former.disconnectSsid;
-        info.disconnectReason = former.disconnectReason;
-        info.disconnectTime = former.disconnectTime;
     }
 }
 

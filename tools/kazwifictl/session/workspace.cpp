@@ -42,24 +42,8 @@ Session& Workspace::act(const std::string& what, Need need) {
     session_->takeAll();
     if (isNew || !session_->latest().running) {
         start(*session_, what, need);
-        completeFirstState(what, need);
     }
     return *session_;
-}
-
-// The library publishes the list last. An empty one may be the whole truth, or the busy library has not published it
-// yet. Then another Manager finds out.
-void Workspace::completeFirstState(const std::string& what, Need need) {
-    while (session_->latest().running && session_->next(Clock::now() + Session::firstStateLimit)) {
-    }
-    if (!session_->latest().running || !session_->latest().networks.empty()) {
-        return;
-    }
-    const Snapshot present = lookAfresh(what, need);
-    session_->until(Clock::now() + startWait_, [&present](const Snapshot& view) {
-        return !view.running || (view.networks.empty() == present.networks.empty() &&
-                                 view.isDisconnected() == present.isDisconnected());
-    });
 }
 
 void Workspace::finish() {
@@ -68,15 +52,10 @@ void Workspace::finish() {
     }
 }
 
-bool Workspace::fenceAndFinish() {
-    // A fence spoils the session's record of a connection. So the prompt postpones it while there is one.
-    if (kind_ == Kind::prompt && !session_->latest().isDisconnected()) {
-        unproved_ = true;
-        return false;
-    }
-    const bool proved = session_->fence(Session::requestLimit);
+bool Workspace::carryOutAndFinish() {
+    const bool done = session_->carriedOut(Session::requestLimit);
     finish();
-    return proved;
+    return done;
 }
 
 bool Workspace::continueInBackground(const std::function<void()>& farewell) {
@@ -89,9 +68,6 @@ bool Workspace::continueInBackground(const std::function<void()>& farewell) {
 }
 
 void Workspace::close() {
-    if (unproved_) {
-        session_->fence(Session::requestLimit);
-    }
     session_->close();
 }
 

@@ -19,7 +19,7 @@ namespace kaz::ctl {
 class Workspace : NonCopyable {
   public:
     // oneCommand: look() makes its own Manager and ends it before it returns the state. This completes the first
-    // state (fact 3 in session.h). prompt: all commands share one session.
+    // state. prompt: all commands share one session.
     enum class Kind { oneCommand, prompt };
 
     // What a command needs; `stack` is a running supplicant.
@@ -38,13 +38,12 @@ class Workspace : NonCopyable {
     // The session for requests. Valid until the workspace is destroyed.
     Session& act(const std::string& what, Need need);
 
-    // Completes requests after a change has proved that they have begun. Does nothing at the prompt, whose
-    // session continues.
+    // Ends the session after its last request has been carried out. Does nothing at the prompt, whose session
+    // continues.
     void finish();
 
-    // Completes requests without such a proof: calls fence(), then finish(). False when the prompt must postpone
-    // the fence to close(), or when the fence timed out.
-    bool fenceAndFinish();
+    // Waits until the requests have been carried out, then calls finish(). False when that took too long.
+    bool carryOutAndFinish();
 
     // Calls `farewell`, releases the terminal and continues in the background. False at the prompt, whose
     // Manager outlives the command.
@@ -53,11 +52,8 @@ class Workspace : NonCopyable {
     // The session of the prompt. Must not be called before the first look() or act().
     Session& session() { return *session_; }
 
-    // Calls the fence that fenceAndFinish() postponed, then ends the prompt's session.
+    // Ends the prompt's session.
     void close();
-
-    // The stored on/off choice, read by a new Manager.
-    static bool storedChoice() { return makeManager()->isEnabled(); }
 
     Interrupts& interrupts() { return interrupts_; }
     LibraryLog& log() const { return log_; }
@@ -65,7 +61,6 @@ class Workspace : NonCopyable {
 
   private:
     void start(Session& session, const std::string& what, Need need) const;
-    void completeFirstState(const std::string& what, Need need);
 
     Kind kind_;
     Interrupts& interrupts_;
@@ -73,7 +68,6 @@ class Workspace : NonCopyable {
     std::chrono::milliseconds startWait_;
     Background* background_;
     std::unique_ptr<Session> session_;
-    bool unproved_ = false;  // whether close() must call a postponed fence
 };
 
 // Why no supplicant can be used.
