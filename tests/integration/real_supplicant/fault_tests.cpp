@@ -37,13 +37,14 @@ void PrintTo(const Operation& operation, std::ostream* out) {
 enum class Effect { none, callFails, connectionLost };
 
 struct FaultKind {
+    const char* name;
     Fault fault;
     Effect effect;
     bool released = false;  // the reply comes after all
 };
 
 void PrintTo(const FaultKind& kind, std::ostream* out) {
-    *out << "fault " << static_cast<int>(kind.fault);
+    *out << kind.name;
 }
 
 class FaultsOnTheWire : public FaultyWire,
@@ -160,30 +161,25 @@ const std::vector<Operation> operations{
      &F::switchOn},
 };
 
-auto eachCallWith(const FaultKind& kind) {
-    return testing::Combine(testing::ValuesIn(operations), testing::Values(kind));
-}
+const std::vector<FaultKind> faults{
+    {"Refused", Fault::refuse, Effect::callFails},
+    {"Swallowed", Fault::swallow, Effect::callFails},
+    {"ReplyLost", Fault::loseReply, Effect::callFails},
+    {"ReplyLate", Fault::holdReply, Effect::callFails, true},
+    {"ReplySlow", Fault::holdReply, Effect::none, true},
+    {"ReplyTwice", Fault::repeatReply, Effect::none},
+    {"ReplyTruncated", Fault::truncateReply, Effect::connectionLost},
+    {"CutBefore", Fault::cutBefore, Effect::connectionLost},
+    {"CutAfter", Fault::cutAfter, Effect::connectionLost},
+};
 
-const auto nameOfCall = [](const auto& cell) { return std::string(std::get<0>(cell.param).name); };
-
-INSTANTIATE_TEST_SUITE_P(Refused, FaultsOnTheWire, eachCallWith({Fault::refuse, Effect::callFails}),
-                         nameOfCall);
-INSTANTIATE_TEST_SUITE_P(Swallowed, FaultsOnTheWire, eachCallWith({Fault::swallow, Effect::callFails}),
-                         nameOfCall);
-INSTANTIATE_TEST_SUITE_P(ReplyLost, FaultsOnTheWire, eachCallWith({Fault::loseReply, Effect::callFails}),
-                         nameOfCall);
-INSTANTIATE_TEST_SUITE_P(ReplyLate, FaultsOnTheWire,
-                         eachCallWith({Fault::holdReply, Effect::callFails, true}), nameOfCall);
-INSTANTIATE_TEST_SUITE_P(ReplySlow, FaultsOnTheWire, eachCallWith({Fault::holdReply, Effect::none, true}),
-                         nameOfCall);
-INSTANTIATE_TEST_SUITE_P(ReplyTwice, FaultsOnTheWire, eachCallWith({Fault::repeatReply, Effect::none}),
-                         nameOfCall);
-INSTANTIATE_TEST_SUITE_P(ReplyTruncated, FaultsOnTheWire,
-                         eachCallWith({Fault::truncateReply, Effect::connectionLost}), nameOfCall);
-INSTANTIATE_TEST_SUITE_P(CutBefore, FaultsOnTheWire, eachCallWith({Fault::cutBefore, Effect::connectionLost}),
-                         nameOfCall);
-INSTANTIATE_TEST_SUITE_P(CutAfter, FaultsOnTheWire, eachCallWith({Fault::cutAfter, Effect::connectionLost}),
-                         nameOfCall);
+// One suite, so that each process starts the daemons once.
+INSTANTIATE_TEST_SUITE_P(AllCalls, FaultsOnTheWire,
+                         testing::Combine(testing::ValuesIn(operations), testing::ValuesIn(faults)),
+                         [](const auto& cell) {
+                             return std::string(std::get<0>(cell.param).name) + '_' +
+                                    std::get<1>(cell.param).name;
+                         });
 
 }  // namespace
 }  // namespace kaz::test

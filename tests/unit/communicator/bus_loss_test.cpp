@@ -4,6 +4,8 @@
 #include <spdlog/sinks/callback_sink.h>
 #include <spdlog/spdlog.h>
 
+#include <atomic>
+#include <memory>
 #include <string_view>
 
 namespace kaz::wifi {
@@ -167,17 +169,17 @@ TEST_F(BusLoss, SystemdThatStartsLateAttaches) {
 
 TEST_F(BusLoss, SystemdThatStartsRightAfterTheFailedCallAttaches) {
     systemd.leave();
-    bool missed = false;
-    spdlog::default_logger()->sinks().push_back(
-        std::make_shared<spdlog::sinks::callback_sink_st>([&](const spdlog::details::log_msg& record) {
+    // The sink may see a record after the end of the test.
+    const auto missed = std::make_shared<std::atomic<bool>>(false);
+    spdlog::default_logger()->sinks().push_back(std::make_shared<spdlog::sinks::callback_sink_st>(
+        [this, missed](const spdlog::details::log_msg& record) {
             const std::string_view text(record.payload.data(), record.payload.size());
-            if (!missed && text.starts_with("Call of LoadUnit at ")) {
-                missed = true;
+            if (text.starts_with("Call of LoadUnit at ") && !missed->exchange(true)) {
                 systemd.comeBack();
             }
         }));
     start("active");
-    EXPECT_TRUE(missed);
+    EXPECT_TRUE(*missed);
     EXPECT_TRUE(calls.waitForCall("status changed: on"));
 }
 
