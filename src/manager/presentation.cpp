@@ -25,11 +25,11 @@ void Presentation::look(const ConnectionInfo& former, const ConnectionInfo& next
 }
 
 void Presentation::followRoam(const ConnectionInfo& former, const ConnectionInfo& next) {
-    if (next.status == Status::connected || !sameConnection(former, next)) {
-        roamEnd_.reset();
-    } else if (former.status == Status::connected) {
+    const bool left = former.status == Status::connected && next.status != Status::connected;
+    const bool late = roamEnd_ && timeProvider_->get() >= *roamEnd_;
+    if (left && sameConnection(former, next)) {
         roamEnd_ = timeProvider_->get() + roamLimit;
-    } else if (roamEnd_ && timeProvider_->get() >= *roamEnd_) {
+    } else if (next.status == Status::connected || late || !sameConnection(former, next)) {
         roamEnd_.reset();
     }
     shown_ = roamEnd_ ? Status::connected : next.status;

@@ -27,14 +27,15 @@ struct Snapshot {
 /// Owns a Manager and keeps a snapshot for each of its callbacks, until the program takes it.
 ///
 /// A program's loop polls fd() and takes the snapshots when it is readable: no code of the program runs on the
-/// Manager's thread. All operations may be called from any thread, but snapshots reach the thread that takes them.
+/// Manager's thread. fd(), take() and takeNewest() may be called from any thread at any time. close() and the destructor
+/// must not run at the same time as another operation.
 class Follower {
   public:
     /// Starts a Manager. The first snapshot is the state at this moment. Throws std::system_error as Manager does, and
     /// when no file descriptor is left.
     Follower();
 
-    /// As ~Manager: blocks for about a second at most.
+    /// Destroys the Manager, if close() has not, and the snapshots. Blocks for about a second at most.
     ~Follower();
 
     Follower(const Follower&) = delete;
@@ -54,7 +55,7 @@ class Follower {
     /// The newest snapshot that waits, or nothing; drops the older ones. Does not block.
     std::optional<Snapshot> takeNewest();
 
-    /// So many snapshots wait. A further one replaces the oldest.
+    /// At most so many snapshots wait. A further one replaces the oldest.
     static constexpr std::size_t limit = 1000;
 
     /// Destroys the Manager. The snapshots of its last pass can still be taken. Blocks as the destructor does.
