@@ -35,6 +35,18 @@ wifi::WPA_RSN securityOf(GVariant* properties, const char* key) {
     return security;
 }
 
+template <typename Element>
+std::vector<Element> arrayOf(GVariant* properties, const char* key, const GVariantType* type) {
+    const Value array(g_variant_lookup_value(properties, key, type));
+    if (array == nullptr) {
+        return {};
+    }
+    gsize size = 0;
+    const auto* elements =
+        static_cast<const Element*>(g_variant_get_fixed_array(array.get(), &size, sizeof(Element)));
+    return {elements, elements + size};
+}
+
 class GDBusReader final : public BssReader {
   public:
     explicit GDBusReader(const std::string& busAddress)
@@ -74,15 +86,18 @@ class GDBusReader final : public BssReader {
         g_variant_lookup(properties.get(), "Privacy", "b", &privacy);
         data.signal = signal;
         data.privacy = privacy != 0;
-        if (const Value ssid{g_variant_lookup_value(properties.get(), "SSID", G_VARIANT_TYPE_BYTESTRING)}) {
-            gsize size = 0;
-            const auto* bytes =
-                static_cast<const unsigned char*>(g_variant_get_fixed_array(ssid.get(), &size, 1));
-            data.ssid.assign(bytes, bytes + size);
-        }
+        data.ssid = arrayOf<unsigned char>(properties.get(), "SSID", G_VARIANT_TYPE_BYTESTRING);
+        data.bssid = {arrayOf<unsigned char>(properties.get(), "BSSID", G_VARIANT_TYPE_BYTESTRING)};
+        data.rates = {arrayOf<unsigned int>(properties.get(), "Rates", G_VARIANT_TYPE("au"))};
+        guint16 frequency = 0;
+        g_variant_lookup(properties.get(), "Frequency", "q", &frequency);
+        data.frequency = {frequency};
+        const char* mode = nullptr;
+        g_variant_lookup(properties.get(), "Mode", "&s", &mode);
+        data.mode = {mode};
         data.wpa = securityOf(properties.get(), "WPA");
         data.rsn = securityOf(properties.get(), "RSN");
-        return {wifi::ssidOfBss(data.ssid), data.signal, wifi::securityModeOfBss(data)};
+        return wifi::propertiesOfBss(data);
     }
 
     std::unique_ptr<GDBusConnection, Unref> connection_;

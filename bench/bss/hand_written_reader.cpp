@@ -34,7 +34,7 @@ class HandWrittenReader final : public BssReader {
         if (r < 0) {
             throw std::runtime_error("the hand-written reader failed");
         }
-        return {wifi::ssidOfBss(data.ssid), data.signal, wifi::securityModeOfBss(data)};
+        return wifi::propertiesOfBss(data);
     }
 
     OpenBus bus_;

@@ -56,8 +56,7 @@ class PipelinedReader final : public BssReader {
         wifi::BSSData data;
         const int r = readBssByHand(reply, data);
         if (r >= 0) {
-            static_cast<PipelinedReader*>(reader)->read_.push_back(
-                {wifi::ssidOfBss(data.ssid), data.signal, wifi::securityModeOfBss(data)});
+            static_cast<PipelinedReader*>(reader)->read_.push_back(wifi::propertiesOfBss(data));
         }
         return r;
     }

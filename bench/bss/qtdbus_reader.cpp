@@ -5,6 +5,7 @@
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QList>
 #include <QStringList>
 #include <QVariantMap>
 
@@ -56,9 +57,15 @@ class QtDBusReader final : public BssReader {
         data.privacy = properties.value("Privacy").toBool();
         const QByteArray ssid = properties.value("SSID").toByteArray();
         data.ssid.assign(ssid.begin(), ssid.end());
+        const QByteArray bssid = properties.value("BSSID").toByteArray();
+        data.bssid.value.emplace(bssid.begin(), bssid.end());
+        data.frequency = {properties.value("Frequency").value<unsigned short>()};
+        const auto rates = qdbus_cast<QList<unsigned int>>(properties.value("Rates"));
+        data.rates.value.emplace(rates.begin(), rates.end());
+        data.mode = {properties.value("Mode").toString().toStdString()};
         data.wpa = securityOf(properties, "WPA");
         data.rsn = securityOf(properties, "RSN");
-        return {wifi::ssidOfBss(data.ssid), data.signal, wifi::securityModeOfBss(data)};
+        return wifi::propertiesOfBss(data);
     }
 
     QDBusConnection connection_;

@@ -55,9 +55,13 @@ class SdbusCppReader final : public BssReader {
         data.signal = properties.at("Signal").get<std::int16_t>();
         data.privacy = properties.at("Privacy").get<bool>();
         data.ssid = properties.at("SSID").get<std::vector<std::uint8_t>>();
+        data.bssid = {properties.at("BSSID").get<std::vector<std::uint8_t>>()};
+        data.frequency = {properties.at("Frequency").get<std::uint16_t>()};
+        data.rates = {properties.at("Rates").get<std::vector<std::uint32_t>>()};
+        data.mode = {properties.at("Mode").get<std::string>()};
         data.wpa = securityOf(properties, "WPA");
         data.rsn = securityOf(properties, "RSN");
-        return {wifi::ssidOfBss(data.ssid), data.signal, wifi::securityModeOfBss(data)};
+        return wifi::propertiesOfBss(data);
     }
 
     std::unique_ptr<sdbus::IConnection> connection_;

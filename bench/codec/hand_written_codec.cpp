@@ -97,22 +97,24 @@ int readSecurity(sd_bus_message* message, wifi::WPA_RSN& security) {
     });
 }
 
-int readSsid(sd_bus_message* message, std::vector<unsigned char>& ssid) {
-    return inVariant(message, "ay", [&] {
-        const void* bytes = nullptr;
+template <typename Number>
+int readNumbers(sd_bus_message* message, char type, std::vector<Number>& numbers) {
+    const char contents[] = {'a', type, '\0'};
+    return inVariant(message, contents, [&] {
+        const void* read = nullptr;
         std::size_t size = 0;
-        const int r = sd_bus_message_read_array(message, 'y', &bytes, &size);
+        const int r = sd_bus_message_read_array(message, type, &read, &size);
         if (r >= 0) {
-            const auto* first = static_cast<const unsigned char*>(bytes);
-            ssid.assign(first, first + size);
+            const auto* first = static_cast<const Number*>(read);
+            numbers.assign(first, first + size / sizeof(Number));
         }
         return r;
     });
 }
 
-int readText(sd_bus_message* message, char type, std::optional<std::string>& text) {
+int readText(sd_bus_message* message, std::optional<std::string>& text) {
     const char* value = nullptr;
-    const int r = readBasic(message, type, static_cast<void*>(&value));
+    const int r = readBasic(message, 's', static_cast<void*>(&value));
     if (r >= 0) {
         text = value;
     }
@@ -137,7 +139,7 @@ int appendText(sd_bus_message* message, const char* key, const char* value) {
 int readBssByHand(sd_bus_message* message, wifi::BSSData& bss) {
     return readDictionary(message, [&](const char* key) {
         if (std::strcmp(key, "SSID") == 0) {
-            return readSsid(message, bss.ssid);
+            return readNumbers(message, 'y', bss.ssid);
         }
         if (std::strcmp(key, "Privacy") == 0) {
             int privacy = 0;
@@ -147,6 +149,18 @@ int readBssByHand(sd_bus_message* message, wifi::BSSData& bss) {
         }
         if (std::strcmp(key, "Signal") == 0) {
             return readBasic(message, 'n', &bss.signal);
+        }
+        if (std::strcmp(key, "BSSID") == 0) {
+            return readNumbers(message, 'y', bss.bssid.value.emplace());
+        }
+        if (std::strcmp(key, "Frequency") == 0) {
+            return readBasic(message, 'q', &bss.frequency.value.emplace());
+        }
+        if (std::strcmp(key, "Rates") == 0) {
+            return readNumbers(message, 'u', bss.rates.value.emplace());
+        }
+        if (std::strcmp(key, "Mode") == 0) {
+            return readText(message, bss.mode.value);
         }
         if (std::strcmp(key, "WPA") == 0) {
             return readSecurity(message, bss.wpa);
@@ -161,7 +175,7 @@ int readBssByHand(sd_bus_message* message, wifi::BSSData& bss) {
 int readPropertiesChangedByHand(sd_bus_message* message, dbus::SupplicantInterfaceProperties& properties) {
     return readDictionary(message, [&](const char* key) {
         if (std::strcmp(key, "State") == 0) {
-            return readText(message, 's', properties.state);
+            return readText(message, properties.state);
         }
         if (std::strcmp(key, "CurrentBSS") == 0) {
             return readPath(message, properties.currentBss);

@@ -84,4 +84,14 @@ NetworkDemands demandsOfBss(const BSSData& bss) {
     return demands;
 }
 
+Communicator::BssProperties propertiesOfBss(const BSSData& bss) {
+    Communicator::BssProperties properties{ssidOfBss(bss.ssid), bss.signal, securityModeOfBss(bss)};
+    properties.demands = demandsOfBss(bss);
+    properties.frequency = bss.frequency.value.value_or(0);
+    if (const auto& bssid = bss.bssid.value; bssid && bssid->size() == properties.bssid.size()) {
+        std::copy(bssid->begin(), bssid->end(), properties.bssid.begin());
+    }
+    return properties;
+}
+
 }  // namespace kaz::wifi

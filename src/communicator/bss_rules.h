@@ -1,6 +1,7 @@
 // The SSID and the security mode of an access point. Pure functions.
 #pragma once
 
+#include "communicator/communicator.h"
 #include "dbus/records.h"
 
 #include <wifi/connection_details.h>
@@ -21,5 +22,8 @@ NetworkDemands demandsOfBss(const BSSData& bss);
 // The security mode with which to connect. It is `unsupported` for WPA3 personal alone, and `rsnPsk` for WPA3 together
 // with WPA2.
 SecurityMode securityModeOfBss(const BSSData& bss);
+
+// What the engine needs of an access point.
+Communicator::BssProperties propertiesOfBss(const BSSData& bss);
 
 }  // namespace kaz::wifi

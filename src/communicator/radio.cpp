@@ -8,7 +8,6 @@
 #include "dbus/reply.h"
 #include "dbus/variant.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace kaz::wifi {
@@ -34,13 +33,7 @@ std::optional<Communicator::BssProperties> Radio::bssSync(const dbus::OPath& bss
     if (!data) {
         return std::nullopt;
     }
-    Communicator::BssProperties properties{ssidOfBss(data->ssid), data->signal, securityModeOfBss(*data)};
-    properties.demands = demandsOfBss(*data);
-    properties.frequency = data->frequency.value.value_or(0);
-    if (const auto& bssid = data->bssid.value; bssid && bssid->size() == properties.bssid.size()) {
-        std::copy(bssid->begin(), bssid->end(), properties.bssid.begin());
-    }
-    return properties;
+    return propertiesOfBss(*data);
 }
 
 std::vector<Communicator::BssProperties> Radio::bssListSync(const std::vector<dbus::OPath>& paths) {

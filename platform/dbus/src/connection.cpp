@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <utility>
 
 #include "base/errno_text.h"
@@ -46,6 +47,12 @@ bool Connection::endTurn() noexcept {
         return true;
     }
     return false;
+}
+
+bool Connection::handleReadAhead() noexcept {
+    uint64_t waiting = 0;
+    return bus_ && sd_bus_get_n_queued_read(bus_.get(), &waiting) >= 0 && waiting > 0 &&
+           sd_bus_process(bus_.get(), nullptr) > 0;
 }
 
 void Connection::setChangeTask(ChangeTask task) {

@@ -39,6 +39,9 @@ class Connection : NonCopyable {
     // did either. Called after each turn of the loop, so that a task never loses the connection while it uses it.
     bool endTurn() noexcept;
 
+    // Handles one message that was read ahead. Returns false if there is none, or the connection is broken.
+    bool handleReadAhead() noexcept;
+
     // When the next attempt to reconnect is due: the loop must end a turn then. Not a timer of sd-event, because that may
     // fail to be created, and then there would be no further attempt.
     std::optional<Clock::time_point> retryAt() const noexcept { return retryAt_; }

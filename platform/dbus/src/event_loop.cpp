@@ -53,11 +53,13 @@ class EventLoop::Impl : NonCopyable {
   private:
     void run() noexcept;
     void turn() noexcept;
+    int dispatch() noexcept;
     uint64_t longestSleep() const noexcept;
     void waitForEnd() noexcept;
 
     const pid_t process_ = ::getpid();
     EventPtr event_ = makeEvent();
+    unsigned sinceEvents_ = 0;
 
   public:
     TaskQueue tasks{event_.get()};  // outlives the other members, whose destructors may push
@@ -120,8 +122,20 @@ void EventLoop::Impl::run() noexcept {
     changed_.notify_all();
 }
 
+// For each message that was read ahead, sd-bus sets a timer to wake up sd-event, which takes longer than most messages.
+// So these are handled without sd-event, but not for long, because the timer and the descriptors would wait.
+int EventLoop::Impl::dispatch() noexcept {
+    constexpr unsigned longestRow = 16;
+    if (sinceEvents_ < longestRow && connection.handleReadAhead()) {
+        ++sinceEvents_;
+        return 1;
+    }
+    sinceEvents_ = 0;
+    return sd_event_run(event_.get(), longestSleep());
+}
+
 void EventLoop::Impl::turn() noexcept {
-    const int dispatched = sd_event_run(event_.get(), longestSleep());
+    const int dispatched = dispatch();
     if (dispatched < 0) {
         runGuarded("event loop", [&] { log::error("Event loop: {}", errnoText(dispatched)); });
         std::this_thread::sleep_for(milliseconds(100));

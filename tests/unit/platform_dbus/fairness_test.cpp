@@ -133,5 +133,23 @@ TEST_F(EventLoopInASignalStorm, RunsTheTimer) {
     EXPECT_TRUE(expiries.reaches(5));
 }
 
+// A call reads ahead what arrives before its reply.
+TEST_F(EventLoopInASignalStorm, RunsTheTimerBetweenMessagesThatACallReadAhead) {
+    std::size_t before = 0;
+    std::atomic<std::size_t> between = 0;
+    loop->setTimerCompletedTask([&] {
+        between = handled.value() - before;
+        ++expiries;
+    });
+    onLoop([&] {
+        callPeer("Echo", "x");
+        before = handled.value();
+        loop->configureTimerSync(true, milliseconds(10));
+    });
+    EXPECT_TRUE(expiries.reaches(1));
+    onLoop([&] { loop->configureTimerSync(false, milliseconds(10)); });
+    EXPECT_LT(between, 500U);  // a few signals of 1 ms each
+}
+
 }  // namespace
 }  // namespace kaz::test
