@@ -28,6 +28,9 @@ Report connectTo(const Options& options, Workspace& place, Output& output);
 Report disconnectFrom(const Options& options, Workspace& place, Output& output);
 Report forgetNetwork(const Options& options, Workspace& place, Output& output);
 
+// Finds what is wrong with the device. Does not use the library.
+Report findFaults(const Options& options, Workspace& place, Output& output);
+
 // Writes each change until a signal or a write error ends it. The report is empty.
 Report monitorChanges(const Options& options, Workspace& place, Output& output);
 

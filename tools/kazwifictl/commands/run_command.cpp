@@ -20,6 +20,7 @@ const std::map<Command, Function> functions{
     {Command::disconnect, disconnectFrom},
     {Command::forget, forgetNetwork},
     {Command::monitor, monitorChanges},
+    {Command::doctor, findFaults},
 };
 
 }  // namespace

@@ -26,7 +26,7 @@ _kazwifictl() {
     COMPREPLY=()
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-            status | on | off | scan | list | connect | disconnect | forget | monitor)
+            status | on | off | scan | list | connect | disconnect | forget | monitor | doctor)
                 command=${COMP_WORDS[i]}
                 break
                 ;;
@@ -53,7 +53,7 @@ _kazwifictl() {
         return
     fi
     case $command in
-        '') mapfile -t COMPREPLY < <(compgen -W 'status on off scan list connect disconnect forget monitor' -- "$word") ;;
+        '') mapfile -t COMPREPLY < <(compgen -W 'status on off scan list connect disconnect forget monitor doctor' -- "$word") ;;
         connect) _kazwifictl_from_lines "$word" < <(_kazwifictl_ssids) ;;
         forget) _kazwifictl_from_lines "$word" < <(_kazwifictl_ssids --saved) ;;
     esac

@@ -1,6 +1,6 @@
 # fish completion for kazwifictl(1)
 
-set -l commands status on off scan list connect disconnect forget monitor
+set -l commands status on off scan list connect disconnect forget monitor doctor
 set -l none "not __fish_seen_subcommand_from $commands"
 set -l connect '__fish_seen_subcommand_from connect'
 
@@ -20,6 +20,7 @@ complete -c kazwifictl -n $none -a connect -d 'Connect to a network'
 complete -c kazwifictl -n $none -a disconnect -d 'End the connection'
 complete -c kazwifictl -n $none -a forget -d 'Delete a saved network'
 complete -c kazwifictl -n $none -a monitor -d 'Show every change'
+complete -c kazwifictl -n $none -a doctor -d 'Find what is wrong with this device'
 
 complete -c kazwifictl -l json -d 'Write results as JSON'
 complete -c kazwifictl -l color -x -a 'auto always never' -d 'When to use colours'

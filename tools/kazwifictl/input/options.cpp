@@ -112,6 +112,7 @@ class Parser {
         list->add_flag("--saved", options_.savedOnly, "Only saved networks");
         command(Command::disconnect, "End the connection. The network stays saved.");
         command(Command::monitor, "Show every change until interrupted.");
+        command(Command::doctor, "Find what is wrong with this device, and what mends it.");
     }
 
     void addConnect() {
@@ -223,6 +224,7 @@ std::string_view nameOf(Command command) {
                             {Command::disconnect, "disconnect"},
                             {Command::forget, "forget"},
                             {Command::monitor, "monitor"},
+                            {Command::doctor, "doctor"},
                             {Command::prompt, ""}});
 }
 

@@ -13,7 +13,7 @@
 
 namespace kaz::ctl {
 
-enum class Command { status, on, off, scan, list, connect, disconnect, forget, monitor, prompt };
+enum class Command { status, on, off, scan, list, connect, disconnect, forget, monitor, doctor, prompt };
 
 // The command's name, such as "list". Empty for Command::prompt.
 std::string_view nameOf(Command command);

@@ -1,0 +1,130 @@
+// The kernel's nl80211 over a netlink socket. The kernel answers before send() returns, so nothing waits.
+#include "inspection/nl80211.h"
+
+#include <linux/genetlink.h>
+#include <linux/netlink.h>
+#include <linux/nl80211.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <map>
+#include <string_view>
+
+#include "base/file_descriptor.h"
+#include "inspection/text_file.h"
+
+namespace kaz::inspection {
+namespace {
+
+using Attributes = std::map<unsigned, std::string>;
+
+// One request with at most one attribute, and the attributes of its reply.
+class Netlink {
+  public:
+    Netlink() : socket_(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_GENERIC)) {}
+
+    Fact<Attributes> ask(std::uint16_t family, std::uint8_t command, std::uint16_t attribute,
+                         std::string_view value) {
+        const std::string request = requestOf(family, command, attribute, value);
+        std::array<char, 16384> buffer{};
+        if (::send(socket_.get(), request.data(), request.size(), 0) < 0) {
+            return obstacleOf(errno);
+        }
+        const ssize_t size = ::recv(socket_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
+        if (size < 0) {
+            return obstacleOf(errno);
+        }
+        return read(std::string_view(buffer.data(), static_cast<std::size_t>(size)));
+    }
+
+  private:
+    template <typename Header>
+    static std::string bytesOf(const Header& header) {
+        return {reinterpret_cast<const char*>(&header), sizeof header};
+    }
+
+    template <typename Header>
+    static Header headerIn(std::string_view bytes) {
+        Header header{};
+        std::memcpy(&header, bytes.data(), std::min(sizeof header, bytes.size()));
+        return header;
+    }
+
+    static std::size_t aligned(std::size_t size) { return (size + 3) / 4 * 4; }
+
+    static std::string requestOf(std::uint16_t family, std::uint8_t command, std::uint16_t attribute,
+                                 std::string_view value) {
+        std::string body = bytesOf(genlmsghdr{command, 1, 0});
+        if (!value.empty()) {
+            body += bytesOf(nlattr{static_cast<std::uint16_t>(sizeof(nlattr) + value.size()), attribute});
+            body += value;
+            body.resize(aligned(body.size()));
+        }
+        const auto size = static_cast<std::uint32_t>(sizeof(nlmsghdr) + body.size());
+        return bytesOf(nlmsghdr{size, family, NLM_F_REQUEST, 1, 0}) + body;
+    }
+
+    static Fact<Attributes> read(std::string_view message) {
+        const auto header = headerIn<nlmsghdr>(message);
+        message.remove_prefix(std::min(sizeof header, message.size()));
+        if (header.nlmsg_type == NLMSG_ERROR) {
+            return failureOf<Attributes>(-headerIn<int>(message));
+        }
+        message.remove_prefix(std::min(sizeof(genlmsghdr), message.size()));
+        Attributes attributes;
+        while (message.size() >= sizeof(nlattr)) {
+            const auto each = headerIn<nlattr>(message);
+            const std::size_t size = std::clamp<std::size_t>(each.nla_len, sizeof each, message.size());
+            attributes[each.nla_type & static_cast<unsigned>(NLA_TYPE_MASK)] =
+                message.substr(sizeof each, size - sizeof each);
+            message.remove_prefix(std::min(aligned(size), message.size()));
+        }
+        return attributes;
+    }
+
+    FileDescriptor socket_;
+};
+
+template <typename Number>
+Number numberOf(const std::string& bytes) {
+    Number number{};
+    std::memcpy(&number, bytes.data(), std::min(sizeof number, bytes.size()));
+    return number;
+}
+
+std::string_view bytesOf(const int& number) {
+    return {reinterpret_cast<const char*>(&number), sizeof number};
+}
+
+}  // namespace
+
+void readRadios(Facts& facts) {
+    Netlink netlink;
+    constexpr std::string_view name("nl80211", 8);  // with its NUL
+    const Fact<Attributes> found = netlink.ask(GENL_ID_CTRL, CTRL_CMD_GETFAMILY, CTRL_ATTR_FAMILY_NAME, name);
+    if (!found.isKnown()) {
+        facts.country = found.isAbsent() ? Fact<std::string>::absent() : Fact<std::string>(found.unknown());
+        return;
+    }
+    const auto family = numberOf<std::uint16_t>(found->at(CTRL_ATTR_FAMILY_ID));
+    const Fact<Attributes> domain = netlink.ask(family, NL80211_CMD_GET_REG, 0, {});
+    if (domain.isKnown() && domain->contains(NL80211_ATTR_REG_ALPHA2)) {
+        facts.country = domain->at(NL80211_ATTR_REG_ALPHA2).substr(0, 2);
+    }
+    for (Link& link : facts.links) {
+        if (!link.isWireless) {
+            continue;
+        }
+        const Fact<Attributes> saving =
+            netlink.ask(family, NL80211_CMD_GET_POWER_SAVE, NL80211_ATTR_IFINDEX, bytesOf(link.index));
+        if (saving.isKnown() && saving->contains(NL80211_ATTR_PS_STATE)) {
+            link.powerSave = numberOf<std::uint32_t>(saving->at(NL80211_ATTR_PS_STATE)) == NL80211_PS_ENABLED;
+        }
+    }
+}
+
+}  // namespace kaz::inspection
