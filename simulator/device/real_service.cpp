@@ -14,7 +14,8 @@ namespace kaz::sim {
 namespace {
 
 constexpr const char* supplicantName = "fi.w1.wpa_supplicant1";
-constexpr std::chrono::seconds patience{5};
+// As systemd's default. A busy machine may take long to start the daemon.
+constexpr std::chrono::seconds patience{90};
 
 // The text of "State" in a PropertiesChanged signal of the interface; empty if it is missing.
 std::string stateIn(sd_bus_message* signal) {

@@ -114,12 +114,12 @@ void FaultyWire::startAttached() {
 }
 
 void FaultyWire::startConnected() {
-    startAttached();
+    ASSERT_NO_FATAL_FAILURE(startAttached());
     connectOpen("Wire");
 }
 
 void FaultyWire::startSwitchedOff() {
-    startAttached();
+    ASSERT_NO_FATAL_FAILURE(startAttached());
     switchOffAndWait();
 }
 
@@ -173,9 +173,10 @@ void FaultyWire::SetUp() {
         GTEST_SKIP() << whyNot_;
     }
     if (saved().networks.empty()) {
-        startAttached();
-        connectOpen("Old");
-        disconnectAndSave("Old");
+        // Each of them forgets the log, which would tell what failed before.
+        ASSERT_NO_FATAL_FAILURE(startAttached());
+        ASSERT_NO_FATAL_FAILURE(connectOpen("Old"));
+        ASSERT_NO_FATAL_FAILURE(disconnectAndSave("Old"));
     }
     user_.reset();
     ASSERT_EQ(saved().networks, std::multiset<std::string>{"Old"});
