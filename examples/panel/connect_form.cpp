@@ -40,11 +40,12 @@ ConnectForm::Security securityOf(SecurityMode mode) {
         case SecurityMode::rsnPsk:
             return ConnectForm::Wpa2;
         case SecurityMode::sae:
-        case SecurityMode::unsupported:  // a WPA3-only network is listed like this
             return ConnectForm::Wpa3;
         case SecurityMode::enterprise:
         case SecurityMode::enterpriseVariant:
             return ConnectForm::Enterprise;
+        case SecurityMode::unsupported:  // it asks for nothing, because it cannot be joined
+            break;
     }
     return ConnectForm::Open;
 }
@@ -68,8 +69,8 @@ QStringList choices(const std::set<std::string>& methods) {
 void ConnectForm::begin(const NetworkModel::Row& network) {
     clear();
     typed_.ssid = network.ssid;
-    security_ = securityOf(network.security);
-    guessed_ = network.security == SecurityMode::unsupported;
+    access_ = network.access;
+    security_ = securityOf(access_.mode);
     Q_EMIT changed();
 }
 
@@ -114,7 +115,7 @@ void ConnectForm::clear() {
     typed_ = {};
     certificates_ = {};
     hidden_ = false;
-    guessed_ = false;
+    access_ = {{}, SecurityMode::none};
     security_ = Open;
     Q_EMIT changed();
 }
@@ -135,11 +136,15 @@ void ConnectForm::setSecurity(Security security) {
 }
 
 QString ConnectForm::securityName() const {
-    return securityInWords(modeOf(security_));
+    return securityInWords({{}, modeOf(security_)});
 }
 
 void ConnectForm::setPassword(const QString& text) {
     set(typed_.password, text);
+}
+
+QString ConnectForm::obstacle() const {
+    return obstacleInWords(access_);
 }
 
 QString ConnectForm::passwordHint() const {

@@ -26,7 +26,7 @@ class ConnectForm : public QObject {
     Q_PROPERTY(QString ssid READ ssid WRITE setSsid NOTIFY changed)  // of a hidden network
     Q_PROPERTY(Security security READ security WRITE setSecurity NOTIFY changed)
     Q_PROPERTY(QString securityName READ securityName NOTIFY changed)
-    Q_PROPERTY(bool guessed READ guessed NOTIFY changed)  // the list does not show the security
+    Q_PROPERTY(QString obstacle READ obstacle NOTIFY changed)  // why this device cannot join the network
     Q_PROPERTY(QString password READ password WRITE setPassword NOTIFY changed)
     Q_PROPERTY(QString passwordHint READ passwordHint NOTIFY changed)
     Q_PROPERTY(QString identity READ identity WRITE setIdentity NOTIFY changed)
@@ -73,7 +73,7 @@ class ConnectForm : public QObject {
     Security security() const { return security_; }
     void setSecurity(Security security);
     QString securityName() const;
-    bool guessed() const { return guessed_; }
+    QString obstacle() const;
     QString password() const { return QString::fromStdString(typed_.password); }
     void setPassword(const QString& text);
     QString passwordHint() const;
@@ -94,7 +94,7 @@ class ConnectForm : public QObject {
     QStringList phase2Methods() const;
     Field problemField() const;
     QString problem() const;
-    bool valid() const { return problemField() == NoField; }
+    bool valid() const { return problemField() == NoField && obstacle().isEmpty(); }
 
   Q_SIGNALS:
     void changed();
@@ -106,9 +106,9 @@ class ConnectForm : public QObject {
     Validate validate_;
     kaz::wifi::ConnectionSettings typed_;
     kaz::wifi::Certificates certificates_;
+    kaz::wifi::NetworkAccess access_{{}, kaz::wifi::SecurityMode::none};
     Security security_ = Open;
     bool hidden_ = false;
-    bool guessed_ = false;
     std::set<std::string> eapMethods_;
     std::set<std::string> phase2Methods_;
 };

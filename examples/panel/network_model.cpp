@@ -8,6 +8,7 @@
 #include "words.h"
 
 using kaz::wifi::ConnectionInfo;
+using kaz::wifi::NetworkAccess;
 using kaz::wifi::SecurityMode;
 using kaz::wifi::WifiNetwork;
 
@@ -29,8 +30,8 @@ auto hasSsid(const std::string& ssid) {
 }  // namespace
 
 bool NetworkModel::Row::operator==(const Row& other) const {
-    return ssid == other.ssid && signal == other.signal && security == other.security &&
-           saved == other.saved && status == other.status;
+    return ssid == other.ssid && signal == other.signal && access == other.access && saved == other.saved &&
+           status == other.status;
 }
 
 int NetworkModel::rowCount(const QModelIndex& parent) const {
@@ -50,9 +51,9 @@ QVariant NetworkModel::data(const QModelIndex& index, int role) const {
         case BarsRole:
             return barsOf(row.signal);
         case SecurityRole:
-            return securityInWords(row.security);
+            return securityInWords(row.access);
         case LockedRole:
-            return row.security != SecurityMode::none;
+            return row.access.mode != SecurityMode::none;
         case SavedRole:
             return row.saved;
         case StageRole:
@@ -68,8 +69,9 @@ QHash<int, QByteArray> NetworkModel::roleNames() const {
             {StageRole, "stage"}};
 }
 
-void NetworkModel::update(const ConnectionInfo& connection, const std::vector<WifiNetwork>& inRange) {
-    const auto rows = wanted(connection, inRange);
+void NetworkModel::update(const ConnectionInfo& connection, const std::vector<WifiNetwork>& inRange,
+                          const Accesses& accesses) {
+    const auto rows = wanted(connection, inRange, accesses);
     removeOthersThan(rows);
     for (std::size_t place = 0; place < rows.size(); ++place) {
         bringTo(place, rows[place]);
@@ -82,13 +84,21 @@ const NetworkModel::Row* NetworkModel::find(const std::string& ssid) const {
 }
 
 std::vector<NetworkModel::Row> NetworkModel::wanted(const ConnectionInfo& connection,
-                                                    const std::vector<WifiNetwork>& inRange) const {
+                                                    const std::vector<WifiNetwork>& inRange,
+                                                    const Accesses& accesses) const {
+    const auto accessTo = [&](const WifiNetwork& network) {
+        const auto known = accesses.find(network.ssid);
+        return known == accesses.end() ? NetworkAccess{{}, network.securityMode} : known->second;
+    };
     std::vector<Row> rows;
     if (connection.status != ConnectionInfo::Status::disconnected) {
         // The list leaves out the network in use, so keep what was known about it.
         Row current;
         if (const Row* known = find(connection.ssid)) {
             current = *known;
+        }
+        if (const auto known = accesses.find(connection.ssid); known != accesses.end()) {
+            current.access = known->second;
         }
         current.ssid = connection.ssid;
         current.saved = true;
@@ -100,9 +110,9 @@ std::vector<NetworkModel::Row> NetworkModel::wanted(const ConnectionInfo& connec
     }
     for (const WifiNetwork& network : inRange) {
         if (rows.empty() || rows.front().ssid != network.ssid) {
-            rows.push_back({network.ssid, network.signal, network.securityMode, network.configured});
+            rows.push_back({network.ssid, network.signal, accessTo(network), network.configured});
         } else {
-            rows.front().security = network.securityMode;
+            rows.front().access = accessTo(network);
         }
     }
     return rows;

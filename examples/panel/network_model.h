@@ -1,10 +1,12 @@
 #pragma once
 
+#include <wifi/network_access.h>
 #include <wifi/types.h>
 
 #include <QtQml/qqmlregistration.h>
 #include <QAbstractListModel>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -19,7 +21,7 @@ class NetworkModel : public QAbstractListModel {
     struct Row {
         std::string ssid;
         int signal = 0;  // dBm
-        kaz::wifi::SecurityMode security = kaz::wifi::SecurityMode::none;
+        kaz::wifi::NetworkAccess access = {{}, kaz::wifi::SecurityMode::none};
         bool saved = false;
         kaz::wifi::ConnectionInfo::Status status = kaz::wifi::ConnectionInfo::Status::disconnected;
 
@@ -29,7 +31,7 @@ class NetworkModel : public QAbstractListModel {
         NetworkIdRole = Qt::UserRole,  // identifies the network in calls
         NameRole,                      // for display
         BarsRole,                      // 0 to 4
-        SecurityRole,  // as text; empty when unknown, for example when no scan listed the network in use
+        SecurityRole,                  // as text
         LockedRole,
         SavedRole,
         StageRole,  // 0 not in use, 1 joining, 2 getting an address, 3 connected
@@ -41,15 +43,17 @@ class NetworkModel : public QAbstractListModel {
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
+    using Accesses = std::map<std::string, kaz::wifi::NetworkAccess>;
     void update(const kaz::wifi::ConnectionInfo& connection,
-                const std::vector<kaz::wifi::WifiNetwork>& inRange);
+                const std::vector<kaz::wifi::WifiNetwork>& inRange, const Accesses& accesses = {});
 
     // The row of that network, or null.
     const Row* find(const std::string& ssid) const;
 
   private:
     std::vector<Row> wanted(const kaz::wifi::ConnectionInfo& connection,
-                            const std::vector<kaz::wifi::WifiNetwork>& inRange) const;
+                            const std::vector<kaz::wifi::WifiNetwork>& inRange,
+                            const Accesses& accesses) const;
     void removeOthersThan(const std::vector<Row>& rows);
     void bringTo(std::size_t place, const Row& row);
 

@@ -29,7 +29,7 @@ void WifiPanel::show(Snapshot state) {
     if (state_.running && !before.running) {
         wifi_.manager().scan();
     }
-    networks_.update(state_.connection.info, state_.networks);
+    networks_.update(state_.connection.info, state_.networks, state_.access);
     form_.setMethods(wifi_.manager().eapMethods(), wifi_.manager().phase2Methods());
     follow(before.connection.info);
     Q_EMIT changed();

@@ -4,9 +4,10 @@
 
 using kaz::wifi::ConnectResult;
 using kaz::wifi::SecurityMode;
+using kaz::wifi::client::Words;
 
-QString securityInWords(SecurityMode mode) {
-    switch (mode) {
+QString securityInWords(const kaz::wifi::NetworkAccess& access) {
+    switch (access.mode) {
         case SecurityMode::none:
             return QStringLiteral("Open");
         case SecurityMode::wep:
@@ -21,9 +22,21 @@ QString securityInWords(SecurityMode mode) {
         case SecurityMode::enterpriseVariant:
             return QStringLiteral("Enterprise");
         case SecurityMode::unsupported:
-            return QStringLiteral("WPA3 or other");
+            break;
     }
-    return {};
+    const QString words = QString::fromStdString(Words().security(access));
+    return words.left(1).toUpper() + words.mid(1);
+}
+
+QString obstacleInWords(const kaz::wifi::NetworkAccess& access) {
+    if (access.mode != SecurityMode::unsupported) {
+        return {};
+    }
+    const QString advice = QString::fromStdString(Words().advice(access));
+    return QStringLiteral("This device cannot join it: it asks for %1. %2")
+        .arg(QString::fromStdString(Words().security(access)),
+             advice.isEmpty() ? QString() : QStringLiteral("What helps: %1.").arg(advice))
+        .trimmed();
 }
 
 QString problemInWords(ConnectResult verdict, SecurityMode mode) {
@@ -92,7 +105,7 @@ QString passwordHint(SecurityMode mode) {
 }
 
 QString failureInWords(Attempt::Outcome outcome, const kaz::wifi::Outcome& why, const QString& name) {
-    const QString cause = QString::fromStdString(kaz::wifi::client::Words().cause(why));
+    const QString cause = QString::fromStdString(Words().cause(why));
     switch (outcome) {
         case Attempt::Outcome::connected:
             return {};

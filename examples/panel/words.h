@@ -3,14 +3,18 @@
 
 #include <wifi/certificates.h>
 #include <wifi/connection_details.h>
+#include <wifi/network_access.h>
 #include <wifi/types.h>
 
 #include <QString>
 
 #include "attempt.h"
 
-// "WPA2"
-QString securityInWords(kaz::wifi::SecurityMode mode);
+// "WPA2"; for a network that this device cannot join, what it asks for.
+QString securityInWords(const kaz::wifi::NetworkAccess& access);
+
+// Why this device cannot join the network, and what would help; empty if it can.
+QString obstacleInWords(const kaz::wifi::NetworkAccess& access);
 
 // Why these settings are invalid; empty for `ok`.
 QString problemInWords(kaz::wifi::ConnectResult verdict, kaz::wifi::SecurityMode mode);

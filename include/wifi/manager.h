@@ -2,11 +2,13 @@
 
 #include <wifi/certificates.h>
 #include <wifi/connection_details.h>
+#include <wifi/network_access.h>
 #include <wifi/request_failure.h>
 #include <wifi/types.h>
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -108,6 +110,11 @@ class [[gnu::visibility("default")]] Manager {
 
     /// Called after networks() changed.
     void onNetworksListChanged(std::function<void()> callback);
+
+    /// By SSID, what each network in range asks for and the mode that joins it, also for the network in use. Never older
+    /// than networks(), also inside the callback of onNetworksListChanged(). A change of this alone has no callback.
+    /// Returns a copy.
+    std::map<std::string, NetworkAccess> networkAccess() const;
 
     /// The EAP methods that `connect` accepts: those of "MSCHAPV2", "PEAP", "PWD" and "TTLS" that the
     /// supplicant offers. Empty until the Manager first attached to the supplicant. Returns a copy.

@@ -85,6 +85,7 @@ const sd_bus_vtable InterfaceObject::vtable_[] = {
                  return ObjectPath(network == nullptr ? "/" : NetworkObject::pathOf(o.path_, network->id));
              }),
     property("CurrentAuthMode", [](const InterfaceObject& o) { return o.station_.authMode(); }),
+    property("SaePwe", [](const InterfaceObject&) { return "0"; }),
     property("BSSs", [](const InterfaceObject& o) { return pathsOf(o.bssObjects_); }),
     property("Networks", [](const InterfaceObject& o) { return pathsOf(o.networkObjects_); }),
     property("ScanInterval",

@@ -3,6 +3,7 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -19,6 +20,7 @@ Snapshot snapshotOf(Manager& manager) {
     now.scanning = now.running && manager.isScanning();
     now.networks = manager.networks();
     now.connection = manager.connectionDetails();
+    now.access = manager.networkAccess();
     return now;
 }
 
@@ -46,15 +48,37 @@ Follower::Follower() : manager_(std::make_unique<Manager>()) {
 
 Follower::~Follower() = default;
 
+unsigned Follower::ask() {
+    unsigned number = 0;
+    {
+        const std::lock_guard lock(mutex_);
+        number = ++asked_;
+    }
+    manager_->whenCarriedOut([this, number, &manager = *manager_](const std::set<RequestFailure>& failures) {
+        keep(manager, number, failures);
+    });
+    return number;
+}
+
 // Reads the state under the lock, so that a later snapshot is never older.
-void Follower::keep(Manager& manager) {
+void Follower::keep(Manager& manager, unsigned answered, std::set<RequestFailure> failures) {
     const std::lock_guard lock(mutex_);
     if (waiting_.size() == limit) {
-        waiting_.pop_front();
+        dropOldest();
     }
+    answered_ = std::max(answered_, answered);
     waiting_.push_back(snapshotOf(manager));
+    waiting_.back().answered = answered_;
+    waiting_.back().failures = std::move(failures);
     // Fails only when the counter is at its maximum, and then the descriptor is readable anyway.
     static_cast<void>(::eventfd_write(wakeUp_.get(), 1));
+}
+
+// A failure is told only once, so the next snapshot tells it.
+void Follower::dropOldest() {
+    std::set<RequestFailure> untold = std::move(waiting_.front().failures);
+    waiting_.pop_front();
+    waiting_.front().failures.merge(untold);
 }
 
 std::optional<Snapshot> Follower::take() {
@@ -74,6 +98,9 @@ std::optional<Snapshot> Follower::take() {
 std::optional<Snapshot> Follower::takeNewest() {
     std::optional<Snapshot> newest;
     while (auto next = take()) {
+        if (newest) {
+            next->failures.merge(newest->failures);
+        }
         newest = std::move(next);
     }
     return newest;

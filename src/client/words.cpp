@@ -109,19 +109,23 @@ constexpr std::array statuses{
 // What a network asks for, by its first demand: hash-to-element and the like say more than WPA3 alone.
 struct DemandText {
     bool NetworkDemands::*demand;
-    const char* english;
+    const char* english;  // after "asks for"
+    const char* advice;   // if this device cannot join it for that
 };
+constexpr const char* commonSecurity = "WPA2 or WPA3 personal at the access point";
 constexpr std::array demands{
-    DemandText{&NetworkDemands::adHoc, "a network without an access point"},
-    DemandText{&NetworkDemands::hashToElement, "WPA3 with hash-to-element"},
-    DemandText{&NetworkDemands::sae, "WPA3 personal"},
-    DemandText{&NetworkDemands::owe, "Enhanced Open"},
-    DemandText{&NetworkDemands::rsnPskSha256, "WPA2 with SHA-256"},
-    DemandText{&NetworkDemands::rsnPsk, "WPA2 personal"},
-    DemandText{&NetworkDemands::wpaPsk, "WPA personal"},
-    DemandText{&NetworkDemands::enterprise, "WPA enterprise"},
-    DemandText{&NetworkDemands::wep, "a WEP key"},
-    DemandText{&NetworkDemands::nothing, "no password"},
+    DemandText{&NetworkDemands::adHoc, "ad-hoc mode", "a network with an access point"},
+    DemandText{&NetworkDemands::hashToElement, "WPA3 with hash-to-element",
+               "sae_pwe=2 in the configuration of wpa_supplicant"},
+    DemandText{&NetworkDemands::sae, "WPA3 personal", commonSecurity},
+    DemandText{&NetworkDemands::owe, "Enhanced Open", commonSecurity},
+    DemandText{&NetworkDemands::rsnPskSha256, "WPA2 with SHA-256", commonSecurity},
+    DemandText{&NetworkDemands::rsnPsk, "WPA2 personal", commonSecurity},
+    DemandText{&NetworkDemands::wpaPsk, "WPA personal", commonSecurity},
+    DemandText{&NetworkDemands::enterprise, "WPA enterprise", commonSecurity},
+    DemandText{&NetworkDemands::wep, "a WEP key", commonSecurity},
+    DemandText{&NetworkDemands::nothing, "no password", commonSecurity},
+    DemandText{&NetworkDemands::other, "another kind of keys", commonSecurity},
 };
 constexpr const char* otherDemand = "something";
 
@@ -145,13 +149,13 @@ const CauseText& textsOf(Cause cause) {
     return causes.front();
 }
 
-const char* firstDemand(const NetworkDemands& of) {
+const DemandText* firstDemand(const NetworkDemands& of) {
     for (const DemandText& each : demands) {
         if (of.*each.demand) {
-            return each.english;
+            return &each;
         }
     }
-    return otherDemand;
+    return nullptr;
 }
 
 }  // namespace
@@ -176,10 +180,14 @@ std::string Words::cause(const Outcome& outcome) const {
     }
     const CauseText& texts = textsOf(outcome.cause);
     const char* const english = outcome.certainty == Certainty::certain ? texts.certain : texts.probable;
-    return in(english, in(firstDemand(outcome.evidence.demands)));
+    const DemandText* const demand = firstDemand(outcome.evidence.demands);
+    return in(english, in(demand == nullptr ? otherDemand : demand->english));
 }
 
 std::string Words::advice(const Outcome& outcome) const {
+    if (outcome.cause == Cause::nothingInCommon && outcome.evidence.demands.hashToElement) {
+        return advice(NetworkAccess{outcome.evidence.demands, SecurityMode::unsupported});
+    }
     const char* const english = outcome.cause == Cause::none ? "" : textsOf(outcome.cause).advice;
     return *english == '\0' ? std::string() : in(english);
 }
@@ -201,6 +209,18 @@ std::string Words::security(SecurityMode mode) const {
     return in(find(securities, mode, securities.back().english));
 }
 
+std::string Words::security(const NetworkAccess& access) const {
+    const DemandText* const demand = firstDemand(access.demands);
+    const bool obstacle = access.mode == SecurityMode::unsupported && demand != nullptr;
+    return obstacle ? in(demand->english) : security(access.mode);
+}
+
+std::string Words::advice(const NetworkAccess& access) const {
+    const DemandText* const demand = firstDemand(access.demands);
+    const bool obstacle = access.mode == SecurityMode::unsupported && demand != nullptr;
+    return obstacle ? in(demand->advice) : std::string();
+}
+
 std::string Words::status(ConnectionInfo::Status status) const {
     return in(find(statuses, status, statuses.front().english));
 }
@@ -219,6 +239,7 @@ std::vector<std::string> Words::texts() {
     }
     for (const auto& each : demands) {
         add(each.english);
+        add(each.advice);
     }
     for (const auto& each : verdicts) {
         add(each.english);

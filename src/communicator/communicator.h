@@ -69,6 +69,7 @@ class Communicator : NonCopyable {
         BssProperties currentBss;
         std::optional<SupplicantConnectionStatus> status;
         std::optional<std::string> authMode{};  // the supplicant's name of what protects the link
+        std::optional<bool> hashToElement{};    // whether it joins networks by hash-to-element
 
         friend bool operator==(const SupplicantInterfaceProperties&,
                                const SupplicantInterfaceProperties&) = default;

@@ -190,6 +190,9 @@ void SupplicantSignals::report(const dbus::SupplicantInterfaceProperties& proper
         log::debug("PropertiesChanged: State={}", *properties.state);
     }
     resolved.authMode = properties.currentAuthMode.value;
+    if (const auto& saePwe = properties.saePwe.value) {
+        resolved.hashToElement = *saePwe == "1" || *saePwe == "2";
+    }
     if (properties.disconnectReason) {
         logDisconnectReason(*properties.disconnectReason);
     }

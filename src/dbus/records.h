@@ -70,6 +70,7 @@ struct SupplicantInterfaceProperties {
     Lenient<int> authStatusCode;   // IEEE 802.11 status code
     Lenient<int> assocStatusCode;  // IEEE 802.11 status code
     Lenient<std::string> currentAuthMode;
+    Lenient<std::string> saePwe;  // how SAE derives its element; not every supplicant tells it
 };
 
 template <>
@@ -121,7 +122,8 @@ struct RecordFields<SupplicantInterfaceProperties> {
                    field("Ifname", &SupplicantInterfaceProperties::ifname),
                    field("AuthStatusCode", &SupplicantInterfaceProperties::authStatusCode),
                    field("AssocStatusCode", &SupplicantInterfaceProperties::assocStatusCode),
-                   field("CurrentAuthMode", &SupplicantInterfaceProperties::currentAuthMode));
+                   field("CurrentAuthMode", &SupplicantInterfaceProperties::currentAuthMode),
+                   field("SaePwe", &SupplicantInterfaceProperties::saePwe));
 };
 
 // Instantiated once, in records.cpp.

@@ -42,6 +42,10 @@ std::vector<WifiNetwork> Manager::networks() {
     return impl_->networks();
 }
 
+std::map<std::string, NetworkAccess> Manager::networkAccess() const {
+    return impl_->networkAccess();
+}
+
 void Manager::onNetworksListChanged(std::function<void()> callback) {
     impl_->onNetworksListChanged(std::move(callback));
 }

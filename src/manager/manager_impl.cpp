@@ -67,6 +67,10 @@ void ManagerImpl::wireCommunicator() {
             if (status) {
                 judge_.noteStatus(*status);
             }
+            if (properties.hashToElement) {
+                judge_.noteHashToElement(*properties.hashToElement);
+                list_.setHashToElement(*properties.hashToElement);
+            }
             inUse_.note(properties);
             reports_.signalSupplicantPropertiesChanged(std::move(properties));
             if (listRead) {

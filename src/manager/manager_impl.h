@@ -51,6 +51,7 @@ class ManagerImpl : NonCopyable {
     bool isScanning() const { return reports_.isScanning(); }
     void scan();
     std::vector<WifiNetwork> networks() const { return published_.networks(); }
+    NetworkAccessBySsid networkAccess() const { return published_.networkAccess(); }
     std::set<std::string> eapMethods() const { return published_.eapMethods().plain; }
     std::set<std::string> phase2Methods() const { return wifi::phase2Methods(); }
     ConnectResult connect(const ConnectionSettings& settings, const Certificates& certificates = {});

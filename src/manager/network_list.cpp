@@ -1,6 +1,7 @@
 #include "manager/network_list.h"
 
 #include "base/log.h"
+#include "outcome/verdict.h"
 
 #include <algorithm>
 #include <map>
@@ -42,8 +43,14 @@ void NetworkList::setConnection(const ConnectionInfo& info) {
     networksDirty_ = true;
 }
 
+void NetworkList::setHashToElement(bool able) {
+    networksDirty_ = networksDirty_ || hashToElement_ != able;
+    hashToElement_ = able;
+}
+
 void NetworkList::supplicantDetached() {
     bssList_.clear();
+    hashToElement_.reset();
     configuredSsids_.clear();
     networksDirty_ = true;
 }
@@ -64,6 +71,11 @@ void NetworkList::taskUpdateNetworks() {
         return;
     }
     networksDirty_ = false;
+    NetworkAccessBySsid access = currentAccess();
+    if (access != access_) {
+        published_.publish(access);
+        access_ = std::move(access);
+    }
     std::vector<WifiNetwork> networks = currentNetworks();
     if (networks == networks_) {
         return;
@@ -83,6 +95,23 @@ Evidence NetworkList::sightingOf(const std::string& ssid) const {
         }
     }
     return sighting;
+}
+
+NetworkAccessBySsid NetworkList::currentAccess() const {
+    NetworkAccessBySsid all;
+    for (const Communicator::BssProperties& bss : bssList_) {
+        if (bss.ssid.empty()) {
+            continue;
+        }
+        const auto [entry, isNew] = all.try_emplace(bss.ssid);
+        NetworkAccess& access = entry->second;
+        access.demands = isNew ? bss.demands : anyOf(access.demands, bss.demands);
+        access.mode = isNew ? bss.securityMode : access.mode;
+    }
+    for (auto& [ssid, access] : all) {
+        access.mode = modeToJoin(access.mode, access.demands, hashToElement_);
+    }
+    return all;
 }
 
 std::vector<WifiNetwork> NetworkList::currentNetworks() const {

@@ -23,6 +23,8 @@ class NetworkList : NonCopyable {
 
     void setBssList(std::vector<Communicator::BssProperties> list);
     void setConnection(const ConnectionInfo& info);
+    // Whether the supplicant joins networks by hash-to-element.
+    void setHashToElement(bool able);
     void supplicantDetached();
 
     // Asks the supplicant which networks are configured.
@@ -35,13 +37,16 @@ class NetworkList : NonCopyable {
 
   private:
     std::vector<WifiNetwork> currentNetworks() const;
+    NetworkAccessBySsid currentAccess() const;
 
     Communicator& communicator_;
     Published& published_;
     std::vector<Communicator::BssProperties> bssList_;
     std::set<std::string> configuredSsids_;
     std::optional<std::string> ssidInUse_;
+    std::optional<bool> hashToElement_;  // unknown unless the supplicant told it
     std::vector<WifiNetwork> networks_;  // as last published
+    NetworkAccessBySsid access_;         // as last published
     bool networksDirty_ = false;
 };
 

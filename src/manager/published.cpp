@@ -18,6 +18,11 @@ void Published::publish(std::vector<WifiNetwork> networks) {
     invoke([&] { return replace(networks_, std::move(networks), Change::networks); });
 }
 
+void Published::publish(NetworkAccessBySsid access) {
+    const std::lock_guard lock(mutex_);
+    std::swap(networkAccess_, access);
+}
+
 bool Published::hasChanged(const ConnectionInfo& info) const {
     const std::lock_guard lock(mutex_);
     return details_.info != info;

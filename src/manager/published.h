@@ -4,14 +4,19 @@
 #include "manager/eap_methods.h"
 
 #include <wifi/connection_details.h>
+#include <wifi/network_access.h>
 #include <wifi/types.h>
 
 #include <array>
 #include <functional>
+#include <map>
 #include <mutex>
+#include <string>
 #include <vector>
 
 namespace kaz::wifi {
+
+using NetworkAccessBySsid = std::map<std::string, NetworkAccess>;
 
 // What other threads may see of the engine: copies of its state, and the callbacks that announce a change. Thread-safe.
 //
@@ -22,12 +27,15 @@ class Published : NonCopyable {
     enum class Change { enabled, networks, scanning, connectionInfo, connectionDetails };
 
     std::vector<WifiNetwork> networks() const { return copyOf(networks_); }
+    NetworkAccessBySsid networkAccess() const { return copyOf(networkAccess_); }
     ConnectionInfo connectionInfo() const { return copyOf(details_.info); }
     ConnectionDetails connectionDetails() const { return copyOf(details_); }
     AcceptedMethods eapMethods() const { return copyOf(eapMethods_); }
 
-    // Replaces the copy, then invokes the callback that was registered at that moment. EAP methods have no callback.
+    // Replaces the copy, then invokes the callback that was registered at that moment. EAP methods and the access to
+    // networks have no callback.
     void publish(std::vector<WifiNetwork> networks);
+    void publish(NetworkAccessBySsid access);
     // The record with what explains it. Invokes the callback of the connection info if that changed, then that of the
     // details.
     void publish(ConnectionDetails details);
@@ -57,6 +65,7 @@ class Published : NonCopyable {
 
     mutable std::mutex mutex_;
     std::vector<WifiNetwork> networks_;
+    NetworkAccessBySsid networkAccess_;
     ConnectionDetails details_;
     AcceptedMethods eapMethods_;
     std::array<Callback, 5> callbacks_;

@@ -29,6 +29,7 @@ struct Facts {
     Request request = Request::accepted;
     std::optional<SecurityMode> requested;  // unknown for a network that was configured before
     bool hidden = false;                    // the network may hide its SSID
+    std::optional<bool> hashToElement{};    // whether the supplicant can do it; unknown unless it told
     bool radioOff = false;
     bool linkDown = false;         // the supplicant has left link set-up, or the link
     bool authenticated = false;    // the access point accepted a step of the authentication

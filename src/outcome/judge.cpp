@@ -222,6 +222,7 @@ void Judge::supplicantDetached(bool switchedOff) {
     detached_ = true;
     switchedOff_ = switchedOff;
     radioOff_ = false;
+    hashToElement_.reset();
 }
 
 void Judge::look(const ConnectionInfo& former, const ConnectionInfo& next) {
@@ -246,6 +247,7 @@ void Judge::judge(const ConnectionInfo& former, const ConnectionInfo& next) {
         facts.lastSignal = former.signal;
     }
     facts.radioOff = radioOff_;
+    facts.hashToElement = hashToElement_;
     facts.failedExchanges = failedSsid_ == ssid ? failedExchanges_ : 0;
     const bool live = next.status != Status::disconnected;
     const bool undisturbed = !facts.linkDown && facts.evidence.reasonCode == 0;

@@ -36,6 +36,8 @@ class Judge : NonCopyable {
     void networkSelected(const std::string& ssid);
     void note(const Communicator::LinkEvidence& evidence);
     void noteStatus(Communicator::SupplicantConnectionStatus status);
+    // Whether the supplicant joins networks by hash-to-element.
+    void noteHashToElement(bool able) { hashToElement_ = able; }
     void scanEnded(bool success);
     void listRead();
     void supplicantDetached(bool switchedOff);
@@ -65,6 +67,7 @@ class Judge : NonCopyable {
     bool detached_ = false;
     bool switchedOff_ = false;
     bool radioOff_ = false;
+    std::optional<bool> hashToElement_;
     bool listAwaited_ = false;  // the outcome followed from a list that may be stale
     std::string failedSsid_;
     int failedExchanges_ = 0;  // of failedSsid_, in a row

@@ -48,12 +48,19 @@ Verdict verdictOnRequest(const Facts& facts) {
     return nothing;
 }
 
+bool lacksHashToElement(const Facts& facts) {
+    return facts.evidence.demands.hashToElement && facts.hashToElement == false;
+}
+
 Verdict verdictOnSearch(const Facts& facts) {
     const Evidence& evidence = facts.evidence;
     if (!evidence.seen) {
         return evidence.scanned && !facts.hidden ? certain(Cause::outOfRange) : probable(Cause::outOfRange);
     }
     if (facts.requested && !meets(*facts.requested, evidence.demands)) {
+        return certain(Cause::nothingInCommon);
+    }
+    if (lacksHashToElement(facts)) {
         return certain(Cause::nothingInCommon);
     }
     // The supplicant saw it and did not try it.
@@ -95,8 +102,8 @@ Verdict verdictOnAuthentication(const Facts& facts) {
     if (!usesSae(facts)) {
         return probable(Cause::banned);
     }
-    if (facts.evidence.demands.hashToElement) {
-        return probable(Cause::nothingInCommon);
+    if (facts.evidence.demands.hashToElement && facts.hashToElement != true) {
+        return lacksHashToElement(facts) ? certain(Cause::nothingInCommon) : probable(Cause::nothingInCommon);
     }
     return certain(facts.authenticated ? Cause::wrongKey : Cause::refused);
 }
@@ -211,6 +218,20 @@ bool meets(SecurityMode requested, const NetworkDemands& demands) {
             return false;
     }
     return false;
+}
+
+SecurityMode modeToJoin(SecurityMode announced, const NetworkDemands& demands,
+                        std::optional<bool> hashToElement) {
+    if (demands.hashToElement && hashToElement == false) {
+        return SecurityMode::unsupported;
+    }
+    for (const SecurityMode mode : {announced, SecurityMode::sae, SecurityMode::rsnPsk,
+                                    SecurityMode::enterprise, SecurityMode::wep, SecurityMode::none}) {
+        if (meets(mode, demands)) {
+            return mode;
+        }
+    }
+    return SecurityMode::unsupported;
 }
 
 Verdict verdictOn(const Facts& facts) {

@@ -11,6 +11,9 @@
 #include "outcome/facts.h"
 
 #include <wifi/connection_details.h>
+#include <wifi/types.h>
+
+#include <optional>
 
 namespace kaz::wifi {
 
@@ -28,6 +31,11 @@ Verdict verdictOnLoss(const Evidence& evidence);
 
 // What EAP reported, as a cause; Cause::none if it explains nothing.
 Verdict verdictOnEap(const Evidence& evidence);
+
+// The mode that joins a network with these demands: the announced one if it meets them. `unsupported` if none does, or if
+// the supplicant has said that it lacks the hash-to-element that they need.
+SecurityMode modeToJoin(SecurityMode announced, const NetworkDemands& demands,
+                        std::optional<bool> hashToElement);
 
 // Whether a device that asks for this mode can join a network with these demands. True if no demand is known.
 bool meets(SecurityMode requested, const NetworkDemands& demands);

@@ -123,6 +123,9 @@ Report reportOf(const dbus::SupplicantInterfaceProperties& properties) {
         report.status = statusOf(*properties.state);
     }
     report.authMode = properties.currentAuthMode.value;
+    if (const auto& saePwe = properties.saePwe.value) {
+        report.hashToElement = *saePwe == "1" || *saePwe == "2";
+    }
     return report;
 }
 

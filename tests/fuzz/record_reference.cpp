@@ -40,15 +40,17 @@ constexpr std::array<Property, 29> properties{{
     {"AuthStatusCode", "i"},
     {"AssocStatusCode", "i"},
     {"CurrentAuthMode", "s"},
+    {"SaePwe", "s"},
     {"Age", "u"},
 }};
 
 std::string usualText(FuzzedDataProvider& bytes) {
     static constexpr std::array texts{
-        "active",         "inactive",           "failed",    "reloading",      "online",      "offline",
-        "disconnected",   "interface_disabled", "scanning",  "authenticating", "associating", "associated",
-        "4way_handshake", "group_handshake",    "completed", "\"quoted\"",     "486f6d65",    "wpa-psk",
-        "wpa-eap"};
+        "active",         "inactive",        "failed",       "reloading",
+        "online",         "offline",         "disconnected", "interface_disabled",
+        "scanning",       "authenticating",  "associating",  "associated",
+        "4way_handshake", "group_handshake", "completed",    "\"quoted\"",
+        "486f6d65",       "wpa-psk",         "wpa-eap",      "2"};
     return bytes.PickValueInArray(texts);
 }
 

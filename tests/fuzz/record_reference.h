@@ -45,7 +45,7 @@ constexpr auto keysOf(const dbus::SupplicantInterfaceProperties*) {
         std::pair("State", &Record::state), std::pair("DisconnectReason", &Record::disconnectReason),
         std::pair("Ifname", &Record::ifname), std::pair("AuthStatusCode", &Record::authStatusCode),
         std::pair("AssocStatusCode", &Record::assocStatusCode),
-        std::pair("CurrentAuthMode", &Record::currentAuthMode));
+        std::pair("CurrentAuthMode", &Record::currentAuthMode), std::pair("SaePwe", &Record::saePwe));
 }
 
 template <typename T>

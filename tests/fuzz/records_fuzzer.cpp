@@ -78,6 +78,7 @@ void checkInterface(sd_bus_message* message, const Value& dictionary) {
     put(map, "AuthStatusCode", record->authStatusCode.value);
     put(map, "AssocStatusCode", record->assocStatusCode.value);
     put(map, "CurrentAuthMode", record->currentAuthMode.value);
+    put(map, "SaePwe", record->saePwe.value);
     checkStable(*record, map);
 }
 

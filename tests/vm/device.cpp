@@ -2,6 +2,7 @@
 
 #include "vm/command.h"
 
+#include <poll.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/spdlog.h>
 
@@ -11,54 +12,49 @@
 
 namespace kaz::vm {
 
-Device::Device() {
-    manager_.onConnectionInfoChanged([this] {
-        const wifi::ConnectionInfo info = manager_.connectionInfo();
-        const std::lock_guard lock(mutex_);
-        history_.push_back(info);
-        changed_.notify_all();
-    });
-    manager_.onEnabledChanged([this] { note(enabledChanges_); });
-    manager_.onScanningChanged([this] { note(scanningChanges_); });
-    manager_.onNetworksListChanged([this] { note(listChanges_); });
+void Device::takeAll() {
+    while (auto next = follower_.take()) {
+        const wifi::client::Snapshot before = std::exchange(latest_, std::move(*next));
+        if (latest_.connection.info != before.connection.info) {
+            history_.push_back(latest_.connection.info);
+        }
+        const bool powerChanged = latest_.enabled != before.enabled || latest_.running != before.running;
+        enabledChanges_ += powerChanged ? 1 : 0;
+        scanningChanges_ += latest_.scanning != before.scanning ? 1 : 0;
+    }
 }
 
-void Device::note(int& counter) {
-    const std::lock_guard lock(mutex_);
-    ++counter;
-    changed_.notify_all();
-}
-
-std::vector<wifi::ConnectionInfo> Device::history() const {
-    const std::lock_guard lock(mutex_);
+const std::vector<wifi::ConnectionInfo>& Device::history() {
+    takeAll();
     return history_;
 }
 
 void Device::clearHistory() {
-    const std::lock_guard lock(mutex_);
+    takeAll();
     history_.clear();
     history_.shrink_to_fit();
 }
 
-int Device::enabledChanges() const {
-    const std::lock_guard lock(mutex_);
+int Device::enabledChanges() {
+    takeAll();
     return enabledChanges_;
 }
 
-int Device::scanningChanges() const {
-    const std::lock_guard lock(mutex_);
+int Device::scanningChanges() {
+    takeAll();
     return scanningChanges_;
 }
 
 bool Device::eventually(const std::function<bool()>& condition, std::chrono::seconds limit) {
-    constexpr std::chrono::milliseconds nowAndThen{100};
+    constexpr int nowAndThen = 100;  // ms
     const auto end = Clock::now() + limit;
     while (!condition()) {
-        std::unique_lock lock(mutex_);
         if (Clock::now() >= end) {
             return false;
         }
-        changed_.wait_for(lock, nowAndThen);
+        pollfd change{follower_.fd(), POLLIN, 0};
+        ::poll(&change, 1, nowAndThen);
+        takeAll();
     }
     return true;
 }
@@ -74,12 +70,7 @@ bool Device::reaches(Status status, const std::string& ssid, std::chrono::second
 
 bool Device::passes(const std::function<bool(const wifi::ConnectionInfo&)>& predicate,
                     std::chrono::seconds limit) {
-    return eventually(
-        [&] {
-            const std::vector<wifi::ConnectionInfo> all = history();
-            return std::any_of(all.begin(), all.end(), predicate);
-        },
-        limit);
+    return eventually([&] { return std::any_of(history().begin(), history().end(), predicate); }, limit);
 }
 
 bool Device::loses(const std::string& ssid, std::chrono::seconds limit) {

@@ -4,15 +4,13 @@
 #include "doubles/recording_log/recording_log.h"
 #include "support/printed_values/printed_values.h"
 
-#include <wifi/manager.h>
+#include <wifi/client/follower.h>
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -25,21 +23,20 @@ using Clock = std::chrono::steady_clock;
 // The guest is emulated on a machine that may be busy: a second on a device may become ten.
 inline constexpr std::chrono::seconds generous{90};
 
-// Keeps every connection state that one Manager publishes, and counts its callbacks.
+// Keeps every connection state that one Manager publishes, and counts its changes. For one thread.
 class Device : NonCopyable {
   public:
-    Device();
-
-    wifi::Manager& manager() { return manager_; }
+    wifi::Manager& manager() { return follower_.manager(); }
 
     // Every state published since the last clearHistory(), oldest first.
-    std::vector<wifi::ConnectionInfo> history() const;
+    const std::vector<wifi::ConnectionInfo>& history();
     void clearHistory();
-    int enabledChanges() const;
-    int scanningChanges() const;
+    // How often isEnabled() or isWifiStackInitialized() has changed, and isScanning().
+    int enabledChanges();
+    int scanningChanges();
 
-    // Blocks until the condition is true. Checks it after every callback, and periodically for changes
-    // without a callback. Returns false on timeout.
+    // Blocks until the condition is true. Checks it after every change, and periodically for changes
+    // that nobody reports. Returns false on timeout.
     bool eventually(const std::function<bool()>& condition, std::chrono::seconds limit = generous);
 
     // Blocks until the connection has this status and, if given, this network.
@@ -63,15 +60,13 @@ class Device : NonCopyable {
     bool connects(const wifi::ConnectionSettings& settings);
 
   private:
-    void note(int& counter);
+    void takeAll();
 
-    mutable std::mutex mutex_;
-    std::condition_variable changed_;
+    wifi::client::Follower follower_;
+    wifi::client::Snapshot latest_;
     std::vector<wifi::ConnectionInfo> history_;
     int enabledChanges_ = 0;
     int scanningChanges_ = 0;
-    int listChanges_ = 0;
-    wifi::Manager manager_;  // the last member, so that it ends before what its callbacks use
 };
 
 // A device after a start: the supplicant runs without configured networks and without a connection, and a

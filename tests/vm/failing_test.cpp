@@ -19,11 +19,6 @@ void PrintTo(const Refusal& value, std::ostream* out) {
     *out << value.name;
 }
 
-wifi::ConnectionSettings with(wifi::ConnectionSettings settings, const std::string& password) {
-    settings.password = password;
-    return settings;
-}
-
 class Failing : public DeviceTest, public ::testing::WithParamInterface<Refusal> {
   protected:
     // Configured, but out of range for now, so that the supplicant does not connect to it after the failed

@@ -18,6 +18,11 @@ inline wifi::ConnectionSettings settings(std::string ssid, wifi::SecurityMode mo
     return result;
 }
 
+inline wifi::ConnectionSettings with(wifi::ConnectionSettings settings, const std::string& password) {
+    settings.password = password;
+    return settings;
+}
+
 inline wifi::ConnectionSettings enterprise(std::string method, std::string phase2, std::string identity,
                                            std::string password) {
     wifi::ConnectionSettings result =

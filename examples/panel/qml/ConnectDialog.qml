@@ -24,9 +24,10 @@ PanelDialog {
     onClosed: form.clear()
 
     Label {
-        visible: dialog.form.guessed
-        text: "The security of this network could not be told. If it is WPA3, its password will do."
-        color: Theme.secondaryText
+        objectName: "obstacle"
+        visible: text !== ""
+        text: dialog.form.obstacle
+        color: Theme.danger
         wrapMode: Text.Wrap
         font.pixelSize: Theme.smallSize
         Layout.fillWidth: true

@@ -7,9 +7,12 @@
 #include <chrono>
 #include <cstddef>
 #include <deque>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
+#include <string>
 #include <vector>
 
 namespace kaz::wifi::client {
@@ -22,6 +25,12 @@ struct Snapshot {
     bool scanning = false;              ///< Manager::isScanning(); false while the supplicant does not run
     std::vector<WifiNetwork> networks;  ///< Manager::networks()
     ConnectionDetails connection;       ///< Manager::connectionDetails()
+    std::map<std::string, NetworkAccess> access{};  ///< Manager::networkAccess()
+
+    /// How many calls of Follower::ask() have been answered: all requests before them have been carried out.
+    unsigned answered = 0;
+    /// What failed of these requests, as far as no snapshot that was taken before told it.
+    std::set<RequestFailure> failures{};
 };
 
 /// Owns a Manager and keeps a snapshot for each of its callbacks, until the program takes it.
@@ -45,6 +54,10 @@ class Follower {
 
     /// For requests. Do not register callbacks: the follower has all of them. Must not be called after close().
     Manager& manager() { return *manager_; }
+
+    /// Calls Manager::whenCarriedOut(); a snapshot brings the answer. Returns the value that its `answered` will have. Must
+    /// not be called after close().
+    unsigned ask();
 
     /// Readable while a snapshot waits. Valid as long as the follower. Do not read from it.
     int fd() const { return wakeUp_.get(); }
@@ -76,10 +89,13 @@ class Follower {
         int fd_;
     };
 
-    void keep(Manager& manager);
+    void keep(Manager& manager, unsigned answered = 0, std::set<RequestFailure> failures = {});
+    void dropOldest();
 
     std::mutex mutex_;
     std::deque<Snapshot> waiting_;
+    unsigned asked_ = 0;
+    unsigned answered_ = 0;
     Descriptor wakeUp_;
     std::unique_ptr<Manager> manager_;  // the last member: its callbacks use the others until it is destroyed
 };

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <wifi/connection_details.h>
+#include <wifi/network_access.h>
 #include <wifi/types.h>
 
 #include <functional>
@@ -35,6 +36,12 @@ class Words {
 
     /// How a network is protected: "WPA2 personal".
     std::string security(SecurityMode mode) const;
+
+    /// The same of a network in range. For one that this device cannot join, what it asks for: "Enhanced Open".
+    std::string security(const NetworkAccess& access) const;
+
+    /// What would let this device join the network; empty if it can, or if nothing is known.
+    std::string advice(const NetworkAccess& access) const;
 
     /// The stage of the connection: "getting an address".
     std::string status(ConnectionInfo::Status status) const;

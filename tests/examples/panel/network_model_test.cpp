@@ -42,6 +42,16 @@ TEST(PanelNetworkModel, PutsTheNetworkInUseFirstAndRemembersItsSecurity) {
     EXPECT_EQ(model.data(model.index(0), NetworkModel::StageRole), 3);
 }
 
+TEST(PanelNetworkModel, SaysWhatANetworkAsksForThatCannotBeJoined) {
+    wifi::NetworkAccess closed;
+    closed.demands.owe = true;
+    NetworkModel model;
+    model.update({}, three, {{"Home", {{}, SecurityMode::sae}}, {"Attic", closed}});
+    EXPECT_EQ(model.data(model.index(0), NetworkModel::SecurityRole), "WPA3");
+    EXPECT_EQ(model.data(model.index(1), NetworkModel::SecurityRole), "Enhanced Open");
+    EXPECT_EQ(model.data(model.index(2), NetworkModel::SecurityRole), "WEP");
+}
+
 TEST(PanelNetworkModel, KeepsTheSignalWhileThatOfTheConnectionIsUnknown) {
     NetworkModel model;
     model.update({}, three);

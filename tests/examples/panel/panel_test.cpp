@@ -29,7 +29,7 @@ TEST_F(Panel, ListsTheNetworksStrongestFirstWithTheirNamesMadeHarmless) {
     startAndLookAround();
     EXPECT_EQ(detailOf("Home"), "WPA2");
     EXPECT_EQ(detailOf("Cafe Mirror"), "Open");
-    EXPECT_EQ(detailOf("Vault"), "WPA3 or other");
+    EXPECT_EQ(detailOf("Vault"), "WPA3");
     EXPECT_EQ(textOf("row:Home", "bars"), "4");
     EXPECT_EQ(textOf("row:Cellar", "bars"), "1");
     EXPECT_EQ(textOf("row:Home", "locked"), "true");

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <functional>
 #include <optional>
+#include <set>
 #include <vector>
 
 namespace kaz::test {
@@ -99,6 +100,56 @@ TEST_F(FollowerTest, SnapshotHasWhatTheGettersReturn) {
         takeUntil(follower, withoutHome);
     }
     EXPECT_TRUE(withoutHome({{}, true, true, false, follower.manager().networks(), {}}));
+}
+
+TEST_F(FollowerTest, SnapshotsTellWhatNetworksAskFor) {
+    start();
+    Follower follower;
+    takeUntil(follower, [](const Snapshot& now) { return now.running; });
+    follower.manager().scan();
+    const auto states =
+        takeUntil(follower, [](const Snapshot& now) { return now.access.contains("Future"); });
+    ASSERT_FALSE(states.empty());
+    EXPECT_EQ(states.back().access.at("Future").mode, wifi::SecurityMode::sae);
+    EXPECT_TRUE(states.back().access.at("Future").demands.sae);
+}
+
+TEST_F(FollowerTest, ASnapshotBringsTheAnswerWithWhatFailed) {
+    start();
+    Follower follower;
+    takeUntil(follower, [](const Snapshot& now) { return now.running; });
+    follower.manager().forgetNetwork("Nowhere");
+    const unsigned first = follower.ask();
+    const unsigned second = follower.ask();
+    EXPECT_LT(first, second);
+    const auto states = takeUntil(follower, [=](const Snapshot& now) { return now.answered == second; });
+    std::set<wifi::RequestFailure> failures;
+    for (Snapshot each : states) {
+        failures.merge(each.failures);
+        if (each.answered < first) {
+            EXPECT_TRUE(failures.empty());
+        }
+    }
+    EXPECT_EQ(failures, std::set{wifi::RequestFailure::unknownNetwork});
+}
+
+TEST_F(FollowerTest, NewestTellsWhatFailedBefore) {
+    start();
+    Follower follower;
+    takeUntil(follower, [](const Snapshot& now) { return now.running; });
+    follower.manager().forgetNetwork("Nowhere");
+    follower.ask();
+    const unsigned last = follower.ask();
+    std::optional<Snapshot> newest;
+    std::set<wifi::RequestFailure> failures;
+    ASSERT_TRUE(eventually([&] {
+        newest = follower.takeNewest();
+        if (newest) {
+            failures.merge(newest->failures);
+        }
+        return newest && newest->answered == last;
+    }));
+    EXPECT_EQ(failures, std::set{wifi::RequestFailure::unknownNetwork});
 }
 
 TEST_F(FollowerTest, DescriptorIsReadableOnlyWhileASnapshotWaits) {

@@ -102,6 +102,34 @@ TEST(Words, VerdictNamesTheRule) {
               "the settings are not valid");
 }
 
+TEST(Words, ANetworkThatCanBeJoinedIsNamedByItsMode) {
+    NetworkAccess access{{}, SecurityMode::sae};
+    access.demands.sae = access.demands.hashToElement = true;
+    EXPECT_EQ(Words().security(access), "WPA3 personal");
+    EXPECT_EQ(Words().advice(access), "");
+}
+
+TEST(Words, ANetworkThatCannotBeJoinedIsNamedByWhatItAsksFor) {
+    NetworkAccess access;
+    EXPECT_EQ(Words().security(access), "not supported");
+    EXPECT_EQ(Words().advice(access), "");
+    access.demands.sae = access.demands.hashToElement = true;
+    EXPECT_EQ(Words().security(access), "WPA3 with hash-to-element");
+    EXPECT_EQ(Words().advice(access), "sae_pwe=2 in the configuration of wpa_supplicant");
+    access.demands = {};
+    access.demands.owe = true;
+    EXPECT_EQ(Words().security(access), "Enhanced Open");
+    EXPECT_EQ(Words().advice(access), "WPA2 or WPA3 personal at the access point");
+    access.demands.adHoc = true;
+    EXPECT_EQ(Words().security(access), "ad-hoc mode");
+}
+
+TEST(Words, AdviceOnHashToElementIsThatOfTheList) {
+    Outcome ended = outcome(Cause::nothingInCommon);
+    ended.evidence.demands.hashToElement = true;
+    EXPECT_EQ(Words().advice(ended), "sae_pwe=2 in the configuration of wpa_supplicant");
+}
+
 TEST(Words, SecurityAndStatusHaveNames) {
     EXPECT_EQ(Words().security(SecurityMode::sae), "WPA3 personal");
     EXPECT_EQ(Words().security(static_cast<SecurityMode>(1000)), "not supported");
@@ -121,10 +149,12 @@ TEST(Words, TextsAreAllThatIsTranslated) {
     for (bool NetworkDemands::*demand :
          {&NetworkDemands::nothing, &NetworkDemands::wep, &NetworkDemands::wpaPsk, &NetworkDemands::rsnPsk,
           &NetworkDemands::rsnPskSha256, &NetworkDemands::sae, &NetworkDemands::enterprise,
-          &NetworkDemands::owe, &NetworkDemands::hashToElement, &NetworkDemands::adHoc}) {
+          &NetworkDemands::owe, &NetworkDemands::hashToElement, &NetworkDemands::adHoc,
+          &NetworkDemands::other}) {
         Outcome ended = outcome(Cause::nothingInCommon);
         ended.evidence.demands.*demand = true;
         words.cause(ended);
+        words.advice(NetworkAccess{ended.evidence.demands, SecurityMode::unsupported});
     }
     for (int verdict = 0; verdict <= lastVerdict + 1; ++verdict) {
         words.verdict(static_cast<ConnectResult>(verdict), SecurityMode::rsnPsk);

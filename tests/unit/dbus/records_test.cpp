@@ -136,18 +136,19 @@ TEST_F(Records, LeaveLenientFieldsOfAnotherTypeEmptyAndKeepTheOthers) {
                          "ay", 1, 1, "Mode", "v", "s", "ad-hoc", "Signal", "n", -42, "Frequency", "a{sv}", 0);
     EXPECT_FALSE(bss.bssid.value || bss.frequency.value || bss.rates.value || bss.mode.value);
     EXPECT_EQ(bss.signal, -42);
-    const auto interface =
-        decoded<SupplicantInterfaceProperties>("a{sv}", 4, "AuthStatusCode", "u", 17U, "AssocStatusCode", "s",
-                                               "17", "CurrentAuthMode", "i", 1, "State", "s", "scanning");
+    const auto interface = decoded<SupplicantInterfaceProperties>(
+        "a{sv}", 5, "AuthStatusCode", "u", 17U, "AssocStatusCode", "s", "17", "CurrentAuthMode", "i", 1,
+        "SaePwe", "i", 2, "State", "s", "scanning");
     EXPECT_FALSE(interface.authStatusCode.value || interface.assocStatusCode.value ||
-                 interface.currentAuthMode.value);
+                 interface.currentAuthMode.value || interface.saePwe.value);
     EXPECT_EQ(interface.state, "scanning");
 }
 
 TEST_F(Records, OfASupplicantInterfaceTakeItsStatusCodes) {
     const auto record =
-        decoded<SupplicantInterfaceProperties>("a{sv}", 3, "AuthStatusCode", "i", 17, "AssocStatusCode", "i",
-                                               -1, "CurrentAuthMode", "s", "WPA2-PSK");
+        decoded<SupplicantInterfaceProperties>("a{sv}", 4, "AuthStatusCode", "i", 17, "AssocStatusCode", "i",
+                                               -1, "CurrentAuthMode", "s", "WPA2-PSK", "SaePwe", "s", "2");
+    EXPECT_EQ(record.saePwe.value, "2");
     EXPECT_EQ(record.authStatusCode.value, 17);
     EXPECT_EQ(record.assocStatusCode.value, -1);
     EXPECT_EQ(record.currentAuthMode.value, "WPA2-PSK");

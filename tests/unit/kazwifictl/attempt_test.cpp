@@ -28,10 +28,10 @@ struct Event {
 
 Event connection(int ms, Status status, const std::string& ssid = "Home", int signal = wifi::NoSignaldBm) {
     return {ms, [=](Snapshot& now) {
-                now.connection = {};
-                now.connection.status = status;
-                now.connection.ssid = ssid;
-                now.connection.signal = signal;
+                now.connection.info = {};
+                now.connection.info.status = status;
+                now.connection.info.ssid = ssid;
+                now.connection.info.signal = signal;
             }};
 }
 
@@ -41,11 +41,11 @@ Event connecting(int ms) {
 
 Event disconnected(int ms) {
     return {ms, [](Snapshot& now) {
-                now.connection = {};
-                now.connection.disconnectSsid = "Home";
-                now.connection.disconnectReason = ConnectionInfo::DisconnectReason::causedBySystem;
-                now.lastOutcome.ssid = "Home";
-                now.lastOutcome.cause = wifi::Cause::wrongKey;
+                now.connection.info = {};
+                now.connection.info.disconnectSsid = "Home";
+                now.connection.info.disconnectReason = ConnectionInfo::DisconnectReason::causedBySystem;
+                now.connection.lastOutcome.ssid = "Home";
+                now.connection.lastOutcome.cause = wifi::Cause::wrongKey;
             }};
 }
 

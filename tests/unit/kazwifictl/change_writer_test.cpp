@@ -35,7 +35,7 @@ class ChangeWriterTest : public testing::Test {
 };
 
 TEST_F(ChangeWriterTest, BeginsWithEverythingThatIsSo) {
-    now.connection = connectedTo("Home", -50);
+    now.connection.info = connectedTo("Home", -50);
     now.networks = {network("Office", -60, SecurityMode::rsnPsk, true)};
     now.scanning = true;
     EXPECT_EQ(ChangeWriter(plain).begin(now, time),
@@ -61,7 +61,7 @@ TEST_F(ChangeWriterTest, TellsEveryKindOfChange) {
     std::swap(before, now);
     EXPECT_EQ(text(now), "22:13:20.123  scan        ended\n");
     before = now;
-    ConnectionInfo& info = now.connection;
+    ConnectionInfo& info = now.connection.info;
     info.status = ConnectionInfo::Status::connectingIP;
     info.ssid = "Home";
     info.signal = wifi::NoSignaldBm;
@@ -89,7 +89,7 @@ TEST_F(ChangeWriterTest, TellsHowTheListChangedNotTheWholeList) {
 }
 
 TEST_F(ChangeWriterTest, IsSilentAboutWhatStaysTheSame) {
-    before.connection = now.connection = connectedTo("Home", -50);
+    before.connection.info = now.connection.info = connectedTo("Home", -50);
     before.networks = now.networks = {network("Office", -60, SecurityMode::rsnPsk, true)};
     before.scanning = now.scanning = true;
     EXPECT_EQ(text(now), "");
@@ -98,18 +98,18 @@ TEST_F(ChangeWriterTest, IsSilentAboutWhatStaysTheSame) {
 }
 
 TEST_F(ChangeWriterTest, NewsLeaveOutADisconnectionThatFollowsFromWifiOff) {
-    before.connection = connectedTo("Home", -50);
+    before.connection.info = connectedTo("Home", -50);
     now.running = false;
     EXPECT_EQ(ChangeWriter(plain).news(before, now, time),
               "22:13:20.123  wifi        on, wpa_supplicant does not run\n");
     before = now;
     now.running = true;
-    now.connection.disconnectSsid = "Home";
-    now.connection.disconnectReason = ConnectionInfo::DisconnectReason::causedBySystem;
+    now.connection.info.disconnectSsid = "Home";
+    now.connection.info.disconnectReason = ConnectionInfo::DisconnectReason::causedBySystem;
     EXPECT_EQ(ChangeWriter(plain).news(before, now, time),
               "22:13:20.123  wifi        on, wpa_supplicant runs\n");
     before = now;
-    now.connection = connectedTo("Home", -50);
+    now.connection.info = connectedTo("Home", -50);
     EXPECT_EQ(ChangeWriter(plain).news(before, now, time),
               "22:13:20.123  connection  connected to \"Home\", #### -50 dBm\n");
     EXPECT_EQ(ChangeWriter(plain).news(now, before, time),

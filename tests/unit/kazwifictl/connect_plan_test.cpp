@@ -76,14 +76,27 @@ TEST(ConnectPlan, FollowsFromWhatIsKnownAndAskedFor) {
     }
 }
 
+TEST(ConnectPlan, TakesTheModeThatJoinsTheNetworkOrSaysWhatItAsksFor) {
+    Snapshot view = someView();
+    view.networks.push_back(network("Future", -60, SecurityMode::unsupported));
+    view.networks.push_back(network("Closed", -60, SecurityMode::unsupported));
+    view.access["Future"] = {{}, SecurityMode::sae};
+    view.access["Closed"].demands.owe = true;
+    EXPECT_EQ(nameOfPlan(planConnect("Future", {}, view, false)), "settings 4");
+    const ConnectPlan plan = planConnect("Closed", {}, view, false);
+    EXPECT_EQ(nameOfPlan(plan), "refused: it asks for Enhanced Open, which this device lacks");
+    EXPECT_EQ(std::get<Failure>(plan).advice, "WPA2 or WPA3 personal at the access point");
+    EXPECT_EQ(nameOfPlan(planConnect("Closed", given({"--security", "wpa2"}), view, false)), "settings 3");
+}
+
 TEST(ConnectPlan, LeavesAConnectionAloneThatIsThere) {
     Snapshot view = someView();
-    view.connection = connectedTo("Mine", -40);
+    view.connection.info = connectedTo("Mine", -40);
     EXPECT_EQ(nameOfPlan(planConnect("Mine", {}, view, false)), "already");
     EXPECT_EQ(nameOfPlan(planConnect("Mine", given({"--password-file", "-"}), view, false)),
               "usage: the list does not show the security of the network in use");
     EXPECT_EQ(nameOfPlan(planConnect("Mine", given({"--security", "wpa2"}), view, false)), "settings 3");
-    view.connection.status = wifi::ConnectionInfo::Status::connectingIP;
+    view.connection.info.status = wifi::ConnectionInfo::Status::connectingIP;
     EXPECT_EQ(nameOfPlan(planConnect("Mine", {}, view, false)), "saved");
 }
 

@@ -29,9 +29,9 @@ TEST(Documents, DescribeNetworks) {
     const auto rows = networkRows({network("Café", -60, SecurityMode::sae, true)}, connectedTo("Home", -48));
     EXPECT_EQ(
         oneLine(networksJson(rows)),
-        R"([{"ssid":"Home","ssid_hex":"486f6d65","signal_dbm":-48,"bars":4,"security":null,"saved":true,)"
+        R"([{"ssid":"Home","ssid_hex":"486f6d65","signal_dbm":-48,"bars":4,"security":null,"obstacle":null,"saved":true,)"
         R"("status":"connected"},{"ssid":"Caf\u00e9","ssid_hex":"436166c3a9","signal_dbm":-60,"bars":3,)"
-        R"("security":"wpa3","saved":true,"status":"disconnected"}])"
+        R"("security":"wpa3","obstacle":null,"saved":true,"status":"disconnected"}])"
         "\n");
 }
 
@@ -74,13 +74,13 @@ class ConnectReportTest : public testing::Test {
         before.running = true;
         Snapshot now = before;
         now.time = start;
-        ConnectionInfo& info = now.connection;
+        ConnectionInfo& info = now.connection.info;
         info.status = ConnectionInfo::Status::connectingWifi;
         info.ssid = "Home";
         attempt.see(before, now);
         before = now;
         info.status = status;
-        now.lastOutcome = why;
+        now.connection.lastOutcome = why;
         info.ssid = status == ConnectionInfo::Status::disconnected ? "" : "Home";
         now.time = start + after;
         attempt.see(before, now);

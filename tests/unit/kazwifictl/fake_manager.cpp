@@ -311,6 +311,11 @@ std::vector<WifiNetwork> Manager::networks() {
     return impl_->read(&ManagerImpl::networks);
 }
 
+std::map<std::string, NetworkAccess> Manager::networkAccess() const {
+    const std::lock_guard lock(impl_->world.mutex);
+    return impl_->world.access;
+}
+
 void Manager::onNetworksListChanged(std::function<void()> callback) {
     impl_->listen(&ManagerImpl::onNetworks, std::move(callback));
 }

@@ -45,6 +45,7 @@ struct FakeWorld : NonCopyable {
     bool resultsReachNobody = false;  // whether a Manager that scanned keeps its old list
     std::vector<wifi::WifiNetwork> inRange;
     std::vector<wifi::WifiNetwork> foundByScan;  // also in range after a scan
+    std::map<std::string, wifi::NetworkAccess> access;
     std::set<std::string> saved;
     Info connection;
     std::map<std::string, std::vector<Step>> afterConnect;

@@ -98,6 +98,21 @@ TEST(NetworkTable, TakesANetworkThatIsBothListedAndInUseAsOne) {
     EXPECT_TRUE(rows.front().saved);
 }
 
+TEST(NetworkTable, NamesWhatANetworkAsksForThatCannotBeJoined) {
+    wifi::NetworkAccess closed;
+    closed.demands.owe = true;
+    const Accesses accesses{
+        {"Cafe", closed}, {"Future", {{}, SecurityMode::sae}}, {"Home", {{}, SecurityMode::rsnPsk}}};
+    const auto rows = networkRows(
+        {network("Cafe", -60, SecurityMode::unsupported), network("Future", -61, SecurityMode::unsupported)},
+        connectedTo("Home", -47), accesses);
+    EXPECT_EQ(networkTable(rows, plain),
+              "  SSID    SIGNAL         SECURITY       STATE\n"
+              "* Home    ▂▄▆█  -47 dBm  WPA2 personal  connected\n"
+              "  Cafe    ▂▄▆_  -60 dBm  Enhanced Open\n"
+              "  Future  ▂▄▆_  -61 dBm  WPA3 personal\n");
+}
+
 TEST(NetworkTable, SaysWhenThereIsNothing) {
     EXPECT_EQ(networkTable({}, plain), "No networks in range.\n");
 }

@@ -49,7 +49,7 @@ TEST(Completion, OffersWhatMayComeNext) {
     view.networks = {
         network("Cafe", -60, SecurityMode::none), network("Cafe Two", -61, SecurityMode::none, true),
         network("\x1b[31m", -40, SecurityMode::none), network("Home", -70, SecurityMode::rsnPsk)};
-    view.connection = connectedTo("Campus", -50);
+    view.connection.info = connectedTo("Campus", -50);
     const std::vector<std::tuple<Words, std::string, Words>> cases{
         {{}, "sc", {"scan"}},
         {{}, "o", {"on", "off"}},

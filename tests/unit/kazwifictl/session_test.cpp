@@ -63,7 +63,7 @@ TEST_F(SessionTest, HasTheWholeFirstStateAfterItsEnd) {
         Session session(interrupts);
         ASSERT_EQ(session.start(generous, true), Session::Start::running);
         session.close();
-        EXPECT_EQ(session.latest().connection.ssid, "Home");
+        EXPECT_EQ(session.latest().connection.info.ssid, "Home");
         EXPECT_EQ(session.latest().networks.size(), 1U);
     }
 }
@@ -90,7 +90,7 @@ TEST_F(SessionTest, KnowsWhatIsInUseHoweverLateTheSupplicantIsFollowed) {
         Session session(interrupts);
         EXPECT_EQ(session.start(generous, patient), Session::Start::running);
         session.close();
-        EXPECT_EQ(session.latest().connection.ssid, "Home");
+        EXPECT_EQ(session.latest().connection.info.ssid, "Home");
         EXPECT_TRUE(session.latest().networks.empty());
     }
 }

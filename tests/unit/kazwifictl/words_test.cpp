@@ -77,5 +77,15 @@ TEST(SignalStrength, IsUnknownWhereTheLibraryKnowsNone) {
     EXPECT_EQ(knownSignal(-50), -50);
 }
 
+TEST(Words, NameTheObstacle) {
+    wifi::NetworkAccess access;
+    EXPECT_EQ(obstacleName(access), "other");
+    access.demands.sae = true;
+    access.demands.hashToElement = true;
+    EXPECT_EQ(obstacleName(access), "hash-to-element");
+    access.mode = wifi::SecurityMode::sae;
+    EXPECT_EQ(obstacleName(access), "");
+}
+
 }  // namespace
 }  // namespace kaz::ctl

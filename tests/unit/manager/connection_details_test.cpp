@@ -173,6 +173,20 @@ TEST_F(Details, JoinWhatTheAccessPointsOfANetworkDemand) {
     EXPECT_EQ(outcome().evidence.signal, -50);
 }
 
+TEST_F(Details, SayForCertainThatTheSupplicantLacksHashToElement) {
+    Bss modern{"Home", -50, SecurityMode::unsupported};
+    modern.demands.sae = modern.demands.hashToElement = true;
+    reportBssList({modern});
+    SupplicantReport ability;
+    ability.hashToElement = false;
+    report(ability);
+    ConnectionSettings settings = settingsFor("Home", SecurityMode::sae);
+    ASSERT_EQ(engine->connect(settings), ConnectResult::ok);
+    runUntilIdle();
+    timeOut();
+    expect("Home", Stage::requested, Cause::nothingInCommon, Certainty::certain);
+}
+
 TEST_F(Details, SayThatTheRequestWasRefused) {
     for (const char* operation : {"addNetworkSync", "selectSync"}) {
         stack->failing = {operation};

@@ -117,6 +117,7 @@ TEST_F(Manager, ManagerForwardsScanAndNetworks) {
     EXPECT_EQ(scanChanges, 1);
     EXPECT_EQ(manager->networks(),
               (std::vector<wifi::WifiNetwork>{{"Home", -50, SecurityMode::none, false}}));
+    EXPECT_EQ(manager->networkAccess().at("Home").mode, SecurityMode::none);
     EXPECT_EQ(listChanges, 1);
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <random>
+#include <utility>
 
 namespace kaz::test {
 namespace {
@@ -139,6 +140,62 @@ TEST_F(NetworkList, NetworkBeingConnectedToIsNotListed) {
     engine->connectConfigured("B");
     runUntilIdle();
     EXPECT_EQ(engine->networks(), (Networks{{"A", -70, none, false}}));
+}
+
+Bss demanding(const std::string& ssid, std::vector<bool wifi::NetworkDemands::*> demands,
+              SecurityMode announced = SecurityMode::unsupported) {
+    Bss bss{ssid, -50, announced};
+    for (bool wifi::NetworkDemands::*demand : demands) {
+        bss.demands.*demand = true;
+    }
+    return bss;
+}
+
+using Demands = wifi::NetworkDemands;
+
+TEST_F(NetworkList, AccessTellsWhatEachNetworkAsksForAndTheModeThatJoinsIt) {
+    publish({demanding("Future", {&Demands::sae}), demanding("Cafe", {&Demands::owe}),
+             demanding("Home", {&Demands::rsnPsk}, rsnPsk), demanding("Home", {&Demands::sae}),
+             demanding("", {&Demands::sae})});
+    const auto access = engine->networkAccess();
+    ASSERT_EQ(access.size(), 3U);
+    EXPECT_EQ(access.at("Future").mode, SecurityMode::sae);
+    EXPECT_EQ(access.at("Cafe").mode, SecurityMode::unsupported);
+    EXPECT_TRUE(access.at("Cafe").demands.owe);
+    EXPECT_EQ(access.at("Home").mode, rsnPsk);
+    EXPECT_TRUE(access.at("Home").demands.rsnPsk && access.at("Home").demands.sae);
+}
+
+TEST_F(NetworkList, AccessToTheNetworkInUseIsTold) {
+    publish({demanding("Future", {&Demands::sae})});
+    reportLinkUp("Future");
+    runUntilIdle();
+    EXPECT_TRUE(engine->networks().empty());
+    EXPECT_EQ(engine->networkAccess().at("Future").mode, SecurityMode::sae);
+}
+
+TEST_F(NetworkList, AccessIsPublishedBeforeTheCallbackOfTheListAndHasNoneItself) {
+    SecurityMode seen = SecurityMode::none;
+    engine->onNetworksListChanged([&] { seen = engine->networkAccess().at("A").mode; });
+    publish({demanding("A", {&Demands::sae})});
+    EXPECT_EQ(seen, SecurityMode::sae);
+    publish({demanding("A", {&Demands::owe})});
+    EXPECT_EQ(seen, SecurityMode::sae);
+    EXPECT_EQ(engine->networkAccess().at("A").mode, SecurityMode::unsupported);
+}
+
+TEST_F(NetworkList, HashToElementCountsAsAnObstacleOnceTheSupplicantSaysThatItLacksIt) {
+    publish({demanding("A", {&Demands::sae, &Demands::hashToElement})});
+    EXPECT_EQ(engine->networkAccess().at("A").mode, SecurityMode::sae);
+    for (const auto& [able, mode] :
+         {std::pair{false, SecurityMode::unsupported}, std::pair{true, SecurityMode::sae}}) {
+        SupplicantReport ability;
+        ability.hashToElement = able;
+        report(ability);
+        runUntilIdle();
+        EXPECT_EQ(engine->networkAccess().at("A").mode, mode);
+    }
+    EXPECT_EQ(takeCalls(), Calls{}) << "the supplicant is not asked";
 }
 
 TEST_F(NetworkList, ListIsEmptyWhenOnlyTheNetworkInUseIsInRange) {

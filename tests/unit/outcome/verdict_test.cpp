@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -166,6 +167,18 @@ INSTANTIATE_TEST_SUITE_P(
                  .with([](Facts& f) { f.evidence.demands.adHoc = true; })
                  .facts,
              certain(Cause::nothingInCommon)},
+        Rule{"TheSupplicantLacksTheHashToElementThatItDemands",
+             FactsBuilder()
+                 .seen(&NetworkDemands::hashToElement)
+                 .with([](Facts& f) { f.hashToElement = false; })
+                 .facts,
+             certain(Cause::nothingInCommon)},
+        Rule{"TheSupplicantHasTheHashToElementThatItDemands",
+             FactsBuilder()
+                 .seen(&NetworkDemands::hashToElement)
+                 .with([](Facts& f) { f.hashToElement = true; })
+                 .facts,
+             unexplained},
         Rule{"AConfiguredOneWasSeenAndNotTried", FactsBuilder().seen(&NetworkDemands::sae).scanned().facts,
              probable(Cause::nothingInCommon)}),
     ruleName);
@@ -195,6 +208,20 @@ INSTANTIATE_TEST_SUITE_P(
                  .authentication(1)
                  .facts,
              probable(Cause::nothingInCommon)},
+        Rule{"SaeRefusedByASupplicantThatLacksTheDemandedHashToElement",
+             searching(SecurityMode::sae)
+                 .seen(&NetworkDemands::hashToElement)
+                 .with([](Facts& f) { f.hashToElement = false; })
+                 .authentication(1)
+                 .facts,
+             certain(Cause::nothingInCommon)},
+        Rule{"WrongSaePasswordThroughHashToElement",
+             searching(SecurityMode::sae)
+                 .seen(&NetworkDemands::hashToElement)
+                 .with([](Facts& f) { f.hashToElement = true; })
+                 .authentication(1, true)
+                 .facts,
+             certain(Cause::wrongKey)},
         Rule{"KeyManagementNotValid", searching().association(43).facts, certain(Cause::nothingInCommon)},
         Rule{"ProtectionOfManagementFramesDemanded", searching().association(31).facts,
              certain(Cause::nothingInCommon)},
@@ -307,6 +334,62 @@ TEST(AnyCodes, GiveACause) {
         }
     }
 }
+
+struct Choice {
+    const char* name;
+    SecurityMode announced;
+    std::vector<bool NetworkDemands::*> demands;
+    std::optional<bool> hashToElement;
+    SecurityMode mode;
+};
+
+void PrintTo(const Choice& choice, std::ostream* out) {
+    *out << choice.name;
+}
+
+class ModeToJoin : public ::testing::TestWithParam<Choice> {};
+
+TEST_P(ModeToJoin, IsOneThatMeetsTheDemands) {
+    const Choice& choice = GetParam();
+    NetworkDemands demands;
+    for (bool NetworkDemands::*demand : choice.demands) {
+        demands.*demand = true;
+    }
+    EXPECT_EQ(modeToJoin(choice.announced, demands, choice.hashToElement), choice.mode);
+}
+
+using D = NetworkDemands;
+INSTANTIATE_TEST_SUITE_P(
+    All, ModeToJoin,
+    ::testing::Values(
+        Choice{"AsAnnounced", SecurityMode::rsnPsk, {&D::rsnPsk, &D::sae}, {}, SecurityMode::rsnPsk},
+        Choice{"WithoutDemandsAsAnnounced", SecurityMode::wep, {}, {}, SecurityMode::wep},
+        Choice{"Wpa3Only", SecurityMode::unsupported, {&D::sae}, false, SecurityMode::sae},
+        Choice{"HashToElement",
+               SecurityMode::unsupported,
+               {&D::sae, &D::hashToElement},
+               true,
+               SecurityMode::sae},
+        Choice{"PerhapsHashToElement",
+               SecurityMode::unsupported,
+               {&D::sae, &D::hashToElement},
+               {},
+               SecurityMode::sae},
+        Choice{"NoHashToElement",
+               SecurityMode::unsupported,
+               {&D::sae, &D::hashToElement},
+               false,
+               SecurityMode::unsupported},
+        Choice{"Sha256Only", SecurityMode::rsnPsk, {&D::rsnPskSha256}, {}, SecurityMode::unsupported},
+        Choice{"EnhancedOpen", SecurityMode::unsupported, {&D::owe}, {}, SecurityMode::unsupported},
+        Choice{"SuiteB", SecurityMode::unsupported, {&D::other}, {}, SecurityMode::unsupported},
+        Choice{"AnAccessPointOfAnotherKindIsOpen",
+               SecurityMode::unsupported,
+               {&D::owe, &D::nothing},
+               {},
+               SecurityMode::none},
+        Choice{"AdHoc", SecurityMode::none, {&D::nothing, &D::adHoc}, {}, SecurityMode::unsupported}),
+    [](const auto& instance) { return std::string(instance.param.name); });
 
 }  // namespace
 }  // namespace kaz::wifi

@@ -19,7 +19,7 @@ void Attempt::see(const Snapshot& before, const Snapshot& now) {
     if (!outcome_ && now.scanning != before.scanning) {
         seeScanning(now.scanning, now.time);
     }
-    if (!outcome_ && now.connection != before.connection) {
+    if (!outcome_ && now.connection.info != before.connection.info) {
         seeConnection(now);
     }
 }
@@ -50,7 +50,7 @@ void Attempt::seeScanning(bool scanning, Clock::time_point time) {
 }
 
 void Attempt::seeConnection(const Snapshot& now) {
-    const ConnectionInfo& info = now.connection;
+    const ConnectionInfo& info = now.connection.info;
     const Clock::time_point time = now.time;
     const bool ours = info.ssid == ssid_;
     if (!begun()) {
@@ -62,12 +62,12 @@ void Attempt::seeConnection(const Snapshot& now) {
         return;
     }
     if (info.status == Status::disconnected) {
-        failure_ = now.lastOutcome;
+        failure_ = now.connection.lastOutcome;
         end(linkIsUp() ? Outcome::lost : Outcome::failed, time);
         return;
     }
     if (!ours) {
-        failure_ = now.lastOutcome;
+        failure_ = now.connection.lastOutcome;
         otherSsid_ = info.ssid;
         end(Outcome::other, time);
         return;

@@ -30,13 +30,22 @@ std::string localTime(WallClock::time_point time) {
         "{:%T}", std::chrono::floor<std::chrono::milliseconds>(time + std::chrono::seconds(parts.tm_gmtoff)));
 }
 
-std::string differences(const WifiNetwork& before, const WifiNetwork& now) {
+struct Listed {
+    WifiNetwork network;
+    wifi::NetworkAccess access;
+
+    friend bool operator==(const Listed&, const Listed&) = default;
+};
+
+std::string differences(const Listed& was, const Listed& is) {
+    const WifiNetwork& before = was.network;
+    const WifiNetwork& now = is.network;
     std::string text;
     if (before.signal != now.signal) {
         text += fmt::format(", was {} dBm", before.signal);
     }
-    if (before.securityMode != now.securityMode) {
-        text += fmt::format(", was {}", securityInWords(before.securityMode));
+    if (was.access != is.access) {
+        text += fmt::format(", was {}", securityInWords(was.access));
     }
     if (before.configured != now.configured) {
         text += before.configured ? ", was saved" : ", was not saved";
@@ -86,26 +95,33 @@ class Lines {
     void networks(const Snapshot& before, const Snapshot& now) {
         for (const WifiNetwork& each : before.networks) {
             if (now.find(each.ssid) == nullptr) {
-                network('-', "disappeared", each, {});
+                network('-', "disappeared", {each, before.accessTo(each)}, {});
             }
         }
         for (const WifiNetwork& each : now.networks) {
-            const WifiNetwork* was = before.find(each.ssid);
-            if (was == nullptr) {
-                network('+', "appeared", each, {});
-            } else if (*was != each) {
-                network('~', "changed", each, differences(*was, each));
+            const WifiNetwork* known = before.find(each.ssid);
+            const Listed is{each, now.accessTo(each)};
+            if (known == nullptr) {
+                network('+', "appeared", is, {});
+            } else if (const Listed was{*known, before.accessTo(*known)}; was != is) {
+                network('~', "changed", is, differences(was, is));
             }
         }
     }
 
   private:
-    void network(char mark, std::string_view change, const WifiNetwork& network, const std::string& was) {
+    void network(char mark, std::string_view change, const Listed& listed, const std::string& was) {
+        const WifiNetwork& network = listed.network;
         Json json{{"change", change}};
-        json.update(networkJson({network.ssid, network.signal, network.securityMode, network.configured}));
+        json.update(networkJson({network.ssid,
+                                 network.signal,
+                                 listed.access.mode,
+                                 network.configured,
+                                 {},
+                                 listed.access.demands}));
         add("network",
             fmt::format("{} {}  {}  {}{}{}", mark, output_.name(network.ssid), output_.signal(network.signal),
-                        securityInWords(network.securityMode), network.configured ? ", saved" : "", was),
+                        securityInWords(listed.access), network.configured ? ", saved" : "", was),
             json);
     }
 
@@ -130,7 +146,7 @@ std::string ChangeWriter::begin(const Snapshot& now, WallClock::time_point time)
     Lines lines(output_, time);
     lines.power(now);
     if (now.running) {
-        lines.connection(now.connection);
+        lines.connection(now.connection.info);
     }
     if (now.scanning) {
         lines.scanning(true);
@@ -144,8 +160,8 @@ std::string ChangeWriter::change(const Snapshot& before, const Snapshot& now, Wa
     if (powerChanged(before, now)) {
         lines.power(now);
     }
-    if (now.connection != before.connection) {
-        lines.connection(now.connection);
+    if (now.connection.info != before.connection.info) {
+        lines.connection(now.connection.info);
     }
     // No line for a scan that ended because the supplicant stopped.
     if (now.scanning != before.scanning && now.running) {
@@ -161,9 +177,9 @@ std::string ChangeWriter::news(const Snapshot& before, const Snapshot& now, Wall
         lines.power(now);
     }
     // No line for a connection that ended because Wi-Fi was switched off, or for the empty record of a new supplicant.
-    if (now.connection != before.connection && now.running &&
+    if (now.connection.info != before.connection.info && now.running &&
         !(before.isDisconnected() && now.isDisconnected())) {
-        lines.connection(now.connection);
+        lines.connection(now.connection.info);
     }
     return lines.text();
 }

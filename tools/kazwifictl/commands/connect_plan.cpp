@@ -1,5 +1,8 @@
 #include "kazwifictl/commands/connect_plan.h"
 
+#include <fmt/format.h>
+#include <wifi/client/words.h>
+
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -45,10 +48,21 @@ std::optional<Failure> conflict(const ConnectOptions& options, SecurityMode mode
     return std::nullopt;
 }
 
+// Why this device cannot join a network in range.
+std::optional<Failure> obstacle(const wifi::NetworkAccess& access) {
+    if (obstacleName(access).empty()) {
+        return std::nullopt;
+    }
+    return Failure{ExitCode::refused,
+                   {},
+                   fmt::format("it asks for {}, which this device lacks", securityInWords(access)),
+                   wifi::client::Words().advice(access)};
+}
+
 // The caller sets `what` of a Failure.
-ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options, const WifiNetwork* network,
-                         bool looked) {
-    const bool known = options.security || network != nullptr;
+ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options,
+                         const std::optional<wifi::NetworkAccess>& access, bool looked) {
+    const bool known = options.security || access;
     if (!known && options.hidden) {
         return Failure{ExitCode::usage,
                        {},
@@ -62,7 +76,12 @@ ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options,
                                             "kazwifictl list, or --hidden --security WORD"})
                       : LookFirst{};
     }
-    const SecurityMode mode = options.security ? *options.security : network->securityMode;
+    if (!options.security) {
+        if (const auto failure = obstacle(*access)) {
+            return *failure;
+        }
+    }
+    const SecurityMode mode = options.security ? *options.security : access->mode;
     if (const auto failure = conflict(options, mode)) {
         return *failure;
     }
@@ -82,6 +101,7 @@ ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options,
 ConnectPlan planConnect(const std::string& ssid, const ConnectOptions& options, const Snapshot& view,
                         bool looked) {
     const WifiNetwork* network = view.find(ssid);
+    const auto access = network == nullptr ? std::nullopt : std::optional(view.accessTo(*network));
     const bool current = view.isInUse(ssid);
     if (options.describesNetwork()) {
         if (current && !options.security) {
@@ -90,14 +110,15 @@ ConnectPlan planConnect(const std::string& ssid, const ConnectOptions& options, 
                            "the list does not show the security of the network in use",
                            "--security WORD"};
         }
-        return withSettings(ssid, options, network, looked);
+        return withSettings(ssid, options, access, looked);
     }
     if (current) {
-        return view.connection.status == ConnectionInfo::Status::connected ? ConnectPlan(AlreadyConnected{})
-                                                                           : UseSaved{true};
+        return view.connection.info.status == ConnectionInfo::Status::connected
+                   ? ConnectPlan(AlreadyConnected{})
+                   : UseSaved{true};
     }
     if (network != nullptr) {
-        return network->configured ? UseSaved{true} : withSettings(ssid, options, network, looked);
+        return network->configured ? UseSaved{true} : withSettings(ssid, options, access, looked);
     }
     // The network may be saved, and out of range or hidden. Only an attempt shows it.
     return looked ? ConnectPlan(UseSaved{false}) : LookFirst{};

@@ -34,9 +34,10 @@ Report disconnectFrom(const Options& /*options*/, Workspace& place, Output& outp
     session.manager().disconnect();
     place.carryOutAndFinish();
     Json members{{"changed", true}};
-    members.update(ssidMembers(before.connection.ssid));
-    return {fmt::format("Disconnected from {}.\n", quoted(before.connection.ssid, output.terminal().utf8)),
-            members, std::nullopt};
+    members.update(ssidMembers(before.connection.info.ssid));
+    return {
+        fmt::format("Disconnected from {}.\n", quoted(before.connection.info.ssid, output.terminal().utf8)),
+        members, std::nullopt};
 }
 
 Report forgetNetwork(const Options& options, Workspace& place, Output& output) {

@@ -22,7 +22,7 @@ std::string namesText(const std::vector<NetworkRow>& rows) {
 }
 
 Report listReport(const Snapshot& view, const Options& options, const Output& output) {
-    std::vector<NetworkRow> rows = networkRows(view.networks, view.connection);
+    std::vector<NetworkRow> rows = networkRows(view.networks, view.connection.info, view.access);
     if (options.savedOnly) {
         std::erase_if(rows, [](const NetworkRow& row) { return !row.saved; });
     }

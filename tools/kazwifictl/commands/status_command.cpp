@@ -29,7 +29,7 @@ std::string connectionText(const ConnectionInfo& info, const Output& output) {
 }
 
 std::string statusText(const Snapshot& view, const Output& output, Clock::time_point now) {
-    const ConnectionInfo& info = view.connection;
+    const ConnectionInfo& info = view.connection.info;
     std::string text = fmt::format("Wi-Fi               {}\n", powerText(view));
     if (!view.running) {
         return text;
@@ -59,7 +59,7 @@ Report showStatus(const Options& /*options*/, Workspace& place, Output& output) 
                   {{"enabled", view.enabled},
                    {"running", view.running},
                    {"scanning", view.scanning},
-                   {"connection", connectionJson(view.connection, now)}},
+                   {"connection", connectionJson(view.connection.info, now)}},
                   std::nullopt};
     if (view.enabled && !view.running) {
         report.failure = noStack("Wi-Fi does not work", view, place.log().hints());

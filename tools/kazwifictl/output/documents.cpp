@@ -61,6 +61,9 @@ Json networkJson(const NetworkRow& row) {
     json["signal_dbm"] = orNull(row.dBm);
     json["bars"] = row.dBm ? Json(barsOf(*row.dBm)) : Json();
     json["security"] = row.security ? Json(securityName(*row.security)) : Json();
+    const std::string_view obstacle =
+        row.security ? obstacleName({row.demands, *row.security}) : std::string_view();
+    json["obstacle"] = obstacle.empty() ? Json() : Json(obstacle);
     json["saved"] = row.saved;
     json["status"] = statusName(row.status);
     return json;

@@ -10,7 +10,7 @@ namespace {
 
 std::vector<std::string> ssids(const Snapshot& view, bool savedOnly) {
     std::vector<std::string> names;
-    for (const NetworkRow& row : networkRows(view.networks, view.connection)) {
+    for (const NetworkRow& row : networkRows(view.networks, view.connection.info)) {
         if (isPlain(row.ssid) && (row.saved || !savedOnly)) {
             names.push_back(row.ssid);
         }

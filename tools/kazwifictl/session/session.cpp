@@ -27,54 +27,15 @@ int millisecondsUntil(Clock::time_point deadline) {
                                 : std::chrono::ceil<std::chrono::milliseconds>(deadline - now).count());
 }
 
-Snapshot snapshotOf(wifi::Manager& manager) {
-    const bool running =
-        manager.isWifiStackInitialized();  // a supplicant that stops ends its scan without a callback
-    wifi::ConnectionDetails details = manager.connectionDetails();
-    return {Clock::now(),
-            manager.isEnabled(),
-            running,
-            running && manager.isScanning(),
-            manager.networks(),
-            std::move(details.info),
-            std::move(details.lastOutcome)};
+wifi::client::Follower makeFollower() {
+    const SignalsBlocked blocked;
+    return wifi::client::Follower();
 }
 
 }  // namespace
 
-std::unique_ptr<wifi::Manager> makeManager() {
-    const SignalsBlocked blocked;
-    return std::make_unique<wifi::Manager>();
-}
-
-Session::Session(Interrupts& interrupts) : interrupts_(interrupts), manager_(makeManager()) {
-    // The callbacks must not use manager_: the last ones run while it is being reset.
-    const auto announce = [this, &manager = *manager_] { push({snapshotOf(manager), 0, {}}); };
-    manager_->onEnabledChanged(announce);
-    manager_->onScanningChanged(announce);
-    manager_->onNetworksListChanged(announce);
-    manager_->onConnectionDetailsChanged(announce);  // also after a change of the connection info
-    // Reads what changed before the callbacks were registered. Later changes arrive through the callbacks.
-    latest_ = snapshotOf(*manager_);
-}
-
-void Session::push(Arrival arrival) {
-    const std::lock_guard lock(mutex_);
-    arrivals_.push_back(std::move(arrival));
-    arrived_.set();
-}
-
-std::optional<Session::Arrival> Session::pop() {
-    const std::lock_guard lock(mutex_);
-    if (arrivals_.empty()) {
-        return std::nullopt;
-    }
-    Arrival arrival = std::move(arrivals_.front());
-    arrivals_.pop_front();
-    if (arrivals_.empty()) {
-        arrived_.clear();
-    }
-    return arrival;
+Session::Session(Interrupts& interrupts) : interrupts_(interrupts), follower_(makeFollower()) {
+    deliverNext({});  // the state at this moment
 }
 
 bool Session::next(Clock::time_point deadline, const Observer& observer) {
@@ -83,8 +44,7 @@ bool Session::next(Clock::time_point deadline, const Observer& observer) {
         const int timeout = millisecondsUntil(deadline);
         ::poll(waited.data(), waited.size(), timeout);
         interrupts_.check();
-        if (auto arrival = pop()) {
-            deliver(std::move(*arrival), observer);
+        if (deliverNext(observer)) {
             return true;
         }
         if (timeout == 0) {
@@ -103,8 +63,7 @@ bool Session::until(Clock::time_point deadline, const Condition& done, const Obs
 }
 
 void Session::takeAll(const Observer& observer) {
-    while (auto arrival = pop()) {
-        deliver(std::move(*arrival), observer);
+    while (deliverNext(observer)) {
     }
 }
 
@@ -122,26 +81,27 @@ Session::Start Session::start(std::chrono::milliseconds limit, bool patient) {
 }
 
 bool Session::carriedOut(std::chrono::milliseconds limit, const Observer& observer) {
-    const unsigned mine = ++asked_;
-    manager_->whenCarriedOut([this, mine, &manager = *manager_](const Failures& failures) {
-        push({snapshotOf(manager), mine, failures});
-    });
+    const unsigned mine = follower_.ask();
     return until(
-        Clock::now() + limit, [this, mine](const Snapshot&) { return answered_ >= mine; }, observer);
+        Clock::now() + limit, [mine](const Snapshot& now) { return now.answered >= mine; }, observer);
 }
 
 void Session::close() {
-    manager_.reset();
+    follower_.close();
     takeAll();
 }
 
-void Session::deliver(Arrival arrival, const Observer& observer) {
-    answered_ = std::max(answered_, arrival.answer);
-    failures_.merge(arrival.failures);
-    const Snapshot before = std::exchange(latest_, std::move(arrival.snapshot));
+bool Session::deliverNext(const Observer& observer) {
+    auto next = follower_.take();
+    if (!next) {
+        return false;
+    }
+    failures_.merge(next->failures);
+    const Snapshot before = std::exchange(latest_, Snapshot(std::move(*next)));
     if (observer) {
         observer(before, latest_);
     }
+    return true;
 }
 
 }  // namespace kaz::ctl

@@ -1,30 +1,22 @@
-// A session uses one wifi::Manager, and finds out when a request has been carried out.
+// A session follows one wifi::Manager, and finds out when a request has been carried out.
 //
 // Requests of the library return nothing, and ~Manager drops requests that have not begun. So a command that
-// exits right after its request would sometimes do nothing. carriedOut() waits for Manager::whenCarriedOut, which also
-// tells what failed. ~Manager then publishes and saves what is pending.
+// exits right after its request would sometimes do nothing. carriedOut() waits for the answer to Follower::ask(), which
+// also tells what failed. ~Manager then publishes and saves what is pending.
 #pragma once
 
-#include <wifi/manager.h>
+#include <wifi/client/follower.h>
 
 #include <chrono>
-#include <deque>
 #include <functional>
-#include <memory>
-#include <mutex>
-#include <optional>
 #include <set>
 #include <utility>
 
-#include "base/event_fd.h"
 #include "base/non_copyable.h"
 #include "kazwifictl/process/caught_signals.h"
 #include "kazwifictl/session/snapshot.h"
 
 namespace kaz::ctl {
-
-// Makes a Manager whose threads block all signals, so that signals reach the calling thread.
-std::unique_ptr<wifi::Manager> makeManager();
 
 // The operations that wait throw Interrupted on a signal.
 class Session : NonCopyable {
@@ -38,11 +30,12 @@ class Session : NonCopyable {
     using Observer = std::function<void(const Snapshot& before, const Snapshot& now)>;
     using Condition = std::function<bool(const Snapshot&)>;
 
-    // Makes a Manager and registers the callbacks. `interrupts` must outlive the session.
+    // Makes a Manager whose threads block all signals, so that signals reach the calling thread. `interrupts` must
+    // outlive the session.
     explicit Session(Interrupts& interrupts);
 
     // Must not be called after close().
-    wifi::Manager& manager() { return *manager_; }
+    wifi::Manager& manager() { return follower_.manager(); }
 
     // The state after the changes taken so far.
     const Snapshot& latest() const { return latest_; }
@@ -55,7 +48,7 @@ class Session : NonCopyable {
 
     // Takes the changes that have arrived, without waiting. Call it when fd() is readable.
     void takeAll(const Observer& observer = {});
-    int fd() const { return arrived_.get(); }
+    int fd() const { return follower_.fd(); }
 
     // Finds out whether the supplicant runs, and takes the whole first state. If Wi-Fi is switched on but the supplicant does not run, waits until
     // `limit` for it if `patient`. Returns noAnswer if the system does not report its state within `limit`, or within
@@ -75,26 +68,12 @@ class Session : NonCopyable {
     void close();
 
   private:
-    // A change, or the answer to carriedOut().
-    struct Arrival {
-        Snapshot snapshot;
-        unsigned answer = 0;
-        Failures failures;
-    };
-
-    void push(Arrival arrival);
-    std::optional<Arrival> pop();
-    void deliver(Arrival arrival, const Observer& observer);
+    bool deliverNext(const Observer& observer);
 
     Interrupts& interrupts_;
     Snapshot latest_;
-    unsigned asked_ = 0;  // calls of carriedOut()
-    unsigned answered_ = 0;
     Failures failures_;
-    std::mutex mutex_;  // guards arrivals_
-    std::deque<Arrival> arrivals_;
-    EventFd arrived_;
-    std::unique_ptr<wifi::Manager> manager_;  // destroyed first, because its thread calls push()
+    wifi::client::Follower follower_;
 };
 
 }  // namespace kaz::ctl

@@ -31,7 +31,7 @@ Cells cellsOf(const NetworkRow& row, bool utf8) {
     const std::string state = row.isCurrent() ? statusInWords(row.status) : (row.saved ? "saved" : "");
     return {presentable(row.ssid, utf8),
             row.dBm ? fmt::format("{} {:>4} dBm", barsText(*row.dBm, utf8), *row.dBm) : "-",
-            row.security ? securityInWords(*row.security) : "-", state};
+            row.security ? securityInWords({row.demands, *row.security}) : "-", state};
 }
 
 Widths widthsOf(const std::vector<Cells>& lines, int columns) {
@@ -80,12 +80,18 @@ class LineWriter {
 
 }  // namespace
 
+wifi::NetworkAccess accessTo(const wifi::WifiNetwork& network, const Accesses& accesses) {
+    const auto known = accesses.find(network.ssid);
+    return known == accesses.end() ? wifi::NetworkAccess{{}, network.securityMode} : known->second;
+}
+
 std::vector<NetworkRow> networkRows(const std::vector<wifi::WifiNetwork>& networks,
-                                    const ConnectionInfo& connection) {
+                                    const ConnectionInfo& connection, const Accesses& accesses) {
     std::vector<NetworkRow> rows;
     rows.reserve(networks.size() + 1);
     for (const wifi::WifiNetwork& network : networks) {
-        rows.push_back({network.ssid, network.signal, network.securityMode, network.configured});
+        const wifi::NetworkAccess access = accessTo(network, accesses);
+        rows.push_back({network.ssid, network.signal, access.mode, network.configured, {}, access.demands});
     }
     std::sort(rows.begin(), rows.end(), [](const NetworkRow& a, const NetworkRow& b) {
         return std::forward_as_tuple(-a.dBm.value_or(0), a.ssid) <
@@ -96,6 +102,10 @@ std::vector<NetworkRow> networkRows(const std::vector<wifi::WifiNetwork>& networ
     }
     NetworkRow current{connection.ssid, knownSignal(connection.signal), std::nullopt,
                        connection.status != ConnectionInfo::Status::connectingWifi, connection.status};
+    if (const auto known = accesses.find(connection.ssid); known != accesses.end()) {
+        current.security = known->second.mode;
+        current.demands = known->second.demands;
+    }
     const auto listed = std::find_if(rows.begin(), rows.end(),
                                      [&](const NetworkRow& row) { return row.ssid == connection.ssid; });
     if (listed != rows.end()) {  // list and connection are published one after the other, so they may overlap

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
 
 #include "kazwifictl/text/text_of.h"
 
@@ -52,6 +53,29 @@ bool equalIgnoringCase(std::string_view a, std::string_view b) {
 
 std::string securityInWords(SecurityMode mode) {
     return Words().security(mode);
+}
+
+std::string securityInWords(const wifi::NetworkAccess& access) {
+    return Words().security(access);
+}
+
+std::string_view obstacleName(const wifi::NetworkAccess& access) {
+    using wifi::NetworkDemands;
+    if (access.mode != SecurityMode::unsupported) {
+        return {};
+    }
+    constexpr std::array<std::pair<bool NetworkDemands::*, std::string_view>, 4> names{{
+        {&NetworkDemands::adHoc, "ad-hoc"},
+        {&NetworkDemands::hashToElement, "hash-to-element"},
+        {&NetworkDemands::owe, "owe"},
+        {&NetworkDemands::rsnPskSha256, "wpa2-sha256"},
+    }};
+    for (const auto& [demand, name] : names) {
+        if (access.demands.*demand) {
+            return name;
+        }
+    }
+    return "other";
 }
 
 std::string_view securityName(SecurityMode mode) {

@@ -3,6 +3,7 @@
 
 #include <wifi/certificates.h>
 #include <wifi/connection_details.h>
+#include <wifi/network_access.h>
 #include <wifi/types.h>
 
 #include <array>
@@ -14,6 +15,12 @@ namespace kaz::ctl {
 
 // "WPA2 personal"
 std::string securityInWords(wifi::SecurityMode mode);
+
+// The same of a network in range: "Enhanced Open" for one that this device cannot join.
+std::string securityInWords(const wifi::NetworkAccess& access);
+
+// What keeps this device from joining the network: "owe". Empty if nothing does.
+std::string_view obstacleName(const wifi::NetworkAccess& access);
 
 // "wpa2": what --security takes and JSON carries.
 std::string_view securityName(wifi::SecurityMode mode);
