@@ -13,6 +13,7 @@
 #include "base/errno_text.h"
 #include "kazwifictl/commands/commands.h"
 #include "kazwifictl/input/options.h"
+#include "kazwifictl/output/documents.h"
 #include "kazwifictl/output/output.h"
 #include "kazwifictl/process/background.h"
 #include "kazwifictl/process/caught_signals.h"
@@ -40,7 +41,8 @@ End run(const Options& options, Background* background) {
     try {
         const bool prompt = options.command == Command::prompt;
         Workspace place(prompt ? Workspace::Kind::prompt : Workspace::Kind::oneCommand, interrupts, log,
-                        options.startWait, background);
+                        options.startWait, background,
+                        [&output] { output.sayForNow("waiting for wpa_supplicant..."); });
         end.code = prompt ? runPrompt(options, place, output) : runCommand(options, place, output);
     } catch (const Interrupted& interrupted) {
         output.say("");
@@ -55,15 +57,19 @@ End run(const Options& options, Background* background) {
     return end;
 }
 
-int show(const Failure& failure) {
-    Output(ColourChoice::never, false).complain(failure);
+// With `json` also as a document, whose command is not known.
+int show(const Failure& failure, bool json) {
+    Output output(ColourChoice::never, json);
+    output.show(document({}, Json::object(), &failure));
+    output.complain(failure);
     return static_cast<int>(failure.code);
 }
 
 int start(const Options& options) {
     if (options.command == Command::prompt && ::isatty(STDIN_FILENO) != 1) {
         return show({ExitCode::usage, "no command given", "the prompt needs a terminal as standard input",
-                     "kazwifictl --help"});
+                     "kazwifictl --help"},
+                    options.json);
     }
     // Otherwise this process would overwrite the metrics file of the device's own program.
     ::unsetenv("KAZ_METRICS_FILE");
@@ -89,10 +95,11 @@ int start(const Options& options) {
 int main(int argc, char** argv) {
     static_cast<void>(std::setlocale(LC_CTYPE, ""));
     const std::vector<std::string> arguments(argv + 1, argv + argc);
+    const bool json = asksForJson(arguments);
     try {
         const Parsed parsed = parseCommandLine(arguments);
         if (const auto* failure = std::get_if<Failure>(&parsed)) {
-            return show(*failure);
+            return show(*failure, json);
         }
         if (const auto* message = std::get_if<Message>(&parsed)) {
             Output(ColourChoice::never, false).say(message->text);
@@ -100,8 +107,8 @@ int main(int argc, char** argv) {
         }
         return start(std::get<Options>(parsed));
     } catch (const CommandFailed& failed) {
-        return show(failed.failure());
+        return show(failed.failure(), json);
     } catch (const std::exception& error) {
-        return show({ExitCode::failed, "unexpected error", error.what(), {}});
+        return show({ExitCode::failed, "unexpected error", error.what(), {}}, json);
     }
 }

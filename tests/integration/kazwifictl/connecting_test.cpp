@@ -64,8 +64,8 @@ TEST_F(Connecting, SpeaksEap) {
 
 TEST_F(Connecting, SaysWhatOfTheServerIsNotVerified) {
     startAndScan();
-    const std::vector<std::string> plain{"connect", "Campus",     "--identity",
-                                         "ada",     "--security", "enterprise"};
+    const std::vector<std::string> plain{"connect",    "Campus",     "--identity", "ada",
+                                         "--security", "enterprise", "--replace"};
     const auto with = [&plain](std::vector<std::string> more) {
         more.insert(more.begin(), plain.begin(), plain.end());
         return more;

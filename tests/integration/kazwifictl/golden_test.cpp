@@ -21,6 +21,7 @@ std::string masked(const std::string& text) {
         {std::regex(R"(\s+N\.N s)"), " N.N s"},
         {std::regex(R"("ms(_ago)?":\d+)"), "\"ms$1\":N"},
         {std::regex(R"(\d\d:\d\d:\d\d\.\d{3})"), "HH:MM:SS.mmm"},
+        {std::regex(R"((^|\n)\d\d:\d\d:\d\d  )"), "$1HH:MM:SS  "},
         {std::regex(R"(\d{4}-\d\d-\d\dT)"), "YYYY-MM-DDT"},
         // The supplicant scans again before it joins only if its results are old.
         {std::regex(R"(  searched N\.N s\n)"), ""},
@@ -94,6 +95,10 @@ class Golden : public CommandFixture, public testing::WithParamInterface<std::tu
         if (!each.input.empty()) {
             EXPECT_TRUE(program->waitFor("Password for"));
             program->send(each.input);
+            if (each.name == "connect-refused") {
+                EXPECT_TRUE(program->waitFor("empty to give up"));
+                program->send("\n");
+            }
         }
         const Ending ending = program->wait();
         return screenOf(program->out()) + "--- status " + std::to_string(ending.status) + "\n";

@@ -128,6 +128,10 @@ void RunningProgram::endInput() {
     input_ = FileDescriptor();
 }
 
+void RunningProgram::closeOutput() {
+    output_ = FileDescriptor();
+}
+
 void RunningProgram::sendSignal(int signal) const {
     ::kill(pid_, signal);
 }

@@ -41,6 +41,8 @@ class RunningProgram : NonCopyable {
     void send(const std::string& text) const;
     // Closes the pipe to the standard input.
     void endInput();
+    // Closes the pipe from the standard output, as a reader does that has seen enough.
+    void closeOutput();
     void sendSignal(int signal) const;
 
     // Reads output until `text` appears after the text of the last call. Returns false if the program ended

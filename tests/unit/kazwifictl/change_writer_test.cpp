@@ -42,10 +42,10 @@ TEST_F(ChangeWriterTest, BeginsWithEverythingThatIsSo) {
               "22:13:20.123  wifi        on, wpa_supplicant runs\n"
               "22:13:20.123  connection  connected to \"Home\", #### -50 dBm\n"
               "22:13:20.123  scan        began\n"
-              "22:13:20.123  network     + \"Office\"  ###. -60 dBm  WPA2 personal, saved\n");
+              "22:13:20.123  network     + ###.  -60 dBm  WPA2 personal   \"Office\", saved\n");
     EXPECT_EQ(ChangeWriter(asJson).begin({}, time),
               "{\"format\":1,\"time\":\"2023-11-14T22:13:20.123Z\",\"event\":\"wifi\",\"enabled\":true,"
-              "\"running\":false}\n");
+              "\"running\":false,\"why\":null}\n");
 }
 
 TEST_F(ChangeWriterTest, TellsEveryKindOfChange) {
@@ -69,8 +69,72 @@ TEST_F(ChangeWriterTest, TellsEveryKindOfChange) {
     info = {};
     info.disconnectSsid = "Home";
     info.disconnectReason = ConnectionInfo::DisconnectReason::causedBySystem;
-    EXPECT_EQ(text(now),
-              "22:13:20.123  connection  not connected (disconnected from \"Home\" by the system)\n");
+    EXPECT_EQ(text(now), "22:13:20.123  connection  not connected\n");
+}
+
+TEST_F(ChangeWriterTest, TellsWhyAConnectionOrAnAttemptEnded) {
+    before.connection.info = connectedTo("Home", -50);
+    now.connection.lastOutcome = {
+        "Home", wifi::Stage::online, wifi::Cause::accessPointGone, wifi::Certainty::certain, {}, {}};
+    EXPECT_EQ(text(now), "22:13:20.123  connection  disconnected from \"Home\": the access point is gone\n");
+    EXPECT_NE(json(now).find("\"cause\":\"access-point-gone\",\"certainty\":\"certain\""), std::string::npos)
+        << json(now);
+    now.connection.lastOutcome.stage = wifi::Stage::keyExchange;
+    now.connection.lastOutcome.cause = wifi::Cause::wrongKey;
+    now.connection.lastOutcome.certainty = wifi::Certainty::probable;
+    const std::string probable =
+        "22:13:20.123  connection  no connection to \"Home\": the password is probably wrong\n";
+    EXPECT_EQ(text(now), probable);
+    before = now;
+    EXPECT_EQ(text(now), "");
+    before.connection.lastOutcome.cause = wifi::Cause::unknown;
+    EXPECT_EQ(text(now), probable) << "evidence that came later";
+}
+
+TEST_F(ChangeWriterTest, TellsThatAnotherProgramEndedAConnection) {
+    before.connection.info = connectedTo("Home", -50);
+    now.connection.lastOutcome = {
+        "Home", wifi::Stage::online, wifi::Cause::unknown, wifi::Certainty::unknown, {}, {}};
+    now.connection.lastOutcome.evidence.reasonCode = 3;
+    now.connection.lastOutcome.evidence.reasonSender = wifi::Evidence::Sender::device;
+    EXPECT_EQ(
+        text(now),
+        "22:13:20.123  connection  disconnected from \"Home\": another program probably asked for it\n");
+}
+
+TEST_F(ChangeWriterTest, TellsWhyWifiDoesNotWork) {
+    const auto trouble = [](const Snapshot&) { return std::string("the system bus cannot be reached"); };
+    now.running = false;
+    EXPECT_EQ(ChangeWriter(plain, trouble).begin(now, time),
+              "22:13:20.123  wifi        on, the system bus cannot be reached\n");
+    EXPECT_NE(
+        ChangeWriter(asJson, trouble).begin(now, time).find("\"why\":\"the system bus cannot be reached\""),
+        std::string::npos);
+    now.enabled = false;
+    EXPECT_EQ(ChangeWriter(plain, trouble).begin(now, time),
+              "22:13:20.123  wifi        off, wpa_supplicant does not run\n");
+}
+
+// The list leaves out the network in use.
+TEST_F(ChangeWriterTest, DoesNotTellThatTheNetworkInUseDisappears) {
+    ChangeWriter writer(plain);
+    before.networks = {network("Home", -50, SecurityMode::none), network("Office", -60, SecurityMode::none)};
+    now = before;
+    now.connection.info = connectedTo("Home", -50);
+    writer.change(before, now, time);
+    before = now;
+    now.networks = {network("Office", -60, SecurityMode::none)};
+    EXPECT_EQ(writer.change(before, now, time), "");
+    before = now;
+    now.connection = {};
+    writer.change(before, now, time);
+    before = now;
+    now.networks.push_back(network("Home", -50, SecurityMode::none));
+    EXPECT_EQ(writer.change(before, now, time), "");
+    before = now;
+    now.networks.pop_back();
+    EXPECT_EQ(writer.change(before, now, time),
+              "22:13:20.123  network     - ####  -50 dBm  open            \"Home\"\n");
 }
 
 TEST_F(ChangeWriterTest, TellsHowTheListChangedNotTheWholeList) {
@@ -78,11 +142,11 @@ TEST_F(ChangeWriterTest, TellsHowTheListChangedNotTheWholeList) {
                        network("Weaker", -52, SecurityMode::wep)};
     now.networks = {network("Same", -50, SecurityMode::none), network("New", -53, SecurityMode::wpaPsk),
                     network("Weaker", -80, SecurityMode::wep, true)};
-    EXPECT_EQ(
-        text(now),
-        "22:13:20.123  network     - \"Gone\"  #### -51 dBm  open\n"
-        "22:13:20.123  network     + \"New\"  #### -53 dBm  WPA personal\n"
-        "22:13:20.123  network     ~ \"Weaker\"  #... -80 dBm  WEP, saved, was -52 dBm, was not saved\n");
+    EXPECT_EQ(text(now),
+              "22:13:20.123  network     - ####  -51 dBm  open            \"Gone\"\n"
+              "22:13:20.123  network     + ####  -53 dBm  WPA personal    \"New\"\n"
+              "22:13:20.123  network     ~ #...  -80 dBm  WEP             \"Weaker\", saved, was -52 dBm, "
+              "was not saved\n");
     EXPECT_NE(json(now).find("\"event\":\"network\",\"change\":\"disappeared\",\"ssid\":\"Gone\""),
               std::string::npos)
         << json(now);
@@ -112,8 +176,7 @@ TEST_F(ChangeWriterTest, NewsLeaveOutADisconnectionThatFollowsFromWifiOff) {
     now.connection.info = connectedTo("Home", -50);
     EXPECT_EQ(ChangeWriter(plain).news(before, now, time),
               "22:13:20.123  connection  connected to \"Home\", #### -50 dBm\n");
-    EXPECT_EQ(ChangeWriter(plain).news(now, before, time),
-              "22:13:20.123  connection  not connected (disconnected from \"Home\" by the system)\n");
+    EXPECT_EQ(ChangeWriter(plain).news(now, before, time), "22:13:20.123  connection  not connected\n");
 }
 
 TEST_F(ChangeWriterTest, WritesOneLineOfAsciiAnObject) {

@@ -29,10 +29,14 @@ std::string nameOfPlan(const ConnectPlan& plan) {
         return std::string(nameOf(failure->code)) + ": " + failure->why;
     }
     if (const auto* settings = std::get_if<UseSettings>(&plan)) {
-        return "settings " + std::to_string(static_cast<int>(settings->settings.securityMode));
+        return "settings " + std::to_string(static_cast<int>(settings->settings.securityMode)) +
+               (settings->replaces ? " replace" : "");
     }
     if (const auto* saved = std::get_if<UseSaved>(&plan)) {
         return saved->inRange ? "saved" : "saved?";
+    }
+    if (std::holds_alternative<AlreadyConnecting>(plan)) {
+        return "wait";
     }
     return std::holds_alternative<AlreadyConnected>(plan) ? "already" : "look";
 }
@@ -53,8 +57,10 @@ TEST(ConnectPlan, FollowsFromWhatIsKnownAndAskedFor) {
         {"Home", {}, false, "saved"},
         {"Office", {}, false, "settings 3"},
         {"Cafe", {}, false, "settings 0"},
-        {"Home", given({"--password-file", "-"}), false, "settings 3"},
-        {"Home", given({"--security", "wpa3"}), false, "settings 4"},
+        {"Home", given({"--password-file", "-"}), false, "settings 3 replace"},
+        {"Home", given({"--security", "wpa3"}), false, "settings 4 replace"},
+        {"Home", given({"--replace"}), false, "settings 3 replace"},
+        {"Office", given({"--replace"}), false, "settings 3"},
         {"Campus", {}, false, "usage: an enterprise network needs an identity"},
         {"Campus", given({"--identity", "ada", "--private-key", "k", "--eap", "PEAP"}), false,
          "usage: a private key is for the EAP method TLS"},
@@ -94,10 +100,21 @@ TEST(ConnectPlan, LeavesAConnectionAloneThatIsThere) {
     view.connection.info = connectedTo("Mine", -40);
     EXPECT_EQ(nameOfPlan(planConnect("Mine", {}, view, false)), "already");
     EXPECT_EQ(nameOfPlan(planConnect("Mine", given({"--password-file", "-"}), view, false)),
-              "usage: the list does not show the security of the network in use");
-    EXPECT_EQ(nameOfPlan(planConnect("Mine", given({"--security", "wpa2"}), view, false)), "settings 3");
-    view.connection.info.status = wifi::ConnectionInfo::Status::connectingIP;
-    EXPECT_EQ(nameOfPlan(planConnect("Mine", {}, view, false)), "saved");
+              "usage: the security of the network in use is not known yet");
+    EXPECT_EQ(nameOfPlan(planConnect("Mine", given({"--security", "wpa2"}), view, false)),
+              "settings 3 replace");
+    view.connection.network = {SecurityMode::sae, {2, 0, 0, 0, 0, 1}, 2412, 0};
+    EXPECT_EQ(nameOfPlan(planConnect("Mine", given({"--password-file", "-"}), view, false)),
+              "settings 4 replace");
+    for (const auto status :
+         {wifi::ConnectionInfo::Status::connectingWifi, wifi::ConnectionInfo::Status::connectingIP}) {
+        view.connection.info.status = status;
+        EXPECT_EQ(nameOfPlan(planConnect("Mine", {}, view, false)), "wait");
+    }
+}
+
+TEST(ConnectPlan, AllowsAMissingIdentityOnlyIfTheUserCanBeAsked) {
+    EXPECT_EQ(nameOfPlan(planConnect("Campus", {}, someView(), false, true)), "settings 5");
 }
 
 TEST(ConnectPlan, FillsInEverythingThatWasGiven) {

@@ -36,26 +36,53 @@ TEST(Documents, DescribeNetworks) {
 }
 
 TEST(Documents, DescribeTheConnection) {
-    ConnectionInfo info;
+    wifi::ConnectionDetails details;
     EXPECT_EQ(
-        oneLine(connectionJson(info, Clock::now())),
-        R"({"status":"disconnected","ssid":null,"ssid_hex":null,"signal_dbm":null,"last_disconnect":null})"
+        oneLine(connectionJson(details, Clock::now())),
+        R"({"status":"disconnected","ssid":null,"ssid_hex":null,"signal_dbm":null,"security":null,"bssid":null,)"
+        R"("frequency_mhz":null,"rate_mbit":null,"last_disconnect":null,"last_outcome":null})"
         "\n");
     const auto now = Clock::now();
-    info = connectedTo("Home", -48);
-    info.disconnectSsid = "Cafe";
-    info.disconnectReason = ConnectionInfo::DisconnectReason::causedByUser;
-    info.disconnectTime = now - 1500ms;
-    EXPECT_EQ(oneLine(connectionJson(info, now)),
-              R"({"status":"connected","ssid":"Home","ssid_hex":"486f6d65","signal_dbm":-48,)"
-              R"("last_disconnect":{"ssid":"Cafe","ssid_hex":"43616665","by":"user","ms_ago":1500}})"
-              "\n");
+    details.info = connectedTo("Home", -48);
+    details.info.disconnectSsid = "Cafe";
+    details.info.disconnectReason = ConnectionInfo::DisconnectReason::causedByUser;
+    details.info.disconnectTime = now - 1500ms;
+    details.lastOutcome = {"Cafe", wifi::Stage::online, wifi::Cause::givenUp, wifi::Certainty::certain,
+                           {},     now - 1500ms};
+    details.network = {SecurityMode::sae, {2, 0, 0, 0, 1, 10}, 5180, 54};
+    EXPECT_EQ(
+        oneLine(connectionJson(details, now)),
+        R"({"status":"connected","ssid":"Home","ssid_hex":"486f6d65","signal_dbm":-48,"security":"wpa3",)"
+        R"("bssid":"02:00:00:00:01:0a","frequency_mhz":5180,"rate_mbit":54,)"
+        R"("last_disconnect":{"ssid":"Cafe","ssid_hex":"43616665","by":"user","ms_ago":1500},)"
+        R"("last_outcome":{"ssid":"Cafe","ssid_hex":"43616665","cause":"given-up","certainty":"certain",)"
+        R"("ms_ago":1500}})"
+        "\n");
 }
 
 TEST(Documents, CarryEveryByteOfAnSsid) {
     EXPECT_EQ(oneLine(ssidMembers(std::string("a\0\xff", 3))),
               R"({"ssid":"a\u0000\ufffd","ssid_hex":"6100ff"})"
               "\n");
+}
+
+TEST(Documents, WithoutACommandHaveNullForItsName) {
+    const Failure failure{ExitCode::usage, "what", "why", "this"};
+    EXPECT_EQ(document({}, Json::object(), &failure).at("command"), nullptr);
+}
+
+TEST(ErrorText, BreaksAtBlanksAndNeverInsideACommand) {
+    const Failure failure{ExitCode::failed, "cannot connect to \"Home\"", "the password is probably wrong",
+                          "kazwifictl connect --hidden --security wpa2 Home"};
+    EXPECT_EQ(errorText(failure, 40),
+              "kazwifictl: cannot connect to \"Home\":\n"
+              "the password is probably wrong;\n"
+              "try: kazwifictl connect --hidden --security wpa2 Home");
+    EXPECT_EQ(errorText(failure, 200), errorLine(failure));
+    EXPECT_EQ(errorText({ExitCode::failed, "cannot scan", "it is dark", "a lamp or a very long day"}, 24),
+              "kazwifictl: cannot scan:\nit is dark;\ntry: a lamp or a very\nlong day");
+    EXPECT_EQ(errorText({ExitCode::failed, "cannot scan the networks", {}, {}}, 20),
+              "kazwifictl: cannot\nscan the networks");
 }
 
 TEST(ErrorLine, SaysWhatAndWhyAndWhatToTryOnOneLine) {
@@ -92,6 +119,7 @@ class ConnectReportTest : public testing::Test {
         facts.name = "\"Home\"";
         facts.what = "cannot connect to \"Home\"";
         facts.security = SecurityMode::rsnPsk;
+        facts.again = "kazwifictl connect Home";
         facts.wait = 30s;
     }
 

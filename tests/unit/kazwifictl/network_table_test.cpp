@@ -52,12 +52,38 @@ TEST(NetworkTable, ColoursByStrengthAndMarksTheCurrentOne) {
               "  Weak        \x1b[31m▂___  -84 dBm\x1b[0m  open\n");
 }
 
-TEST(NetworkTable, ShortensTheNamesOnANarrowTerminal) {
+TEST(NetworkTable, ShowsTheSecurityOfTheNetworkInUse) {
     const auto rows =
-        networkRows({network("A name that is far too long", -60, SecurityMode::rsnPsk, true)}, {});
-    EXPECT_EQ(networkTable(rows, {true, true, false, 54}),
-              "  SSID             SIGNAL         SECURITY       STATE\n"
-              "  A name that is…  ▂▄▆_  -60 dBm  WPA2 personal  saved\n");
+        networkRows({}, connectedTo("Home", -48), {}, {SecurityMode::sae, {2, 0, 0, 0, 0, 1}, 2437, 0});
+    EXPECT_EQ(networkTable(rows, plain),
+              "  SSID  SIGNAL         SECURITY       STATE\n"
+              "* Home  ▂▄▆█  -48 dBm  WPA3 personal  connected\n");
+}
+
+TEST(NetworkTable, LeavesOutTheLeastImportantFirstOnANarrowTerminal) {
+    const auto rows = networkRows({network("A name that is far too long", -60, SecurityMode::rsnPsk, true)},
+                                  connectedTo("Home", -48));
+    const auto at = [&rows](int columns) { return networkTable(rows, {true, true, false, columns}); };
+    EXPECT_EQ(at(72),
+              "  SSID                         SIGNAL         SECURITY       STATE\n"
+              "* Home                         ▂▄▆█  -48 dBm  -              connected\n"
+              "  A name that is far too long  ▂▄▆_  -60 dBm  WPA2 personal  saved\n");
+    EXPECT_EQ(at(64),
+              "  SSID                         SIGNAL  SECURITY       STATE\n"
+              "* Home                         ▂▄▆█    -              connected\n"
+              "  A name that is far too long  ▂▄▆_    WPA2 personal  saved\n");
+    EXPECT_EQ(at(48),
+              "  SSID                     SIG   SEC   STATE\n"
+              "* Home                     ▂▄▆█  -     connected\n"
+              "  A name that is far too…  ▂▄▆_  WPA2  saved\n");
+    EXPECT_EQ(at(40),
+              "  SSID                   SEC   STATE\n"
+              "* Home                   -     connected\n"
+              "  A name that is far t…  WPA2  saved\n");
+    EXPECT_EQ(at(30),
+              "  SSID               STATE\n"
+              "* Home               connected\n"
+              "  A name that is f…  saved\n");
 }
 
 TEST(NetworkTable, NeverWritesALineThatIsWiderThanTheTerminal) {

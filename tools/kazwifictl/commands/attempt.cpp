@@ -12,6 +12,15 @@ using wifi::ConnectionInfo;
 Attempt::Attempt(std::string ssid, Clock::time_point requested)
     : ssid_(std::move(ssid)), requested_(requested), stageBegan_(requested), last_(requested) {}
 
+Attempt::Attempt(std::string ssid, const Snapshot& now)
+    : ssid_(std::move(ssid)),
+      requested_(Clock::now()),
+      stageBegan_(requested_),
+      last_(requested_),
+      status_(now.connection.info.status),
+      scanning_(now.scanning),
+      signal_(knownSignal(now.connection.info.signal)) {}
+
 void Attempt::see(const Snapshot& before, const Snapshot& now) {
     if (!outcome_ && !now.running) {
         end(Outcome::stopped, now.time);

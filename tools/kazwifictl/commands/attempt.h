@@ -36,6 +36,8 @@ class Attempt {
 
     // `requested` is the time of the request to connect to `ssid`.
     Attempt(std::string ssid, Clock::time_point requested);
+    // One that is under way: `now` shows it.
+    Attempt(std::string ssid, const Snapshot& now);
 
     // Must be called for every change after the request, in order.
     void see(const Snapshot& before, const Snapshot& now);

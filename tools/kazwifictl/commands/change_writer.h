@@ -1,7 +1,10 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
+#include <set>
 #include <string>
+#include <utility>
 
 #include "kazwifictl/output/output.h"
 #include "kazwifictl/session/snapshot.h"
@@ -13,7 +16,9 @@ class ChangeWriter {
   public:
     using WallClock = std::chrono::system_clock;
 
-    explicit ChangeWriter(const Output& output) : output_(output) {}
+    // `trouble` says why the supplicant cannot be used. Without it, a line only says that it does not run.
+    explicit ChangeWriter(const Output& output, std::function<std::string(const Snapshot&)> trouble = {})
+        : output_(output), trouble_(std::move(trouble)) {}
 
     // The lines for the first state of a monitor.
     std::string begin(const Snapshot& now, WallClock::time_point time);
@@ -26,7 +31,12 @@ class ChangeWriter {
     std::string news(const Snapshot& before, const Snapshot& now, WallClock::time_point time);
 
   private:
+    std::string trouble(const Snapshot& now) const;
+
     const Output& output_;
+    std::function<std::string(const Snapshot&)> trouble_;
+    // The list leaves out the network in use. It has not disappeared.
+    std::set<std::string> used_;
 };
 
 }  // namespace kaz::ctl

@@ -1,27 +1,26 @@
 #include <fmt/format.h>
-#include <fmt/ranges.h>
-#include <unistd.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "base/non_copyable.h"
 #include "base/wipe.h"
 #include "kazwifictl/commands/attempt.h"
 #include "kazwifictl/commands/commands.h"
+#include "kazwifictl/commands/connect_advice.h"
 #include "kazwifictl/commands/connect_plan.h"
+#include "kazwifictl/commands/connect_questions.h"
 #include "kazwifictl/commands/connect_report.h"
-#include "kazwifictl/input/secret.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/failure.h"
+#include "kazwifictl/text/similar_name.h"
 #include "kazwifictl/text/ssid_text.h"
-#include "kazwifictl/text/text_of.h"
 #include "kazwifictl/text/words.h"
 
 namespace kaz::ctl {
 
 using std::chrono::milliseconds;
 using wifi::ConnectResult;
-using wifi::SecurityMode;
 
 namespace {
 
@@ -29,20 +28,20 @@ namespace {
 constexpr milliseconds beginLimit{15000};
 // How long to wait for the end of an attempt that was called off.
 constexpr milliseconds callOffLimit{5000};
+// How often a wrong password may be typed.
+constexpr int mostTries = 3;
 
 class ConnectCommand : NonCopyable {
   public:
     ConnectCommand(const Options& options, Workspace& place, Output& output)
-        : options_(options), place_(place), output_(output) {
-        facts_.ssid = options.ssid;
-        facts_.name = quoted(options.ssid, output.terminal().utf8);
-        facts_.what = "cannot connect to " + facts_.name;
+        : options_(options),
+          place_(place),
+          output_(output),
+          ask_(options_.connect, output, place.interrupts()) {
+        setName(options.ssid);
         facts_.wait = options.connect.wait;
     }
-    ~ConnectCommand() {
-        wipe(settings_.password);
-        wipe(certificates_.keyPassword);
-    }
+    ~ConnectCommand() { wipeSecrets(); }
 
     Report run() {
         checkSsid(options_.ssid, facts_.what);
@@ -52,93 +51,159 @@ class ConnectCommand : NonCopyable {
             throw CommandFailed(*failure);
         }
         if (std::holds_alternative<AlreadyConnected>(plan)) {
-            Json members = ssidMembers(options_.ssid);
-            members["outcome"] = "already-connected";
-            return {fmt::format("Already connected to {}.\n", facts_.name), members, std::nullopt};
+            return alreadyConnected();
         }
         if (auto* settings = std::get_if<UseSettings>(&plan)) {
-            settings_ = std::move(settings->settings);
-            certificates_ = std::move(settings->certificates);
-            facts_.server = serverTrust(settings_.securityMode, certificates_);
-            fetchPassword();
-        } else if (const auto* saved = std::get_if<UseSaved>(&plan)) {
+            use(std::move(*settings));
+        } else {
+            const auto* saved = std::get_if<UseSaved>(&plan);
             facts_.saved = true;
-            facts_.inRange = saved->inRange;
+            facts_.inRange = saved == nullptr || saved->inRange;
         }
         Session& session = place_.act(facts_.what, Workspace::Need::stack);
         place_.log().forgetHints();
         session.takeFailures();
-        return follow(session);
+        // The supplicant may have begun, or finished, since the plan was made. A request could cut the link.
+        if (facts_.saved && session.latest().isInUse(facts_.ssid)) {
+            if (session.latest().connection.info.status == wifi::ConnectionInfo::Status::connected) {
+                place_.finish();
+                return alreadyConnected();
+            }
+            facts_.waits = facts_.inRange = true;
+        }
+        return tryUntilRight(session);
     }
 
   private:
+    void setName(const std::string& ssid) {
+        facts_.ssid = ssid;
+        facts_.name = quoted(ssid, output_.terminal().utf8);
+        facts_.what = "cannot connect to " + facts_.name;
+        facts_.again = sameCommand(ssid, options_.connect);
+    }
+
+    Report alreadyConnected() const {
+        Json members = ssidMembers(facts_.ssid);
+        members["outcome"] = "already-connected";
+        return {fmt::format("Already connected to {}.\n", facts_.name), members, std::nullopt};
+    }
+
     ConnectPlan plan() {
-        ConnectPlan plan = planConnect(options_.ssid, options_.connect,
-                                       place_.look(facts_.what, Workspace::Need::stack), false);
+        Snapshot view = place_.look(facts_.what, Workspace::Need::stack);
+        ConnectPlan plan = planFor(view, false);
         if (std::holds_alternative<LookFirst>(plan)) {
-            plan =
-                planConnect(options_.ssid, options_.connect, lookAround(facts_.what, place_, output_), true);
+            view = lookAround(facts_.what, place_, output_);
+            plan = planFor(view, true);
+        }
+        if (const wifi::WifiNetwork* network = view.find(facts_.ssid);
+            network != nullptr && options_.connect.security &&
+            !mayFit(view.accessTo(*network).mode, *options_.connect.security)) {
+            facts_.announced = view.accessTo(*network).mode;
+        }
+        auto* failure = std::get_if<Failure>(&plan);
+        if (view.find(facts_.ssid) == nullptr) {
+            facts_.similar = similarName(facts_.ssid, view.names());
+        }
+        if (failure != nullptr && failure->code == ExitCode::notFound && facts_.similar) {
+            failure->advice = "kazwifictl connect " + shellArgument(*facts_.similar, true);
         }
         return plan;
     }
 
-    void fetchPassword() {
-        if (!takesPassword(settings_.securityMode)) {
-            return;
+    // A name may also be typed as it is shown.
+    ConnectPlan planFor(const Snapshot& view, bool looked) {
+        const auto names = view.names();
+        if (std::find(names.begin(), names.end(), facts_.ssid) == names.end()) {
+            setName(nameShownAs(facts_.ssid, names).value_or(facts_.ssid));
         }
-        const bool ofKey = !certificates_.keyFile.empty();
-        std::string& password = ofKey ? certificates_.keyPassword : settings_.password;
-        const auto& file = options_.connect.passwordFile;
-        if (file) {
-            password = readSecret(*file, place_.interrupts());
-        } else if (::isatty(STDIN_FILENO) == 1) {
-            output_.sayForNow({});  // erases the progress line, because the question bypasses output_
-            password = askSecret(ofKey ? "Password of the private key, empty if it has none: "
-                                       : fmt::format("Password for {}: ", facts_.name),
-                                 place_.interrupts());
-        } else {
-            password = readSecret("-", place_.interrupts());
+        return planConnect(facts_.ssid, options_.connect, view, looked, ConnectQuestions::canAsk());
+    }
+
+    void use(UseSettings plan) {
+        if (plan.replaces) {
+            ask_.confirmReplacing(facts_.what, facts_.name,
+                                  "kazwifictl connect " + shellArgument(facts_.ssid, true));
         }
+        facts_.saved = false;
+        facts_.replaced = plan.replaces;
+        settings_ = std::move(plan.settings);
+        certificates_ = std::move(plan.certificates);
+        facts_.server = serverTrust(settings_.securityMode, certificates_);
+        ask_.complete(facts_.name, settings_, certificates_);
     }
 
     void request(Session& session) {
         if (facts_.saved) {
-            session.manager().connectConfigured(options_.ssid);
+            session.manager().connectConfigured(facts_.ssid);
             return;
         }
         ConnectResult verdict = session.manager().validate(settings_, certificates_);
         if (verdict == ConnectResult::ok) {
             verdict = session.manager().connect(settings_, certificates_);
         }
+        wipeSecrets();
+        if (verdict != ConnectResult::ok) {
+            throw CommandFailed(
+                {ExitCode::refused, facts_.what, brokenRule(verdict, settings_.securityMode),
+                 adviceFor(verdict, settings_.securityMode, options_.connect, session.manager())});
+        }
+    }
+
+    void wipeSecrets() {
         wipe(settings_.password);
         wipe(certificates_.keyPassword);
-        if (verdict != ConnectResult::ok) {
-            throw CommandFailed({ExitCode::refused, facts_.what,
-                                 std::string(brokenRule(verdict, settings_.securityMode)),
-                                 advice(verdict, session)});
+    }
+
+    // On a terminal a wrong password may be typed again.
+    Report tryUntilRight(Session& session) {
+        for (int tries = 1;; ++tries) {
+            Report report = follow(session);
+            if (!keyRefused_ || tries == mostTries || !asksAgain(session, report)) {
+                place_.finish();
+                return report;
+            }
         }
+    }
+
+    bool asksAgain(Session& session, const Report& report) {
+        if (!ask_.canAskAgain() || facts_.wait.count() == 0 || !certificates_.keyFile.empty()) {
+            return false;
+        }
+        if (facts_.saved) {
+            ConnectOptions options = options_.connect;
+            options.replace = true;
+            ConnectPlan plan = planConnect(facts_.ssid, options, session.latest(), true);
+            auto* settings = std::get_if<UseSettings>(&plan);
+            if (settings == nullptr) {
+                return false;
+            }
+            settings_ = std::move(settings->settings);
+        }
+        output_.say(fmt::format("  {}\n", report.failure ? report.failure->why : ""));
+        const std::string question =
+            facts_.saved ? fmt::format("New password for {}, empty to keep the saved one: ", facts_.name)
+                         : fmt::format("Password for {}, empty to give up: ", facts_.name);
+        if (!ask_.askAgain(question, settings_.password)) {
+            return false;
+        }
+        facts_.replaced = facts_.replaced || facts_.saved;
+        facts_.saved = false;
+        return true;
     }
 
     Report follow(Session& session) {
-        Attempt attempt(options_.ssid, Clock::now());
-        request(session);
-        output_.say(beginning());
+        Attempt attempt =
+            facts_.waits ? Attempt(facts_.ssid, session.latest()) : Attempt(facts_.ssid, Clock::now());
+        if (!facts_.waits) {
+            request(session);
+        }
+        output_.say(beginningOf(facts_, settings_.securityMode, output_));
         try {
             return watch(session, attempt) ? end(session, attempt) : startedReport(facts_);
         } catch (const Interrupted&) {
-            callOff(session);
+            interrupt(session, attempt);
             throw;
         }
-    }
-
-    std::string beginning() const {
-        const std::string name = output_.style().bold(facts_.name);
-        if (facts_.saved && !facts_.inRange) {
-            return fmt::format("Trying {}, which is not in range but may be saved\n", name);
-        }
-        return fmt::format("Connecting to {} ({})\n{}", name,
-                           facts_.saved ? "saved" : securityInWords(settings_.securityMode),
-                           serverRemark(facts_.server));
     }
 
     // False when the command must return while the attempt continues.
@@ -161,25 +226,37 @@ class ConnectCommand : NonCopyable {
             }
             limit = ConnectOptions{}.wait;
         }
+        lines.show(attempt);
         session.until(
             Clock::now() + limit, [&](const Snapshot&) { return attempt.outcome().has_value(); }, observer);
         return true;
     }
 
+    // The attempt may not know it, for example when the link was up before the request.
+    bool linkIsUp(Session& session, const Attempt& attempt) const {
+        const Snapshot& now = session.latest();
+        return attempt.linkIsUp() ||
+               (now.isInUse(facts_.ssid) &&
+                now.connection.info.status >= wifi::ConnectionInfo::Status::connectingIP);
+    }
+
     // callOff() also changes the connection. `attempt` does not see these changes, so they do not become its outcome.
     Report end(Session& session, const Attempt& attempt) {
-        const bool linkWasUp = attempt.linkIsUp() || attempt.outcome() == Attempt::Outcome::lost;
+        const bool linkWasUp = linkIsUp(session, attempt) || attempt.outcome() == Attempt::Outcome::lost;
         facts_.kept = linkWasUp || facts_.saved || options_.connect.keep;
-        if (!attempt.outcome() && !linkWasUp) {
+        if (!attempt.outcome() && !linkWasUp && !facts_.waits) {
             callOff(session);
         } else {
             if (!facts_.kept) {
-                session.manager().forgetNetwork(options_.ssid);
+                session.manager().forgetNetwork(facts_.ssid);
             }
-            place_.carryOutAndFinish();
+            session.carriedOut(Session::requestLimit);
         }
         facts_.saveFailed = session.takeFailures().contains(wifi::RequestFailure::notSaved);
         facts_.security = settings_.securityMode;
+        keyRefused_ = attempt.outcome() == Attempt::Outcome::failed &&
+                      (attempt.failure().cause == wifi::Cause::wrongKey ||
+                       attempt.failure().cause == wifi::Cause::eapRejected);
         return connectReport(attempt, facts_, output_);
     }
 
@@ -189,53 +266,35 @@ class ConnectCommand : NonCopyable {
         if (facts_.saved || options_.connect.keep) {
             session.manager().disconnect();
         } else {
-            session.manager().forgetNetwork(options_.ssid);
+            session.manager().forgetNetwork(facts_.ssid);
         }
         try {
             session.until(Clock::now() + callOffLimit,
                           [](const Snapshot& view) { return view.isDisconnected(); });
-            place_.carryOutAndFinish();
+            session.carriedOut(Session::requestLimit);
         } catch (const Interrupted&) {  // an impatient user; the request must be carried out
-            place_.carryOutAndFinish();
+            session.carriedOut(Session::requestLimit);
         }
     }
 
-    // What to try instead of settings that break a rule.
-    std::string advice(ConnectResult verdict, Session& session) const {
-        const bool sae = settings_.securityMode == SecurityMode::sae;
-        const std::string_view length = sae ? "a password of 1 to 1024 bytes" : "a password of 8 to 63 bytes";
-        if (verdict == ConnectResult::eapMethodUnsupported) {
-            if (options_.connect.describesCertificates()) {
-                return "--eap with one of PEAP, TLS, TTLS";
-            }
-            const auto methods = session.manager().eapMethods();
-            return methods.empty() ? "without --eap"
-                                   : fmt::format("--eap with one of {}", fmt::join(methods, ", "));
+    // A link that is up stays, as at the end of the time. So does an attempt of the supplicant's own.
+    void interrupt(Session& session, const Attempt& attempt) {
+        const bool up = linkIsUp(session, attempt);
+        if (!up && !facts_.waits) {
+            callOff(session);
         }
-        if (verdict == ConnectResult::phase2MethodUnsupported) {
-            return fmt::format("--phase2 with one of {}", fmt::join(session.manager().phase2Methods(), ", "));
-        }
-        return std::string(
-            textOf(verdict,
-                   {{ConnectResult::notSendable, "another name or password"},
-                    {ConnectResult::fileInvalid, "another path"},
-                    {ConnectResult::passwordTooShort, length},
-                    {ConnectResult::passwordTooLong, length},
-                    {ConnectResult::caFileMissing, "--ca-file FILE"},
-                    {ConnectResult::serverDomainInvalid, "--domain with a name such as example.org"},
-                    {ConnectResult::keyFileMissing, "--private-key FILE"},
-                    {ConnectResult::wepKeyInvalidLength, "the key as text, not in hexadecimal digits"},
-                    {ConnectResult::securityModeUnsupported,
-                     "--security wpa3 if the network uses WPA3 with a password"}},
-                   ""));
+        place_.finish();
+        output_.say(interruptedText(facts_, up, options_.connect.keep));
     }
 
     const Options& options_;
     Workspace& place_;
     Output& output_;
+    ConnectQuestions ask_;
     ConnectFacts facts_;
     wifi::ConnectionSettings settings_;
     wifi::Certificates certificates_;
+    bool keyRefused_ = false;
 };
 
 }  // namespace

@@ -33,10 +33,13 @@ wifi::Certificates certificatesOf(const ConnectOptions& options) {
 }
 
 // Why these options do not go together. Without certificates, an open network of the same name would be joined.
-std::optional<Failure> conflict(const ConnectOptions& options, SecurityMode mode) {
+std::optional<Failure> conflict(const ConnectOptions& options, SecurityMode mode, bool asks) {
     if (isEnterprise(mode)) {
-        if (options.identity.empty()) {
-            return Failure{ExitCode::usage, {}, "an enterprise network needs an identity", "--identity NAME"};
+        if (options.identity.empty() && !asks) {
+            return Failure{ExitCode::usage,
+                           {},
+                           "an enterprise network needs an identity",
+                           "--identity with your name in this network"};
         }
         if (!options.privateKey.empty() && !options.eapMethod.empty() && options.eapMethod != "TLS") {
             return Failure{ExitCode::usage, {}, "a private key is for the EAP method TLS", "without --eap"};
@@ -59,66 +62,87 @@ std::optional<Failure> obstacle(const wifi::NetworkAccess& access) {
                    wifi::client::Words().advice(access)};
 }
 
-// The caller sets `what` of a Failure.
-ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options,
-                         const std::optional<wifi::NetworkAccess>& access, bool looked) {
-    const bool known = options.security || access;
-    if (!known && options.hidden) {
+// What protects the network, as far as anything tells.
+std::optional<SecurityMode> securityOf(const std::string& ssid, const ConnectOptions& options,
+                                       const Snapshot& view) {
+    if (options.security) {
+        return options.security;
+    }
+    if (const WifiNetwork* network = view.find(ssid)) {
+        return view.accessTo(*network).mode;
+    }
+    return view.isInUse(ssid) && isKnown(view.connection.network)
+               ? std::optional(view.connection.network.securityMode)
+               : std::nullopt;
+}
+
+// Without the security: a scan may tell it.
+ConnectPlan withoutSecurity(const std::string& ssid, const ConnectOptions& options, const Snapshot& view,
+                            bool looked) {
+    if (options.hidden) {
         return Failure{ExitCode::usage,
                        {},
                        "the list does not show the security of a hidden network",
-                       "--security WORD"};
+                       "--security with one of " + securityNames()};
     }
-    if (!known) {
-        return looked ? ConnectPlan(Failure{ExitCode::notFound,
-                                            {},
-                                            "no network with this name is in range",
-                                            "kazwifictl list, or --hidden --security WORD"})
-                      : LookFirst{};
+    if (view.isInUse(ssid)) {
+        return Failure{ExitCode::usage,
+                       {},
+                       "the security of the network in use is not known yet",
+                       "--security with one of " + securityNames()};
     }
-    if (!options.security) {
-        if (const auto failure = obstacle(*access)) {
+    if (!looked) {
+        return LookFirst{};
+    }
+    return Failure{ExitCode::notFound,
+                   {},
+                   "no network with this name is in range",
+                   "kazwifictl list, or --hidden and --security if it is hidden"};
+}
+
+// The caller sets `what` of a Failure.
+ConnectPlan withSettings(const std::string& ssid, const ConnectOptions& options, const Snapshot& view,
+                         bool looked, bool asks) {
+    const auto mode = securityOf(ssid, options, view);
+    if (!mode) {
+        return withoutSecurity(ssid, options, view, looked);
+    }
+    const WifiNetwork* network = view.find(ssid);
+    if (network != nullptr && !options.security) {
+        if (const auto failure = obstacle(view.accessTo(*network))) {
             return *failure;
         }
     }
-    const SecurityMode mode = options.security ? *options.security : access->mode;
-    if (const auto failure = conflict(options, mode)) {
+    if (const auto failure = conflict(options, *mode, asks)) {
         return *failure;
     }
     wifi::ConnectionSettings settings;
     settings.ssid = ssid;
-    settings.securityMode = mode;
+    settings.securityMode = *mode;
     settings.hidden = options.hidden;
     settings.identity = options.identity;
     settings.anonymousIdentity = options.anonymousIdentity;
     settings.eapMethod = options.eapMethod;
     settings.phase2Method = options.phase2Method;
-    return UseSettings{settings, certificatesOf(options)};
+    return UseSettings{settings, certificatesOf(options),
+                       view.isInUse(ssid) || (network != nullptr && network->configured)};
 }
 
 }  // namespace
 
 ConnectPlan planConnect(const std::string& ssid, const ConnectOptions& options, const Snapshot& view,
-                        bool looked) {
+                        bool looked, bool asks) {
     const WifiNetwork* network = view.find(ssid);
-    const auto access = network == nullptr ? std::nullopt : std::optional(view.accessTo(*network));
-    const bool current = view.isInUse(ssid);
     if (options.describesNetwork()) {
-        if (current && !options.security) {
-            return Failure{ExitCode::usage,
-                           {},
-                           "the list does not show the security of the network in use",
-                           "--security WORD"};
-        }
-        return withSettings(ssid, options, access, looked);
+        return withSettings(ssid, options, view, looked, asks);
     }
-    if (current) {
+    if (view.isInUse(ssid)) {
         return view.connection.info.status == ConnectionInfo::Status::connected
                    ? ConnectPlan(AlreadyConnected{})
-                   : UseSaved{true};
+                   : AlreadyConnecting{};
     }
     if (network != nullptr) {
-        return network->configured ? UseSaved{true} : withSettings(ssid, options, access, looked);
+        return network->configured ? UseSaved{true} : withSettings(ssid, options, view, looked, asks);
     }
     // The network may be saved, and out of range or hidden. Only an attempt shows it.
     return looked ? ConnectPlan(UseSaved{false}) : LookFirst{};

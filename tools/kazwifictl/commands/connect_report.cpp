@@ -4,6 +4,7 @@
 #include <wifi/client/words.h>
 
 #include <array>
+#include <utility>
 
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/ssid_text.h"
@@ -61,6 +62,12 @@ Failure timedOut(const Attempt& attempt, const ConnectFacts& facts) {
                 fmt::format("the radio link is up, but there is no address after {:g} s", waited),
                 "checking the DHCP server, or a longer --wait"};
     }
+    if (facts.announced) {
+        return {ExitCode::timedOut, facts.what,
+                fmt::format("no connection after {:g} s; the network announces {}, not {}", waited,
+                            securityInWords(*facts.announced), securityInWords(facts.security)),
+                "kazwifictl connect " + shellArgument(facts.ssid, true)};
+    }
     return {ExitCode::timedOut, facts.what, fmt::format("no connection after {:g} s", waited),
             "moving nearer to the access point, or a longer --wait"};
 }
@@ -71,9 +78,8 @@ Failure explained(const Attempt& attempt, const ConnectFacts& facts) {
     const wifi::Outcome& failure = attempt.failure();
     std::string advice = words.advice(failure);
     if (failure.cause == wifi::Cause::wrongKey || failure.cause == wifi::Cause::eapRejected) {
-        const std::string argument = shellArgument(facts.ssid, true);
-        advice = facts.saved ? fmt::format("kazwifictl forget {0}, then kazwifictl connect {0}", argument)
-                             : fmt::format("kazwifictl connect {}", argument);
+        advice = facts.saved ? fmt::format("kazwifictl connect --replace {}", shellArgument(facts.ssid, true))
+                             : facts.again;
     }
     return {ExitCode::failed, facts.what, words.cause(failure), advice};
 }
@@ -82,7 +88,8 @@ Failure notAnswering(const Attempt& attempt, const ConnectFacts& facts) {
     if (facts.saved && !facts.inRange) {
         return {ExitCode::notFound, facts.what,
                 "it is not in range, and no saved network with this name answers",
-                "kazwifictl list, or --hidden --security WORD for a hidden one"};
+                facts.similar ? "kazwifictl connect " + shellArgument(*facts.similar, true)
+                              : "kazwifictl list, or --hidden and --security if it is hidden"};
     }
     return explained(attempt, facts);
 }
@@ -127,13 +134,42 @@ std::string successText(const Attempt& attempt, const ConnectFacts& facts, const
 void StageLines::show(const Attempt& attempt) {
     for (; shown_ < attempt.stages().size(); ++shown_) {
         const Stage& stage = attempt.stages().at(shown_);
-        output_.say(fmt::format("  {:<15} {:>5.1f} s\n", textsOf(stage.kind).done, inSeconds(stage.took)));
+        // A supplicant that does not find the network searches again and again.
+        const bool again = stage.kind == Stage::Kind::search && std::exchange(searched_, true);
+        if (!again) {
+            output_.say(
+                fmt::format("  {:<15} {:>5.1f} s\n", textsOf(stage.kind).done, inSeconds(stage.took)));
+        }
         current_.reset();
     }
     if (attempt.current() != current_) {
         current_ = attempt.current();
         output_.sayForNow(current_ ? "  " + std::string(textsOf(*current_).doing) : std::string());
     }
+}
+
+std::string beginningOf(const ConnectFacts& facts, wifi::SecurityMode mode, const Output& output) {
+    const std::string name = output.style().bold(facts.name);
+    if (facts.waits) {
+        return fmt::format("Waiting for {}: the device connects to it already\n", name);
+    }
+    if (facts.saved && !facts.inRange) {
+        return fmt::format("Trying {}, which is not in range but may be saved\n", name);
+    }
+    return fmt::format("Connecting to {} ({})\n{}", name, facts.saved ? "saved" : securityInWords(mode),
+                       serverRemark(facts.server));
+}
+
+std::string interruptedText(const ConnectFacts& facts, bool linkIsUp, bool keep) {
+    if (linkIsUp) {
+        return fmt::format("Interrupted; the radio link to {} stays up.\n", facts.name);
+    }
+    if (facts.waits) {
+        return fmt::format("Interrupted; the device continues to connect to {}.\n", facts.name);
+    }
+    return fmt::format(
+        "Cancelled; {} {}.\n", facts.name,
+        facts.saved || keep ? "stays saved" : (facts.replaced ? "is no longer saved" : "is not saved"));
 }
 
 Report connectReport(const Attempt& attempt, const ConnectFacts& facts, const Output& output) {
@@ -157,7 +193,7 @@ Report connectReport(const Attempt& attempt, const ConnectFacts& facts, const Ou
         report.failure = failureOf(attempt, facts, output.terminal().utf8);
     }
     if (!facts.kept) {
-        report.text += fmt::format("{} is not saved.\n", facts.name);
+        report.text += fmt::format("{} is {} saved.\n", facts.name, facts.replaced ? "no longer" : "not");
     }
     return report;
 }

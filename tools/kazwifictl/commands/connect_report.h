@@ -24,6 +24,7 @@ class StageLines {
   private:
     Output& output_;
     std::size_t shown_ = 0;
+    bool searched_ = false;
     std::optional<Stage::Kind> current_;
 };
 
@@ -36,10 +37,21 @@ struct ConnectFacts {
     std::optional<ServerTrust> server;                       // of an enterprise network that was not saved
     bool saved = false;                                      // a saved network was asked for by name
     bool inRange = true;                                     // it was in the list
-    bool kept = true;                                        // it is saved now
+    bool waits = false;     // nothing was requested, because the supplicant connects already
+    bool replaced = false;  // the settings replaced saved ones
+    std::optional<wifi::SecurityMode> announced;  // in the list, if it does not fit `security`
+    std::optional<std::string> similar;           // a known network that may be meant
+    std::string again;                            // the command line for another try
+    bool kept = true;                             // it is saved now
     bool saveFailed = false;
     std::chrono::milliseconds wait{};
 };
+
+// The line that says what is being done.
+std::string beginningOf(const ConnectFacts& facts, wifi::SecurityMode mode, const Output& output);
+
+// What is left when a signal ended the command; `linkIsUp` and `keep` say why.
+std::string interruptedText(const ConnectFacts& facts, bool linkIsUp, bool keep);
 
 // The report of an attempt. One without an outcome has timed out.
 Report connectReport(const Attempt& attempt, const ConnectFacts& facts, const Output& output);

@@ -1,8 +1,12 @@
 #include <fmt/format.h>
 
+#include <string>
+#include <vector>
+
 #include "kazwifictl/commands/commands.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/failure.h"
+#include "kazwifictl/text/similar_name.h"
 #include "kazwifictl/text/ssid_text.h"
 
 namespace kaz::ctl {
@@ -16,8 +20,14 @@ bool isListedAsSaved(const Snapshot& view, const std::string& ssid) {
     return network != nullptr && network->configured;
 }
 
-Failure notSaved(const std::string& what) {
-    return {ExitCode::notFound, what, "no network with this name is saved", "kazwifictl list --saved"};
+Failure notSaved(const std::string& what, const std::string& ssid, const Snapshot& view) {
+    std::vector<std::string> saved = view.names();
+    std::erase_if(saved, [&view](const std::string& name) {
+        return !view.isInUse(name) && !isListedAsSaved(view, name);
+    });
+    const auto similar = similarName(ssid, saved);
+    return {ExitCode::notFound, what, "no network with this name is saved",
+            similar ? "kazwifictl forget " + shellArgument(*similar, true) : "kazwifictl list --saved"};
 }
 
 }  // namespace
@@ -41,15 +51,20 @@ Report disconnectFrom(const Options& /*options*/, Workspace& place, Output& outp
 }
 
 Report forgetNetwork(const Options& options, Workspace& place, Output& output) {
-    const std::string& ssid = options.ssid;
-    const std::string name = quoted(ssid, output.terminal().utf8);
+    std::string ssid = options.ssid;
+    std::string name = quoted(ssid, output.terminal().utf8);
     const std::string what = "cannot forget " + name;
     checkSsid(ssid, what);
     const Snapshot before = place.look(what, Workspace::Need::stack);
+    if (const auto shown = nameShownAs(ssid, before.names());
+        shown && !before.isInUse(ssid) && before.find(ssid) == nullptr) {
+        ssid = *shown;
+        name = quoted(ssid, output.terminal().utf8);
+    }
     const bool inUse = before.isInUse(ssid);
     const bool listed = before.find(ssid) != nullptr;
     if (listed && !inUse && !isListedAsSaved(before, ssid)) {
-        throw CommandFailed(notSaved(what));
+        throw CommandFailed(notSaved(what, ssid, before));
     }
     Session& session = place.act(what, Workspace::Need::stack);
     session.takeFailures();
@@ -57,7 +72,7 @@ Report forgetNetwork(const Options& options, Workspace& place, Output& output) {
     const bool known = place.carryOutAndFinish();
     const Session::Failures failures = session.takeFailures();
     if (failures.contains(wifi::RequestFailure::unknownNetwork)) {
-        throw CommandFailed(notSaved(what));
+        throw CommandFailed(notSaved(what, ssid, before));
     }
     if (isListedAsSaved(session.latest(), ssid)) {
         throw CommandFailed(

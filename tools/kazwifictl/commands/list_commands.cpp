@@ -11,6 +11,7 @@ using std::chrono::milliseconds;
 namespace {
 
 constexpr milliseconds scanStartLimit{5000};
+constexpr milliseconds refusedScanLimit{1000};
 constexpr milliseconds scanLimit{30000};
 
 std::string namesText(const std::vector<NetworkRow>& rows) {
@@ -22,7 +23,8 @@ std::string namesText(const std::vector<NetworkRow>& rows) {
 }
 
 Report listReport(const Snapshot& view, const Options& options, const Output& output) {
-    std::vector<NetworkRow> rows = networkRows(view.networks, view.connection.info, view.access);
+    std::vector<NetworkRow> rows =
+        networkRows(view.networks, view.connection.info, view.access, view.connection.network);
     if (options.savedOnly) {
         std::erase_if(rows, [](const NetworkRow& row) { return !row.saved; });
     }
@@ -40,6 +42,25 @@ Report scanAndList(const std::string& what, const Options& options, Workspace& p
     return listReport(view, options, output);
 }
 
+// The supplicant also refuses a scan while it begins one by itself, which then shows soon.
+void beginScan(const std::string& what, Session& session) {
+    bool began = false;
+    const auto note = [&began](const Snapshot& /*before*/, const Snapshot& now) {
+        began = began || now.scanning;
+    };
+    session.takeFailures();
+    session.manager().scan();
+    session.carriedOut(scanStartLimit, note);
+    const bool refused = session.takeFailures().contains(wifi::RequestFailure::refused);
+    await(
+        session, refused ? refusedScanLimit : scanStartLimit,
+        [&began](const Snapshot& view) { return began || view.scanning; },
+        refused ? Failure{ExitCode::failed, what, "wpa_supplicant refused to scan",
+                          "rfkill list; ip link; or again when the device is not connecting"}
+                : Failure{ExitCode::failed, what, "wpa_supplicant took the request, but does not scan",
+                          "kazwifictl off, then kazwifictl on"});
+}
+
 }  // namespace
 
 // A session receives the results of a scan some time after its end, or never if nothing has changed. But the
@@ -48,10 +69,7 @@ Snapshot lookAround(const std::string& what, Workspace& place, Output& output) {
     Session& session = place.act(what, Workspace::Need::stack);
     output.sayForNow("scanning...");
     if (!session.latest().scanning) {
-        session.manager().scan();
-        await(session, scanStartLimit, [](const Snapshot& view) { return view.scanning; },
-              {ExitCode::failed, what, "wpa_supplicant did not start a scan",
-               "the command again in a moment; wpa_supplicant may be busy connecting"});
+        beginScan(what, session);
     }
     await(
         session, scanLimit, [](const Snapshot& view) { return !view.scanning; },

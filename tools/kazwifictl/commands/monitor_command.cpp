@@ -1,4 +1,5 @@
 #include <signal.h>
+#include <unistd.h>
 
 #include "kazwifictl/commands/change_writer.h"
 #include "kazwifictl/commands/commands.h"
@@ -17,7 +18,9 @@ WallClock::time_point wallTimeOf(Clock::time_point time) {
 
 Report monitorChanges(const Options& /*options*/, Workspace& place, Output& output) {
     Session& session = place.act("cannot monitor", Workspace::Need::nothing);
-    ChangeWriter writer(output);
+    ChangeWriter writer(output,
+                        [&place](const Snapshot& now) { return stackTrouble(now, place.log().hints()).why; });
+    session.watchReaderOf(STDOUT_FILENO);
     try {
         output.put(writer.begin(session.latest(), WallClock::now()));
         session.until(
@@ -25,6 +28,9 @@ Report monitorChanges(const Options& /*options*/, Workspace& place, Output& outp
             [&](const Snapshot& before, const Snapshot& now) {
                 output.put(writer.change(before, now, wallTimeOf(now.time)));
             });
+        if (session.readerGone()) {
+            output.readerIsGone();
+        }
     } catch (const Interrupted& interrupted) {
         if (interrupted.signal() == SIGINT && output.terminal().interactive) {
             output.say("\n");  // after the ^C that the terminal shows

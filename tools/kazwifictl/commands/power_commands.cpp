@@ -1,5 +1,8 @@
 #include <fmt/format.h>
 
+#include <optional>
+#include <string_view>
+
 #include "kazwifictl/commands/commands.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/failure.h"
@@ -7,38 +10,75 @@
 namespace kaz::ctl {
 namespace {
 
-void checkStored(Session& session, bool wanted) {
-    if (session.takeFailures().contains(wifi::RequestFailure::choiceNotWritten)) {
-        throw CommandFailed(
-            {ExitCode::failed,
-             fmt::format("Wi-Fi is {}, but only until the next start of the device", wanted ? "on" : "off"),
-             "the choice could not be written to the configuration file",
-             "checking the free space and the permissions of kaz.conf"});
+constexpr const char* notStored = "the choice could not be written to the configuration file";
+
+// What is so after the request, as a report. `failure` says what of it was not done.
+Report reportOf(bool on, bool changed, const Snapshot& now, const std::optional<Failure>& failure) {
+    return {failure ? std::string()
+                    : fmt::format("Wi-Fi is {}{}.\n", changed ? "" : "already ", on ? "on" : "off"),
+            {{"enabled", now.enabled}, {"running", now.running}, {"changed", changed}},
+            failure};
+}
+
+// systemd was not asked, or did not do it.
+Failure notDone(bool on, bool stored, const LibraryLog::Hints& hints) {
+    const StackTrouble trouble = unitTrouble(hints);
+    const std::string_view undone = on ? "wpa_supplicant was not started" : "wpa_supplicant was not stopped";
+    return {hints.noBus ? ExitCode::noStack : ExitCode::failed,
+            stored ? fmt::format("the choice is saved, but {}", undone)
+                   : fmt::format("{}, and the choice is not saved", undone),
+            trouble.why, trouble.advice};
+}
+
+Failure notKept(bool on) {
+    return {ExitCode::failed,
+            fmt::format("Wi-Fi is {}, but only until the next start of the device", on ? "on" : "off"),
+            notStored, "checking the free space and the permissions of kaz.conf"};
+}
+
+// systemd took the request, but the supplicant does not follow.
+Failure tooLate(bool on, Workspace& place, const Snapshot& now) {
+    const std::string what = fmt::format("the choice is saved, but wpa_supplicant did not {} within {:g} s",
+                                         on ? "start" : "stop", inSeconds(place.startWait()));
+    const LibraryLog::Hints hints = place.log().hints();
+    const bool known = on && (hints.noInterface || !hints.supplicantError.empty());
+    return known ? noStack(what, now, hints)
+                 : Failure{on ? ExitCode::noStack : ExitCode::timedOut,
+                           what,
+                           {},
+                           "systemctl status wpa_supplicant.service"};
+}
+
+// What of the request was not done, after it was carried out.
+std::optional<Failure> missing(bool on, Workspace& place, Session& session) {
+    const Session::Failures failures = session.takeFailures();
+    const LibraryLog::Hints hints = place.log().hints();
+    const bool stored = !failures.contains(wifi::RequestFailure::choiceNotWritten);
+    const bool refused =
+        failures.contains(wifi::RequestFailure::unitRefused) && !(!on && isUnitMissing(hints));
+    if (refused && !(on && session.latest().running)) {
+        return notDone(on, stored, hints);
     }
+    if (!session.until(Clock::now() + place.startWait(),
+                       [on](const Snapshot& view) { return view.running == on; })) {
+        return tooLate(on, place, session.latest());
+    }
+    return stored ? std::nullopt : std::optional(notKept(on));
 }
 
 Report switchWifi(bool on, Workspace& place) {
-    const std::string_view word = on ? "on" : "off";
-    const std::string what = fmt::format("cannot switch Wi-Fi {}", word);
+    const std::string what = fmt::format("cannot switch Wi-Fi {}", on ? "on" : "off");
     Session& session = place.act(what, Workspace::Need::nothing);
     const bool changed = session.latest().enabled != on || session.latest().running != on;
     session.takeFailures();
     session.manager().setEnabled(on);
-    const LibraryLog::Hints hints = place.log().hints();
-    const std::string late =
-        fmt::format("wpa_supplicant did not {} within {:g} s{}", on ? "start" : "stop",
-                    inSeconds(place.startWait()), on ? ", or has no Wi-Fi interface" : "");
-    await(
-        session, place.startWait(), [on](const Snapshot& view) { return view.running == on; },
-        on && hints.noBus ? noStack(what, session.latest(), hints)
-                          : Failure{on ? ExitCode::noStack : ExitCode::timedOut, what, late,
-                                    "systemctl status wpa_supplicant.service"});
     // A supplicant that does not run may be about to start, so the request to stop it must have run.
-    place.carryOutAndFinish();
-    checkStored(session, on);
-    return {fmt::format("Wi-Fi is {}{}.\n", changed ? "" : "already ", word),
-            {{"enabled", on}, {"running", session.latest().running}, {"changed", changed}},
-            std::nullopt};
+    if (!session.carriedOut(Session::requestLimit)) {
+        return reportOf(on, changed, session.latest(), noAnswer(what, place.log().hints()));
+    }
+    const auto failure = missing(on, place, session);
+    place.finish();
+    return reportOf(on, changed, session.latest(), failure);
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
 #include <fmt/format.h>
 
+#include <string>
+#include <string_view>
+
 #include "kazwifictl/commands/commands.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/signal_strength.h"
@@ -7,15 +10,23 @@
 
 namespace kaz::ctl {
 
+using namespace std::string_literals;
 using wifi::ConnectionInfo;
 
 namespace {
 
-std::string powerText(const Snapshot& view) {
+std::string powerText(const Snapshot& view, const LibraryLog::Hints& hints) {
     if (view.running) {
         return view.enabled ? "on" : "switched off, but wpa_supplicant runs";
     }
-    return view.enabled ? "on, but wpa_supplicant does not run" : "off";
+    if (isUnknown(view, hints)) {
+        return view.enabled ? "switched on; whether it works is unknown"
+                            : "switched off; whether the radio is off is unknown";
+    }
+    if (!view.enabled) {
+        return "off";
+    }
+    return "on, but " + (stackTrouble(view, hints).why == notRunning ? notRunning : "it cannot be used"s);
 }
 
 std::string connectionText(const ConnectionInfo& info, const Output& output) {
@@ -28,24 +39,40 @@ std::string connectionText(const ConnectionInfo& info, const Output& output) {
                        output.style().bold(output.name(info.ssid)));
 }
 
-std::string statusText(const Snapshot& view, const Output& output, Clock::time_point now) {
-    const ConnectionInfo& info = view.connection.info;
-    std::string text = fmt::format("Wi-Fi               {}\n", powerText(view));
+std::string line(std::string_view label, const std::string& value) {
+    return fmt::format("{:<20}{}\n", label, value);
+}
+
+std::string linkText(const Snapshot& view, const Output& output) {
+    const auto signal = knownSignal(view.connection.info.signal);
+    const wifi::NetworkInUse& inUse = view.connection.network;
+    std::string text = signal ? line("Signal", output.signal(*signal)) : std::string();
+    if (isKnown(inUse)) {
+        text += line("Security", securityInWords(inUse.securityMode));
+        text += line("Access point", bssidText(inUse.bssid));
+        text += inUse.frequency == 0 ? "" : line("Channel", channelText(inUse.frequency));
+    }
+    return inUse.rate == 0 ? text : text + line("Rate", fmt::format("{} Mbit/s", inUse.rate));
+}
+
+std::string statusText(const Snapshot& view, const LibraryLog::Hints& hints, const Output& output,
+                       Clock::time_point now) {
+    std::string text = line("Wi-Fi", powerText(view, hints));
     if (!view.running) {
         return text;
     }
-    text += fmt::format("Connection          {}\n", connectionText(info, output));
-    const auto signal = knownSignal(info.signal);
-    if (!view.isDisconnected() && signal) {
-        text += fmt::format("Signal              {}\n", output.signal(*signal));
+    text += line("Connection", connectionText(view.connection.info, output));
+    if (!view.isDisconnected()) {
+        text += linkText(view, output);
     }
     if (view.scanning) {
-        text += "Scanning            yes\n";
+        text += line("Scanning", "yes");
     }
-    if (info.disconnectReason != ConnectionInfo::DisconnectReason::unknown) {
-        text += fmt::format("Last disconnection  from {}, {:.1f} s ago, by the {}\n",
-                            output.name(info.disconnectSsid), inSeconds(now - info.disconnectTime),
-                            reasonName(info.disconnectReason));
+    const std::string end =
+        outcomeInWords(view.connection.lastOutcome, output.name(view.connection.lastOutcome.ssid));
+    if (!end.empty()) {
+        text += line("Previously",
+                     fmt::format("{}, {:.1f} s ago", end, inSeconds(now - view.connection.lastOutcome.time)));
     }
     return text;
 }
@@ -55,14 +82,17 @@ std::string statusText(const Snapshot& view, const Output& output, Clock::time_p
 Report showStatus(const Options& /*options*/, Workspace& place, Output& output) {
     const Snapshot view = place.look("cannot read the status", Workspace::Need::nothing);
     const auto now = Clock::now();
-    Report report{statusText(view, output, now),
+    const LibraryLog::Hints hints = place.log().hints();
+    Report report{statusText(view, hints, output, now),
                   {{"enabled", view.enabled},
                    {"running", view.running},
                    {"scanning", view.scanning},
-                   {"connection", connectionJson(view.connection.info, now)}},
+                   {"connection", connectionJson(view.connection, now)}},
                   std::nullopt};
-    if (view.enabled && !view.running) {
-        report.failure = noStack("Wi-Fi does not work", view, place.log().hints());
+    const bool unknown = isUnknown(view, hints);
+    if (unknown || (view.enabled && !view.running)) {
+        report.failure =
+            noStack(unknown ? "cannot read the whole status" : "Wi-Fi does not work", view, hints);
     }
     return report;
 }

@@ -26,7 +26,7 @@ _kazwifictl() {
     COMPREPLY=()
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-            status | on | off | scan | list | connect | disconnect | forget | monitor | doctor)
+            status | on | off | scan | list | connect | disconnect | forget | monitor | doctor | help)
                 command=${COMP_WORDS[i]}
                 break
                 ;;
@@ -46,14 +46,15 @@ _kazwifictl() {
             '') options+=' --version' ;;
             list) options+=' --names --saved' ;;
             connect) options+=' --hex --security --hidden --password-file --identity --anonymous-identity --eap
-                --phase2 --ca-file --domain --client-cert --private-key --wait --keep' ;;
+                --phase2 --ca-file --domain --client-cert --private-key --wait --keep --replace' ;;
             forget) options+=' --hex' ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
         return
     fi
     case $command in
-        '') mapfile -t COMPREPLY < <(compgen -W 'status on off scan list connect disconnect forget monitor doctor' -- "$word") ;;
+        '') mapfile -t COMPREPLY < <(compgen -W 'status on off scan list connect disconnect forget monitor doctor help' -- "$word") ;;
+        help) mapfile -t COMPREPLY < <(compgen -W 'status on off scan list connect disconnect forget monitor doctor' -- "$word") ;;
         connect) _kazwifictl_from_lines "$word" < <(_kazwifictl_ssids) ;;
         forget) _kazwifictl_from_lines "$word" < <(_kazwifictl_ssids --saved) ;;
     esac

@@ -22,6 +22,9 @@ complete -c kazwifictl -n $none -a forget -d 'Delete a saved network'
 complete -c kazwifictl -n $none -a monitor -d 'Show every change'
 complete -c kazwifictl -n $none -a doctor -d 'Find what is wrong with this device'
 
+complete -c kazwifictl -n $none -a help -d 'Show help'
+complete -c kazwifictl -n '__fish_seen_subcommand_from help' -a '$commands'
+
 complete -c kazwifictl -l json -d 'Write results as JSON'
 complete -c kazwifictl -l color -x -a 'auto always never' -d 'When to use colours'
 complete -c kazwifictl -s v -l verbose -d 'Write the log of the library to stderr'
@@ -49,3 +52,4 @@ complete -c kazwifictl -n $connect -l client-cert -r -F -d 'Certificate of this 
 complete -c kazwifictl -n $connect -l private-key -r -F -d 'Its key, instead of the password'
 complete -c kazwifictl -n $connect -l wait -x -d 'Seconds to wait for the outcome; 0 returns at once'
 complete -c kazwifictl -n $connect -l keep -d 'Keep a new network saved even if connecting fails'
+complete -c kazwifictl -n $connect -l replace -d 'Replace the settings of a saved network'

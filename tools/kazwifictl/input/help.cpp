@@ -19,7 +19,7 @@ constexpr std::string_view commandsText =
 std::string helpText() {
     return fmt::format(R"(usage: kazwifictl [OPTION...] [COMMAND [ARGUMENT...]]
 
-{}Without a command, a prompt reads commands. See also COMMAND --help.
+{}Without a command, a prompt reads commands. See also help COMMAND.
 
   --json                results as JSON         --color auto|always|never
   --simulate[=FILE]     use a simulated device  -v, --verbose  log to stderr
@@ -40,8 +40,8 @@ Exit status: 0 success, 1 failure, 2 invalid command line, 3 timeout,
 }
 
 std::string promptHelpText() {
-    return fmt::format(R"({}  help            show this text                quit        end (or Ctrl-D)
-See also COMMAND --help. Tab completes commands and SSIDs.
+    return fmt::format(R"({}  help [COMMAND]  show this, or all options     quit        end (or Ctrl-D)
+Tab completes commands and SSIDs.
 )",
                        commandsText);
 }
@@ -56,7 +56,7 @@ std::string HelpLayout::make_help(const CLI::App* command, std::string name, CLI
     const std::string examples = command->get_footer();
     return fmt::format("{}\nUsage: {} [OPTIONS]{}\n{}{}{}", command->get_description(), name, positionals,
                        make_positionals(command), make_groups(command, mode),
-                       examples.empty() ? "" : '\n' + examples + '\n');
+                       examples.empty() ? "" : examples + '\n');
 }
 
 std::string HelpLayout::make_option(const CLI::Option* option, bool isPositional) const {

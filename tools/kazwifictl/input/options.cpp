@@ -4,9 +4,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <map>
 #include <memory>
+#include <optional>
+#include <system_error>
 #include <utility>
 
 #include "base/hex.h"
@@ -29,9 +32,17 @@ void addSeconds(CLI::App& app, const std::string& name, std::chrono::millisecond
     const auto set = [&time](double seconds) {
         time = std::chrono::milliseconds(std::llround(seconds * 1000));
     };
+    const auto isTime = [](const std::string& text) {
+        constexpr double day = 86400;
+        double seconds = 0;
+        const char* end = text.data() + text.size();
+        const auto [read, error] = std::from_chars(text.data(), end, seconds);
+        const bool valid = error == std::errc() && read == end && seconds >= 0 && seconds <= day;
+        return valid ? std::string() : fmt::format("\"{}\" is not a number of seconds from 0 to 86400", text);
+    };
     app.add_option_function<double>(name, set, description)
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, 86400.0).description(""));
+        ->check(CLI::Validator(isTime, ""));
 }
 
 class Parser {
@@ -40,12 +51,14 @@ class Parser {
         app_.require_subcommand(0, 1);
         app_.set_help_flag("-h,--help", "Show this help");
         app_.formatter(std::make_shared<HelpLayout>());
+        app_.add_flag("--json", options_.json, "Write results as JSON");
         if (!prompt_) {
             addGlobals();
         }
         addPlainCommands();
         addConnect();
         addSsid(command(Command::forget, "Delete a saved network, and end its connection."));
+        addHelp();
     }
 
     Parsed parse(const std::vector<std::string>& arguments) {
@@ -58,6 +71,10 @@ class Parser {
             return Message{version.what() + std::string("\n")};
         } catch (const CLI::ExtrasError&) {
             return notExpected();
+        } catch (const CLI::RequiredError&) {
+            return usage("the name of the network is missing", prompt_ ? "list" : "kazwifictl list");
+        } catch (const CLI::ArgumentMismatch& error) {
+            return usage(withoutValue(error.what()));
         } catch (const CLI::ParseError& error) {
             return usage(error.what());
         } catch (const CommandFailed& failed) {
@@ -68,7 +85,8 @@ class Parser {
 
     std::vector<std::string> commandNames() const {
         std::vector<std::string> names;
-        for (const CLI::App* each : app_.get_subcommands([](const CLI::App*) { return true; })) {
+        for (const CLI::App* each :
+             app_.get_subcommands([](const CLI::App* sub) { return !sub->get_group().empty(); })) {
             names.push_back(each->get_name());
         }
         return names;
@@ -90,10 +108,14 @@ class Parser {
 
   private:
     void addGlobals() {
-        app_.add_flag("--json", options_.json, "Write results as JSON");
-        const auto setColour = [this](const std::string& word) { options_.colour = colours.at(word); };
-        app_.add_option_function<std::string>("--color,--colour", setColour, "When to use colours")
-            ->check(CLI::IsMember(colours));
+        const auto setColour = [this](const std::string& word) {
+            if (!colours.contains(word)) {
+                throw CommandFailed(
+                    usage(fmt::format("unknown word \"{}\"", word), "--color with auto, always or never"));
+            }
+            options_.colour = colours.at(word);
+        };
+        app_.add_option_function<std::string>("--color,--colour", setColour, "When to use colours");
         app_.add_flag("-v,--verbose", options_.verbose, "Write the library's log to stderr");
         app_.add_flag("--simulate{" + std::string(noSimulateFile) + "}", options_.simulate,
                       "Use a simulated device");
@@ -113,6 +135,16 @@ class Parser {
         command(Command::disconnect, "End the connection. The network stays saved.");
         command(Command::monitor, "Show every change until interrupted.");
         command(Command::doctor, "Find what is wrong with this device, and what mends it.");
+    }
+
+    // Not a Command, because it is done when the line has been parsed.
+    void addHelp() {
+        CLI::App* sub = app_.add_subcommand("help", "Show help, of a command if it is named.");
+        sub->group("")->fallthrough();
+        sub->add_option_function<std::string>(
+               "COMMAND", [this](const std::string& command) { help_ = command; }, "The command")
+            ->type_name("");
+        sub->callback([this] { help_ = help_.value_or(std::string()); });
     }
 
     void addConnect() {
@@ -142,6 +174,7 @@ class Parser {
         addText("--private-key", connect.privateKey, "FILE", "Its key, instead of the password");
         addSeconds(*sub, "--wait", connect.wait, "Seconds to wait (30); 0 returns at once");
         sub->add_flag("--keep", connect.keep, "Keep a new network saved even if connecting fails");
+        sub->add_flag("--replace", connect.replace, "Replace the settings of a saved network");
         sub->footer("Example: kazwifictl connect Lab --hidden --security wpa3 --password-file key");
     }
 
@@ -158,6 +191,9 @@ class Parser {
     }
 
     Parsed finish() {
+        if (help_) {
+            return helpFor(*help_);
+        }
         if (options_.simulate == noSimulateFile) {
             options_.simulate->clear();
         }
@@ -195,7 +231,29 @@ class Parser {
         if (subs.empty() && !extras.empty()) {
             return usage(fmt::format("unknown command \"{}\"", extras.front()));
         }
+        const std::string name = subs.empty() ? std::string() : subs.front()->get_name();
+        if (name != nameOf(Command::connect) && name != nameOf(Command::forget)) {
+            return usage(fmt::format("{} takes no argument", name),
+                         prompt_ ? "help " + name : "kazwifictl help " + name);
+        }
         return usage("too many arguments", "quotes around a name that contains blanks");
+    }
+
+    // CLI11's text begins with the option: "--wait: 1 required SECONDS missing".
+    static std::string withoutValue(const std::string& text) {
+        const std::string option = text.substr(0, text.find(':'));
+        return option.starts_with('-') ? option + " needs a value" : text;
+    }
+
+    Parsed helpFor(const std::string& command) const {
+        if (command.empty()) {
+            return Message{prompt_ ? promptHelpText() : helpText()};
+        }
+        const auto subs = app_.get_subcommands([&](const CLI::App* sub) { return sub->check_name(command); });
+        if (subs.empty()) {
+            return usage(fmt::format("unknown command \"{}\"", command));
+        }
+        return Message{subs.front()->help(prompt_ ? "" : "kazwifictl")};
     }
 
     Message help() const {
@@ -207,6 +265,7 @@ class Parser {
     }
 
     Options options_;
+    std::optional<std::string> help_;  // of this command; empty: of all
     bool hex_ = false;
     bool prompt_;
     CLI::App app_{"Manages the Wi-Fi of this device", "kazwifictl"};
@@ -237,7 +296,7 @@ std::vector<std::string> optionNames(const std::string& command) {
 }
 
 bool ConnectOptions::describesNetwork() const {
-    return security || hidden || passwordFile || !identity.empty() || !anonymousIdentity.empty() ||
+    return replace || security || hidden || passwordFile || !identity.empty() || !anonymousIdentity.empty() ||
            !eapMethod.empty() || !phase2Method.empty() || describesCertificates();
 }
 
@@ -245,14 +304,16 @@ bool ConnectOptions::describesCertificates() const {
     return !caFile.empty() || !domain.empty() || !clientCert.empty() || !privateKey.empty();
 }
 
+bool asksForJson(const std::vector<std::string>& arguments) {
+    const auto end = std::find(arguments.begin(), arguments.end(), "--");
+    return std::find(arguments.begin(), end, "--json") != end;
+}
+
 Parsed parseCommandLine(const std::vector<std::string>& arguments) {
     return Parser({}, false).parse(arguments);
 }
 
 Parsed parsePromptLine(const std::vector<std::string>& arguments, const Options& base) {
-    if (!arguments.empty() && arguments.front() == "help") {
-        return Message{promptHelpText()};
-    }
     Options options = base;
     options.command = Command::prompt;
     // Messages and the manual page write the program's name before a command, so it is accepted here too.

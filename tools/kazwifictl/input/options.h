@@ -38,6 +38,7 @@ struct ConnectOptions {
     std::optional<std::string> passwordFile;
     std::chrono::milliseconds wait{30000};
     bool keep = false;
+    bool replace = false;  // new settings may replace saved ones
 
     // Whether any option describes the network. Then a saved configuration is not used.
     bool describesNetwork() const;
@@ -63,6 +64,9 @@ struct Message {
 };
 
 using Parsed = std::variant<Options, Message, Failure>;
+
+// Whether --json is among the arguments, also if the others are not valid.
+bool asksForJson(const std::vector<std::string>& arguments);
 
 // Parses a command line without the program's name. Without a command, the result is Command::prompt.
 Parsed parseCommandLine(const std::vector<std::string>& arguments);

@@ -118,14 +118,19 @@ void readLine(int fd, SecretLine& line, const std::string& name, Interrupts& int
     }
 }
 
+FileDescriptor openTerminal(const std::string& what, const std::string& advice) {
+    FileDescriptor tty(::open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
+    if (tty.get() < 0) {
+        throw CommandFailed({ExitCode::usage, what, "there is no terminal", advice});
+    }
+    return tty;
+}
+
 }  // namespace
 
 std::string askSecret(const std::string& question, Interrupts& interrupts) {
-    const FileDescriptor tty(::open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
-    if (tty.get() < 0) {
-        throw CommandFailed({ExitCode::usage, "cannot ask for the password", "there is no terminal",
-                             "--password-file FILE, or the password on the standard input"});
-    }
+    const FileDescriptor tty = openTerminal("cannot ask for the password",
+                                            "--password-file FILE, or the password on the standard input");
     CaughtSignals stops({SIGTSTP});  // else Ctrl-Z would stop the process while the echo is off
     EchoOff echo(tty.get());
     writeAll(tty.get(), question);
@@ -144,6 +149,25 @@ std::string askSecret(const std::string& question, Interrupts& interrupts) {
     echo.show(TCSADRAIN);
     writeAll(tty.get(), "\n");
     return answer.take();
+}
+
+std::string askLine(const std::string& question, Interrupts& interrupts) {
+    const FileDescriptor tty = openTerminal("cannot ask", {});
+    ::tcflush(tty.get(), TCIFLUSH);  // discards what was typed before the question
+    writeAll(tty.get(), question);
+    SecretLine answer;
+    try {
+        readLine(tty.get(), answer, "the terminal", interrupts);
+    } catch (const Interrupted&) {
+        writeAll(tty.get(), "\n");
+        throw;
+    }
+    return answer.take();
+}
+
+bool askYes(const std::string& question, Interrupts& interrupts) {
+    const std::string answer = askLine(question + " [y/N] ", interrupts);
+    return answer == "y" || answer == "Y" || answer == "yes";
 }
 
 std::string readSecret(const std::string& path, Interrupts& interrupts) {

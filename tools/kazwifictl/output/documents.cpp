@@ -29,6 +29,17 @@ Json lastDisconnect(const ConnectionInfo& info, std::chrono::steady_clock::time_
     return json;
 }
 
+Json lastOutcome(const wifi::Outcome& outcome, std::chrono::steady_clock::time_point now) {
+    if (outcome.cause == wifi::Cause::none) {
+        return {};
+    }
+    Json json = ssidMembers(outcome.ssid);
+    json["cause"] = causeName(outcome.cause);
+    json["certainty"] = certaintyName(outcome.certainty);
+    json["ms_ago"] = inMilliseconds(now - outcome.time);
+    return json;
+}
+
 }  // namespace
 
 std::int64_t inMilliseconds(std::chrono::steady_clock::duration duration) {
@@ -40,7 +51,8 @@ double inSeconds(std::chrono::steady_clock::duration duration) {
 }
 
 Json document(std::string_view command, const Json& members, const Failure* failure) {
-    Json json{{"format", 1}, {"command", command}, {"ok", failure == nullptr}};
+    Json json{
+        {"format", 1}, {"command", command.empty() ? Json() : Json(command)}, {"ok", failure == nullptr}};
     json.update(members);
     if (failure != nullptr) {
         json["error"] = {{"code", static_cast<int>(failure->code)},
@@ -77,13 +89,20 @@ Json networksJson(const std::vector<NetworkRow>& rows) {
     return json;
 }
 
-Json connectionJson(const ConnectionInfo& info, std::chrono::steady_clock::time_point now) {
+Json connectionJson(const wifi::ConnectionDetails& details, std::chrono::steady_clock::time_point now) {
+    const ConnectionInfo& info = details.info;
+    const wifi::NetworkInUse& inUse = details.network;
     const bool connected = info.status != ConnectionInfo::Status::disconnected;
     Json json{{"status", statusName(info.status)}};
     json["ssid"] = connected ? Json(validUtf8(info.ssid)) : Json();
     json["ssid_hex"] = connected ? Json(toHex(info.ssid)) : Json();
     json["signal_dbm"] = connected ? orNull(knownSignal(info.signal)) : Json();
+    json["security"] = isKnown(inUse) ? Json(securityName(inUse.securityMode)) : Json();
+    json["bssid"] = isKnown(inUse) ? Json(bssidText(inUse.bssid)) : Json();
+    json["frequency_mhz"] = inUse.frequency != 0 ? Json(inUse.frequency) : Json();
+    json["rate_mbit"] = inUse.rate != 0 ? Json(inUse.rate) : Json();
     json["last_disconnect"] = lastDisconnect(info, now);
+    json["last_outcome"] = lastOutcome(details.lastOutcome, now);
     return json;
 }
 

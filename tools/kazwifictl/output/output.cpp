@@ -57,7 +57,8 @@ void Output::put(std::string_view text) {
 
 void Output::complain(const Failure& failure) {
     write({});
-    const std::string line = errorLine(failure) + '\n';
+    const Terminal err = terminalAt(STDERR_FILENO, ColourChoice::never);
+    const std::string line = errorText(failure, err.interactive ? err.columns : 0) + '\n';
     static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
 }
 

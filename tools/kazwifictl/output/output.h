@@ -1,7 +1,7 @@
 #pragma once
 
+#include <cerrno>
 #include <nlohmann/json.hpp>
-
 #include <string>
 #include <string_view>
 
@@ -33,6 +33,9 @@ class Output {
     // Reads the terminal's width again.
     void refresh();
 
+    // From now on writes results as JSON, or as text.
+    void setJson(bool json) { json_ = json; }
+
     // Writes text for a person. Does nothing with --json.
     void say(std::string_view text);
 
@@ -46,6 +49,9 @@ class Output {
     void put(std::string_view text);
 
     void complain(const Failure& failure);
+
+    // Nobody reads what is written any more. Counts as a write that failed.
+    void readerIsGone() { error_ = error_ == 0 ? EPIPE : error_; }
 
     // good() is false after a write failed; error() is then its errno.
     bool good() const { return error_ == 0; }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "base/non_copyable.h"
 
@@ -14,7 +15,11 @@ namespace kaz::ctl {
 class LibraryLog : NonCopyable {
   public:
     struct Hints {
-        bool noBus = false;  // the system bus cannot be reached
+        bool noBus = false;        // the system bus cannot be reached
+        bool noInterface = false;  // the supplicant has no interface that can be used
+        bool unitFound = false;    // systemd tells about the supplicant's unit
+        std::string systemdError;  // the name of the last D-Bus error from systemd; empty when there was none
+        std::string supplicantError;  // the same from the supplicant
     };
 
     explicit LibraryLog(bool verbose);

@@ -28,6 +28,9 @@ std::vector<std::string> candidates(const std::vector<std::string>& before, std:
     if (start.starts_with('-')) {
         return optionNames(before.front());
     }
+    if (before.front() == "help") {
+        return before.size() == 1 ? commandNames() : std::vector<std::string>();
+    }
     if (before.back() == "--security") {
         return {securityWords.begin(), securityWords.end()};
     }

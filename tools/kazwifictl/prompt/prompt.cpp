@@ -42,7 +42,8 @@ class Prompt {
   private:
     // Writes changes of the connection and of Wi-Fi on or off above the line. Leaves out scans and networks.
     void tell() {
-        ChangeWriter writer(output_);
+        ChangeWriter writer(
+            output_, [this](const Snapshot& now) { return stackTrouble(now, place_.log().hints()).why; });
         std::string text;
         place_.session().takeAll([&](const Snapshot& before, const Snapshot& now) {
             text += writer.news(before, now, ChangeWriter::WallClock::now());
@@ -81,6 +82,7 @@ class Prompt {
 
     void execute(const Options& options) {
         output_.refresh();
+        output_.setJson(options.json);
         try {
             last_ = runCommand(options, place_, output_);
         } catch (const Interrupted& interrupted) {
@@ -90,6 +92,7 @@ class Prompt {
             last_ = ExitCode::failed;
             output_.complain({ExitCode::failed, "interrupted", {}, {}});
         }
+        output_.setJson(options_.json);
     }
 
     const Options& options_;

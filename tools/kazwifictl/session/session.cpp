@@ -14,6 +14,8 @@ namespace {
 
 // Even a busy system answers within this time.
 constexpr std::chrono::milliseconds answerLimit{5000};
+// A person who waits longer without a word thinks that the program hangs.
+constexpr std::chrono::milliseconds slowAfter{1000};
 
 // The timeout for poll(): the time left, rounded up, so that the deadline has passed when poll() returns.
 int millisecondsUntil(Clock::time_point deadline) {
@@ -40,14 +42,17 @@ Session::Session(Interrupts& interrupts) : interrupts_(interrupts), follower_(ma
 
 bool Session::next(Clock::time_point deadline, const Observer& observer) {
     for (;;) {
-        std::array<pollfd, 2> waited{{{fd(), POLLIN, 0}, {interrupts_.fd(), POLLIN, 0}}};
+        // Without events, poll() reports only that the other end is closed.
+        std::array<pollfd, 3> waited{
+            {{fd(), POLLIN, 0}, {interrupts_.fd(), POLLIN, 0}, {readerGone_ ? -1 : reader_, 0, 0}}};
         const int timeout = millisecondsUntil(deadline);
         ::poll(waited.data(), waited.size(), timeout);
         interrupts_.check();
         if (deliverNext(observer)) {
             return true;
         }
-        if (timeout == 0) {
+        readerGone_ = readerGone_ || waited[2].revents != 0;
+        if (timeout == 0 || readerGone_) {
             return false;
         }
     }
@@ -67,13 +72,28 @@ void Session::takeAll(const Observer& observer) {
     }
 }
 
-Session::Start Session::start(std::chrono::milliseconds limit, bool patient) {
+Session::Start Session::start(std::chrono::milliseconds limit, bool patient,
+                              const std::function<void()>& slow) {
     const auto began = Clock::now();
-    if (!carriedOut(std::max(limit, answerLimit))) {
+    // Calls `slow` between the two parts of a wait that is longer than a second.
+    const auto wait = [&](std::chrono::milliseconds longest, const auto& done) {
+        if (done(std::min(longest, slowAfter))) {
+            return true;
+        }
+        if (slow && longest > slowAfter) {
+            slow();
+        }
+        return longest > slowAfter && done(longest);
+    };
+    if (!wait(std::max(limit, answerLimit), [&](std::chrono::milliseconds time) {
+            return carriedOut(std::chrono::ceil<std::chrono::milliseconds>(began + time - Clock::now()));
+        })) {
         return Start::noAnswer;
     }
     if (!latest_.running && patient && latest_.enabled) {
-        if (until(began + limit, [](const Snapshot& now) { return now.running; })) {
+        if (wait(limit, [&](std::chrono::milliseconds time) {
+                return until(began + time, [](const Snapshot& now) { return now.running; });
+            })) {
             carriedOut(answerLimit);  // the whole first state
         }
     }

@@ -40,20 +40,24 @@ class Session : NonCopyable {
     // The state after the changes taken so far.
     const Snapshot& latest() const { return latest_; }
 
-    // Waits for a change until `deadline`, and takes it. False at the deadline.
+    // Waits for a change until `deadline`, and takes it. False at the deadline, and when the reader is gone.
     bool next(Clock::time_point deadline, const Observer& observer = {});
 
     // Takes changes until `done` returns true. Checks it before the first change too. False at the deadline.
     bool until(Clock::time_point deadline, const Condition& done, const Observer& observer = {});
 
+    // Lets next() and until() return when nobody reads from `out` any more, a pipe for example.
+    void watchReaderOf(int out) { reader_ = out; }
+    bool readerGone() const { return readerGone_; }
+
     // Takes the changes that have arrived, without waiting. Call it when fd() is readable.
     void takeAll(const Observer& observer = {});
     int fd() const { return follower_.fd(); }
 
-    // Finds out whether the supplicant runs, and takes the whole first state. If Wi-Fi is switched on but the supplicant does not run, waits until
-    // `limit` for it if `patient`. Returns noAnswer if the system does not report its state within `limit`, or within
-    // 5 s if that is longer.
-    Start start(std::chrono::milliseconds limit, bool patient);
+    // Finds out whether the supplicant runs, and takes the whole first state. If Wi-Fi is switched on but the supplicant
+    // does not run, waits until `limit` for it if `patient`. Returns noAnswer if the system does not report its state
+    // within `limit`, or within 5 s if that is longer. Calls `slow` if it still waits after a second.
+    Start start(std::chrono::milliseconds limit, bool patient, const std::function<void()>& slow = {});
 
     // Longer than a D-Bus call, which times out after 10 s.
     static constexpr std::chrono::milliseconds requestLimit{15000};
@@ -73,6 +77,8 @@ class Session : NonCopyable {
     Interrupts& interrupts_;
     Snapshot latest_;
     Failures failures_;
+    int reader_ = -1;
+    bool readerGone_ = false;
     wifi::client::Follower follower_;
 };
 

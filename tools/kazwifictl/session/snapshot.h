@@ -7,6 +7,7 @@
 #include <chrono>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "kazwifictl/text/network_table.h"
 
@@ -25,6 +26,18 @@ struct Snapshot : wifi::client::Snapshot {
 
     // Whether the device is connected or connecting to `ssid`.
     bool isInUse(const std::string& ssid) const { return !isDisconnected() && connection.info.ssid == ssid; }
+
+    // The names of all networks that are known here.
+    std::vector<std::string> names() const {
+        std::vector<std::string> all;
+        for (const wifi::WifiNetwork& each : networks) {
+            all.push_back(each.ssid);
+        }
+        if (!isDisconnected() && find(connection.info.ssid) == nullptr) {
+            all.push_back(connection.info.ssid);
+        }
+        return all;
+    }
 
     // The network in the list with this name, or null.
     const wifi::WifiNetwork* find(const std::string& ssid) const {

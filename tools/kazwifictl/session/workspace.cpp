@@ -6,22 +6,12 @@
 
 namespace kaz::ctl {
 
-Failure noStack(const std::string& what, const Snapshot& now, const LibraryLog::Hints& hints) {
-    if (hints.noBus) {
-        return {ExitCode::noStack, what, "the system bus cannot be reached", "systemctl status dbus.service"};
-    }
-    if (!now.enabled) {
-        return {ExitCode::noStack, what, "Wi-Fi is switched off", "kazwifictl on"};
-    }
-    return {ExitCode::noStack, what, "wpa_supplicant does not run or has no Wi-Fi interface",
-            "systemctl status wpa_supplicant.service"};
-}
-
 Snapshot Workspace::look(const std::string& what, Need need) {
     return kind_ == Kind::prompt ? act(what, need).latest() : lookAfresh(what, need);
 }
 
 Snapshot Workspace::lookAfresh(const std::string& what, Need need) const {
+    log_.forgetHints();
     Session session(interrupts_);
     start(session, what, need);
     session.close();
@@ -31,6 +21,7 @@ Snapshot Workspace::lookAfresh(const std::string& what, Need need) const {
 Session& Workspace::act(const std::string& what, Need need) {
     const bool isNew = !session_;
     if (isNew) {
+        log_.forgetHints();
         session_ = std::make_unique<Session>(interrupts_);
     }
     if (kind_ == Kind::oneCommand) {
@@ -40,6 +31,9 @@ Session& Workspace::act(const std::string& what, Need need) {
         return *session_;
     }
     session_->takeAll();
+    if (session_->latest().running) {
+        log_.forgetHints();  // what was wrong before is over
+    }
     if (isNew || !session_->latest().running) {
         start(*session_, what, need);
     }
@@ -73,10 +67,9 @@ void Workspace::close() {
 
 void Workspace::start(Session& session, const std::string& what, Need need) const {
     const bool needed = need == Need::stack;
-    const Session::Start result = session.start(startWait_, needed);
+    const Session::Start result = session.start(startWait_, needed, slow_);
     if (result == Session::Start::noAnswer) {
-        throw CommandFailed({ExitCode::noStack, what, "systemd does not answer on the system bus",
-                             "busctl status org.freedesktop.systemd1"});
+        throw CommandFailed(noAnswer(what, log_.hints()));
     }
     if (result == Session::Start::notRunning && needed) {
         throw CommandFailed(noStack(what, session.latest(), log_.hints()));

@@ -4,9 +4,11 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "kazwifictl/process/background.h"
 #include "kazwifictl/process/library_log.h"
+#include "kazwifictl/session/no_stack.h"
 #include "kazwifictl/session/session.h"
 #include "kazwifictl/text/failure.h"
 
@@ -25,9 +27,15 @@ class Workspace : NonCopyable {
     // What a command needs; `stack` is a running supplicant.
     enum class Need { nothing, stack };
 
+    // `slow` is called when the state of the system takes more than a second to come.
     Workspace(Kind kind, Interrupts& interrupts, LibraryLog& log, std::chrono::milliseconds startWait,
-              Background* background = nullptr)
-        : kind_(kind), interrupts_(interrupts), log_(log), startWait_(startWait), background_(background) {}
+              Background* background = nullptr, std::function<void()> slow = {})
+        : kind_(kind),
+          interrupts_(interrupts),
+          log_(log),
+          startWait_(startWait),
+          background_(background),
+          slow_(std::move(slow)) {}
 
     // The complete present state.
     Snapshot look(const std::string& what, Need need);
@@ -67,11 +75,9 @@ class Workspace : NonCopyable {
     LibraryLog& log_;
     std::chrono::milliseconds startWait_;
     Background* background_;
+    std::function<void()> slow_;
     std::unique_ptr<Session> session_;
 };
-
-// Why no supplicant can be used.
-Failure noStack(const std::string& what, const Snapshot& now, const LibraryLog::Hints& hints);
 
 // Waits until `done` returns true. Throws CommandFailed with `failure` after `limit`.
 void await(Session& session, std::chrono::milliseconds limit, const Session::Condition& done,

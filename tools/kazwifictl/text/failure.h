@@ -30,6 +30,10 @@ struct Failure {
 // One line without a line break: "kazwifictl: WHAT: WHY; try: ADVICE".
 std::string errorLine(const Failure& failure);
 
+// The same for a terminal, on several lines if it is wider. A command to try has a line of its own and is not broken, so
+// that it can be pasted.
+std::string errorText(const Failure& failure, int columns);
+
 // "failed", "usage", "timed-out", "no-stack", "not-found", "refused"; "done" for no failure.
 std::string_view nameOf(ExitCode code);
 

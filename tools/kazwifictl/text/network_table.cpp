@@ -3,12 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
+#include <functional>
 #include <numeric>
 #include <tuple>
 
 #include "kazwifictl/text/signal_strength.h"
 #include "kazwifictl/text/ssid_text.h"
+#include "kazwifictl/text/text_of.h"
 #include "kazwifictl/text/unicode.h"
 #include "kazwifictl/text/words.h"
 
@@ -18,35 +19,113 @@ using wifi::ConnectionInfo;
 
 namespace {
 
-constexpr std::size_t columnCount = 4;
-constexpr std::size_t ssidColumn = 0;
-constexpr int narrowestSsid = 8;
 constexpr int markWidth = 2;
 constexpr int gap = 2;
+// A name is cut only when it has more columns than this.
+constexpr int generousSsid = 32;
+constexpr int modestSsid = 20;
 
-using Cells = std::array<std::string, columnCount>;
-using Widths = std::array<int, columnCount>;
+enum class Column { ssid, signal, security, state };
 
-Cells cellsOf(const NetworkRow& row, bool utf8) {
-    const std::string state = row.isCurrent() ? statusInWords(row.status) : (row.saved ? "saved" : "");
-    return {presentable(row.ssid, utf8),
-            row.dBm ? fmt::format("{} {:>4} dBm", barsText(*row.dBm, utf8), *row.dBm) : "-",
-            row.security ? securityInWords({row.demands, *row.security}) : "-", state};
+// Which columns there are, and how they are written.
+struct Layout {
+    std::vector<Column> columns;
+    bool dBm = false;
+    bool brief = false;
+    int ssid = modestSsid;  // the columns that names should have
+};
+
+// From wide to narrow.
+const std::vector<Layout>& layouts() {
+    using enum Column;
+    static const std::vector<Layout> all{
+        {{ssid, signal, security, state}, true, false, generousSsid},
+        {{ssid, signal, security, state}, false, false, generousSsid},
+        {{ssid, signal, security, state}, false, true, modestSsid},
+        {{ssid, security, state}, false, true, modestSsid},
+        {{ssid, state}, false, true, modestSsid},
+    };
+    return all;
 }
 
-Widths widthsOf(const std::vector<Cells>& lines, int columns) {
-    Widths widths{};
-    for (const Cells& cells : lines) {
-        for (std::size_t i = 0; i < columnCount; ++i) {
-            widths.at(i) = std::max(widths.at(i), columnsOf(cells.at(i)));
+using Cells = std::vector<std::string>;
+using Widths = std::vector<int>;
+
+std::string_view heading(Column column, bool brief) {
+    return textOf(column, {{Column::ssid, "SSID"},
+                           {Column::signal, brief ? "SIG" : "SIGNAL"},
+                           {Column::security, brief ? "SEC" : "SECURITY"},
+                           {Column::state, "STATE"}});
+}
+
+std::string stateOf(const NetworkRow& row, bool brief) {
+    if (brief && row.status == ConnectionInfo::Status::connectingIP) {
+        return "no address";
+    }
+    return row.isCurrent() ? statusInWords(row.status) : (row.saved ? "saved" : "");
+}
+
+std::string cellOf(Column column, const NetworkRow& row, const Layout& layout, bool utf8) {
+    switch (column) {
+        case Column::ssid:
+            return presentable(row.ssid, utf8);
+        case Column::signal:
+            if (!row.dBm) {
+                return "-";
+            }
+            return barsText(*row.dBm, utf8) + (layout.dBm ? fmt::format(" {:>4} dBm", *row.dBm) : "");
+        case Column::security:
+            if (!row.security) {
+                return "-";
+            }
+            return layout.brief ? std::string(securityInBrief(*row.security))
+                                : securityInWords({row.demands, *row.security});
+        case Column::state:
+            break;
+    }
+    return stateOf(row, layout.brief);
+}
+
+// The lines of a table in one layout, the heading first, and the widths of their columns.
+struct Cut {
+    const Layout* layout = nullptr;
+    std::vector<Cells> lines;
+    Widths widths;
+};
+
+Cut cutBy(const Layout& layout, const std::vector<NetworkRow>& rows, bool utf8) {
+    Cut cut{&layout, std::vector<Cells>(rows.size() + 1), {}};
+    for (const Column column : layout.columns) {
+        cut.lines.front().emplace_back(heading(column, layout.brief));
+        int widest = columnsOf(cut.lines.front().back());
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            cut.lines.at(i + 1).push_back(cellOf(column, rows.at(i), layout, utf8));
+            widest = std::max(widest, columnsOf(cut.lines.at(i + 1).back()));
+        }
+        cut.widths.push_back(widest);
+    }
+    return cut;
+}
+
+int widthWithoutSsid(const Widths& widths) {
+    const int gaps = gap * (static_cast<int>(widths.size()) - 1);
+    return std::accumulate(widths.begin() + 1, widths.end(), markWidth + gaps);
+}
+
+Cut cutFor(const std::vector<NetworkRow>& rows, const Terminal& terminal) {
+    Cut cut;
+    for (const Layout& layout : layouts()) {
+        cut = cutBy(layout, rows, terminal.utf8);
+        const int rest = terminal.columns - widthWithoutSsid(cut.widths);
+        if (terminal.columns == 0 || std::min(cut.widths.front(), layout.ssid) <= rest) {
+            break;
         }
     }
-    const int total = std::accumulate(widths.begin(), widths.end(), markWidth + gap * int{columnCount - 1});
-    if (columns > 0 && total > columns) {
-        int& ssid = widths.at(ssidColumn);
-        ssid = std::min(ssid, std::max(narrowestSsid, ssid - (total - columns)));
+    if (terminal.columns > 0) {
+        const int rest = terminal.columns - widthWithoutSsid(cut.widths);
+        cut.widths.front() = std::min(cut.widths.front(), std::max(rest, modestSsid / 2));
     }
-    return widths;
+    return cut;
 }
 
 // Joins the cells of a line, and cuts the line at the terminal's right edge.
@@ -59,10 +138,10 @@ class LineWriter {
         std::string line(mark);
         std::string blanks;
         int left = terminal_.columns > 0 ? terminal_.columns - markWidth : 1 << 20;
-        for (std::size_t i = 0; i < columnCount && left > 0; ++i) {
+        for (std::size_t i = 0; i < widths_.size() && left > 0; ++i) {
             const std::string text = cutTo(cells.at(i), std::min(widths_.at(i), left), ellipsis());
             if (!text.empty()) {
-                line += blanks + styled(i, i == ssidColumn && terminal_.interactive ? isolated(text) : text);
+                line += blanks + styled(i, i == 0 && terminal_.interactive ? isolated(text) : text);
                 blanks.clear();
             }
             blanks.append(static_cast<std::size_t>(std::max(0, widths_.at(i) + gap - columnsOf(text))), ' ');
@@ -86,7 +165,8 @@ wifi::NetworkAccess accessTo(const wifi::WifiNetwork& network, const Accesses& a
 }
 
 std::vector<NetworkRow> networkRows(const std::vector<wifi::WifiNetwork>& networks,
-                                    const ConnectionInfo& connection, const Accesses& accesses) {
+                                    const ConnectionInfo& connection, const Accesses& accesses,
+                                    const wifi::NetworkInUse& inUse) {
     std::vector<NetworkRow> rows;
     rows.reserve(networks.size() + 1);
     for (const wifi::WifiNetwork& network : networks) {
@@ -94,8 +174,9 @@ std::vector<NetworkRow> networkRows(const std::vector<wifi::WifiNetwork>& networ
         rows.push_back({network.ssid, network.signal, access.mode, network.configured, {}, access.demands});
     }
     std::sort(rows.begin(), rows.end(), [](const NetworkRow& a, const NetworkRow& b) {
-        return std::forward_as_tuple(-a.dBm.value_or(0), a.ssid) <
-               std::forward_as_tuple(-b.dBm.value_or(0), b.ssid);
+        constexpr int weakest = -1000;
+        return std::make_tuple(-a.dBm.value_or(weakest), std::cref(a.ssid)) <
+               std::make_tuple(-b.dBm.value_or(weakest), std::cref(b.ssid));
     });
     if (connection.status == ConnectionInfo::Status::disconnected) {
         return rows;
@@ -113,6 +194,9 @@ std::vector<NetworkRow> networkRows(const std::vector<wifi::WifiNetwork>& networ
         current.saved = listed->saved;
         rows.erase(listed);
     }
+    if (isKnown(inUse)) {
+        current.security = inUse.securityMode;
+    }
     rows.insert(rows.begin(), std::move(current));
     return rows;
 }
@@ -121,23 +205,20 @@ std::string networkTable(const std::vector<NetworkRow>& rows, const Terminal& te
     if (rows.empty()) {
         return "No networks in range.\n";
     }
-    std::vector<Cells> lines{{"SSID", "SIGNAL", "SECURITY", "STATE"}};
-    for (const NetworkRow& row : rows) {
-        lines.push_back(cellsOf(row, terminal.utf8));
-    }
-    const Widths widths = widthsOf(lines, terminal.columns);
-    const LineWriter write(widths, terminal);
+    const Cut cut = cutFor(rows, terminal);
+    const LineWriter write(cut.widths, terminal);
     const Style style(terminal.colour);
     std::string text =
-        write("  ", lines.front(), [&](std::size_t, std::string_view cell) { return style.dim(cell); });
+        write("  ", cut.lines.front(), [&](std::size_t, std::string_view cell) { return style.dim(cell); });
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const NetworkRow& row = rows.at(i);
         text += write(
-            row.isCurrent() ? "* " : "  ", lines.at(i + 1), [&](std::size_t column, std::string_view cell) {
-                if (column == 1 && row.dBm) {
+            row.isCurrent() ? "* " : "  ", cut.lines.at(i + 1), [&](std::size_t at, std::string_view cell) {
+                const Column column = cut.layout->columns.at(at);
+                if (column == Column::signal && row.dBm) {
                     return style.bySignal(*row.dBm, cell);
                 }
-                return column == ssidColumn && row.isCurrent() ? style.bold(cell) : std::string(cell);
+                return column == Column::ssid && row.isCurrent() ? style.bold(cell) : std::string(cell);
             });
     }
     return text;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <wifi/connection_details.h>
 #include <wifi/network_access.h>
 #include <wifi/types.h>
 
@@ -33,10 +34,11 @@ struct NetworkRow {
 
 // The network in use first, then the others by signal strength, strongest first, then by name.
 std::vector<NetworkRow> networkRows(const std::vector<wifi::WifiNetwork>& networks,
-                                    const wifi::ConnectionInfo& connection, const Accesses& accesses = {});
+                                    const wifi::ConnectionInfo& connection, const Accesses& accesses = {},
+                                    const wifi::NetworkInUse& inUse = {});
 
-// A heading and one line per network, or a sentence when there is no network. No line is wider than the
-// terminal: the SSID column is narrowed first, then the line is cut.
+// A heading and one line per network, or a sentence when there is no network. No line is wider than the terminal. On a
+// narrow one the dBm go first, then words become short, then the signal and the security go. The names are cut last.
 std::string networkTable(const std::vector<NetworkRow>& rows, const Terminal& terminal);
 
 }  // namespace kaz::ctl

@@ -78,6 +78,18 @@ std::string_view obstacleName(const wifi::NetworkAccess& access) {
     return "other";
 }
 
+std::string_view securityInBrief(SecurityMode mode) {
+    return textOf(mode,
+                  {{SecurityMode::none, "open"},
+                   {SecurityMode::wep, "WEP"},
+                   {SecurityMode::wpaPsk, "WPA"},
+                   {SecurityMode::rsnPsk, "WPA2"},
+                   {SecurityMode::sae, "WPA3"},
+                   {SecurityMode::enterprise, "EAP"},
+                   {SecurityMode::enterpriseVariant, "EAP"}},
+                  "?");
+}
+
 std::string_view securityName(SecurityMode mode) {
     return find(mode).spellings.front();
 }
@@ -120,6 +132,46 @@ std::string_view statusName(ConnectionInfo::Status status) {
                            {Status::connectingWifi, "connecting"},
                            {Status::connectingIP, "getting-address"},
                            {Status::connected, "connected"}});
+}
+
+bool isKnown(const wifi::NetworkInUse& network) {
+    return network.frequency != 0 ||
+           std::any_of(network.bssid.begin(), network.bssid.end(), [](auto byte) { return byte != 0; });
+}
+
+std::string bssidText(const std::array<std::uint8_t, 6>& bssid) {
+    return fmt::format("{:02x}", fmt::join(bssid, ":"));
+}
+
+std::string channelText(int frequency) {
+    constexpr int channel14 = 2484;
+    int channel = 0;
+    if (frequency >= 2412 && frequency < channel14) {
+        channel = (frequency - 2407) / 5;
+    } else if (frequency == channel14) {
+        channel = 14;
+    } else if (frequency > 5000 && frequency < 5950) {
+        channel = (frequency - 5000) / 5;
+    } else if (frequency > 5950 && frequency <= 7125) {
+        channel = (frequency - 5950) / 5;
+    }
+    return channel == 0 ? fmt::format("{} MHz", frequency) : fmt::format("{} ({} MHz)", channel, frequency);
+}
+
+std::string outcomeInWords(const wifi::Outcome& outcome, std::string_view name) {
+    if (outcome.cause == Cause::none) {
+        return {};
+    }
+    // The supplicant leaves with this reason when somebody else asked it to.
+    constexpr int leaving = 3;
+    const wifi::Evidence& evidence = outcome.evidence;
+    if (outcome.cause == Cause::unknown && evidence.reasonSender == wifi::Evidence::Sender::device &&
+        evidence.reasonCode == leaving) {
+        return fmt::format("disconnected from {}: another program probably asked for it", name);
+    }
+    return fmt::format("{} {}: {}",
+                       outcome.stage >= wifi::Stage::address ? "disconnected from" : "no connection to", name,
+                       Words().cause(outcome));
 }
 
 std::string_view reasonName(ConnectionInfo::DisconnectReason reason) {

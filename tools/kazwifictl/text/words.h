@@ -7,6 +7,7 @@
 #include <wifi/types.h>
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,6 +22,9 @@ std::string securityInWords(const wifi::NetworkAccess& access);
 
 // What keeps this device from joining the network: "owe". Empty if nothing does.
 std::string_view obstacleName(const wifi::NetworkAccess& access);
+
+// "WPA2": four columns at most.
+std::string_view securityInBrief(wifi::SecurityMode mode);
 
 // "wpa2": what --security takes and JSON carries.
 std::string_view securityName(wifi::SecurityMode mode);
@@ -48,6 +52,19 @@ std::string_view preposition(wifi::ConnectionInfo::Status status);
 
 // "getting-address"
 std::string_view statusName(wifi::ConnectionInfo::Status status);
+
+// Whether anything is known about the access point in use.
+bool isKnown(const wifi::NetworkInUse& network);
+
+// "02:00:00:00:01:01"
+std::string bssidText(const std::array<std::uint8_t, 6>& bssid);
+
+// "6 (2437 MHz)"; only the frequency when it is of no usual channel.
+std::string channelText(int frequency);
+
+// The end of a connection or of an attempt: "disconnected from NAME: the access point ended the connection". Empty when
+// nothing has ended. `name` is safe to show.
+std::string outcomeInWords(const wifi::Outcome& outcome, std::string_view name);
 
 // "user", "system"; "unknown" when nothing was disconnected.
 std::string_view reasonName(wifi::ConnectionInfo::DisconnectReason reason);

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include "kazwifictl/process/library_log.h"
+#include "kazwifictl/session/snapshot.h"
+#include "kazwifictl/text/failure.h"
+
+namespace kaz::ctl {
+
+// Why Wi-Fi cannot be used, and what helps. Every message about a missing bus, unit, supplicant or interface comes from
+// here.
+struct StackTrouble {
+    std::string why;
+    std::string advice;
+};
+// The trouble that is none but this: a unit that is not active.
+inline constexpr const char* notRunning = "wpa_supplicant does not run";
+StackTrouble stackTrouble(const Snapshot& now, const LibraryLog::Hints& hints);
+
+// The same as a failure.
+Failure noStack(const std::string& what, const Snapshot& now, const LibraryLog::Hints& hints);
+
+// Why systemd did not start or stop the supplicant.
+StackTrouble unitTrouble(const LibraryLog::Hints& hints);
+
+// Why the state could not be read in time.
+Failure noAnswer(const std::string& what, const LibraryLog::Hints& hints);
+
+// Whether systemd, or the way to it, refused to tell whether the supplicant runs.
+bool isUnknown(const Snapshot& now, const LibraryLog::Hints& hints);
+
+// Whether systemd knows no unit of the supplicant, so that there is nothing to stop.
+bool isUnitMissing(const LibraryLog::Hints& hints);
+
+}  // namespace kaz::ctl
