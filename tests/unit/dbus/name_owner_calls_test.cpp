@@ -59,6 +59,31 @@ TEST_F(NameOwnerCalls, SubscribeBeforeTheyAsk) {
     EXPECT_FALSE(owner.unknown());
 }
 
+// These reports are older than the answer, and are handled after it.
+TEST_F(NameOwnerCalls, MeetChangesOnTheWayAndEndWithTheLastOwner) {
+    std::vector<bool> told;
+    owner.setChangeTask([&](bool owned) { told.push_back(owned); });
+    auto attached = std::async([this] { owner.attach(client.get()); });
+    broker.answer(1);
+    broker.emitOwnerChange("test.Peer", ":1.1", "");
+    broker.emitOwnerChange("test.Peer", "", HandDrivenBus::owner);
+    broker.answer(1);
+    attached.get();
+    EXPECT_EQ(owner.owner(), HandDrivenBus::owner);
+    receiveUntil([&] { return told.size() == 2; });
+    EXPECT_EQ(told, (std::vector<bool>{false, true}));
+    EXPECT_EQ(owner.owner(), HandDrivenBus::owner);
+}
+
+TEST_F(NameOwnerCalls, MayBeRefusedWhenAnOwnerComesLater) {
+    broker.refuse("GetNameOwner");
+    attach(2);
+    EXPECT_TRUE(owner.unknown());
+    broker.emitOwnerChange("test.Peer", "", ":1.9");
+    receiveUntil([this] { return !owner.unknown(); });
+    EXPECT_EQ(owner.owner(), ":1.9");
+}
+
 TEST_F(NameOwnerCalls, EndWithARefusedSubscriptionAndAreMadeAgain) {
     broker.refuse("AddMatch");
     EXPECT_EQ(attach(1), Members{"AddMatch"});
