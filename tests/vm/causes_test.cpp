@@ -270,8 +270,8 @@ TEST_F(Causes, AMissingAddressIsTroubleAndEndsNothing) {
 
 struct NetworkOfMode {
     wifi::ConnectionSettings settings;
-    wifi::SecurityMode mode;
-    int frequency;
+    wifi::SecurityMode mode = wifi::SecurityMode::none;
+    int frequency = 0;  // MHz
 };
 
 TEST_F(Causes, TheNetworkInUseIsTold) {
