@@ -31,7 +31,7 @@ int millisecondsUntil(Clock::time_point deadline) {
 
 wifi::client::Follower makeFollower() {
     const SignalsBlocked blocked;
-    return wifi::client::Follower();
+    return {};
 }
 
 }  // namespace

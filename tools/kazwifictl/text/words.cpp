@@ -22,7 +22,7 @@ using wifi::client::Words;
 namespace {
 
 struct Security {
-    SecurityMode mode;
+    SecurityMode mode = SecurityMode::none;
     std::array<std::string_view, 3> spellings{};  // the first is the name; the others are understood too
 };
 
