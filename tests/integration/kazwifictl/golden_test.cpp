@@ -21,7 +21,7 @@ std::string masked(const std::string& text) {
         {std::regex(R"(\s+N\.N s)"), " N.N s"},
         {std::regex(R"("ms(_ago)?":\d+)"), "\"ms$1\":N"},
         {std::regex(R"(\d\d:\d\d:\d\d\.\d{3})"), "HH:MM:SS.mmm"},
-        {std::regex(R"((^|\n)\d\d:\d\d:\d\d  )"), "$1HH:MM:SS  "},
+        {std::regex(R"((^|\n)\d\d:\d\d:\d\d )"), "$1HH:MM:SS "},
         {std::regex(R"(\d{4}-\d\d-\d\dT)"), "YYYY-MM-DDT"},
         // The supplicant scans again before it joins only if its results are old.
         {std::regex(R"(  searched N\.N s\n)"), ""},

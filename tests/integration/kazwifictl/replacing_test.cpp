@@ -135,6 +135,60 @@ TEST_F(Replacing, AConnectionThatIsUnderWayIsOnlyWaitedFor) {
     EXPECT_EQ(device().supplicantState(), "completed");
 }
 
+TEST_F(Replacing, ASavedNetworkOutOfRangeIsNotReplacedUnasked) {
+    save("Far away", "never in range");
+    startAndScan();
+    const Finished result = runs(2, {"connect", "Far away", "--security", "wpa2"}, "another key\n");
+    EXPECT_TRUE(has(result.err, "new settings delete the saved ones")) << result.err;
+    EXPECT_FALSE(wasCalled("AddNetwork"));
+    EXPECT_TRUE(has(runs(5, {"connect", "far awy"}).err, "try: kazwifictl connect 'Far away'"));
+}
+
+TEST_F(Replacing, SavedNetworksAreListedWhereverTheyAre) {
+    save("Far away", "never in range");
+    save("Home", "correct horse");
+    startAndScan();
+    runs(0, {"connect", "Home"});
+    const std::string list = runs(0, {"list", "--saved"}).out;
+    EXPECT_TRUE(has(list, "* Home ")) << list;
+    EXPECT_TRUE(has(list, "  Far away  -              -              not in range\n")) << list;
+    EXPECT_FALSE(has(list, "Vault")) << list;
+    EXPECT_EQ(runs(0, {"list", "--saved", "--names"}).out, "Home\nFar away\n");
+    const std::string json = runs(0, {"list", "--saved", "--json"}).out;
+    EXPECT_TRUE(has(json, R"("ssid":"Far away","ssid_hex":"4661722061776179","signal_dbm":null)")) << json;
+    EXPECT_TRUE(has(json, R"("in_range":false}])")) << json;
+}
+
+TEST_F(Replacing, AllNetworksCanBeForgottenAtOnce) {
+    save("Far away", "never in range");
+    save("Home", "correct horse");
+    startAndScan();
+    const std::string out = runs(0, {"forget", "--all"}).out;
+    EXPECT_TRUE(has(out, "Forgot \"Far away\".\n")) << out;
+    EXPECT_TRUE(has(out, "Forgot \"Home\".\n")) << out;
+    EXPECT_FALSE(has(savedConfiguration(), "network={")) << savedConfiguration();
+    EXPECT_EQ(runs(0, {"forget", "--all"}).out, "No network is saved.\n");
+    EXPECT_EQ(runs(0, {"list", "--saved"}).out, "No network is saved.\n");
+    runs(2, {"forget"});
+    runs(2, {"forget", "--all", "Home"});
+}
+
+TEST_F(Replacing, AStateCanBeWaitedFor) {
+    startAndScan();
+    runs(0, {"wait", "--for", "on"});
+    runs(0, {"wait", "--for", "disconnected"});
+    EXPECT_TRUE(
+        has(runs(3, {"wait", "--timeout", "0.2"}).err, "the state \"connected\" is not reached after 0.2 s"));
+    const auto program = withPipes({"wait", "--json"});
+    connectHome();
+    EXPECT_EQ(program->wait().status, 0);
+    EXPECT_TRUE(has(program->out(), R"("ok":true,"state":"connected")")) << program->out();
+    runs(0, {"off"});
+    runs(0, {"wait", "--for", "off"});
+    EXPECT_TRUE(has(runs(3, {"wait", "--for", "on", "--timeout", "0.2"}).err, "Wi-Fi is switched off"));
+    runs(2, {"wait", "--for", "rain"});
+}
+
 TEST_F(Replacing, CtrlCSaysWhatIsLeft) {
     neighbourhood.times.handshake = std::chrono::hours(1);
     startAndScan();

@@ -88,6 +88,8 @@ TEST_F(Trouble, EveryReasonForAMissingStackHasItsOwnMessage) {
     device().clearFaults();
     device().setAutoRestart(false);
     device().crashSupplicant();
+    fails(4, list, "wpa_supplicant has failed; try: journalctl -u wpa_supplicant.service");
+    device().setUnitState("inactive", "dead");
     fails(4, list, "wpa_supplicant does not run; try: kazwifictl on");
 }
 

@@ -1,6 +1,7 @@
 #include "kazwifictl/commands/commands.h"
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -42,6 +43,7 @@ const std::vector<FakeWorld::Step> refusal{
 class CommandsTest : public testing::Test {
   protected:
     CommandsTest() {
+        ::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent", 1);  // the device is simulated
         world.slowness = milliseconds(10);
         world.inRange = {network("Home", -50, SecurityMode::rsnPsk),
                          network("Cafe", -60, SecurityMode::none)};

@@ -30,8 +30,8 @@ TEST(Documents, DescribeNetworks) {
     EXPECT_EQ(
         oneLine(networksJson(rows)),
         R"([{"ssid":"Home","ssid_hex":"486f6d65","signal_dbm":-48,"bars":4,"security":null,"obstacle":null,"saved":true,)"
-        R"("status":"connected"},{"ssid":"Caf\u00e9","ssid_hex":"436166c3a9","signal_dbm":-60,"bars":3,)"
-        R"("security":"wpa3","obstacle":null,"saved":true,"status":"disconnected"}])"
+        R"("status":"connected","in_range":true},{"ssid":"Caf\u00e9","ssid_hex":"436166c3a9","signal_dbm":-60,"bars":3,)"
+        R"("security":"wpa3","obstacle":null,"saved":true,"status":"disconnected","in_range":true}])"
         "\n");
 }
 

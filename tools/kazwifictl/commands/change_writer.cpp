@@ -4,8 +4,12 @@
 #include <fmt/format.h>
 #include <time.h>
 
+#include <algorithm>
+#include <cstddef>
+
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/signal_strength.h"
+#include "kazwifictl/text/unicode.h"
 #include "kazwifictl/text/words.h"
 
 namespace kaz::ctl {
@@ -154,15 +158,31 @@ class Lines {
         return output_.terminal().columns == 0 || output_.terminal().columns > columns;
     }
 
+    // Breaks at blanks what is wider than the terminal. A narrow one shows no topic where the text says it.
+    std::string linesOf(std::string_view topic, const std::string& text) const {
+        constexpr int roomyIndent = 26;
+        constexpr int narrowIndent = 9;
+        const bool roomy = isWiderThan(withSecurity);
+        const int indent = roomy ? roomyIndent : narrowIndent;
+        const int columns = output_.terminal().columns;
+        const bool named = topic == "wifi" || topic == "scan";
+        const std::string all = roomy || !named ? text : fmt::format("{} {}", topic, text);
+        std::string lines = output_.style().dim(localTime(time_, roomy));
+        lines += roomy ? fmt::format("  {:<10}  ", topic) : " ";
+        for (const char letter : columns == 0 ? all : wrapped(all, std::max(indent, columns - indent))) {
+            lines += letter;
+            lines.append(letter == '\n' ? static_cast<std::size_t>(indent) : 0U, ' ');
+        }
+        return lines + '\n';
+    }
+
     void add(std::string_view topic, const std::string& text, const Json& json) {
         if (output_.json()) {
             Json object{{"format", 1}, {"time", utcTime(time_)}, {"event", topic}};
             object.update(json);
             text_ += oneLine(object);
         } else {
-            text_ +=
-                fmt::format("{}  {:<10}  {}\n",
-                            output_.style().dim(localTime(time_, isWiderThan(withSecurity))), topic, text);
+            text_ += linesOf(topic, text);
         }
     }
 

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "base/non_copyable.h"
@@ -11,6 +12,7 @@
 #include "kazwifictl/commands/connect_plan.h"
 #include "kazwifictl/commands/connect_questions.h"
 #include "kazwifictl/commands/connect_report.h"
+#include "kazwifictl/commands/saved_networks.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/failure.h"
 #include "kazwifictl/text/similar_name.h"
@@ -100,14 +102,36 @@ class ConnectCommand : NonCopyable {
             !mayFit(view.accessTo(*network).mode, *options_.connect.security)) {
             facts_.announced = view.accessTo(*network).mode;
         }
-        auto* failure = std::get_if<Failure>(&plan);
         if (view.find(facts_.ssid) == nullptr) {
-            facts_.similar = similarName(facts_.ssid, view.names());
+            considerSaved(plan, view);
         }
+        auto* failure = std::get_if<Failure>(&plan);
         if (failure != nullptr && failure->code == ExitCode::notFound && facts_.similar) {
             failure->advice = "kazwifictl connect " + shellArgument(*facts_.similar, true);
         }
         return plan;
+    }
+
+    // The list has only networks in range. Others may be saved, too.
+    void considerSaved(ConnectPlan& plan, const Snapshot& view) {
+        const auto known = savedSsids();
+        const auto saved = known.value_or(std::vector<std::string>());
+        const bool isSaved = std::find(saved.begin(), saved.end(), facts_.ssid) != saved.end();
+        if (auto* settings = std::get_if<UseSettings>(&plan)) {
+            settings->replaces = settings->replaces || isSaved;
+        } else if (std::holds_alternative<UseSaved>(plan) && known && !isSaved) {
+            // An attempt would end the present connection for nothing.
+            plan = Failure{ExitCode::notFound,
+                           {},
+                           "it is not in range, and no network with this name is saved",
+                           "kazwifictl list, or --hidden and --security if it is hidden"};
+        }
+        auto names = view.names();
+        std::copy_if(saved.begin(), saved.end(), std::back_inserter(names),
+                     [&names](const std::string& ssid) {
+                         return std::find(names.begin(), names.end(), ssid) == names.end();
+                     });
+        facts_.similar = similarName(facts_.ssid, names);
     }
 
     // A name may also be typed as it is shown.
@@ -188,6 +212,7 @@ class ConnectCommand : NonCopyable {
         }
         facts_.replaced = facts_.replaced || facts_.saved;
         facts_.saved = false;
+        facts_.waits = false;  // what is typed must be requested
         return true;
     }
 

@@ -30,8 +30,9 @@ void ConnectQuestions::confirmReplacing(const std::string& what, const std::stri
     }
     if (!canAsk()) {
         throw CommandFailed({ExitCode::usage, what,
-                             "it is saved, and new settings delete the saved ones even if they do not work",
-                             plainCommand + " uses the saved ones, --replace the new ones"});
+                             "it is saved, and new settings delete the saved ones even if they do not work "
+                             "(--replace allows it)",
+                             plainCommand});
     }
     output_.sayForNow({});
     if (!askYes(fmt::format("{} is saved. New settings delete the saved ones, even if they do not work.\n"

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "kazwifictl/commands/commands.h"
+#include "kazwifictl/commands/saved_networks.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/failure.h"
 #include "kazwifictl/text/similar_name.h"
@@ -20,14 +21,47 @@ bool isListedAsSaved(const Snapshot& view, const std::string& ssid) {
     return network != nullptr && network->configured;
 }
 
-Failure notSaved(const std::string& what, const std::string& ssid, const Snapshot& view) {
+// The saved networks: all that the supplicant tells, or else those in range and in use.
+std::vector<std::string> savedNames(const Snapshot& view) {
     std::vector<std::string> saved = view.names();
     std::erase_if(saved, [&view](const std::string& name) {
         return !view.isInUse(name) && !isListedAsSaved(view, name);
     });
-    const auto similar = similarName(ssid, saved);
+    return savedSsids().value_or(saved);
+}
+
+Failure notSaved(const std::string& what, const std::string& ssid, const Snapshot& view) {
+    const auto similar = similarName(ssid, savedNames(view));
     return {ExitCode::notFound, what, "no network with this name is saved",
             similar ? "kazwifictl forget " + shellArgument(*similar, true) : "kazwifictl list --saved"};
+}
+
+Report forgetAll(Workspace& place, Output& output) {
+    const std::string what = "cannot forget the networks";
+    const std::vector<std::string> names = savedNames(place.look(what, Workspace::Need::stack));
+    Json networks = Json::array();
+    std::string text = names.empty() ? "No network is saved.\n" : "";
+    if (!names.empty()) {
+        Session& session = place.act(what, Workspace::Need::stack);
+        session.takeFailures();
+        for (const std::string& ssid : names) {
+            session.manager().forgetNetwork(ssid);
+            networks.push_back(ssidMembers(ssid));
+            text += fmt::format("Forgot {}.\n", quoted(ssid, output.terminal().utf8));
+        }
+        place.carryOutAndFinish();
+        const Session::Failures failures = session.takeFailures();
+        if (failures.contains(wifi::RequestFailure::refused)) {
+            throw CommandFailed({ExitCode::failed, what, "wpa_supplicant did not remove all of them",
+                                 "kazwifictl list --saved"});
+        }
+        if (failures.contains(wifi::RequestFailure::notSaved)) {
+            return {text,
+                    {{"networks", networks}},
+                    notWritten("they are forgotten, but only until wpa_supplicant restarts")};
+        }
+    }
+    return {text, {{"networks", networks}}, std::nullopt};
 }
 
 }  // namespace
@@ -51,6 +85,9 @@ Report disconnectFrom(const Options& /*options*/, Workspace& place, Output& outp
 }
 
 Report forgetNetwork(const Options& options, Workspace& place, Output& output) {
+    if (options.all) {
+        return forgetAll(place, output);
+    }
     std::string ssid = options.ssid;
     std::string name = quoted(ssid, output.terminal().utf8);
     const std::string what = "cannot forget " + name;

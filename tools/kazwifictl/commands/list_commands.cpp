@@ -1,4 +1,8 @@
+#include <algorithm>
+#include <utility>
+
 #include "kazwifictl/commands/commands.h"
+#include "kazwifictl/commands/saved_networks.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/failure.h"
 #include "kazwifictl/text/network_table.h"
@@ -22,14 +26,33 @@ std::string namesText(const std::vector<NetworkRow>& rows) {
     return text;
 }
 
+// The saved networks, also those out of range if the supplicant tells them.
+Report savedReport(std::vector<NetworkRow> rows, const Options& options, const Output& output) {
+    const auto saved = savedSsids();
+    std::erase_if(rows, [](const NetworkRow& row) { return !row.saved; });
+    for (const std::string& ssid : saved.value_or(std::vector<std::string>())) {
+        if (std::none_of(rows.begin(), rows.end(), [&](const NetworkRow& row) { return row.ssid == ssid; })) {
+            NetworkRow row;
+            row.ssid = ssid;
+            row.saved = true;
+            row.inRange = false;
+            rows.push_back(std::move(row));
+        }
+    }
+    const Json members{{"networks", networksJson(rows)}};
+    if (options.namesOnly) {
+        return {namesText(rows), members, std::nullopt};
+    }
+    const std::string none = saved ? "No network is saved.\n" : "No saved network is in range.\n";
+    const std::string rest = saved ? "" : "wpa_supplicant does not tell whether others are saved.\n";
+    return {(rows.empty() ? none : networkTable(rows, output.terminal())) + rest, members, std::nullopt};
+}
+
 Report listReport(const Snapshot& view, const Options& options, const Output& output) {
     std::vector<NetworkRow> rows =
         networkRows(view.networks, view.connection.info, view.access, view.connection.network);
     if (options.savedOnly) {
-        std::erase_if(rows, [](const NetworkRow& row) { return !row.saved; });
-    }
-    if (rows.empty() && options.savedOnly && !options.namesOnly) {
-        return {"No saved networks in range.\n", {{"networks", Json::array()}}, std::nullopt};
+        return savedReport(std::move(rows), options, output);
     }
     return {options.namesOnly ? namesText(rows) : networkTable(rows, output.terminal()),
             {{"networks", networksJson(rows)}},
@@ -85,8 +108,9 @@ Report listNetworks(const Options& options, Workspace& place, Output& output) {
     const std::string what = "cannot list the networks";
     const Snapshot view = place.look(what, Workspace::Need::stack);
     const bool nothingKnown = view.networks.empty() && view.isDisconnected();
-    return nothingKnown && !options.namesOnly ? scanAndList(what, options, place, output)
-                                              : listReport(view, options, output);
+    return nothingKnown && !options.namesOnly && !options.savedOnly
+               ? scanAndList(what, options, place, output)
+               : listReport(view, options, output);
 }
 
 Report scanNetworks(const Options& options, Workspace& place, Output& output) {

@@ -20,6 +20,7 @@ const std::map<Command, Function> functions{
     {Command::disconnect, disconnectFrom},
     {Command::forget, forgetNetwork},
     {Command::monitor, monitorChanges},
+    {Command::wait, waitForState},
     {Command::doctor, findFaults},
 };
 
@@ -59,7 +60,7 @@ ExitCode runCommand(const Options& options, Workspace& place, Output& output) {
         report = function == functions.end() ? Report{} : function->second(options, place, output);
     } catch (const CommandFailed& failed) {
         report.failure = failed.failure();
-        if (options.command == Command::connect || options.command == Command::forget) {
+        if (options.command == Command::connect || (options.command == Command::forget && !options.all)) {
             report.members = ssidMembers(options.ssid);
         }
     }

@@ -26,7 +26,7 @@ _kazwifictl() {
     COMPREPLY=()
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-            status | on | off | scan | list | connect | disconnect | forget | monitor | doctor | help)
+            status | on | off | scan | list | connect | disconnect | forget | monitor | wait | doctor | help)
                 command=${COMP_WORDS[i]}
                 break
                 ;;
@@ -35,10 +35,11 @@ _kazwifictl() {
     case $previous in
         --color | --colour) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$word"); return ;;
         --security) mapfile -t COMPREPLY < <(compgen -W 'open wep wpa wpa2 wpa3 enterprise' -- "$word"); return ;;
+        --for) mapfile -t COMPREPLY < <(compgen -W 'on off connected disconnected' -- "$word"); return ;;
         --eap) mapfile -t COMPREPLY < <(compgen -W 'MSCHAPV2 PEAP PWD TLS TTLS' -- "$word"); return ;;
         --phase2) mapfile -t COMPREPLY < <(compgen -W 'GTC MSCHAP MSCHAPV2 PAP' -- "$word"); return ;;
         --password-file | --ca-file | --client-cert | --private-key) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- "$word"); return ;;
-        --identity | --anonymous-identity | --domain | --wait | --start-wait) return ;;
+        --identity | --anonymous-identity | --domain | --wait | --start-wait | --timeout) return ;;
     esac
     if [[ $word == -* ]]; then
         local options='--json --color --verbose --simulate --start-wait --help'
@@ -47,14 +48,15 @@ _kazwifictl() {
             list) options+=' --names --saved' ;;
             connect) options+=' --hex --security --hidden --password-file --identity --anonymous-identity --eap
                 --phase2 --ca-file --domain --client-cert --private-key --wait --keep --replace' ;;
-            forget) options+=' --hex' ;;
+            forget) options+=' --hex --all' ;;
+            wait) options+=' --for --timeout' ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
         return
     fi
     case $command in
-        '') mapfile -t COMPREPLY < <(compgen -W 'status on off scan list connect disconnect forget monitor doctor help' -- "$word") ;;
-        help) mapfile -t COMPREPLY < <(compgen -W 'status on off scan list connect disconnect forget monitor doctor' -- "$word") ;;
+        '') mapfile -t COMPREPLY < <(compgen -W 'status on off scan list connect disconnect forget monitor wait doctor help' -- "$word") ;;
+        help) mapfile -t COMPREPLY < <(compgen -W 'status on off scan list connect disconnect forget monitor wait doctor' -- "$word") ;;
         connect) _kazwifictl_from_lines "$word" < <(_kazwifictl_ssids) ;;
         forget) _kazwifictl_from_lines "$word" < <(_kazwifictl_ssids --saved) ;;
     esac

@@ -1,6 +1,6 @@
 # fish completion for kazwifictl(1)
 
-set -l commands status on off scan list connect disconnect forget monitor doctor
+set -l commands status on off scan list connect disconnect forget monitor wait doctor
 set -l none "not __fish_seen_subcommand_from $commands"
 set -l connect '__fish_seen_subcommand_from connect'
 
@@ -20,6 +20,7 @@ complete -c kazwifictl -n $none -a connect -d 'Connect to a network'
 complete -c kazwifictl -n $none -a disconnect -d 'End the connection'
 complete -c kazwifictl -n $none -a forget -d 'Delete a saved network'
 complete -c kazwifictl -n $none -a monitor -d 'Show every change'
+complete -c kazwifictl -n $none -a wait -d 'Wait for a state'
 complete -c kazwifictl -n $none -a doctor -d 'Find what is wrong with this device'
 
 complete -c kazwifictl -n $none -a help -d 'Show help'
@@ -53,3 +54,6 @@ complete -c kazwifictl -n $connect -l private-key -r -F -d 'Its key, instead of 
 complete -c kazwifictl -n $connect -l wait -x -d 'Seconds to wait for the outcome; 0 returns at once'
 complete -c kazwifictl -n $connect -l keep -d 'Keep a new network saved even if connecting fails'
 complete -c kazwifictl -n $connect -l replace -d 'Replace the settings of a saved network'
+complete -c kazwifictl -n '__fish_seen_subcommand_from forget' -l all -d 'All saved networks'
+complete -c kazwifictl -n '__fish_seen_subcommand_from wait' -l for -x -a 'on off connected disconnected' -d 'The state'
+complete -c kazwifictl -n '__fish_seen_subcommand_from wait' -l timeout -x -d 'How long to wait'

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <map>
@@ -27,8 +28,8 @@ const std::map<std::string, ColourChoice> colours{
     {"auto", ColourChoice::automatic}, {"always", ColourChoice::always}, {"never", ColourChoice::never}};
 
 // An option with a number of seconds, up to a day.
-void addSeconds(CLI::App& app, const std::string& name, std::chrono::milliseconds& time,
-                const std::string& description) {
+template <typename Time>
+void addSeconds(CLI::App& app, const std::string& name, Time& time, const std::string& description) {
     const auto set = [&time](double seconds) {
         time = std::chrono::milliseconds(std::llround(seconds * 1000));
     };
@@ -57,7 +58,10 @@ class Parser {
         }
         addPlainCommands();
         addConnect();
-        addSsid(command(Command::forget, "Delete a saved network, and end its connection."));
+        CLI::App* forget = command(Command::forget, "Delete a saved network, and end its connection.");
+        addSsid(forget)->required(false);
+        forget->add_flag("--all", options_.all, "All saved networks, also those out of range");
+        addWait();
         addHelp();
     }
 
@@ -185,9 +189,31 @@ class Parser {
         return sub;
     }
 
-    void addSsid(CLI::App* command) {
-        command->add_option("SSID", options_.ssid, "The network's name")->type_name("")->required();
+    CLI::Option* addSsid(CLI::App* command) {
         command->add_flag("--hex", hex_, "SSID is given in hexadecimal digits");
+        return command->add_option("SSID", options_.ssid, "The network's name")
+            ->each([this](const std::string&) { named_ = true; })
+            ->type_name("")
+            ->required();
+    }
+
+    void addWait() {
+        CLI::App* sub = command(Command::wait, "Wait until a state is reached.");
+        const auto setState = [this](const std::string& word) {
+            constexpr std::array states{WaitedState::on, WaitedState::off, WaitedState::connected,
+                                        WaitedState::disconnected};
+            const auto* const found = std::find_if(
+                states.begin(), states.end(), [&word](WaitedState state) { return nameOf(state) == word; });
+            if (found == states.end()) {
+                throw CommandFailed(usage(fmt::format("unknown state \"{}\"", word),
+                                          "one of on, off, connected, disconnected"));
+            }
+            options_.waitedState = *found;
+        };
+        sub->add_option_function<std::string>("--for", setState,
+                                              "on, off, connected (the default), disconnected")
+            ->type_name("STATE");
+        addSeconds(*sub, "--timeout", options_.timeout, "Seconds to wait; without it for ever");
     }
 
     Parsed finish() {
@@ -196,6 +222,11 @@ class Parser {
         }
         if (options_.simulate == noSimulateFile) {
             options_.simulate->clear();
+        }
+        if (options_.command == Command::forget && named_ == options_.all) {
+            return named_ ? usage("--all and a name exclude each other", "one of them")
+                          : usage("the name of the network is missing",
+                                  prompt_ ? "list --saved" : "kazwifictl list --saved");
         }
         if (hex_) {
             const auto bytes = fromHex(options_.ssid);
@@ -267,6 +298,7 @@ class Parser {
     Options options_;
     std::optional<std::string> help_;  // of this command; empty: of all
     bool hex_ = false;
+    bool named_ = false;  // an SSID is given
     bool prompt_;
     CLI::App app_{"Manages the Wi-Fi of this device", "kazwifictl"};
 };
@@ -283,8 +315,16 @@ std::string_view nameOf(Command command) {
                             {Command::disconnect, "disconnect"},
                             {Command::forget, "forget"},
                             {Command::monitor, "monitor"},
+                            {Command::wait, "wait"},
                             {Command::doctor, "doctor"},
                             {Command::prompt, ""}});
+}
+
+std::string_view nameOf(WaitedState state) {
+    return textOf(state, {{WaitedState::on, "on"},
+                          {WaitedState::off, "off"},
+                          {WaitedState::connected, "connected"},
+                          {WaitedState::disconnected, "disconnected"}});
 }
 
 std::vector<std::string> commandNames() {

@@ -13,7 +13,20 @@
 
 namespace kaz::ctl {
 
-enum class Command { status, on, off, scan, list, connect, disconnect, forget, monitor, doctor, prompt };
+enum class Command {
+    status,
+    on,
+    off,
+    scan,
+    list,
+    connect,
+    disconnect,
+    forget,
+    monitor,
+    wait,
+    doctor,
+    prompt
+};
 
 // The command's name, such as "list". Empty for Command::prompt.
 std::string_view nameOf(Command command);
@@ -45,6 +58,12 @@ struct ConnectOptions {
     bool describesCertificates() const;
 };
 
+// What `wait` waits for. `on` and `off`: the supplicant can be used, or does not run.
+enum class WaitedState { on, off, connected, disconnected };
+
+// "on", "off", "connected", "disconnected"
+std::string_view nameOf(WaitedState state);
+
 struct Options {
     Command command = Command::prompt;
     bool json = false;
@@ -54,7 +73,10 @@ struct Options {
     std::chrono::milliseconds startWait{5000};
     bool namesOnly = false;  // of list
     bool savedOnly = false;
+    bool all = false;  // of forget
     std::string ssid;  // bytes
+    WaitedState waitedState = WaitedState::connected;
+    std::optional<std::chrono::milliseconds> timeout;  // of wait; nothing: for ever
     ConnectOptions connect;
 };
 

@@ -78,6 +78,7 @@ Json networkJson(const NetworkRow& row) {
     json["obstacle"] = obstacle.empty() ? Json() : Json(obstacle);
     json["saved"] = row.saved;
     json["status"] = statusName(row.status);
+    json["in_range"] = row.inRange;
     return json;
 }
 

@@ -31,6 +31,9 @@ std::vector<std::string> candidates(const std::vector<std::string>& before, std:
     if (before.front() == "help") {
         return before.size() == 1 ? commandNames() : std::vector<std::string>();
     }
+    if (before.back() == "--for") {
+        return {"on", "off", "connected", "disconnected"};
+    }
     if (before.back() == "--security") {
         return {securityWords.begin(), securityWords.end()};
     }

@@ -1,6 +1,11 @@
 #include "kazwifictl/session/no_stack.h"
 
+#include <chrono>
+#include <optional>
 #include <string_view>
+
+#include "inspection/bus_facts.h"
+#include "inspection/facts.h"
 
 namespace kaz::ctl {
 namespace {
@@ -23,6 +28,34 @@ bool isTimeout(std::string_view error) {
            error == "org.freedesktop.DBus.Error.TimedOut" || error == "System.Error.ETIMEDOUT";
 }
 
+StackTrouble missingUnit() {
+    return {"the unit wpa_supplicant.service does not exist", "installing wpa_supplicant"};
+}
+
+StackTrouble maskedUnit() {
+    return {"the unit wpa_supplicant.service is masked", "systemctl unmask wpa_supplicant.service"};
+}
+
+// Why the unit is not active. The library reports only that it is not, so this asks systemd.
+StackTrouble inactiveUnit() {
+    constexpr std::chrono::milliseconds limit{1200};
+    inspection::Facts facts;
+    inspection::readBus(facts, limit);
+    if (facts.unit.isKnown() && facts.unit->loadState == "not-found") {
+        return missingUnit();
+    }
+    if (facts.unit.isKnown() && facts.unit->loadState == "masked") {
+        return maskedUnit();
+    }
+    if (facts.unit.isKnown() && facts.unit->activeState == "failed") {
+        return {"wpa_supplicant has failed", "journalctl -u wpa_supplicant.service"};
+    }
+    if (facts.unit.isKnown() && facts.unit->activeState == "activating") {
+        return {"wpa_supplicant is still starting", "a longer --start-wait"};
+    }
+    return {notRunning, "kazwifictl on"};
+}
+
 // What the supplicant, or the bus in its place, answered.
 StackTrouble supplicantTrouble(const LibraryLog::Hints& hints) {
     if (isDenied(hints.supplicantError)) {
@@ -39,7 +72,7 @@ StackTrouble supplicantTrouble(const LibraryLog::Hints& hints) {
         return {"wpa_supplicant has no Wi-Fi interface",
                 "ip link, then starting wpa_supplicant with -i INTERFACE"};
     }
-    return {notRunning, "kazwifictl on"};
+    return inactiveUnit();
 }
 
 }  // namespace
@@ -49,10 +82,10 @@ StackTrouble unitTrouble(const LibraryLog::Hints& hints) {
         return {"the system bus cannot be reached", "systemctl status dbus.service"};
     }
     if (isUnitMissing(hints)) {
-        return {"the unit wpa_supplicant.service does not exist", "installing wpa_supplicant"};
+        return missingUnit();
     }
     if (hints.systemdError == "org.freedesktop.systemd1.UnitMasked") {
-        return {"the unit wpa_supplicant.service is masked", "systemctl unmask wpa_supplicant.service"};
+        return maskedUnit();
     }
     if (isDenied(hints.systemdError)) {
         return {"systemd does not let this user start or stop wpa_supplicant", "the command as root"};

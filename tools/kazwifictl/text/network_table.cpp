@@ -62,6 +62,9 @@ std::string stateOf(const NetworkRow& row, bool brief) {
     if (brief && row.status == ConnectionInfo::Status::connectingIP) {
         return "no address";
     }
+    if (!row.inRange) {
+        return brief ? "away" : "not in range";
+    }
     return row.isCurrent() ? statusInWords(row.status) : (row.saved ? "saved" : "");
 }
 

@@ -28,6 +28,7 @@ struct NetworkRow {
     bool saved = false;
     wifi::ConnectionInfo::Status status = wifi::ConnectionInfo::Status::disconnected;
     wifi::NetworkDemands demands{};
+    bool inRange = true;  // otherwise only its name is known, and that it is saved
 
     bool isCurrent() const { return status != wifi::ConnectionInfo::Status::disconnected; }
 };

@@ -1,0 +1,34 @@
+#include "kazwifictl/commands/saved_networks.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+
+#include "inspection/bus_facts.h"
+#include "inspection/facts.h"
+
+namespace kaz::ctl {
+
+std::optional<std::vector<std::string>> savedSsids() {
+    constexpr std::chrono::milliseconds limit{1200};
+    inspection::Facts facts;
+    inspection::readBus(facts, limit);
+    if (!facts.supplicant.isKnown() || facts.supplicant->interfaces.empty()) {
+        return std::nullopt;
+    }
+    const auto& networks = facts.supplicant->interfaces.front().networks;
+    // The inspection reads no more than 100 of them, so there may be others.
+    constexpr std::size_t mostRead = 100;
+    if (!networks.isKnown() || networks->size() >= mostRead) {
+        return std::nullopt;
+    }
+    std::vector<std::string> names;
+    for (const inspection::Network& network : *networks) {
+        if (network.ssid && std::find(names.begin(), names.end(), *network.ssid) == names.end()) {
+            names.push_back(*network.ssid);
+        }
+    }
+    return names;
+}
+
+}  // namespace kaz::ctl
