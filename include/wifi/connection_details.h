@@ -30,7 +30,7 @@ enum class Cause : std::int32_t {
     noAddress = 11,     ///< the radio link is up, but no address was obtained; see ConnectionDetails::trouble
     radioBlocked = 12,  ///< the radio is switched off: blocked (rfkill), or the interface is down
     supplicantGone = 13,    ///< the supplicant ended, lost its interface, or cannot be reached
-    supplicantSilent = 14,  ///< the supplicant did not answer the request
+    supplicantSilent = 14,  ///< the supplicant did not answer; see also ConnectionDetails::trouble
     requestRefused = 15,    ///< the supplicant did not take the request, or knows no network of this SSID
     givenUp = 16,           ///< the user disconnected, forgot the network or switched Wi-Fi off
     replaced = 17,          ///< another attempt took its place
@@ -166,7 +166,8 @@ struct ConnectionDetails {
     ConnectionInfo::Status shownStatus = ConnectionInfo::Status::disconnected;
 
     /// What is wrong with the present stage, which goes on: `noAddress` when no address was obtained within
-    /// Manager::setAddressTimeout(), otherwise `none`.
+    /// Manager::setAddressTimeout(); `supplicantSilent` during an attempt or a connection while the supplicant answers no
+    /// call, which shows within about a minute; otherwise `none`.
     Cause trouble = Cause::none;
 
     friend bool operator==(const ConnectionDetails& a, const ConnectionDetails& b) {

@@ -127,6 +127,9 @@ class Communicator : NonCopyable {
     // Whether a supplicant is attached. Callable from any thread.
     virtual bool isSupplicantOn() = 0;
 
+    // Whether the supplicant did not answer the last call in time, and has sent nothing since.
+    virtual bool isSupplicantSilent() = 0;
+
     // Queues a task for the loop thread; first in, first out. Callable from any thread.
     virtual void pushTaskAsync_(std::function<void()> task) = 0;
 

@@ -45,6 +45,10 @@ bool DbusCommunicator::supplicantSurvived() {
     return lostWithBus_;
 }
 
+bool DbusCommunicator::isSupplicantSilent() {
+    return supplicant_.isSilent();
+}
+
 void DbusCommunicator::pushTaskAsync_(std::function<void()> task) {
     bus_.pushTask(std::move(task));
 }

@@ -45,6 +45,7 @@ class DbusCommunicator final : public Communicator {
     void stopEventLoop() override;
     bool isSupplicantOn() override;
     bool supplicantSurvived() override;
+    bool isSupplicantSilent() override;
     void pushTaskAsync_(std::function<void()> task) override;
     void configureTimerSync(bool enable, std::chrono::milliseconds interval) override;
     void setTimerCompletedTask(std::function<void()> task) override;

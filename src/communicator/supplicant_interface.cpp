@@ -73,6 +73,7 @@ void SupplicantInterface::detach() {
     }
     owner_.clear();
     attached_ = false;
+    silent_ = false;
 }
 
 void SupplicantInterface::noteName(const std::string& name) {
@@ -141,7 +142,7 @@ dbus::RemoteObject SupplicantInterface::bssProperties(const dbus::OPath& path) c
 }
 
 dbus::RemoteObject SupplicantInterface::object(const dbus::OPath& path, const char* interface) const {
-    return bus_.object(bus::supplicant::service, path, interface);
+    return bus_.object(bus::supplicant::service, path, interface, &silent_);
 }
 
 }  // namespace kaz::wifi

@@ -48,6 +48,10 @@ class SupplicantInterface {
     // Forgets everything about the former interfaces, because the supplicant has ended.
     void forget();
 
+    // Whether the last call had no reply in time, and no signal has been handled since.
+    bool isSilent() const { return silent_; }
+    void noteSignal() { silent_ = false; }
+
     // The limit of each call.
     std::chrono::milliseconds callLimit() const { return bus_.callLimit(); }
 
@@ -81,6 +85,7 @@ class SupplicantInterface {
     std::set<std::string> listed_;   // paths, when we attached
     std::set<std::string> foreign_;  // paths
     std::atomic<bool> attached_ = false;
+    mutable bool silent_ = false;  // each call sets it
 };
 
 }  // namespace kaz::wifi

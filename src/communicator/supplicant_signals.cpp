@@ -62,8 +62,10 @@ void SupplicantSignals::subscribeToNetworks() const {
 
 void SupplicantSignals::subscribe(const char* interface, const char* member, SignalHandler handler) const {
     bus_.subscribe(bus::supplicant::service, supplicant_.path(), interface, member,
-                   dbus::Bus::Lifetime::temporary,
-                   [this, handler](dbus::MessageDecoder& decoder) { (this->*handler)(decoder); });
+                   dbus::Bus::Lifetime::temporary, [this, handler](dbus::MessageDecoder& decoder) {
+                       supplicant_.noteSignal();
+                       (this->*handler)(decoder);
+                   });
 }
 
 void SupplicantSignals::readSync() const {

@@ -108,8 +108,8 @@ const std::string& Bus::ownerOf(const char* name) {
     return owners_->follow(name).owner();
 }
 
-RemoteObject Bus::object(const char* destination, const OPath& path, const char* interface) {
-    return {connection(), {destination, path.str(), interface}};
+RemoteObject Bus::object(const char* destination, const OPath& path, const char* interface, bool* silent) {
+    return {connection(), {destination, path.str(), interface}, silent};
 }
 
 // The platform may have a new connection. Then the owners on the old one are invalid.

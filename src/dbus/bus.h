@@ -73,7 +73,8 @@ class Bus : NonCopyable {
     const std::string& ownerOf(const char* name);
 
     // One interface of one object, for calls on the loop thread. Valid until the connection changes.
-    RemoteObject object(const char* destination, const OPath& path, const char* interface);
+    RemoteObject object(const char* destination, const OPath& path, const char* interface,
+                        bool* silent = nullptr);
 
   private:
     // Whether this is a forked child: it has the object but not the thread.

@@ -2,12 +2,13 @@
 
 #include "dbus/platform_help.h"
 
+#include <cerrno>
 #include <utility>
 
 namespace kaz::dbus {
 
-RemoteObject::RemoteObject(sd_bus* bus, MessageEndpoint endpoint)
-    : bus_(bus), endpoint_(std::move(endpoint)) {}
+RemoteObject::RemoteObject(sd_bus* bus, MessageEndpoint endpoint, bool* silent)
+    : bus_(bus), endpoint_(std::move(endpoint)), silent_(silent) {}
 
 Reply RemoteObject::get(const char* property) const {
     MessageBuilder builder = makeDbusGetProperty(bus_, endpoint_, property);
@@ -35,7 +36,12 @@ Reply RemoteObject::send(MessageBuilder& builder) const {
     }
     // A late call must not start a service that was stopped meanwhile. Only systemd starts services.
     sd_bus_message_set_auto_start(builder.message(), 0);
-    return Reply(sendMessage(bus_, builder));
+    errno = 0;
+    const MessageDecoder reply = sendMessage(bus_, builder);
+    if (silent_ != nullptr) {
+        *silent_ = reply.message == nullptr && errno == ETIMEDOUT;
+    }
+    return Reply(reply);
 }
 
 }  // namespace kaz::dbus

@@ -17,7 +17,9 @@ namespace kaz::dbus {
 // keep the connection alive.
 class RemoteObject {
   public:
-    RemoteObject(sd_bus* bus, MessageEndpoint endpoint);
+    // Each call sets `silent`, if given: true when it had no reply in time. On a platform that does not tell this, always
+    // false.
+    RemoteObject(sd_bus* bus, MessageEndpoint endpoint, bool* silent = nullptr);
 
     template <typename... Arguments>
     Reply call(const char* member, const Arguments&... arguments) const {
@@ -49,6 +51,7 @@ class RemoteObject {
 
     sd_bus* bus_;
     MessageEndpoint endpoint_;
+    bool* silent_;
 };
 
 }  // namespace kaz::dbus

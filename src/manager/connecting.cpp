@@ -33,7 +33,7 @@ std::optional<RequestFailure> Connecting::taskConnect(const ConnectionSettings& 
     }
     const auto network = communicator_.addNetworkSync(settings, certificates);
     if (!network) {
-        judge_.requestFailed(Facts::Request::refused);
+        noteFailedRequest();
         return RequestFailure::refused;
     }
     const auto failure = taskConnectCommon(*network);
@@ -52,17 +52,22 @@ std::optional<RequestFailure> Connecting::taskConnectConfigured(const std::strin
             return taskConnectCommon(*network);
         }
     }
-    judge_.requestFailed(Facts::Request::refused);
+    noteFailedRequest();
     log::warn("Tried connecting to configured network, but it isn't known to us. {}",
               Communicator::makeSsidRedactable(ssid));
     return RequestFailure::unknownNetwork;
+}
+
+void Connecting::noteFailedRequest() {
+    judge_.requestFailed(communicator_.isSupplicantSilent() ? Facts::Request::unanswered
+                                                            : Facts::Request::refused);
 }
 
 std::optional<RequestFailure> Connecting::taskConnectCommon(Communicator::ConfiguredNetwork& network) {
     const std::string ssid = network.getSsid().value();
     log::info("Connecting to {}", Communicator::makeSsidRedactable(ssid));
     if (!configuration_.select(network)) {
-        judge_.requestFailed(Facts::Request::refused);
+        noteFailedRequest();
         return RequestFailure::refused;
     }
     ++unreportedSelections_;

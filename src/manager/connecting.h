@@ -41,6 +41,7 @@ class Connecting : NonCopyable {
   private:
     void taskStayDisconnected();
     bool disconnectSync();
+    void noteFailedRequest();
     std::optional<RequestFailure> taskConnectCommon(Communicator::ConfiguredNetwork& network);
 
     Communicator& communicator_;

@@ -30,6 +30,9 @@ ConnectionRefresh::ConnectionRefresh(Communicator& communicator, ConnectionInfoH
 
 void ConnectionRefresh::taskUpdateConnectionInfo() {
     const ConnectionInfo info = tracker_.getConnectionInfo();
+    const bool silent = communicator_.isSupplicantSilent();
+    judge_.noteSilence(silent);
+    presentation_.setSilent(silent);
     judge_.look(details_.info, info);
     presentation_.look(details_.info, info);
     ConnectionDetails next{info, judge_.lastOutcome(), inUse_.of(info), presentation_.shownStatus(),
@@ -40,6 +43,10 @@ void ConnectionRefresh::taskUpdateConnectionInfo() {
     const bool infoChanged = info != details_.info;
     if (infoChanged) {
         reactToChange(info);
+        if (!silent && communicator_.isSupplicantSilent()) {
+            judge_.noteSilenceAfterEnd();
+            next.lastOutcome = judge_.lastOutcome();
+        }
     }
     published_.publish(next);
     details_ = std::move(next);

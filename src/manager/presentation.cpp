@@ -22,6 +22,11 @@ Presentation::Presentation(std::shared_ptr<TimeProvider> timeProvider)
 void Presentation::look(const ConnectionInfo& former, const ConnectionInfo& next) {
     followRoam(former, next);
     followAddress(former, next);
+    live_ = next.status != Status::disconnected;
+}
+
+Cause Presentation::trouble() const {
+    return trouble_ == Cause::none && silent_ && live_ ? Cause::supplicantSilent : trouble_;
 }
 
 void Presentation::followRoam(const ConnectionInfo& former, const ConnectionInfo& next) {

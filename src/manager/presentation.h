@@ -11,8 +11,9 @@
 
 namespace kaz::wifi {
 
-// What the tracker's record alone does not show to a user: that a roam is no disconnect, and that an address has not
-// come in time. Both depend on the clock, so look() is called in every idle pass. Loop thread only.
+// What the tracker's record alone does not show to a user: that a roam is no disconnect, that an address has not come in
+// time, and that the supplicant does not answer. The first two depend on the clock, so look() is called in every idle
+// pass. Loop thread only.
 class Presentation {
   public:
     // How long a roam may take.
@@ -23,10 +24,13 @@ class Presentation {
     // Zero or less: no limit.
     void setAddressTimeout(std::chrono::milliseconds timeout) { addressTimeout_ = timeout; }
 
+    // Whether the supplicant has left the last call unanswered.
+    void setSilent(bool silent) { silent_ = silent; }
+
     void look(const ConnectionInfo& former, const ConnectionInfo& next);
 
     ConnectionInfo::Status shownStatus() const { return shown_; }
-    Cause trouble() const { return trouble_; }
+    Cause trouble() const;
 
     // The time after which look() must be called again without an event.
     std::optional<std::chrono::milliseconds> remaining() const;
@@ -42,7 +46,9 @@ class Presentation {
     std::optional<TimePoint> roamEnd_;       // when a roam that goes on is shown as what it is
     std::optional<TimePoint> addressSince_;  // the begin of the present wait for an address
     ConnectionInfo::Status shown_ = ConnectionInfo::Status::disconnected;
-    Cause trouble_ = Cause::none;
+    bool live_ = false;
+    bool silent_ = false;
+    Cause trouble_ = Cause::none;  // with the address
 };
 
 }  // namespace kaz::wifi

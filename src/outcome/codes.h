@@ -31,6 +31,7 @@ inline constexpr int invalidElement = 40;
 inline constexpr int cipherRejected = 46;
 inline constexpr int groupUnsupported = 77;
 inline constexpr int unknownPasswordIdentifier = 123;
+inline constexpr int hashToElement = 126;  // no refusal: the first step of SAE by hash-to-element
 }  // namespace status
 
 }  // namespace kaz::wifi

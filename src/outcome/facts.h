@@ -31,6 +31,7 @@ struct Facts {
     bool hidden = false;                    // the network may hide its SSID
     std::optional<bool> hashToElement{};    // whether the supplicant can do it; unknown unless it told
     bool radioOff = false;
+    bool silent = false;           // at the end the supplicant answered no call and reported nothing
     bool linkDown = false;         // the supplicant has left link set-up, or the link
     bool authenticated = false;    // the access point accepted a step of the authentication
     bool saeMismatch = false;      // the supplicant reported that the SAE password does not match

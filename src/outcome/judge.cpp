@@ -137,9 +137,10 @@ void Judge::note(const Communicator::LinkEvidence& evidence) {
         noteStep(*evidence.step);
     }
     if (evidence.authenticationStatus) {
-        current_.authenticated = current_.authenticated || *evidence.authenticationStatus == 0;
-        noteStatusCode(current_.evidence.authenticationStatus, *evidence.authenticationStatus,
-                       Stage::authenticating);
+        const int told = *evidence.authenticationStatus;
+        const int code = told == status::hashToElement ? 0 : told;
+        current_.authenticated = current_.authenticated || code == 0;
+        noteStatusCode(current_.evidence.authenticationStatus, code, Stage::authenticating);
     }
     if (evidence.associationStatus) {
         noteStatusCode(current_.evidence.associationStatus, *evidence.associationStatus, Stage::associating);
@@ -198,6 +199,13 @@ void Judge::noteStatus(Communicator::SupplicantConnectionStatus status) {
     radioOff_ = radioOff_ || status == Communicator::SupplicantConnectionStatus::InterfaceDisabled;
 }
 
+void Judge::noteSilenceAfterEnd() {
+    if (!current_.wasTried() && !current_.evidence.scanned) {
+        current_.silent = true;
+        refine();
+    }
+}
+
 void Judge::scanEnded(bool success) {
     if (success) {
         radioOff_ = false;
@@ -247,6 +255,7 @@ void Judge::judge(const ConnectionInfo& former, const ConnectionInfo& next) {
         facts.lastSignal = former.signal;
     }
     facts.radioOff = radioOff_;
+    facts.silent = silent_;
     facts.hashToElement = hashToElement_;
     facts.failedExchanges = failedSsid_ == ssid ? failedExchanges_ : 0;
     const bool live = next.status != Status::disconnected;

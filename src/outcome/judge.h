@@ -32,6 +32,12 @@ class Judge : NonCopyable {
     void attemptBegan(const std::string& ssid, std::optional<SecurityMode> requested, bool hidden);
     void requestFailed(Facts::Request how) { current_.request = how; }
 
+    // Whether the supplicant has left the last call unanswered. Call it before look().
+    void noteSilence(bool silent) { silent_ = silent; }
+    // The calls that follow an end were the first that it left unanswered. If it had reported nothing of the try, this
+    // refines the outcome.
+    void noteSilenceAfterEnd();
+
     // Reports of the communicator.
     void networkSelected(const std::string& ssid);
     void note(const Communicator::LinkEvidence& evidence);
@@ -67,6 +73,7 @@ class Judge : NonCopyable {
     bool detached_ = false;
     bool switchedOff_ = false;
     bool radioOff_ = false;
+    bool silent_ = false;
     std::optional<bool> hashToElement_;
     bool listAwaited_ = false;  // the outcome followed from a list that may be stale
     std::string failedSsid_;

@@ -39,7 +39,7 @@ Verdict verdictOnRequest(const Facts& facts) {
     }
     switch (facts.request) {
         case Facts::Request::accepted:
-            return nothing;
+            return facts.silent ? certain(Cause::supplicantSilent) : nothing;
         case Facts::Request::refused:
             return certain(Cause::requestRefused);
         case Facts::Request::unanswered:

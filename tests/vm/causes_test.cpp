@@ -134,18 +134,63 @@ TEST_F(Causes, ADeniedDeviceIsProbablyBanned) {
     EXPECT_EQ(outcome().evidence.authenticationStatus, 1);
 }
 
+// The access point finds the device's signal too weak.
+TEST_F(Causes, ARefusalForAnotherReasonIsTold) {
+    AccessPoint accessPoint("open");
+    accessPoint.reconfigure("rssi_reject_assoc_rssi=-10");
+    ASSERT_TRUE(fails(openNetwork, Cause::refused, Certainty::certain));
+    EXPECT_EQ(outcome().stage, Stage::associating);
+    EXPECT_STREQ(wifi::statusCodeName(outcome().evidence.associationStatus),
+                 "DENIED_POOR_CHANNEL_CONDITIONS");
+}
+
 TEST_F(Causes, AFullNetworkWithAPasswordIsFull) {
     AccessPoint accessPoint("wpa2");
     accessPoint.reconfigure("max_num_sta=0");
     ASSERT_TRUE(fails(wpa2Network, Cause::full, Certainty::certain));
 }
 
-TEST_F(Causes, HashToElementAloneIsProbablyNothingInCommon) {
+TEST_F(Causes, HashToElementAloneIsNothingInCommon) {
     AccessPoint accessPoint("sae");
     accessPoint.reconfigure("sae_pwe=1");
     ASSERT_TRUE(rescans());
-    ASSERT_TRUE(fails(saeNetwork, Cause::nothingInCommon, Certainty::probable));
+    ASSERT_TRUE(fails(saeNetwork, Cause::nothingInCommon, Certainty::certain));
     EXPECT_TRUE(outcome().evidence.demands.hashToElement);
+}
+
+// Restarts the supplicant with sae_pwe=2 in its configuration, and without it at the end of the scope.
+class ConfiguredSupplicant {
+  public:
+    ConfiguredSupplicant() { restart("sed -i '1i sae_pwe=2'"); }
+    ~ConfiguredSupplicant() { restart("sed -i /^sae_pwe=/d"); }
+    ConfiguredSupplicant(const ConfiguredSupplicant&) = delete;
+    ConfiguredSupplicant& operator=(const ConfiguredSupplicant&) = delete;
+    ConfiguredSupplicant(ConfiguredSupplicant&&) = delete;
+    ConfiguredSupplicant& operator=(ConfiguredSupplicant&&) = delete;
+
+  private:
+    static void restart(const std::string& edit) {
+        succeeds("systemctl stop wpa_supplicant && " + edit +
+                 " /etc/wpa_supplicant/device.conf && systemctl start wpa_supplicant");
+    }
+};
+
+TEST_F(Causes, HashToElementAloneIsJoinedByASupplicantThatIsConfiguredForIt) {
+    AccessPoint accessPoint("sae");
+    accessPoint.reconfigure("sae_pwe=1");
+    {
+        const ConfiguredSupplicant configured;
+        ASSERT_TRUE(device().attaches());
+        ASSERT_TRUE(rescans());
+        ASSERT_TRUE(device().eventually([&] {
+            const auto access = manager().networkAccess();
+            const auto known = access.find(saeNetwork.ssid);
+            return known != access.end() && known->second.demands.hashToElement &&
+                   known->second.mode == wifi::SecurityMode::sae;
+        }));
+        EXPECT_TRUE(device().connects(saeNetwork));
+    }
+    ASSERT_TRUE(device().attaches());
 }
 
 TEST_F(Causes, EnhancedOpenIsNothingInCommon) {
@@ -221,6 +266,53 @@ TEST_F(Causes, ABlockedRadioEndsTheConnectionAndEveryAttempt) {
         EXPECT_EQ(outcome().stage, Stage::requested);
     }
     EXPECT_TRUE(device().connects(openNetwork));
+}
+
+// Stops the supplicant's process until the end of the scope.
+class StoppedSupplicant {
+  public:
+    StoppedSupplicant() { run("systemctl kill --signal=STOP wpa_supplicant"); }
+    ~StoppedSupplicant() { succeeds("systemctl kill --signal=CONT wpa_supplicant"); }
+    StoppedSupplicant(const StoppedSupplicant&) = delete;
+    StoppedSupplicant& operator=(const StoppedSupplicant&) = delete;
+    StoppedSupplicant(StoppedSupplicant&&) = delete;
+    StoppedSupplicant& operator=(StoppedSupplicant&&) = delete;
+};
+
+TEST_F(Causes, ASupplicantThatHangsDoesNotAnswerTheRequest) {
+    {
+        const StoppedSupplicant stopped;
+        ASSERT_TRUE(fails(wpa2Network, Cause::supplicantSilent, Certainty::certain));
+        EXPECT_EQ(outcome().stage, Stage::requested);
+        EXPECT_EQ(outcome().evidence.reasonCode, 0);
+    }
+    EXPECT_TRUE(device().connects(openNetwork));
+}
+
+// The library notices it when it polls the signal.
+TEST_F(Causes, ASupplicantThatHangsLaterIsTroubleAndEndsNothing) {
+    ASSERT_TRUE(device().connects(wpa2Network));
+    {
+        const StoppedSupplicant stopped;
+        ASSERT_TRUE(device().eventually(
+            [&] { return manager().connectionDetails().trouble == Cause::supplicantSilent; }));
+        EXPECT_EQ(manager().connectionInfo().status, Status::connected);
+    }
+    ASSERT_TRUE(device().eventually([&] { return manager().connectionDetails().trouble == Cause::none; }));
+    EXPECT_EQ(manager().connectionInfo().status, Status::connected);
+}
+
+// The access points' attempt at the network is under way, or nothing of it was reported yet.
+TEST_F(Causes, ASupplicantThatHangsDuringAnAttemptIsSilent) {
+    ASSERT_EQ(manager().connect(absentNetwork), ConnectResult::ok);
+    ASSERT_TRUE(log().waitForText(spdlog::level::debug, "Selected network"));
+    const StoppedSupplicant stopped;
+    const auto isTold = [&] {
+        const wifi::ConnectionDetails details = manager().connectionDetails();
+        return details.trouble == Cause::supplicantSilent ||
+               details.lastOutcome.cause == Cause::supplicantSilent;
+    };
+    EXPECT_TRUE(device().eventually(isTold)) << ::testing::PrintToString(outcome());
 }
 
 TEST_F(Causes, AKilledSupplicantIsGone) {

@@ -1,4 +1,5 @@
 // Enterprise networks whose authentication server is verified, and a rogue with a certificate of its own.
+#include "support/printed_values/printed_details.h"
 #include "vm/access_point.h"
 #include "vm/device.h"
 #include "vm/neighbourhood.h"
@@ -25,6 +26,16 @@ class ServerTrust : public DeviceTest {
                device().passes([](const auto& info) { return info.status == Status::disconnected; }) &&
                !device().passes([](const auto& info) { return info.status > Status::connectingWifi; },
                                 std::chrono::seconds(0));
+    }
+
+    // Whether the cause is that the device did not accept the server's certificate.
+    bool isUntrusted() {
+        return device().eventually([this] {
+            const wifi::Outcome last = manager().connectionDetails().lastOutcome;
+            return last.ssid == peapNetwork.ssid && last.stage == wifi::Stage::eap &&
+                   last.cause == wifi::Cause::serverUntrusted && last.certainty == wifi::Certainty::certain &&
+                   last.evidence.eap == wifi::Evidence::Eap::serverRefused;
+        });
     }
 
     static wifi::ConnectionSettings anyMethod() {
@@ -59,7 +70,9 @@ TEST_F(ServerTrust, ARogueGetsThePasswordExchangeOfAnUnverifiedConnection) {
 TEST_F(ServerTrust, ARogueIsRefusedAndNeverSeesThePasswordExchange) {
     server.present("rogue");
     EXPECT_TRUE(fails(peapNetwork, trusted));
+    EXPECT_TRUE(isUntrusted()) << ::testing::PrintToString(manager().connectionDetails().lastOutcome);
     EXPECT_TRUE(fails(anyMethod(), trusted));
+    EXPECT_TRUE(isUntrusted()) << ::testing::PrintToString(manager().connectionDetails().lastOutcome);
     EXPECT_TRUE(fails(peapNetwork, {"/etc/certificates/ca.pem", "", "", "", ""}));
     EXPECT_FALSE(server.sawInnerExchange());
 }

@@ -1,6 +1,7 @@
 #include <kaz/dbus/calls.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 #include "base/errno_text.h"
@@ -45,6 +46,18 @@ uint64_t replyTimeout(sd_bus* bus) {
     return std::min(limit, longestWait);
 }
 
+int call(sd_bus* bus, const MessageBuilder& builder, sd_bus_message*& reply) {
+    BusError failure;
+    const int result = sd_bus_call(bus, builder.message(), replyTimeout(bus), &failure.value, &reply);
+    if (result < 0) {
+        if (sd_bus_error_is_set(&failure.value) == 0) {
+            sd_bus_error_set_errno(&failure.value, result);
+        }
+        logFailure(builder, failure.value);
+    }
+    return result;
+}
+
 }  // namespace
 
 MessageBuilder makeDbusCall(sd_bus* bus, MessageEndpoint endpoint, const std::string& member) {
@@ -73,14 +86,9 @@ MessageDecoder sendMessage(sd_bus* bus, MessageBuilder& builder) {
     if (bus == nullptr || builder.message() == nullptr) {
         return {};
     }
-    BusError failure;
     sd_bus_message* reply = nullptr;
-    const int result = sd_bus_call(bus, builder.message(), replyTimeout(bus), &failure.value, &reply);
-    if (result < 0) {
-        if (sd_bus_error_is_set(&failure.value) == 0) {
-            sd_bus_error_set_errno(&failure.value, result);
-        }
-        logFailure(builder, failure.value);
+    if (const int result = call(bus, builder, reply); result < 0) {
+        errno = -result;  // the log has changed it
         return {};
     }
     return {reply};

@@ -53,6 +53,7 @@ class FakeCommunicator : public wifi::Communicator {
     void stopEventLoop() override;
     bool isSupplicantOn() override;
     bool supplicantSurvived() override;
+    bool isSupplicantSilent() override { return stack_->silent; }
     void pushTaskAsync_(std::function<void()> task) override;
     void configureTimerSync(bool enable, std::chrono::milliseconds interval) override;
     void setTimerCompletedTask(std::function<void()> task) override;

@@ -32,6 +32,7 @@ class FakeWifiStack {
     std::atomic<bool> supplicantOn = false;
     std::atomic<bool> enabledConfiguration = true;
     bool supplicantSurvives = false;  // the loss of the bus
+    bool silent = false;              // the supplicant did not answer the last call
     std::optional<int> signalPoll;
     std::optional<int> polledRate;
     std::set<std::string> eapMethods;

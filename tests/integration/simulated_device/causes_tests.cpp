@@ -88,5 +88,15 @@ TEST_F(Causes, AreToldForLostConnections) {
     ASSERT_TRUE(ends("Home", Cause::supplicantGone, Certainty::certain));
 }
 
+TEST_F(Causes, AreToldForASupplicantThatDoesNotAnswer) {
+    start();
+    device().orderFault({.peer = "supplicant", .member = "AddNetwork", .kind = sim::FaultKind::noReply});
+    ASSERT_TRUE(fails(cafe(), Cause::supplicantSilent, Certainty::certain));
+    EXPECT_EQ(outcome.stage, Stage::requested);
+    device().clearFaults();
+    device().orderFault({.peer = "supplicant", .member = "AddNetwork", .kind = sim::FaultKind::error});
+    ASSERT_TRUE(fails(cafe(), Cause::requestRefused, Certainty::certain));
+}
+
 }  // namespace
 }  // namespace kaz::test

@@ -109,6 +109,25 @@ TEST_F(Bss, BssListEndsAfterOneTimeout) {
     EXPECT_EQ(takeLog().back(), warning("wpa_supplicant is too slow, leaving out some of 4 BSSs"));
 }
 
+TEST_F(Bss, ASupplicantIsSilentFromATimeoutToItsNextReplyOrSignal) {
+    limitCalls(std::chrono::milliseconds(100));
+    startAttached();
+    const auto isSilent = [this] { return onLoop([this] { return communicator->isSupplicantSilent(); }); };
+    const auto scan = [this] { return onLoop([this] { return communicator->scanSync(); }); };
+    onInterface("Scan", noReply());
+    EXPECT_FALSE(scan());
+    EXPECT_TRUE(isSilent());
+    onInterface("Scan", errorReply("fi.w1.wpa_supplicant1.Interface.ScanError", "busy"));
+    EXPECT_FALSE(scan());
+    EXPECT_FALSE(isSilent());
+    onInterface("Scan", noReply());
+    EXPECT_FALSE(scan());
+    EXPECT_TRUE(isSilent());
+    emitFromInterface("ScanDone", "b", 1);
+    settle();
+    EXPECT_FALSE(isSilent());
+}
+
 TEST_F(Bss, SignalPollReturnsTheRssi) {
     EXPECT_EQ(poll(reply("a{sv}", 3, "linkspeed", "i", 65, "rssi", "i", -58, "noise", "i", -95)), -58);
     EXPECT_THAT(takeCalls(), ElementsAre(interfaceCall("SignalPoll")));

@@ -81,6 +81,21 @@ TEST_F(RemoteObjectTest, TakesAnEmptyReplyForASuccess) {
     EXPECT_THAT(calls.calls(), ElementsAre("/radio com.example.Radio.Tuner.Tune()"));
 }
 
+TEST_F(RemoteObjectTest, TellsSilenceFromRefusal) {
+    sd_bus_set_method_call_timeout(bus.get(), 50'000);  // us
+    peer.onCall(path, interface, "Ignore", test::noReply());
+    peer.onCall(path, interface, "Refuse", errorReply("com.example.Broken", "No aerial"));
+    peer.onCall(path, interface, "Tune", reply("s", "done"));
+    bool silent = false;
+    const RemoteObject observed(bus.get(), {service, path, interface}, &silent);
+    for (const char* answering : {"Refuse", "Tune"}) {
+        EXPECT_FALSE(observed.call("Ignore"));
+        EXPECT_TRUE(silent);
+        observed.call(answering);
+        EXPECT_FALSE(silent) << answering;
+    }
+}
+
 TEST_F(RemoteObjectTest, TakesAnErrorForAFailure) {
     peer.onCall(path, interface, "Tune", errorReply("com.example.Broken", "No aerial"));
     Reply answer = radio().call("Tune");

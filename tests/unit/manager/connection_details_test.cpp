@@ -364,6 +364,65 @@ TEST_F(Shown, StatusOfAnEndIsShownAtOnce) {
     EXPECT_EQ(engine->connectionDetails().shownStatus, Status::connectingWifi);
 }
 
+TEST_F(Details, SayThatTheSupplicantDidNotAnswerTheRequest) {
+    for (const char* operation : {"addNetworkSync", "selectSync"}) {
+        stack->failing = {operation};
+        stack->silent = true;
+        connectTo("Home");
+        stack->silent = false;  // it answers the next call
+        timeOut();
+        expect("Home", Stage::requested, Cause::supplicantSilent, Certainty::certain);
+    }
+}
+
+TEST_F(Details, SayThatTheSupplicantFellSilentDuringAnAttempt) {
+    connectTo("Home");
+    EXPECT_EQ(outcome(), Outcome{});
+    stack->silent = true;
+    runUntilIdle();
+    EXPECT_EQ(engine->connectionDetails().trouble, Cause::supplicantSilent);
+    timeOut();
+    expect("Home", Stage::requested, Cause::supplicantSilent, Certainty::certain);
+    EXPECT_EQ(engine->connectionDetails().trouble, Cause::none);
+}
+
+// Only the calls that follow the end have no answer.
+TEST_F(Details, SayThatTheSupplicantIsSilentTogetherWithTheEnd) {
+    connectTo("Home");
+    takeTold();
+    stack->onCall = [this](const std::string& call) { stack->silent = stack->silent || call == listing; };
+    timeOut();
+    stack->onCall = nullptr;
+    EXPECT_EQ(takeTold(), (std::vector<std::string>{"info", "details"}));
+    EXPECT_EQ(causeAtInfo, Cause::supplicantSilent);
+    expect("Home", Stage::requested, Cause::supplicantSilent, Certainty::certain);
+}
+
+TEST_F(Details, KeepTheCauseThatTheSupplicantReportedBeforeItFellSilent) {
+    connectTo("Home");
+    endScan();
+    stack->onCall = [this](const std::string& call) { stack->silent = stack->silent || call == listing; };
+    timeOut();
+    stack->onCall = nullptr;
+    expect("Home", Stage::requested, Cause::outOfRange, Certainty::certain);
+}
+
+TEST_F(Details, TellOfASilentSupplicantUntilItAnswers) {
+    becomeConnected("Home");
+    const ConnectionInfo info = engine->connectionInfo();
+    stack->silent = true;
+    communicator->expireTimer();
+    takeTold();
+    runUntilIdle();
+    EXPECT_EQ(engine->connectionDetails().trouble, Cause::supplicantSilent);
+    EXPECT_EQ(engine->connectionInfo(), info);
+    EXPECT_EQ(takeTold(), std::vector<std::string>{"details"});
+    stack->silent = false;
+    runUntilIdle();
+    EXPECT_EQ(engine->connectionDetails().trouble, Cause::none);
+    EXPECT_EQ(outcome(), Outcome{});
+}
+
 class AddressTimeout : public Details {
   protected:
     Cause trouble() const { return engine->connectionDetails().trouble; }

@@ -172,14 +172,18 @@ TEST_F(JudgeTest, AStatusCodeTellsTheStageThoughNoStepWasReported) {
     EXPECT_EQ(outcome().evidence.authenticationStatus, 17);
 }
 
+// Through hash-to-element, the first step is accepted with status 126.
 TEST_F(JudgeTest, AnSaePasswordIsExaminedAfterTheFirstStep) {
-    request(home, SecurityMode::sae);
-    step(Step::authenticating);
-    authentication(0);
-    authentication(1);
-    step(Step::down);
-    end(Reason::causedBySystem);
-    expect(home, Stage::authenticating, Cause::wrongKey, Certainty::certain);
+    for (const int accepted : {0, 126}) {
+        request(home, SecurityMode::sae);
+        step(Step::authenticating);
+        authentication(accepted);
+        authentication(1);
+        step(Step::down);
+        end(Reason::causedBySystem);
+        expect(home, Stage::authenticating, Cause::wrongKey, Certainty::certain);
+        EXPECT_EQ(outcome().evidence.authenticationStatus, 1);
+    }
 }
 
 TEST_F(JudgeTest, TheEapReportThatExplainsMostStays) {

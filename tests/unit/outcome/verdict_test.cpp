@@ -142,6 +142,9 @@ INSTANTIATE_TEST_SUITE_P(
              certain(Cause::radioBlocked)},
         Rule{"TheRequestWasRefused", searching().request(Request::refused).facts,
              certain(Cause::requestRefused)},
+        Rule{"ItFellSilentAfterTheRequest",
+             searching().scanned().with([](Facts& f) { f.silent = true; }).facts,
+             certain(Cause::supplicantSilent)},
         Rule{"TheRequestWasNotAnswered", searching().request(Request::unanswered).facts,
              certain(Cause::supplicantSilent)}),
     ruleName);

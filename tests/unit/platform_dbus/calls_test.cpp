@@ -137,6 +137,21 @@ TEST_F(Calls, ThatAreSensitiveKeepTheErrorTextOutOfTheLog) {
                   {spdlog::level::warn, "Call of Refuse at test.Peer failed: test.Error.Refused"}}));
 }
 
+TEST_F(Calls, ThatHaveNoReplyAreToldFromRefusals) {
+    const Running running = start();
+    onLoop([&] {
+        sd_bus* handle = loop->getSdBusHandle();
+        sd_bus_set_method_call_timeout(handle, 50'000);  // us
+        for (const auto& [member, silent] : {std::pair{"Ignore", true}, std::pair{"Refuse", false}}) {
+            MessageBuilder call = makeDbusCall(handle, endpoint, member);
+            sd_bus_message_append(call.message(), "s", "text");
+            errno = 0;
+            EXPECT_EQ(sendMessage(handle, call).message, nullptr);
+            EXPECT_EQ(errno == ETIMEDOUT, silent) << member;
+        }
+    });
+}
+
 TEST_F(Calls, OnANullBusOrWithoutAPathAreRefusedQuietly) {
     const Running running = start();
     onLoop([this] {
