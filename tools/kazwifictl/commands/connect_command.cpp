@@ -287,7 +287,7 @@ class ConnectCommand : NonCopyable {
 
     // Ends an attempt in progress. The library has disabled the other saved networks for the attempt, and it saves
     // nothing before the attempt ends. So the attempt must end, even when the user no longer waits for it.
-    void callOff(Session& session) {
+    void callOff(Session& session) const {
         if (facts_.saved || options_.connect.keep) {
             session.manager().disconnect();
         } else {
