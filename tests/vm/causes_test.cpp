@@ -189,6 +189,7 @@ TEST_F(Causes, HashToElementAloneIsJoinedByASupplicantThatIsConfiguredForIt) {
                    known->second.mode == wifi::SecurityMode::sae;
         }));
         EXPECT_TRUE(device().connects(saeNetwork));
+        EXPECT_TRUE(fails(with(saeNetwork, "wrong-secret"), Cause::wrongKey, Certainty::certain));
     }
     ASSERT_TRUE(device().attaches());
 }
