@@ -14,7 +14,8 @@ using inspection::Obstacle;
 constexpr const char* folder = "/etc/systemd/network";
 constexpr const char* reload = " && networkctl reload";
 
-std::string dropIn(const ManagedLink& link, const std::string& file, const std::vector<std::string>& lines) {
+std::string networkDropIn(const ManagedLink& link, const std::string& file,
+                          const std::vector<std::string>& lines) {
     return writing(std::string(folder) + '/' + link.networkFile.filename().string() + ".d", file, lines) +
            reload;
 }
@@ -30,8 +31,9 @@ bool isOneOf(const std::string& text, std::initializer_list<const char*> values)
 
 void examineFile(Examination& examination, const std::string& name, const ManagedLink& link) {
     if (!link.requiredForOnline) {
-        examination.broken(Link::addresses, name + " has RequiredForOnline=no, so the device is never online",
-                           dropIn(link, "zz-kazwifi-online.conf", {"[Link]", "RequiredForOnline=yes"}));
+        examination.broken(
+            Link::addresses, name + " has RequiredForOnline=no, so the device is never online",
+            networkDropIn(link, "zz-kazwifi-online.conf", {"[Link]", "RequiredForOnline=yes"}));
     }
     const bool routable = settingOr(link, "Link/RequiredForOnline", "").starts_with("routable");
     if (!isOneOf(settingOr(link, "Network/LinkLocalAddressing", "ipv6"), {"no", "false", "off", "0"}) &&
@@ -39,12 +41,12 @@ void examineFile(Examination& examination, const std::string& name, const Manage
         examination.doubtful(
             Link::addresses,
             name + " has link-local addresses, so the device is online before it has an address",
-            dropIn(link, "zz-kazwifi-local.conf", {"[Network]", "LinkLocalAddressing=no"}));
+            networkDropIn(link, "zz-kazwifi-local.conf", {"[Network]", "LinkLocalAddressing=no"}));
     }
     if (isOneOf(settingOr(link, "Network/DHCP", "no"), {"no", "false", "off", "0", "none"}) &&
         !link.settings.contains("Network/Address") && !link.settings.contains("Address/Address")) {
         examination.broken(Link::addresses, name + " gets no address: it has neither DHCP nor an address",
-                           dropIn(link, "zz-kazwifi-dhcp.conf", {"[Network]", "DHCP=ipv4"}));
+                           networkDropIn(link, "zz-kazwifi-dhcp.conf", {"[Network]", "DHCP=ipv4"}));
     }
 }
 
@@ -56,7 +58,7 @@ void examineOthers(Examination& examination, const std::string& name) {
             examination.broken(
                 Link::addresses,
                 "the device is online only when " + each.name + " is online too, which it is not",
-                dropIn(*each.managed, "zz-kazwifi-online.conf", {"[Link]", "RequiredForOnline=no"}));
+                networkDropIn(*each.managed, "zz-kazwifi-online.conf", {"[Link]", "RequiredForOnline=no"}));
         }
     }
 }

@@ -24,8 +24,8 @@ void examineSystemBus(Examination& examination) {
             Link::bus,
             "the policy of the system bus does not allow " + facts.userName + " to use wpa_supplicant",
             writing("/etc/dbus-1/system.d", "zz-kazwifi-" + facts.userName + ".conf",
-                    {"<busconfig><policy user=\"" + facts.userName +
-                     "\"><allow send_destination=\"fi.w1.wpa_supplicant1\"/></policy></busconfig>"}) +
+                    {R"(<busconfig><policy user=")" + facts.userName +
+                     R"("><allow send_destination="fi.w1.wpa_supplicant1"/></policy></busconfig>)"}) +
                 " && systemctl reload dbus.service");
     }
     examination.ok(Link::bus, "the system bus answers, and its policy allows " + facts.userName +
@@ -58,9 +58,9 @@ void examineRights(Examination& examination) {
             Link::rights, who,
             writing("/etc/polkit-1/rules.d", "50-kazwifi-" + facts.userName + ".rules",
                     {"polkit.addRule(function(action, subject) {",
-                     "  if (action.id == \"org.freedesktop.systemd1.manage-units\" &&",
-                     "      action.lookup(\"unit\") == \"wpa_supplicant.service\" && subject.user == \"" +
-                         facts.userName + "\") {",
+                     R"(  if (action.id == "org.freedesktop.systemd1.manage-units" &&)",
+                     R"(      action.lookup("unit") == "wpa_supplicant.service" && subject.user == ")" +
+                         facts.userName + R"(") {)",
                      "    return polkit.Result.YES;", "  }", "});"}));
     }
     examination.ok(Link::rights, facts.userName + " may start and stop " + supplicantUnit);

@@ -22,8 +22,10 @@ std::string setting(const SupplicantFile& file, const std::string& key, const st
 void examineAccess(Examination& examination, const SupplicantFile& file) {
     const std::string path = file.path.string();
     if ((file.mode & 077U) != 0) {
+        // The supplicant makes a new file when it saves, so the mode alone would not last.
         examination.doubtful(Link::configuration, path + " has passwords, and other users may read it",
-                             "chmod 600 " + word(path));
+                             fmt::format("chmod 600 {} && {}", word(path),
+                                         dropIn("zz-kazwifi-umask.conf", {"[Service]", "UMask=0077"})));
     }
     if (file.owner != 0) {
         examination.doubtful(Link::configuration, path + " does not belong to root",
@@ -84,7 +86,7 @@ void examineNameless(Examination& examination, const std::vector<Network>& netwo
             const std::string& interface = examination.facts().supplicant->interfaces.front().path;
             const std::string call =
                 "busctl call fi.w1.wpa_supplicant1 " + interface + " fi.w1.wpa_supplicant1.Interface ";
-            remedy = call + "RemoveNetwork o " + each.path + " && " + call + "SaveConfig";
+            remedy = fmt::format("{0}RemoveNetwork o {1} && {0}SaveConfig", call, each.path);
         }
         examination.doubtful(Link::networks, "a configured network has no name, so wpa_supplicant takes any",
                              remedy);

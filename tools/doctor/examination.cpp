@@ -47,14 +47,14 @@ std::vector<Finding> Examination::take() {
 }
 
 std::string Examination::interface() const {
-    if (facts_.supplicant.isKnown() && !facts_.supplicant->interfaces.empty()) {
-        return facts_.supplicant->interfaces.front().name;
-    }
     if (facts_.unit.isKnown()) {
         const std::vector<std::string> named = interfacesIn(facts_.unit->command);
         if (!named.empty()) {
             return named.front();
         }
+    }
+    if (facts_.supplicant.isKnown() && !facts_.supplicant->interfaces.empty()) {
+        return facts_.supplicant->interfaces.front().name;
     }
     const auto first = std::find_if(facts_.links.begin(), facts_.links.end(),
                                     [](const inspection::Link& each) { return each.isWireless; });
@@ -87,6 +87,11 @@ std::string writing(const std::string& folder, const std::string& file,
         result += ' ' + word(line);
     }
     return result + " > " + word(folder + '/' + file);
+}
+
+std::string dropIn(const std::string& file, const std::vector<std::string>& lines) {
+    return writing("/etc/systemd/system/wpa_supplicant.service.d", file, lines) +
+           " && systemctl daemon-reload && systemctl reset-failed " + supplicantUnit + " && " + restartUnit;
 }
 
 std::vector<std::pair<char, std::string>> optionsIn(const std::vector<std::string>& command) {

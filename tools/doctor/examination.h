@@ -30,7 +30,8 @@ class Examination {
 
     std::vector<Finding> take();
 
-    // The interface that the library uses, or would use. Empty if there is none.
+    // The interface that the library should use: the one that the unit names. Empty if there is none.
+
     std::string interface() const;
     const inspection::Link* link() const;
 
@@ -59,6 +60,9 @@ std::string word(const std::string& text);
 // A shell line that writes these lines into a new file of a folder.
 std::string writing(const std::string& folder, const std::string& file,
                     const std::vector<std::string>& lines);
+
+// A shell line that writes these lines into a drop-in of the supplicant's unit, and restarts it.
+std::string dropIn(const std::string& file, const std::vector<std::string>& lines);
 
 // The options of a supplicant's command line: each letter with its value.
 std::vector<std::pair<char, std::string>> optionsIn(const std::vector<std::string>& command);

@@ -118,13 +118,22 @@ void examineInterfaces(Examination& examination) {
     };
     const auto extra = std::find_if_not(interfaces.begin(), interfaces.end(), isNamed);
     if (interfaces.size() > 1 && !named.empty() && extra != interfaces.end()) {
-        examination.doubtful(Link::interface,
-                             fmt::format("wpa_supplicant has {} interfaces, and the first one is used: {}. "
-                                         "The unit does not name {}",
-                                         interfaces.size(), interfaces.front().name, extra->name),
-                             "busctl call fi.w1.wpa_supplicant1 /fi/w1/wpa_supplicant1 fi.w1.wpa_supplicant1 "
-                             "RemoveInterface o " +
-                                 extra->path);
+        const std::string remedy =
+            "busctl call fi.w1.wpa_supplicant1 /fi/w1/wpa_supplicant1 fi.w1.wpa_supplicant1 RemoveInterface "
+            "o " +
+            extra->path;
+        if (extra == interfaces.begin()) {
+            examination.broken(
+                Link::interface,
+                fmt::format("a program that starts now uses {}, which the unit does not name, since "
+                            "wpa_supplicant lists it first",
+                            extra->name),
+                remedy);
+        } else {
+            examination.doubtful(
+                Link::interface,
+                fmt::format("wpa_supplicant also has {}, which the unit does not name", extra->name), remedy);
+        }
     }
 }
 

@@ -11,25 +11,31 @@ using inspection::Facts;
 using inspection::Unit;
 
 constexpr const char* unitFolder = "/etc/systemd/system";
-constexpr const char* dropInFolder = "/etc/systemd/system/wpa_supplicant.service.d";
 constexpr const char* program = "/sbin/wpa_supplicant";
 constexpr const char* usualConfiguration = "/etc/wpa_supplicant/wpa_supplicant.conf";
 constexpr const char* busName = "fi.w1.wpa_supplicant1";
 
+// As in a unit's file.
 std::string joined(const std::vector<std::string>& command) {
     std::string text;
     for (const std::string& each : command) {
-        text += (text.empty() ? "" : " ") + each;
+        const char* quote = each.find(' ') == std::string::npos ? "" : "\"";
+        text += text.empty() ? "" : " ";
+        text += quote + each + quote;
     }
     return text;
 }
 
-std::string nameOr(const std::string& name) {
-    return name.empty() ? "wlan0" : name;
+// A shell line that makes the usual configuration, unless there is one.
+std::string ensureConfiguration() {
+    const std::string file = usualConfiguration;
+    return "{ test -e " + file +
+           " || ( umask 077; printf '%s\\n' ctrl_interface=/run/wpa_supplicant update_config=1 > " + file +
+           " ); } && ";
 }
 
-std::string dropIn(const std::string& file, const std::vector<std::string>& lines) {
-    return writing(dropInFolder, file, lines) + " && systemctl daemon-reload && " + restartUnit;
+std::string nameOr(const std::string& name) {
+    return name.empty() ? "wlan0" : name;
 }
 
 void examineLoading(Examination& examination, const Unit& unit) {
@@ -41,8 +47,9 @@ void examineLoading(Examination& examination, const Unit& unit) {
         const std::string start = std::string("ExecStart=") + program + " -u -s -i" +
                                   nameOr(examination.interface()) + " -Dnl80211 -c " + usualConfiguration;
         examination.broken(Link::unit, std::string(supplicantUnit) + " is missing",
-                           writing(unitFolder, supplicantUnit,
-                                   {"[Service]", "Type=dbus", std::string("BusName=") + busName, start}) +
+                           ensureConfiguration() +
+                               writing(unitFolder, supplicantUnit,
+                                       {"[Service]", "Type=dbus", std::string("BusName=") + busName, start}) +
                                " && systemctl daemon-reload && systemctl start " + supplicantUnit);
     } else if (unit.loadState != "loaded") {
         examination.broken(Link::unit,
@@ -99,6 +106,7 @@ std::vector<std::string> mended(const Examination& examination, const Unit& unit
 void examineCommand(Examination& examination, const Unit& unit) {
     const Facts& facts = examination.facts();
     const std::string remedy =
+        (hasOption(unit.command, 'c') ? "" : ensureConfiguration()) +
         dropIn("zz-kazwifi-command.conf",
                {"[Service]", "ExecStart=", "ExecStart=" + joined(mended(examination, unit))});
     const bool hasInterfaces = facts.supplicant.isKnown() && !facts.supplicant->interfaces.empty();

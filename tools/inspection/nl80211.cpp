@@ -104,7 +104,8 @@ std::string_view bytesOf(const int& number) {
 
 void readRadios(Facts& facts) {
     Netlink netlink;
-    constexpr std::string_view name("nl80211", 8);  // with its NUL
+    using namespace std::string_view_literals;
+    constexpr std::string_view name = "nl80211\0"sv;
     const Fact<Attributes> found = netlink.ask(GENL_ID_CTRL, CTRL_CMD_GETFAMILY, CTRL_ATTR_FAMILY_NAME, name);
     if (!found.isKnown()) {
         facts.country = found.isAbsent() ? Fact<std::string>::absent() : Fact<std::string>(found.unknown());

@@ -333,6 +333,14 @@ const std::vector<Row> rows{
          });
      },
      Verdict::doubtful, Link::interface, "RemoveInterface o /1"},
+    {"AnotherInterfaceFirst",
+     [](Facts& f) {
+         change(f.supplicant, [](Supplicant& supplicant) {
+             supplicant.interfaces.insert(supplicant.interfaces.begin(),
+                                          {"/1", "wlan1", "", "", std::vector<Network>()});
+         });
+     },
+     Verdict::broken, Link::interface, "RemoveInterface o /1"},
     {"NoCountry",
      [](Facts& f) {
          f.country = std::string("00");

@@ -34,6 +34,12 @@ Report findFaults(const Options& options, Workspace& place, Output& output);
 // Returns when the state that the options name is reached.
 Report waitForState(const Options& options, Workspace& place, Output& output);
 
+// Writes what is known of the device to a new file, without secrets.
+Report writeReport(const Options& options, Workspace& place, Output& output);
+
+// Throws CommandFailed for a command that examines the machine.
+void checkNotSimulated(const Options& options, const std::string& what);
+
 // Writes each change until a signal or a write error ends it. The report is empty.
 Report monitorChanges(const Options& options, Workspace& place, Output& output);
 

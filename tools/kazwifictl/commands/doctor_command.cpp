@@ -63,12 +63,16 @@ Failure ill(const Finding& worst) {
 
 }  // namespace
 
-Report findFaults(const Options& options, Workspace& /*place*/, Output& output) {
+void checkNotSimulated(const Options& options, const std::string& what) {
     if (options.simulate) {
-        throw CommandFailed({ExitCode::usage, "cannot examine a simulated device",
-                             "its radio, files and processes would be those of this machine",
-                             "kazwifictl doctor"});
+        throw CommandFailed({ExitCode::usage, what,
+                             "a simulated device has no radio, no processes and no files of its own",
+                             "no --simulate"});
     }
+}
+
+Report findFaults(const Options& options, Workspace& /*place*/, Output& output) {
+    checkNotSimulated(options, "cannot look for faults");
     const auto began = Clock::now();
     const std::vector<Finding> findings = doctor::diagnose(inspection::inspect());
     Report report;

@@ -22,6 +22,7 @@ const std::map<Command, Function> functions{
     {Command::monitor, monitorChanges},
     {Command::wait, waitForState},
     {Command::doctor, findFaults},
+    {Command::report, writeReport},
 };
 
 }  // namespace

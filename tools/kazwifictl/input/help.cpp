@@ -11,7 +11,7 @@ constexpr std::string_view commandsText =
   list            list networks in range        scan        scan, then list
   connect SSID    connect; asks for a password  disconnect  end the connection
   forget SSID     delete a saved network        monitor     show every change
-  doctor          find what is wrong            wait        wait for a state
+  doctor, report FILE  find what is wrong       wait        wait for a state
 )";
 
 }  // namespace

@@ -139,6 +139,10 @@ class Parser {
         command(Command::disconnect, "End the connection. The network stays saved.");
         command(Command::monitor, "Show every change until interrupted.");
         command(Command::doctor, "Find what is wrong with this device, and what mends it.");
+        command(Command::report, "Write a file for a bug report, without passwords, names and addresses.")
+            ->add_option("FILE", options_.file, "The new file")
+            ->type_name("")
+            ->required();
     }
 
     // Not a Command, because it is done when the line has been parsed.
@@ -317,6 +321,7 @@ std::string_view nameOf(Command command) {
                             {Command::monitor, "monitor"},
                             {Command::wait, "wait"},
                             {Command::doctor, "doctor"},
+                            {Command::report, "report"},
                             {Command::prompt, ""}});
 }
 

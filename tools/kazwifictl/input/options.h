@@ -25,6 +25,7 @@ enum class Command {
     monitor,
     wait,
     doctor,
+    report,
     prompt
 };
 
@@ -77,6 +78,7 @@ struct Options {
     std::string ssid;  // bytes
     WaitedState waitedState = WaitedState::connected;
     std::optional<std::chrono::milliseconds> timeout;  // of wait; nothing: for ever
+    std::string file;                                  // of report
     ConnectOptions connect;
 };
 
