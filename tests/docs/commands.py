@@ -184,8 +184,10 @@ def check_session(document, block, device, problems):
     parts = re.split(r"^\$ (.*)\n", block.text, flags=re.MULTILINE)[1:]
     script, expected = "", []
     for command, output in zip(parts[::2], parts[1::2]):
-        # A command that ends with ^C is interrupted. The question for a password appears only on a terminal.
-        wanted = [line for line in output.splitlines() if line != "^C" and not line.startswith("Password")]
+        # A command that ends with ^C is interrupted. The question for a password appears only on a terminal, and above
+        # it why it is asked again.
+        shown = re.sub(r"^(  .*\n)?Password.*\n", "", output, flags=re.MULTILINE)
+        wanted = [line for line in shown.splitlines() if line != "^C"]
         failing = any(line.startswith("kazwifictl: ") for line in wanted)
         interrupted = "^C" in output
         prefix = "timeout --signal=INT 1 " if interrupted else f"printf '{PASSWORD}\\n' | "
