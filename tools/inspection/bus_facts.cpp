@@ -221,7 +221,7 @@ class BusReader {
             facts_.mayStartUnits = true;
             return;
         }
-        const auto append = [this](sd_bus_message* message) {
+        const auto append = [](sd_bus_message* message) {
             return sd_bus_message_append(message, "(sa{sv})sa{ss}us", "unix-process", 2, "pid", "u",
                                          static_cast<unsigned>(::getpid()), "start-time", "t",
                                          std::uint64_t{0}, "org.freedesktop.systemd1.manage-units", 0, 0U,

@@ -26,7 +26,8 @@ std::string powerText(const Snapshot& view, const LibraryLog::Hints& hints) {
     if (!view.enabled) {
         return "off";
     }
-    return "on, but " + (stackTrouble(view, hints).why == notRunning ? notRunning : "it cannot be used"s);
+    return "on, but " +
+           (stackTrouble(view, hints).why == supplicantStopped ? supplicantStopped : "it cannot be used"s);
 }
 
 std::string connectionText(const ConnectionInfo& info, const Output& output) {

@@ -53,7 +53,7 @@ StackTrouble inactiveUnit() {
     if (facts.unit.isKnown() && facts.unit->activeState == "activating") {
         return {"wpa_supplicant is still starting", "a longer --start-wait"};
     }
-    return {notRunning, "kazwifictl on"};
+    return {supplicantStopped, "kazwifictl on"};
 }
 
 // What the supplicant, or the bus in its place, answered.

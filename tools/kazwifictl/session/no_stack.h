@@ -15,7 +15,7 @@ struct StackTrouble {
     std::string advice;
 };
 // The trouble that is none but this: a unit that is not active.
-inline constexpr const char* notRunning = "wpa_supplicant does not run";
+inline constexpr const char* supplicantStopped = "wpa_supplicant does not run";
 StackTrouble stackTrouble(const Snapshot& now, const LibraryLog::Hints& hints);
 
 // The same as a failure.
