@@ -146,7 +146,7 @@ TEST(ConnectionInfoText, IsWrittenUnderTheFormatOfAString) {
 
 TEST(ConnectionInfoText, AWidthPadsTheWholeText) {
     EXPECT_EQ(fmt::format("{:>60}", ConnectionInfo{}),
-              std::string(15, ' ') + "status=disconnected, disconnectReason=unknown");
+              std::string(15, ' ').append("status=disconnected, disconnectReason=unknown"));
 }
 
 TEST(ConnectionInfoText, TakesWidthAndPrecisionFromOtherArguments) {
