@@ -12,7 +12,7 @@
 namespace kaz::dbus {
 
 Bus::Bus(std::chrono::milliseconds callLimit)
-    : process_(::getpid()), callLimit_(callLimit), owners_(std::make_unique<NameOwners>()) {}
+    : process_(::getpid()), callLimit_(callLimit), owners_(std::make_unique<NameOwners>(callLimit / 2)) {}
 
 Bus::~Bus() {
     if (inherited()) {
@@ -44,12 +44,34 @@ void Bus::pushTask(std::function<void()> task) {
 }
 
 void Bus::setIdleTask(std::function<std::optional<std::chrono::milliseconds>()> task) {
-    loop_.setIdleTaskSync([task = std::move(task)] {
+    loop_.setIdleTaskSync([this, task = std::move(task)] {
         // If the task throws, what it waits for is not known.
         std::optional<std::chrono::milliseconds> delay = std::chrono::seconds(1);
         runGuarded("idle task", [&] { delay = task(); });
-        return delay;
+        std::optional<std::chrono::milliseconds> next;
+        runGuarded("recovery of missed signals", [&] { next = recoverMissedSignals(); });
+        return next && (!delay || *next < *delay) ? next : delay;
     });
+}
+
+std::optional<std::chrono::milliseconds> Bus::recoverMissedSignals() {
+    connection();
+    const auto next = owners_->recover();
+    if (owners_->takeMissed()) {
+        log::info("Signals of the daemons were missed, so all is read again");
+        pushTask([this] {
+            reportConnection(false);
+            reportConnection(true);
+        });
+    }
+    return next ? std::optional(std::chrono::ceil<std::chrono::milliseconds>(*next)) : std::nullopt;
+}
+
+void Bus::reportConnection(bool connected) {
+    connection();
+    if (connectionTask_) {
+        connectionTask_(connected);
+    }
 }
 
 void Bus::configureTimer(bool enable, std::chrono::milliseconds interval) {
@@ -91,10 +113,8 @@ void Bus::dropTemporarySubscriptions() {
 }
 
 void Bus::onConnectionChanged(std::function<void(bool connected)> task) {
-    setConnectionTask(loop_, [this, task = std::move(task)](bool connected) {
-        connection();
-        task(connected);
-    });
+    connectionTask_ = std::move(task);
+    setConnectionTask(loop_, [this](bool connected) { reportConnection(connected); });
 }
 
 void Bus::onOwnerChanged(const char* name, std::function<void(bool owned)> task) {

@@ -56,13 +56,16 @@ class Bus : NonCopyable {
     void setTimerTask(std::function<void()> task);
 
     // Calls the handler for each such signal from the current owner of the name `sender`. A forged signal
-    // from another program is dropped. An empty path subscribes to nothing.
+    // from another program is dropped; so is every signal while the bus does not tell the owner. An empty path
+    // subscribes to nothing.
     void subscribe(const char* sender, const OPath& path, const char* interface, const char* member,
                    Lifetime lifetime, std::function<void(MessageDecoder&)> handler);
     void dropTemporarySubscriptions();
 
     // Runs the task when the connection is lost (false) and when it is restored (true). One task at most. With a
-    // platform that does not reconnect, the task never runs.
+    // platform that does not reconnect, neither is reported. A Bus with an idle task also reports a loss and a
+    // restoration after signals were dropped because their owner was unknown: whatever the daemons said meanwhile
+    // must be read again.
     void onConnectionChanged(std::function<void(bool connected)> task);
 
     // Runs the task when the bus name gets another owner (true) or loses its owner (false). One task per
@@ -80,11 +83,14 @@ class Bus : NonCopyable {
     // Whether this is a forked child: it has the object but not the thread.
     bool inherited() const noexcept;
     sd_bus* connection();
+    std::optional<std::chrono::milliseconds> recoverMissedSignals();
+    void reportConnection(bool connected);
 
     const pid_t process_;
     const std::chrono::milliseconds callLimit_;
     std::atomic<bool> started_ = false;
     std::unique_ptr<NameOwners> owners_;
+    std::function<void(bool connected)> connectionTask_;
     TaskQueue tasks_;
     EventLoop loop_;  // the last member, so that its thread ends before what it uses
 };

@@ -43,6 +43,7 @@ void NameOwner::detach() noexcept {
     slot_.reset();
     owner_.clear();
     known_ = false;
+    missed_ = false;
     askAgainAt_ = {};
 }
 
@@ -51,11 +52,28 @@ void NameOwner::setChangeTask(ChangeTask task) {
 }
 
 bool NameOwner::sent(sd_bus_message* message) {
+    attachAgain(sd_bus_message_get_bus(message));
+    missed_ = missed_ || !known_;
+    return !owner_.empty() && owner_ == senderOf(message);
+}
+
+std::optional<NameOwner::Clock::duration> NameOwner::recover(sd_bus* bus) {
+    if (!missed_) {
+        return std::nullopt;
+    }
+    attachAgain(bus);
+    return known_ ? std::nullopt : std::optional(askAgainAt_ - Clock::now());
+}
+
+bool NameOwner::takeMissed() {
+    return known_ && std::exchange(missed_, false);
+}
+
+void NameOwner::attachAgain(sd_bus* bus) {
     if (!known_ && Clock::now() >= askAgainAt_) {
-        attach(sd_bus_message_get_bus(message));
+        attach(bus);
         askAgainAt_ = Clock::now() + pause_;  // from its end, because a bus that hangs may have taken long
     }
-    return !owner_.empty() && owner_ == senderOf(message);
 }
 
 // Not through the platform's loop: its handlers cannot match an argument. Without that, every program that

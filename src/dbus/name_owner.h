@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace kaz::dbus {
@@ -30,8 +31,15 @@ class NameOwner : NonCopyable {
     void setChangeTask(ChangeTask task);
 
     // Whether the current owner sent the message. False while there is no owner. If the last attach() failed, this
-    // first attaches to the message's connection, at most once per pause.
+    // first attaches to the message's connection, at most once per pause. If that fails too, the message is missed.
     bool sent(sd_bus_message* message);
+
+    // For the time after a message was missed: attaches, at most once per pause. Returns the time until the next
+    // attempt, or nullopt if none is needed.
+    std::optional<Clock::duration> recover(sd_bus* bus);
+
+    // Returns once whether messages were missed before the owner became known.
+    bool takeMissed();
 
     // The unique name of the owner; empty while there is none or it is unknown.
     const std::string& owner() const noexcept { return owner_; }
@@ -41,6 +49,7 @@ class NameOwner : NonCopyable {
 
   private:
     static int onChanged(sd_bus_message* message, void* owner, sd_bus_error* error);
+    void attachAgain(sd_bus* bus);
     int subscribe(sd_bus* bus);
     int ask(sd_bus* bus);
     void change(const char* present);
@@ -50,6 +59,7 @@ class NameOwner : NonCopyable {
     Clock::time_point askAgainAt_;
     std::string owner_;   // unique name, empty while there is none
     bool known_ = false;  // the bus has reported owner_
+    bool missed_ = false;
     ReplaceableTask<void(bool owned)> changeTask_;
     SlotPtr slot_;
 };
