@@ -42,11 +42,13 @@ SavedConfig readConfig(const std::filesystem::path& file, const std::vector<std:
     if (!in) {
         throw std::runtime_error("cannot read " + file.string());
     }
-    SavedConfig config{.updateConfig = false, .networks = {}};
+    SavedConfig config{.updateConfig = false, .country = {}, .networks = {}};
     for (std::string line; std::getline(in, line);) {
         const std::string_view text = trimmed(line);
         if (text == "update_config=1") {
             config.updateConfig = true;
+        } else if (text.starts_with("country=")) {
+            config.country = text.substr(text.find('=') + 1);
         } else if (text == "network={") {
             if (auto network = readNetwork(in, eapMethods)) {
                 config.networks.push_back(std::move(*network));
@@ -60,6 +62,7 @@ void writeConfig(const std::filesystem::path& file, const SavedConfig& config) {
     const std::filesystem::path fresh = file.string() + ".tmp";
     std::ofstream out(fresh, std::ios::trunc);
     out << "update_config=" << (config.updateConfig ? 1 : 0) << '\n';
+    out << (config.country.empty() ? "" : "country=" + config.country + '\n');
     for (const NetworkConfig& network : config.networks) {
         out << "\nnetwork={\n";
         for (const auto& [name, value] : network.stored()) {

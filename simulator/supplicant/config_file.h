@@ -11,6 +11,7 @@ namespace kaz::sim {
 // What the supplicant keeps across a restart.
 struct SavedConfig {
     bool updateConfig = true;
+    std::string country = {};
     std::vector<NetworkConfig> networks;
 };
 

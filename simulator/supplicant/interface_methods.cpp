@@ -104,7 +104,7 @@ void InterfaceObject::saveConfig() {
         throw BusError("fi.w1.wpa_supplicant1.UnknownError",
                        "Not allowed to update configuration (update_config=0)");
     }
-    SavedConfig saved{.updateConfig = true, .networks = {}};
+    SavedConfig saved{.updateConfig = true, .country = storage_.config.country, .networks = {}};
     for (const auto& network : networks_.all()) {
         if (network->config.complete()) {
             saved.networks.push_back(network->config);

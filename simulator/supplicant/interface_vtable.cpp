@@ -70,7 +70,14 @@ const sd_bus_vtable InterfaceObject::vtable_[] = {
     property("ApScan", [](const InterfaceObject&) { return std::uint32_t{1}; }),
     property("BSSExpireAge", [](const InterfaceObject&) { return std::uint32_t{180}; }),
     property("BSSExpireCount", [](const InterfaceObject&) { return std::uint32_t{2}; }),
-    property("Country", [](const InterfaceObject&) { return ""; }),
+    property(
+        "Country", [](const InterfaceObject& o) { return o.storage_.config.country; },
+        [](InterfaceObject& o, const std::string& country) {
+            if (country.size() < 2) {
+                throw BusError(SD_BUS_ERROR_FAILED, "invalid country code");
+            }
+            o.storage_.config.country = country.substr(0, 2);
+        }),
     property("Ifname", [](const InterfaceObject&) { return "wlan0"; }),
     property("Driver", [](const InterfaceObject&) { return "nl80211"; }),
     property("ConfigFile", [](const InterfaceObject& o) { return o.storage_.file.string(); }),

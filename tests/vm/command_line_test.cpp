@@ -3,6 +3,8 @@
 #include "vm/neighbourhood.h"
 #include "vm/supplicant_file.h"
 
+#include <nlohmann/json.hpp>
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -46,6 +48,38 @@ TEST_F(CommandLine, TheCommandLineSwitchesWifiOffAndOn) {
     EXPECT_FALSE(succeeds("systemctl is-active wpa_supplicant"));
     run("kazwifictl on");
     EXPECT_TRUE(succeeds("systemctl is-active wpa_supplicant"));
+}
+
+TEST_F(CommandLine, StatusTellsTheAddressesAndTheAgeOfTheLink) {
+    run("printf 'wpa-two-secret\\n' | kazwifictl connect 'Kaz WPA2' --password-file -");
+    const auto connection = nlohmann::json::parse(run("kazwifictl status --json")).at("connection");
+    EXPECT_EQ(connection.at("interface"), "wlan0");
+    ASSERT_FALSE(connection.at("addresses").empty());
+    EXPECT_TRUE(has(run("ip -oneline address show wlan0"), connection.at("addresses").at(0)));
+    EXPECT_TRUE(connection.at("linked_s").is_number());
+    EXPECT_LT(connection.at("signal_dbm"), 0);
+    EXPECT_GT(connection.at("rate_mbit"), 0);
+    EXPECT_TRUE(has(run("kazwifictl status"), "Connected for"));
+}
+
+TEST_F(CommandLine, TheCountryIsSetAndSaved) {
+    run("kazwifictl country FI");
+    EXPECT_TRUE(succeeds("grep -q country=FI /etc/wpa_supplicant/device.conf"));
+    const auto country = nlohmann::json::parse(run("kazwifictl country --json"));
+    EXPECT_EQ(country.at("country"), "FI");
+    EXPECT_TRUE(country.at("kernel_country").is_string());
+    run("sed -i /country/d /etc/wpa_supplicant/device.conf; systemctl restart wpa_supplicant");
+}
+
+TEST_F(CommandLine, ABlockedRadioIsNamedAndMended) {
+    run("echo 1 | tee /sys/class/net/wlan0/phy80211/rfkill*/soft");
+    EXPECT_TRUE(has(run("kazwifictl connect 'Kaz WPA2' --security open 2>&1 || true"), "(rfkill: soft)"));
+    const auto scan = nlohmann::json::parse(run("kazwifictl scan --json 2>/dev/null || true"));
+    EXPECT_EQ(scan.at("error").at("why"), "a program has blocked the radio (rfkill: soft)");
+    run(scan.at("error").at("try"));
+    for (int i = 0; i < 40 && !succeeds("kazwifictl scan"); ++i) {
+    }
+    EXPECT_TRUE(succeeds("kazwifictl scan"));
 }
 
 }  // namespace

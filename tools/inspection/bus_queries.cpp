@@ -69,6 +69,10 @@ Reader into(std::uint32_t& number) {
     return basic<std::uint32_t>('u', number);
 }
 
+Reader into(std::int32_t& number) {
+    return basic<std::int32_t>('i', number);
+}
+
 Reader into(std::vector<std::string>& paths) {
     return [&paths](sd_bus_message* message) {
         if (sd_bus_message_enter_container(message, 'a', "o") <= 0) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <list>
 #include <map>
@@ -35,6 +36,7 @@ using Readers = std::map<std::string_view, Reader>;
 Reader into(std::string& text);
 Reader into(bool& flag);
 Reader into(std::uint32_t& number);
+Reader into(std::int32_t& number);
 Reader into(std::vector<std::string>& paths);  // of an array of object paths
 
 // Reads an array a{sv} and skips what `readers` does not name. Returns false if the message has another form.

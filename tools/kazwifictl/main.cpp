@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <clocale>
 #include <exception>
 #include <memory>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "base/errno_text.h"
+#include "inspection/interface_in_use.h"
 #include "kazwifictl/commands/commands.h"
 #include "kazwifictl/input/options.h"
 #include "kazwifictl/output/documents.h"
@@ -33,6 +35,15 @@ struct End {
     int signal = 0;
 };
 
+// Called when the state of the system takes long to come.
+void sayWhyItTakesLong(Output& output) {
+    constexpr std::chrono::milliseconds patience{1000};
+    output.sayForNow("waiting for wpa_supplicant...");
+    if (kaz::inspection::supplicantHangs(patience)) {
+        output.sayForNow("wpa_supplicant does not answer; still waiting...");
+    }
+}
+
 End run(const Options& options, Background* background) {
     Interrupts interrupts;
     LibraryLog log(options.verbose);
@@ -41,8 +52,7 @@ End run(const Options& options, Background* background) {
     try {
         const bool prompt = options.command == Command::prompt;
         Workspace place(prompt ? Workspace::Kind::prompt : Workspace::Kind::oneCommand, interrupts, log,
-                        options.startWait, background,
-                        [&output] { output.sayForNow("waiting for wpa_supplicant..."); });
+                        options.startWait, background, [&output] { sayWhyItTakesLong(output); });
         end.code = prompt ? runPrompt(options, place, output) : runCommand(options, place, output);
     } catch (const Interrupted& interrupted) {
         output.say("");

@@ -49,6 +49,7 @@ CommandFixture::CommandFixture() {
     writeFile(folder_ / "editrc", "");
     environment = {{"DBUS_SYSTEM_BUS_ADDRESS", bus_.address()},
                    {"KAZ_CONFIG_FILE", folder_ / "kaz.conf"},
+                   {"KAZ_DEVICE_ROOT", folder_ / "root"},
                    {"XDG_STATE_HOME", folder_ / "state"},
                    {"TMPDIR", folder_.path()},
                    {"LC_ALL", "C.UTF-8"},

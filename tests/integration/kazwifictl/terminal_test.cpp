@@ -232,6 +232,20 @@ TEST_F(TerminalTest, ThePromptWritesAnEventAboveAHalfTypedLine) {
     expectStatus(0, *program, ctrlD);
 }
 
+TEST_F(TerminalTest, ThePromptWritesJsonAndHelp) {
+    startAndScan();
+    const auto program = atPrompt();
+    converse(*program, {{"list --json\n", R"("command":"list","ok":true,"networks":[{"ssid":"Home")"},
+                        {"", prompt},
+                        {"nonsense --json\n", R"("command":null,"ok":false)"},
+                        {"", "unknown command \"nonsense\""},
+                        {"", prompt},
+                        {"help connect\n", "Connect to a network."},
+                        {"", prompt},
+                        {"status\n", "Connection          not connected"}});
+    expectStatus(0, *program, ctrlD);
+}
+
 TEST_F(TerminalTest, CtrlZAtThePromptGivesTheTerminalBackAndKeepsTheLine) {
     start();
     const auto program = atPrompt();

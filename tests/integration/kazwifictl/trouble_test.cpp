@@ -1,11 +1,14 @@
 // Tests that kazwifictl tells what is wrong, each cause with a message of its own, and never claims what it did not do.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "integration/kazwifictl/command_fixture.h"
+#include "support/files/files.h"
 #include "support/waiting/waiting.h"
 
 namespace kaz::test {
@@ -21,6 +24,15 @@ class Trouble : public CommandFixture {
                const std::string& input = {}) {
         const Finished result = runs(status, arguments, input);
         EXPECT_TRUE(has(result.err, because)) << result.err;
+    }
+
+    // As the kernel shows it.
+    void block(const std::string& kind) {
+        const auto folder = file("root/sys/class/net/wlan0/phy80211/rfkill4");
+        std::filesystem::create_directories(folder);
+        for (const std::string each : {"soft", "hard"}) {
+            writeFile(folder / each, each == kind ? "1\n" : "0\n");
+        }
     }
 
     const std::string denied = "org.freedesktop.DBus.Error.AccessDenied";
@@ -99,14 +111,78 @@ TEST_F(Trouble, ASupplicantThatHangsIsNotBlamedOnSystemd) {
     fails(4, {"status"}, "wpa_supplicant does not answer; try: systemctl restart wpa_supplicant.service");
     const auto program = inTerminal({"status"});
     EXPECT_TRUE(program->waitFor("waiting for wpa_supplicant..."));
+    EXPECT_TRUE(program->waitFor("wpa_supplicant does not answer; still waiting...")) << program->out();
+    EXPECT_FALSE(has(program->out(), "try:")) << "it may only be slow";
     program->wait();
     EXPECT_FALSE(has(screenOf(program->out()), "waiting")) << program->out();
+}
+
+TEST_F(Trouble, ASlowSupplicantIsWaitedFor) {
+    start();
+    device().orderFault({.peer = "supplicant",
+                         .nth = 1,
+                         .kind = sim::FaultKind::delay,
+                         .delay = std::chrono::milliseconds(2500)});
+    const auto program = inTerminal({"status"});
+    EXPECT_TRUE(program->waitFor("waiting for wpa_supplicant...")) << program->out();
+    EXPECT_EQ(program->wait().status, 0) << program->out();
 }
 
 TEST_F(Trouble, ARefusedScanSaysSo) {
     start();
     refuse("supplicant", "Scan", "fi.w1.wpa_supplicant1.Interface.ScanError");
     fails(1, {"scan"}, "cannot scan: wpa_supplicant refused to scan");
+}
+
+TEST_F(Trouble, ABlockedRadioIsTheReasonOfARefusedScan) {
+    start();
+    refuse("supplicant", "Scan", "fi.w1.wpa_supplicant1.Interface.ScanError");
+    block("soft");
+    fails(4, {"scan"},
+          "cannot scan: a program has blocked the radio (rfkill: soft); try: echo 0 > "
+          "/sys/class/rfkill/rfkill4/soft");
+    block("hard");
+    fails(4, {"scan"},
+          "cannot scan: a switch on the device blocks the radio (rfkill: hard); try: the switch");
+}
+
+TEST_F(Trouble, ABlockedRadioEndsAConnectBeforeItAsksForAPassword) {
+    startAndScan();
+    block("soft");
+    fails(4, {"connect", "Home"},
+          "cannot connect to \"Home\": a program has blocked the radio (rfkill: soft)");
+    EXPECT_FALSE(wasCalled("AddNetwork"));
+    const Finished status = runs(4, {"status", "--json"});
+    EXPECT_TRUE(has(status.out, R"("radio_block":"soft")")) << status.out;
+    EXPECT_TRUE(has(run({"status"}).out, "on, but the radio is blocked"));
+}
+
+TEST_F(Trouble, StatusMeasuresTheSignal) {
+    startAndScan();
+    connectHome();
+    ASSERT_TRUE(device().setSignal(neighbourhood.accessPoints.front().bssid, -67));
+    EXPECT_TRUE(has(runs(0, {"status"}).out, "-67 dBm"));
+    const auto connection = nlohmann::json::parse(runs(0, {"status", "--json"}).out).at("connection");
+    EXPECT_EQ(connection.at("signal_dbm"), -67);
+    EXPECT_EQ(connection.at("rate_mbit"), 72);
+    EXPECT_EQ(connection.at("interface"), "wlan0");
+    EXPECT_EQ(connection.at("channel"), 1);
+    EXPECT_EQ(connection.at("addresses"), nullptr) << "the kernel was not asked";
+    EXPECT_EQ(connection.at("last_disconnect"), nullptr);
+}
+
+TEST_F(Trouble, Wpa3IsSupportedBeforeAndAfterItIsJoined) {
+    startAndScan();
+    EXPECT_TRUE(has(run({"list"}).out, "WPA3 personal"));
+    runs(0, {"connect", "Vault", "--security", "wpa3"}, "nothing but sae\n");
+    for (const std::string command : {"list", "status"}) {
+        const Finished result = runs(0, {command});
+        EXPECT_TRUE(has(result.out, "WPA3 personal")) << result.out;
+        EXPECT_FALSE(has(result.out, "not supported")) << result.out;
+    }
+    const auto networks = nlohmann::json::parse(runs(0, {"list", "--json"}).out).at("networks");
+    EXPECT_EQ(networks.at(0).at("security"), "wpa3");
+    EXPECT_EQ(networks.at(0).at("obstacle"), nullptr);
 }
 
 TEST_F(Trouble, AFullAccessPointIsNotAWrongPassword) {
@@ -123,6 +199,31 @@ TEST_F(Trouble, AWrongSecurityIsNamedWhenTheTimeIsUp) {
         has(result.err, "the network announces WPA2 personal, not open; try: kazwifictl connect Home"))
         << result.err;
     EXPECT_EQ(result.out.find("searched"), result.out.rfind("searched")) << result.out;
+}
+
+TEST_F(Trouble, TheCountryIsShownSetAndSaved) {
+    start();
+    EXPECT_EQ(runs(0, {"country"}).out, "wpa_supplicant      none is set\n");
+    EXPECT_EQ(runs(0, {"country", "fi"}).out, "The country is FI.\n");
+    EXPECT_TRUE(has(savedConfiguration(), "country=FI")) << savedConfiguration();
+    EXPECT_TRUE(has(runs(0, {"country", "--json"}).out, R"("country":"FI","kernel_country":null)"));
+    for (const std::string bad : {"Finland", "F", "F1", "", "../"}) {
+        fails(2, {"country", bad}, "is no country; try: two letters, such as FI");
+    }
+    refuse("supplicant", "Set", "org.freedesktop.DBus.Error.AccessDenied");
+    fails(1, {"country", "SE"}, "cannot set the country: ");
+    device().clearFaults();
+    EXPECT_EQ(runs(0, {"country"}).out, "wpa_supplicant      FI\n");
+    runs(0, {"off"});
+    fails(4, {"country"}, "cannot read the country: Wi-Fi is switched off");
+}
+
+TEST_F(Trouble, ACountryThatCannotBeSavedIsNotPraised) {
+    neighbourhood.updateConfig = false;
+    start();
+    fails(1, {"country", "FI"},
+          "the country is FI, but only until wpa_supplicant restarts: wpa_supplicant did not write its "
+          "configuration");
 }
 
 TEST_F(Trouble, AMonitorEndsWhenNobodyReadsAnyMore) {

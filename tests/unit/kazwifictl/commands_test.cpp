@@ -44,6 +44,7 @@ class CommandsTest : public testing::Test {
   protected:
     CommandsTest() {
         ::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent", 1);  // the device is simulated
+        ::setenv("KAZ_DEVICE_ROOT", folder.path().c_str(), 1);
         world.slowness = milliseconds(10);
         world.inRange = {network("Home", -50, SecurityMode::rsnPsk),
                          network("Cafe", -60, SecurityMode::none)};

@@ -40,7 +40,7 @@ TEST(Documents, DescribeTheConnection) {
     EXPECT_EQ(
         oneLine(connectionJson(details, Clock::now())),
         R"({"status":"disconnected","ssid":null,"ssid_hex":null,"signal_dbm":null,"security":null,"bssid":null,)"
-        R"("frequency_mhz":null,"rate_mbit":null,"last_disconnect":null,"last_outcome":null})"
+        R"("frequency_mhz":null,"channel":null,"rate_mbit":null,"last_disconnect":null,"last_outcome":null})"
         "\n");
     const auto now = Clock::now();
     details.info = connectedTo("Home", -48);
@@ -53,7 +53,7 @@ TEST(Documents, DescribeTheConnection) {
     EXPECT_EQ(
         oneLine(connectionJson(details, now)),
         R"({"status":"connected","ssid":"Home","ssid_hex":"486f6d65","signal_dbm":-48,"security":"wpa3",)"
-        R"("bssid":"02:00:00:00:01:0a","frequency_mhz":5180,"rate_mbit":54,)"
+        R"("bssid":"02:00:00:00:01:0a","frequency_mhz":5180,"channel":36,"rate_mbit":54,)"
         R"("last_disconnect":{"ssid":"Cafe","ssid_hex":"43616665","by":"user","ms_ago":1500},)"
         R"("last_outcome":{"ssid":"Cafe","ssid_hex":"43616665","cause":"given-up","certainty":"certain",)"
         R"("ms_ago":1500}})"

@@ -9,8 +9,8 @@
 
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/signal_strength.h"
-#include "kazwifictl/text/unicode.h"
 #include "kazwifictl/text/words.h"
+#include "kazwifictl/text/wrapping.h"
 
 namespace kaz::ctl {
 

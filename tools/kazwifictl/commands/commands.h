@@ -31,6 +31,9 @@ Report forgetNetwork(const Options& options, Workspace& place, Output& output);
 // Finds what is wrong with the device. Does not use the library.
 Report findFaults(const Options& options, Workspace& place, Output& output);
 
+// Shows the country whose radio rules apply, or sets and saves it. Does not use the library for it.
+Report showOrSetCountry(const Options& options, Workspace& place, Output& output);
+
 // Returns when the state that the options name is reached.
 Report waitForState(const Options& options, Workspace& place, Output& output);
 

@@ -12,6 +12,7 @@
 #include "kazwifictl/commands/connect_plan.h"
 #include "kazwifictl/commands/connect_questions.h"
 #include "kazwifictl/commands/connect_report.h"
+#include "kazwifictl/commands/radio_block.h"
 #include "kazwifictl/commands/saved_networks.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/failure.h"
@@ -54,6 +55,9 @@ class ConnectCommand : NonCopyable {
         }
         if (std::holds_alternative<AlreadyConnected>(plan)) {
             return alreadyConnected();
+        }
+        if (const auto block = radioBlock()) {
+            throw CommandFailed(block->failure(facts_.what));
         }
         if (auto* settings = std::get_if<UseSettings>(&plan)) {
             use(std::move(*settings));

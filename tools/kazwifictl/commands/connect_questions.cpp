@@ -7,6 +7,7 @@
 #include "kazwifictl/input/secret.h"
 #include "kazwifictl/text/failure.h"
 #include "kazwifictl/text/words.h"
+#include "kazwifictl/text/wrapping.h"
 
 namespace kaz::ctl {
 
@@ -20,7 +21,8 @@ bool ConnectQuestions::canAsk() {
 // A question bypasses the output, so the progress line is erased first.
 std::string ConnectQuestions::ask(const std::string& question, bool secret) {
     output_.sayForNow({});
-    return secret ? askSecret(question, interrupts_) : askLine(question, interrupts_);
+    const std::string text = fitted(question, output_.terminal().columns);
+    return secret ? askSecret(text, interrupts_) : askLine(text, interrupts_);
 }
 
 void ConnectQuestions::confirmReplacing(const std::string& what, const std::string& name,
@@ -35,10 +37,11 @@ void ConnectQuestions::confirmReplacing(const std::string& what, const std::stri
                              plainCommand});
     }
     output_.sayForNow({});
-    if (!askYes(fmt::format("{} is saved. New settings delete the saved ones, even if they do not work.\n"
-                            "Replace the saved settings?",
-                            name),
-                interrupts_)) {
+    const std::string question = fmt::format(
+        "{} is saved. New settings delete the saved ones, even if they do not work.\nReplace the saved "
+        "settings?",
+        name);
+    if (!askYes(fitted(question, output_.terminal().columns), interrupts_)) {
         throw CommandFailed({ExitCode::failed, what, "the saved settings are kept", plainCommand});
     }
 }

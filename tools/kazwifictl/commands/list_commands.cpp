@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "kazwifictl/commands/commands.h"
+#include "kazwifictl/commands/radio_block.h"
 #include "kazwifictl/commands/saved_networks.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/failure.h"
@@ -65,6 +66,14 @@ Report scanAndList(const std::string& what, const Options& options, Workspace& p
     return listReport(view, options, output);
 }
 
+Failure refusedScan(const std::string& what) {
+    if (const auto block = radioBlock()) {
+        return block->failure(what);
+    }
+    return {ExitCode::failed, what, "wpa_supplicant refused to scan",
+            "kazwifictl doctor, or again when the device is not connecting"};
+}
+
 // The supplicant also refuses a scan while it begins one by itself, which then shows soon.
 void beginScan(const std::string& what, Session& session) {
     bool began = false;
@@ -78,8 +87,7 @@ void beginScan(const std::string& what, Session& session) {
     await(
         session, refused ? refusedScanLimit : scanStartLimit,
         [&began](const Snapshot& view) { return began || view.scanning; },
-        refused ? Failure{ExitCode::failed, what, "wpa_supplicant refused to scan",
-                          "rfkill list; ip link; or again when the device is not connecting"}
+        refused ? refusedScan(what)
                 : Failure{ExitCode::failed, what, "wpa_supplicant took the request, but does not scan",
                           "kazwifictl off, then kazwifictl on"});
 }

@@ -21,6 +21,7 @@ const std::map<Command, Function> functions{
     {Command::forget, forgetNetwork},
     {Command::monitor, monitorChanges},
     {Command::wait, waitForState},
+    {Command::country, showOrSetCountry},
     {Command::doctor, findFaults},
     {Command::report, writeReport},
 };

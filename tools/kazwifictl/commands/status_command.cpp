@@ -1,9 +1,13 @@
 #include <fmt/format.h>
 
+#include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "inspection/interface_in_use.h"
 #include "kazwifictl/commands/commands.h"
+#include "kazwifictl/commands/radio_block.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/signal_strength.h"
 #include "kazwifictl/text/words.h"
@@ -15,7 +19,23 @@ using wifi::ConnectionInfo;
 
 namespace {
 
-std::string powerText(const Snapshot& view, const LibraryLog::Hints& hints) {
+// What is asked of the daemons and the kernel at the moment, beside what the library publishes.
+struct Live {
+    inspection::Fact<inspection::InterfaceInUse> interface;
+    std::optional<RadioBlock> block;
+
+    explicit Live(bool running) {
+        if (running) {
+            interface = inspection::readInterfaceInUse();
+            block = radioBlock();
+        }
+    }
+};
+
+std::string powerText(const Snapshot& view, const LibraryLog::Hints& hints, const Live& live) {
+    if (live.block) {
+        return "on, but the radio is blocked";
+    }
     if (view.running) {
         return view.enabled ? "on" : "switched off, but wpa_supplicant runs";
     }
@@ -44,6 +64,43 @@ std::string line(std::string_view label, const std::string& value) {
     return fmt::format("{:<20}{}\n", label, value);
 }
 
+// "2 h 13 min"
+std::string durationText(std::chrono::seconds duration) {
+    const auto seconds = duration.count();
+    constexpr int minute = 60;
+    constexpr int hour = 60 * minute;
+    constexpr int day = 24 * hour;
+    if (seconds < minute) {
+        return fmt::format("{} s", seconds);
+    }
+    if (seconds < hour) {
+        return fmt::format("{} min", seconds / minute);
+    }
+    return seconds < day ? fmt::format("{} h {} min", seconds / hour, seconds % hour / minute)
+                         : fmt::format("{} d {} h", seconds / day, seconds % day / hour);
+}
+
+std::string interfaceText(const inspection::Fact<inspection::InterfaceInUse>& interface) {
+    if (!interface.isKnown()) {
+        return {};
+    }
+    std::string text = line("Interface", interface->name);
+    text += interface->linkedFor ? line("Connected for", durationText(*interface->linkedFor)) : "";
+    for (const std::string& address : interface->addresses.value_or(std::vector<std::string>())) {
+        text += line("Address", address);
+    }
+    return text;
+}
+
+void addInterface(Json& connection, const inspection::Fact<inspection::InterfaceInUse>& interface,
+                  bool linked) {
+    connection["interface"] = interface.isKnown() ? Json(interface->name) : Json();
+    connection["addresses"] =
+        interface.isKnown() && interface->addresses ? Json(*interface->addresses) : Json();
+    connection["linked_s"] =
+        interface.isKnown() && linked && interface->linkedFor ? Json(interface->linkedFor->count()) : Json();
+}
+
 std::string linkText(const Snapshot& view, const Output& output) {
     const auto signal = knownSignal(view.connection.info.signal);
     const wifi::NetworkInUse& inUse = view.connection.network;
@@ -56,15 +113,15 @@ std::string linkText(const Snapshot& view, const Output& output) {
     return inUse.rate == 0 ? text : text + line("Rate", fmt::format("{} Mbit/s", inUse.rate));
 }
 
-std::string statusText(const Snapshot& view, const LibraryLog::Hints& hints, const Output& output,
-                       Clock::time_point now) {
-    std::string text = line("Wi-Fi", powerText(view, hints));
+std::string statusText(const Snapshot& view, const LibraryLog::Hints& hints, const Live& live,
+                       const Output& output, Clock::time_point now) {
+    std::string text = line("Wi-Fi", powerText(view, hints, live));
     if (!view.running) {
         return text;
     }
     text += line("Connection", connectionText(view.connection.info, output));
     if (!view.isDisconnected()) {
-        text += linkText(view, output);
+        text += linkText(view, output) + interfaceText(live.interface);
     }
     if (view.scanning) {
         text += line("Scanning", "yes");
@@ -81,19 +138,29 @@ std::string statusText(const Snapshot& view, const LibraryLog::Hints& hints, con
 }  // namespace
 
 Report showStatus(const Options& /*options*/, Workspace& place, Output& output) {
-    const Snapshot view = place.look("cannot read the status", Workspace::Need::nothing);
+    Snapshot view = place.look("cannot read the status", Workspace::Need::nothing);
+    const Live live(view.running);
+    // What the library publishes is up to a minute old, and that of a new Manager is of the last scan.
+    if (!view.isDisconnected() && live.interface.isKnown() && live.interface->signal.isKnown()) {
+        view.connection.info.signal = *live.interface->signal;
+        view.connection.network.rate = live.interface->rate.value_or(view.connection.network.rate);
+    }
     const auto now = Clock::now();
     const LibraryLog::Hints hints = place.log().hints();
-    Report report{statusText(view, hints, output, now),
+    Report report{statusText(view, hints, live, output, now),
                   {{"enabled", view.enabled},
                    {"running", view.running},
                    {"scanning", view.scanning},
+                   {"radio_block", live.block ? Json(live.block->kind) : Json()},
                    {"connection", connectionJson(view.connection, now)}},
                   std::nullopt};
+    addInterface(report.members["connection"], live.interface, !view.isDisconnected());
     const bool unknown = isUnknown(view, hints);
     if (unknown || (view.enabled && !view.running)) {
         report.failure =
             noStack(unknown ? "cannot read the whole status" : "Wi-Fi does not work", view, hints);
+    } else if (live.block) {
+        report.failure = live.block->failure("Wi-Fi does not work");
     }
     return report;
 }

@@ -26,7 +26,7 @@ _kazwifictl() {
     COMPREPLY=()
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-            status | on | off | scan | list | connect | disconnect | forget | monitor | wait | doctor | report | help)
+            status | on | off | scan | list | connect | disconnect | forget | monitor | wait | doctor | report | country | help)
                 command=${COMP_WORDS[i]}
                 break
                 ;;
@@ -55,8 +55,8 @@ _kazwifictl() {
         return
     fi
     case $command in
-        '') mapfile -t COMPREPLY < <(compgen -W 'status on off scan list connect disconnect forget monitor wait doctor report help' -- "$word") ;;
-        help) mapfile -t COMPREPLY < <(compgen -W 'status on off scan list connect disconnect forget monitor wait doctor report' -- "$word") ;;
+        '') mapfile -t COMPREPLY < <(compgen -W 'status on off scan list connect disconnect forget monitor wait doctor report country help' -- "$word") ;;
+        help) mapfile -t COMPREPLY < <(compgen -W 'status on off scan list connect disconnect forget monitor wait doctor report country' -- "$word") ;;
         report) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
         connect) _kazwifictl_from_lines "$word" < <(_kazwifictl_ssids) ;;
         forget) _kazwifictl_from_lines "$word" < <(_kazwifictl_ssids --saved) ;;

@@ -1,6 +1,6 @@
 # fish completion for kazwifictl(1)
 
-set -l commands status on off scan list connect disconnect forget monitor wait doctor report
+set -l commands status on off scan list connect disconnect forget monitor wait doctor report country
 set -l none "not __fish_seen_subcommand_from $commands"
 set -l connect '__fish_seen_subcommand_from connect'
 
@@ -23,6 +23,7 @@ complete -c kazwifictl -n $none -a monitor -d 'Show every change'
 complete -c kazwifictl -n $none -a wait -d 'Wait for a state'
 complete -c kazwifictl -n $none -a doctor -d 'Find what is wrong with this device'
 complete -c kazwifictl -n $none -a report -d 'Write a file for a bug report'
+complete -c kazwifictl -n $none -a country -d 'Show or set the country whose radio rules apply'
 complete -c kazwifictl -n '__fish_seen_subcommand_from report' -F
 
 complete -c kazwifictl -n $none -a help -d 'Show help'

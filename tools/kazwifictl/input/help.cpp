@@ -1,18 +1,65 @@
 #include "kazwifictl/input/help.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "kazwifictl/text/terminal.h"
 
 namespace kaz::ctl {
 
 namespace {
 
-constexpr std::string_view commandsText =
-    R"(  status          state and connection          on, off     switch Wi-Fi on/off
-  list            list networks in range        scan        scan, then list
-  connect SSID    connect; asks for a password  disconnect  end the connection
-  forget SSID     delete a saved network        monitor     show every change
-  doctor, report FILE  find what is wrong       wait        wait for a state
-)";
+using Rows = std::vector<std::pair<std::string_view, std::string_view>>;
+
+const Rows commandRows{
+    {"status", "state and connection"},
+    {"on, off", "switch Wi-Fi on/off"},
+    {"list", "list networks in range"},
+    {"scan", "scan, then list"},
+    {"connect SSID", "connect; asks for a password"},
+    {"disconnect", "end the connection"},
+    {"forget SSID", "delete a saved network"},
+    {"monitor", "show every change"},
+    {"doctor", "find what is wrong"},
+    {"wait", "wait for a state"},
+    {"report FILE", "file for a bug report"},
+    {"country", "radio rules"},
+};
+
+const Rows optionRows{
+    {"--json", "results as JSON"},
+    {"--color auto|always|never", ""},
+    {"--simulate[=FILE]", "use a simulated device"},
+    {"-v, --verbose", "log to stderr"},
+    {"--start-wait SECONDS", "wait for Wi-Fi (5)"},
+    {"--version, -h, --help", ""},
+};
+
+// Two rows on a line if the terminal has room for them.
+std::string rowsText(const Rows& rows, std::size_t name, std::size_t text, std::size_t secondName) {
+    constexpr int roomForTwo = 80;
+    const int columns = terminalAt(STDOUT_FILENO, ColourChoice::never).columns;
+    const bool two = columns == 0 || columns >= roomForTwo;
+    std::string result;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const auto& [left, right] = rows[i];
+        const bool first = !two || i % 2 == 0;
+        std::string cell = right.empty() ? std::string(left)
+                                         : fmt::format("{:<{}}{}", left, first ? name : secondName, right);
+        result += first ? "  " : "";
+        result += two && first ? fmt::format("{:<{}}", cell, name + text) : cell + '\n';
+    }
+    return result;
+}
+
+std::string commandsText() {
+    return rowsText(commandRows, 16, 30, 12);
+}
 
 }  // namespace
 
@@ -21,29 +68,27 @@ std::string helpText() {
 
 {}Without a command, a prompt reads commands. See also help COMMAND.
 
-  --json                results as JSON         --color auto|always|never
-  --simulate[=FILE]     use a simulated device  -v, --verbose  log to stderr
-  --start-wait SECONDS  wait for Wi-Fi (5)      --version, -h, --help
-
+{}
 Examples:
-  kazwifictl list
-  kazwifictl connect "My Home"
-  pass show wifi/work | kazwifictl connect Work --password-file -
-  kazwifictl connect Campus --identity me@example.org --eap PEAP --wait 60
-  kazwifictl monitor --json | jq .
-  kazwifictl --simulate
+    kazwifictl list
+    kazwifictl connect "My Home"
+    pass show wifi/work | kazwifictl connect Work --password-file -
+    kazwifictl connect Campus --identity me@example.org --eap PEAP --wait 60
+    kazwifictl monitor --json | jq .
+    kazwifictl --simulate
 
 Exit status: 0 success, 1 failure, 2 invalid command line, 3 timeout,
 4 no Wi-Fi, 5 network not found, 6 invalid settings. See kazwifictl(1).
 )",
-                       commandsText);
+                       commandsText(), rowsText(optionRows, 22, 24, 15));
 }
 
 std::string promptHelpText() {
-    return fmt::format(R"({}  help [COMMAND]  show this, or all options     quit        end (or Ctrl-D)
-Tab completes commands and SSIDs.
+    return fmt::format(
+        R"({}{}Tab completes commands and SSIDs.
 )",
-                       commandsText);
+        commandsText(),
+        rowsText({{"help [COMMAND]", "show this, or all options"}, {"quit", "end (or Ctrl-D)"}}, 16, 30, 12));
 }
 
 std::string HelpLayout::make_help(const CLI::App* command, std::string name, CLI::AppFormatMode mode) const {

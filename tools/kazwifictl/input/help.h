@@ -5,7 +5,7 @@
 
 namespace kaz::ctl {
 
-// The text of --help. Fits a screen of 24 lines and 80 columns.
+// The text of --help. Fits a screen of 24 lines and 80 columns; on a narrower one each command has a line of its own.
 std::string helpText();
 
 // The text of `help` at the prompt.

@@ -143,6 +143,21 @@ class Parser {
             ->add_option("FILE", options_.file, "The new file")
             ->type_name("")
             ->required();
+        const auto setCountry = [this](std::string word) {
+            for (char& letter : word) {
+                letter = letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+            }
+            const bool letters = std::all_of(word.begin(), word.end(),
+                                             [](char letter) { return letter >= 'A' && letter <= 'Z'; });
+            if (word.size() != 2 || (!letters && word != "00")) {
+                throw CommandFailed(usage(fmt::format("\"{}\" is no country", word),
+                                          "two letters, such as FI; 00 for what every country allows"));
+            }
+            options_.country = word;
+        };
+        command(Command::country, "Show or set the country whose radio rules apply.")
+            ->add_option_function<std::string>("CC", setCountry, "Two letters, such as FI")
+            ->type_name("");
     }
 
     // Not a Command, because it is done when the line has been parsed.
@@ -322,6 +337,7 @@ std::string_view nameOf(Command command) {
                             {Command::wait, "wait"},
                             {Command::doctor, "doctor"},
                             {Command::report, "report"},
+                            {Command::country, "country"},
                             {Command::prompt, ""}});
 }
 

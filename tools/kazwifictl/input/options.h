@@ -26,6 +26,7 @@ enum class Command {
     wait,
     doctor,
     report,
+    country,
     prompt
 };
 
@@ -79,6 +80,7 @@ struct Options {
     WaitedState waitedState = WaitedState::connected;
     std::optional<std::chrono::milliseconds> timeout;  // of wait; nothing: for ever
     std::string file;                                  // of report
+    std::string country;                               // of country: two capital letters; empty: show it
     ConnectOptions connect;
 };
 

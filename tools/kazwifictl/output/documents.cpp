@@ -101,6 +101,8 @@ Json connectionJson(const wifi::ConnectionDetails& details, std::chrono::steady_
     json["security"] = isKnown(inUse) ? Json(securityName(inUse.securityMode)) : Json();
     json["bssid"] = isKnown(inUse) ? Json(bssidText(inUse.bssid)) : Json();
     json["frequency_mhz"] = inUse.frequency != 0 ? Json(inUse.frequency) : Json();
+    const int channel = channelOf(inUse.frequency);
+    json["channel"] = channel != 0 ? Json(channel) : Json();
     json["rate_mbit"] = inUse.rate != 0 ? Json(inUse.rate) : Json();
     json["last_disconnect"] = lastDisconnect(info, now);
     json["last_outcome"] = lastOutcome(details.lastOutcome, now);

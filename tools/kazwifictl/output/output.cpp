@@ -7,6 +7,8 @@
 
 #include "kazwifictl/text/signal_strength.h"
 #include "kazwifictl/text/ssid_text.h"
+#include "kazwifictl/text/unicode.h"
+#include "kazwifictl/text/wrapping.h"
 
 namespace kaz::ctl {
 
@@ -32,13 +34,14 @@ void Output::refresh() {
 
 void Output::say(std::string_view text) {
     if (!json_) {
-        write(text);
+        write(fitted(text, out_.columns));
     }
 }
 
+// A line that fills the terminal could not be erased.
 void Output::sayForNow(std::string_view text) {
     if (!json_ && out_.interactive) {
-        write(text);
+        write(cutTo(text, out_.columns - 1, out_.utf8 ? "…" : "~"));
         passing_ = true;
     }
 }

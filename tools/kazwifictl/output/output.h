@@ -36,7 +36,7 @@ class Output {
     // From now on writes results as JSON, or as text.
     void setJson(bool json) { json_ = json; }
 
-    // Writes text for a person. Does nothing with --json.
+    // Writes text for a person, broken between words as fitted() does. Does nothing with --json.
     void say(std::string_view text);
 
     // Writes a progress line, which the next output replaces. Does nothing with --json, or without a terminal.

@@ -100,6 +100,7 @@ void Simulation::start(const std::string& program, const std::string& neighbourh
     }
     ::setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
     ::setenv("KAZ_CONFIG_FILE", (*folder_ / "kaz.conf").c_str(), 1);
+    ::setenv("KAZ_DEVICE_ROOT", folder_->path().c_str(), 1);
 }
 
 Simulation::~Simulation() {

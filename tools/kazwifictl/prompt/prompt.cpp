@@ -7,6 +7,7 @@
 
 #include "kazwifictl/commands/change_writer.h"
 #include "kazwifictl/commands/commands.h"
+#include "kazwifictl/output/documents.h"
 #include "kazwifictl/prompt/completion.h"
 #include "kazwifictl/prompt/line_editor.h"
 #include "kazwifictl/prompt/words_of_line.h"
@@ -61,8 +62,8 @@ class Prompt {
         }
         line_.history().add(text);
         if (!words) {
-            last_ = ExitCode::usage;
-            output_.complain({ExitCode::usage, "cannot parse the line", "a quote is not closed", "help"});
+            refuse({ExitCode::usage, "cannot parse the line", "a quote is not closed", "help"},
+                   options_.json);
             return true;
         }
         if (words->front() == "quit" || words->front() == "exit") {
@@ -70,14 +71,22 @@ class Prompt {
         }
         const Parsed parsed = parsePromptLine(*words, options_);
         if (const auto* failure = std::get_if<Failure>(&parsed)) {
-            last_ = failure->code;
-            output_.complain(*failure);
+            refuse(*failure, options_.json || asksForJson(*words));
         } else if (const auto* message = std::get_if<Message>(&parsed)) {
             output_.put(message->text);
         } else {
             execute(std::get<Options>(parsed));
         }
         return true;
+    }
+
+    // With `json` also as a document, whose command is not known.
+    void refuse(const Failure& failure, bool json) {
+        last_ = failure.code;
+        output_.setJson(json);
+        output_.show(document({}, Json::object(), &failure));
+        output_.setJson(options_.json);
+        output_.complain(failure);
     }
 
     void execute(const Options& options) {

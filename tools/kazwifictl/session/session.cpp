@@ -74,36 +74,33 @@ void Session::takeAll(const Observer& observer) {
 
 Session::Start Session::start(std::chrono::milliseconds limit, bool patient,
                               const std::function<void()>& slow) {
+    slow_ = slow;
     const auto began = Clock::now();
-    // Calls `slow` between the two parts of a wait that is longer than a second.
-    const auto wait = [&](std::chrono::milliseconds longest, const auto& done) {
-        if (done(std::min(longest, slowAfter))) {
-            return true;
-        }
-        if (slow && longest > slowAfter) {
-            slow();
-        }
-        return longest > slowAfter && done(longest);
-    };
-    if (!wait(std::max(limit, answerLimit), [&](std::chrono::milliseconds time) {
-            return carriedOut(std::chrono::ceil<std::chrono::milliseconds>(began + time - Clock::now()));
-        })) {
+    if (!carriedOut(std::max(limit, answerLimit))) {
         return Start::noAnswer;
     }
-    if (!latest_.running && patient && latest_.enabled) {
-        if (wait(limit, [&](std::chrono::milliseconds time) {
-                return until(began + time, [](const Snapshot& now) { return now.running; });
-            })) {
-            carriedOut(answerLimit);  // the whole first state
-        }
+    if (!latest_.running && patient && latest_.enabled &&
+        untilSlowly(began + limit, [](const Snapshot& now) { return now.running; }, {})) {
+        carriedOut(answerLimit);  // the whole first state
     }
     return latest_.running ? Start::running : Start::notRunning;
 }
 
 bool Session::carriedOut(std::chrono::milliseconds limit, const Observer& observer) {
     const unsigned mine = follower_.ask();
-    return until(
+    return untilSlowly(
         Clock::now() + limit, [mine](const Snapshot& now) { return now.answered >= mine; }, observer);
+}
+
+bool Session::untilSlowly(Clock::time_point deadline, const Condition& done, const Observer& observer) {
+    const auto patience = Clock::now() + slowAfter;
+    if (patience < deadline && slow_) {
+        if (until(patience, done, observer)) {
+            return true;
+        }
+        slow_();
+    }
+    return until(deadline, done, observer);
 }
 
 void Session::close() {

@@ -56,7 +56,7 @@ class Session : NonCopyable {
 
     // Finds out whether the supplicant runs, and takes the whole first state. If Wi-Fi is switched on but the supplicant
     // does not run, waits until `limit` for it if `patient`. Returns noAnswer if the system does not report its state
-    // within `limit`, or within 5 s if that is longer. Calls `slow` if it still waits after a second.
+    // within `limit`, or within 5 s if that is longer. This and carriedOut() call `slow` after a second of waiting.
     Start start(std::chrono::milliseconds limit, bool patient, const std::function<void()>& slow = {});
 
     // Longer than a D-Bus call, which times out after 10 s.
@@ -73,10 +73,13 @@ class Session : NonCopyable {
 
   private:
     bool deliverNext(const Observer& observer);
+    // until(), and calls slow_ after a second.
+    bool untilSlowly(Clock::time_point deadline, const Condition& done, const Observer& observer);
 
     Interrupts& interrupts_;
     Snapshot latest_;
     Failures failures_;
+    std::function<void()> slow_;
     int reader_ = -1;
     bool readerGone_ = false;
     wifi::client::Follower follower_;

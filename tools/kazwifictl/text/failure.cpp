@@ -4,6 +4,7 @@
 
 #include "kazwifictl/text/text_of.h"
 #include "kazwifictl/text/unicode.h"
+#include "kazwifictl/text/wrapping.h"
 
 namespace kaz::ctl {
 

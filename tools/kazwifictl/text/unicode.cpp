@@ -89,22 +89,6 @@ std::string paddedTo(std::string_view text, int columns) {
     return result;
 }
 
-std::string wrapped(std::string_view text, int columns) {
-    std::string result;
-    int used = 0;
-    while (columns > 0 && !text.empty()) {
-        const std::string_view word = text.substr(0, text.find(' '));
-        const int width = columnsOf(word);
-        const bool first = result.empty();
-        const bool fits = used + 1 + width <= columns;
-        result += first ? "" : (fits ? " " : "\n");
-        used = first || !fits ? width : used + 1 + width;
-        result += word;
-        text.remove_prefix(std::min(text.size(), word.size() + 1));
-    }
-    return columns > 0 ? result : std::string(text);
-}
-
 bool isRightToLeft(char32_t value) {
     const auto direction = propertiesOf(value).bidi_class;
     return direction == UTF8PROC_BIDI_CLASS_R || direction == UTF8PROC_BIDI_CLASS_AL ||

@@ -37,10 +37,6 @@ std::string cutTo(std::string_view text, int columns, std::string_view ellipsis)
 // `text` with blanks added up to `columns`.
 std::string paddedTo(std::string_view text, int columns);
 
-// `text` with line breaks in the place of blanks, so that no line has more than `columns`, unless a single word has. 0
-// columns: unchanged.
-std::string wrapped(std::string_view text, int columns);
-
 // Whether a character is written from right to left, or is a digit of such a script.
 bool isRightToLeft(char32_t value);
 

@@ -143,18 +143,22 @@ std::string bssidText(const std::array<std::uint8_t, 6>& bssid) {
     return fmt::format("{:02x}", fmt::join(bssid, ":"));
 }
 
-std::string channelText(int frequency) {
+int channelOf(int frequency) {
     constexpr int channel14 = 2484;
-    int channel = 0;
     if (frequency >= 2412 && frequency < channel14) {
-        channel = (frequency - 2407) / 5;
-    } else if (frequency == channel14) {
-        channel = 14;
-    } else if (frequency > 5000 && frequency < 5950) {
-        channel = (frequency - 5000) / 5;
-    } else if (frequency > 5950 && frequency <= 7125) {
-        channel = (frequency - 5950) / 5;
+        return (frequency - 2407) / 5;
     }
+    if (frequency == channel14) {
+        return 14;
+    }
+    if (frequency > 5000 && frequency < 5950) {
+        return (frequency - 5000) / 5;
+    }
+    return frequency > 5950 && frequency <= 7125 ? (frequency - 5950) / 5 : 0;
+}
+
+std::string channelText(int frequency) {
+    const int channel = channelOf(frequency);
     return channel == 0 ? fmt::format("{} MHz", frequency) : fmt::format("{} ({} MHz)", channel, frequency);
 }
 

@@ -59,6 +59,9 @@ bool isKnown(const wifi::NetworkInUse& network);
 // "02:00:00:00:01:01"
 std::string bssidText(const std::array<std::uint8_t, 6>& bssid);
 
+// The number of the channel; 0 if the frequency is of no usual one.
+int channelOf(int frequency);
+
 // "6 (2437 MHz)"; only the frequency when it is of no usual channel.
 std::string channelText(int frequency);
 
