@@ -15,7 +15,8 @@ function(kaz_report_platform_help library lacking)
   foreach(help IN ITEMS
       "Reconnects<EventLoop>@a lost bus is not reconnected"
       "EndsInTime<EventLoop>@the stop waits for a call in flight, and a pending save may be lost"
-      "KeepsSecretsFromItsLog<MessageBuilder>@its log decides whether an error text that repeats a passphrase is kept out")
+      "KeepsSecretsFromItsLog<MessageBuilder>@its log decides whether an error text that repeats a passphrase is kept out"
+      "TellsErrors<MessageBuilder>@it is not known why a call of a daemon failed")
     string(REPLACE "@" ";" help "${help}")
     list(GET help 0 concept)
     list(GET help 1 consequence)
@@ -23,6 +24,7 @@ function(kaz_report_platform_help library lacking)
     string(MAKE_C_IDENTIFIER "kaz_${library}_${name}" found)
     check_cxx_source_compiles("
       #include <dbus/platform_help.h>
+      #include <kaz/dbus/calls.h>
       #include <kaz/dbus/event_loop.h>
       #include <kaz/dbus/message.h>
       namespace kaz::dbus {

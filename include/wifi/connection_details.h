@@ -5,6 +5,7 @@
 /// A later version of the library may return causes that this header does not have. Show them as Cause::unknown.
 #pragma once
 
+#include <wifi/failure_reason.h>
 #include <wifi/types.h>
 
 #include <array>
@@ -170,9 +171,12 @@ struct ConnectionDetails {
     /// call, which shows within about a minute; otherwise `none`.
     Cause trouble = Cause::none;
 
+    /// Why the supplicant cannot be used: what Manager::isWifiStackInitialized() does not tell.
+    StackTrouble stack;
+
     friend bool operator==(const ConnectionDetails& a, const ConnectionDetails& b) {
         return a.info == b.info && a.lastOutcome == b.lastOutcome && a.network == b.network &&
-               a.shownStatus == b.shownStatus && a.trouble == b.trouble;
+               a.shownStatus == b.shownStatus && a.trouble == b.trouble && a.stack == b.stack;
     }
     friend bool operator!=(const ConnectionDetails& a, const ConnectionDetails& b) { return !(a == b); }
 };

@@ -47,10 +47,11 @@ class ManagerImpl;
 /// or a connection to another network. That can be the former connection, if the supplicant refused the
 /// request or never received it.
 ///
-/// Platform: if the device has its own D-Bus library, three promises depend on it: reconnecting to a lost bus,
-/// the destructor's limit for a peer that does not answer, and that a daemon's error text, which may repeat a
-/// password, is not logged. CMake reports which of them it lacks. That library also decides whether
-/// ~Manager works in a child of fork(), and whether it aborts on the Manager's own thread.
+/// Platform: if the device has its own D-Bus library, four promises depend on it: reconnecting to a lost bus,
+/// the destructor's limit for a peer that does not answer, that a daemon's error text, which may repeat a
+/// password, is not logged, and the reasons in RequestFailures. CMake reports which of them it lacks. That
+/// library also decides whether ~Manager works in a child of fork(), and whether it aborts on the Manager's own
+/// thread.
 ///
 /// Log records go to the process's default spdlog logger, which may be replaced at any time. Without one,
 /// after spdlog was shut down, they are dropped. An SSID appears there only as ssid="..."; passwords, keys
@@ -87,8 +88,8 @@ class [[gnu::visibility("default")]] Manager {
     /// The user's choice: true when none is stored, false when the stored value is invalid. Lock-free.
     bool isEnabled() const;
 
-    /// Whether the Manager is attached to a running supplicant. Scanning and connecting work only then.
-    /// Lock-free.
+    /// Whether the Manager is attached to a running supplicant. Scanning and connecting work only then. What stands
+    /// in the way is in connectionDetails(). Lock-free.
     bool isWifiStackInitialized() const;
 
     /// Called after isEnabled() or isWifiStackInitialized() changed.
@@ -164,13 +165,13 @@ class [[gnu::visibility("default")]] Manager {
 
     /// Calls `callback` once, on the Manager's thread, when every request made before has ended, and the state that it
     /// led to is published and saved. The argument has what failed of the requests since the last call of
-    /// whenCarriedOut(); it is empty if nothing did, as far as the daemons said. The callback comes also when requests
-    /// are dropped or fail, and when there were none: then at the end of the first state.
+    /// whenCarriedOut(), and why; it is empty if nothing did, as far as the daemons said. The callback comes also when
+    /// requests are dropped or fail, and when there were none: then at the end of the first state.
     ///
     /// A request to connect has ended when the supplicant has begun, not when the attempt ends. While an attempt runs,
     /// nothing is saved; if that fails later, the next callback is told. The rules for callbacks at Manager apply, but
     /// these callbacks do not replace each other. ~Manager destroys those that wait, without calling them.
-    void whenCarriedOut(std::function<void(const std::set<RequestFailure>& failures)> callback);
+    void whenCarriedOut(std::function<void(const RequestFailures& failures)> callback);
 
     /// The state of the connection. Returns a copy.
     ConnectionInfo connectionInfo() const;

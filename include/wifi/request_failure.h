@@ -2,7 +2,10 @@
 /// What Manager::whenCarriedOut tells about requests.
 #pragma once
 
+#include <wifi/failure_reason.h>
+
 #include <cstdint>
+#include <map>
 
 namespace kaz::wifi {
 
@@ -17,5 +20,9 @@ enum class RequestFailure : std::int32_t {
     choiceNotWritten = 6,  ///< setEnabled: the configuration file could not be written
     unitRefused = 7,       ///< setEnabled: systemd refused to start or stop the supplicant, or did not answer
 };
+
+/// What failed of some requests. `refused`, `notSaved` and `unitRefused` have a reason, as far as it is known; if several
+/// requests failed in the same way, that of the last one. The others have none.
+using RequestFailures = std::map<RequestFailure, FailureReason>;
 
 }  // namespace kaz::wifi

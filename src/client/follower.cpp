@@ -54,14 +54,14 @@ unsigned Follower::ask() {
         const std::lock_guard lock(mutex_);
         number = ++asked_;
     }
-    manager_->whenCarriedOut([this, number, &manager = *manager_](const std::set<RequestFailure>& failures) {
+    manager_->whenCarriedOut([this, number, &manager = *manager_](const RequestFailures& failures) {
         keep(manager, number, failures);
     });
     return number;
 }
 
 // Reads the state under the lock, so that a later snapshot is never older.
-void Follower::keep(Manager& manager, unsigned answered, std::set<RequestFailure> failures) {
+void Follower::keep(Manager& manager, unsigned answered, RequestFailures failures) {
     const std::lock_guard lock(mutex_);
     if (waiting_.size() == limit) {
         dropOldest();
@@ -76,7 +76,7 @@ void Follower::keep(Manager& manager, unsigned answered, std::set<RequestFailure
 
 // A failure is told only once, so the next snapshot tells it.
 void Follower::dropOldest() {
-    std::set<RequestFailure> untold = std::move(waiting_.front().failures);
+    RequestFailures untold = std::move(waiting_.front().failures);
     waiting_.pop_front();
     waiting_.front().failures.merge(untold);
 }

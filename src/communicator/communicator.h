@@ -4,6 +4,7 @@
 
 #include <wifi/certificates.h>
 #include <wifi/connection_details.h>
+#include <wifi/failure_reason.h>
 #include <wifi/types.h>
 
 #include <array>
@@ -129,6 +130,13 @@ class Communicator : NonCopyable {
 
     // Whether the supplicant did not answer the last call in time, and has sent nothing since.
     virtual bool isSupplicantSilent() = 0;
+
+    // Why the last call that failed since forgetFailures() has failed; `none` if none did.
+    virtual FailureReason lastFailure() = 0;
+    virtual void forgetFailures() = 0;
+
+    // Why no supplicant is attached.
+    virtual StackTrouble stackTrouble() = 0;
 
     // Queues a task for the loop thread; first in, first out. Callable from any thread.
     virtual void pushTaskAsync_(std::function<void()> task) = 0;

@@ -49,6 +49,30 @@ bool DbusCommunicator::isSupplicantSilent() {
     return supplicant_.isSilent();
 }
 
+// No request calls both daemons, except one that systemd has accepted.
+FailureReason DbusCommunicator::lastFailure() {
+    const FailureReason supplicants = supplicant_.lastFailure();
+    return supplicants == FailureReason::none ? unit_.lastFailure() : supplicants;
+}
+
+void DbusCommunicator::forgetFailures() {
+    supplicant_.forgetFailures();
+    unit_.forgetFailures();
+}
+
+StackTrouble DbusCommunicator::stackTrouble() {
+    if (supplicant_.hasInterface()) {
+        return {};
+    }
+    if (!bus_.isConnected()) {
+        return {StackTrouble::Place::bus, FailureReason::noBus};
+    }
+    if (unit_.unreadBecause() != FailureReason::none) {
+        return {StackTrouble::Place::systemd, unit_.unreadBecause()};
+    }
+    return supplicant_.trouble();
+}
+
 void DbusCommunicator::pushTaskAsync_(std::function<void()> task) {
     bus_.pushTask(std::move(task));
 }

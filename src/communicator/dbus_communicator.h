@@ -46,6 +46,9 @@ class DbusCommunicator final : public Communicator {
     bool isSupplicantOn() override;
     bool supplicantSurvived() override;
     bool isSupplicantSilent() override;
+    FailureReason lastFailure() override;
+    void forgetFailures() override;
+    StackTrouble stackTrouble() override;
     void pushTaskAsync_(std::function<void()> task) override;
     void configureTimerSync(bool enable, std::chrono::milliseconds interval) override;
     void setTimerCompletedTask(std::function<void()> task) override;

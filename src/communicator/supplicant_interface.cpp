@@ -24,7 +24,10 @@ bool SupplicantInterface::mayUse(const char* what, log::Level level) const {
 bool SupplicantInterface::attachSync(bool sameSupplicant, const dbus::OPath& preferred) {
     // First, because operations are refused while detached.
     attached_ = true;
+    record_.failure.reset();
     dbus::Reply reply = root().get("Interfaces");
+    trouble_ = reply ? StackTrouble{StackTrouble::Place::interface, FailureReason::none}
+                     : StackTrouble{StackTrouble::Place::supplicant, lastFailure()};
     const auto interfaces = reply.read<std::vector<dbus::OPath>>().value_or(std::vector<dbus::OPath>{});
     log::debug("wpa_supplicant has {} interfaces", interfaces.size());
     owner_ = reply.sender();
@@ -42,6 +45,7 @@ bool SupplicantInterface::attachSync(bool sameSupplicant, const dbus::OPath& pre
         return false;
     }
     path_ = *chosen;
+    trouble_ = {};
     return true;
 }
 
@@ -73,7 +77,8 @@ void SupplicantInterface::detach() {
     }
     owner_.clear();
     attached_ = false;
-    silent_ = false;
+    record_.silent = false;
+    trouble_ = {};
 }
 
 void SupplicantInterface::noteName(const std::string& name) {
@@ -142,7 +147,7 @@ dbus::RemoteObject SupplicantInterface::bssProperties(const dbus::OPath& path) c
 }
 
 dbus::RemoteObject SupplicantInterface::object(const dbus::OPath& path, const char* interface) const {
-    return bus_.object(bus::supplicant::service, path, interface, &silent_);
+    return bus_.object(bus::supplicant::service, path, interface, &record_);
 }
 
 }  // namespace kaz::wifi

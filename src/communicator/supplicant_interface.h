@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "communicator/call_failure.h"
 #include "dbus/bus.h"
 #include "dbus/remote_object.h"
 
@@ -49,8 +50,14 @@ class SupplicantInterface {
     void forget();
 
     // Whether the last call had no reply in time, and no signal has been handled since.
-    bool isSilent() const { return silent_; }
-    void noteSignal() { silent_ = false; }
+    bool isSilent() const { return record_.silent; }
+    void noteSignal() { record_.silent = false; }
+
+    FailureReason lastFailure() const { return lastFailureOf(record_); }
+    void forgetFailures() { record_.failure.reset(); }
+
+    // Why attachSync() has found no interface; nothing while detached and after a success.
+    StackTrouble trouble() const { return trouble_; }
 
     // The limit of each call.
     std::chrono::milliseconds callLimit() const { return bus_.callLimit(); }
@@ -85,7 +92,8 @@ class SupplicantInterface {
     std::set<std::string> listed_;   // paths, when we attached
     std::set<std::string> foreign_;  // paths
     std::atomic<bool> attached_ = false;
-    mutable bool silent_ = false;  // each call sets it
+    mutable dbus::CallRecord record_;  // each call writes into it
+    StackTrouble trouble_;
 };
 
 }  // namespace kaz::wifi

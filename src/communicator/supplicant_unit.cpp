@@ -34,13 +34,18 @@ bool SupplicantUnit::startStopSync(bool start) {
 }
 
 void SupplicantUnit::connectSync() {
+    record_.failure.reset();
     path_ = loadSync();
+    const FailureReason unloadedBecause = lastFailure();
     log::debug("Dbus path of wpa_supplicant within systemd daemon is {}", path_.str());
     // systemd sends signals of units only after a client has called this.
     systemd().call("Subscribe");
     subscribe();
     const std::string state = activeStateSync();
     found_ = path_.str() != noUnit && !state.empty();
+    if (unloadedBecause != FailureReason::none) {
+        unreadBecause_ = unloadedBecause;
+    }
     handler_(state);
 }
 
@@ -61,6 +66,7 @@ void SupplicantUnit::onSignalPropertiesChanged(dbus::MessageDecoder& decoder) {
     }
     const auto properties = dbus::read<SystemdUnitProperty>(decoder);
     if (properties && properties->activeState) {
+        unreadBecause_ = FailureReason::none;
         handler_(*properties->activeState);
     }
 }
@@ -72,7 +78,8 @@ dbus::OPath SupplicantUnit::loadSync() {
 
 std::string SupplicantUnit::activeStateSync() {
     dbus::Reply reply =
-        bus_.object(bus::systemd::service, path_, bus::systemd::unitInterface).get("ActiveState");
+        bus_.object(bus::systemd::service, path_, bus::systemd::unitInterface, &record_).get("ActiveState");
+    unreadBecause_ = reply ? FailureReason::none : lastFailure();
     return reply.read<std::string>().value_or(std::string());
 }
 
@@ -86,8 +93,9 @@ void SupplicantUnit::subscribe() {
                    [this](dbus::MessageDecoder& decoder) { onSignalPropertiesChanged(decoder); });
 }
 
-dbus::RemoteObject SupplicantUnit::systemd() const {
-    return bus_.object(bus::systemd::service, bus::systemd::managerPath, bus::systemd::managerInterface);
+dbus::RemoteObject SupplicantUnit::systemd() {
+    return bus_.object(bus::systemd::service, bus::systemd::managerPath, bus::systemd::managerInterface,
+                       &record_);
 }
 
 }  // namespace kaz::wifi

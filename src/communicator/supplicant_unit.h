@@ -1,5 +1,6 @@
 #pragma once
 
+#include "communicator/call_failure.h"
 #include "dbus/bus.h"
 
 #include <kaz/dbus/message.h>
@@ -33,17 +34,25 @@ class SupplicantUnit {
     void onOwnerChangedSync(bool owned);
     void onSignalPropertiesChanged(dbus::MessageDecoder& decoder);
 
+    // Why systemd did not tell the state of the unit; `none` if it did.
+    FailureReason unreadBecause() const { return unreadBecause_; }
+
+    FailureReason lastFailure() const { return lastFailureOf(record_); }
+    void forgetFailures() { record_.failure.reset(); }
+
   private:
     dbus::OPath loadSync();
     std::string activeStateSync();
     void subscribe();
-    dbus::RemoteObject systemd() const;
+    dbus::RemoteObject systemd();
 
     dbus::Bus& bus_;
     Handler handler_;
     dbus::OPath path_;
     std::vector<std::string> subscribed_;  // paths of units; Bus subscribes again after a reconnect
     bool found_ = false;                   // systemd has reported the unit's path and state
+    FailureReason unreadBecause_ = FailureReason::none;
+    dbus::CallRecord record_;
 };
 
 }  // namespace kaz::wifi

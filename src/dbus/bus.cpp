@@ -128,8 +128,9 @@ const std::string& Bus::ownerOf(const char* name) {
     return owners_->follow(name).owner();
 }
 
-RemoteObject Bus::object(const char* destination, const OPath& path, const char* interface, bool* silent) {
-    return {connection(), {destination, path.str(), interface}, silent};
+RemoteObject Bus::object(const char* destination, const OPath& path, const char* interface,
+                         CallRecord* record) {
+    return {connection(), {destination, path.str(), interface}, record};
 }
 
 // The platform may have a new connection. Then the owners on the old one are invalid.

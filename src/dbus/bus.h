@@ -72,12 +72,15 @@ class Bus : NonCopyable {
     // name.
     void onOwnerChanged(const char* name, std::function<void(bool owned)> task);
 
+    // Whether there is a connection.
+    bool isConnected() { return connection() != nullptr; }
+
     // The unique name of the owner of this bus name; empty while there is none or it is unknown.
     const std::string& ownerOf(const char* name);
 
     // One interface of one object, for calls on the loop thread. Valid until the connection changes.
     RemoteObject object(const char* destination, const OPath& path, const char* interface,
-                        bool* silent = nullptr);
+                        CallRecord* record = nullptr);
 
   private:
     // Whether this is a forked child: it has the object but not the thread.

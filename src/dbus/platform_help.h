@@ -2,7 +2,10 @@
 // without these, and CMake reports the missing ones (cmake/KazPlatformHelp.cmake).
 #pragma once
 
+#include <systemd/sd-bus.h>
+
 #include <functional>
+#include <string>
 #include <utility>
 
 namespace kaz::dbus {
@@ -25,6 +28,12 @@ concept KeepsSecretsFromItsLog = requires(Builder& builder) {
     builder.markSensitive();
 };
 
+// The call helpers tell the name of the error when a call failed.
+template <typename Builder>
+concept TellsErrors = requires(sd_bus* bus, Builder& builder, std::string& error) {
+    sendMessage(bus, builder, error);
+};
+
 // Without the platform's support the task never runs.
 template <typename Loop, typename Task>
 void setConnectionTask(Loop& loop, Task task) {
@@ -37,6 +46,16 @@ template <typename Builder>
 void keepErrorTextOutOfLog(Builder& builder) {
     if constexpr (KeepsSecretsFromItsLog<Builder>) {
         builder.markSensitive();
+    }
+}
+
+// Sends the call. Without the platform's support `error` stays empty.
+template <typename Builder>
+auto sendAndTell(sd_bus* bus, Builder& builder, std::string& error) {
+    if constexpr (TellsErrors<Builder>) {
+        return sendMessage(bus, builder, error);
+    } else {
+        return sendMessage(bus, builder);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dbus/call_record.h"
 #include "dbus/message_io.h"
 #include "dbus/reply.h"
 #include "dbus/variant.h"
@@ -17,9 +18,8 @@ namespace kaz::dbus {
 // keep the connection alive.
 class RemoteObject {
   public:
-    // Each call sets `silent`, if given: true when it had no reply in time. On a platform that does not tell this, always
-    // false.
-    RemoteObject(sd_bus* bus, MessageEndpoint endpoint, bool* silent = nullptr);
+    // Each call writes into the record, if given.
+    RemoteObject(sd_bus* bus, MessageEndpoint endpoint, CallRecord* record = nullptr);
 
     template <typename... Arguments>
     Reply call(const char* member, const Arguments&... arguments) const {
@@ -48,10 +48,11 @@ class RemoteObject {
   private:
     static void markSecret(MessageBuilder& builder);
     Reply send(MessageBuilder& builder) const;
+    Reply notSent(const char* error) const;
 
     sd_bus* bus_;
     MessageEndpoint endpoint_;
-    bool* silent_;
+    CallRecord* record_;
 };
 
 }  // namespace kaz::dbus

@@ -59,8 +59,12 @@ std::optional<RequestFailure> Connecting::taskConnectConfigured(const std::strin
 }
 
 void Connecting::noteFailedRequest() {
-    judge_.requestFailed(communicator_.isSupplicantSilent() ? Facts::Request::unanswered
-                                                            : Facts::Request::refused);
+    if (communicator_.isSupplicantSilent()) {
+        judge_.requestFailed(Facts::Request::unanswered);
+    } else {
+        const bool untold = communicator_.lastFailure() == FailureReason::unknown;
+        judge_.requestFailed(untold ? Facts::Request::failed : Facts::Request::refused);
+    }
 }
 
 std::optional<RequestFailure> Connecting::taskConnectCommon(Communicator::ConfiguredNetwork& network) {

@@ -35,8 +35,12 @@ void ConnectionRefresh::taskUpdateConnectionInfo() {
     presentation_.setSilent(silent);
     judge_.look(details_.info, info);
     presentation_.look(details_.info, info);
-    ConnectionDetails next{info, judge_.lastOutcome(), inUse_.of(info), presentation_.shownStatus(),
-                           presentation_.trouble()};
+    ConnectionDetails next{info,
+                           judge_.lastOutcome(),
+                           inUse_.of(info),
+                           presentation_.shownStatus(),
+                           presentation_.trouble(),
+                           communicator_.stackTrouble()};
     if (next == details_) {
         return;
     }

@@ -86,7 +86,7 @@ void Manager::forgetNetwork(const std::string& ssid) {
     impl_->forgetNetwork(ssid);
 }
 
-void Manager::whenCarriedOut(std::function<void(const std::set<RequestFailure>&)> callback) {
+void Manager::whenCarriedOut(std::function<void(const RequestFailures&)> callback) {
     impl_->whenCarriedOut(std::move(callback));
 }
 

@@ -18,6 +18,7 @@ class RequestLedger::Ticket : NonCopyable {
     ~Ticket() { end(request_ ? std::optional(RequestFailure::dropped) : std::nullopt); }
 
     void run() {
+        ledger_.communicator_.forgetFailures();
         try {
             end(request_ ? request_() : std::nullopt);
         } catch (...) {
@@ -68,16 +69,32 @@ void RequestLedger::post(Number number, Request request) {
 }
 
 void RequestLedger::end(Number number, std::optional<RequestFailure> failure) {
+    const auto told = failure ? std::optional(explained(*failure)) : std::nullopt;
     const std::lock_guard lock(mutex_);
     open_.erase(number);
-    if (failure) {
-        firstFrom(number).insert(*failure);
+    if (told) {
+        firstFrom(number).insert_or_assign(told->first, told->second);
     }
+}
+
+RequestLedger::Failures::value_type RequestLedger::explained(RequestFailure failure) {
+    switch (failure) {
+        case RequestFailure::refused:
+        case RequestFailure::notSaved:
+        case RequestFailure::unitRefused:
+            return {failure, communicator_.lastFailure()};
+        case RequestFailure::dropped:
+        case RequestFailure::notAttached:
+        case RequestFailure::unknownNetwork:
+        case RequestFailure::choiceNotWritten:
+            break;
+    }
+    return {failure, FailureReason::none};
 }
 
 void RequestLedger::note(RequestFailure failure) {
     const std::lock_guard lock(mutex_);
-    unasked_.insert(failure);
+    unasked_.insert_or_assign(failure, FailureReason::none);
 }
 
 RequestLedger::Failures& RequestLedger::firstFrom(Number number) {
@@ -95,6 +112,7 @@ void RequestLedger::idle(std::optional<bool> saved) {
 }
 
 std::vector<RequestLedger::Asker> RequestLedger::takeDue(std::optional<bool> saved) {
+    const auto unsaved = explained(RequestFailure::notSaved);
     const std::lock_guard lock(mutex_);
     std::vector<Asker> due;
     while (!askers_.empty() && (open_.empty() || *open_.begin() > askers_.front().number)) {
@@ -103,10 +121,10 @@ std::vector<RequestLedger::Asker> RequestLedger::takeDue(std::optional<bool> sav
     }
     if (saved == false) {
         for (Asker& asker : due) {
-            asker.failures.insert(RequestFailure::notSaved);
+            asker.failures.insert(unsaved);
         }
         if (due.empty()) {
-            firstFrom(0).insert(RequestFailure::notSaved);
+            firstFrom(0).insert(unsaved);
         }
     }
     return due;

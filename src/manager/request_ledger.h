@@ -21,7 +21,7 @@ namespace kaz::wifi {
 // A task that a full queue or the stop drops ends when it is destroyed, so nobody waits for it.
 class RequestLedger : NonCopyable {
   public:
-    using Failures = std::set<RequestFailure>;
+    using Failures = RequestFailures;
     using Callback = std::function<void(const Failures&)>;
     // Returns why the request failed, as far as it is known.
     using Request = std::function<std::optional<RequestFailure>()>;
@@ -50,6 +50,8 @@ class RequestLedger : NonCopyable {
 
     void post(Number number, Request request);
     void end(Number number, std::optional<RequestFailure> failure);
+    // The failure with its reason, as far as a daemon told one.
+    Failures::value_type explained(RequestFailure failure);
     // The failures to tell to the first who asked after this request.
     Failures& firstFrom(Number number);
     std::vector<Asker> takeDue(std::optional<bool> saved);

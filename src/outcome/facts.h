@@ -21,7 +21,12 @@ struct Facts {
     };
 
     // What became of our request to the supplicant.
-    enum class Request : std::int32_t { accepted, refused, unanswered };
+    enum class Request : std::int32_t {
+        accepted,
+        refused,
+        unanswered,
+        failed,  // refused or unanswered: the platform does not tell
+    };
 
     std::string ssid;
     End end = End::bySystem;

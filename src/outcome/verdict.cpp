@@ -44,6 +44,8 @@ Verdict verdictOnRequest(const Facts& facts) {
             return certain(Cause::requestRefused);
         case Facts::Request::unanswered:
             return certain(Cause::supplicantSilent);
+        case Facts::Request::failed:
+            return probable(Cause::requestRefused);
     }
     return nothing;
 }

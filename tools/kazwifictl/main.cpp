@@ -51,7 +51,7 @@ End run(const Options& options, Background* background) {
     End end;
     try {
         const bool prompt = options.command == Command::prompt;
-        Workspace place(prompt ? Workspace::Kind::prompt : Workspace::Kind::oneCommand, interrupts, log,
+        Workspace place(prompt ? Workspace::Kind::prompt : Workspace::Kind::oneCommand, interrupts,
                         options.startWait, background, [&output] { sayWhyItTakesLong(output); });
         end.code = prompt ? runPrompt(options, place, output) : runCommand(options, place, output);
     } catch (const Interrupted& interrupted) {

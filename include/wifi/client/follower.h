@@ -11,7 +11,6 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -30,7 +29,7 @@ struct Snapshot {
     /// How many calls of Follower::ask() have been answered: all requests before them have been carried out.
     unsigned answered = 0;
     /// What failed of these requests, as far as no snapshot that was taken before told it.
-    std::set<RequestFailure> failures{};
+    RequestFailures failures{};
 };
 
 /// Owns a Manager and keeps a snapshot for each of its callbacks, until the program takes it.
@@ -89,7 +88,7 @@ class Follower {
         int fd_;
     };
 
-    void keep(Manager& manager, unsigned answered = 0, std::set<RequestFailure> failures = {});
+    void keep(Manager& manager, unsigned answered = 0, RequestFailures failures = {});
     void dropOldest();
 
     std::mutex mutex_;

@@ -1,7 +1,6 @@
 #include <kaz/dbus/calls.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 
 #include "base/errno_text.h"
@@ -46,7 +45,8 @@ uint64_t replyTimeout(sd_bus* bus) {
     return std::min(limit, longestWait);
 }
 
-int call(sd_bus* bus, const MessageBuilder& builder, sd_bus_message*& reply) {
+// The name of the error; empty after a success.
+std::string call(sd_bus* bus, const MessageBuilder& builder, sd_bus_message*& reply) {
     BusError failure;
     const int result = sd_bus_call(bus, builder.message(), replyTimeout(bus), &failure.value, &reply);
     if (result < 0) {
@@ -54,8 +54,9 @@ int call(sd_bus* bus, const MessageBuilder& builder, sd_bus_message*& reply) {
             sd_bus_error_set_errno(&failure.value, result);
         }
         logFailure(builder, failure.value);
+        return textOf(failure.value.name);
     }
-    return result;
+    return {};
 }
 
 }  // namespace
@@ -83,14 +84,17 @@ MessageBuilder makeDbusSetProperty(sd_bus* bus, MessageEndpoint endpoint, const 
 }
 
 MessageDecoder sendMessage(sd_bus* bus, MessageBuilder& builder) {
+    std::string error;
+    return sendMessage(bus, builder, error);
+}
+
+MessageDecoder sendMessage(sd_bus* bus, MessageBuilder& builder, std::string& error) {
+    error.clear();
     if (bus == nullptr || builder.message() == nullptr) {
         return {};
     }
     sd_bus_message* reply = nullptr;
-    if (const int result = call(bus, builder, reply); result < 0) {
-        errno = -result;  // the log has changed it
-        return {};
-    }
+    error = call(bus, builder, reply);
     return {reply};
 }
 

@@ -54,6 +54,9 @@ class FakeCommunicator : public wifi::Communicator {
     bool isSupplicantOn() override;
     bool supplicantSurvived() override;
     bool isSupplicantSilent() override { return stack_->silent; }
+    wifi::FailureReason lastFailure() override { return stack_->lastFailure; }
+    void forgetFailures() override {}
+    wifi::StackTrouble stackTrouble() override { return stack_->trouble; }
     void pushTaskAsync_(std::function<void()> task) override;
     void configureTimerSync(bool enable, std::chrono::milliseconds interval) override;
     void setTimerCompletedTask(std::function<void()> task) override;

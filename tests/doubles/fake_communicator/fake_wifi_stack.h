@@ -2,6 +2,8 @@
 
 #include "base/journal.h"
 
+#include <wifi/failure_reason.h>
+
 #include <atomic>
 #include <cstddef>
 #include <functional>
@@ -33,6 +35,8 @@ class FakeWifiStack {
     std::atomic<bool> enabledConfiguration = true;
     bool supplicantSurvives = false;  // the loss of the bus
     bool silent = false;              // the supplicant did not answer the last call
+    wifi::FailureReason lastFailure = wifi::FailureReason::refused;  // of an operation that fails
+    wifi::StackTrouble trouble;
     std::optional<int> signalPoll;
     std::optional<int> polledRate;
     std::set<std::string> eapMethods;

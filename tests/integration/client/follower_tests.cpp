@@ -123,14 +123,15 @@ TEST_F(FollowerTest, ASnapshotBringsTheAnswerWithWhatFailed) {
     const unsigned second = follower.ask();
     EXPECT_LT(first, second);
     const auto states = takeUntil(follower, [=](const Snapshot& now) { return now.answered == second; });
-    std::set<wifi::RequestFailure> failures;
+    wifi::RequestFailures failures;
     for (Snapshot each : states) {
         failures.merge(each.failures);
         if (each.answered < first) {
             EXPECT_TRUE(failures.empty());
         }
     }
-    EXPECT_EQ(failures, std::set{wifi::RequestFailure::unknownNetwork});
+    EXPECT_EQ(failures,
+              (wifi::RequestFailures{{wifi::RequestFailure::unknownNetwork, wifi::FailureReason::none}}));
 }
 
 TEST_F(FollowerTest, NewestTellsWhatFailedBefore) {
@@ -141,7 +142,7 @@ TEST_F(FollowerTest, NewestTellsWhatFailedBefore) {
     follower.ask();
     const unsigned last = follower.ask();
     std::optional<Snapshot> newest;
-    std::set<wifi::RequestFailure> failures;
+    wifi::RequestFailures failures;
     ASSERT_TRUE(eventually([&] {
         newest = follower.takeNewest();
         if (newest) {
@@ -149,7 +150,8 @@ TEST_F(FollowerTest, NewestTellsWhatFailedBefore) {
         }
         return newest && newest->answered == last;
     }));
-    EXPECT_EQ(failures, std::set{wifi::RequestFailure::unknownNetwork});
+    EXPECT_EQ(failures,
+              (wifi::RequestFailures{{wifi::RequestFailure::unknownNetwork, wifi::FailureReason::none}}));
 }
 
 TEST_F(FollowerTest, DescriptorIsReadableOnlyWhileASnapshotWaits) {

@@ -9,13 +9,16 @@
 #include <mutex>
 #include <optional>
 #include <set>
+#include <string>
+#include <utility>
 
 namespace kaz::test {
 namespace {
 
 using wifi::ConnectResult;
 using wifi::RequestFailure;
-using Failures = std::set<RequestFailure>;
+using Failures = wifi::RequestFailures;
+using wifi::FailureReason;
 
 class Requests : public DeviceFixture {
   protected:
@@ -29,6 +32,14 @@ class Requests : public DeviceFixture {
     static std::optional<Failures> toldOf(std::future<Failures> answer) {
         return answer.wait_for(timeLimit) == std::future_status::ready ? std::optional(answer.get())
                                                                        : std::nullopt;
+    }
+
+    static std::set<RequestFailure> kindsOf(const Failures& failures) {
+        std::set<RequestFailure> kinds;
+        for (const auto& [kind, reason] : failures) {
+            kinds.insert(kind);
+        }
+        return kinds;
     }
 
     std::optional<Failures> carriedOut() { return toldOf(ask(manager())); }
@@ -62,10 +73,44 @@ TEST_F(Requests, WhatTheSupplicantRefusesIsTold) {
     neighbourhood.updateConfig = false;
     start();
     manager().forgetNetwork("Unknown");
-    EXPECT_EQ(carriedOut(), (Failures{RequestFailure::unknownNetwork, RequestFailure::notSaved}));
+    const auto forgetting = carriedOut();
+    ASSERT_TRUE(forgetting);
+    EXPECT_EQ(kindsOf(*forgetting), (std::set{RequestFailure::unknownNetwork, RequestFailure::notSaved}));
+    EXPECT_EQ(forgetting->at(RequestFailure::unknownNetwork), FailureReason::none);
     device().orderFault({.peer = "supplicant", .member = "AddNetwork"});
     EXPECT_EQ(manager().connect(home()), ConnectResult::ok);
-    EXPECT_EQ(carriedOut(), Failures{RequestFailure::refused});
+    const auto connecting = carriedOut();
+    ASSERT_TRUE(connecting);
+    EXPECT_EQ(kindsOf(*connecting), std::set{RequestFailure::refused});
+}
+
+TEST_F(Requests, WhyADaemonDidNotDoItIsTold) {
+    neighbourhood.updateConfig = false;
+    start();
+    manager().forgetNetwork("Unknown");
+    EXPECT_EQ(carriedOut(), (Failures{{RequestFailure::unknownNetwork, FailureReason::none},
+                                      {RequestFailure::notSaved, FailureReason::refused}}));
+    const std::string bus = "org.freedesktop.DBus.Error.";
+    for (const auto& [error, reason] :
+         {std::pair{bus + "AccessDenied", FailureReason::denied},
+          std::pair{bus + "NoReply", FailureReason::noAnswer},
+          std::pair{bus + "ServiceUnknown", FailureReason::notOnBus},
+          std::pair{std::string("fi.w1.wpa_supplicant1.UnknownError"), FailureReason::refused}}) {
+        device().orderFault({.peer = "supplicant", .member = "AddNetwork", .errorName = error});
+        EXPECT_EQ(manager().connect(home()), ConnectResult::ok);
+        EXPECT_EQ(carriedOut(), (Failures{{RequestFailure::refused, reason}})) << error;
+        device().clearFaults();
+    }
+    for (const auto& [error, reason] : {std::pair{"UnitMasked", FailureReason::unitMasked},
+                                        std::pair{"NoSuchUnit", FailureReason::unitMissing},
+                                        std::pair{"LoadFailed", FailureReason::refused}}) {
+        device().orderFault({.peer = "systemd",
+                             .member = "StartUnit",
+                             .errorName = std::string("org.freedesktop.systemd1.") + error});
+        manager().setEnabled(true);
+        EXPECT_EQ(carriedOut(), (Failures{{RequestFailure::unitRefused, reason}})) << error;
+        device().clearFaults();
+    }
 }
 
 TEST_F(Requests, WithoutASupplicantNobodyIsAsked) {
@@ -73,7 +118,7 @@ TEST_F(Requests, WithoutASupplicantNobodyIsAsked) {
     start();
     manager().scan();
     manager().connectConfigured("Home");
-    EXPECT_EQ(carriedOut(), Failures{RequestFailure::notAttached});
+    EXPECT_EQ(carriedOut(), (Failures{{RequestFailure::notAttached, FailureReason::none}}));
 }
 
 TEST_F(Requests, RequestsThatAFullQueueDropsAreTold) {
@@ -95,8 +140,8 @@ TEST_F(Requests, RequestsThatAFullQueueDropsAreTold) {
     manager().scan();
     auto after = ask(manager());
     unblock.set_value();
-    EXPECT_EQ(toldOf(std::move(before)), Failures{RequestFailure::unknownNetwork});
-    EXPECT_EQ(toldOf(std::move(after)), Failures{RequestFailure::dropped});
+    EXPECT_EQ(toldOf(std::move(before)), (Failures{{RequestFailure::unknownNetwork, FailureReason::none}}));
+    EXPECT_EQ(toldOf(std::move(after)), (Failures{{RequestFailure::dropped, FailureReason::none}}));
 }
 
 TEST_F(Requests, WhoWaitsWhenTheManagerEndsIsNotTold) {

@@ -35,7 +35,7 @@ void makeTheRequests(kaz::wifi::Manager& wifi) {
     wifi.connectConfigured("Home");
     wifi.forgetNetwork("Home");
     wifi.disconnect();
-    wifi.whenCarriedOut([](const std::set<kaz::wifi::RequestFailure>&) {});
+    wifi.whenCarriedOut([](const kaz::wifi::RequestFailures&) {});
 }
 
 }  // namespace

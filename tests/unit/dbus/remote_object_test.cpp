@@ -86,14 +86,31 @@ TEST_F(RemoteObjectTest, TellsSilenceFromRefusal) {
     peer.onCall(path, interface, "Ignore", test::noReply());
     peer.onCall(path, interface, "Refuse", errorReply("com.example.Broken", "No aerial"));
     peer.onCall(path, interface, "Tune", reply("s", "done"));
-    bool silent = false;
-    const RemoteObject observed(bus.get(), {service, path, interface}, &silent);
+    CallRecord record;
+    const RemoteObject observed(bus.get(), {service, path, interface}, &record);
     for (const char* answering : {"Refuse", "Tune"}) {
         EXPECT_FALSE(observed.call("Ignore"));
-        EXPECT_TRUE(silent);
+        EXPECT_TRUE(record.silent);
+        EXPECT_TRUE(isSilence(record.failure.value_or(""))) << record.failure.value_or("none");
         observed.call(answering);
-        EXPECT_FALSE(silent) << answering;
+        EXPECT_FALSE(record.silent) << answering;
     }
+}
+
+TEST_F(RemoteObjectTest, KeepsTheErrorOfTheLastCallThatFailed) {
+    peer.onCall(path, interface, "Refuse", errorReply("com.example.Broken", "No aerial"));
+    peer.onCall(path, interface, "Tune", reply("s", "done"));
+    CallRecord record;
+    const RemoteObject observed(bus.get(), {service, path, interface}, &record);
+    EXPECT_TRUE(observed.call("Tune"));
+    EXPECT_EQ(record.failure, std::nullopt);
+    EXPECT_FALSE(observed.call("Refuse"));
+    EXPECT_TRUE(observed.call("Tune"));
+    EXPECT_EQ(record.failure, "com.example.Broken");
+    EXPECT_FALSE(observed.call("Tune", std::string("\xff")));
+    EXPECT_EQ(record.failure, SD_BUS_ERROR_INVALID_ARGS);
+    EXPECT_FALSE(RemoteObject(nullptr, {service, path, interface}, &record).call("Tune"));
+    EXPECT_EQ(record.failure, SD_BUS_ERROR_DISCONNECTED);
 }
 
 TEST_F(RemoteObjectTest, TakesAnErrorForAFailure) {

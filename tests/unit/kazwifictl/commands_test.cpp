@@ -53,7 +53,7 @@ class CommandsTest : public testing::Test {
 
     // Leaves the report in `report`.
     ExitCode run(Report (*command)(const Options&, Workspace&, Output&)) {
-        Workspace place(Workspace::Kind::oneCommand, interrupts, log, options.startWait);
+        Workspace place(Workspace::Kind::oneCommand, interrupts, options.startWait);
         try {
             report = command(options, place, output);
         } catch (const CommandFailed& failed) {
@@ -95,7 +95,6 @@ class CommandsTest : public testing::Test {
     Report report;
     FakeWorld world;
     Interrupts interrupts;
-    LibraryLog log{false};
     Options options;
     Output output{ColourChoice::never, true};  // JSON only; the tests write no documents
 };
@@ -182,7 +181,7 @@ TEST_F(CommandsTest, ScanFailsWhenTheSupplicantStopsMeanwhile) {
 
 TEST_F(CommandsTest, ScanWaitsForTheScanThatRuns) {
     world.scansEnd = false;
-    Workspace place(Workspace::Kind::prompt, interrupts, log, options.startWait);
+    Workspace place(Workspace::Kind::prompt, interrupts, options.startWait);
     Session& session = place.act("", Workspace::Need::stack);
     session.manager().scan();
     session.until(Clock::now() + options.startWait, [](const Snapshot& view) { return view.scanning; });
@@ -338,7 +337,7 @@ TEST_F(CommandsTest, ConnectInterruptedLeavesNothingHalfDone) {
     options.connect.passwordFile = passwordFile("correct horse");
     for (const std::vector<int>& signals : {std::vector{SIGINT}, std::vector{SIGINT, SIGTERM}}) {
         world.done.clear();
-        std::optional<Workspace> place(std::in_place, Workspace::Kind::oneCommand, interrupts, log,
+        std::optional<Workspace> place(std::in_place, Workspace::Kind::oneCommand, interrupts,
                                        options.startWait);
         user = std::thread([&] {
             waitFor("connect Home");
@@ -436,7 +435,7 @@ TEST_F(CommandsTest, APromptKeepsOneDeviceForAllItsCommands) {
     };
     world.saved = {"Home"};
     world.afterConnect["Home"] = success;
-    Workspace place(Workspace::Kind::prompt, interrupts, log, options.startWait);
+    Workspace place(Workspace::Kind::prompt, interrupts, options.startWait);
     options.ssid = "Home";
     EXPECT_EQ(codeOf(connectTo(options, place, output)), ExitCode::done);
     EXPECT_EQ(listNetworks(options, place, output).members.at("networks").at(0).at("status"), "connected");
@@ -452,7 +451,7 @@ TEST_F(CommandsTest, APromptFindsTheConnectionHoweverLateItIsPublished) {
     world.whenAttached = [] { std::this_thread::sleep_for(std::chrono::milliseconds(300)); };
     options.ssid = "Far away";
     world.saved = {"Far away"};
-    Workspace place(Workspace::Kind::prompt, interrupts, log, options.startWait);
+    Workspace place(Workspace::Kind::prompt, interrupts, options.startWait);
     EXPECT_EQ(forgetNetwork(options, place, output).text, "Forgot \"Far away\".\n");
     EXPECT_TRUE(place.session().latest().isInUse("Home"));
     place.close();
@@ -461,7 +460,7 @@ TEST_F(CommandsTest, APromptFindsTheConnectionHoweverLateItIsPublished) {
 TEST_F(CommandsTest, APromptHasCarriedOutARequestWhenItReturns) {
     world.saved = {"Far away"};
     world.connection = connectedTo("Home", -50);
-    Workspace place(Workspace::Kind::prompt, interrupts, log, options.startWait);
+    Workspace place(Workspace::Kind::prompt, interrupts, options.startWait);
     options.ssid = "Far away";
     EXPECT_EQ(forgetNetwork(options, place, output).text, "Forgot \"Far away\".\n");
     EXPECT_TRUE(world.did("forget Far away"));

@@ -19,7 +19,7 @@ class ManagerImpl : NonCopyable {
   public:
     using Task = std::function<void()>;
     using Callback = std::function<void()>;
-    using Asker = std::function<void(const std::set<RequestFailure>&)>;
+    using Asker = std::function<void(const RequestFailures&)>;
 
     ManagerImpl() {
         tasks = {[this] { attach(); }, [this] { idle(); }};
@@ -118,7 +118,7 @@ class ManagerImpl : NonCopyable {
             if (world.canSave) {
                 world.record("save");
             } else {
-                failures.insert(RequestFailure::notSaved);
+                failures[RequestFailure::notSaved] = FailureReason::refused;
             }
         }
         for (const auto& asker : std::exchange(due, {})) {
@@ -231,7 +231,7 @@ class ManagerImpl : NonCopyable {
     bool saveOwed = false;
     bool othersDisabled = false;
     std::vector<Asker> due;
-    std::set<RequestFailure> failures;
+    RequestFailures failures;
     std::thread thread;
 };
 
@@ -251,7 +251,7 @@ void Manager::setEnabled(bool enabled) {
     }
     impl_->push([impl = impl_.get(), enabled] {
         if (!impl->world.canStore) {
-            impl->failures.insert(RequestFailure::choiceNotWritten);
+            impl->failures[RequestFailure::choiceNotWritten] = FailureReason::none;
         }
         impl->world.record(enabled ? "start" : "stop");
         if (impl->world.startsAndStops) {
@@ -405,7 +405,7 @@ void Manager::forgetNetwork(const std::string& ssid) {
         {
             const std::lock_guard lock(impl->world.mutex);
             if (!impl->world.saved.contains(ssid)) {
-                impl->failures.insert(RequestFailure::unknownNetwork);
+                impl->failures[RequestFailure::unknownNetwork] = FailureReason::none;
             }
             if (!impl->world.removalFails) {
                 impl->world.saved.erase(ssid);
@@ -416,7 +416,7 @@ void Manager::forgetNetwork(const std::string& ssid) {
     });
 }
 
-void Manager::whenCarriedOut(std::function<void(const std::set<RequestFailure>&)> callback) {
+void Manager::whenCarriedOut(std::function<void(const RequestFailures&)> callback) {
     {
         const std::lock_guard lock(impl_->world.mutex);
         impl_->world.asked = true;

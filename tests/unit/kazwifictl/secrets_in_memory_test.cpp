@@ -45,7 +45,7 @@ class SecretsOfAConnect : public testing::Test {
 
     // The command connect, which must fail.
     ExitCode connect() {
-        Workspace place(Workspace::Kind::oneCommand, interrupts, log, options.startWait);
+        Workspace place(Workspace::Kind::oneCommand, interrupts, options.startWait);
         try {
             return connectTo(options, place, output).failure.value().code;
         } catch (const CommandFailed& failed) {
@@ -57,7 +57,6 @@ class SecretsOfAConnect : public testing::Test {
     const TemporaryFolder folder;
     FakeWorld world;
     Interrupts interrupts;
-    LibraryLog log{false};
     Options options;
     Output output{ColourChoice::never, true};
 };

@@ -128,13 +128,15 @@ TEST_F(SessionTest, IsToldWhatFailed) {
     session.start(generous, true);
     session.manager().forgetNetwork("Home");
     EXPECT_TRUE(session.carriedOut(generous));
-    EXPECT_EQ(session.takeFailures(), Session::Failures{wifi::RequestFailure::notSaved});
+    EXPECT_EQ(session.takeFailures(),
+              (Session::Failures{{wifi::RequestFailure::notSaved, wifi::FailureReason::refused}}));
     session.manager().setEnabled(true);
     session.manager().forgetNetwork("Home");
     EXPECT_TRUE(session.carriedOut(generous));
     EXPECT_EQ(session.takeFailures(),
-              (Session::Failures{wifi::RequestFailure::unknownNetwork, wifi::RequestFailure::notSaved,
-                                 wifi::RequestFailure::choiceNotWritten}));
+              (Session::Failures{{wifi::RequestFailure::unknownNetwork, wifi::FailureReason::none},
+                                 {wifi::RequestFailure::notSaved, wifi::FailureReason::refused},
+                                 {wifi::RequestFailure::choiceNotWritten, wifi::FailureReason::none}}));
     EXPECT_EQ(session.takeFailures(), Session::Failures());
 }
 

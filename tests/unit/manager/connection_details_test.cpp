@@ -375,6 +375,27 @@ TEST_F(Details, SayThatTheSupplicantDidNotAnswerTheRequest) {
     }
 }
 
+TEST_F(Details, SayOnlyProbablyThatARequestWasRefusedIfThePlatformDoesNotTellWhyItFailed) {
+    stack->failing = {"addNetworkSync"};
+    for (const auto& [reason, certainty] : {std::pair{wifi::FailureReason::refused, Certainty::certain},
+                                            std::pair{wifi::FailureReason::unknown, Certainty::probable}}) {
+        stack->lastFailure = reason;
+        connectTo("Home");
+        timeOut();
+        expect("Home", Stage::requested, Cause::requestRefused, certainty);
+    }
+}
+
+TEST_F(Details, HaveTheReasonForAMissingStackAndTellItsChange) {
+    takeTold();
+    stack->trouble = {wifi::StackTrouble::Place::interface, wifi::FailureReason::none};
+    runUntilIdle();
+    EXPECT_EQ(takeTold(), std::vector<std::string>{"details"});
+    EXPECT_EQ(engine->connectionDetails().stack, stack->trouble);
+    runUntilIdle();
+    EXPECT_EQ(takeTold(), std::vector<std::string>{});
+}
+
 TEST_F(Details, SayThatTheSupplicantFellSilentDuringAnAttempt) {
     connectTo("Home");
     EXPECT_EQ(outcome(), Outcome{});

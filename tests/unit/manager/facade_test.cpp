@@ -153,11 +153,12 @@ TEST_F(Manager, ManagerForwardsCertificates) {
 }
 
 TEST_F(Manager, ManagerForwardsWhenCarriedOut) {
-    std::set<wifi::RequestFailure> told;
+    wifi::RequestFailures told;
     manager->connectConfigured("Unknown");
     manager->whenCarriedOut([&](const auto& failures) { told = failures; });
     runUntilIdle();
-    EXPECT_EQ(told, std::set{wifi::RequestFailure::unknownNetwork});
+    EXPECT_EQ(told,
+              (wifi::RequestFailures{{wifi::RequestFailure::unknownNetwork, wifi::FailureReason::none}}));
 }
 
 TEST_F(Manager, ManagerForwardsConnect) {

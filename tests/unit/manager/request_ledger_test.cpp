@@ -11,7 +11,8 @@ namespace kaz::test {
 namespace {
 
 using wifi::RequestFailure;
-using Failures = std::set<RequestFailure>;
+using Failures = wifi::RequestFailures;
+using wifi::FailureReason;
 
 class Requests : public EngineTest {
   protected:
@@ -89,18 +90,21 @@ TEST_F(Requests, EachFailureIsTold) {
     };
     for (const auto& [failing, request, failures] : std::vector<Row>{
              {"", scan, {}},
-             {"scanSync", scan, {RequestFailure::refused}},
-             {"addNetworkSync", connect, {RequestFailure::refused}},
-             {"selectSync(1)", select, {RequestFailure::refused}},
-             {"", selectUnknown, {RequestFailure::unknownNetwork}},
-             {"disconnectSync", disconnect, {RequestFailure::refused}},
-             {"removeSync(1)", forget, {RequestFailure::refused}},
-             {"", forgetUnknown, {RequestFailure::unknownNetwork}},
+             {"scanSync", scan, {{RequestFailure::refused, FailureReason::refused}}},
+             {"addNetworkSync", connect, {{RequestFailure::refused, FailureReason::refused}}},
+             {"selectSync(1)", select, {{RequestFailure::refused, FailureReason::refused}}},
+             {"", selectUnknown, {{RequestFailure::unknownNetwork, FailureReason::none}}},
+             {"disconnectSync", disconnect, {{RequestFailure::refused, FailureReason::refused}}},
+             {"removeSync(1)", forget, {{RequestFailure::refused, FailureReason::refused}}},
+             {"", forgetUnknown, {{RequestFailure::unknownNetwork, FailureReason::none}}},
              {"saveNetworkConfigurationSync",
               forgetUnknown,
-              {RequestFailure::unknownNetwork, RequestFailure::notSaved}},
-             {"writeEnabledConfiguration", switchOn, {RequestFailure::choiceNotWritten}},
-             {"startStopSupplicantSync", switchOn, {RequestFailure::unitRefused}},
+              {{RequestFailure::unknownNetwork, FailureReason::none},
+               {RequestFailure::notSaved, FailureReason::refused}}},
+             {"writeEnabledConfiguration",
+              switchOn,
+              {{RequestFailure::choiceNotWritten, FailureReason::none}}},
+             {"startStopSupplicantSync", switchOn, {{RequestFailure::unitRefused, FailureReason::refused}}},
              {"", switchOn, {}},
          }) {
         stack->failing = {failing};
@@ -111,7 +115,7 @@ TEST_F(Requests, EachFailureIsTold) {
 TEST_F(Requests, WithoutASupplicantNobodyWasAsked) {
     start();
     stack->failing = {"scanSync", "addNetworkSync", "disconnectSync", "getAllConfiguredNetworksSync"};
-    const Failures notAttached{RequestFailure::notAttached};
+    const Failures notAttached{{RequestFailure::notAttached, FailureReason::none}};
     EXPECT_EQ(failuresOf([this] { engine->scan(); }), notAttached);
     EXPECT_EQ(failuresOf([this] { engine->connect(settingsFor("Home", SecurityMode::none)); }), notAttached);
     EXPECT_EQ(failuresOf([this] { engine->connectConfigured("Home"); }), notAttached);
@@ -129,13 +133,16 @@ TEST_F(Requests, EachAskerIsToldOfTheRequestsSinceTheOneBefore) {
     ask();
     engine->disconnect();
     runUntilIdle();
-    EXPECT_EQ(takeTold(),
-              (std::vector<Failures>{{}, {RequestFailure::refused, RequestFailure::unknownNetwork}, {}}));
+    EXPECT_EQ(takeTold(), (std::vector<Failures>{{},
+                                                 {{RequestFailure::refused, FailureReason::refused},
+                                                  {RequestFailure::unknownNetwork, FailureReason::none}},
+                                                 {}}));
     engine->scan();
     runUntilIdle();
     ask();
     runUntilIdle();
-    EXPECT_EQ(takeTold(), std::vector{Failures{RequestFailure::refused}}) << "asked when it had run already";
+    EXPECT_EQ(takeTold(), std::vector{(Failures{{RequestFailure::refused, FailureReason::refused}})})
+        << "asked when it had run already";
 }
 
 TEST_F(Requests, AskerWaitsForEarlierRequestsAndForNoLaterOne) {
@@ -159,7 +166,7 @@ TEST_F(Requests, DroppedRequestsAreTold) {
     ask();
     communicator->dropTasks();
     communicator->runIdlePass();
-    EXPECT_EQ(takeTold(), std::vector{Failures{RequestFailure::dropped}});
+    EXPECT_EQ(takeTold(), std::vector{(Failures{{RequestFailure::dropped, FailureReason::none}})});
     ask();
     communicator->dropTasks();
     communicator->runIdlePass();
@@ -176,7 +183,7 @@ TEST_F(Requests, RequestThatThrowsHasFailed) {
     engine->scan();
     EXPECT_THROW(communicator->runOneTask(), std::runtime_error);
     stack->onCall = nullptr;
-    EXPECT_EQ(failuresOf([] {}), Failures{RequestFailure::refused});
+    EXPECT_EQ(failuresOf([] {}), (Failures{{RequestFailure::refused, FailureReason::refused}}));
 }
 
 // While a selection keeps the other networks disabled, nothing is saved.
@@ -190,11 +197,13 @@ TEST_F(Requests, SaveThatFailsLaterIsToldToTheNextAsker) {
                   engine->forgetNetwork("Cafe");
               }),
               Failures());
-    EXPECT_EQ(failuresOf([this] { engine->forgetNetwork("Home"); }), Failures{RequestFailure::notSaved});
+    EXPECT_EQ(failuresOf([this] { engine->forgetNetwork("Home"); }),
+              (Failures{{RequestFailure::notSaved, FailureReason::refused}}));
     EXPECT_EQ(failuresOf([] {}), Failures());
     engine->forgetNetwork("Unknown");
     runUntilIdle();
-    EXPECT_EQ(failuresOf([] {}), (Failures{RequestFailure::unknownNetwork, RequestFailure::notSaved}));
+    EXPECT_EQ(failuresOf([] {}), (Failures{{RequestFailure::unknownNetwork, FailureReason::none},
+                                           {RequestFailure::notSaved, FailureReason::refused}}));
 }
 
 TEST_F(Requests, NobodyIsToldOnceTheEngineEnds) {

@@ -142,6 +142,8 @@ INSTANTIATE_TEST_SUITE_P(
              certain(Cause::radioBlocked)},
         Rule{"TheRequestWasRefused", searching().request(Request::refused).facts,
              certain(Cause::requestRefused)},
+        Rule{"TheRequestFailedAndThePlatformDoesNotTellWhy", searching().request(Request::failed).facts,
+             probable(Cause::requestRefused)},
         Rule{"ItFellSilentAfterTheRequest",
              searching().scanned().with([](Facts& f) { f.silent = true; }).facts,
              certain(Cause::supplicantSilent)},

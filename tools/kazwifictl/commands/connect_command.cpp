@@ -67,7 +67,6 @@ class ConnectCommand : NonCopyable {
             facts_.inRange = saved == nullptr || saved->inRange;
         }
         Session& session = place_.act(facts_.what, Workspace::Need::stack);
-        place_.log().forgetHints();
         session.takeFailures();
         // The supplicant may have begun, or finished, since the plan was made. A request could cut the link.
         if (facts_.saved && session.latest().isInUse(facts_.ssid)) {

@@ -18,8 +18,7 @@ WallClock::time_point wallTimeOf(Clock::time_point time) {
 
 Report monitorChanges(const Options& /*options*/, Workspace& place, Output& output) {
     Session& session = place.act("cannot monitor", Workspace::Need::nothing);
-    ChangeWriter writer(output,
-                        [&place](const Snapshot& now) { return stackTrouble(now, place.log().hints()).why; });
+    ChangeWriter writer(output, [](const Snapshot& now) { return stackTrouble(now).why; });
     session.watchReaderOf(STDOUT_FILENO);
     try {
         output.put(writer.begin(session.latest(), WallClock::now()));

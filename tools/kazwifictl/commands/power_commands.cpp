@@ -10,6 +10,8 @@
 namespace kaz::ctl {
 namespace {
 
+using wifi::FailureReason;
+
 constexpr const char* notStored = "the choice could not be written to the configuration file";
 
 // What is so after the request, as a report. `failure` says what of it was not done.
@@ -21,10 +23,10 @@ Report reportOf(bool on, bool changed, const Snapshot& now, const std::optional<
 }
 
 // systemd was not asked, or did not do it.
-Failure notDone(bool on, bool stored, const LibraryLog::Hints& hints) {
-    const StackTrouble trouble = unitTrouble(hints);
+Failure notDone(bool on, bool stored, FailureReason reason) {
+    const StackTrouble trouble = unitTrouble(reason);
     const std::string_view undone = on ? "wpa_supplicant was not started" : "wpa_supplicant was not stopped";
-    return {hints.noBus ? ExitCode::noStack : ExitCode::failed,
+    return {reason == FailureReason::noBus ? ExitCode::noStack : ExitCode::failed,
             stored ? fmt::format("the choice is saved, but {}", undone)
                    : fmt::format("{}, and the choice is not saved", undone),
             trouble.why, trouble.advice};
@@ -40,9 +42,10 @@ Failure notKept(bool on) {
 Failure tooLate(bool on, Workspace& place, const Snapshot& now) {
     const std::string what = fmt::format("the choice is saved, but wpa_supplicant did not {} within {:g} s",
                                          on ? "start" : "stop", inSeconds(place.startWait()));
-    const LibraryLog::Hints hints = place.log().hints();
-    const bool known = on && (hints.noInterface || !hints.supplicantError.empty());
-    return known ? noStack(what, now, hints)
+    const auto obstacle = now.connection.stack.place;
+    const bool known = on && (obstacle == wifi::StackTrouble::Place::supplicant ||
+                              obstacle == wifi::StackTrouble::Place::interface);
+    return known ? noStack(what, now)
                  : Failure{on ? ExitCode::noStack : ExitCode::timedOut,
                            what,
                            {},
@@ -52,12 +55,12 @@ Failure tooLate(bool on, Workspace& place, const Snapshot& now) {
 // What of the request was not done, after it was carried out.
 std::optional<Failure> missing(bool on, Workspace& place, Session& session) {
     const Session::Failures failures = session.takeFailures();
-    const LibraryLog::Hints hints = place.log().hints();
     const bool stored = !failures.contains(wifi::RequestFailure::choiceNotWritten);
-    const bool refused =
-        failures.contains(wifi::RequestFailure::unitRefused) && !(!on && isUnitMissing(hints));
-    if (refused && !(on && session.latest().running)) {
-        return notDone(on, stored, hints);
+    const auto refused = failures.find(wifi::RequestFailure::unitRefused);
+    const bool nothingToStop =
+        !on && refused != failures.end() && refused->second == FailureReason::unitMissing;
+    if (refused != failures.end() && !nothingToStop && !(on && session.latest().running)) {
+        return notDone(on, stored, refused->second);
     }
     if (!session.until(Clock::now() + place.startWait(),
                        [on](const Snapshot& view) { return view.running == on; })) {
@@ -74,7 +77,7 @@ Report switchWifi(bool on, Workspace& place) {
     session.manager().setEnabled(on);
     // A supplicant that does not run may be about to start, so the request to stop it must have run.
     if (!session.carriedOut(Session::requestLimit)) {
-        return reportOf(on, changed, session.latest(), noAnswer(what, place.log().hints()));
+        return reportOf(on, changed, session.latest(), noAnswer(what));
     }
     const auto failure = missing(on, place, session);
     place.finish();

@@ -32,14 +32,14 @@ struct Live {
     }
 };
 
-std::string powerText(const Snapshot& view, const LibraryLog::Hints& hints, const Live& live) {
+std::string powerText(const Snapshot& view, const Live& live) {
     if (live.block) {
         return "on, but the radio is blocked";
     }
     if (view.running) {
         return view.enabled ? "on" : "switched off, but wpa_supplicant runs";
     }
-    if (isUnknown(view, hints)) {
+    if (isUnknown(view)) {
         return view.enabled ? "switched on; whether it works is unknown"
                             : "switched off; whether the radio is off is unknown";
     }
@@ -47,7 +47,7 @@ std::string powerText(const Snapshot& view, const LibraryLog::Hints& hints, cons
         return "off";
     }
     return "on, but " +
-           (stackTrouble(view, hints).why == supplicantStopped ? supplicantStopped : "it cannot be used"s);
+           (stackTrouble(view).why == supplicantStopped ? supplicantStopped : "it cannot be used"s);
 }
 
 std::string connectionText(const ConnectionInfo& info, const Output& output) {
@@ -113,9 +113,8 @@ std::string linkText(const Snapshot& view, const Output& output) {
     return inUse.rate == 0 ? text : text + line("Rate", fmt::format("{} Mbit/s", inUse.rate));
 }
 
-std::string statusText(const Snapshot& view, const LibraryLog::Hints& hints, const Live& live,
-                       const Output& output, Clock::time_point now) {
-    std::string text = line("Wi-Fi", powerText(view, hints, live));
+std::string statusText(const Snapshot& view, const Live& live, const Output& output, Clock::time_point now) {
+    std::string text = line("Wi-Fi", powerText(view, live));
     if (!view.running) {
         return text;
     }
@@ -146,8 +145,7 @@ Report showStatus(const Options& /*options*/, Workspace& place, Output& output) 
         view.connection.network.rate = live.interface->rate.value_or(view.connection.network.rate);
     }
     const auto now = Clock::now();
-    const LibraryLog::Hints hints = place.log().hints();
-    Report report{statusText(view, hints, live, output, now),
+    Report report{statusText(view, live, output, now),
                   {{"enabled", view.enabled},
                    {"running", view.running},
                    {"scanning", view.scanning},
@@ -155,10 +153,9 @@ Report showStatus(const Options& /*options*/, Workspace& place, Output& output) 
                    {"connection", connectionJson(view.connection, now)}},
                   std::nullopt};
     addInterface(report.members["connection"], live.interface, !view.isDisconnected());
-    const bool unknown = isUnknown(view, hints);
+    const bool unknown = isUnknown(view);
     if (unknown || (view.enabled && !view.running)) {
-        report.failure =
-            noStack(unknown ? "cannot read the whole status" : "Wi-Fi does not work", view, hints);
+        report.failure = noStack(unknown ? "cannot read the whole status" : "Wi-Fi does not work", view);
     } else if (live.block) {
         report.failure = live.block->failure("Wi-Fi does not work");
     }

@@ -9,18 +9,18 @@
 namespace kaz::ctl {
 namespace {
 
-bool isReached(WaitedState state, const Snapshot& view, const LibraryLog::Hints& hints) {
+bool isReached(WaitedState state, const Snapshot& view) {
     switch (state) {
         case WaitedState::on:
             return view.running;
         case WaitedState::off:
-            return !view.running && !isUnknown(view, hints);
+            return !view.running && !isUnknown(view);
         case WaitedState::connected:
             return view.connection.info.status == wifi::ConnectionInfo::Status::connected;
         case WaitedState::disconnected:
             break;
     }
-    return view.isDisconnected() && !isUnknown(view, hints);
+    return view.isDisconnected() && !isUnknown(view);
 }
 
 std::string reachedText(WaitedState state, const Snapshot& view, const Output& output) {
@@ -37,14 +37,14 @@ std::string reachedText(WaitedState state, const Snapshot& view, const Output& o
     return "Not connected.\n";
 }
 
-Failure notReached(const Options& options, const Snapshot& view, const LibraryLog::Hints& hints) {
+Failure notReached(const Options& options, const Snapshot& view) {
     const std::string what =
         fmt::format("the state \"{}\" is not reached after {:g} s", nameOf(options.waitedState),
                     inSeconds(options.timeout.value_or(std::chrono::milliseconds(0))));
     if (view.running || options.waitedState == WaitedState::disconnected) {
         return {ExitCode::timedOut, what, {}, "kazwifictl status"};
     }
-    const StackTrouble trouble = stackTrouble(view, hints);
+    const StackTrouble trouble = stackTrouble(view);
     return {ExitCode::timedOut, what, trouble.why, trouble.advice};
 }
 
@@ -53,9 +53,9 @@ Failure notReached(const Options& options, const Snapshot& view, const LibraryLo
 Report waitForState(const Options& options, Workspace& place, Output& output) {
     Session& session = place.act("cannot wait", Workspace::Need::nothing);
     output.sayForNow(fmt::format("waiting for \"{}\"...", nameOf(options.waitedState)));
-    const bool reached = session.until(
-        options.timeout ? Clock::now() + *options.timeout : Clock::time_point::max(),
-        [&](const Snapshot& view) { return isReached(options.waitedState, view, place.log().hints()); });
+    const bool reached =
+        session.until(options.timeout ? Clock::now() + *options.timeout : Clock::time_point::max(),
+                      [&](const Snapshot& view) { return isReached(options.waitedState, view); });
     const Snapshot view = session.latest();
     Report report{reached ? reachedText(options.waitedState, view, output) : std::string(),
                   {{"state", nameOf(options.waitedState)},
@@ -64,7 +64,7 @@ Report waitForState(const Options& options, Workspace& place, Output& output) {
                    {"connection", connectionJson(view.connection, Clock::now())}},
                   std::nullopt};
     if (!reached) {
-        report.failure = notReached(options, view, place.log().hints());
+        report.failure = notReached(options, view);
     }
     place.finish();
     return report;

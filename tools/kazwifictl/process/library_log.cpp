@@ -4,73 +4,23 @@
 #include <spdlog/spdlog.h>
 
 #include <cstdio>
+#include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "kazwifictl/text/ssid_text.h"
 
 namespace kaz::ctl {
 namespace {
 
-// The name of the D-Bus error in "Call of MEMBER at SERVICE failed: NAME: TEXT". Nothing in another record.
-std::optional<std::string> errorFrom(std::string_view service, std::string_view record) {
-    const std::string from = " at " + std::string(service) + " failed: ";
-    const std::size_t at = record.find(from);
-    if (!record.starts_with("Call of ") || at == std::string_view::npos) {
-        return std::nullopt;
-    }
-    const std::string_view rest = record.substr(at + from.size());
-    return std::string(rest.substr(0, rest.find(':')));
-}
-
-void learn(LibraryLog::Hints& hints, std::string_view record) {
-    if (record.starts_with("Cannot connect to the system bus") ||
-        record.starts_with("Lost the connection to the system bus")) {
-        hints.noBus = true;
-    } else if (record.starts_with("Connected to the system bus")) {
-        hints = {};
-    } else if (record.starts_with("wpa_supplicant has no configured interfaces") ||
-               record.starts_with("wpa_supplicant has removed the interface in use")) {
-        hints.noInterface = true;
-    } else if (record.starts_with("Dbus path of wpa_supplicant within systemd daemon is /org/")) {
-        hints.unitFound = true;
-    } else if (const auto fromSystemd = errorFrom("org.freedesktop.systemd1", record)) {
-        hints.systemdError = *fromSystemd;
-        hints.unitFound = hints.unitFound && !record.starts_with("Call of Get ");
-    } else if (const auto fromSupplicant = errorFrom("fi.w1.wpa_supplicant1", record)) {
-        hints.supplicantError = *fromSupplicant;
-    }
-}
-
-}  // namespace
-
-class LibraryLog::Sink final : public spdlog::sinks::base_sink<std::mutex> {
+class Sink final : public spdlog::sinks::base_sink<std::mutex> {
   public:
-    explicit Sink(bool verbose) : verbose_(verbose) { set_pattern_("%H:%M:%S.%e  %-7l  %v"); }
-
-    Hints hints() {
-        const std::lock_guard lock(mutex_);
-        return hints_;
-    }
-
-    void forgetHints() {
-        const std::lock_guard lock(mutex_);
-        hints_ = {};
-    }
+    Sink() { set_pattern_("%H:%M:%S.%e  %-7l  %v"); }
 
   protected:
     void sink_it_(const spdlog::details::log_msg& message) override {
-        learn(hints_, {message.payload.data(), message.payload.size()});
-        if (verbose_) {
-            show(message);
-        }
-    }
-    void flush_() override {}
-
-  private:
-    void show(const spdlog::details::log_msg& message) {
         spdlog::memory_buf_t buffer;
         formatter_->format(message, buffer);
         std::string_view line(buffer.data(), buffer.size());
@@ -79,27 +29,20 @@ class LibraryLog::Sink final : public spdlog::sinks::base_sink<std::mutex> {
         const std::string shown = harmless(line, true) + '\n';
         static_cast<void>(std::fwrite(shown.data(), 1, shown.size(), stderr));
     }
-
-    bool verbose_;
-    Hints hints_;
+    void flush_() override {}
 };
 
-LibraryLog::LibraryLog(bool verbose) : sink_(std::make_shared<Sink>(verbose)) {
-    auto logger = std::make_shared<spdlog::logger>("kazwifictl", sink_);
-    logger->set_level(spdlog::level::debug);
+}  // namespace
+
+LibraryLog::LibraryLog(bool verbose) {
+    auto logger = verbose ? std::make_shared<spdlog::logger>("kazwifictl", std::make_shared<Sink>())
+                          : std::make_shared<spdlog::logger>("silent");
+    logger->set_level(verbose ? spdlog::level::debug : spdlog::level::off);
     spdlog::set_default_logger(std::move(logger));
 }
 
 LibraryLog::~LibraryLog() {
     spdlog::set_default_logger(std::make_shared<spdlog::logger>("silent"));
-}
-
-LibraryLog::Hints LibraryLog::hints() const {
-    return sink_->hints();
-}
-
-void LibraryLog::forgetHints() {
-    sink_->forgetHints();
 }
 
 }  // namespace kaz::ctl

@@ -43,8 +43,7 @@ class Prompt {
   private:
     // Writes changes of the connection and of Wi-Fi on or off above the line. Leaves out scans and networks.
     void tell() {
-        ChangeWriter writer(
-            output_, [this](const Snapshot& now) { return stackTrouble(now, place_.log().hints()).why; });
+        ChangeWriter writer(output_, [](const Snapshot& now) { return stackTrouble(now).why; });
         std::string text;
         place_.session().takeAll([&](const Snapshot& before, const Snapshot& now) {
             text += writer.news(before, now, ChangeWriter::WallClock::now());

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <wifi/failure_reason.h>
+
 #include <string>
 
-#include "kazwifictl/process/library_log.h"
 #include "kazwifictl/session/snapshot.h"
 #include "kazwifictl/text/failure.h"
 
@@ -16,21 +17,18 @@ struct StackTrouble {
 };
 // The trouble that is none but this: a unit that is not active.
 inline constexpr const char* supplicantStopped = "wpa_supplicant does not run";
-StackTrouble stackTrouble(const Snapshot& now, const LibraryLog::Hints& hints);
+StackTrouble stackTrouble(const Snapshot& now);
 
 // The same as a failure.
-Failure noStack(const std::string& what, const Snapshot& now, const LibraryLog::Hints& hints);
+Failure noStack(const std::string& what, const Snapshot& now);
 
 // Why systemd did not start or stop the supplicant.
-StackTrouble unitTrouble(const LibraryLog::Hints& hints);
+StackTrouble unitTrouble(wifi::FailureReason reason);
 
 // Why the state could not be read in time.
-Failure noAnswer(const std::string& what, const LibraryLog::Hints& hints);
+Failure noAnswer(const std::string& what);
 
 // Whether systemd, or the way to it, refused to tell whether the supplicant runs.
-bool isUnknown(const Snapshot& now, const LibraryLog::Hints& hints);
-
-// Whether systemd knows no unit of the supplicant, so that there is nothing to stop.
-bool isUnitMissing(const LibraryLog::Hints& hints);
+bool isUnknown(const Snapshot& now);
 
 }  // namespace kaz::ctl

@@ -113,7 +113,8 @@ bool Session::deliverNext(const Observer& observer) {
     if (!next) {
         return false;
     }
-    failures_.merge(next->failures);
+    next->failures.merge(failures_);
+    failures_ = std::move(next->failures);
     const Snapshot before = std::exchange(latest_, Snapshot(std::move(*next)));
     if (observer) {
         observer(before, latest_);

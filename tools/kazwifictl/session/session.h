@@ -9,7 +9,6 @@
 
 #include <chrono>
 #include <functional>
-#include <set>
 #include <utility>
 
 #include "base/non_copyable.h"
@@ -64,7 +63,7 @@ class Session : NonCopyable {
     // Waits until every request made so far has been carried out. False on timeout.
     bool carriedOut(std::chrono::milliseconds limit, const Observer& observer = {});
 
-    using Failures = std::set<wifi::RequestFailure>;
+    using Failures = wifi::RequestFailures;
     // What carriedOut() was told since the last call of this.
     Failures takeFailures() { return std::exchange(failures_, {}); }
 

@@ -11,7 +11,6 @@ Snapshot Workspace::look(const std::string& what, Need need) {
 }
 
 Snapshot Workspace::lookAfresh(const std::string& what, Need need) const {
-    log_.forgetHints();
     Session session(interrupts_);
     start(session, what, need);
     session.close();
@@ -21,7 +20,6 @@ Snapshot Workspace::lookAfresh(const std::string& what, Need need) const {
 Session& Workspace::act(const std::string& what, Need need) {
     const bool isNew = !session_;
     if (isNew) {
-        log_.forgetHints();
         session_ = std::make_unique<Session>(interrupts_);
     }
     if (kind_ == Kind::oneCommand) {
@@ -31,9 +29,6 @@ Session& Workspace::act(const std::string& what, Need need) {
         return *session_;
     }
     session_->takeAll();
-    if (session_->latest().running) {
-        log_.forgetHints();  // what was wrong before is over
-    }
     if (isNew || !session_->latest().running) {
         start(*session_, what, need);
     }
@@ -69,10 +64,10 @@ void Workspace::start(Session& session, const std::string& what, Need need) cons
     const bool needed = need == Need::stack;
     const Session::Start result = session.start(startWait_, needed, slow_);
     if (result == Session::Start::noAnswer) {
-        throw CommandFailed(noAnswer(what, log_.hints()));
+        throw CommandFailed(noAnswer(what));
     }
     if (result == Session::Start::notRunning && needed) {
-        throw CommandFailed(noStack(what, session.latest(), log_.hints()));
+        throw CommandFailed(noStack(what, session.latest()));
     }
 }
 

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "kazwifictl/process/background.h"
-#include "kazwifictl/process/library_log.h"
 #include "kazwifictl/session/no_stack.h"
 #include "kazwifictl/session/session.h"
 #include "kazwifictl/text/failure.h"
@@ -28,11 +27,10 @@ class Workspace : NonCopyable {
     enum class Need { nothing, stack };
 
     // `slow` is called when the state of the system takes more than a second to come.
-    Workspace(Kind kind, Interrupts& interrupts, LibraryLog& log, std::chrono::milliseconds startWait,
+    Workspace(Kind kind, Interrupts& interrupts, std::chrono::milliseconds startWait,
               Background* background = nullptr, std::function<void()> slow = {})
         : kind_(kind),
           interrupts_(interrupts),
-          log_(log),
           startWait_(startWait),
           background_(background),
           slow_(std::move(slow)) {}
@@ -64,7 +62,6 @@ class Workspace : NonCopyable {
     void close();
 
     Interrupts& interrupts() { return interrupts_; }
-    LibraryLog& log() const { return log_; }
     std::chrono::milliseconds startWait() const { return startWait_; }
 
   private:
@@ -72,7 +69,6 @@ class Workspace : NonCopyable {
 
     Kind kind_;
     Interrupts& interrupts_;
-    LibraryLog& log_;
     std::chrono::milliseconds startWait_;
     Background* background_;
     std::function<void()> slow_;

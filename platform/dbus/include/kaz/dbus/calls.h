@@ -27,7 +27,11 @@ namespace kaz::dbus {
 /// call. A failed call or an error reply gives a decoder without a message. It is logged at warning level with
 /// member, destination and the error's name and text; for a sensitive call without the text. A builder without
 /// a message and a null bus also give a decoder without a message, but are not logged. A builder that is not
-/// ok() is sent with the arguments that it has. After a failed call, errno is ETIMEDOUT if there was no reply.
+/// ok() is sent with the arguments that it has.
 [[gnu::visibility("default")]] MessageDecoder sendMessage(sd_bus* bus, MessageBuilder& builder);
+
+/// The same, and sets `error` to the name of the D-Bus error: empty after a success and if nothing was sent.
+[[gnu::visibility("default")]] MessageDecoder sendMessage(sd_bus* bus, MessageBuilder& builder,
+                                                          std::string& error);
 
 }  // namespace kaz::dbus
