@@ -1,17 +1,8 @@
 #include "attempt.h"
 
-#include <utility>
-
 using Status = kaz::wifi::ConnectionInfo::Status;
 
-namespace {
-
-constexpr std::chrono::seconds patienceForAnAddress{30};
-
-}  // namespace
-
-std::optional<Attempt::Outcome> Attempt::see(const kaz::wifi::client::Snapshot& state,
-                                             Clock::time_point now) {
+std::optional<Attempt::Outcome> Attempt::see(const kaz::wifi::client::Snapshot& state) {
     const auto& info = state.connection.info;
     const bool ours = info.ssid == ssid_ && info.status != Status::disconnected;
     if (!state.running) {
@@ -28,11 +19,7 @@ std::optional<Attempt::Outcome> Attempt::see(const kaz::wifi::client::Snapshot& 
     if (info.status == Status::connected) {
         return Outcome::connected;
     }
-    if (info.status == Status::connectingIP && !std::exchange(linkUp_, true)) {
-        linkUpSince_ = now;
-    }
-    if (linkUp_ && now - linkUpSince_ >= patienceForAnAddress) {
-        return Outcome::noAddress;
-    }
-    return std::nullopt;
+    linkUp_ = linkUp_ || info.status == Status::connectingIP;
+    return state.connection.trouble == kaz::wifi::Cause::noAddress ? std::optional(Outcome::noAddress)
+                                                                   : std::nullopt;
 }

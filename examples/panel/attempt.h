@@ -3,7 +3,6 @@
 #include <wifi/client/follower.h>
 #include <wifi/connection_details.h>
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
@@ -15,24 +14,22 @@ class Attempt {
     enum class Outcome {
         connected,
         failed,     // why() says why
-        noAddress,  // the link is up, but there is no address after half a minute; this may still change
+        noAddress,  // the link is up, but no address came within Manager::setAddressTimeout(); it may still come
         lost,       // the link broke; why() says why
-        stopped,    // Wi-Fi stopped meanwhile
+        stopped,  // Wi-Fi stopped meanwhile
     };
-    using Clock = std::chrono::steady_clock;
 
     explicit Attempt(std::string ssid) : ssid_(std::move(ssid)) {}
 
     const std::string& ssid() const { return ssid_; }
 
-    // Returns the outcome once there is one. Call it after each change and periodically, but not after the outcome.
-    std::optional<Outcome> see(const kaz::wifi::client::Snapshot& state, Clock::time_point now);
+    // Returns the outcome once there is one. Call it after each change, but not after the outcome.
+    std::optional<Outcome> see(const kaz::wifi::client::Snapshot& state);
 
     const kaz::wifi::Outcome& why() const { return why_; }
 
   private:
     std::string ssid_;
-    Clock::time_point linkUpSince_;
     bool begun_ = false;
     bool linkUp_ = false;
     kaz::wifi::Outcome why_;

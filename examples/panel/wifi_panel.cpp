@@ -11,9 +11,14 @@ using kaz::wifi::ConnectResult;
 using kaz::wifi::client::Snapshot;
 using Status = kaz::wifi::ConnectionInfo::Status;
 
+namespace {
+
+constexpr std::chrono::seconds patienceForAnAddress{30};
+
+}  // namespace
+
 WifiPanel::WifiPanel(QObject* parent) : QObject(parent) {
-    attemptClock_.setInterval(std::chrono::seconds(1));
-    connect(&attemptClock_, &QTimer::timeout, this, &WifiPanel::followAttempt);
+    wifi_.manager().setAddressTimeout(patienceForAnAddress);
     connect(&arrivals_, &QSocketNotifier::activated, this, &WifiPanel::takeAll);
     takeAll();
 }
@@ -48,13 +53,13 @@ void WifiPanel::follow(const ConnectionInfo& before) {
 }
 
 void WifiPanel::followAttempt() {
-    const auto outcome = attempt_->see(state_, Attempt::Clock::now());
+    const auto outcome = attempt_->see(state_);
     if (!outcome) {
         return;
     }
     const std::string ssid = attempt_->ssid();
     const kaz::wifi::Outcome why = attempt_->why();
-    endAttempt();
+    attempt_.reset();
     fail(*outcome, why, ssid);
     // Forget settings that did not work, or the supplicant would retry them.
     if (*outcome == Attempt::Outcome::failed && !attemptSaved_) {
@@ -65,13 +70,7 @@ void WifiPanel::followAttempt() {
 void WifiPanel::begin(const std::string& ssid, bool saved) {
     attempt_.emplace(ssid);
     attemptSaved_ = saved;
-    attemptClock_.start();
     dismissProblem();
-}
-
-void WifiPanel::endAttempt() {
-    attempt_.reset();
-    attemptClock_.stop();
 }
 
 // The user can try again where an access point took part.
@@ -83,7 +82,7 @@ void WifiPanel::fail(Attempt::Outcome outcome, const kaz::wifi::Outcome& why, co
 }
 
 void WifiPanel::setOn(bool on) {
-    endAttempt();
+    attempt_.reset();
     dismissProblem();
     wifi_.manager().setEnabled(on);
     state_.enabled = on;
@@ -132,14 +131,14 @@ void WifiPanel::joinSaved(const QString& networkId) {
 }
 
 void WifiPanel::leave() {
-    endAttempt();
+    attempt_.reset();
     wifi_.manager().disconnect();
 }
 
 void WifiPanel::forget(const QString& networkId) {
     const std::string ssid = ssidOfId(networkId);
     if (attempt_ && attempt_->ssid() == ssid) {
-        endAttempt();
+        attempt_.reset();
     }
     wifi_.manager().forgetNetwork(ssid);
 }

@@ -6,7 +6,6 @@
 #include <QObject>
 #include <QSocketNotifier>
 #include <QString>
-#include <QTimer>
 
 #include <optional>
 
@@ -62,7 +61,6 @@ class WifiPanel : public QObject {
     void follow(const kaz::wifi::ConnectionInfo& before);
     void followAttempt();
     void begin(const std::string& ssid, bool saved);
-    void endAttempt();
     void fail(Attempt::Outcome outcome, const kaz::wifi::Outcome& why, const std::string& ssid);
 
     NetworkModel networks_;
@@ -74,7 +72,6 @@ class WifiPanel : public QObject {
 
     std::optional<Attempt> attempt_;
     bool attemptSaved_ = false;
-    QTimer attemptClock_;
 
     kaz::wifi::client::Snapshot state_;
     kaz::wifi::client::Follower wifi_;
