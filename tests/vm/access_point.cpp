@@ -3,6 +3,7 @@
 #include "base/guard.h"
 #include "vm/command.h"
 
+#include <cstdint>
 #include <utility>
 
 namespace kaz::vm {
@@ -33,6 +34,20 @@ void AccessPoint::setPower(int dBm) {
     run("ip netns exec " + name_ + " iw dev " + name_ + " set txpower fixed " + std::to_string(dBm * 100));
 }
 
+void AccessPoint::becomeFaint() {
+    setPower(0);
+    faint_ = true;
+    setReception(-80);
+}
+
+// The simulated air weakens what this radio sends. The kernel takes the number without its sign.
+void AccessPoint::setReception(int dBm) const {
+    run("mountpoint -q /sys/kernel/debug || mount -t debugfs debugfs /sys/kernel/debug; "
+        "echo " +
+        std::to_string(static_cast<std::uint64_t>(dBm)) + " >/sys/kernel/debug/ieee80211/$(ip netns exec " +
+        name_ + " cat /sys/class/net/" + name_ + "/phy80211/name)/hwsim/rx_rssi");
+}
+
 void AccessPoint::switchChannel(int channel) {
     changed_ = true;
     run("hostapd_cli -p /run/hostapd -i " + name_ + " chan_switch 5 " + std::to_string(2407 + 5 * channel) +
@@ -49,6 +64,15 @@ void AccessPoint::reconfigure(const std::string& line) {
     run("echo '" + line + "' >>/etc/hostapd/" + name_ + ".conf && systemctl restart ap@" + name_);
 }
 
+void AccessPoint::becomeAdHoc(const std::string& ssid, int frequency) {
+    vanish();
+    changed_ = true;
+    const std::string in = "ip netns exec " + name_;
+    run(in + " ip link set " + name_ + " down && " + in + " iw dev " + name_ + " set type ibss && " + in +
+        " ip link set " + name_ + " up && " + in + " iw dev " + name_ + " ibss join '" + ssid + "' " +
+        std::to_string(frequency) + " fixed-freq 02:ca:fe:00:00:01");
+}
+
 void AccessPoint::present(const std::string& certificate) {
     run(": >/run/ap/" + name_ + ".log");
     const std::string path = "/etc/certificates/" + certificate;
@@ -61,6 +85,9 @@ bool AccessPoint::sawInnerExchange() const {
 }
 
 void AccessPoint::restore() {
+    if (std::exchange(faint_, false)) {
+        setReception(-50);
+    }
     if (changed_) {
         run("/opt/guest/access-points restore " + name_);
     } else if (!up_) {

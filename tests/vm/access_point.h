@@ -22,6 +22,9 @@ class AccessPoint : NonCopyable {
     // The device receives it 50 dB weaker.
     void setPower(int dBm);
 
+    // The device receives it with -80 dBm.
+    void becomeFaint();
+
     // Tells its stations that it changes the channel, and does so five beacons later.
     void switchChannel(int channel);
 
@@ -30,6 +33,9 @@ class AccessPoint : NonCopyable {
 
     // Adds lines to hostapd's configuration and restarts hostapd.
     void reconfigure(const std::string& line);
+
+    // An ad-hoc network with this name takes its place.
+    void becomeAdHoc(const std::string& ssid, int frequency);
 
     // Is an authentication server with this certificate of /etc/certificates.
     void present(const std::string& certificate);
@@ -40,10 +46,13 @@ class AccessPoint : NonCopyable {
     void restore();
 
   private:
+    void setReception(int dBm) const;
+
     std::string name_;
     bool up_ = true;
     bool hasAddresses_ = true;
     bool weakened_ = false;
+    bool faint_ = false;
     bool changed_ = false;  // the configuration, or what only a restart undoes
 };
 

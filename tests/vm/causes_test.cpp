@@ -194,6 +194,21 @@ TEST_F(Causes, HashToElementAloneIsJoinedByASupplicantThatIsConfiguredForIt) {
     ASSERT_TRUE(device().attaches());
 }
 
+TEST_F(Causes, AnAdHocNetworkIsNothingInCommon) {
+    AccessPoint accessPoint("open");
+    accessPoint.becomeAdHoc(openNetwork.ssid, 2412);
+    run("/opt/guest/device unsee");  // the kernel remembers the access point, too
+    ASSERT_TRUE(device().eventually([&] {
+        manager().scan();
+        const auto access = manager().networkAccess();
+        const auto known = access.find(openNetwork.ssid);
+        return known != access.end() && known->second.demands.adHoc;
+    }));
+    EXPECT_EQ(manager().networkAccess().at(openNetwork.ssid).mode, wifi::SecurityMode::unsupported);
+    ASSERT_TRUE(fails(openNetwork, Cause::nothingInCommon, Certainty::certain));
+    EXPECT_TRUE(outcome().evidence.demands.adHoc);
+}
+
 TEST_F(Causes, EnhancedOpenIsNothingInCommon) {
     AccessPoint accessPoint("open");
     accessPoint.reconfigure("wpa=2\nwpa_key_mgmt=OWE\nrsn_pairwise=CCMP\nieee80211w=2");
@@ -229,6 +244,24 @@ TEST_F(Causes, AnAccessPointThatVanishesIsProbablyGone) {
     ASSERT_TRUE(ends(wpa2Network.ssid, Cause::accessPointGone, Certainty::probable));
     const auto history = device().history();
     EXPECT_EQ(history.back().disconnectSsid, wpa2Network.ssid);
+}
+
+// The signal is polled once per minute.
+TEST_F(Causes, AnAccessPointThatVanishesAtAWeakSignalWasProbablyTooWeak) {
+    AccessPoint accessPoint("wpa2");
+    ASSERT_TRUE(device().connects(wpa2Network));
+    accessPoint.becomeFaint();
+    device().clearHistory();
+    ASSERT_TRUE(device().eventually([&] {
+        const int signal = manager().connectionInfo().signal;
+        return signal > wifi::NoSignaldBm && signal <= -75;
+    })) << manager().connectionInfo().signal;
+    ASSERT_EQ(manager().connectionInfo().status, Status::connected);
+    accessPoint.vanish();
+    ASSERT_TRUE(ends(wpa2Network.ssid, Cause::weakSignal, Certainty::probable));
+    EXPECT_EQ(outcome().stage, Stage::online);
+    EXPECT_LE(outcome().evidence.signal, -75);
+    EXPECT_EQ(outcome().evidence.reasonSender, Sender::device);
 }
 
 TEST_F(Causes, ADeauthenticationIsTheAccessPoints) {
