@@ -42,8 +42,10 @@ class UnknownOwner : public ::testing::Test {
         sd_bus_set_method_call_timeout(own_.get(), 0);
     }
 
+    void attach(dbus::NameOwner& owner) { owner.attach(own_.get()); }
+
     void attachInVain(dbus::NameOwner& owner) {
-        whileTheBusHangs([&] { owner.attach(own_.get()); });
+        whileTheBusHangs([&] { attach(owner); });
     }
 
     // A signal of the peer, as it arrives.
@@ -57,6 +59,13 @@ class UnknownOwner : public ::testing::Test {
             }
         }
         return received_.get();
+    }
+
+    // Attaches in vain and misses a message.
+    void missAMessage(dbus::NameOwner& owner) {
+        attachInVain(owner);
+        sd_bus_message* const message = signal();
+        whileTheBusHangs([&] { EXPECT_FALSE(owner.sent(message)); });
     }
 
     RecordingLog log;
@@ -107,15 +116,31 @@ TEST_F(UnknownOwner, IsAskedForOnceHoweverManySignalsArriveInTheNextSeconds) {
 TEST_F(UnknownOwner, IsAskedForAgainAfterThePause) {
     constexpr std::chrono::milliseconds pause{50};
     dbus::NameOwner owner(name, pause);
-    attachInVain(owner);
-    sd_bus_message* const message = signal();
-    whileTheBusHangs([&] { EXPECT_FALSE(owner.sent(message)); });
+    missAMessage(owner);
     const auto begin = std::chrono::steady_clock::now();
+    sd_bus_message* const message = signal();
     while (!owner.sent(message)) {
         ASSERT_LT(std::chrono::steady_clock::now() - begin, std::chrono::minutes(1));
         std::this_thread::sleep_for(pause);
     }
     EXPECT_EQ(log.texts(spdlog::level::warn).size(), 2U);
+}
+
+TEST_F(UnknownOwner, IsToldOfOnceAfterAMessageWasMissed) {
+    dbus::NameOwner owner(name, std::chrono::hours(1));
+    missAMessage(owner);
+    EXPECT_FALSE(owner.takeMissed()) << "still unknown";
+    attach(owner);
+    EXPECT_TRUE(owner.takeMissed());
+    EXPECT_FALSE(owner.takeMissed());
+}
+
+TEST_F(UnknownOwner, OfAFormerConnectionMissedNothingOnTheNextOne) {
+    dbus::NameOwner owner(name, std::chrono::hours(1));
+    missAMessage(owner);
+    owner.detach();
+    attach(owner);
+    EXPECT_FALSE(owner.takeMissed());
 }
 
 TEST_F(UnknownOwner, IsFollowedOnceItIsKnown) {
