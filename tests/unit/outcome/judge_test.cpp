@@ -283,8 +283,10 @@ TEST_F(JudgeTest, LateEvidenceRefinesTheOutcomeUntilTheNextTry) {
     reason(15);
     expect(home, Stage::keyExchange, Cause::wrongKey, Certainty::probable);
     EXPECT_EQ(outcome().time, time);
-    reason(-3);
-    EXPECT_EQ(outcome().evidence.reasonCode, 15);
+    for (const int ofAnotherLink : {-3, 3, 8, -4}) {
+        reason(ofAnotherLink);
+        EXPECT_EQ(outcome().evidence.reasonCode, 15);
+    }
     step(Step::authenticating);
     reason(5);
     expect(home, Stage::keyExchange, Cause::wrongKey, Certainty::probable);
@@ -327,6 +329,9 @@ TEST_F(JudgeTest, OutOfRangeIsCertainOnlyAfterAScan) {
     request(home);
     judge.scanEnded(false);
     end(Reason::causedBySystem);
+    expect(home, Stage::requested, Cause::outOfRange, Certainty::probable);
+    judge.scanEnded(true);  // too late for this attempt
+    step(Step::down);
     expect(home, Stage::requested, Cause::outOfRange, Certainty::probable);
     request(home);
     judge.scanEnded(true);
