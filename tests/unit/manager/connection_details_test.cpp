@@ -185,6 +185,16 @@ TEST_F(Details, SayForCertainThatTheSupplicantLacksHashToElement) {
     runUntilIdle();
     timeOut();
     expect("Home", Stage::requested, Cause::nothingInCommon, Certainty::certain);
+
+    // Another supplicant may have it, and the old one does not tell.
+    detachSupplicant();
+    attachSupplicant();
+    reportBssList({modern});
+    ASSERT_EQ(engine->connect(settings), ConnectResult::ok);
+    runUntilIdle();
+    communicator->scanningDoneHandler(true);
+    timeOut();
+    expect("Home", Stage::requested, Cause::nothingInCommon, Certainty::probable);
 }
 
 TEST_F(Details, SayThatTheRequestWasRefused) {
@@ -275,6 +285,13 @@ TEST_F(Details, HoldTheNetworkInUse) {
     detachSupplicant();
     runUntilIdle();
     EXPECT_EQ(engine->connectionDetails().network, wifi::NetworkInUse{});
+
+    // What the former supplicant said of the link does not describe this one.
+    attachSupplicant();
+    link.authMode.reset();
+    report(link);
+    runUntilIdle();
+    EXPECT_EQ(engine->connectionDetails().network.securityMode, SecurityMode::rsnPsk);
 }
 
 TEST_F(Details, HoldNoNetworkWhileTheLinkIsNotUp) {
