@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <future>
 #include <optional>
 #include <set>
 #include <vector>
@@ -185,6 +186,11 @@ TEST_F(FollowerTest, OldestMakeRoomWhenNobodyTakes) {
     start();
     Follower follower;
     takeUntil(follower, [](const Snapshot& now) { return now.running; });
+    follower.manager().forgetNetwork("Nowhere");
+    follower.ask();
+    std::promise<void> answered;
+    follower.manager().whenCarriedOut([&](const auto&) { answered.set_value(); });
+    ASSERT_EQ(answered.get_future().wait_for(timeLimit), std::future_status::ready);
     // Each choice is a callback.
     for (std::size_t i = 0; i < Follower::limit / 2 + 1; ++i) {
         follower.manager().setEnabled(false);
@@ -199,6 +205,7 @@ TEST_F(FollowerTest, OldestMakeRoomWhenNobodyTakes) {
         taken.push_back(*next);
     }
     EXPECT_EQ(taken.size(), Follower::limit);
+    EXPECT_EQ(taken.front().failures, std::set{wifi::RequestFailure::unknownNetwork}) << "is never lost";
     EXPECT_FALSE(taken.back().enabled);
 }
 

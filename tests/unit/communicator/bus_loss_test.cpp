@@ -134,6 +134,19 @@ TEST_F(BusLoss, SupplicantThatStoppedDuringTheLossIsNew) {
     ASSERT_TRUE(calls.waitForCall("status changed: on, new"));
 }
 
+TEST_F(BusLoss, SupplicantThatLeftBeforeTheLossAndIsBackIsNotTakenForGone) {
+    startAttached();
+    supplicant.leave();
+    // After a call through the bus its report of the owner is there, too.
+    onLoop([this] { communicator->configuredNetworks().setPrioritySync(networkPath, 1); });
+    onLoop([] {});
+    loseBus();
+    ASSERT_TRUE(calls.waitForCall("status changed: off"));
+    bringBusBackAndAttach("on");
+    onLoop([this] { communicator->connectOrDisconnectFromSupplicantSync("deactivating"); });
+    EXPECT_TRUE(communicator->isSupplicantOn());
+}
+
 TEST_F(BusLoss, LossOfTheBusWhileDetachedIsNotReported) {
     startDetached();
     loseBus();

@@ -22,6 +22,11 @@ class Bss : public CommunicatorTest {
         return onLoop([&] { return communicator->signalPollSync(); });
     }
 
+    std::optional<int> rateAfter(Answer answer) {
+        poll(std::move(answer));
+        return onLoop([&] { return communicator->polledRate(); });
+    }
+
     std::set<std::string> eapMethods(Answer answer) {
         supplicant.onGet(rootPath, rootInterface, "EapMethods", std::move(answer));
         forget();
@@ -150,6 +155,15 @@ TEST_F(Bss, FailedSignalPollReturnsNothing) {
 TEST_F(Bss, UndecodableSignalPollReturnsNothing) {
     EXPECT_EQ(poll(reply("a{sv}", 1, "rssi", "s", "-58")), std::nullopt);
     EXPECT_THAT(takeLog(), ElementsAre(warning(decodingFailed + noSuchValue)));
+}
+
+TEST_F(Bss, PolledRateIsThatOfTheLastPoll) {
+    EXPECT_EQ(rateAfter(reply("a{sv}", 2, "linkspeed", "i", 65, "rssi", "i", -58)), 65);
+    EXPECT_EQ(rateAfter(broken), std::nullopt);
+    EXPECT_EQ(rateAfter(reply("a{sv}", 1, "linkspeed", "i", 54)), 54);
+    EXPECT_EQ(rateAfter(reply("a{sv}", 1, "rssi", "i", -58)), std::nullopt);
+    // A rate of another type is left out, and the signal is still read.
+    EXPECT_EQ(rateAfter(reply("a{sv}", 2, "linkspeed", "s", "65", "rssi", "i", -58)), std::nullopt);
 }
 
 TEST_F(Bss, EapMethodsAreSortedAndUnique) {

@@ -206,6 +206,13 @@ INSTANTIATE_TEST_SUITE_P(
         Rule{"ConfiguredSaeRefusedAtTheSecondStep",
              FactsBuilder().seen(&NetworkDemands::sae).authentication(1, true).facts,
              certain(Cause::wrongKey)},
+        Rule{"ConfiguredOneThatTakesBothKeysRefused",
+             FactsBuilder()
+                 .seen(&NetworkDemands::sae)
+                 .with([](Facts& f) { f.evidence.demands.rsnPsk = true; })
+                 .authentication(1)
+                 .facts,
+             probable(Cause::banned)},
         Rule{"SaeRefusedWhereHashToElementIsDemanded",
              searching(SecurityMode::sae)
                  .seen(&NetworkDemands::sae)
@@ -294,8 +301,11 @@ INSTANTIATE_TEST_SUITE_P(
              at(Stage::online).seen(&NetworkDemands::rsnPsk, -50).reason(4, Sender::device).facts,
              probable(Cause::accessPointGone)},
         Rule{"TheBeaconsStoppedAtAWeakSignal",
-             at(Stage::online).seen(&NetworkDemands::rsnPsk, -80).reason(4, Sender::device).facts,
+             at(Stage::online).seen(&NetworkDemands::rsnPsk, -75).reason(4, Sender::device).facts,
              probable(Cause::weakSignal)},
+        Rule{"TheBeaconsStoppedAtASignalThatSuffices",
+             at(Stage::online).seen(&NetworkDemands::rsnPsk, -74).reason(4, Sender::device).facts,
+             probable(Cause::accessPointGone)},
         Rule{"TheBeaconsStoppedAtAnUnknownSignal", at(Stage::address).reason(4, Sender::device).facts,
              probable(Cause::accessPointGone)},
         Rule{"TheDeviceLeft", at(Stage::online).reason(3, Sender::device).facts, unexplained},
