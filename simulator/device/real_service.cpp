@@ -95,8 +95,8 @@ void RealService::kill() {
 void RealService::launch() {
     // The namespace has no other network, and loses both ends of the pair when its last process ends.
     const std::string script =
-        "ip link add kaz0 type veth peer name kaz1 && ip link set kaz0 up && ip link set kaz1 up && "
-        "exec wpa_supplicant -u -i kaz0 -D wired -c \"$1\" >/dev/null";
+        "ip -batch - <<'LINES' && exec wpa_supplicant -u -i kaz0 -D wired -c \"$1\" >/dev/null\n"
+        "link add kaz0 type veth peer name kaz1\nlink set kaz0 up\nlink set kaz1 up\nLINES\n";
     process_ = startConfined({"sh", "-c", script, "sh", configFile_.string()},
                              {{"DBUS_SYSTEM_BUS_ADDRESS", environment_.busAddress}});
     checked(sd_event_add_child(

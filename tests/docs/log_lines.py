@@ -35,8 +35,17 @@ def records():
                 yield LEVELS.get(level, "any"), re.sub(r"\{[^}]*\}", ANYTHING, text).strip()
 
 
+def ends_differ(one, other):
+    """Whether their texts before the first wildcard, or those after the last one, exclude each other."""
+    heads, tails = ([pattern.split(ANYTHING)[place] for pattern in (one, other)] for place in (0, -1))
+    return not (heads[0].startswith(heads[1]) or heads[1].startswith(heads[0])) or \
+        not (tails[0].endswith(tails[1]) or tails[1].endswith(tails[0]))
+
+
 def fits(quoted, record):
     """Whether one text could match both patterns, and contains most of the record's own words."""
+    if ends_differ(quoted, record):
+        return False
     # Row by row: how many literal characters the first i of one pattern and the first j of the other share.
     none = -1
     rows = [[none] * (len(record) + 1) for _ in range(len(quoted) + 1)]

@@ -36,7 +36,7 @@ class RealSupplicant : public ::testing::Test {
     }
 
     void SetUp() override {
-        if (const auto reason = whyNoRealSupplicant(); !reason.empty()) {
+        if (const auto& reason = whyNoRealSupplicant(); !reason.empty()) {
             GTEST_SKIP() << reason;
         }
         bus_.becomeSystemBus();

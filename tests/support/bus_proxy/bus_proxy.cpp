@@ -227,6 +227,10 @@ bool BusProxy::Link::pass(const std::string& bytes) {
 }
 
 bool BusProxy::Link::passReply(const std::string& bytes) {
+    if (struck_.empty()) {
+        sendTo(client_, bytes);
+        return true;
+    }
     std::uint64_t serial = 0;
     const dbus::MessagePtr message = decoded(bytes);
     const bool isReply = sd_bus_message_get_reply_cookie(message.get(), &serial) >= 0;
@@ -316,7 +320,9 @@ void BusProxy::serve() {
         if (::poll(polled.data(), polled.size(), -1) <= 0) {
             continue;
         }
-        wakeUp_.clear();
+        if (polled[1].revents != 0) {
+            wakeUp_.clear();
+        }
         auto ready = polled.begin() + 2;
         for (auto link = links_.begin(); link != links_.end(); ready += 2) {
             const bool open =

@@ -1,5 +1,6 @@
 #include "support/waiting/waiting.h"
 
+#include <algorithm>
 #include <fstream>
 #include <string>
 #include <thread>
@@ -35,13 +36,17 @@ bool sleeps(pid_t thread) {
 
 }  // namespace
 
+// Asks often at first. A long wait takes at most about a tenth longer, and few questions.
 bool eventually(const std::function<bool()>& condition) {
-    const auto end = steady_clock::now() + timeLimit;
+    constexpr std::chrono::microseconds least{100};
+    constexpr milliseconds most{20};
+    const auto begin = steady_clock::now();
     while (!condition()) {
-        if (steady_clock::now() > end) {
+        const auto waited = steady_clock::now() - begin;
+        if (waited > timeLimit) {
             return false;
         }
-        std::this_thread::sleep_for(milliseconds(1));
+        std::this_thread::sleep_for(std::clamp<steady_clock::duration>(waited / 10, least, most));
     }
     return true;
 }

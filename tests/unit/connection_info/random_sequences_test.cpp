@@ -90,7 +90,7 @@ class Comparison {
             runBurst(burst);
             events += burst;
             if (::testing::Test::HasFailure()) {
-                ADD_FAILURE() << "after event " << events << ": " << story_;
+                ADD_FAILURE() << "after event " << events << ": " << story();
                 return false;
             }
         }
@@ -119,11 +119,19 @@ class Comparison {
             checkInvariants(before, after, timeLeftBefore);
         }
         seenTexts_ = texts_.size();
-        story_ += "look; ";
+        story_.push_back(std::nullopt);
+    }
+
+    std::string story() const {
+        std::string text;
+        for (const auto& event : story_) {
+            text += (event ? ::testing::PrintToString(*event) : "look") + "; ";
+        }
+        return text;
     }
 
     void happen() {
-        story_ += ::testing::PrintToString(event_) + "; ";
+        story_.push_back(event_);
         scanning_ =
             event_.kind == Kind::scanning ? event_.flag : scanning_ && !isOneOf({Kind::supplicantGoes});
         recordMayBeFresh_ = recordMayBeFresh_ || isSupplicants();
@@ -142,7 +150,9 @@ class Comparison {
         log_.clear();
         EXPECT_EQ(logged, model_.takeTexts());
         texts_.insert(texts_.end(), logged.begin(), logged.end());
-        EXPECT_EQ(describe(tracker_.getConnectionInfo()), describe(model_.getConnectionInfo()));
+        const ConnectionInfo published = tracker_.getConnectionInfo();
+        const ConnectionInfo expected = model_.getConnectionInfo();
+        EXPECT_TRUE(published == expected) << describe(published) << " is not " << describe(expected);
     }
 
     void checkInvariants(const ConnectionInfo& before, const ConnectionInfo& after,
@@ -212,7 +222,7 @@ class Comparison {
     wifi::ConnectionInfoHelper tracker_{clock_};
     TrackerModel model_{clock_};
     TrackerEvent event_;
-    std::string story_;
+    std::vector<std::optional<TrackerEvent>> story_;  // nullopt: a look; as text only if something fails
     std::vector<std::string> texts_;
     std::size_t seenTexts_ = 0;
     bool scanning_ = false;

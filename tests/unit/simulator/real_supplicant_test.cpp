@@ -18,7 +18,7 @@ using ::testing::HasSubstr;
 class RealSupplicant : public DeviceTest {
   protected:
     void SetUp() override {
-        if (const auto reason = kaz::test::whyNoRealSupplicant(); !reason.empty()) {
+        if (const auto& reason = kaz::test::whyNoRealSupplicant(); !reason.empty()) {
             GTEST_SKIP() << reason;
         }
         start({.realSupplicant = true});
