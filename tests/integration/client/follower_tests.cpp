@@ -11,7 +11,6 @@
 #include <functional>
 #include <future>
 #include <optional>
-#include <set>
 #include <vector>
 
 namespace kaz::test {
@@ -205,7 +204,9 @@ TEST_F(FollowerTest, OldestMakeRoomWhenNobodyTakes) {
         taken.push_back(*next);
     }
     EXPECT_EQ(taken.size(), Follower::limit);
-    EXPECT_EQ(taken.front().failures, std::set{wifi::RequestFailure::unknownNetwork}) << "is never lost";
+    EXPECT_EQ(taken.front().failures,
+              (wifi::RequestFailures{{wifi::RequestFailure::unknownNetwork, wifi::FailureReason::none}}))
+        << "is never lost";
     EXPECT_FALSE(taken.back().enabled);
 }
 
