@@ -2,6 +2,7 @@
 
 #include "simulator/bus/vtable.h"
 
+#include <cstdint>
 #include <string_view>
 
 namespace kaz::sim {
@@ -38,6 +39,16 @@ using vtable::property;
 using vtable::rawMethod;
 
 constexpr auto isConstant = SD_BUS_VTABLE_PROPERTY_CONST;
+
+// Of the unit: one command that was never started, as far as it tells.
+int appendCommand(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
+                  sd_bus_message* message, void* /*systemd*/, sd_bus_error* /*error*/) noexcept {
+    constexpr const char* program = "/sbin/wpa_supplicant";
+    constexpr std::uint64_t never = 0;
+    return sd_bus_message_append(message, "a(sasbttttuii)", 1, program, 4, program, "-u", "-iwlan0",
+                                 "-c/etc/wpa_supplicant/wpa_supplicant.conf", 0, never, never, never, never,
+                                 0U, 0, 0);
+}
 
 }  // namespace
 
@@ -78,6 +89,9 @@ const sd_bus_vtable Systemd::serviceVtable_[] = {
     SD_BUS_VTABLE_START(0),
     property("Result",
              [](const Systemd& s) { return s.unit_.states().active == "failed" ? "signal" : "success"; }),
+    property<isConstant>("Type", [](const Systemd&) { return "dbus"; }),
+    property<isConstant>("BusName", [](const Systemd&) { return "fi.w1.wpa_supplicant1"; }),
+    SD_BUS_PROPERTY("ExecStart", "a(sasbttttuii)", &appendCommand, 0, isConstant),
     SD_BUS_VTABLE_END,
 };
 

@@ -71,6 +71,15 @@ TEST_F(CommandLine, TheCountryIsSetAndSaved) {
     run("sed -i /country/d /etc/wpa_supplicant/device.conf; systemctl restart wpa_supplicant");
 }
 
+TEST_F(CommandLine, ANetworkWhoseNameIsNotTextIsJoined) {
+    run("kazwifictl scan");
+    const std::string connected = run("kazwifictl connect --hex 4b617a20c328ff --json");
+    EXPECT_TRUE(has(connected, R"("outcome":"connected")")) << connected;
+    EXPECT_TRUE(succeeds("grep -q ssid=4b617a20c328ff /etc/wpa_supplicant/device.conf"));
+    run(R"(kazwifictl forget 'Kaz \xc3(\xff')");
+    EXPECT_TRUE(savedNetworks().empty());
+}
+
 TEST_F(CommandLine, ABlockedRadioIsNamedAndMended) {
     run("echo 1 | tee /sys/class/net/wlan0/phy80211/rfkill*/soft");
     EXPECT_TRUE(has(run("kazwifictl connect 'Kaz WPA2' --security open 2>&1 || true"), "(rfkill: soft)"));

@@ -2,8 +2,9 @@
 
 #include <unistd.h>
 
-#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
+#include <deque>
 #include <list>
 #include <utility>
 
@@ -19,8 +20,8 @@ constexpr const char* systemdService = "org.freedesktop.systemd1";
 constexpr const char* unitPath = "/org/freedesktop/systemd1/unit/wpa_5fsupplicant_2eservice";
 constexpr const char* networkdService = "org.freedesktop.network1";
 constexpr const char* polkitService = "org.freedesktop.PolicyKit1";
-// A device has a handful. Reading them all must not take long.
-constexpr std::size_t mostNetworks = 100;
+// The bus lets a connection have 128 calls in flight, so a long list is read by so many at a time.
+constexpr std::size_t mostAtOnce = 50;
 
 // The command of the first ExecStart=, which is (path, arguments, ...).
 Reader intoCommand(std::vector<std::string>& command) {
@@ -168,12 +169,32 @@ class BusReader {
     void askNetworks(SupplicantInterface& interface, const std::vector<std::string>& paths) {
         auto& mine = networks_[interface.path];
         interface.networks = std::vector<Network>();
-        for (std::size_t i = 0; i < std::min(paths.size(), mostNetworks); ++i) {
+        for (const std::string& path : paths) {
             Network& network = mine.emplace_back();
-            network.path = paths[i];
-            queries_.askProperties(supplicantService, network.path, "fi.w1.wpa_supplicant1.Network",
-                                   [&network](const Answer& answer) { readNetwork(answer, network); });
+            network.path = path;
+            unread_.push_back({&interface, &network});
         }
+        for (std::size_t i = 0; i < mostAtOnce; ++i) {
+            askNextNetwork();
+        }
+    }
+
+    void askNextNetwork() {
+        if (unread_.empty()) {
+            return;
+        }
+        const Unread next = unread_.front();
+        unread_.pop_front();
+        queries_.askProperties(
+            supplicantService, next.network->path, "fi.w1.wpa_supplicant1.Network",
+            [this, next](const Answer& answer) {
+                if (answer.message == nullptr && answer.unknown.obstacle == Obstacle::noAnswer) {
+                    unread_.push_front(next);
+                    return;
+                }
+                readNetwork(answer, *next.network);
+                askNextNetwork();
+            });
     }
 
     // The supplicant shows no key here: it writes an asterisk in its place.
@@ -244,6 +265,10 @@ class BusReader {
         if (!supplicantAnswered_) {
             return;
         }
+        // A part of the list would look like the whole.
+        for (const Unread& each : unread_) {
+            each.interface->networks = Unknown{Obstacle::noAnswer, "not all networks were told in time"};
+        }
         Supplicant supplicant;
         for (SupplicantInterface& interface : interfaces_) {
             if (interface.networks.isKnown()) {
@@ -255,7 +280,13 @@ class BusReader {
         facts_.supplicant = std::move(supplicant);
     }
 
+    struct Unread {
+        SupplicantInterface* interface;
+        Network* network;
+    };
+
     Facts& facts_;
+    std::deque<Unread> unread_;
     // Lists, because the handlers keep references.
     std::list<SupplicantInterface> interfaces_;
     std::map<std::string, std::list<Network>> networks_;

@@ -1,18 +1,15 @@
 #include "requests/country.h"
 
-#include <vector>
+#include <utility>
 
 #include "inspection/bus_queries.h"
+#include "requests/first_interface.h"
 
 namespace kaz::requests {
 namespace {
 
 using inspection::Answer;
 using inspection::BusQueries;
-
-constexpr const char* service = "fi.w1.wpa_supplicant1";
-constexpr const char* rootPath = "/fi/w1/wpa_supplicant1";
-constexpr const char* interfaceType = "fi.w1.wpa_supplicant1.Interface";
 
 bool noArguments(sd_bus_message* /*message*/) {
     return true;
@@ -25,21 +22,10 @@ class CountryRequest {
         : country_(std::move(country)), queries_(limit) {}
 
     Change make() {
-        change_.trouble = queries_.trouble();
-        if (change_.trouble.empty()) {
-            queries_.askProperties(service, rootPath, service, [this](const Answer& answer) {
-                std::vector<std::string> paths;
-                const bool read =
-                    answer.message != nullptr &&
-                    inspection::readProperties(answer.message, {{"Interfaces", inspection::into(paths)}});
-                if (read && !paths.empty()) {
-                    set(paths.front());
-                } else {
-                    change_.trouble = read ? "wpa_supplicant has no interface" : answer.unknown.why;
-                }
-            });
-            queries_.run();
-        }
+        askFirstInterface(
+            queries_, [this](const std::string& path) { set(path); },
+            [this](const std::string& why) { change_.trouble = why; });
+        queries_.run();
         return change_;
     }
 
@@ -49,7 +35,7 @@ class CountryRequest {
             return sd_bus_message_append(message, "ssv", interfaceType, "Country", "s", country_.c_str()) >=
                    0;
         };
-        queries_.ask(service, path, "org.freedesktop.DBus.Properties", "Set", append,
+        queries_.ask(supplicantService, path, "org.freedesktop.DBus.Properties", "Set", append,
                      [this, path](const Answer& answer) {
                          change_.done = answer.message != nullptr;
                          change_.trouble = answer.unknown.why;
@@ -60,10 +46,11 @@ class CountryRequest {
     }
 
     void save(const std::string& path) {
-        queries_.ask(service, path, interfaceType, "SaveConfig", noArguments, [this](const Answer& answer) {
-            change_.saved = answer.message != nullptr;
-            change_.trouble = change_.saved ? "" : answer.unknown.why;
-        });
+        queries_.ask(supplicantService, path, interfaceType, "SaveConfig", noArguments,
+                     [this](const Answer& answer) {
+                         change_.saved = answer.message != nullptr;
+                         change_.trouble = change_.saved ? "" : answer.unknown.why;
+                     });
     }
 
     std::string country_;

@@ -3,14 +3,9 @@
 #include <chrono>
 #include <string>
 
-namespace kaz::requests {
+#include "requests/change.h"
 
-// What became of a request that changes the supplicant and saves it. The texts are those of the daemons.
-struct Change {
-    bool done = false;
-    bool saved = false;
-    std::string trouble;  // why it is not done, or not saved
-};
+namespace kaz::requests {
 
 // Sets the country of the interface that the supplicant uses first, two capital letters, and lets the supplicant save
 // it. Returns after the limit when the supplicant does not answer.

@@ -46,6 +46,28 @@ TEST_F(Connecting, LooksAroundByItselfForANetworkThatIsNotListedYet) {
     runs(0, {"connect", "Home"}, "correct horse\n");
 }
 
+TEST_F(Connecting, JoinsANetworkWhoseNameIsNotText) {
+    neighbourhood.accessPoints.push_back(
+        accessPoint("Late\xfe\x02", sim::Security::wpa2, -40, "correct horse"));
+    startAndScan();
+    const std::string shown = R"(Late\xfe\x02)";
+    EXPECT_TRUE(has(runs(1, {"connect", shown}, "wrong donkey\n").err, "the password is probably wrong"));
+    EXPECT_FALSE(has(savedConfiguration(), "4c617465fe02")) << "a network that refused is not kept";
+    runs(6, {"connect", shown}, "short\n");
+    runs(0, {"connect", shown}, "correct horse\n");
+    EXPECT_TRUE(has(savedConfiguration(), "ssid=4c617465fe02")) << savedConfiguration();
+    EXPECT_TRUE(has(runs(0, {"status"}).out, "connected to \"Late\\xfe\\x02\""));
+    runs(0, {"disconnect"});
+    runs(0, {"connect", "--hex", "4c617465fe02"});
+    runs(0, {"connect", "--replace", shown}, "correct horse\n");
+    EXPECT_EQ(savedConfiguration().find("4c617465fe02"), savedConfiguration().rfind("4c617465fe02"));
+    runs(0, {"forget", shown});
+    EXPECT_FALSE(has(savedConfiguration(), "4c617465fe02")) << savedConfiguration();
+    EXPECT_TRUE(has(
+        runs(1, {"connect", "--hex", "ff", "--security", "enterprise", "--identity", "ada"}, "engine\n").err,
+        "its name is not text"));
+}
+
 TEST_F(Connecting, FindsAHiddenNetworkThatIsDescribed) {
     start();
     runs(0, {"connect", "Speakeasy", "--hidden", "--security", "wpa3"}, "joe sent me\n");

@@ -43,6 +43,14 @@ TEST_F(PasswordInMemory, IsGoneDuringTheAttemptWhenReadFromTheStandardInput) {
     expectGone(program);
 }
 
+// kazwifictl itself sends the settings of this one.
+TEST_F(PasswordInMemory, IsGoneDuringTheAttemptWhenTheNameIsNotText) {
+    neighbourhood.accessPoints.push_back(accessPoint("Late\xfe", sim::Security::wpa2, -40, "correct horse"));
+    startAndScan();
+    writeFile(file("key"), password + "\n");
+    expectGone(withPipes({"connect", "--hex", "4c617465fe", "--password-file", file("key")}));
+}
+
 TEST_F(PasswordInMemory, IsGoneDuringTheAttemptWhenReadFromATerminal) {
     startAndScan();
     const auto program = inTerminal({"connect", "Home"});

@@ -2,7 +2,9 @@
 #include "base/file_descriptor.h"
 #include "base/temporary_folder.h"
 #include "inspection/inspect.h"
+#include "simulator/device/simulated_device.h"
 #include "simulator/private_bus/private_bus.h"
+#include "simulator/world/neighbourhood.h"
 
 #include <gtest/gtest.h>
 
@@ -60,6 +62,44 @@ TEST_F(InspectedBus, ThatHangsTakesNoLongerThanTheLimit) {
     EXPECT_LT(std::chrono::steady_clock::now() - began, 10s);
     EXPECT_TRUE(facts.busNames.is(Obstacle::noAnswer));
     EXPECT_TRUE(facts.supplicant.is(Obstacle::noAnswer));
+}
+
+// The bus has a limit for the calls of one connection at the same time.
+TEST_F(InspectedBus, ALongListOfNetworksIsReadToItsEnd) {
+    constexpr std::size_t many = 300;
+    const sim::PrivateBus bus;
+    sim::Neighbourhood neighbourhood;
+    for (std::size_t i = 0; i < many; ++i) {
+        sim::Settings settings;
+        settings.emplace_back("ssid", sim::ByteSetting{"Network " + std::to_string(i)});
+        settings.emplace_back("key_mgmt", std::string("NONE"));
+        neighbourhood.configuredNetworks.push_back(settings);
+    }
+    const sim::SimulatedDevice device({bus.address(), neighbourhood, 0.01, root_ / "supplicant.conf"});
+    const Facts facts = look(bus.address(), 60s);
+    ASSERT_TRUE(facts.supplicant.isKnown());
+    const auto& networks = facts.supplicant->interfaces.front().networks;
+    ASSERT_TRUE(networks.isKnown());
+    ASSERT_EQ(networks->size(), many);
+    EXPECT_EQ(networks->back().ssid, "Network 299");
+}
+
+TEST_F(InspectedBus, ANetworkThatIsNotToldInTimeLeavesTheListUnknown) {
+    const sim::PrivateBus bus;
+    sim::Neighbourhood neighbourhood;
+    sim::Settings settings;
+    settings.emplace_back("ssid", sim::ByteSetting{"Home"});
+    settings.emplace_back("key_mgmt", std::string("NONE"));
+    neighbourhood.configuredNetworks = {settings, settings};
+    sim::SimulatedDevice device({bus.address(), neighbourhood, 0.01, root_ / "supplicant.conf"});
+    device.orderFault({.peer = "supplicant",
+                       .member = "GetAll",
+                       .argument = "fi.w1.wpa_supplicant1.Network",
+                       .nth = 2,
+                       .kind = sim::FaultKind::noReply});
+    const Facts facts = look(bus.address(), 500ms);
+    ASSERT_TRUE(facts.supplicant.isKnown());
+    EXPECT_TRUE(facts.supplicant->interfaces.front().networks.is(Obstacle::noAnswer));
 }
 
 }  // namespace

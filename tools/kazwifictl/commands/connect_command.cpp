@@ -7,6 +7,7 @@
 #include "base/non_copyable.h"
 #include "base/wipe.h"
 #include "kazwifictl/commands/attempt.h"
+#include "kazwifictl/commands/byte_name.h"
 #include "kazwifictl/commands/commands.h"
 #include "kazwifictl/commands/connect_advice.h"
 #include "kazwifictl/commands/connect_plan.h"
@@ -164,8 +165,12 @@ class ConnectCommand : NonCopyable {
             session.manager().connectConfigured(facts_.ssid);
             return;
         }
-        ConnectResult verdict = session.manager().validate(settings_, certificates_);
-        if (verdict == ConnectResult::ok) {
+        const bool bytes = isByteName(settings_.ssid);
+        ConnectResult verdict = bytes ? validateByteName(settings_, session.manager())
+                                      : session.manager().validate(settings_, certificates_);
+        if (verdict == ConnectResult::ok && bytes) {
+            connectByBytes(session);
+        } else if (verdict == ConnectResult::ok) {
             verdict = session.manager().connect(settings_, certificates_);
         }
         wipeSecrets();
@@ -174,6 +179,15 @@ class ConnectCommand : NonCopyable {
                 {ExitCode::refused, facts_.what, brokenRule(verdict, settings_.securityMode),
                  adviceFor(verdict, settings_.securityMode, options_.connect, session.manager())});
         }
+    }
+
+    void connectByBytes(Session& session) {
+        if (facts_.replaced) {
+            session.manager().forgetNetwork(facts_.ssid);
+            session.carriedOut(Session::requestLimit);
+        }
+        addByteName(settings_, facts_.what);
+        session.manager().connectConfigured(facts_.ssid);
     }
 
     void wipeSecrets() {

@@ -55,11 +55,10 @@ Json orNull(const Country& country) {
 Report shown(const std::string& what) {
     const auto interface = inspection::readInterfaceInUse();
     if (!interface.isKnown()) {
-        const bool unknown = interface.isUnknown();
-        throw CommandFailed(
-            {ExitCode::noStack, what,
-             unknown ? harmless(interface.why(), true) : "wpa_supplicant has no Wi-Fi interface",
-             "kazwifictl doctor"});
+        throw CommandFailed({ExitCode::noStack, what,
+                             interface.isUnknown() ? harmless(interface.why(), true)
+                                                   : "wpa_supplicant has no Wi-Fi interface",
+                             "kazwifictl doctor"});
     }
     const Country kernel = kernelCountry();
     return {line("wpa_supplicant", harmless(interface->country.value_or("none is set"), true)) +

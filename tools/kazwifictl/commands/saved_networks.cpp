@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstddef>
 
 #include "inspection/bus_facts.h"
 #include "inspection/facts.h"
@@ -17,9 +16,7 @@ std::optional<std::vector<std::string>> savedSsids() {
         return std::nullopt;
     }
     const auto& networks = facts.supplicant->interfaces.front().networks;
-    // The inspection reads no more than 100 of them, so there may be others.
-    constexpr std::size_t mostRead = 100;
-    if (!networks.isKnown() || networks->size() >= mostRead) {
+    if (!networks.isKnown()) {
         return std::nullopt;
     }
     std::vector<std::string> names;

@@ -8,7 +8,7 @@ namespace kaz::ctl {
 
 // The names of all networks in the supplicant's configuration, in its order, each once. The library reports only those
 // in range, so this asks the supplicant itself. Nothing when it does not answer, or not this
-// user, or when there are too many to read.
+// user.
 std::optional<std::vector<std::string>> savedSsids();
 
 }  // namespace kaz::ctl
