@@ -23,6 +23,7 @@ TEST(Wrapping, IndentsTheRestOfALine) {
         {"  indented text goes on\n", 16, "  indented text\n    goes on\n"},
         {"Name      a long value\n", 20, "Name      a long\n          value\n"},
         {"  --option VALUE      what it does\n", 24, "  --option VALUE\n    what it does\n"},
+        {"three short words            what it is\n", 24, "three short words\n    what it is\n"},
         {"    a command that is pasted\n", 10, "    a command that is pasted\n"},
         {"Trying \x1b[1m\"Home\"\x1b[0m, which is away\n", 19,
          "Trying \x1b[1m\"Home\"\x1b[0m,\nwhich is away\n"},

@@ -6,6 +6,7 @@
 #include <array>
 #include <utility>
 
+#include "kazwifictl/commands/radio_block.h"
 #include "kazwifictl/output/documents.h"
 #include "kazwifictl/text/ssid_text.h"
 #include "kazwifictl/text/text_of.h"
@@ -76,6 +77,9 @@ Failure timedOut(const Attempt& attempt, const ConnectFacts& facts) {
 Failure explained(const Attempt& attempt, const ConnectFacts& facts) {
     const wifi::client::Words words;
     const wifi::Outcome& failure = attempt.failure();
+    if (const auto block = failure.cause == wifi::Cause::radioBlocked ? radioBlock() : std::nullopt) {
+        return block->failure(facts.what);
+    }
     std::string advice = words.advice(failure);
     if (failure.cause == wifi::Cause::wrongKey || failure.cause == wifi::Cause::eapRejected) {
         advice = facts.saved ? fmt::format("kazwifictl connect --replace {}", shellArgument(facts.ssid, true))

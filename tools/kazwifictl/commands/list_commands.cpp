@@ -66,16 +66,12 @@ Report scanAndList(const std::string& what, const Options& options, Workspace& p
     return listReport(view, options, output);
 }
 
-Failure refusedScan(const std::string& what) {
-    if (const auto block = radioBlock()) {
-        return block->failure(what);
-    }
-    return {ExitCode::failed, what, "wpa_supplicant refused to scan",
-            "kazwifictl doctor, or again when the device is not connecting"};
-}
-
 // The supplicant also refuses a scan while it begins one by itself, which then shows soon.
 void beginScan(const std::string& what, Session& session) {
+    // The supplicant takes the request, and then does nothing.
+    if (const auto block = radioBlock()) {
+        throw CommandFailed(block->failure(what));
+    }
     bool began = false;
     const auto note = [&began](const Snapshot& /*before*/, const Snapshot& now) {
         began = began || now.scanning;
@@ -87,7 +83,8 @@ void beginScan(const std::string& what, Session& session) {
     await(
         session, refused ? refusedScanLimit : scanStartLimit,
         [&began](const Snapshot& view) { return began || view.scanning; },
-        refused ? refusedScan(what)
+        refused ? Failure{ExitCode::failed, what, "wpa_supplicant refused to scan",
+                          "kazwifictl doctor, or again when the device is not connecting"}
                 : Failure{ExitCode::failed, what, "wpa_supplicant took the request, but does not scan",
                           "kazwifictl off, then kazwifictl on"});
 }

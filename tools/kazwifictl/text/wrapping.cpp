@@ -45,6 +45,8 @@ int hangOf(std::string_view line, int columns) {
             hang = column;
         } else if (first) {
             hang = piece.blanks == 0 ? 0 : column + 2;
+        } else if (piece.blanks > 1) {
+            hang = std::max(hang, plainHang);
         }
         column += shownColumns(piece.word);
     }
