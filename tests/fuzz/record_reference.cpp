@@ -11,7 +11,7 @@ struct Property {
     std::string_view type;
 };
 
-constexpr std::array<Property, 29> properties{{
+constexpr std::array<Property, 30> properties{{
     {"ActiveState", "s"},
     {"OnlineState", "s"},
     {"Scanning", "b"},
