@@ -4,9 +4,13 @@
 # process per test, so that a test can be chosen by its name. A program with more than one shard is one test, or one per
 # test.
 
-# kaz_list_tests(PROGRAM TIMEOUT COST SHARDS [EMULATOR...])
-function(kaz_list_tests program timeout cost shards)
+# kaz_list_tests(PROGRAM TIMEOUT COST MEASURED SHARDS [EMULATOR...])
+function(kaz_list_tests program timeout cost measured shards)
   cmake_path(GET program FILENAME name)
+  # ctest prefers a given COST to what it measured. MEASURED is the file with that.
+  if(EXISTS "${measured}")
+    set(cost 0)
+  endif()
   if(NOT EXISTS "${program}")
     add_test(${name}.IsBuilt "${program}")
     return()
@@ -39,7 +43,8 @@ function(kaz_list_tests program timeout cost shards)
   endforeach()
   list(REMOVE_DUPLICATES tests)
   foreach(test IN LISTS tests)
-    string(REGEX REPLACE "\\.\\*$" "" named "${test}")
+    # ctest keeps what each test took under its name, and programs have suites of the same name.
+    string(REGEX REPLACE "^(.*)\\.\\*$" "${name}.\\1" named "${test}")
     add_test("${named}" ${ARGN} "${program}" "--gtest_filter=${test}")
     set_tests_properties("${named}" PROPERTIES TIMEOUT ${timeout} COST ${cost})
   endforeach()
