@@ -57,10 +57,12 @@ int waitForChild(pid_t child) {
     return exitStatus(status);
 }
 
-// The file in which the command keeps the user's on/off choice, unless the caller has set one.
+// The file in which the command keeps the user's on/off choice, and the folder that it takes for the root of the device,
+// unless the caller has set them. The radio of this machine is not the device's.
 void keepConfigurationIn(const TemporaryFolder& folder) {
     constexpr int keepExisting = 0;
     ::setenv("KAZ_CONFIG_FILE", (folder / "kaz.conf").c_str(), keepExisting);
+    ::setenv("KAZ_DEVICE_ROOT", folder.path().c_str(), keepExisting);
 }
 
 int run(const Arguments& arguments) {

@@ -50,8 +50,8 @@ TEST(Program, ExitsWithTheStatusOfTheCommandItRuns) {
 TEST(Program, RunsTheCommandOnTheDevice) {
     RunningProgram device({program, "--exec", "busctl", "--address=unix:path=/nowhere", "--version"});
     EXPECT_EQ(device.wait().status, 0);
-    RunningProgram shell(
-        {program, "--exec", "sh", "-c", "echo $DBUS_SYSTEM_BUS_ADDRESS; echo $KAZ_CONFIG_FILE"});
+    RunningProgram shell({program, "--exec", "sh", "-c",
+                          "echo $DBUS_SYSTEM_BUS_ADDRESS; echo $KAZ_CONFIG_FILE; test -d $KAZ_DEVICE_ROOT"});
     EXPECT_THAT(shell.readLine(), StartsWith("unix:path="));
     const std::filesystem::path file = shell.readLine();
     EXPECT_EQ(file.filename(), "kaz.conf");
