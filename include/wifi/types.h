@@ -6,6 +6,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -13,6 +14,9 @@ namespace kaz::wifi {
 
 /// The signal strength, in dBm, that means "no signal known".
 inline constexpr std::int16_t NoSignaldBm = -100;
+
+/// The most bytes that an SSID has.
+inline constexpr std::size_t MaxSsidBytes = 32;
 
 /// How a network is protected. The numbers are fixed: they may be stored and compared.
 enum class SecurityMode : std::int32_t {

@@ -7,7 +7,6 @@
 namespace kaz::wifi {
 namespace {
 
-constexpr std::size_t maxSsidBytes = 32;
 constexpr std::size_t minPskBytes = 8;
 constexpr std::size_t maxPskBytes = 63;
 constexpr std::size_t maxSaePasswordBytes = 1024;
@@ -55,7 +54,7 @@ ConnectResult validateConnectionSettings(const ConnectionSettings& settings,
     if (settings.ssid.empty()) {
         return ConnectResult::ssidEmpty;
     }
-    if (settings.ssid.size() > maxSsidBytes) {
+    if (settings.ssid.size() > MaxSsidBytes) {
         return ConnectResult::ssidTooLong;
     }
     switch (settings.securityMode) {

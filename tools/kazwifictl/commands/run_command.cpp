@@ -29,7 +29,7 @@ const std::map<Command, Function> functions{
 }  // namespace
 
 void checkSsid(const std::string& ssid, const std::string& what) {
-    if (ssid.empty() || ssid.size() > 32) {
+    if (ssid.empty() || ssid.size() > wifi::MaxSsidBytes) {
         throw CommandFailed(
             {ExitCode::refused, what,
              brokenRule(ssid.empty() ? wifi::ConnectResult::ssidEmpty : wifi::ConnectResult::ssidTooLong,
