@@ -9,6 +9,7 @@
 #include "simulator/device/simulated_service.h"
 #include "simulator/device/systemd.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
 
 #include "doctor/examination.h"
 #include "inspection/fact.h"

@@ -3,6 +3,7 @@
 #include <systemd/sd-journal.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <ctime>
 #include <memory>
 #include <string_view>
